@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+
+#include <map>
+
+/// The clinic's setup as the setup component delivers it. All fields are text.
+struct ClientSetupRecord
+{
+    QString CommPort;    ///< Number of the foot switch's serial port; empty means port 1.
+    QString CaptureRoot; ///< Root folder of all captures, with a separator at its end.
+    QString EtcList;     ///< Examination sections, separated by commas, each trimmed.
+    QString ImageFormat; ///< "2" is bmp, every other value jpg.
+    QString CheckTable;  ///< First character "1": the capture mark goes to `yk`, otherwise to `endo`.
+
+    bool TestPicture = false;              ///< The video control offers a moving test picture beside the devices.
+    QHash<QString, QString> SerialPorts;   ///< Device file of a port number; a number without an entry is /dev/ttyS(n-1).
+    QString PrinterFolder;                 ///< Printed pages become PDF files there; empty: the printer.
+    QString BurnerImage;                   ///< Image file that stands in for a CD drive; empty: real drives.
+};
+
+/// One place of business of the clinic.
+struct SaupRecord
+{
+    QString Yoyangno; ///< Care institution number.
+    QString Hospital; ///< Name of the hospital.
+};
+
+/// The places of business by their number in the setup, which is the number in `doctor_saup`.
+using SaupRecords = std::map<int, SaupRecord>;

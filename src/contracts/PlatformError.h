@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <exception>
+
+/// A fault of the outside world: a device, a file, the database. The text is for the operator, in Korean.
+/// Thrown by adapters; caught by `Guarded`, or by a routine that has an answer of its own.
+class PlatformError : public std::exception
+{
+public:
+    explicit PlatformError(QString text) : m_text(std::move(text)), m_utf8(m_text.toUtf8()) {}
+
+    const QString& Text() const { return m_text; }
+    const char* what() const noexcept override { return m_utf8.constData(); }
+
+private:
+    QString m_text;
+    QByteArray m_utf8;
+};

@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+#include <QWidget>
+
+#include <memory>
+
+/// A frame held fast at the moment it was asked for, in the format in which the device gave it.
+class StillFrame
+{
+public:
+    virtual ~StillFrame() = default;
+    /// The frame as a JPEG file. `quality` from 1 to 100. Throws PlatformError.
+    virtual QByteArray EncodeJPEG(int quality) const = 0;
+};
+
+/// The names that the control offers, by position from 0. A position keeps its meaning while the program runs.
+struct VideoNames
+{
+    QStringList names;
+
+    int Count() const { return static_cast<int>(names.size()); }
+    QString Name(int position) const { return names.value(position); }
+};
+
+/// `VIDEOCAPLib.VideoCap`: the video capture control. It shows the live picture itself. Its events arrive on the
+/// user-interface thread.
+class VideoCap : public QWidget
+{
+    Q_OBJECT
+
+public:
+    using QWidget::QWidget;
+
+    /// The devices of the machine, as they are now. A device once listed keeps its position, also when it is
+    /// unplugged.
+    virtual VideoNames Devices() const = 0;
+    /// The formats of the chosen device.
+    virtual VideoNames VideoFormats() const = 0;
+    /// The inputs of the chosen device.
+    virtual VideoNames VideoInputs() const = 0;
+
+    /// Positions in the lists above. One that the list doesn't have leads to the fault of `Start`.
+    virtual void setDevice(int position) = 0;
+    virtual void setVideoFormat(int position) = 0;
+    virtual void setVideoInput(int position) = 0;
+
+    /// The device runs and its picture shows; on a running control the present settings take effect. With
+    /// `CaptureMode` it also begins to write `CaptureFileName`. Throws PlatformError when the device can't be opened.
+    virtual void Start() = 0;
+    /// Can be called on a stopped control.
+    virtual void Stop() = 0;
+
+    virtual bool CaptureMode() const = 0;
+    virtual void setCaptureMode(bool on) = 0;
+    virtual void setCaptureFileName(const QString& path) = 0;
+    /// The custom width and height are used for the movie.
+    virtual void setUseCustomVideoFormat(bool on) = 0;
+    virtual void setCustomVideoWidth(int pixels) = 0;
+    virtual void setCustomVideoHeight(int pixels) = 0;
+    /// Frames per second of the movie.
+    virtual void setFrameRate(int framesPerSecond) = 0;
+    virtual void setCaptureAudio(bool on) = 0;
+    virtual void setCaptureVideo(bool on) = 0;
+    /// The movie that runs is to be completed; set before `CaptureMode` goes false.
+    virtual void setCompleteMovie(bool on) = 0;
+    /// The movie's format stays in force; set to false after `CaptureMode` went false.
+    virtual void setKeepMovieFormat(bool on) = 0;
+
+    /// Writes the present frame to the path as a whole JPEG file before it returns, replacing a file that is there.
+    /// Throws PlatformError without a live frame, or when the file can't be written.
+    virtual void SnapShotJPEG(const QString& path, int quality) = 0;
+    /// The live frame of this moment, to be filed later; null when there is none: device idle, no frame yet, or the
+    /// signal lost.
+    virtual std::shared_ptr<const StillFrame> HoldFrame() = 0;
+
+    /// Settings dialogs of the driver, owned by the window of that handle; they return when they close.
+    virtual void ShowDriverDialog1(int ownerHandle) = 0;
+    virtual void ShowDriverDialog2(int ownerHandle) = 0;
+
+Q_SIGNALS:
+    /// Frames processed so far, counted anew from each start and each movie file; and the time in milliseconds.
+    void OnFrame(int frames, int timeMs);
+    /// The device has stopped by itself, or its signal came back.
+    void OnDeviceChange();
+};

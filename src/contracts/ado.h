@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+
+#include <memory>
+
+class AdoConnection;
+
+/// The values that the station passes; named as the access layer names them.
+enum CursorLocation : int { adUseClient = 3 };
+enum CursorType : int { adOpenForwardOnly = 0, adOpenKeyset = 1 };
+enum LockType : int { adLockReadOnly = 1 };
+
+/// `ADODB.Recordset`: the rows of one statement, read on the client side, so that nothing stays open on the connection
+/// while events are served between two rows.
+class AdoRecordset
+{
+public:
+    virtual ~AdoRecordset() = default;
+
+    virtual void setCursorLocation(CursorLocation location) = 0;
+    virtual void setCursorType(CursorType type) = 0;
+    virtual void setLockType(LockType type) = 0;
+
+    /// Runs the statement and stands on its first row. Throws PlatformError with the driver's text when it fails.
+    virtual void Open(const QString& source, AdoConnection& activeConnection) = 0;
+    virtual void Close() = 0;
+
+    /// Beyond the last row. Without any row both hold.
+    virtual bool Eof() const = 0;
+    /// Before the first row.
+    virtual bool Bof() const = 0;
+    virtual void MoveNext() = 0;
+
+    /// The value of the present row's column; its name without regard to case. Where a name stands twice, the first.
+    /// A database null is an invalid variant. A column that isn't there is a fault (PlatformError).
+    virtual QVariant Fields(const QString& name) const = 0;
+
+    /// Keeps the rows in which a column equals a text: " column = 'text' ", both without regard to case. An empty text
+    /// lifts the filter. Stands on the first row that remains.
+    virtual void setFilter(const QString& criterion) = 0;
+};
+
+/// `ADODB.Connection`: the one way to the database. Used on the user-interface thread alone.
+class AdoConnection
+{
+public:
+    virtual ~AdoConnection() = default;
+
+    /// Name of the database that statements run in.
+    virtual QString DefaultDatabase() const = 0;
+
+    /// Runs one statement. The recordset is empty for a statement that gives no rows.
+    /// A connection found lost is opened again once and the statement repeated; after that PlatformError with the
+    /// driver's text.
+    virtual std::unique_ptr<AdoRecordset> Execute(const QString& statement) = 0;
+
+    /// A recordset that this connection can be opened on.
+    virtual std::unique_ptr<AdoRecordset> NewRecordset() = 0;
+};
+
+/// The connection is handed from component to component, each of which may hand back another.
+using ConnectionPointer = std::shared_ptr<AdoConnection>;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+
+#include <functional>
+
+/// The platform's desktop as the station uses it: message boxes, mouse pointer, event pump, program and its folder.
+
+/// Title of every message box of the station.
+inline constexpr char16_t StationTitle[] = u"나 래 온 빛 터 (주)";
+
+/// Numbers of the platform's mouse pointers.
+enum MousePointer : int {
+    PointerNormal = 0,
+    PointerBusy = 11,
+};
+
+class Desktop
+{
+public:
+    virtual ~Desktop() = default;
+
+    /// Message box with the information icon and one button; returns when it is closed.
+    virtual void ShowInformation(const QString& text) = 0;
+    /// Message box without icon or station title: the platform's own text of an error.
+    virtual void ShowPlain(const QString& text) = 0;
+    /// Question with Yes and No and no icon. No is the default, and also what Enter, Escape and closing mean.
+    virtual bool AskYesNo(const QString& question) = 0;
+
+    /// Sets the pointer of the whole program; not counted, so one return to normal is enough.
+    virtual void SetMousePointer(MousePointer pointer) = 0;
+
+    /// Serves all events that wait, once.
+    virtual void PumpEvents() = 0;
+    /// Serves events until `done` holds, asking after each; sleeps between events, `timeoutMs` at most in all.
+    /// False when the time ran out first.
+    virtual bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) = 0;
+
+    /// The platform's printer dialog. A cancel and a failure both count as nothing having happened.
+    virtual void ShowPrinterDialog() = 0;
+
+    /// The command string that started the program, as it stood.
+    virtual QString Command() const = 0;
+    /// The program's own folder, without a separator at its end. It can be written.
+    virtual QString ProgramFolder() const = 0;
+    /// True when another instance runs on this user's desktop. The answer is fixed at the first call: when it is
+    /// false, this program is from then on the instance that others find.
+    virtual bool PrevInstance() = 0;
+
+    /// Ends the program; the event loop returns, or is never entered.
+    virtual void EndProgram() = 0;
+    virtual bool ProgramEnded() const = 0;
+
+    /// Today's date by the machine's clock.
+    virtual QDate Today() const = 0;
+};
+
+void ShowInformation(const QString& text);
+bool AskYesNo(const QString& question);
+void SetMousePointer(MousePointer pointer);
+void PumpEvents();
+void EndProgram();
+
+/// Busy pointer for the length of a routine.
+class BusyPointer
+{
+public:
+    BusyPointer() { SetMousePointer(PointerBusy); }
+    ~BusyPointer() { SetMousePointer(PointerNormal); }
+    BusyPointer(const BusyPointer&) = delete;
+    BusyPointer& operator=(const BusyPointer&) = delete;
+};

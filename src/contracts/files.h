@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+#include <QStringList>
+
+/// The one place where a path of the station, joined with backslashes, becomes a native one. Every file operation of
+/// the station goes through here.
+
+/// A path of the station as the platform writes it: each backslash becomes the platform's separator, and doubled ones
+/// lead to the same place.
+QString NativePath(const QString& stationPath);
+
+/// True when a text may stand as one part of a path: not empty, not `.` or `..`, and without a separator or a NUL.
+/// A drive letter's colon is no separator here.
+bool IsPathPart(const QString& part);
+
+class FileStore
+{
+public:
+    virtual ~FileStore() = default;
+
+    virtual bool FolderExists(const QString& path) const = 0;
+    /// Makes the folder, and those above it that are missing. Throws PlatformError.
+    virtual void MakeFolder(const QString& path) = 0;
+    /// True for a file that isn't a folder. A failing question (a share that went away) counts as no.
+    virtual bool FileExists(const QString& path) const = 0;
+    /// Names (not paths) of the files in a folder that begin with `prefix`, taken literally, sorted. Empty for a
+    /// folder that isn't there.
+    virtual QStringList FilesStartingWith(const QString& folder, const QString& prefix) const = 0;
+
+    /// Throws PlatformError.
+    virtual QByteArray ReadFile(const QString& path) const = 0;
+
+    /// Puts a whole file under its final name, replacing what is there: written under another name beside it, every
+    /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed.
+    virtual void WriteWholeFile(const QString& path, const QByteArray& content) = 0;
+
+    /// Makes a file only if none of that name exists. False when there is one. Throws PlatformError for any other
+    /// reason.
+    virtual bool CreateExclusively(const QString& path, const QByteArray& content) = 0;
+    /// Age of a file by the clock of the file system that holds it, in milliseconds; negative when there is none.
+    virtual qint64 AgeMs(const QString& path) const = 0;
+    /// Renames within one folder, replacing what is there. Throws PlatformError.
+    virtual void RenameFile(const QString& from, const QString& to) = 0;
+
+    /// Deletes a file; one that isn't there is no fault. Throws PlatformError.
+    virtual void DeleteFile(const QString& path) = 0;
+};
+
+bool FolderExists(const QString& path);
+void MakeFolder(const QString& path);
+bool FileExists(const QString& path);
+void WriteWholeFile(const QString& path, const QByteArray& content);
+void DeleteFile(const QString& path);
+FileStore& Files();

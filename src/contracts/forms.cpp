@@ -1,0 +1,81 @@
+#include "contracts/forms.h"
+
+#include "contracts/guard.h"
+
+#include <QCloseEvent>
+#include <QEventLoop>
+
+namespace {
+QList<StationForm*>& Collection()
+{
+    static QList<StationForm*> collection;
+    return collection;
+}
+} // namespace
+
+StationForm::StationForm(const QString& name)
+{
+    setObjectName(name);
+    setAttribute(Qt::WA_DeleteOnClose, false);
+}
+
+StationForm::~StationForm()
+{
+    Collection().removeOne(this);
+}
+
+void StationForm::Show()
+{
+    if (m_unloaded)
+        return;
+    show();
+    raise();
+}
+
+void StationForm::ShowModal()
+{
+    if (m_unloaded)
+        return;
+    setWindowModality(Qt::ApplicationModal);
+    QEventLoop loop;
+    connect(this, &StationForm::Unloaded, &loop, &QEventLoop::quit);
+    show();
+    loop.exec();
+}
+
+void StationForm::Unload()
+{
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    Guarded([this] { Form_Unload(); });
+    Collection().removeOne(this);
+    hide();
+    Q_EMIT Unloaded();
+    deleteLater();
+}
+
+void StationForm::closeEvent(QCloseEvent* event)
+{
+    event->accept();
+    Unload();
+}
+
+const QList<StationForm*>& LoadedForms()
+{
+    return Collection();
+}
+
+StationForm* FindForm(const QString& name)
+{
+    for (StationForm* form : Collection()) {
+        if (form->objectName() == name)
+            return form;
+    }
+    return nullptr;
+}
+
+void forms::Add(StationForm* form)
+{
+    Collection().append(form);
+}

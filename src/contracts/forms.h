@@ -1,0 +1,63 @@
+#pragma once
+
+#include <QList>
+#include <QPointer>
+#include <QWidget>
+
+/// A screen of the station. It has one instance at a time, reached through `Form<T>()`: made and loaded at first
+/// touch, gone at unload.
+///
+/// A derived form has a static `FormName` and builds its controls in the constructor; what its load does stands in
+/// `Form_Load`, so that it runs on a complete object.
+class StationForm : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit StationForm(const QString& name);
+    ~StationForm() override;
+
+    /// Shows the form modeless. A form that its own load has closed again stays away.
+    void Show();
+    /// Shows the form, blocks the other forms, and returns when it has been unloaded or hidden.
+    void ShowModal();
+    /// Runs `Form_Unload`, takes the form out of the collection and lets it be deleted once its handlers are through.
+    void Unload();
+    bool IsUnloaded() const { return m_unloaded; }
+
+protected:
+    virtual void Form_Load() {}
+    virtual void Form_Unload() {}
+    void closeEvent(QCloseEvent* event) override;
+
+Q_SIGNALS:
+    void Unloaded();
+
+private:
+    template <class T>
+    friend T& Form();
+
+    bool m_unloaded = false;
+};
+
+/// The collection of loaded forms, in the order of loading.
+const QList<StationForm*>& LoadedForms();
+/// The loaded form of that exact name, or null.
+StationForm* FindForm(const QString& name);
+
+namespace forms {
+void Add(StationForm* form);
+} // namespace forms
+
+/// The one instance of a form; touching it loads it. The reference is good until the form is unloaded and control
+/// has gone back to the event loop.
+template <class T>
+T& Form()
+{
+    if (StationForm* loaded = FindForm(QString::fromUtf16(T::FormName)))
+        return *static_cast<T*>(loaded);
+    T* form = new T;
+    forms::Add(form);
+    static_cast<StationForm*>(form)->Form_Load();
+    return *form;
+}

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <QImage>
+#include <QPoint>
+#include <QWidget>
+
+/// Numbers of the grid's cell types.
+enum SpreadCellType : int {
+    CellTypeEdit = 1,
+    CellTypeStaticText = 5,
+    CellTypePicture = 9,
+    CellTypeCheckBox = 10,
+};
+
+/// A selected block: first and last column and row, counted from 1.
+struct SpreadBlock
+{
+    int Col = 0;
+    int Row = 0;
+    int Col2 = 0;
+    int Row2 = 0;
+};
+
+/// `FPSpreadADO.fpSpread`: the grid. Rows and columns count from 1; row 0 is the heading row, column 0 the column of
+/// row numbers. Cell properties act on the current cell, which `setRow` and `setCol` choose; a cell outside the grid
+/// reads as empty and swallows what is written.
+///
+/// Widths are in units of 120 twips, heights in points of 20 twips.
+class fpSpread : public QWidget
+{
+    Q_OBJECT
+
+public:
+    using QWidget::QWidget;
+
+    virtual int MaxRows() const = 0;
+    /// Rows beyond the new number are gone with what they hold.
+    virtual void setMaxRows(int rows) = 0;
+    virtual int MaxCols() const = 0;
+    virtual void setMaxCols(int columns) = 0;
+    virtual void setColWidth(int column, double units) = 0;
+    virtual void setRowHeight(int row, double points) = 0;
+    /// Height of the rows that get none of their own.
+    virtual void setDefaultRowHeight(double points) = 0;
+    /// Cell type of a whole column for rows of one parity, before anything is loaded into them: 1 odd rows, 0 even
+    /// rows, -1 all rows. Stands for rows that come later, too.
+    virtual void setStoredCellType(int column, int rowParity, SpreadCellType type) = 0;
+    virtual void setHeadings(const QStringList& headings) = 0;
+    virtual void setHeadingsVisible(bool columnHeadings, bool rowNumbers) = 0;
+
+    /// Number of the last row in which a cell holds data: a text that isn't empty, a picture, or a ticked box.
+    virtual int DataRowCnt() const = 0;
+    /// Empties the cells of a block; limits beyond the grid are cut. Unless `dataOnly`, a cell goes back to the type
+    /// that its place has stored.
+    virtual void ClearRange(int column, int row, int column2, int row2, bool dataOnly) = 0;
+    /// Takes rows out; those below move up, and the grid becomes shorter by as many.
+    virtual void DeleteRows(int row, int count) = 0;
+
+    virtual int Row() const = 0;
+    virtual void setRow(int row) = 0;
+    virtual int Col() const = 0;
+    virtual void setCol(int column) = 0;
+
+    virtual SpreadCellType CellType() const = 0;
+    virtual void setCellType(SpreadCellType type) = 0;
+    virtual bool TypePictCenter() const = 0;
+    virtual void setTypePictCenter(bool center) = 0;
+    /// Stretched to the cell with its shape kept.
+    virtual void setTypePictStretch(bool stretch) = 0;
+    /// The grid keeps the picture at cell size. A null picture shows the "no picture" mark.
+    virtual void setTypePictPicture(const QImage& picture) = 0;
+    virtual QImage TypePictPicture() const = 0;
+    virtual QString Text() const = 0;
+    virtual void setText(const QString& text) = 0;
+    /// "1" for a ticked box, "0" for one that isn't; of other cells the text.
+    virtual QString Value() const = 0;
+    virtual void setValue(const QString& value) = 0;
+
+    virtual int ActiveRow() const = 0;
+    virtual int ActiveCol() const = 0;
+    /// Moves the active cell and brings it into view.
+    virtual void SetActiveCell(int column, int row) = 0;
+
+    virtual int SelectionCount() const = 0;
+    /// Block `index`, counted from 0.
+    virtual SpreadBlock GetSelection(int index) const = 0;
+    virtual bool IsCellSelected(int column, int row) const = 0;
+    virtual void setMultipleSelection(bool several) = 0;
+
+    /// Size in device pixels in which a picture of that cell is shown: what to decode for.
+    virtual QSize CellPixels(int column, int row) const = 0;
+    /// Place of a cell inside the widget, in pixels, whether in view or not; empty outside the grid.
+    virtual QRect CellRect(int column, int row) const = 0;
+    /// Frames a cell in the accent colour for a moment.
+    virtual void FlashCell(int column, int row) = 0;
+
+    /// A number for the fill that begins; from then on the grid's earlier fills are no longer the current one.
+    int BeginFill() { return ++m_fill; }
+    bool IsCurrentFill(int fill) const { return fill == m_fill; }
+
+Q_SIGNALS:
+    /// Column and row are 0 on a heading, and beyond the last row for a click below the list.
+    void DblClick(int column, int row);
+    /// `clickType` is 0; x and y are twips from the grid's corner; `column` and `row` as for `DblClick`.
+    void RightClick(int clickType, int column, int row, int x, int y);
+    /// A key pressed in the grid, by the platform's key code (13 is Enter).
+    void KeyDown(int keyCode, int shift);
+    /// The operator ticked or unticked a box.
+    void ButtonClicked(int column, int row, bool down);
+
+private:
+    int m_fill = 0;
+};

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <utility>
+
+namespace guard {
+/// Answers the exception that is in flight: pointer back to normal, message to the operator.
+void AnswerFault();
+} // namespace guard
+
+/// The one way into the station's code from an event: a fault of the outside world ends the handler with a message,
+/// and the program goes on. Gives true when the handler ran to its end.
+template <class Handler>
+bool Guarded(Handler&& handler)
+{
+    try {
+        std::forward<Handler>(handler)();
+        return true;
+    } catch (...) {
+        guard::AnswerFault();
+        return false;
+    }
+}
+
+/// A slot that runs `handler` with the signal's arguments under `Guarded`.
+template <class Handler>
+auto GuardedSlot(Handler handler)
+{
+    return [handler](auto&&... arguments) { Guarded([&] { handler(std::forward<decltype(arguments)>(arguments)...); }); };
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QSize>
+#include <QStringList>
+
+#include <memory>
+
+/// Pictures on their way from a file to a cell, decoded on threads of the adapter's own, in the order of the list.
+/// Deleting the object ends the work that is left.
+class PictureBatch : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// True when the picture of that place in the list is there, be it as a failure.
+    virtual bool IsReady(int index) const = 0;
+    /// Waits for the picture of that place and hands it over; null when it can't be read. Each can be taken once.
+    virtual QImage Take(int index) = 0;
+
+Q_SIGNALS:
+    /// A further picture is ready; arrives on the thread that owns the batch.
+    void Ready();
+};
+
+/// Reads picture files by their content, whatever their name says.
+class PictureReader
+{
+public:
+    virtual ~PictureReader() = default;
+
+    /// The picture at full size, turned as its orientation tag says; null when it can't be read.
+    virtual QImage Load(const QString& path) = 0;
+    /// The picture scaled to fit into `room` with its shape kept, never enlarged; null when it can't be read. Much
+    /// faster than the full one.
+    virtual QImage LoadWithin(const QString& path, QSize room) = 0;
+    virtual std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) = 0;
+};
+
+PictureReader& Pictures();
