@@ -1,0 +1,233 @@
+#include "platform/files/LocalFiles.h"
+
+#include "contracts/components.h"
+#include "contracts/PlatformError.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+[[noreturn]] void ThrowFault(const QString& what, const QString& path, int error)
+{
+    throw PlatformError(
+        u"%1 (%2: %3)"_s.arg(what, NativePath(path), QString::fromLocal8Bit(std::strerror(error))));
+}
+
+QByteArray Native(const QString& path)
+{
+    if (path.contains(QChar(u'\0')))
+        throw PlatformError(u"경로에 쓸 수 없는 글자가 있습니다.!!"_s);
+    return QFile::encodeName(NativePath(path));
+}
+
+QByteArray FolderOf(const QByteArray& native)
+{
+    const qsizetype slash = native.lastIndexOf('/');
+    if (slash < 0)
+        return QByteArray(".");
+    return slash == 0 ? QByteArray("/") : native.left(slash);
+}
+
+/// A name that no pattern of the station's pictures and movies matches, unique on every machine that shares the folder.
+QByteArray BesideName(const QByteArray& folder, const char* ending)
+{
+    static std::atomic<unsigned> counter = 0;
+    char host[64] = {};
+    if (gethostname(host, sizeof host - 1) != 0)
+        host[0] = '\0';
+    return folder + "/.station-" + QByteArray(host) + '-' + QByteArray::number(getpid()) + '-' +
+           QByteArray::number(++counter) + ending;
+}
+
+class Descriptor
+{
+public:
+    Descriptor(const QByteArray& native, int flags)
+    {
+        do {
+            m_fd = open(native.constData(), flags | O_CLOEXEC, 0666);
+        } while (m_fd < 0 && errno == EINTR);
+    }
+    ~Descriptor()
+    {
+        if (m_fd >= 0)
+            close(m_fd);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    bool IsOpen() const { return m_fd >= 0; }
+    int Handle() const { return m_fd; }
+
+    bool Write(const QByteArray& content) const
+    {
+        const char* at = content.constData();
+        size_t left = static_cast<size_t>(content.size());
+        while (left > 0) {
+            const ssize_t written = write(m_fd, at, left);
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written <= 0) {
+                if (written == 0)
+                    errno = EIO;
+                return false;
+            }
+            at += written;
+            left -= static_cast<size_t>(written);
+        }
+        return true;
+    }
+
+    /// Closing can be the moment at which a share reports that a write has failed.
+    bool Close()
+    {
+        const int fd = m_fd;
+        m_fd = -1;
+        return close(fd) == 0 || errno == EINTR;
+    }
+
+private:
+    int m_fd = -1;
+};
+
+bool SyncFolder(const QByteArray& folder)
+{
+    const Descriptor handle(folder, O_RDONLY | O_DIRECTORY);
+    if (!handle.IsOpen())
+        return errno == EACCES || errno == ENOTSUP;
+    if (fsync(handle.Handle()) == 0)
+        return true;
+    // Some shares can't sync a folder and say so; what they store is as safe as it gets.
+    return errno == EINVAL || errno == ENOTSUP || errno == EOPNOTSUPP || errno == ENOSYS || errno == EBADF;
+}
+
+} // namespace
+
+bool LocalFiles::FolderExists(const QString& path) const
+{
+    struct stat facts = {};
+    return stat(Native(path).constData(), &facts) == 0 && S_ISDIR(facts.st_mode);
+}
+
+void LocalFiles::MakeFolder(const QString& path)
+{
+    const QByteArray native = Native(path);
+    if (FolderExists(path))
+        return;
+    if (!QDir().mkpath(QFile::decodeName(native)) && !FolderExists(path))
+        ThrowFault(u"폴더를 만들 수 없습니다.!!"_s, path, errno);
+}
+
+bool LocalFiles::FileExists(const QString& path) const
+{
+    struct stat facts = {};
+    return stat(Native(path).constData(), &facts) == 0 && !S_ISDIR(facts.st_mode);
+}
+
+QStringList LocalFiles::FilesStartingWith(const QString& folder, const QString& prefix) const
+{
+    QStringList names;
+    const QStringList all = QDir(NativePath(folder)).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+    for (const QString& name : all) {
+        if (name.startsWith(prefix))
+            names.append(name);
+    }
+    return names;
+}
+
+QByteArray LocalFiles::ReadFile(const QString& path) const
+{
+    QFile file(NativePath(path));
+    if (!file.open(QIODevice::ReadOnly))
+        throw PlatformError(u"파일을 읽을 수 없습니다.!! (%1: %2)"_s.arg(NativePath(path), file.errorString()));
+    QByteArray content = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        throw PlatformError(u"파일을 읽을 수 없습니다.!! (%1: %2)"_s.arg(NativePath(path), file.errorString()));
+    return content;
+}
+
+void LocalFiles::WriteWholeFile(const QString& path, const QByteArray& content)
+{
+    const QString fault = u"파일을 저장할 수 없습니다.!!"_s;
+    const QByteArray target = Native(path);
+    const QByteArray folder = FolderOf(target);
+    const QByteArray partial = BesideName(folder, ".part");
+
+    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.IsOpen())
+        ThrowFault(fault, path, errno);
+    const bool whole = file.Write(content) && fsync(file.Handle()) == 0 && file.Close() &&
+                       std::rename(partial.constData(), target.constData()) == 0;
+    if (!whole) {
+        const int error = errno;
+        unlink(partial.constData());
+        ThrowFault(fault, path, error);
+    }
+    if (!SyncFolder(folder))
+        ThrowFault(fault, path, errno);
+}
+
+bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& content)
+{
+    const QByteArray native = Native(path);
+    Descriptor file(native, O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.IsOpen()) {
+        if (errno == EEXIST)
+            return false;
+        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
+    }
+    if (!file.Write(content) || !file.Close()) {
+        const int error = errno;
+        unlink(native.constData());
+        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, error);
+    }
+    return true;
+}
+
+qint64 LocalFiles::AgeMs(const QString& path) const
+{
+    const QByteArray native = Native(path);
+    struct stat facts = {};
+    if (stat(native.constData(), &facts) != 0)
+        return -1;
+    // The clock of a share is its server's: a file made there now tells what time it is.
+    const QByteArray probe = BesideName(FolderOf(native), ".probe");
+    struct stat now = {};
+    {
+        const Descriptor handle(probe, O_WRONLY | O_CREAT | O_EXCL);
+        if (!handle.IsOpen() || fstat(handle.Handle(), &now) != 0)
+            ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
+    }
+    unlink(probe.constData());
+    const auto milliseconds = [](const timespec& time) { return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000; };
+    return qMax<qint64>(0, milliseconds(now.st_mtim) - milliseconds(facts.st_mtim));
+}
+
+void LocalFiles::RenameFile(const QString& from, const QString& to)
+{
+    if (std::rename(Native(from).constData(), Native(to).constData()) != 0)
+        ThrowFault(u"파일 이름을 바꿀 수 없습니다.!!"_s, from, errno);
+}
+
+void LocalFiles::DeleteFile(const QString& path)
+{
+    if (unlink(Native(path).constData()) != 0 && errno != ENOENT)
+        ThrowFault(u"파일을 지울 수 없습니다.!!"_s, path, errno);
+}
+
+void RegisterFiles()
+{
+    InstallService<FileStore>(std::make_unique<LocalFiles>());
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "contracts/files.h"
+
+/// Files of this machine and of the shares mounted on it, by POSIX calls: each of them is looked at, which the toolkit's own
+/// classes don't do for a full disk or a failing sync.
+class LocalFiles : public FileStore
+{
+public:
+    bool FolderExists(const QString& path) const override;
+    void MakeFolder(const QString& path) override;
+    bool FileExists(const QString& path) const override;
+    QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
+    QByteArray ReadFile(const QString& path) const override;
+    void WriteWholeFile(const QString& path, const QByteArray& content) override;
+    bool CreateExclusively(const QString& path, const QByteArray& content) override;
+    qint64 AgeMs(const QString& path) const override;
+    void RenameFile(const QString& from, const QString& to) override;
+    void DeleteFile(const QString& path) override;
+};
+
+/// Installs the file service.
+void RegisterFiles();

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QPlainTextEdit>
+
+/// A text box that shows the note of one visit and section, and knows whose note it is and whether it may stand in the
+/// place of the stored one.
+class NoteBox : public QPlainTextEdit
+{
+    Q_OBJECT
+    /// What the look shows: the note of a history line, which can't be edited here.
+    Q_PROPERTY(bool historyNote READ IsHistoryNote)
+
+public:
+    explicit NoteBox(QWidget* parent = nullptr);
+
+    const QString& Ymd() const { return m_ymd; }
+    const QString& Section() const { return m_section; }
+    bool Shows(const QString& ymd, const QString& section) const { return m_ymd == ymd && m_section == section; }
+
+    /// False from the moment that a note is asked for until it has been read: nothing of it may then be written.
+    bool IsLoaded() const { return m_loaded; }
+    /// The operator has changed the text since it was loaded.
+    bool IsTouched() const { return document()->isModified(); }
+    bool IsHistoryNote() const { return m_historyNote; }
+
+    /// Empties the box for the note of that visit, which is about to be read.
+    void BeginLoading(const QString& ymd, const QString& section);
+    /// The stored note. The box can be edited from here on, unless it shows a history line.
+    void SetLoadedNote(const QString& note);
+    /// Back to an own text kept aside earlier.
+    void RestoreNote(const QString& ymd, const QString& section, const QString& text, bool touched);
+    void setHistoryNote(bool on);
+
+private:
+    void ShowState();
+
+    QString m_ymd;
+    QString m_section;
+    bool m_loaded = false;
+    bool m_historyNote = false;
+};

@@ -1,0 +1,66 @@
+#include "records/Statement.h"
+
+#include "contracts/PlatformError.h"
+#include "launch/context/VisitContext.h"
+#include "records/text/text_routines.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+AdoConnection& OpenConnection()
+{
+    if (Connection == nullptr)
+        throw PlatformError(u"데이터베이스에 연결되어 있지 않습니다.!!"_s);
+    return *Connection;
+}
+} // namespace
+
+Statement& Statement::Piece(QStringView piece)
+{
+    m_text.append(piece);
+    return *this;
+}
+
+Statement& Statement::Value(const QString& text)
+{
+    QString literal = text;
+    m_text.append(literal.replace(u"'"_s, u"''"_s));
+    return *this;
+}
+
+Statement& Statement::Value(int number)
+{
+    m_text.append(QString::number(number));
+    return *this;
+}
+
+std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor)
+{
+    AdoConnection& connection = OpenConnection();
+    std::unique_ptr<AdoRecordset> rows = connection.NewRecordset();
+    rows->setCursorLocation(adUseClient);
+    rows->setCursorType(cursor);
+    rows->setLockType(adLockReadOnly);
+    rows->Open(statement.Text(), connection);
+    return rows;
+}
+
+void Execute(const Statement& statement)
+{
+    OpenConnection().Execute(statement.Text());
+}
+
+bool HasRow(const AdoRecordset& rows)
+{
+    return !(rows.Eof() && rows.Bof());
+}
+
+QString FieldText(const AdoRecordset& rows, const QString& column)
+{
+    return Trim(rows.Fields(column).toString());
+}
+
+int FieldNumber(const AdoRecordset& rows, const QString& column)
+{
+    return rows.Fields(column).toInt();
+}

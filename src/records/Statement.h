@@ -1,0 +1,37 @@
+#pragma once
+
+#include "contracts/ado.h"
+
+#include <QString>
+
+#include <memory>
+
+/// A statement joined from literal pieces and values. A text value goes between the apostrophes that the pieces around
+/// it hold, with an apostrophe inside it doubled, which is all that the connection's dialect needs; a number stands
+/// bare.
+class Statement
+{
+public:
+    explicit Statement(QStringView piece = {}) : m_text(piece.toString()) {}
+
+    Statement& Piece(QStringView piece);
+    Statement& Value(const QString& text);
+    Statement& Value(int number);
+
+    const QString& Text() const { return m_text; }
+
+private:
+    QString m_text;
+};
+
+/// Opens the statement's rows on the global connection. Throws PlatformError with the driver's text.
+std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor = adOpenForwardOnly);
+/// Runs a statement without rows. Throws PlatformError with the driver's text.
+void Execute(const Statement& statement);
+
+/// A row is there unless both ends are reached at once.
+bool HasRow(const AdoRecordset& rows);
+/// A column as trimmed text; a null is empty.
+QString FieldText(const AdoRecordset& rows, const QString& column);
+/// A column as a whole number; a null is 0.
+int FieldNumber(const AdoRecordset& rows, const QString& column);

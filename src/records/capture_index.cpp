@@ -1,0 +1,136 @@
+#include "records/capture_index.h"
+
+#include "contracts/desktop.h"
+#include "contracts/components.h"
+#include "contracts/files.h"
+#include "contracts/pictures.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "records/history_grids.h"
+#include "records/NoteBox.h"
+#include "records/picture_grid.h"
+#include "records/Statement.h"
+
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
+constexpr int DecodeWaitMs = 30000;
+
+QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc)
+{
+    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
+                                   .Piece(u" WHERE cap_chart = '").Value(chart).Piece(u"' ")
+                                   .Piece(u" AND cap_ymd = '").Value(ymd).Piece(u"' ")
+                                   .Piece(u" AND cap_etc = '").Value(etc).Piece(u"' ")
+                                   .Piece(u" AND cap_gubun = 'A' ")
+                                   .Piece(u" ORDER BY cap_no ASC "));
+    QList<int> numbers;
+    for (; !rows->Eof(); rows->MoveNext())
+        numbers.append(FieldNumber(*rows, u"cap_no"_s));
+    rows->Close();
+    return numbers;
+}
+
+} // namespace
+
+int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& captureDir,
+                    const QString& etc, fpSpread& grid, int gridNumber, bool keepCursor)
+{
+    const QPointer<fpSpread> there(&grid);
+    const int fill = grid.BeginFill();
+    ClearPictureGrid(grid, gridNumber);
+
+    const QList<int> numbers = StoredNumbers(chart, ymd, etc);
+    QStringList paths;
+    for (const int number : numbers)
+        paths.append(PicturePath(captureDir, etc, chart, ymd, number, VisitContext.ImageExt));
+    const QSize room = grid.CellPixels(PictureColumns(gridNumber).first(), 1);
+    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
+    Desktop& desktop = UseService<Desktop>();
+
+    int result = 0;
+    for (int at = 0; at < numbers.size(); ++at) {
+        desktop.PumpEvents();
+        desktop.PumpEventsUntil([&] { return !there || !there->IsCurrentFill(fill) || batch->IsReady(at); },
+                                DecodeWaitMs);
+        // A handler that the pump let in may have closed the screen or begun a newer fill.
+        if (!there || !there->IsCurrentFill(fill))
+            return result;
+        result = numbers[at];
+        if (!FileExists(paths[at]))
+            continue;
+        const QImage picture = batch->IsReady(at) ? batch->Take(at) : QImage();
+        int row = 0;
+        int column = 0;
+        NextGridSlot(result, row, column, gridNumber, grid);
+        PlacePicture(grid, row, column, picture, result);
+        if (!keepCursor)
+            grid.SetActiveCell(1, row);
+    }
+    return result;
+}
+
+int NextCaptureNo(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& /*captureDir*/,
+                  const QString& etc)
+{
+    const auto rows = OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ")
+                                   .Piece(u" WHERE cap_chart = '").Value(chart).Piece(u"' ")
+                                   .Piece(u" AND cap_ymd = '").Value(ymd).Piece(u"' ")
+                                   .Piece(u" AND cap_etc = '").Value(etc).Piece(u"' ")
+                                   .Piece(u" AND cap_gubun = 'A' "));
+    const int largest = HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
+    rows->Close();
+    return largest;
+}
+
+QString StoredNote(const QString& chart, const QString& ymd, const QString& etc)
+{
+    const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ")
+                                   .Piece(u" WHERE ca_chart = '").Value(chart).Piece(u"' ")
+                                   .Piece(u" AND ca_ymd = '").Value(ymd).Piece(u"' ")
+                                   .Piece(u" AND ca_etc = '").Value(etc).Piece(u"' ")
+                                   .Piece(u" AND ca_gubun = 'A' "));
+    const QString note = HasRow(*rows) ? FieldText(*rows, u"ca_chamgo"_s) : QString();
+    rows->Close();
+    return note;
+}
+
+void LoadCaptureNote(const QString& chart, const QString& /*yuhyung*/, const QString& ymd,
+                     const QString& /*captureDir*/, const QString& etc, NoteBox& box)
+{
+    box.BeginLoading(ymd, etc);
+    box.SetLoadedNote(StoredNote(chart, ymd, etc));
+}
+
+void LoadVisitHistory(const QString& chart, const QString& /*yuhyung*/, const QString& /*ymd*/,
+                      const QString& /*captureDir*/, const QString& /*etc*/, const QString& kind)
+{
+    const HistoryGrids& grids = RegisteredHistoryGrids();
+    if (!grids.pictures || !grids.visits)
+        return;
+    grids.pictures->BeginFill();
+    ClearPictureGrid(*grids.pictures, 2);
+    fpSpread& visits = *grids.visits;
+    visits.ClearRange(1, 1, 2, visits.DataRowCnt(), false);
+
+    const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
+                                   .Piece(u" WHERE ca_chart = '").Value(chart).Piece(u"' ")
+                                   .Piece(u" AND ca_gubun = '").Value(kind).Piece(u"' ")
+                                   .Piece(u" ORDER BY ca_ymd DESC "));
+    for (int line = 1; !rows->Eof(); rows->MoveNext(), ++line) {
+        if (line > visits.MaxRows())
+            visits.setMaxRows(line);
+        visits.setRow(line);
+        visits.setCol(1);
+        visits.setText(FieldText(*rows, u"ca_ymd"_s));
+        visits.setCol(2);
+        visits.setText(FieldText(*rows, u"ca_etc"_s));
+        visits.setCol(3);
+        visits.setText(FieldText(*rows, u"ca_chamgo"_s));
+    }
+    rows->Close();
+}

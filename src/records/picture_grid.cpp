@@ -1,0 +1,57 @@
+#include "records/picture_grid.h"
+
+#include "records/text/text_routines.h"
+
+QList<int> PictureColumns(int gridNumber)
+{
+    return gridNumber == 1 ? QList<int>{1, 2, 3, 4, 5} : QList<int>{2, 4, 6};
+}
+
+void ClearPictureGrid(fpSpread& grid, int gridNumber)
+{
+    if (gridNumber == 1) {
+        grid.ClearRange(1, 1, 5, grid.DataRowCnt(), false);
+        return;
+    }
+    for (int column = 1; column <= 6; ++column)
+        grid.ClearRange(column, 1, column, grid.DataRowCnt(), column % 2 == 1);
+}
+
+void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, fpSpread& grid)
+{
+    const QList<int> columns = PictureColumns(gridNumber);
+    const int last = grid.DataRowCnt();
+    if (last == 0) {
+        row = 1;
+        column = columns.first();
+        return;
+    }
+    for (const int candidate : columns) {
+        grid.setRow(last);
+        grid.setCol(candidate);
+        if (Trim(grid.Text()).isEmpty()) {
+            row = last - 1;
+            column = candidate;
+            return;
+        }
+    }
+    row = last + 1;
+    column = columns.first();
+}
+
+void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber)
+{
+    if (row + 1 > grid.MaxRows())
+        grid.setMaxRows(row + 1);
+    grid.setRow(row);
+    grid.setCol(column);
+    grid.setCellType(CellTypePicture);
+    grid.setTypePictCenter(true);
+    grid.setTypePictStretch(true);
+    grid.setTypePictPicture(picture);
+
+    grid.setRow(row + 1);
+    grid.setCol(column);
+    grid.setCellType(CellTypeStaticText);
+    grid.setText(NumberText(pictureNumber));
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "contracts/fpSpread.h"
+
+/// Grids that show pictures in pairs of rows: the picture above, its number as text below. Number 1 is the layout of
+/// the current visit with pictures in columns 1 to 5; any other number is the layout of a history line with pictures in
+/// columns 2, 4 and 6 and a tick box before each.
+
+/// Picture columns of a layout, from the left.
+QList<int> PictureColumns(int gridNumber);
+
+/// Empties the grid in the way of its layout; boxes before the pictures stay, unticked.
+void ClearPictureGrid(fpSpread& grid, int gridNumber);
+
+/// Where the next picture goes: the first free place in the last pair, else a new pair, which may lie beyond the grid's
+/// rows. Read back from the grid, so each picture must have been placed with its number. The picture number plays no
+/// part.
+void NextGridSlot(int pictureNumber, int& row, int& column, int gridNumber, fpSpread& grid);
+
+/// Puts a picture and its number into a place, and makes the grid longer when the place lies beyond it.
+void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber);

@@ -1,0 +1,23 @@
+#include "records/tables.h"
+
+#include "contracts/components.h"
+#include "contracts/setup_components.h"
+#include "records/Statement.h"
+
+using namespace Qt::StringLiterals;
+
+bool EnsureTable(ConnectionPointer& connection, const QString& extra, const QString& table, bool create)
+{
+    const QString database = connection->DefaultDatabase();
+    const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
+    const auto tables =
+        connection->Execute(Statement(u" SHOW TABLES FROM ").Piece(database).Piece(u" ").Text());
+    tables->setFilter(Statement(u" tables_in_").Piece(database).Piece(u" = '").Value(table).Piece(u"' ").Text());
+    bool there = HasRow(*tables);
+    if (!there && create) {
+        keeper->tablecreate(connection, table, extra);
+        there = true;
+    }
+    tables->Close();
+    return there;
+}
