@@ -85,3 +85,12 @@ Q_SIGNALS:
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();
 };
+
+/// What the clinic's setup decides about the video devices of this machine.
+class VideoOptions
+{
+public:
+    virtual ~VideoOptions() = default;
+    /// A moving test picture stands at the end of the devices, or it doesn't.
+    virtual void OfferTestPicture(bool offer) = 0;
+};

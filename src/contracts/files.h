@@ -37,6 +37,10 @@ public:
     /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed.
     virtual void WriteWholeFile(const QString& path, const QByteArray& content) = 0;
 
+    /// The same for a name that must not exist yet: whole or not at all, and never over another file. False when one of
+    /// that name exists. Throws PlatformError.
+    virtual bool WriteNewFile(const QString& path, const QByteArray& content) = 0;
+
     /// Makes a file only if none of that name exists. False when there is one. Throws PlatformError for any other
     /// reason.
     virtual bool CreateExclusively(const QString& path, const QByteArray& content) = 0;

@@ -2,6 +2,7 @@
 
 #include "contracts/guard.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QEventLoop>
 
@@ -10,6 +11,12 @@ QList<StationForm*>& Collection()
 {
     static QList<StationForm*> collection;
     return collection;
+}
+
+QList<StationForm*>& Unloaded()
+{
+    static QList<StationForm*> unloaded;
+    return unloaded;
 }
 } // namespace
 
@@ -22,6 +29,7 @@ StationForm::StationForm(const QString& name)
 StationForm::~StationForm()
 {
     Collection().removeOne(this);
+    ::Unloaded().removeOne(this);
 }
 
 void StationForm::Show()
@@ -51,8 +59,9 @@ void StationForm::Unload()
     Guarded([this] { Form_Unload(); });
     Collection().removeOne(this);
     hide();
+    ::Unloaded().append(this);
     Q_EMIT Unloaded();
-    deleteLater();
+    QMetaObject::invokeMethod(qApp, &forms::DeleteUnloaded, Qt::QueuedConnection);
 }
 
 void StationForm::closeEvent(QCloseEvent* event)
@@ -73,6 +82,16 @@ StationForm* FindForm(const QString& name)
             return form;
     }
     return nullptr;
+}
+
+void forms::DeleteUnloaded()
+{
+    if (guard::Depth() > 0)
+        return;
+    const QList<StationForm*> gone = Unloaded();
+    for (StationForm* form : gone)
+        form->deleteLater();
+    Unloaded().clear();
 }
 
 void forms::Add(StationForm* form)

@@ -21,7 +21,8 @@ public:
     void Show();
     /// Shows the form, blocks the other forms, and returns when it has been unloaded or hidden.
     void ShowModal();
-    /// Runs `Form_Unload`, takes the form out of the collection and lets it be deleted once its handlers are through.
+    /// Runs `Form_Unload` and takes the form out of the collection. The object itself goes when no guarded handler runs
+    /// any more, since the one that pumped the closing event may still be at work on it.
     void Unload();
     bool IsUnloaded() const { return m_unloaded; }
 
@@ -47,6 +48,8 @@ StationForm* FindForm(const QString& name);
 
 namespace forms {
 void Add(StationForm* form);
+/// Deletes the unloaded forms, unless a guarded handler runs.
+void DeleteUnloaded();
 } // namespace forms
 
 /// The one instance of a form; touching it loads it. The reference is good until the form is unloaded and control

@@ -1,11 +1,32 @@
 #include "contracts/guard.h"
 
 #include "contracts/desktop.h"
+#include "contracts/forms.h"
 #include "contracts/PlatformError.h"
 
 #include <exception>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+int depth = 0;
+} // namespace
+
+int guard::Depth()
+{
+    return depth;
+}
+
+guard::Entered::Entered()
+{
+    ++depth;
+}
+
+guard::Entered::~Entered()
+{
+    if (--depth == 0)
+        forms::DeleteUnloaded();
+}
 
 void guard::AnswerFault()
 {

@@ -5,6 +5,17 @@
 namespace guard {
 /// Answers the exception that is in flight: pointer back to normal, message to the operator.
 void AnswerFault();
+/// Number of guarded handlers that run at this moment, one inside the other.
+int Depth();
+
+class Entered
+{
+public:
+    Entered();
+    ~Entered();
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+};
 } // namespace guard
 
 /// The one way into the station's code from an event: a fault of the outside world ends the handler with a message,
@@ -12,6 +23,7 @@ void AnswerFault();
 template <class Handler>
 bool Guarded(Handler&& handler)
 {
+    const guard::Entered entered;
     try {
         std::forward<Handler>(handler)();
         return true;

@@ -27,6 +27,8 @@ public:
     void BeginLoading(const QString& ymd, const QString& section);
     /// The stored note. The box can be edited from here on, unless it shows a history line.
     void SetLoadedNote(const QString& note);
+    /// What the box holds is what is stored.
+    void MarkUntouched() { document()->setModified(false); }
     /// Back to an own text kept aside earlier.
     void RestoreNote(const QString& ymd, const QString& section, const QString& text, bool touched);
     void setHistoryNote(bool on);

@@ -113,6 +113,30 @@ bool SyncFolder(const QByteArray& folder)
     return errno == EINVAL || errno == ENOTSUP || errno == EOPNOTSUPP || errno == ENOSYS || errno == EBADF;
 }
 
+/// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault nothing
+/// is left of it.
+template <class Place>
+void PutInPlace(const QString& path, const QByteArray& content, Place place)
+{
+    const QString fault = u"파일을 저장할 수 없습니다.!!"_s;
+    const QByteArray target = Native(path);
+    const QByteArray folder = FolderOf(target);
+    const QByteArray partial = BesideName(folder, ".part");
+
+    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.IsOpen())
+        ThrowFault(fault, path, errno);
+    const bool whole = file.Write(content) && fsync(file.Handle()) == 0 && file.Close() &&
+                       place(partial.constData(), target.constData());
+    if (!whole) {
+        const int error = errno;
+        unlink(partial.constData());
+        ThrowFault(fault, path, error);
+    }
+    if (!SyncFolder(folder))
+        ThrowFault(fault, path, errno);
+}
+
 } // namespace
 
 bool LocalFiles::FolderExists(const QString& path) const
@@ -160,23 +184,31 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
 
 void LocalFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
-    const QString fault = u"파일을 저장할 수 없습니다.!!"_s;
-    const QByteArray target = Native(path);
-    const QByteArray folder = FolderOf(target);
-    const QByteArray partial = BesideName(folder, ".part");
+    PutInPlace(path, content, [](const char* partial, const char* target) { return std::rename(partial, target) == 0; });
+}
 
-    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL);
-    if (!file.IsOpen())
-        ThrowFault(fault, path, errno);
-    const bool whole = file.Write(content) && fsync(file.Handle()) == 0 && file.Close() &&
-                       std::rename(partial.constData(), target.constData()) == 0;
-    if (!whole) {
-        const int error = errno;
-        unlink(partial.constData());
-        ThrowFault(fault, path, error);
-    }
-    if (!SyncFolder(folder))
-        ThrowFault(fault, path, errno);
+bool LocalFiles::WriteNewFile(const QString& path, const QByteArray& content)
+{
+    bool there = false;
+    PutInPlace(path, content, [&there](const char* partial, const char* target) {
+        // A link is the one step that every station's file server refuses when the name is taken.
+        if (link(partial, target) == 0)
+            return unlink(partial) == 0;
+        if (errno == EEXIST) {
+            there = true;
+            return unlink(partial) == 0;
+        }
+        if (errno != EPERM && errno != ENOTSUP && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
+            return false;
+        // No links on this share: the claim of the number is then what keeps others away.
+        struct stat facts = {};
+        if (stat(target, &facts) == 0) {
+            there = true;
+            return unlink(partial) == 0;
+        }
+        return std::rename(partial, target) == 0;
+    });
+    return !there;
 }
 
 bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& content)

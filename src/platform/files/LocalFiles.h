@@ -13,6 +13,7 @@ public:
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
+    bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;

@@ -1,0 +1,138 @@
+#include "capture/CaptureHistory.h"
+
+#include "capture/VisitNote.h"
+#include "contracts/fpSpread.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_index.h"
+#include "records/capture_scheme.h"
+#include "records/picture_grid.h"
+#include "records/text/text_routines.h"
+
+#include <QLabel>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void LayOutPictureGrid(fpSpread& grid, const QList<double>& columnWidths, int rows, double firstRowHeight,
+                       double pictureRowHeight)
+{
+    grid.setHeadingsVisible(false, false);
+    grid.setMaxCols(static_cast<int>(columnWidths.size()));
+    grid.setMaxRows(rows);
+    for (int column = 1; column <= columnWidths.size(); ++column) {
+        grid.setColWidth(column, columnWidths[column - 1]);
+        grid.setStoredCellType(column, 0, CellTypeStaticText);
+    }
+    grid.setDefaultRowHeight(13.3);
+    for (int row = 1; row <= rows; row += 2)
+        grid.setRowHeight(row, row == 1 ? firstRowHeight : pictureRowHeight);
+}
+
+} // namespace
+
+CaptureHistory::CaptureHistory(const Controls& controls, VisitNote& note, StillCapture& stills)
+    : m_controls(controls), m_note(note), m_stills(stills)
+{
+}
+
+fpSpread& CaptureHistory::Grid(int gridNumber)
+{
+    return gridNumber == 1 ? m_controls.visitPictures : m_controls.historyPictures;
+}
+
+void CaptureHistory::LayOutGrids()
+{
+    LayOutPictureGrid(m_controls.visitPictures, {13.33, 13.37, 13.37, 13.37, 13.37}, 20, 53.5, 53.2);
+    LayOutPictureGrid(m_controls.historyPictures, {1.75, 15.9, 1.87, 15.87, 1.87, 15.87}, 50, 62.0, 62.3);
+    for (const int column : {1, 3, 5})
+        m_controls.historyPictures.setStoredCellType(column, 1, CellTypeCheckBox);
+
+    fpSpread& visits = m_controls.visits;
+    visits.setMaxCols(3);
+    visits.setMaxRows(2000);
+    visits.setHeadings({u"캡쳐일자"_s, u"캡쳐종류"_s, u"참고사항"_s});
+    visits.setHeadingsVisible(true, true);
+    visits.setColWidth(1, 8.88);
+    visits.setColWidth(2, 17.37);
+    visits.setColWidth(3, 44.85);
+    visits.setDefaultRowHeight(11.9);
+    for (int column = 1; column <= 3; ++column)
+        visits.setStoredCellType(column, -1, CellTypeStaticText);
+}
+
+void CaptureHistory::Clear()
+{
+    ++m_lineShown;
+    EndFills();
+    ClearPictureGrid(m_controls.visitPictures, 1);
+    ClearPictureGrid(m_controls.historyPictures, 2);
+    m_controls.visits.ClearRange(1, 1, 2, m_controls.visits.DataRowCnt(), false);
+}
+
+void CaptureHistory::EndFills()
+{
+    m_controls.visitPictures.BeginFill();
+    m_controls.historyPictures.BeginFill();
+}
+
+void CaptureHistory::ShowVisit()
+{
+    const StillCapture::Hold hold(m_stills);
+    m_note.AwaitVisit();
+    const QString section = VisitContext.Etc;
+    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
+                    VisitContext.Etc, m_controls.visitPictures, 1, false);
+    // A section chosen meanwhile has its own fill, and its own note.
+    if (section == VisitContext.Etc)
+        m_note.LoadForVisit();
+}
+
+void CaptureHistory::ShowSection()
+{
+    ShowVisit();
+    m_controls.visitPictures.SetActiveCell(1, 1);
+    m_controls.visitPictures.setFocus();
+}
+
+void CaptureHistory::ShowVisits()
+{
+    ++m_lineShown;
+    LoadVisitHistory(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
+                     VisitContext.Etc, u"A"_s);
+}
+
+void CaptureHistory::ShowHistoryLine(int row)
+{
+    if (Trim(VisitContext.Chart).isEmpty())
+        return;
+    m_controls.lblHisYmd.clear();
+    m_controls.lblHisEtc.clear();
+    m_controls.visits.setRow(row);
+    m_controls.visits.setCol(1);
+    const QString ymd = Trim(m_controls.visits.Text());
+    if (ymd.isEmpty())
+        return;
+    m_controls.lblHisYmd.setText(LayIntoMask(ymd, u"0000-00-00"));
+    m_controls.visits.setCol(2);
+    const QString etc = Trim(m_controls.visits.Text());
+    m_controls.lblHisEtc.setText(etc);
+    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
+
+    const int line = ++m_lineShown;
+    const StillCapture::Hold hold(m_stills);
+    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, m_controls.historyPictures, 2, false);
+    if (line == m_lineShown)
+        m_note.ShowHistoryNote(ymd, etc, folder);
+}
+
+bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)
+{
+    const bool pictureCell = row % 2 == 1 && PictureColumns(gridNumber).contains(column);
+    if (!pictureCell)
+        return false;
+    fpSpread& grid = Grid(gridNumber);
+    grid.setRow(row + 1);
+    grid.setCol(column);
+    return !Trim(grid.Text()).isEmpty();
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "capture/StillCapture.h"
+
+#include <QObject>
+
+class fpSpread;
+class QLabel;
+class VisitNote;
+
+/// The three grids of the capture screen, and what the mouse does on the two of the history. The grids and the two labels
+/// of the selection are all the memory there is.
+class CaptureHistory : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct Controls
+    {
+        fpSpread& visitPictures;   ///< `sprCap(1)`
+        fpSpread& historyPictures; ///< `sprCap(2)`
+        fpSpread& visits;          ///< `sprCap(3)`
+        QLabel& lblHisYmd;
+        QLabel& lblHisEtc;
+    };
+
+    CaptureHistory(const Controls& controls, VisitNote& note, StillCapture& stills);
+
+    /// Columns, rows and measures of the three grids.
+    void LayOutGrids();
+    /// Empties the three grids, but for column 3 of the list; the labels and the note stay.
+    void Clear();
+    /// Ends the fills that are under way, whose screen is closing.
+    void EndFills();
+
+    /// Fills `sprCap(1)` and the note box for the visit and section as they stand now.
+    void ShowVisit();
+    /// The section was changed by the operator: shows its pictures and note from the first cell on.
+    void ShowSection();
+    /// Reads the list of visits again.
+    void ShowVisits();
+    /// Shows the visit of a line of `sprCap(3)`; a line without a date only empties the selection.
+    void ShowHistoryLine(int row);
+
+    /// True for a picture cell of that grid: the cell under it holds a number.
+    bool IsFilledPicture(int gridNumber, int column, int row);
+
+private:
+    fpSpread& Grid(int gridNumber);
+
+    Controls m_controls;
+    VisitNote& m_note;
+    StillCapture& m_stills;
+    int m_lineShown = 0; ///< Rises with each line that is shown, so that an overtaken one knows.
+};

@@ -1,0 +1,38 @@
+#include "capture/CommandBar.h"
+
+#include "contracts/components.h"
+#include "contracts/ImageList.h"
+
+#include <QMenu>
+#include <QToolButton>
+
+CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar(parent)
+{
+    setMovable(false);
+    setFloatable(false);
+    setContextMenuPolicy(Qt::PreventContextMenu);
+    const ImageList& pictures = UseService<ImageList>();
+    for (const Button& button : buttons) {
+        if (button.caption != buttons.first().caption)
+            addSeparator();
+        auto* tool = new QToolButton(this);
+        tool->setObjectName(button.caption);
+        tool->setAccessibleName(button.caption);
+        tool->setText(button.caption);
+        tool->setIcon(pictures.Picture(button.imageKey));
+        tool->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        tool->setFocusPolicy(Qt::NoFocus);
+        connect(tool, &QToolButton::clicked, this, [this, caption = button.caption] { Q_EMIT ButtonClick(caption); });
+        if (!button.entries.isEmpty()) {
+            auto* menu = new QMenu(tool);
+            for (const QString& entry : button.entries) {
+                QAction* action = menu->addAction(entry);
+                action->setObjectName(entry);
+                connect(action, &QAction::triggered, this, [this, entry] { Q_EMIT ButtonMenuClick(entry); });
+            }
+            tool->setMenu(menu);
+            tool->setPopupMode(QToolButton::MenuButtonPopup);
+        }
+        addWidget(tool);
+    }
+}

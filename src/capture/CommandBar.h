@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QToolBar>
+
+/// A toolbar whose commands are told apart by caption: buttons with a picture and, at some of them, a drop-down list of
+/// entries. Nothing on it is ever disabled.
+class CommandBar : public QToolBar
+{
+    Q_OBJECT
+
+public:
+    struct Button
+    {
+        QString caption;
+        QString imageKey;
+        QStringList entries;
+    };
+
+    CommandBar(const QList<Button>& buttons, QWidget* parent);
+
+Q_SIGNALS:
+    void ButtonClick(const QString& caption);
+    void ButtonMenuClick(const QString& entry);
+};

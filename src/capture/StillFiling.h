@@ -1,0 +1,60 @@
+#pragma once
+
+#include "capture/CaptureVisit.h"
+#include "capture/PendingRows.h"
+
+#include <functional>
+#include <memory>
+
+class NumberClaim;
+
+/// Files pictures of a visit: number, file, rows. Knows no screen. Several stations may file into one visit at the same
+/// time; no number is taken twice and no file is ever overwritten.
+class StillFiling
+{
+public:
+    /// What is to be stored as the visit's note with a picture.
+    struct Note
+    {
+        QString text;
+        bool typed = false; ///< The operator's own text of this screen, not one read from the store.
+    };
+    /// Asked right before the rows are written; may throw.
+    using NoteSource = std::function<Note(const CaptureVisit&)>;
+
+    struct Filed
+    {
+        int number = 0;
+        /// Empty when the rows are stored. Otherwise why not, for the operator: the file is safe, the rows wait.
+        QString rowsFault;
+    };
+
+    /// Hears of each picture whose file and rows are safe, with the note that was stored with it.
+    using FiledListener = std::function<void(const CaptureVisit&, int number, const QString& note)>;
+
+    /// `note` is asked for any visit, also for those whose rows were left over by an earlier run.
+    StillFiling(NoteSource note, FiledListener filed) : m_note(std::move(note)), m_filed(std::move(filed)) {}
+
+    /// Files one picture, after the rows that wait. Throws PlatformError when no file could be written; nothing is left
+    /// behind then.
+    Filed File(const CaptureVisit& visit, const QByteArray& picture);
+
+    /// Writes the rows that wait. Throws PlatformError at the first that fails again.
+    void WritePending();
+    const PendingRows& Pending() const { return m_pending; }
+
+private:
+    struct Placed
+    {
+        int number = 0;
+        std::unique_ptr<NumberClaim> claim;
+    };
+
+    /// `fault` tells why the database doesn't answer; while it is empty the database is asked.
+    Placed PlaceFile(const CaptureVisit& visit, const QByteArray& picture, QString& fault) const;
+    void WriteRows(const PendingRows::Entry& entry);
+
+    NoteSource m_note;
+    FiledListener m_filed;
+    PendingRows m_pending;
+};

@@ -1,0 +1,27 @@
+#include "capture/device_link.h"
+
+#include "contracts/desktop.h"
+#include "contracts/VideoCap.h"
+#include "launch/context/device_settings.h"
+
+using namespace Qt::StringLiterals;
+
+bool StartDevice(VideoCap& capture)
+{
+    if (capture.Devices().Count() < 1) {
+        ShowInformation(u"캡쳐 장치를 찾을수 없습니다.!!"_s);
+        return false;
+    }
+    capture.setDevice(DeviceSettings.Devices);
+    capture.setVideoFormat(DeviceSettings.Sizes);
+    capture.setVideoInput(DeviceSettings.Sources);
+    capture.Start();
+    return true;
+}
+
+void StopDevice(VideoCap& capture)
+{
+    if (capture.CaptureMode())
+        capture.setCaptureMode(false);
+    capture.Stop();
+}

@@ -1,0 +1,10 @@
+#pragma once
+
+class VideoCap;
+
+/// Starts the device with the stored settings. False, with a message, when the machine has no video device; the control
+/// is then left alone. A device that can't be opened is a PlatformError.
+bool StartDevice(VideoCap& capture);
+
+/// Ends a recording and stops the device.
+void StopDevice(VideoCap& capture);

@@ -1,0 +1,184 @@
+#include "capture/frmCapture.h"
+
+#include "capture/capture_folders.h"
+#include "capture/CommandBar.h"
+#include "capture/device_link.h"
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "contracts/PlatformError.h"
+#include "contracts/setup_components.h"
+#include "contracts/StatusPanels.h"
+#include "contracts/VideoCap.h"
+#include "launch/context/device_settings.h"
+#include "launch/context/VisitContext.h"
+#include "records/history_grids.h"
+#include "records/NoteBox.h"
+#include "records/patient_lookup.h"
+#include "records/tables.h"
+#include "records/text/text_routines.h"
+
+#include <QComboBox>
+#include <QEvent>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
+{
+    BuildControls();
+    BuildPopupMenu();
+    m_note = std::make_unique<VisitNote>(*m_txtCapChamgo);
+    m_stills = std::make_unique<StillCapture>(sprCap(1), *m_note);
+    m_history = std::make_unique<CaptureHistory>(
+        CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
+    m_history->LayOutGrids();
+    ConnectControls();
+}
+
+void frmCapture::Form_Load()
+{
+    try {
+        LoadSteps();
+    } catch (const PlatformError& error) {
+        UseService<Desktop>().ShowPlain(error.Text());
+        Unload();
+    }
+}
+
+void frmCapture::LoadSteps()
+{
+    PrepareCaptureFolders(VisitContext.Ymd, *m_cmbEtc);
+    if (m_cmbEtc->count() == 0) {
+        ShowInformation(u"환경설정(클라이언트)의 캡쳐디렉토리를 설정해주세요.!!"_s);
+        Unload();
+        return;
+    }
+    CreateObject<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s)
+        ->skinchang(*this, static_cast<int>(winId()), Connection);
+    move(0, 0);
+    m_cmbEtc->setEditText(VisitContext.Etc);
+    m_cmbEtc->setVisible(m_cmbEtc->count() > 1);
+    LoadDeviceSettings();
+    EnsureTable(Connection, QString(), u"endo"_s, true);
+    m_dtpYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
+    ShowPatientPanels(*m_sbarCap);
+    RegisterHistoryGrids(&sprCap(2), &sprCap(3));
+}
+
+void frmCapture::Form_Unload()
+{
+    StopDevice(*m_capCapture);
+    m_history->EndFills();
+    m_stills->Finish();
+    m_capCapture->Stop();
+    EndProgram();
+}
+
+void frmCapture::ConnectControls()
+{
+    connect(m_tbarCap, &CommandBar::ButtonClick, this,
+            GuardedSlot([this](const QString& caption) { RunButton(caption); }));
+    connect(m_tbarCap, &CommandBar::ButtonMenuClick, this,
+            GuardedSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
+    connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
+    for (int element = 1; element <= 3; ++element) {
+        connect(&sprCap(element), &fpSpread::DblClick, this, GuardedSlot([this, element](int column, int row) {
+                    OnGridDblClick(element, column, row);
+                }));
+        connect(&sprCap(element), &fpSpread::RightClick, this,
+                GuardedSlot([this, element](int, int column, int row, int x, int y) {
+                    OnGridRightClick(element, column, row, x, y);
+                }));
+    }
+    m_txtCapChamgo->installEventFilter(this);
+}
+
+void frmCapture::RunButton(const QString& caption)
+{
+    if (caption == u"연결"_s)
+        Connect();
+    else if (caption == u"캡쳐"_s)
+        SetCaptureValues();
+    else if (caption == u"저장"_s)
+        m_stills->SaveVisitNote();
+    else if (caption == u"취소"_s) {
+        Clear();
+        ShowStored();
+    } else if (caption == u"종료"_s)
+        Unload();
+}
+
+void frmCapture::RunMenuEntry(const QString& entry)
+{
+    if (entry == u"연결끊기"_s)
+        StopDevice(*m_capCapture);
+    else if (entry == u"기타설정1"_s) {
+        m_capCapture->ShowDriverDialog1(static_cast<int>(winId()));
+        StartDevice(*m_capCapture);
+    } else if (entry == u"기타설정2"_s)
+        m_capCapture->ShowDriverDialog2(static_cast<int>(winId()));
+    else if (entry == u"프린터설정"_s)
+        UseService<Desktop>().ShowPrinterDialog();
+}
+
+void frmCapture::Connect()
+{
+    if (!StartDevice(*m_capCapture))
+        Unload();
+}
+
+void frmCapture::SetCaptureValues()
+{
+    m_stills->SetCaptureValues(*m_capCapture);
+}
+
+void frmCapture::Clear()
+{
+    m_history->Clear();
+}
+
+void frmCapture::ShowStored()
+{
+    m_history->ShowVisit();
+    if (!IsUnloaded())
+        m_history->ShowVisits();
+}
+
+void frmCapture::OnSectionChosen()
+{
+    VisitContext.Etc = Trim(m_cmbEtc->currentText());
+    m_history->ShowSection();
+}
+
+void frmCapture::OnGridDblClick(int element, int /*column*/, int row)
+{
+    if (element == 3)
+        m_history->ShowHistoryLine(row);
+}
+
+void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)
+{
+    if (element == 3 || !m_history->IsFilledPicture(element, column, row))
+        return;
+    m_popupRow = row;
+    m_popupCol = column;
+    m_popupGrid = element;
+    for (QAction* action : m_popup->actions()) {
+        if (action->objectName() == u"소견서입력"_s)
+            action->setEnabled(element == 2);
+    }
+    m_popup->popup(sprCap(element).mapToGlobal(QPoint(x, y) / 15));
+}
+
+bool frmCapture::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched == m_txtCapChamgo && event->type() == QEvent::FocusIn)
+        m_txtCapChamgo->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
+    return StationForm::eventFilter(watched, event);
+}

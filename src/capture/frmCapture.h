@@ -1,0 +1,85 @@
+#pragma once
+
+#include "capture/CaptureHistory.h"
+#include "capture/StillCapture.h"
+#include "capture/VisitNote.h"
+#include "contracts/forms.h"
+
+#include <array>
+#include <memory>
+
+class CommandBar;
+class fpSpread;
+class NoteBox;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QMenu;
+class StatusPanels;
+class VideoCap;
+
+/// "캡쳐화면": the station's main screen, shown for one visit. Closing it ends the program.
+class frmCapture : public StationForm
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char16_t* FormName = u"frmCapture";
+
+    frmCapture();
+
+    /// Takes a still and files it.
+    void SetCaptureValues();
+    /// Empties the three grids; the labels and the note stay.
+    void Clear();
+
+    /// Fills the screen for the visit and section as they stand: pictures, note, list of visits.
+    void ShowStored();
+
+    QComboBox& cmbEtc() { return *m_cmbEtc; }
+    fpSpread& sprCap(int element) { return *m_sprCap[static_cast<size_t>(element - 1)]; }
+    NoteBox& txtCapChamgo() { return *m_txtCapChamgo; }
+    VideoCap& capCapture() { return *m_capCapture; }
+    StatusPanels& sbarCap() { return *m_sbarCap; }
+
+protected:
+    void Form_Load() override;
+    void Form_Unload() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void BuildControls();
+    void BuildPopupMenu();
+    void ConnectControls();
+    void LoadSteps();
+
+    void RunButton(const QString& caption);
+    void RunMenuEntry(const QString& entry);
+    void Connect();
+    void ShowDriverDialog(int dialog);
+
+    void OnGridDblClick(int element, int column, int row);
+    void OnGridRightClick(int element, int column, int row, int x, int y);
+    void OnSectionChosen();
+
+    CommandBar* m_tbarCap = nullptr;
+    StatusPanels* m_sbarCap = nullptr;
+    VideoCap* m_capCapture = nullptr;
+    std::array<fpSpread*, 3> m_sprCap = {};
+    QLineEdit* m_dtpYmd = nullptr;
+    QComboBox* m_cmbEtc = nullptr;
+    NoteBox* m_txtCapChamgo = nullptr;
+    QLabel* m_lblMovie = nullptr;
+    QLabel* m_lblMovieStatus = nullptr;
+    QLabel* m_lblHisYmd = nullptr;
+    QLabel* m_lblHisEtc = nullptr;
+    QMenu* m_popup = nullptr;
+
+    std::unique_ptr<VisitNote> m_note;
+    std::unique_ptr<StillCapture> m_stills;
+    std::unique_ptr<CaptureHistory> m_history;
+
+    int m_popupRow = 0;
+    int m_popupCol = 0;
+    int m_popupGrid = 0;
+};

@@ -1,0 +1,98 @@
+#include "capture/CommandBar.h"
+#include "capture/frmCapture.h"
+#include "contracts/components.h"
+#include "contracts/fpSpread.h"
+#include "contracts/StatusPanels.h"
+#include "contracts/twips.h"
+#include "contracts/VideoCap.h"
+#include "records/NoteBox.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QList<CommandBar::Button> Commands = {
+    {u"연결"_s, u"Connect"_s, {u"연결끊기"_s}},
+    {u"캡쳐"_s, u"Movie"_s, {}},
+    {u"저장"_s, u"Save2"_s, {u"CD저장"_s, u"동영상저장시작"_s, u"동영상저장종료"_s}},
+    {u"삭제"_s, u"Delete"_s, {}},
+    {u"취소"_s, u"Clear"_s, {}},
+    {u"출력"_s, u"Print"_s, {}},
+    {u"설정"_s, u"Tool"_s, {u"장치설정"_s, u"기타설정1"_s, u"기타설정2"_s, u"프린터설정"_s}},
+    {u"파일"_s, u"Find"_s, {}},
+    {u"기타"_s, u"Happy"_s, {u"소견서입력"_s}},
+    {u"종료"_s, u"Exit"_s, {}},
+};
+
+template <class Control>
+Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
+{
+    control->setObjectName(name);
+    control->setAccessibleName(accessibleName);
+    control->setGeometry(place);
+    return control;
+}
+
+QLabel* MakeLabel(QWidget* parent, const QString& name, const QString& text, const QRect& place)
+{
+    return Named(new QLabel(text, parent), name, text, place);
+}
+
+} // namespace
+
+void frmCapture::BuildControls()
+{
+    setWindowTitle(u"캡쳐화면"_s);
+    setFixedSize(PixelsFromTwips(15240), PixelsFromTwips(10500));
+
+    m_tbarCap = Named(new CommandBar(Commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
+    m_sbarCap = Named(&PlaceControl<StatusPanels>(u"MSComctlLib.StatusBar"_s, this), u"sbarCap"_s, u"환자 정보"_s,
+                      RectFromTwips(0, 405, 15240, 270));
+    m_sbarCap->setPanelCount(8);
+    m_capCapture = Named(&PlaceControl<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, this), u"capCapture"_s, u"영상"_s,
+                         RectFromTwips(0, 690, 8400, 6300));
+    m_sprCap[0] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap(1)"_s, u"캡쳐그림"_s,
+                        RectFromTwips(0, 7020, 8400, 3465));
+
+    MakeLabel(this, u"lbl(4)"_s, u"저장일자"_s, RectFromTwips(8490, 690, 915, 315));
+    m_dtpYmd = Named(new QLineEdit(this), u"dtpYmd"_s, u"저장일자"_s, RectFromTwips(9480, 690, 1575, 315));
+    m_dtpYmd->setReadOnly(true);
+    m_dtpYmd->setFocusPolicy(Qt::NoFocus);
+    MakeLabel(this, u"lbl(1)"_s, u"장치종류"_s, RectFromTwips(12000, 690, 855, 315));
+    m_cmbEtc = Named(new QComboBox(this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
+    // A section outside the list stands as its text all the same; nothing can be typed.
+    m_cmbEtc->setEditable(true);
+    m_cmbEtc->setInsertPolicy(QComboBox::NoInsert);
+    m_cmbEtc->lineEdit()->setReadOnly(true);
+
+    MakeLabel(this, u"label(2)"_s, u"참고사항"_s, RectFromTwips(8490, 1035, 915, 315));
+    m_txtCapChamgo = Named(new NoteBox(this), u"txtCapChamgo"_s, u"참고사항"_s, RectFromTwips(9480, 1035, 5730, 390));
+    m_txtCapChamgo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_lblMovie = Named(new QLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
+    m_lblMovieStatus =
+        Named(new QLabel(this), u"lblMovieStatus"_s, u"동영상 프레임"_s, RectFromTwips(9480, 1695, 5745, 240));
+
+    auto* pic = Named(new QWidget(this), u"pic"_s, u"캡쳐과거내역"_s, RectFromTwips(8415, 1950, 6810, 8535));
+    MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));
+    m_lblHisYmd = Named(new QLabel(pic), u"lblHisYmd"_s, u"과거 캡쳐일자"_s, RectFromTwips(1680, 0, 1335, 240));
+    m_lblHisEtc = Named(new QLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
+    m_sprCap[2] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(3)"_s, u"캡쳐과거내역"_s,
+                        RectFromTwips(15, 240, 6750, 3195));
+    m_sprCap[1] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(2)"_s, u"과거 캡쳐그림"_s,
+                        RectFromTwips(15, 3450, 6750, 5040));
+}
+
+void frmCapture::BuildPopupMenu()
+{
+    m_popup = new QMenu(this);
+    m_popup->setObjectName(u"팝업메뉴"_s);
+    for (const QString& entry : {u"그림지우기"_s, u"전체지우기"_s, u"mnuSep"_s, u"소견서입력"_s, u"출력"_s}) {
+        QAction* action = entry == u"mnuSep"_s ? m_popup->addSeparator() : m_popup->addAction(entry);
+        action->setObjectName(entry);
+    }
+}

@@ -1,0 +1,95 @@
+#include "launch/Main.h"
+
+#include "capture/frmCapture.h"
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/PlatformError.h"
+#include "contracts/setup_components.h"
+#include "contracts/VideoCap.h"
+#include "launch/context/VisitContext.h"
+#include "launch/launch_string.h"
+#include "records/capture_scheme.h"
+#include "records/text/text_routines.h"
+
+#include <QComboBox>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString NoChart = u"00000000"_s;
+
+/// The setup component is a fresh object for this one call.
+bool ReadSetup()
+{
+    const auto profile = CreateObject<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s);
+    return profile->SetupRead(ClientSetup, SaupTable, true, Connection);
+}
+
+/// A visit that would lead out of the capture root is refused before anything is made.
+void CheckVisitPaths()
+{
+    CheckedPathPart(VisitContext.Ymd.left(4));
+    CheckedPathPart(VisitContext.Etc);
+    CheckedPathPart(VisitContext.Chart + VisitContext.Ymd);
+}
+
+void ShowCaptureScreen()
+{
+    frmCapture& screen = Form<frmCapture>();
+    screen.Show();
+    if (screen.IsUnloaded())
+        return;
+    if (Trim(VisitContext.Etc).isEmpty())
+        VisitContext.Etc = screen.cmbEtc().itemText(0);
+    screen.cmbEtc().setEditText(VisitContext.Etc);
+    screen.ShowStored();
+}
+
+/// True when a first screen is up.
+bool OpenVisit()
+{
+    const QString command = UseService<Desktop>().Command();
+    if (Trim(command).isEmpty())
+        return false;
+    if (UseService<Desktop>().PrevInstance()) {
+        ShowInformation(u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s);
+        return false;
+    }
+    if (!ReadSetup())
+        return false;
+    UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
+
+    VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
+    const LaunchString launch = CutLaunchString(command);
+    VisitContext.LaunchCode = launch.code;
+    VisitContext.LaunchFlag = launch.flag;
+    VisitContext.Chart = launch.chart;
+    VisitContext.Yuhyung = launch.yuhyung;
+    VisitContext.Jinchal = launch.jinchal;
+    VisitContext.Ymd = launch.ymd;
+    VisitContext.Etc = launch.etc;
+    if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
+        return false;
+    CheckVisitPaths();
+    VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
+
+    if (Trim(launch.mode) == u"C"_s)
+        return false;
+    ShowCaptureScreen();
+    return true;
+}
+
+} // namespace
+
+void Main()
+{
+    try {
+        if (!OpenVisit())
+            EndProgram();
+    } catch (const PlatformError& error) {
+        ShowInformation(error.Text());
+        if (LoadedForms().isEmpty())
+            EndProgram();
+    }
+}
