@@ -1,0 +1,141 @@
+#include "contracts/PlatformError.h"
+#include "platform/files/LocalFiles.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+/// While it lives, no file can grow beyond the limit: a disk that fills up in the middle of a write.
+class FullDisk
+{
+public:
+    explicit FullDisk(rlim_t bytes)
+    {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+private:
+    rlimit m_before = {};
+};
+} // namespace
+
+class LocalFilesTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void PathsOfTheStationReachTheFile()
+    {
+        m_files.MakeFolder(Path(u"root\\2026\\위내시경\\"_s));
+        const QString path = Path(u"root\\\\2026\\위내시경\\0000123420261124001.jpg"_s);
+        m_files.WriteWholeFile(path, "picture");
+        QVERIFY(QFile::exists(m_folder->filePath(u"root/2026/위내시경/0000123420261124001.jpg"_s)));
+        QVERIFY(m_files.FileExists(path));
+        QVERIFY(!m_files.FileExists(Path(u"root\\2026\\위내시경"_s)));
+        QCOMPARE(m_files.ReadFile(path), QByteArray("picture"));
+    }
+
+    void WriteReplacesWhole()
+    {
+        m_files.WriteWholeFile(Path(u"a"_s), "before");
+        m_files.WriteWholeFile(Path(u"a"_s), "after");
+        QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("after"));
+        QCOMPARE(Names(), QStringList{u"a"_s});
+    }
+
+    void NewFileIsNeverPutOverAnother()
+    {
+        QVERIFY(m_files.WriteNewFile(Path(u"a"_s), "first"));
+        QVERIFY(!m_files.WriteNewFile(Path(u"a"_s), "second"));
+        QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("first"));
+        QCOMPARE(Names(), QStringList{u"a"_s});
+    }
+
+    void AFullDiskLeavesTheOldFileAndNothingElse()
+    {
+        m_files.WriteWholeFile(Path(u"a"_s), "before");
+        {
+            const FullDisk full(4096);
+            QVERIFY_EXCEPTION_THROWN(m_files.WriteWholeFile(Path(u"a"_s), QByteArray(100000, 'x')), PlatformError);
+            QVERIFY_EXCEPTION_THROWN(m_files.WriteNewFile(Path(u"b"_s), QByteArray(100000, 'x')), PlatformError);
+        }
+        QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("before"));
+        QCOMPARE(Names(), QStringList{u"a"_s});
+    }
+
+    void FaultsTellTheOperator()
+    {
+        QVERIFY_EXCEPTION_THROWN(m_files.WriteWholeFile(Path(u"none\\a"_s), "x"), PlatformError);
+        QVERIFY_EXCEPTION_THROWN(m_files.ReadFile(Path(u"none"_s)), PlatformError);
+        m_files.WriteWholeFile(Path(u"file"_s), "x");
+        QVERIFY_EXCEPTION_THROWN(m_files.MakeFolder(Path(u"file\\below"_s)), PlatformError);
+        QVERIFY_EXCEPTION_THROWN(m_files.CreateExclusively(Path(u"none\\a"_s), "x"), PlatformError);
+        QVERIFY_EXCEPTION_THROWN(m_files.DeleteFile(Path(QString(u"a\0b"_s))), PlatformError);
+        m_files.DeleteFile(Path(u"not there"_s));
+    }
+
+    void ExclusiveCreationAndAge()
+    {
+        QVERIFY(m_files.CreateExclusively(Path(u"claim"_s), "me"));
+        QVERIFY(!m_files.CreateExclusively(Path(u"claim"_s), "you"));
+        QVERIFY(m_files.AgeMs(Path(u"claim"_s)) < 60000);
+        const timespec longAgo[2] = {{1000000000, 0}, {1000000000, 0}};
+        QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(m_folder->filePath(u"claim"_s)), longAgo, 0), 0);
+        QVERIFY(m_files.AgeMs(Path(u"claim"_s)) > 60000);
+        QCOMPARE(m_files.AgeMs(Path(u"none"_s)), -1);
+        QCOMPARE(Names(), QStringList{u"claim"_s});
+    }
+
+    void PrefixIsTakenLiterally()
+    {
+        for (const QString& name : {u"[1]*a"_s, u"[1]*b"_s, u"1xa"_s})
+            m_files.WriteWholeFile(Path(name), "x");
+        QCOMPARE(m_files.FilesStartingWith(Path(QString()), u"[1]*"_s), (QStringList{u"[1]*a"_s, u"[1]*b"_s}));
+        QCOMPARE(m_files.FilesStartingWith(Path(u"none\\"_s), QString()), QStringList());
+    }
+
+    void PartsThatLeaveTheirFolder_data()
+    {
+        QTest::addColumn<QString>("part");
+        QTest::addColumn<bool>("allowed");
+        QTest::newRow("Korean with a blank") << u"위 내시경"_s << true;
+        QTest::newRow("points inside") << u"a..b"_s << true;
+        QTest::newRow("up") << u".."_s << false;
+        QTest::newRow("here") << u"."_s << false;
+        QTest::newRow("slash") << u"a/b"_s << false;
+        QTest::newRow("backslash") << u"a\\b"_s << false;
+        QTest::newRow("NUL") << u"a"_s + QChar(u'\0') << false;
+        QTest::newRow("blank") << u"  "_s << false;
+    }
+
+    void PartsThatLeaveTheirFolder()
+    {
+        QFETCH(QString, part);
+        QTEST(IsPathPart(part), "allowed");
+    }
+
+private:
+    QString Path(const QString& name) const { return m_folder->path() + u'\\' + name; }
+    QStringList Names() const { return QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden); }
+
+    LocalFiles m_files;
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_GUILESS_MAIN(LocalFilesTest)
+#include "LocalFilesTest.moc"

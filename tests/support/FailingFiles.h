@@ -1,0 +1,41 @@
+#pragma once
+
+#include "contracts/files.h"
+
+#include <memory>
+
+/// Files that fail when told to, over the real ones.
+class FailingFiles : public FileStore
+{
+public:
+    /// Installs one over the file service that stands there.
+    static FailingFiles& InstallOver();
+
+    explicit FailingFiles(std::unique_ptr<FileStore> real) : m_real(std::move(real)) {}
+
+    /// The operation that changes something and is the `countdown`th from now fails, and each after it while `lasting`.
+    void FailAt(int countdown, bool lasting = false);
+    void Recover() { m_countdown = 0; }
+
+    bool FolderExists(const QString& path) const override { return m_real->FolderExists(path); }
+    void MakeFolder(const QString& path) override;
+    bool FileExists(const QString& path) const override { return m_real->FileExists(path); }
+    QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override
+    {
+        return m_real->FilesStartingWith(folder, prefix);
+    }
+    QByteArray ReadFile(const QString& path) const override { return m_real->ReadFile(path); }
+    void WriteWholeFile(const QString& path, const QByteArray& content) override;
+    bool WriteNewFile(const QString& path, const QByteArray& content) override;
+    bool CreateExclusively(const QString& path, const QByteArray& content) override;
+    qint64 AgeMs(const QString& path) const override { return m_real->AgeMs(path); }
+    void RenameFile(const QString& from, const QString& to) override;
+    void DeleteFile(const QString& path) override;
+
+private:
+    void Step();
+
+    std::unique_ptr<FileStore> m_real;
+    int m_countdown = 0;
+    bool m_lasting = false;
+};

@@ -1,0 +1,109 @@
+#include "support/FakeVideoCap.h"
+
+#include "contracts/components.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+
+#include <QBuffer>
+#include <QImageReader>
+#include <QPainter>
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Bits of the frame number, from the left across the picture; each cell black or white, so that JPEG keeps them.
+constexpr int NumberBits = 16;
+
+QPointer<FakeVideoCap>& LastMade()
+{
+    static QPointer<FakeVideoCap> last;
+    return last;
+}
+
+class NumberedFrame : public StillFrame
+{
+public:
+    NumberedFrame(QSize size, int number) : m_size(size), m_number(number) {}
+
+    QByteArray EncodeJPEG(int quality) const override
+    {
+        QImage picture(m_size, QImage::Format_RGB32);
+        picture.fill(Qt::darkRed);
+        QPainter painter(&picture);
+        const int width = m_size.width() / NumberBits;
+        for (int bit = 0; bit < NumberBits; ++bit) {
+            const bool set = (m_number >> (NumberBits - 1 - bit)) & 1;
+            painter.fillRect(bit * width, 0, width, m_size.height() / 2, set ? Qt::white : Qt::black);
+        }
+        painter.end();
+        QByteArray jpeg;
+        QBuffer buffer(&jpeg);
+        buffer.open(QIODevice::WriteOnly);
+        picture.save(&buffer, "JPEG", quality);
+        return jpeg;
+    }
+
+private:
+    QSize m_size;
+    int m_number;
+};
+
+} // namespace
+
+FakeVideoCap::FakeVideoCap(QWidget* parent) : VideoCap(parent)
+{
+    LastMade() = this;
+}
+
+void FakeVideoCap::Register()
+{
+    RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, [] { return std::make_unique<FakeVideoCap>(); });
+}
+
+FakeVideoCap* FakeVideoCap::Last()
+{
+    return LastMade();
+}
+
+void FakeVideoCap::Start()
+{
+    calls << u"Start"_s;
+    live = true;
+}
+
+void FakeVideoCap::Stop()
+{
+    calls << u"Stop"_s;
+    live = false;
+}
+
+std::shared_ptr<const StillFrame> FakeVideoCap::HoldFrame()
+{
+    if (!live)
+        return nullptr;
+    return std::make_shared<NumberedFrame>(frameSize, ++frames);
+}
+
+void FakeVideoCap::SnapShotJPEG(const QString& path, int quality)
+{
+    const auto frame = HoldFrame();
+    if (frame == nullptr)
+        throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
+    WriteWholeFile(path, frame->EncodeJPEG(quality));
+}
+
+int FakeVideoCap::FrameNumber(const QString& path)
+{
+    QImageReader reader(NativePath(path));
+    reader.setDecideFormatFromContent(true);
+    const QImage picture = reader.read();
+    if (picture.isNull())
+        return -1;
+    int number = 0;
+    const int width = picture.width() / NumberBits;
+    for (int bit = 0; bit < NumberBits; ++bit)
+        number = number * 2 + (qGray(picture.pixel(bit * width + width / 2, picture.height() / 4)) > 127 ? 1 : 0);
+    return number;
+}

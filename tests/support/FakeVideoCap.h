@@ -1,0 +1,52 @@
+#pragma once
+
+#include "contracts/VideoCap.h"
+
+/// A video control without a device behind it: its frames are drawn on demand, each darker or lighter by its number.
+class FakeVideoCap : public VideoCap
+{
+    Q_OBJECT
+
+public:
+    QStringList devices = {QStringLiteral("fake")};
+    bool live = false;         ///< A frame can be had.
+    int frames = 0;            ///< Number of the last frame that was handed out.
+    QSize frameSize{320, 240};
+    QStringList calls;         ///< Members called that change the device's state, in order.
+
+    /// Registers the control under its name; the last one made is found by `Last`.
+    static void Register();
+    static FakeVideoCap* Last();
+
+    explicit FakeVideoCap(QWidget* parent = nullptr);
+
+    VideoNames Devices() const override { return {devices}; }
+    VideoNames VideoFormats() const override { return {{QStringLiteral("320x240")}}; }
+    VideoNames VideoInputs() const override { return {{QStringLiteral("0")}}; }
+    void setDevice(int position) override { calls << QStringLiteral("Device %1").arg(position); }
+    void setVideoFormat(int position) override { calls << QStringLiteral("VideoFormat %1").arg(position); }
+    void setVideoInput(int position) override { calls << QStringLiteral("VideoInput %1").arg(position); }
+    void Start() override;
+    void Stop() override;
+    bool CaptureMode() const override { return m_captureMode; }
+    void setCaptureMode(bool on) override { m_captureMode = on; }
+    void setCaptureFileName(const QString&) override {}
+    void setUseCustomVideoFormat(bool) override {}
+    void setCustomVideoWidth(int) override {}
+    void setCustomVideoHeight(int) override {}
+    void setFrameRate(int) override {}
+    void setCaptureAudio(bool) override {}
+    void setCaptureVideo(bool) override {}
+    void setCompleteMovie(bool) override {}
+    void setKeepMovieFormat(bool) override {}
+    void SnapShotJPEG(const QString& path, int quality) override;
+    std::shared_ptr<const StillFrame> HoldFrame() override;
+    void ShowDriverDialog1(int) override { calls << QStringLiteral("Dialog1"); }
+    void ShowDriverDialog2(int) override { calls << QStringLiteral("Dialog2"); }
+
+    /// Number of the frame that a stored still holds.
+    static int FrameNumber(const QString& path);
+
+private:
+    bool m_captureMode = false;
+};

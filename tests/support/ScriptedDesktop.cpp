@@ -1,0 +1,48 @@
+#include "support/ScriptedDesktop.h"
+
+#include "contracts/components.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEventLoop>
+
+ScriptedDesktop& ScriptedDesktop::Install()
+{
+    auto desktop = std::make_unique<ScriptedDesktop>();
+    ScriptedDesktop& scripted = *desktop;
+    InstallService<Desktop>(std::move(desktop));
+    return scripted;
+}
+
+void ScriptedDesktop::ShowInformation(const QString& text)
+{
+    shown.append(text);
+    if (whileShown)
+        whileShown();
+}
+
+bool ScriptedDesktop::AskYesNo(const QString& question)
+{
+    ShowInformation(question);
+    if (answers.empty())
+        return false;
+    const bool answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
+void ScriptedDesktop::PumpEvents()
+{
+    QCoreApplication::processEvents();
+}
+
+bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (!done()) {
+        if (deadline.hasExpired())
+            return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    }
+    return true;
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "contracts/desktop.h"
+
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <deque>
+
+/// A desktop whose boxes answer by themselves: what they said is kept, questions take their answers from a script.
+class ScriptedDesktop : public Desktop
+{
+public:
+    QStringList shown;                 ///< Texts of all boxes, in order.
+    std::deque<bool> answers;          ///< For the questions to come; No when none is left.
+    std::function<void()> whileShown;  ///< Runs while a box stands open.
+    QString command;
+    bool otherInstance = false;
+    bool ended = false;
+    MousePointer pointer = PointerNormal;
+
+    /// Installs a fresh one and gives it for scripting.
+    static ScriptedDesktop& Install();
+
+    void ShowInformation(const QString& text) override;
+    void ShowPlain(const QString& text) override { ShowInformation(text); }
+    bool AskYesNo(const QString& question) override;
+    void SetMousePointer(MousePointer value) override { pointer = value; }
+    void PumpEvents() override;
+    bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    void ShowPrinterDialog() override {}
+    QString Command() const override { return command; }
+    QString ProgramFolder() const override { return m_folder.path(); }
+    bool PrevInstance() override { return otherInstance; }
+    void EndProgram() override { ended = true; }
+    bool ProgramEnded() const override { return ended; }
+    QDate Today() const override { return {2026, 11, 24}; }
+
+private:
+    QTemporaryDir m_folder;
+};
