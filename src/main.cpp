@@ -1,0 +1,58 @@
+#include "contracts/desktop.h"
+#include "contracts/guard.h"
+#include "launch/Main.h"
+#include "platform/desktop/register_desktop.h"
+#include "platform/files/LocalFiles.h"
+#include "platform/grid/register_grid.h"
+#include "platform/gstreamer/register_video.h"
+#include "platform/imaging/register_imaging.h"
+#include "platform/profile/register_profile.h"
+#include "platform/setup/register_setup.h"
+#include "platform/sql/register_sql.h"
+
+#include <QApplication>
+#include <QStringDecoder>
+
+#include <cstdio>
+
+namespace {
+
+/// The clinic's program may hand the string over in UTF-8 or in the Korean code page.
+QString CommandText(const char* argument)
+{
+    const QByteArray bytes(argument);
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    const QString text = utf8(bytes);
+    if (!utf8.hasError())
+        return text;
+    QStringDecoder korean("windows-949");
+    return korean.isValid() ? QString(korean(bytes)) : text;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    if (argc > 2) {
+        // Joining them would shift the columns of the launch string.
+        std::fputs("capture-station: the launch string must be one argument\n", stderr);
+        return 2;
+    }
+    const QString command = argc == 2 ? CommandText(argv[1]) : QString();
+    int ownArgc = 1;
+    QApplication application(ownArgc, argv);
+    QApplication::setApplicationName(QStringLiteral("capture-station"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    RegisterFiles();
+    RegisterDesktop(command);
+    RegisterProfile();
+    RegisterSql();
+    RegisterSetup();
+    RegisterImaging();
+    RegisterGrid();
+    RegisterVideo();
+
+    Guarded([] { Main(); });
+    return UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
+}

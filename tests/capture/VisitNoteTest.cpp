@@ -1,0 +1,170 @@
+#include "capture/frmCapture.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "launch/context/VisitContext.h"
+#include "records/NoteBox.h"
+#include "support/StationInABox.h"
+
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString Stomach = u"위내시경"_s;
+const QString Day = u"20261124"_s;
+const QString StoredNoteQuery = u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20261124' AND ca_etc = '위내시경'"_s;
+} // namespace
+
+/// The note box serves the visit and the lines of its history; nothing typed may reach the wrong row or be lost.
+class VisitNoteTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<StationInABox>();
+        m_box->AddPicture(Day, Stomach, 1, u"처음"_s);
+        m_box->AddPicture(u"20250301"_s, u"대장내시경"_s, 1, u"옛 소견"_s);
+        m_screen = &Form<frmCapture>();
+        m_screen->Show();
+        Guarded([this] { m_screen->ShowStored(); });
+        Press(u"연결"_s);
+    }
+    void cleanup() { m_box.reset(); }
+
+    void WhatIsStored_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("stored");
+        QTest::newRow("apostrophe and backslash are cleaned") << u"a'b\\c"_s << u"a b/c"_s;
+        QTest::newRow("blanks around it move to the end") << u"  염증 "_s << u"염증   "_s;
+        QTest::newRow("several lines") << u"한 줄\n두 줄"_s << u"한 줄\n두 줄"_s;
+        QTest::newRow("emptied") << QString() << QString();
+        QTest::newRow("10 kB of Korean") << QString(5000, u'가') << QString(5000, u'가');
+    }
+
+    void WhatIsStored()
+    {
+        QFETCH(QString, typed);
+        Type(typed);
+        Press(u"캡쳐"_s);
+        QTEST(m_box->Value(StoredNoteQuery), "stored");
+        QCOMPARE(Box().toPlainText(), typed);
+    }
+
+    void SaveStoresTheNoteAndTheMark()
+    {
+        Type(u"용종 2개"_s);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"용종 2개"_s);
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"1"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐이미지를 저장하였습니다."_s});
+    }
+
+    void TheMarkGoesWhereTheSetupSays()
+    {
+        ClientSetup.CheckTable = u"1"_s;
+        m_box->Run(u"INSERT INTO yk (yk_chart, yk_jinchal, yk_ykymd, yk_sayugubun, yk_check) VALUES"
+                   "('00001234','11','20261124','6','0'), ('00001234','11','20261124','1','0');"_s);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT yk_check AS v FROM yk WHERE yk_sayugubun = '6'"_s), u"1"_s);
+        QCOMPARE(m_box->Value(u"SELECT yk_check AS v FROM yk WHERE yk_sayugubun = '1'"_s), u"0"_s);
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
+    }
+
+    void AnUntouchedBoxDoesNotOverwriteAnotherStation()
+    {
+        OtherStationStores(u"다른 방에서"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"다른 방에서"_s);
+        QCOMPARE(Box().toPlainText(), u"다른 방에서"_s);
+
+        Type(u"이 방에서"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"이 방에서"_s);
+        OtherStationStores(u"다시 다른 방"_s);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"다시 다른 방"_s);
+    }
+
+    void CancelBringsTheStoredNoteBack()
+    {
+        Type(u"버릴 것"_s);
+        Press(u"취소"_s);
+        QCOMPARE(Box().toPlainText(), u"처음"_s);
+        QVERIFY(!Box().isReadOnly());
+    }
+
+    void AHistoryNoteNeverReachesTheVisit()
+    {
+        Type(u"쓰던 글"_s);
+        ShowLine(2);
+        QCOMPARE(Box().toPlainText(), u"옛 소견"_s);
+        QVERIFY(Box().isReadOnly() && Box().IsHistoryNote());
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"쓰던 글"_s);
+        QCOMPARE(Box().toPlainText(), u"쓰던 글"_s);
+        QVERIFY(!Box().isReadOnly());
+
+        ShowLine(2);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"쓰던 글"_s);
+        QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"옛 소견"_s);
+    }
+
+    void TheVisitsOwnLineLeavesTheBox()
+    {
+        Type(u"쓰던 글"_s);
+        ShowLine(2);
+        ShowLine(1);
+        QCOMPARE(Box().toPlainText(), u"쓰던 글"_s);
+        QVERIFY(!Box().isReadOnly() && Box().IsTouched());
+    }
+
+    void ANoteThatWasNotReadIsNotOverwritten()
+    {
+        m_box->Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
+        Press(u"취소"_s);
+        QVERIFY(Box().isReadOnly());
+        m_box->Run(u"ALTER TABLE ca_gone RENAME TO ca;"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"처음"_s);
+        QCOMPARE(Box().toPlainText(), u"처음"_s);
+        QVERIFY(!Box().isReadOnly());
+    }
+
+    void ANoteWithoutARowWaitsForTheFirstPicture()
+    {
+        m_box->Run(u"DELETE FROM ca; DELETE FROM cap;"_s);
+        Type(u"먼저 쓴 글"_s);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), QString());
+        QCOMPARE(m_box->Desk().shown.last(), u"캡쳐이미지를 저장하였습니다."_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"먼저 쓴 글"_s);
+    }
+
+private:
+    NoteBox& Box() { return m_screen->txtCapChamgo(); }
+    void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
+    void ShowLine(int row) { Q_EMIT m_screen->sprCap(3).DblClick(1, row); }
+
+    void Type(const QString& text)
+    {
+        Box().setPlainText(text);
+        Box().document()->setModified(true);
+    }
+
+    void OtherStationStores(const QString& note)
+    {
+        m_box->Run(u"UPDATE ca SET ca_chamgo = '%1' WHERE ca_ymd = '20261124';"_s.arg(note));
+    }
+
+    std::unique_ptr<StationInABox> m_box;
+    frmCapture* m_screen = nullptr;
+};
+
+QTEST_MAIN(VisitNoteTest)
+#include "VisitNoteTest.moc"

@@ -1,0 +1,171 @@
+#include "capture/frmCapture.h"
+#include "contracts/components.h"
+#include "contracts/fpSpread.h"
+#include "contracts/setup_components.h"
+#include "launch/context/VisitContext.h"
+#include "launch/Main.h"
+#include "records/NoteBox.h"
+#include "records/text/text_routines.h"
+#include "support/StationInABox.h"
+
+#include <QComboBox>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A setup component that delivers what the test has prepared.
+class PreparedProfile : public clsStartProfile
+{
+public:
+    static inline int calls = 0;
+    static inline bool answer = true;
+    static inline ClientSetupRecord prepared;
+    static inline ConnectionPointer connection;
+
+    bool SetupRead(ClientSetupRecord& setup, SaupRecords&, bool openConnection, ConnectionPointer& handed) override
+    {
+        ++calls;
+        setup = prepared;
+        if (openConnection)
+            handed = connection;
+        return answer;
+    }
+};
+
+class NoOptions : public VideoOptions
+{
+public:
+    void OfferTestPicture(bool) override {}
+};
+
+} // namespace
+
+class MainTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<StationInABox>();
+        PreparedProfile::calls = 0;
+        PreparedProfile::answer = true;
+        PreparedProfile::prepared = ClientSetup;
+        PreparedProfile::connection = Connection;
+        RegisterComponent<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s,
+                                           [] { return std::make_unique<PreparedProfile>(); });
+        InstallService<VideoOptions>(std::make_unique<NoOptions>());
+        VisitContext = {};
+    }
+    void cleanup()
+    {
+        PreparedProfile::connection.reset();
+        m_box.reset();
+    }
+
+    void Launches_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("setupCalls");
+        QTest::addColumn<bool>("opens");
+        QTest::addColumn<QString>("etc");
+        QTest::addColumn<int>("messages");
+        const QString visit = u"00001234011120261124"_s;
+        QTest::newRow("empty") << QString() << 0 << false << QString() << 0;
+        QTest::newRow("blanks") << u"      "_s << 0 << false << QString() << 0;
+        QTest::newRow("one character") << u"A"_s << 1 << false << QString() << 0;
+        QTest::newRow("cut inside the chart") << u"A01 0000"_s << 1 << true << u"위내시경"_s << 0;
+        QTest::newRow("cut inside the date") << u"A01 000012340111202"_s << 1 << true << u"위내시경"_s << 0;
+        QTest::newRow("eight zeros") << u"A01 00000000011120261124위내시경"_s << 1 << false << QString() << 0;
+        QTest::newRow("seven zeros and a blank") << u"A01 0000000 011120261124"_s << 1 << true << u"위내시경"_s << 0;
+        QTest::newRow("Korean section") << u"A01 "_s + visit + u"대장내시경  "_s << 1 << true << u"대장내시경"_s << 0;
+        QTest::newRow("no section takes the first") << u"A01 "_s + visit << 1 << true << u"위내시경"_s << 0;
+        QTest::newRow("small c is the workstation") << u"c01 "_s + visit << 1 << true << u"위내시경"_s << 0;
+        QTest::newRow("section that goes up") << u"A01 "_s + visit + u".."_s << 1 << false << QString() << 1;
+        QTest::newRow("section with a slash") << u"A01 "_s + visit + u"a/b"_s << 1 << false << QString() << 1;
+        QTest::newRow("10,000 characters") << u"A01 "_s + visit + QString(9976, u'가') << 1 << false << QString() << 1;
+        QTest::newRow("date that goes up") << u"A01 000012340111..\\..\\01위내시경"_s << 1 << false << QString() << 1;
+        QTest::newRow("date that is none") << u"A01 00001234011120269999위내시경"_s << 1 << true << u"위내시경"_s << 0;
+    }
+
+    void Launches()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, opens);
+        m_box->Desk().command = command;
+        Main();
+        QTEST(PreparedProfile::calls, "setupCalls");
+        QCOMPARE(IsFormLoaded(u"frmCapture"_s), opens);
+        QCOMPARE(m_box->Desk().ended, !opens);
+        QTEST(int(m_box->Desk().shown.size()), "messages");
+        if (opens) {
+            QTEST(VisitContext.Etc, "etc");
+            QTEST(Form<frmCapture>().cmbEtc().currentText(), "etc");
+        } else {
+            QVERIFY(!FolderExists(m_box->Root() + u"2026\\위내시경Log"_s));
+        }
+    }
+
+    void FieldsOfTheVisit()
+    {
+        m_box->AddPicture(u"20261124"_s, u"대장내시경"_s, 3, u"소견"_s);
+        m_box->Desk().command = u"AXY1 0001234051120261124 대장내시경 "_s;
+        PreparedProfile::prepared.ImageFormat = u" 2 "_s;
+        Main();
+        QCOMPARE(VisitContext.LaunchCode + u'/' + VisitContext.LaunchFlag, u"XY/1"_s);
+        QCOMPARE(VisitContext.Chart, u" 0001234"_s);
+        QCOMPARE(VisitContext.Yuhyung + VisitContext.Jinchal + VisitContext.Ymd, u"051120261124"_s);
+        QCOMPARE(VisitContext.Etc, u"대장내시경"_s);
+        QCOMPARE(VisitContext.ImageExt, u"bmp"_s);
+        QCOMPARE(VisitContext.CaptureDir, m_box->Root() + u"2026\\"_s);
+    }
+
+    void TheScreenIsFilled()
+    {
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1, u"소견"_s);
+        m_box->Desk().command = u"A01 00001234011120261124위내시경"_s;
+        Main();
+        frmCapture& screen = Form<frmCapture>();
+        QCOMPARE(screen.sprCap(1).DataRowCnt(), 2);
+        QCOMPARE(screen.sprCap(3).DataRowCnt(), 1);
+        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"소견"_s);
+    }
+
+    void ASecondInstanceSaysSoAndEnds()
+    {
+        m_box->Desk().command = u"A01 00001234011120261124"_s;
+        m_box->Desk().otherInstance = true;
+        Main();
+        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s});
+        QCOMPARE(PreparedProfile::calls, 0);
+        QVERIFY(m_box->Desk().ended);
+    }
+
+    void ARefusedSetupEndsWithoutAWordOfItsOwn()
+    {
+        m_box->Desk().command = u"A01 00001234011120261124"_s;
+        PreparedProfile::answer = false;
+        Main();
+        QVERIFY(m_box->Desk().shown.isEmpty());
+        QVERIFY(m_box->Desk().ended);
+        QVERIFY(LoadedForms().isEmpty());
+    }
+
+    void AFaultWhileFillingLeavesTheScreen()
+    {
+        m_box->Run(u"DROP TABLE cap;"_s);
+        m_box->Desk().command = u"A01 00001234011120261124위내시경"_s;
+        Main();
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(IsFormLoaded(u"frmCapture"_s));
+        QVERIFY(!m_box->Desk().ended);
+    }
+
+private:
+    std::unique_ptr<StationInABox> m_box;
+};
+
+QTEST_MAIN(MainTest)
+#include "MainTest.moc"
