@@ -1,0 +1,108 @@
+#include "platform/imaging/DecodingBatch.h"
+
+#include "platform/imaging/picture_file.h"
+
+#include <QMutex>
+#include <QThreadPool>
+#include <QWaitCondition>
+
+#include <new>
+#include <vector>
+
+namespace {
+/// Pictures that may lie decoded and not yet taken: enough to keep two threads busy, few enough for full-size ones.
+constexpr int LookAhead = 12;
+
+QImage ReadOrNull(const QString& path, QSize room)
+{
+    try {
+        return picturefile::Read(path, room);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+} // namespace
+
+struct DecodingBatch::Work
+{
+    struct Entry
+    {
+        QString path;
+        QImage picture;
+        bool ready = false;
+    };
+
+    QSize room;
+    mutable QMutex mutex;
+    QWaitCondition ready;
+    std::vector<Entry> entries;
+    size_t next = 0;                ///< First entry that no thread has begun.
+    size_t end = 0;                 ///< First entry that must wait for one to be taken.
+    DecodingBatch* batch = nullptr; ///< Null once the batch has gone.
+};
+
+DecodingBatch::DecodingBatch(const QStringList& paths, QSize room, std::shared_ptr<QThreadPool> pool)
+    : m_work(std::make_shared<Work>()), m_pool(std::move(pool))
+{
+    m_work->room = room;
+    m_work->batch = this;
+    for (const QString& path : paths)
+        m_work->entries.push_back({path, {}, false});
+    m_work->end = qMin<size_t>(LookAhead, m_work->entries.size());
+    StartWorkers();
+}
+
+DecodingBatch::~DecodingBatch()
+{
+    const QMutexLocker lock(&m_work->mutex);
+    m_work->batch = nullptr;
+}
+
+bool DecodingBatch::IsReady(int index) const
+{
+    const QMutexLocker lock(&m_work->mutex);
+    const auto place = static_cast<size_t>(index);
+    return place < m_work->entries.size() && m_work->entries[place].ready;
+}
+
+QImage DecodingBatch::Take(int index)
+{
+    const auto place = static_cast<size_t>(index);
+    QMutexLocker lock(&m_work->mutex);
+    if (place >= m_work->entries.size())
+        return {};
+    const size_t end = qMin(m_work->entries.size(), place + 1 + LookAhead);
+    if (end > m_work->end) {
+        m_work->end = end;
+        lock.unlock();
+        StartWorkers();
+        lock.relock();
+    }
+    while (!m_work->entries[place].ready)
+        m_work->ready.wait(&m_work->mutex);
+    return std::exchange(m_work->entries[place].picture, QImage());
+}
+
+void DecodingBatch::StartWorkers()
+{
+    // One task for each thread would do; a task that finds nothing left ends at once.
+    for (int thread = 0; thread < m_pool->maxThreadCount(); ++thread)
+        m_pool->start([work = m_work] { DecodeNext(work); });
+}
+
+void DecodingBatch::DecodeNext(const std::shared_ptr<Work>& work)
+{
+    QMutexLocker lock(&work->mutex);
+    while (work->batch != nullptr && work->next < work->end) {
+        const size_t place = work->next++;
+        const QString path = work->entries[place].path;
+        lock.unlock();
+        QImage picture = ReadOrNull(path, work->room);
+        lock.relock();
+        work->entries[place].picture = std::move(picture);
+        work->entries[place].ready = true;
+        work->ready.wakeAll();
+        if (work->batch != nullptr)
+            QMetaObject::invokeMethod(work->batch, &PictureBatch::Ready, Qt::QueuedConnection);
+    }
+}

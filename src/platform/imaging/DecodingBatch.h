@@ -1,0 +1,27 @@
+#pragma once
+
+#include "contracts/pictures.h"
+
+class QThreadPool;
+
+/// Decodes a list of picture files on a pool's threads, a few pictures ahead of the one that was taken last.
+class DecodingBatch final : public PictureBatch
+{
+    Q_OBJECT
+
+public:
+    DecodingBatch(const QStringList& paths, QSize room, std::shared_ptr<QThreadPool> pool);
+    /// Doesn't wait: a picture that is being decoded is dropped when it is done.
+    ~DecodingBatch() override;
+
+    bool IsReady(int index) const override;
+    QImage Take(int index) override;
+
+private:
+    struct Work;
+    static void DecodeNext(const std::shared_ptr<Work>& work);
+    void StartWorkers();
+
+    std::shared_ptr<Work> m_work;
+    std::shared_ptr<QThreadPool> m_pool;
+};

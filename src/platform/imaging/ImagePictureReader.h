@@ -1,0 +1,19 @@
+#pragma once
+
+#include "contracts/pictures.h"
+
+class QThreadPool;
+
+/// Picture files through Qt's image readers.
+class ImagePictureReader final : public PictureReader
+{
+public:
+    ImagePictureReader();
+
+    QImage Load(const QString& path) override;
+    QImage LoadWithin(const QString& path, QSize room) override;
+    std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) override;
+
+private:
+    std::shared_ptr<QThreadPool> m_pool;
+};

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Installs the picture reader.
+void RegisterImaging();

@@ -1,0 +1,121 @@
+#include "platform/sql/MariaDbEngine.h"
+
+#include "platform/sql/database.h"
+
+#include <QRegularExpression>
+#include <QSqlDatabase>
+#include <QSqlError>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// Numbers of the server's and the client library's error lists.
+constexpr int AccessDenied = 1045;
+constexpr int AccessDeniedToDatabase = 1044;
+constexpr int UnknownDatabase = 1049;
+constexpr int ServerNotReady = 1047; // a Galera node that is joining or cut off
+constexpr int ServerShutdown = 1053;
+constexpr int Deadlock = 1213; // also a Galera commit that met another node's
+constexpr int QueryInterrupted = 1317;
+constexpr int ConnectionKilled = 1927;
+constexpr int NoSocket = 2002;
+constexpr int NoHost = 2003;
+constexpr int UnknownHost = 2005;
+constexpr int ServerGone = 2006;
+constexpr int ServerLost = 2013;
+constexpr int ServerLostAt = 2055;
+constexpr int IdleDisconnect = 4031;
+
+int Number(const QSqlError& error)
+{
+    return error.nativeErrorCode().toInt();
+}
+} // namespace
+
+QStringList MariaDbEngine::Drivers() const
+{
+    return {u"QMARIADB"_s, u"QMYSQL"_s};
+}
+
+void MariaDbEngine::Configure(QSqlDatabase& database, const DatabaseSettings& settings) const
+{
+    database.setHostName(settings.host);
+    if (settings.port > 0)
+        database.setPort(settings.port);
+    database.setDatabaseName(settings.name);
+    database.setUserName(settings.user);
+    database.setPassword(settings.password);
+    QStringList options{u"MYSQL_OPT_CONNECT_TIMEOUT=%1"_s.arg(settings.connectTimeoutSeconds),
+                        u"MYSQL_OPT_READ_TIMEOUT=%1"_s.arg(settings.replyTimeoutSeconds),
+                        u"MYSQL_OPT_WRITE_TIMEOUT=%1"_s.arg(settings.replyTimeoutSeconds)};
+    if (!settings.socket.isEmpty())
+        options.append(u"UNIX_SOCKET=%1"_s.arg(settings.socket));
+    database.setConnectOptions(options.join(u';'));
+}
+
+QStringList MariaDbEngine::SessionStatements() const
+{
+    // No strict mode: a character that a column of the clinic can't hold becomes "?", and the row is written.
+    // The lock waits stay below the reply timeout, so that the server tells what it waited for.
+    return {u"SET NAMES utf8mb4"_s,
+            u"SET SESSION sql_mode = 'NO_BACKSLASH_ESCAPES,NO_ENGINE_SUBSTITUTION', SESSION autocommit = 1, "
+            "SESSION innodb_lock_wait_timeout = 10, SESSION lock_wait_timeout = 10"_s};
+}
+
+QString MariaDbEngine::DatabaseName(const DatabaseSettings& settings) const
+{
+    return settings.name;
+}
+
+QString MariaDbEngine::Translated(const QString& statement) const
+{
+    // A database may have a name that is no bare word, such as one with a hyphen.
+    static const QRegularExpression showTables(uR"(^\s*SHOW\s+TABLES\s+FROM\s+([^`].*?)\s*$)"_s,
+                                               QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch match = showTables.match(statement);
+    if (!match.hasMatch())
+        return statement;
+    return u"SHOW TABLES FROM `%1`"_s.arg(match.captured(1).replace(u"`"_s, u"``"_s));
+}
+
+FaultKind MariaDbEngine::Judge(const QSqlError& error) const
+{
+    switch (Number(error)) {
+    case ServerGone:
+    case ServerLost:
+    case ServerLostAt:
+    case IdleDisconnect:
+    case ConnectionKilled:
+    case ServerShutdown:
+    case QueryInterrupted:
+        return FaultKind::Lost;
+    case ServerNotReady:
+    case Deadlock:
+        return FaultKind::Contention;
+    default:
+        return FaultKind::Final;
+    }
+}
+
+QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const
+{
+    switch (Number(error)) {
+    case AccessDenied:
+        return u"데이터베이스의 사용자나 암호가 맞지 않습니다.!!"_s;
+    case AccessDeniedToDatabase:
+        return u"데이터베이스 %1에 대한 사용 권한이 없습니다.!!"_s.arg(settings.name);
+    case UnknownDatabase:
+        return u"데이터베이스 %1이(가) 서버에 없습니다.!!"_s.arg(settings.name);
+    case NoSocket:
+    case NoHost:
+    case UnknownHost:
+        return u"데이터베이스 서버에 연결할 수 없습니다.!!"_s;
+    default:
+        return u"데이터베이스에 연결할 수 없습니다.!!"_s;
+    }
+}
+
+QString MariaDbEngine::TableFolder() const
+{
+    return u":/sql/mariadb/"_s;
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QStringList>
+
+#include <memory>
+
+class QSqlDatabase;
+class QSqlError;
+struct DatabaseSettings;
+
+/// What a failed statement calls for.
+enum class FaultKind {
+    Final,      ///< The statement is wrong, or refused: no use in repeating it.
+    Lost,       ///< The connection is gone: open it again.
+    Contention, ///< Another client or node was in the way: repeat after a short while.
+};
+
+/// What one kind of database does differently from the other.
+class SqlEngine
+{
+public:
+    virtual ~SqlEngine() = default;
+
+    /// Names under which the toolkit may hold the driver, the best first.
+    virtual QStringList Drivers() const = 0;
+    /// Fills in where the database is; it is opened afterwards.
+    virtual void Configure(QSqlDatabase& database, const DatabaseSettings& settings) const = 0;
+    /// Statements that make a session what the station relies on. They run after each opening.
+    virtual QStringList SessionStatements() const = 0;
+    /// The name by which statements can call the database.
+    virtual QString DatabaseName(const DatabaseSettings& settings) const = 0;
+    /// The station's statement in the engine's own dialect.
+    virtual QString Translated(const QString& statement) const = 0;
+    virtual FaultKind Judge(const QSqlError& error) const = 0;
+    /// Reason in Korean why opening failed.
+    virtual QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const = 0;
+    /// Folder of the engine's table definitions among the program's resources.
+    virtual QString TableFolder() const = 0;
+};
+
+/// Null for a driver name that is none of ours.
+std::unique_ptr<SqlEngine> MakeEngine(const QString& driver);

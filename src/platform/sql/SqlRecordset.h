@@ -1,0 +1,38 @@
+#pragma once
+
+#include "contracts/ado.h"
+
+#include <QList>
+#include <QStringList>
+
+class QSqlQuery;
+
+/// All rows of a statement, in memory.
+class SqlRecordset : public AdoRecordset
+{
+public:
+    SqlRecordset() = default;
+    /// Takes the rows of a statement that has run.
+    explicit SqlRecordset(QSqlQuery& query);
+
+    void setCursorLocation(CursorLocation /*location*/) override {}
+    void setCursorType(CursorType /*type*/) override {}
+    void setLockType(LockType /*type*/) override {}
+
+    void Open(const QString& source, AdoConnection& activeConnection) override;
+    void Close() override;
+    bool Eof() const override { return m_position >= m_shown.size(); }
+    bool Bof() const override { return m_shown.isEmpty(); }
+    void MoveNext() override;
+    QVariant Fields(const QString& name) const override;
+    void setFilter(const QString& criterion) override;
+
+private:
+    qsizetype Column(const QString& name) const;
+    void ShowAll();
+
+    QStringList m_columns;
+    QList<QList<QVariant>> m_rows;
+    QList<qsizetype> m_shown; ///< Rows that pass the filter.
+    qsizetype m_position = 0; ///< Within `m_shown`.
+};

@@ -1,0 +1,55 @@
+#include "platform/sql/SqliteEngine.h"
+
+#include "platform/sql/database.h"
+#include "platform/sql/sqlite_dialect.h"
+
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QUrl>
+
+using namespace Qt::StringLiterals;
+
+QStringList SqliteEngine::Drivers() const
+{
+    return {u"QSQLITE"_s};
+}
+
+void SqliteEngine::Configure(QSqlDatabase& database, const DatabaseSettings& settings) const
+{
+    // As an address with mode=rw a file that is missing is a fault; under its plain name it would be made, empty.
+    const QUrl address = QUrl::fromLocalFile(settings.name);
+    database.setDatabaseName(QString::fromLatin1(address.toEncoded()) + u"?mode=rw"_s);
+    database.setConnectOptions(
+        u"QSQLITE_OPEN_URI;QSQLITE_BUSY_TIMEOUT=%1"_s.arg(settings.connectTimeoutSeconds * 1000));
+}
+
+QStringList SqliteEngine::SessionStatements() const
+{
+    // With the write-ahead log a station can read while another one writes; FULL makes each commit durable.
+    return {u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = FULL"_s};
+}
+
+QString SqliteEngine::DatabaseName(const DatabaseSettings& /*settings*/) const
+{
+    return u"main"_s;
+}
+
+QString SqliteEngine::Translated(const QString& statement) const
+{
+    return sqlite::Translated(statement);
+}
+
+FaultKind SqliteEngine::Judge(const QSqlError& /*error*/) const
+{
+    return FaultKind::Final;
+}
+
+QString SqliteEngine::OpeningFault(const QSqlError& /*error*/, const DatabaseSettings& settings) const
+{
+    return u"데이터베이스 파일 %1을(를) 열 수 없습니다.!!"_s.arg(settings.name);
+}
+
+QString SqliteEngine::TableFolder() const
+{
+    return u":/sql/sqlite/"_s;
+}

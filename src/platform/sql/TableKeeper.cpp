@@ -1,0 +1,21 @@
+#include "platform/sql/TableKeeper.h"
+
+#include "contracts/PlatformError.h"
+#include "platform/sql/sql_script.h"
+#include "platform/sql/SqlConnection.h"
+
+#include <QFile>
+
+using namespace Qt::StringLiterals;
+
+void TableKeeper::tablecreate(ConnectionPointer& connection, const QString& table, const QString& /*extra*/)
+{
+    auto* database = dynamic_cast<SqlConnection*>(connection.get());
+    if (database == nullptr)
+        throw PlatformError(u"데이터베이스에 연결되어 있지 않습니다.!!"_s);
+    QFile definition(database->Engine().TableFolder() + table + u".sql"_s);
+    if (!definition.open(QIODevice::ReadOnly))
+        throw PlatformError(u"%1은(는) 만들 수 있는 테이블이 아닙니다.!!"_s.arg(table));
+    for (const QString& statement : StatementsOfScript(QString::fromUtf8(definition.readAll())))
+        database->Execute(statement);
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "contracts/ado.h"
+
+#include <QString>
+
+/// Where a database is and how it is reached.
+struct DatabaseSettings
+{
+    QString driver{}; ///< `QMARIADB` or `QSQLITE`.
+    QString host{};   ///< Server; empty and `localhost` mean the server of this machine on its socket.
+    int port = 0;     ///< 0 means the server's usual port.
+    QString socket{}; ///< Socket file of a server of this machine; empty means its usual place.
+    QString name{};   ///< Name of the database on the server, or the path of the SQLite file.
+    QString user{};
+    QString password{};
+    int connectTimeoutSeconds = 5;
+    int replyTimeoutSeconds = 20; ///< A statement that is not answered in this time counts as a lost connection.
+};
+
+/// Opens a connection whose texts are Unicode and in whose literals a backslash is an ordinary character. An SQLite
+/// file must exist already. Throws PlatformError, with the driver's text behind the reason in Korean.
+ConnectionPointer OpenConnection(const DatabaseSettings& settings);

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers `prjTableKeeper.clsTableKeeper`.
+void RegisterSql();

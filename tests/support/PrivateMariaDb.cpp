@@ -1,0 +1,117 @@
+#include "support/PrivateMariaDb.h"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <csignal>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int StartLimitMs = 60000;
+constexpr int StopLimitMs = 30000;
+
+/// Debian keeps the server outside of an ordinary user's search path.
+QString Program(const QString& name)
+{
+    const QString found = QStandardPaths::findExecutable(name);
+    return found.isEmpty() ? QStandardPaths::findExecutable(name, {u"/usr/sbin"_s, u"/usr/local/sbin"_s}) : found;
+}
+
+QStringList AsRoot()
+{
+    return geteuid() == 0 ? QStringList{u"--user=root"_s} : QStringList{};
+}
+} // namespace
+
+PrivateMariaDb::~PrivateMariaDb()
+{
+    Kill();
+}
+
+QString PrivateMariaDb::Socket() const
+{
+    return m_folder.filePath(u"mariadb.sock"_s);
+}
+
+bool PrivateMariaDb::Start()
+{
+    if (!QDir(m_folder.filePath(u"data/mysql"_s)).exists() && !MakeData())
+        return false;
+    const QString program = Program(u"mariadbd"_s);
+    if (program.isEmpty()) {
+        m_fault = u"mariadbd is not installed"_s;
+        return false;
+    }
+    m_server.setProcessChannelMode(QProcess::MergedChannels);
+    m_server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    m_server.start(program,
+                   QStringList{u"--no-defaults"_s} + AsRoot() +
+                       QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)), u"--socket=%1"_s.arg(Socket()),
+                                   u"--pid-file=%1"_s.arg(m_folder.filePath(u"mariadb.pid"_s)),
+                                   u"--tmpdir=%1"_s.arg(m_folder.path()), u"--skip-networking"_s,
+                                   u"--innodb-buffer-pool-size=32M"_s, u"--key-buffer-size=1M"_s,
+                                   u"--aria-pagecache-buffer-size=1M"_s, u"--performance-schema=OFF"_s,
+                                   u"--innodb-flush-log-at-trx-commit=1"_s});
+    return WaitUntilReady();
+}
+
+bool PrivateMariaDb::MakeData()
+{
+    QProcess install;
+    install.setProcessChannelMode(QProcess::MergedChannels);
+    install.start(Program(u"mariadb-install-db"_s),
+                  QStringList{u"--no-defaults"_s} + AsRoot() +
+                      QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)),
+                                  u"--auth-root-authentication-method=normal"_s, u"--skip-test-db"_s,
+                                  u"--innodb-log-file-size=8M"_s});
+    if (install.waitForFinished(StartLimitMs) && install.exitStatus() == QProcess::NormalExit &&
+        install.exitCode() == 0)
+        return true;
+    m_fault = u"mariadb-install-db: %1 %2"_s.arg(install.errorString(), QString::fromUtf8(install.readAll()));
+    return false;
+}
+
+bool PrivateMariaDb::WaitUntilReady()
+{
+    QByteArray said;
+    const QDeadlineTimer limit(StartLimitMs);
+    while (!limit.hasExpired() && m_server.waitForReadyRead(static_cast<int>(limit.remainingTime()))) {
+        said += m_server.readAll();
+        if (said.contains("ready for connections"))
+            return true;
+    }
+    m_fault = u"mariadbd: %1 %2"_s.arg(m_server.errorString(), QString::fromUtf8(said + m_server.readAll()));
+    Kill();
+    return false;
+}
+
+void PrivateMariaDb::Stop()
+{
+    m_server.terminate();
+    if (!m_server.waitForFinished(StopLimitMs))
+        Kill();
+}
+
+void PrivateMariaDb::Kill()
+{
+    m_server.kill();
+    m_server.waitForFinished(StopLimitMs);
+}
+
+bool PrivateMariaDb::Run(const QString& statements, const QString& database)
+{
+    QProcess client;
+    client.setProcessChannelMode(QProcess::MergedChannels);
+    client.start(Program(u"mariadb"_s), {u"--no-defaults"_s, u"--user=root"_s, u"--socket=%1"_s.arg(Socket()),
+                                         u"--default-character-set=utf8mb4"_s, u"--database=%1"_s.arg(database)});
+    client.write(statements.toUtf8());
+    client.closeWriteChannel();
+    if (client.waitForFinished(StopLimitMs) && client.exitStatus() == QProcess::NormalExit && client.exitCode() == 0)
+        return true;
+    m_fault = u"mariadb: %1 %2"_s.arg(client.errorString(), QString::fromUtf8(client.readAll()));
+    return false;
+}

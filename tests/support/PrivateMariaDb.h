@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QTemporaryDir>
+
+/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket alone, with durable
+/// commits. It ends with the test, also when that crashes.
+class PrivateMariaDb
+{
+public:
+    PrivateMariaDb() = default;
+    ~PrivateMariaDb();
+    PrivateMariaDb(const PrivateMariaDb&) = delete;
+    PrivateMariaDb& operator=(const PrivateMariaDb&) = delete;
+
+    /// Starts the server, on the data of an earlier start if there was one, and waits until it answers. False, with
+    /// the reason in `Fault`, when it can't.
+    bool Start();
+    /// Ends the server as a shutdown of the machine would.
+    void Stop();
+    /// Ends the server at once, as a power cut would.
+    void Kill();
+
+    /// Runs statements as an administrator, in a database if one is named. False, with the reason in `Fault`.
+    bool Run(const QString& statements, const QString& database = {});
+
+    QString Socket() const;
+    const QString& Fault() const { return m_fault; }
+
+private:
+    bool MakeData();
+    bool WaitUntilReady();
+
+    QTemporaryDir m_folder{QStringLiteral("/tmp/station-db-XXXXXX")};
+    QProcess m_server;
+    QString m_fault;
+};
