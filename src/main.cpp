@@ -1,6 +1,6 @@
+#include "launch/Main.h"
 #include "contracts/desktop.h"
 #include "contracts/guard.h"
-#include "launch/Main.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"

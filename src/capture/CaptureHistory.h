@@ -8,8 +8,8 @@ class fpSpread;
 class QLabel;
 class VisitNote;
 
-/// The three grids of the capture screen, and what the mouse does on the two of the history. The grids and the two labels
-/// of the selection are all the memory there is.
+/// The three grids of the capture screen, and what the mouse does on the two of the history. The grids and the two
+/// labels of the selection are all the memory there is.
 class CaptureHistory : public QObject
 {
     Q_OBJECT

@@ -21,15 +21,9 @@ QString ListPath()
 QJsonObject ToJson(const PendingRows::Entry& entry)
 {
     const CaptureVisit& visit = entry.visit;
-    return {{u"chart"_s, visit.chart},
-            {u"yuhyung"_s, visit.yuhyung},
-            {u"jinchal"_s, visit.jinchal},
-            {u"ymd"_s, visit.ymd},
-            {u"etc"_s, visit.etc},
-            {u"captureDir"_s, visit.captureDir},
-            {u"imageExt"_s, visit.imageExt},
-            {u"extra"_s, visit.extra},
-            {u"number"_s, entry.number},
+    return {{u"chart"_s, visit.chart},       {u"yuhyung"_s, visit.yuhyung}, {u"jinchal"_s, visit.jinchal},
+            {u"ymd"_s, visit.ymd},           {u"etc"_s, visit.etc},         {u"captureDir"_s, visit.captureDir},
+            {u"imageExt"_s, visit.imageExt}, {u"extra"_s, visit.extra},     {u"number"_s, entry.number},
             {u"note"_s, entry.note}};
 }
 

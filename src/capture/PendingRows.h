@@ -6,8 +6,8 @@
 
 #include <functional>
 
-/// Pictures whose file is in the capture directory, but whose rows the database has not taken yet. The list is kept in the
-/// program's folder as well, so that it outlives the program.
+/// Pictures whose file is in the capture directory, but whose rows the database has not taken yet. The list is kept in
+/// the program's folder as well, so that it outlives the program.
 class PendingRows
 {
 public:

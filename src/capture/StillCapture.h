@@ -13,8 +13,8 @@ class StillFrame;
 class VideoCap;
 class VisitNote;
 
-/// Takes stills of the current visit and stores its note. What is asked for while the screen is being filled waits in line
-/// until the fill is through; a still's frame is taken at the press all the same.
+/// Takes stills of the current visit and stores its note. What is asked for while the screen is being filled waits in
+/// line until the fill is through; a still's frame is taken at the press all the same.
 class StillCapture : public QObject
 {
     Q_OBJECT
@@ -22,8 +22,8 @@ class StillCapture : public QObject
 public:
     StillCapture(fpSpread& visitGrid, VisitNote& note);
 
-    /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the visit's
-    /// grid is full.
+    /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the
+    /// visit's grid is full.
     void SetCaptureValues(VideoCap& capture);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();

@@ -22,23 +22,33 @@ void SaveCaptureRows(const CaptureVisit& visit, int number, const QString& note)
     QString path = VisitPicturePath(visit, number);
     path.replace(u'\\', u'/');
     Execute(Statement(u" REPLACE INTO ca VALUES ( ")
-                .Piece(u" '").Value(visit.chart).Piece(u"', '").Value(visit.yuhyung).Piece(u"', '").Value(visit.ymd)
-                .Piece(u"', 'A', '").Value(visit.etc).Piece(u"', ")
-                .Piece(u" '").Value(NoteForStore(note)).Piece(u"', '").Value(visit.extra).Piece(u"' ) "));
-    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
-                .Piece(u" '").Value(visit.chart).Piece(u"', '").Value(visit.yuhyung).Piece(u"', '").Value(visit.ymd)
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Then(u"', 'A', '", visit.etc)
                 .Piece(u"', ")
-                .Piece(u" 'A', '").Value(visit.etc).Piece(u"', ").Value(number).Piece(u", '").Value(path)
+                .Then(u" '", NoteForStore(note))
+                .Then(u"', '", visit.extra)
+                .Piece(u"' ) "));
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Piece(u"', ")
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
                 .Piece(u"') "));
 }
 
 void UpdateVisitNote(const CaptureVisit& visit, const QString& note)
 {
     Execute(Statement(u" UPDATE ca SET ")
-                .Piece(u" ca_chamgo = '").Value(NoteForStore(note)).Piece(u"' ")
-                .Piece(u" WHERE ca_chart = '").Value(visit.chart).Piece(u"' ")
-                .Piece(u" AND ca_ymd = '").Value(visit.ymd).Piece(u"' ")
-                .Piece(u" AND ca_etc = '").Value(visit.etc).Piece(u"' ")
+                .Then(u" ca_chamgo = '", NoteForStore(note))
+                .Piece(u"' ")
+                .Quoted(u" WHERE ca_chart = '", visit.chart)
+                .Quoted(u" AND ca_ymd = '", visit.ymd)
+                .Quoted(u" AND ca_etc = '", visit.etc)
                 .Piece(u" AND ca_gubun = 'A' "));
 }
 
@@ -46,15 +56,19 @@ void MarkVisitCaptured(const CaptureVisit& visit, const QString& mark)
 {
     if (Trim(ClientSetup.CheckTable.left(1)) == u"1"_s) {
         Execute(Statement(u"update yk set ")
-                    .Piece(u"yk_check = '").Value(mark).Piece(u"' ")
-                    .Piece(u"where  yk_chart = '").Value(visit.chart)
-                    .Piece(u"'  and yk_jinchal = '").Value(visit.jinchal).Piece(u"' ")
-                    .Piece(u" and yk_ykymd = '").Value(visit.ymd).Piece(u"' AND  yk_sayugubun = '6'  "));
+                    .Quoted(u"yk_check = '", mark)
+                    .Then(u"where  yk_chart = '", visit.chart)
+                    .Quoted(u"'  and yk_jinchal = '", visit.jinchal)
+                    .Then(u" and yk_ykymd = '", visit.ymd)
+                    .Piece(u"' AND  yk_sayugubun = '6'  "));
         return;
     }
     Execute(Statement(u" UPDATE endo  SET  ")
-                .Piece(u" endo_check = '").Value(mark).Piece(u"'   ")
-                .Piece(u" WHERE endo_ykymd = '").Value(visit.ymd).Piece(u"'  ")
-                .Piece(u" AND endo_chart = '").Value(visit.chart).Piece(u"'  ")
-                .Piece(u" AND endo_jinchal = '").Value(visit.jinchal).Piece(u"' "));
+                .Then(u" endo_check = '", mark)
+                .Piece(u"'   ")
+                .Then(u" WHERE endo_ykymd = '", visit.ymd)
+                .Piece(u"'  ")
+                .Then(u" AND endo_chart = '", visit.chart)
+                .Piece(u"'  ")
+                .Quoted(u" AND endo_jinchal = '", visit.jinchal));
 }

@@ -88,9 +88,8 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     for (int element = 1; element <= 3; ++element) {
-        connect(&sprCap(element), &fpSpread::DblClick, this, GuardedSlot([this, element](int column, int row) {
-                    OnGridDblClick(element, column, row);
-                }));
+        connect(&sprCap(element), &fpSpread::DblClick, this,
+                GuardedSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
         connect(&sprCap(element), &fpSpread::RightClick, this,
                 GuardedSlot([this, element](int, int column, int row, int x, int y) {
                     OnGridRightClick(element, column, row, x, y);

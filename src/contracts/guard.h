@@ -37,5 +37,6 @@ bool Guarded(Handler&& handler)
 template <class Handler>
 auto GuardedSlot(Handler handler)
 {
-    return [handler](auto&&... arguments) { Guarded([&] { handler(std::forward<decltype(arguments)>(arguments)...); }); };
+    return
+        [handler](auto&&... arguments) { Guarded([&] { handler(std::forward<decltype(arguments)>(arguments)...); }); };
 }

@@ -34,6 +34,11 @@ Statement& Statement::Value(int number)
     return *this;
 }
 
+Statement& Statement::Quoted(QStringView piece, const QString& text)
+{
+    return Piece(piece).Value(text).Piece(u"' ");
+}
+
 std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor)
 {
     AdoConnection& connection = OpenConnection();

@@ -17,6 +17,14 @@ public:
     Statement& Piece(QStringView piece);
     Statement& Value(const QString& text);
     Statement& Value(int number);
+    /// A piece and the value behind it.
+    template <class T>
+    Statement& Then(QStringView piece, const T& value)
+    {
+        return Piece(piece).Value(value);
+    }
+    /// A piece that opens an apostrophe, a text, and the piece "' " behind it.
+    Statement& Quoted(QStringView piece, const QString& text);
 
     const QString& Text() const { return m_text; }
 

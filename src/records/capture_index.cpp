@@ -1,7 +1,7 @@
 #include "records/capture_index.h"
 
-#include "contracts/desktop.h"
 #include "contracts/components.h"
+#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "launch/context/VisitContext.h"
@@ -23,9 +23,9 @@ constexpr int DecodeWaitMs = 30000;
 QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc)
 {
     const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
-                                   .Piece(u" WHERE cap_chart = '").Value(chart).Piece(u"' ")
-                                   .Piece(u" AND cap_ymd = '").Value(ymd).Piece(u"' ")
-                                   .Piece(u" AND cap_etc = '").Value(etc).Piece(u"' ")
+                                   .Quoted(u" WHERE cap_chart = '", chart)
+                                   .Quoted(u" AND cap_ymd = '", ymd)
+                                   .Quoted(u" AND cap_etc = '", etc)
                                    .Piece(u" AND cap_gubun = 'A' ")
                                    .Piece(u" ORDER BY cap_no ASC "));
     QList<int> numbers;
@@ -78,9 +78,9 @@ int NextCaptureNo(const QString& chart, const QString& /*yuhyung*/, const QStrin
                   const QString& etc)
 {
     const auto rows = OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ")
-                                   .Piece(u" WHERE cap_chart = '").Value(chart).Piece(u"' ")
-                                   .Piece(u" AND cap_ymd = '").Value(ymd).Piece(u"' ")
-                                   .Piece(u" AND cap_etc = '").Value(etc).Piece(u"' ")
+                                   .Quoted(u" WHERE cap_chart = '", chart)
+                                   .Quoted(u" AND cap_ymd = '", ymd)
+                                   .Quoted(u" AND cap_etc = '", etc)
                                    .Piece(u" AND cap_gubun = 'A' "));
     const int largest = HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
     rows->Close();
@@ -90,9 +90,9 @@ int NextCaptureNo(const QString& chart, const QString& /*yuhyung*/, const QStrin
 QString StoredNote(const QString& chart, const QString& ymd, const QString& etc)
 {
     const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ")
-                                   .Piece(u" WHERE ca_chart = '").Value(chart).Piece(u"' ")
-                                   .Piece(u" AND ca_ymd = '").Value(ymd).Piece(u"' ")
-                                   .Piece(u" AND ca_etc = '").Value(etc).Piece(u"' ")
+                                   .Quoted(u" WHERE ca_chart = '", chart)
+                                   .Quoted(u" AND ca_ymd = '", ymd)
+                                   .Quoted(u" AND ca_etc = '", etc)
                                    .Piece(u" AND ca_gubun = 'A' "));
     const QString note = HasRow(*rows) ? FieldText(*rows, u"ca_chamgo"_s) : QString();
     rows->Close();
@@ -118,8 +118,8 @@ void LoadVisitHistory(const QString& chart, const QString& /*yuhyung*/, const QS
     visits.ClearRange(1, 1, 2, visits.DataRowCnt(), false);
 
     const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
-                                   .Piece(u" WHERE ca_chart = '").Value(chart).Piece(u"' ")
-                                   .Piece(u" AND ca_gubun = '").Value(kind).Piece(u"' ")
+                                   .Quoted(u" WHERE ca_chart = '", chart)
+                                   .Quoted(u" AND ca_gubun = '", kind)
                                    .Piece(u" ORDER BY ca_ymd DESC "));
     for (int line = 1; !rows->Eof(); rows->MoveNext(), ++line) {
         if (line > visits.MaxRows())

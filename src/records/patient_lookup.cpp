@@ -26,8 +26,7 @@ QString AddressText(const PatientRecordFields& patient)
     const QString post = Trim(patient.Post);
     if (post.isEmpty())
         return {};
-    const auto rows = OpenRows(
-        Statement(u" SELECT pt_myung FROM pt ").Piece(u" WHERE pt_post = '").Value(post).Piece(u"' "));
+    const auto rows = OpenRows(Statement(u" SELECT pt_myung FROM pt ").Quoted(u" WHERE pt_post = '", post));
     return HasRow(*rows) ? FieldText(*rows, u"pt_myung"_s) + u' ' + patient.Bunji : QString();
 }
 
@@ -42,16 +41,16 @@ Statement PatientStatement(const QString& chart)
         .Piece(u" bh_upchemyung, bh_sagoymd, bh_sungkiho, bh_okymd ")
         .Piece(u" FROM wj, bh ")
         .Piece(u" WHERE wj_chart = bh_chart ")
-        .Piece(u" AND bh_chart = '").Value(chart).Piece(u"' ");
+        .Quoted(u" AND bh_chart = '", chart);
 }
 
 /// The newest insurance row valid on the date, else the newest of all; null when the chart has none.
 std::unique_ptr<AdoRecordset> PatientRow(const QString& chart, const QString& yuhyung, const QString& ymd)
 {
     Statement valid = PatientStatement(chart);
-    valid.Piece(u" AND bh_chymd <= '").Value(ymd).Piece(u"'  ");
+    valid.Then(u" AND bh_chymd <= '", ymd).Piece(u"'  ");
     if (!Trim(yuhyung).isEmpty())
-        valid.Piece(u" and bh_yuhyung = '").Value(yuhyung).Piece(u"'  ");
+        valid.Then(u" and bh_yuhyung = '", yuhyung).Piece(u"'  ");
     valid.Piece(u" ORDER BY  bh_chymd  desc ");
     auto rows = OpenRows(valid, adOpenKeyset);
     if (HasRow(*rows))
@@ -64,9 +63,9 @@ std::unique_ptr<AdoRecordset> PatientRow(const QString& chart, const QString& yu
 /// Gives the workplace's discount rate; empty when the workplace isn't known.
 QString ReadWorkplace(PatientRecordFields& patient)
 {
-    const auto rows = OpenRows(Statement(u" SELECT jh_saupmyung, jh_hal FROM jh ")
-                                   .Piece(u" WHERE jh_saupkiho = '").Value(patient.Saupkiho).Piece(u"' "),
-                               adOpenKeyset);
+    const auto rows = OpenRows(
+        Statement(u" SELECT jh_saupmyung, jh_hal FROM jh ").Quoted(u" WHERE jh_saupkiho = '", patient.Saupkiho),
+        adOpenKeyset);
     if (!HasRow(*rows))
         return {};
     patient.Saupmyung = FieldText(*rows, u"jh_saupmyung"_s);

@@ -10,9 +10,8 @@ bool EnsureTable(ConnectionPointer& connection, const QString& extra, const QStr
 {
     const QString database = connection->DefaultDatabase();
     const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
-    const auto tables =
-        connection->Execute(Statement(u" SHOW TABLES FROM ").Piece(database).Piece(u" ").Text());
-    tables->setFilter(Statement(u" tables_in_").Piece(database).Piece(u" = '").Value(table).Piece(u"' ").Text());
+    const auto tables = connection->Execute(Statement(u" SHOW TABLES FROM ").Piece(database).Piece(u" ").Text());
+    tables->setFilter(Statement(u" tables_in_").Piece(database).Quoted(u" = '", table).Text());
     bool there = HasRow(*tables);
     if (!there && create) {
         keeper->tablecreate(connection, table, extra);

@@ -1,6 +1,6 @@
+#include "capture/StillFiling.h"
 #include "capture/capture_rows.h"
 #include "capture/NumberClaim.h"
-#include "capture/StillFiling.h"
 #include "contracts/components.h"
 #include "contracts/PlatformError.h"
 #include "launch/context/VisitContext.h"

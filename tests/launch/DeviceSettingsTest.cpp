@@ -19,8 +19,8 @@ private Q_SLOTS:
         QTest::newRow("plain") << QByteArray("[Capture Setting]\r\nSizes=2\r\n") << 2;
         QTest::newRow("case and blanks") << QByteArray("[capture SETTING]\nsizes =   3\n") << 3;
         QTest::newRow("letters") << QByteArray("[Capture Setting]\r\nSizes=abc\r\n") << 0;
-        QTest::newRow("ten digits are cut to nine") << QByteArray("[Capture Setting]\r\nSizes=1234567890\r\n")
-                                                    << 123456789;
+        QTest::newRow("ten digits are cut to nine")
+            << QByteArray("[Capture Setting]\r\nSizes=1234567890\r\n") << 123456789;
         QTest::newRow("Korean rubbish") << QByteArray("[Capture Setting]\r\nSizes=\xb0\xa1\xb0\xa1\r\n") << 0;
         QTest::newRow("binary rubbish") << QByteArray("\x00\xff[[=\n=\n[Capture Setting\nSizes=4", 32) << 0;
     }

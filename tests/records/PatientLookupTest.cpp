@@ -49,7 +49,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("rowFound");
         QTest::addColumn<QString>("verdict");
         const QString insurance = u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung, bh_saupkiho, bh_jongbl) VALUES "
-                                   "('00001234', '%1', '%2', '%3', '%4');"_s;
+                                  "('00001234', '%1', '%2', '%3', '%4');"_s;
         const QString other = insurance.arg(u"20210601"_s, u"05"_s, u"S"_s, u"00"_s);
         QTest::newRow("newest of the type up to the date")
             << insurance.arg(u"20220101"_s, u"01"_s, u"S"_s, QString()) + other +
@@ -64,14 +64,13 @@ private Q_SLOTS:
                                       << u"Y 사업장기호가 없습니다. \r\n사업장기호를 확인하세요."_s;
         QTest::newRow("type 04 needs none") << insurance.arg(u"20230101"_s, u"04"_s, QString(), QString()) << u"04"_s
                                             << u"20261124"_s << u"20230101"_s << QString();
-        QTest::newRow("type 05 without its kind") << insurance.arg(u"20230101"_s, u"05"_s, u"S"_s, QString()) << u"05"_s
-                                                  << u"20261124"_s << u"20230101"_s
-                                                  << u"Y 의료급여 종별이 없습니다. \r\n의료급여 종별을 확인하세요."_s;
+        QTest::newRow("type 05 without its kind")
+            << insurance.arg(u"20230101"_s, u"05"_s, u"S"_s, QString()) << u"05"_s << u"20261124"_s << u"20230101"_s
+            << u"Y 의료급여 종별이 없습니다. \r\n의료급여 종별을 확인하세요."_s;
         QTest::newRow("type 05 with kind 00") << insurance.arg(u"20230101"_s, u"05"_s, u"S"_s, u"00"_s) << u"05"_s
                                               << u"20261124"_s << u"20230101"_s << QString();
         QTest::newRow("no resident number") << u"UPDATE wj SET wj_jumin = NULL;"_s << u"01"_s << u"20261124"_s
-                                            << u"20200101"_s
-                                            << u"Y 주민번호가 없습니다. \r\n주민번호를 확인하세요."_s;
+                                            << u"20200101"_s << u"Y 주민번호가 없습니다. \r\n주민번호를 확인하세요."_s;
         QTest::newRow("nobody") << u"DELETE FROM wj;"_s << u"01"_s << u"20261124"_s << QString()
                                 << u"N 인적사항이 없습니다. 확인하세요. "_s;
     }

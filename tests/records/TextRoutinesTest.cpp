@@ -37,11 +37,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mask");
         QTest::addColumn<QString>("laid");
         QTest::newRow("date on screen") << u"20260105"_s << u"0000-00-00"_s << u"2026-01-05"_s;
-        QTest::newRow("digit too many stands in front") << u"20260105"_s << u"000년 00월 00일"_s << u"2026년 01월 05일"_s;
+        QTest::newRow("digit too many stands in front")
+            << u"20260105"_s << u"000년 00월 00일"_s << u"2026년 01월 05일"_s;
         QTest::newRow("resident number") << u"8001011234567"_s << u"000000-0000000"_s << u"800101-1234567"_s;
         QTest::newRow("short number is padded") << u"123"_s << u"000000-0000000"_s << u"000000-0000123"_s;
-        QTest::newRow("leading zeros are kept by the mask") << u"0501013234567"_s << u"000000-0000000"_s
-                                                            << u"050101-3234567"_s;
+        QTest::newRow("leading zeros are kept by the mask")
+            << u"0501013234567"_s << u"000000-0000000"_s << u"050101-3234567"_s;
         QTest::newRow("text with a dash stays") << u"800101-1234567"_s << u"000000-0000000"_s << u"800101-1234567"_s;
         QTest::newRow("letters stay") << u"abc"_s << u"0000-00-00"_s << u"abc"_s;
         QTest::newRow("empty stays") << QString() << u"0000-00-00"_s << QString();

@@ -9,10 +9,10 @@ class FakeVideoCap : public VideoCap
 
 public:
     QStringList devices = {QStringLiteral("fake")};
-    bool live = false;         ///< A frame can be had.
-    int frames = 0;            ///< Number of the last frame that was handed out.
+    bool live = false; ///< A frame can be had.
+    int frames = 0;    ///< Number of the last frame that was handed out.
     QSize frameSize{320, 240};
-    QStringList calls;         ///< Members called that change the device's state, in order.
+    QStringList calls; ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
     static void Register();

@@ -11,9 +11,9 @@
 class ScriptedDesktop : public Desktop
 {
 public:
-    QStringList shown;                 ///< Texts of all boxes, in order.
-    std::deque<bool> answers;          ///< For the questions to come; No when none is left.
-    std::function<void()> whileShown;  ///< Runs while a box stands open.
+    QStringList shown;                ///< Texts of all boxes, in order.
+    std::deque<bool> answers;         ///< For the questions to come; No when none is left.
+    std::function<void()> whileShown; ///< Runs while a box stands open.
     QString command;
     bool otherInstance = false;
     bool ended = false;

@@ -126,10 +126,11 @@ void StationInABox::AddPicture(const QString& ymd, const QString& etc, int numbe
     MakeFolder(SectionFolder(YearFolder(Root(), ymd), etc));
     WriteWholeFile(PicturePath(ymd, etc, number), Jpeg({640, 480}, Qt::darkRed));
     const QString chart = QString::fromUtf16(Chart);
-    m_beside->Execute(u"REPLACE INTO cap VALUES ('%1', '01', '%2', 'A', '%3', %4, '')"_s.arg(chart, ymd, etc)
-                          .arg(number));
+    m_beside->Execute(
+        u"REPLACE INTO cap VALUES ('%1', '01', '%2', 'A', '%3', %4, '')"_s.arg(chart, ymd, etc).arg(number));
     if (!note.isNull())
-        m_beside->Execute(u"REPLACE INTO ca VALUES ('%1', '01', '%2', 'A', '%3', '%4', '')"_s.arg(chart, ymd, etc, note));
+        m_beside->Execute(
+            u"REPLACE INTO ca VALUES ('%1', '01', '%2', 'A', '%3', '%4', '')"_s.arg(chart, ymd, etc, note));
 }
 
 QByteArray StationInABox::Jpeg(QSize size, Qt::GlobalColor colour)

@@ -9,15 +9,15 @@
 /// change.
 struct VisitContextRecord
 {
-    QString LaunchCode; ///< Kept as launched.
-    QString LaunchFlag; ///< Kept as launched.
-    QString Chart;      ///< Chart number, eight columns.
-    QString Yuhyung;    ///< Patient type code.
-    QString Jinchal;    ///< Examining doctor's code.
-    QString Ymd;        ///< Visit date, `yyyymmdd`.
-    QString Etc;        ///< Examination section.
-    QString CaptureDir; ///< Year folder of the visit, with a backslash at its end.
-    QString ImageExt;   ///< "jpg" or "bmp", without a point.
+    QString LaunchCode;      ///< Kept as launched.
+    QString LaunchFlag;      ///< Kept as launched.
+    QString Chart;           ///< Chart number, eight columns.
+    QString Yuhyung;         ///< Patient type code.
+    QString Jinchal;         ///< Examining doctor's code.
+    QString Ymd;             ///< Visit date, `yyyymmdd`.
+    QString Etc;             ///< Examination section.
+    QString CaptureDir;      ///< Year folder of the visit, with a backslash at its end.
+    QString ImageExt;        ///< "jpg" or "bmp", without a point.
     bool ImageSaved = false; ///< The image editor has written its picture.
     QString CaExtra;         ///< Last value of the `ca` row; always empty.
 };

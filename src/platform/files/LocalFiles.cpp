@@ -21,8 +21,7 @@ namespace {
 
 [[noreturn]] void ThrowFault(const QString& what, const QString& path, int error)
 {
-    throw PlatformError(
-        u"%1 (%2: %3)"_s.arg(what, NativePath(path), QString::fromLocal8Bit(std::strerror(error))));
+    throw PlatformError(u"%1 (%2: %3)"_s.arg(what, NativePath(path), QString::fromLocal8Bit(std::strerror(error))));
 }
 
 QByteArray Native(const QString& path)
@@ -113,8 +112,8 @@ bool SyncFolder(const QByteArray& folder)
     return errno == EINVAL || errno == ENOTSUP || errno == EOPNOTSUPP || errno == ENOSYS || errno == EBADF;
 }
 
-/// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault nothing
-/// is left of it.
+/// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault
+/// nothing is left of it.
 template <class Place>
 void PutInPlace(const QString& path, const QByteArray& content, Place place)
 {
@@ -184,7 +183,8 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
 
 void LocalFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
-    PutInPlace(path, content, [](const char* partial, const char* target) { return std::rename(partial, target) == 0; });
+    PutInPlace(path, content,
+               [](const char* partial, const char* target) { return std::rename(partial, target) == 0; });
 }
 
 bool LocalFiles::WriteNewFile(const QString& path, const QByteArray& content)

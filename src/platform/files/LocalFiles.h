@@ -2,8 +2,8 @@
 
 #include "contracts/files.h"
 
-/// Files of this machine and of the shares mounted on it, by POSIX calls: each of them is looked at, which the toolkit's own
-/// classes don't do for a full disk or a failing sync.
+/// Files of this machine and of the shares mounted on it, by POSIX calls: each of them is looked at, which the
+/// toolkit's own classes don't do for a full disk or a failing sync.
 class LocalFiles : public FileStore
 {
 public:

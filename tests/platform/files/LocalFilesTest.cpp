@@ -1,5 +1,5 @@
-#include "contracts/PlatformError.h"
 #include "platform/files/LocalFiles.h"
+#include "contracts/PlatformError.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,8 +7,8 @@
 #include <QTest>
 
 #include <csignal>
-#include <sys/resource.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
