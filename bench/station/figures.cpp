@@ -1,0 +1,39 @@
+#include "figures.h"
+
+#include <QFile>
+#include <QStringList>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <unistd.h>
+
+void PrintFigure(const QString& what, const QString& figure, const QString& reference)
+{
+    std::printf("%-52s %-22s %s\n", qPrintable(what), qPrintable(figure), qPrintable(reference));
+    std::fflush(stdout);
+}
+
+double Median(QList<double> values)
+{
+    if (values.isEmpty())
+        return 0;
+    std::sort(values.begin(), values.end());
+    const qsizetype middle = values.size() / 2;
+    return values.size() % 2 == 1 ? values[middle] : (values[middle - 1] + values[middle]) / 2;
+}
+
+double ResidentMb()
+{
+    QFile statm(QStringLiteral("/proc/self/statm"));
+    if (!statm.open(QIODevice::ReadOnly))
+        return 0;
+    const double pages = QString::fromLatin1(statm.readAll()).split(QLatin1Char(' ')).value(1).toDouble();
+    return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+double NowMs()
+{
+    using namespace std::chrono;
+    return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
+}

@@ -1,0 +1,25 @@
+#include "figures.h"
+
+#include <QApplication>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    const QString work = arguments.value(1);
+    const QString mode = arguments.value(2);
+    if (work == u"still"_s)
+        return BenchStill();
+    if (work == u"thumbnails"_s)
+        return BenchThumbnails();
+    if (work == u"start"_s)
+        return BenchStart(mode);
+    if (work == u"memory"_s)
+        return BenchMemory(mode);
+    std::fputs("usage: bench_station still|thumbnails|start|memory\n", stderr);
+    return 2;
+}

@@ -1,0 +1,60 @@
+#include "figures.h"
+
+#include "capture/frmCapture.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_index.h"
+#include "support/StationInABox.h"
+
+#include <QProcess>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Pictures = 50;
+constexpr int Refills = 1000;
+
+double EmptyWindowMb()
+{
+    QProcess empty;
+    empty.start(QCoreApplication::applicationFilePath(), {u"memory"_s, u"empty"_s});
+    empty.waitForFinished();
+    return empty.readAllStandardOutput().trimmed().toDouble();
+}
+
+} // namespace
+
+int BenchMemory(const QString& mode)
+{
+    if (mode == u"empty"_s) {
+        QWidget window;
+        window.resize(1016, 700);
+        window.show();
+        QCoreApplication::processEvents();
+        std::printf("%.1f\n", ResidentMb());
+        return 0;
+    }
+    StationInABox box;
+    const QByteArray picture = StationInABox::Jpeg({1920, 1080}, Qt::darkRed);
+    for (int number = 1; number <= Pictures; ++number) {
+        box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number, u"note"_s);
+        WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number), picture);
+    }
+    frmCapture& screen = Form<frmCapture>();
+    screen.Show();
+    Guarded([&] { screen.ShowStored(); });
+    QCoreApplication::processEvents();
+    const double filled = ResidentMb();
+    const double empty = EmptyWindowMb();
+    for (int refill = 0; refill < Refills; ++refill)
+        LoadCaptureList(VisitContext.Chart, {}, VisitContext.Ymd, VisitContext.CaptureDir, VisitContext.Etc,
+                        screen.sprCap(1), 1, false);
+    QCoreApplication::processEvents();
+    PrintFigure(u"memory after 50 pictures of 1080p"_s, u"%1 MB"_s.arg(filled, 0, 'f', 1),
+                u"%1 MB beyond an empty window (under 150)"_s.arg(filled - empty, 0, 'f', 1));
+    PrintFigure(u"  after 1,000 refills"_s, u"%1 MB"_s.arg(ResidentMb(), 0, 'f', 1),
+                u"%1 MB more (at most 5)"_s.arg(ResidentMb() - filled, 0, 'f', 1));
+    return 0;
+}

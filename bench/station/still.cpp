@@ -1,0 +1,83 @@
+#include "figures.h"
+
+#include "capture/frmCapture.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "contracts/VideoCap.h"
+#include "launch/context/VisitContext.h"
+#include "platform/gstreamer/register_video.h"
+#include "records/Statement.h"
+#include "support/StationInABox.h"
+
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int Stills = 48;
+} // namespace
+
+/// From the click to a file that is durable, rows that are committed and a thumbnail that is painted, while the 1080p
+/// test picture runs; held against the sum of its parts, each timed between the clicks.
+int BenchStill()
+{
+    StationInABox box(u"QMARIADB"_s);
+    RegisterVideo();
+    UseService<VideoOptions>().OfferTestPicture(true);
+    frmCapture& screen = Form<frmCapture>();
+    screen.Show();
+    Guarded([&] { screen.ShowStored(); });
+    auto* connect = screen.findChild<QToolButton*>(u"연결"_s);
+    auto* capture = screen.findChild<QToolButton*>(u"캡쳐"_s);
+    connect->click();
+    const auto serveFor = [&box](int ms) {
+        box.Desk().PumpEventsUntil([] { return false; }, ms);
+    };
+    if (!box.Desk().PumpEventsUntil([&] { return screen.capCapture().HoldFrame() != nullptr; }, 5000)) {
+        std::fputs("no live picture\n", stderr);
+        return 1;
+    }
+    serveFor(500);
+
+    QList<double> clicks;
+    QList<double> encodes;
+    QList<double> writes;
+    QList<double> commits;
+    const QString beside = VisitContext.CaptureDir + u"위내시경\\beside"_s;
+    for (int still = 0; still < Stills; ++still) {
+        double start = NowMs();
+        capture->click();
+        screen.sprCap(1).repaint();
+        clicks << NowMs() - start;
+        serveFor(30);
+
+        start = NowMs();
+        const QByteArray jpeg = screen.capCapture().HoldFrame()->EncodeJPEG(90);
+        encodes << NowMs() - start;
+
+        start = NowMs();
+        WriteWholeFile(beside, jpeg);
+        writes << NowMs() - start;
+        DeleteFile(beside);
+
+        start = NowMs();
+        Execute(Statement(u"REPLACE INTO ca VALUES ('99999999','01','20261124','A','위내시경','note','')"));
+        Execute(Statement(u"REPLACE INTO cap VALUES ('99999999','01','20261124','A','위내시경',")
+                    .Then(u"", still + 1)
+                    .Piece(u",'path')"));
+        commits << NowMs() - start;
+        serveFor(30);
+    }
+    if (box.Value(u"SELECT COUNT(*) AS v FROM cap WHERE cap_chart = '00001234'"_s).toInt() != Stills) {
+        std::fputs("not every still was filed\n", stderr);
+        return 1;
+    }
+    const double parts = Median(encodes) + Median(writes) + Median(commits);
+    PrintFigure(u"still, click to file, rows and thumbnail (median)"_s, u"%1 ms"_s.arg(Median(clicks), 0, 'f', 1),
+                u"%1 x parts (at most 1.6)"_s.arg(Median(clicks) / parts, 0, 'f', 2));
+    PrintFigure(u"  parts: encode + write + two commits"_s, u"%1 ms"_s.arg(parts, 0, 'f', 1),
+                u"%1 + %2 + %3 ms"_s.arg(Median(encodes), 0, 'f', 1)
+                    .arg(Median(writes), 0, 'f', 1)
+                    .arg(Median(commits), 0, 'f', 1));
+    return 0;
+}
