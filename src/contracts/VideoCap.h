@@ -85,3 +85,13 @@ Q_SIGNALS:
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();
 };
+
+/// What the video devices are to be like, set once the setup is known.
+class VideoOptions
+{
+public:
+    virtual ~VideoOptions() = default;
+
+    /// A moving test picture stands in the list of devices beside the cameras. Once listed it keeps its position.
+    virtual void OfferTestPicture(bool offered) = 0;
+};
