@@ -86,11 +86,12 @@ Q_SIGNALS:
     void OnDeviceChange();
 };
 
-/// What the clinic's setup decides about the video devices of this machine.
+/// What the video devices are to be like, set once the setup is known.
 class VideoOptions
 {
 public:
     virtual ~VideoOptions() = default;
-    /// A moving test picture stands at the end of the devices, or it doesn't.
-    virtual void OfferTestPicture(bool offer) = 0;
+
+    /// A moving test picture stands in the list of devices beside the cameras. Once listed it keeps its position.
+    virtual void OfferTestPicture(bool offered) = 0;
 };

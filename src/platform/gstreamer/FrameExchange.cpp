@@ -1,0 +1,116 @@
+#include "platform/gstreamer/FrameExchange.h"
+
+#include "platform/gstreamer/GstStillFrame.h"
+
+void FrameExchange::Accept(GstSample* sample)
+{
+    QSize area;
+    QImage canvas;
+    int frame = 0;
+    GstPointer<GstSample> previous;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_closed)
+            return;
+        previous = std::move(m_newest);
+        m_newest.reset(gst_sample_ref(sample));
+        m_newestAt = Clock::now();
+        frame = ++m_frames;
+        area = m_area;
+        if (!m_spare.empty()) {
+            canvas = std::move(m_spare.back());
+            m_spare.pop_back();
+        }
+    }
+    previous.reset(); // Gives its memory back to the device before the work below.
+    if (area.isEmpty())
+        return;
+    const QImage image = m_scaler.Scale(sample, area, std::move(canvas));
+    if (image.isNull())
+        return;
+
+    const std::lock_guard lock(m_mutex);
+    if (m_closed)
+        return;
+    m_waiting.push_back({image, frame});
+    if (m_waiting.size() > MostWaiting) {
+        m_spare.push_back(std::move(m_waiting.front().image));
+        m_waiting.pop_front();
+    }
+}
+
+void FrameExchange::Close()
+{
+    const std::lock_guard lock(m_mutex);
+    m_closed = true;
+    m_newest.reset();
+    m_waiting.clear();
+    m_spare.clear();
+}
+
+bool FrameExchange::IsLiveLocked() const
+{
+    return m_newest != nullptr && Clock::now() - m_newestAt < SignalTimeout;
+}
+
+bool FrameExchange::IsLive() const
+{
+    const std::lock_guard lock(m_mutex);
+    return IsLiveLocked();
+}
+
+bool FrameExchange::HasFrame() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_newest != nullptr;
+}
+
+FrameExchange::Clock::time_point FrameExchange::NewestAt() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_newestAt;
+}
+
+std::shared_ptr<const StillFrame> FrameExchange::Hold() const
+{
+    const std::lock_guard lock(m_mutex);
+    if (!IsLiveLocked())
+        return nullptr;
+    return std::make_shared<GstStillFrame>(m_newest.get());
+}
+
+int FrameExchange::Frames() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_frames;
+}
+
+void FrameExchange::SetArea(QSize area)
+{
+    const std::lock_guard lock(m_mutex);
+    m_area = area;
+}
+
+FrameExchange::Picture FrameExchange::TakePicture(QImage painted)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_waiting.empty())
+        return {};
+    if (!painted.isNull() && m_spare.size() < MostWaiting)
+        m_spare.push_back(std::move(painted));
+    Picture next = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return next;
+}
+
+bool FrameExchange::HasPicture() const
+{
+    const std::lock_guard lock(m_mutex);
+    return !m_waiting.empty();
+}
+
+void FrameExchange::DropPictures()
+{
+    const std::lock_guard lock(m_mutex);
+    m_waiting.clear();
+}

@@ -1,0 +1,280 @@
+#include "platform/gstreamer/TestPictureSource.h"
+
+#include "platform/gstreamer/TestPictureScene.h"
+#include "platform/gstreamer/TestPictureState.h"
+
+#include <gst/base/gstpushsrc.h>
+#include <gst/video/video.h>
+
+#include <atomic>
+#include <cmath>
+#include <cstring>
+
+namespace {
+// A source that falls behind by more than this many frames lets the missed ones go.
+constexpr guint64 FramesToCatchUp = 8;
+
+class TestPicturePainter
+{
+public:
+    void SetFormat(const GstVideoInfo& info)
+    {
+        m_info = info;
+        m_scene.reset();
+    }
+
+    void Paint(GstVideoFrame& frame, quint32 number)
+    {
+        const TestPictureState::Properties properties = TestDevice().Current();
+        if (!m_scene || m_sceneGeneration != properties.generation)
+            ChooseScene(properties);
+        m_path += properties.speed * 0.006;
+        const int reach = TestSceneMargin / 4;
+        const int left = 2 * int(reach * (1 + std::sin(m_path)));
+        const int top = 2 * int(reach * (1 + std::sin(m_path * 1.31)));
+
+        CopyPlane(frame, 0, m_scene->luma.data(), m_scene->width, left, top);
+        CopyPlane(frame, 1, m_scene->blue.data(), m_scene->width / 2, left / 2, top / 2);
+        CopyPlane(frame, 2, m_scene->red.data(), m_scene->width / 2, left / 2, top / 2);
+        PaintNumber(frame, number);
+    }
+
+    const GstVideoInfo& Info() const { return m_info; }
+
+private:
+    void ChooseScene(const TestPictureState::Properties& properties)
+    {
+        m_scene = TestSceneFor(m_info.width, m_info.height);
+        if (properties.brightness != 0 || properties.contrast != 100)
+            m_scene = AdjustedScene(*m_scene, properties.brightness, properties.contrast);
+        m_sceneGeneration = properties.generation;
+    }
+
+    static std::uint8_t* Row(GstVideoFrame& frame, guint plane, int y)
+    {
+        return static_cast<std::uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, plane)) +
+               std::ptrdiff_t(y) * GST_VIDEO_FRAME_PLANE_STRIDE(&frame, plane);
+    }
+
+    static void CopyPlane(GstVideoFrame& frame, guint plane, const std::uint8_t* scene, int sceneWidth, int left,
+                          int top)
+    {
+        const int width = GST_VIDEO_FRAME_COMP_WIDTH(&frame, plane);
+        const int height = NumberTop(GST_VIDEO_FRAME_COMP_HEIGHT(&frame, plane));
+        for (int y = 0; y < height; ++y)
+            std::memcpy(Row(frame, plane, y), scene + std::ptrdiff_t(top + y) * sceneWidth + left, std::size_t(width));
+    }
+
+    static int NumberTop(int height) { return height * 15 / 16; }
+
+    static void PaintNumber(GstVideoFrame& frame, quint32 number)
+    {
+        const int width = GST_VIDEO_FRAME_WIDTH(&frame);
+        const int height = GST_VIDEO_FRAME_HEIGHT(&frame);
+        const int top = NumberTop(height);
+        for (int cell = 0; cell < 32; ++cell) {
+            const int from = width * cell / 32;
+            const int to = width * (cell + 1) / 32;
+            std::memset(Row(frame, 0, top) + from, ((number >> (31 - cell)) & 1) != 0 ? 255 : 0, std::size_t(to - from));
+        }
+        for (int y = top + 1; y < height; ++y)
+            std::memcpy(Row(frame, 0, y), Row(frame, 0, top), std::size_t(width));
+        for (guint plane = 1; plane <= 2; ++plane) {
+            const int chromaHeight = GST_VIDEO_FRAME_COMP_HEIGHT(&frame, plane);
+            for (int y = NumberTop(chromaHeight); y < chromaHeight; ++y)
+                std::memset(Row(frame, plane, y), 128, std::size_t(GST_VIDEO_FRAME_COMP_WIDTH(&frame, plane)));
+        }
+    }
+
+    GstVideoInfo m_info = {};
+    std::shared_ptr<const TestPictureScene> m_scene;
+    int m_sceneGeneration = 0;
+    double m_path = 0;
+};
+
+struct SourceData
+{
+    TestPicturePainter painter;
+    std::atomic<bool> flushing = false;
+    quint32 number = 0;
+    GstClockTime firstTime = GST_CLOCK_TIME_NONE;
+    guint64 slot = 0; ///< Frame times that have passed since the first frame.
+};
+
+struct TestPictureSource
+{
+    GstPushSrc parent;
+    SourceData* data;
+};
+
+struct TestPictureSourceClass
+{
+    GstPushSrcClass parent;
+};
+
+GType TestPictureSourceType();
+gpointer parentClass = nullptr;
+
+SourceData& DataOf(gpointer source)
+{
+    return *static_cast<TestPictureSource*>(source)->data;
+}
+
+void Finalize(GObject* object)
+{
+    delete static_cast<TestPictureSource*>(static_cast<gpointer>(object))->data;
+    G_OBJECT_CLASS(parentClass)->finalize(object);
+}
+
+gboolean StartSource(GstBaseSrc* base)
+{
+    SourceData& data = DataOf(base);
+    data.number = 0;
+    data.slot = 0;
+    data.firstTime = GST_CLOCK_TIME_NONE;
+    if (TestDevice().IsPlugged())
+        return TRUE;
+    GST_ELEMENT_ERROR(base, RESOURCE, NOT_FOUND, ("unplugged"), (nullptr));
+    return FALSE;
+}
+
+gboolean IsSeekable(GstBaseSrc*)
+{
+    return FALSE;
+}
+
+gboolean SetCaps(GstBaseSrc* base, GstCaps* caps)
+{
+    GstVideoInfo info;
+    if (!gst_video_info_from_caps(&info, caps) || info.fps_n <= 0)
+        return FALSE;
+    DataOf(base).painter.SetFormat(info);
+    return TRUE;
+}
+
+gboolean DecideAllocation(GstBaseSrc* base, GstQuery* query)
+{
+    // Without a pool each frame would be fresh memory, and cost a page fault for every 4 KiB.
+    if (gst_query_get_n_allocation_pools(query) == 0) {
+        GstCaps* caps = nullptr;
+        gst_query_parse_allocation(query, &caps, nullptr);
+        const guint size = guint(DataOf(base).painter.Info().size);
+        GstBufferPool* pool = gst_video_buffer_pool_new();
+        GstStructure* config = gst_buffer_pool_get_config(pool);
+        gst_buffer_pool_config_set_params(config, caps, size, 4, 0);
+        gst_buffer_pool_set_config(pool, config);
+        gst_query_add_allocation_pool(query, pool, size, 4, 0);
+        gst_object_unref(pool);
+    }
+    return GST_BASE_SRC_CLASS(parentClass)->decide_allocation(base, query);
+}
+
+void GetTimes(GstBaseSrc*, GstBuffer* buffer, GstClockTime* start, GstClockTime* end)
+{
+    *start = GST_BUFFER_PTS(buffer);
+    *end = *start + GST_BUFFER_DURATION(buffer);
+}
+
+gboolean Unlock(GstBaseSrc* base)
+{
+    DataOf(base).flushing = true;
+    TestDevice().Wake();
+    return TRUE;
+}
+
+gboolean UnlockStop(GstBaseSrc* base)
+{
+    DataOf(base).flushing = false;
+    return TRUE;
+}
+
+GstClockTime RunningTime(GstElement* element)
+{
+    GstClock* clock = gst_element_get_clock(element);
+    if (clock == nullptr)
+        return 0;
+    const GstClockTime now = gst_clock_get_time(clock);
+    const GstClockTime base = gst_element_get_base_time(element);
+    gst_object_unref(clock);
+    return now > base ? now - base : 0;
+}
+
+GstFlowReturn Fill(GstPushSrc* push, GstBuffer* buffer)
+{
+    SourceData& data = DataOf(push);
+    TestDevice().WaitWhileFrozen([&data] { return data.flushing.load(); });
+    if (data.flushing)
+        return GST_FLOW_FLUSHING;
+    if (!TestDevice().IsPlugged()) {
+        GST_ELEMENT_ERROR(push, RESOURCE, NOT_FOUND, ("unplugged"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
+
+    const GstVideoInfo& info = data.painter.Info();
+    const GstClockTime now = RunningTime(GST_ELEMENT(push));
+    const auto timeOf = [&](guint64 slot) {
+        return data.firstTime + gst_util_uint64_scale(slot, GST_SECOND * guint64(info.fps_d), guint64(info.fps_n));
+    };
+    if (data.firstTime == GST_CLOCK_TIME_NONE)
+        data.firstTime = now;
+    else
+        ++data.slot;
+    if (now > timeOf(data.slot + FramesToCatchUp))
+        data.slot = gst_util_uint64_scale(now - data.firstTime, guint64(info.fps_n), GST_SECOND * guint64(info.fps_d));
+    data.number = quint32(data.slot + 1);
+
+    GstVideoFrame frame;
+    if (!gst_video_frame_map(&frame, &info, buffer, GST_MAP_WRITE))
+        return GST_FLOW_ERROR;
+    data.painter.Paint(frame, data.number);
+    gst_video_frame_unmap(&frame);
+    GST_BUFFER_PTS(buffer) = timeOf(data.slot);
+    GST_BUFFER_DURATION(buffer) = timeOf(data.slot + 1) - timeOf(data.slot);
+    GST_BUFFER_OFFSET(buffer) = data.slot;
+    return GST_FLOW_OK;
+}
+
+void InitClass(gpointer klass, gpointer)
+{
+    parentClass = g_type_class_peek_parent(klass);
+    G_OBJECT_CLASS(klass)->finalize = Finalize;
+    GstBaseSrcClass* base = GST_BASE_SRC_CLASS(klass);
+    base->start = StartSource;
+    base->is_seekable = IsSeekable;
+    base->set_caps = SetCaps;
+    base->decide_allocation = DecideAllocation;
+    base->get_times = GetTimes;
+    base->unlock = Unlock;
+    base->unlock_stop = UnlockStop;
+    GST_PUSH_SRC_CLASS(klass)->fill = Fill;
+
+    GstElementClass* element = GST_ELEMENT_CLASS(klass);
+    gst_element_class_set_static_metadata(element, "Test picture", "Source/Video", "A moving, numbered picture",
+                                          "capture-station");
+    GstCaps* caps = gst_caps_from_string("video/x-raw, format=I420, colorimetry=(string)1:4:0:0, "
+                                         "pixel-aspect-ratio=1/1, width=[32,4096], height=[32,4096], "
+                                         "framerate=[1/1,120/1]");
+    gst_element_class_add_pad_template(element, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, caps));
+    gst_caps_unref(caps);
+}
+
+void InitInstance(GTypeInstance* instance, gpointer)
+{
+    static_cast<TestPictureSource*>(static_cast<gpointer>(instance))->data = new SourceData;
+    gst_base_src_set_live(GST_BASE_SRC(instance), TRUE);
+    gst_base_src_set_format(GST_BASE_SRC(instance), GST_FORMAT_TIME);
+}
+
+GType TestPictureSourceType()
+{
+    static const GType type =
+        g_type_register_static_simple(GST_TYPE_PUSH_SRC, "CaptureStationTestPicture", sizeof(TestPictureSourceClass),
+                                      InitClass, sizeof(TestPictureSource), InitInstance, GTypeFlags(0));
+    return type;
+}
+} // namespace
+
+GstElement* NewTestPictureSource()
+{
+    return GST_ELEMENT(g_object_new(TestPictureSourceType(), nullptr));
+}

@@ -1,0 +1,206 @@
+#include "platform/gstreamer/VideoControl.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "platform/gstreamer/DriverDialog.h"
+#include "platform/gstreamer/LiveSession.h"
+#include "platform/gstreamer/LiveView.h"
+#include "platform/gstreamer/StreamChoice.h"
+#include "platform/gstreamer/V4l2Device.h"
+#include "platform/gstreamer/VideoDevices.h"
+
+#include <QPainter>
+#include <QPointer>
+#include <QThreadPool>
+
+using namespace Qt::StringLiterals;
+
+struct VideoControl::Live
+{
+    LiveSession session;
+    LiveView view;
+    LiveSession::State shownState = LiveSession::State::Idle;
+    int runningDevice = -1; ///< Position of the device that the session is on.
+    StreamChoice choice;
+};
+
+VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
+    : VideoCap(nullptr), m_devices(std::move(devices)), m_live(std::make_unique<Live>())
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(u"실시간 영상"_s);
+    connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);
+    connect(&m_live->session, &LiveSession::StateChanged, this, &VideoControl::AnswerState);
+    connect(m_devices.get(), &VideoDevices::Changed, this, &VideoControl::AnswerDevices);
+    // The media library takes its time at its first use, which is not to be the operator's.
+    QThreadPool::globalInstance()->start(&PrepareMedia);
+}
+
+VideoControl::~VideoControl()
+{
+    m_live->session.disconnect(this);
+}
+
+VideoNames VideoControl::Devices() const
+{
+    VideoNames names;
+    for (const VideoDevice& device : m_devices->List())
+        names.names.append(device.name);
+    return names;
+}
+
+const VideoDevice* VideoControl::ChosenDevice() const
+{
+    const QList<VideoDevice>& devices = m_devices->List();
+    return m_device >= 0 && m_device < devices.size() ? &devices.at(m_device) : nullptr;
+}
+
+VideoNames VideoControl::VideoFormats() const
+{
+    VideoNames names;
+    if (const VideoDevice* device = ChosenDevice())
+        for (const VideoMode& mode : device->modes)
+            names.names.append(mode.Name());
+    return names;
+}
+
+VideoNames VideoControl::VideoInputs() const
+{
+    const VideoDevice* device = ChosenDevice();
+    return device != nullptr ? VideoNames{device->inputs} : VideoNames{};
+}
+
+void VideoControl::Start()
+{
+    Stop();
+    const auto require = [](bool condition, const QString& fault) {
+        if (!condition)
+            throw PlatformError(fault);
+    };
+    const VideoDevice* device = ChosenDevice();
+    require(device != nullptr, u"설정된 캡쳐장치(%1)가 목록에 없습니다.!! 장치설정을 확인하세요.!!"_s.arg(m_device));
+    require(m_format >= 0 && m_format < device->modes.size(),
+            u"설정된 화면크기(%1)가 캡쳐장치에 없습니다.!! 장치설정을 확인하세요.!!"_s.arg(m_format));
+    require(m_input >= 0 && m_input < device->inputs.size(),
+            u"설정된 캡쳐소스(%1)가 캡쳐장치에 없습니다.!! 장치설정을 확인하세요.!!"_s.arg(m_input));
+
+    // The settings of this start, whatever is set for the next one while the device is opened again.
+    m_live->runningDevice = m_device;
+    const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
+    m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode] {
+        const VideoDevice& present = devices->List().at(position);
+        if (!present.isPresent)
+            throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
+        if (!present.isTestPicture)
+            V4l2Device(devices->Calls(), present.node).SelectInput(input);
+        return LiveSource{present.isTestPicture, present.node, mode};
+    });
+}
+
+void VideoControl::Stop()
+{
+    m_live->session.Stop();
+}
+
+std::shared_ptr<const StillFrame> VideoControl::HoldFrame()
+{
+    return m_live->session.Hold();
+}
+
+void VideoControl::SnapShotJPEG(const QString& path, int quality)
+{
+    const std::shared_ptr<const StillFrame> frame = HoldFrame();
+    if (!frame)
+        throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
+    WriteWholeFile(path, frame->EncodeJPEG(quality));
+}
+
+void VideoControl::ShowDriverDialog1(int ownerHandle)
+{
+    if (const VideoDevice* device = ChosenDevice())
+        ShowStreamDialog(FindOwner(ownerHandle, this), *device, device->modes.value(m_format), m_live->choice);
+    else
+        throw PlatformError(u"캡쳐장치를 찾을수 없습니다.!!"_s);
+}
+
+void VideoControl::ShowDriverDialog2(int ownerHandle)
+{
+    if (const VideoDevice* device = ChosenDevice())
+        ShowPictureDialog(FindOwner(ownerHandle, this), *device, m_devices);
+    else
+        throw PlatformError(u"캡쳐장치를 찾을수 없습니다.!!"_s);
+}
+
+void VideoControl::AnswerFrames()
+{
+    if (isVisible() && m_live->session.Present() == LiveSession::State::Live)
+        update();
+    // A handler of the event may serve events itself: what comes meanwhile is told of once it is through, so that
+    // handlers never pile up on each other.
+    if (m_isTellingFrames)
+        return;
+    m_isTellingFrames = true;
+    const QPointer<VideoControl> self(this);
+    const int frames = m_live->session.FrameCount();
+    if (m_live->session.Present() != LiveSession::State::Idle)
+        Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
+    if (!self)
+        return;
+    m_isTellingFrames = false;
+    if (m_live->session.Present() != LiveSession::State::Idle && m_live->session.FrameCount() > frames)
+        QMetaObject::invokeMethod(this, &VideoControl::AnswerFrames, Qt::QueuedConnection);
+}
+
+void VideoControl::AnswerState()
+{
+    const LiveSession::State before = std::exchange(m_live->shownState, m_live->session.Present());
+    update();
+    const bool isLost = m_live->shownState == LiveSession::State::Lost;
+    const bool isBack = before == LiveSession::State::Lost && m_live->shownState == LiveSession::State::Live;
+    if (isLost || isBack)
+        Q_EMIT OnDeviceChange();
+}
+
+void VideoControl::AnswerDevices()
+{
+    const QList<VideoDevice>& devices = m_devices->List();
+    if (m_live->runningDevice < 0 || m_live->runningDevice >= devices.size())
+        return;
+    if (devices.at(m_live->runningDevice).isPresent)
+        m_live->session.RetryNow();
+    else
+        m_live->session.Lose();
+}
+
+void VideoControl::UpdateArea()
+{
+    m_live->session.SetArea(isVisible() ? (QSizeF(size()) * devicePixelRatioF()).toSize() : QSize());
+}
+
+void VideoControl::paintEvent(QPaintEvent*)
+{
+    UpdateArea(); // The widget may have come to a screen of another density.
+    QPainter painter(this);
+    const int frame = m_live->view.Paint(painter, rect(), m_live->session);
+    painter.end();
+    const std::shared_ptr<FrameExchange> frames = m_live->session.Frames();
+    if (frames && frames->HasPicture())
+        update();
+    if (frame > 0)
+        Q_EMIT Painted(m_live->view.Image(), frame);
+}
+
+void VideoControl::resizeEvent(QResizeEvent*)
+{
+    UpdateArea();
+}
+
+void VideoControl::showEvent(QShowEvent*)
+{
+    UpdateArea();
+}
+
+void VideoControl::hideEvent(QHideEvent*)
+{
+    UpdateArea();
+}

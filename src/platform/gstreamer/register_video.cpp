@@ -1,0 +1,27 @@
+#include "platform/gstreamer/register_video.h"
+
+#include "contracts/components.h"
+#include "platform/gstreamer/VideoControl.h"
+#include "platform/gstreamer/VideoDevices.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+class SharedVideoOptions final : public VideoOptions
+{
+public:
+    explicit SharedVideoOptions(std::shared_ptr<VideoDevices> devices) : m_devices(std::move(devices)) {}
+
+    void OfferTestPicture(bool offered) override { m_devices->OfferTestPicture(offered); }
+
+private:
+    std::shared_ptr<VideoDevices> m_devices;
+};
+} // namespace
+
+void RegisterVideo()
+{
+    auto devices = std::make_shared<VideoDevices>(std::make_unique<KernelV4l2Calls>(), u"/dev"_s);
+    InstallService<VideoOptions>(std::make_unique<SharedVideoOptions>(devices));
+    RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, [devices] { return std::make_unique<VideoControl>(devices); });
+}

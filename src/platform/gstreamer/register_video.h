@@ -1,0 +1,5 @@
+#pragma once
+
+/// Registers the video control and the options of the video devices. The machine's devices are looked up at the first
+/// question for them.
+void RegisterVideo();
