@@ -1,0 +1,81 @@
+#pragma once
+
+#include "contracts/fpSpread.h"
+
+#include <QTimer>
+
+class CellDelegate;
+class SpreadModel;
+class SpreadView;
+
+/// The grid as a table over its own cells.
+///
+/// Column 0 and row 0 have a width and a height of their own, for the headings. A click selects the cell; the active
+/// cell alone counts as no selection, and `SetActiveCell` takes the selection away.
+class SpreadGrid final : public fpSpread
+{
+    Q_OBJECT
+
+public:
+    explicit SpreadGrid(QWidget* parent = nullptr);
+
+    int MaxRows() const override;
+    void setMaxRows(int rows) override;
+    int MaxCols() const override;
+    void setMaxCols(int columns) override;
+    void setColWidth(int column, double units) override;
+    void setRowHeight(int row, double points) override;
+    void setDefaultRowHeight(double points) override;
+    void setStoredCellType(int column, int rowParity, SpreadCellType type) override;
+    void setHeadings(const QStringList& headings) override;
+    void setHeadingsVisible(bool columnHeadings, bool rowNumbers) override;
+
+    int DataRowCnt() const override;
+    void ClearRange(int column, int row, int column2, int row2, bool dataOnly) override;
+    void DeleteRows(int row, int count) override;
+
+    int Row() const override { return m_row; }
+    void setRow(int row) override { m_row = row; }
+    int Col() const override { return m_column; }
+    void setCol(int column) override { m_column = column; }
+
+    SpreadCellType CellType() const override;
+    void setCellType(SpreadCellType type) override;
+    bool TypePictCenter() const override;
+    void setTypePictCenter(bool center) override;
+    void setTypePictStretch(bool stretch) override;
+    void setTypePictPicture(const QImage& picture) override;
+    QImage TypePictPicture() const override;
+    QString Text() const override;
+    void setText(const QString& text) override;
+    QString Value() const override;
+    void setValue(const QString& value) override;
+
+    int ActiveRow() const override;
+    int ActiveCol() const override;
+    void SetActiveCell(int column, int row) override;
+
+    int SelectionCount() const override;
+    SpreadBlock GetSelection(int index) const override;
+    bool IsCellSelected(int column, int row) const override;
+    void setMultipleSelection(bool several) override;
+
+    QSize CellPixels(int column, int row) const override;
+    QRect CellRect(int column, int row) const override;
+    void FlashCell(int column, int row) override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+private:
+    void BringIntoView(int column, int row);
+    void EndFlash();
+
+    SpreadModel* m_model;
+    SpreadView* m_view;
+    CellDelegate* m_delegate;
+    QTimer m_flashTimer;
+    int m_row = 1;
+    int m_column = 1;
+};

@@ -1,0 +1,148 @@
+#include "platform/grid/SpreadView.h"
+
+#include "platform/grid/key_codes.h"
+#include "platform/grid/SpreadModel.h"
+
+#include <QAbstractButton>
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+
+namespace {
+constexpr int WheelLinePixels = 18; // A notch of the wheel moves three of these.
+} // namespace
+
+SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent), m_model(model)
+{
+    setModel(&model);
+    setFrameShape(QFrame::NoFrame); // The grid's own measures count from its corner.
+    setEditTriggers(QAbstractItemView::NoEditTriggers);
+    setSelectionMode(QAbstractItemView::ContiguousSelection);
+    setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    verticalScrollBar()->setSingleStep(WheelLinePixels);
+    horizontalScrollBar()->setSingleStep(WheelLinePixels);
+    setTabKeyNavigation(false);
+    setWordWrap(false);
+    setCornerButtonEnabled(false);
+
+    for (QHeaderView* heading : {horizontalHeader(), verticalHeader()}) {
+        heading->setMinimumSectionSize(1);
+        heading->setSectionsClickable(false);
+        heading->setHighlightSections(false);
+        heading->viewport()->installEventFilter(this);
+    }
+    horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setDefaultAlignment(Qt::AlignCenter);
+    if (auto* corner = findChild<QAbstractButton*>())
+        corner->installEventFilter(this);
+}
+
+QPoint SpreadView::CellAt(QPoint place) const
+{
+    const int column = columnAt(place.x());
+    const int row = rowAt(place.y());
+    return {column < 0 ? m_model.columnCount() + 1 : column + 1, row < 0 ? m_model.rowCount() + 1 : row + 1};
+}
+
+void SpreadView::mousePressEvent(QMouseEvent* event)
+{
+    m_pressedBox = QModelIndex();
+    // A right click leaves the selection as it is.
+    if (event->button() != Qt::LeftButton)
+        return;
+    const QModelIndex index = indexAt(event->position().toPoint());
+    if (index.flags() & Qt::ItemIsUserCheckable && event->modifiers() == Qt::NoModifier)
+        m_pressedBox = index;
+    QTableView::mousePressEvent(event);
+}
+
+void SpreadView::mouseReleaseEvent(QMouseEvent* event)
+{
+    const QPoint place = event->position().toPoint();
+    if (event->button() == Qt::RightButton) {
+        const QPoint cell = CellAt(place);
+        Q_EMIT CellRightClicked(cell.x(), cell.y(), viewport()->mapTo(this, place));
+        return;
+    }
+    QTableView::mouseReleaseEvent(event);
+    const QModelIndex pressed = std::exchange(m_pressedBox, QPersistentModelIndex());
+    if (event->button() == Qt::LeftButton && pressed.isValid() && pressed == indexAt(place))
+        ToggleBox(pressed);
+}
+
+void SpreadView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    if (event->button() != Qt::LeftButton)
+        return;
+    const QPoint place = event->position().toPoint();
+    // Each click of a quick pair toggles a box.
+    const QModelIndex index = indexAt(place);
+    m_pressedBox = index.flags() & Qt::ItemIsUserCheckable ? index : QModelIndex();
+    const QPoint cell = CellAt(place);
+    Q_EMIT CellDoubleClicked(cell.x(), cell.y());
+}
+
+void SpreadView::keyPressEvent(QKeyEvent* event)
+{
+    if (const int keyCode = PlatformKeyCode(event->key()))
+        Q_EMIT KeyPressed(keyCode, PlatformShiftState(event->modifiers()));
+    // Asked for only now: whoever heard of the key may have changed the rows.
+    const QModelIndex current = currentIndex();
+    if (event->key() == Qt::Key_Space && event->modifiers() == Qt::NoModifier &&
+        current.flags() & Qt::ItemIsUserCheckable) {
+        ToggleBox(current);
+        return;
+    }
+    QTableView::keyPressEvent(event);
+}
+
+void SpreadView::contextMenuEvent(QContextMenuEvent* event)
+{
+    // The mouse has its own way, at the release of the button.
+    if (event->reason() == QContextMenuEvent::Keyboard && currentIndex().isValid()) {
+        const QPoint centre = visualRect(currentIndex()).center();
+        Q_EMIT CellRightClicked(currentIndex().column() + 1, currentIndex().row() + 1, viewport()->mapTo(this, centre));
+    }
+    event->accept();
+}
+
+void SpreadView::ToggleBox(const QModelIndex& index)
+{
+    bool ticked = false;
+    m_model.Write(index.row(), index.column(), [&](SpreadCell& cell) { ticked = cell.ticked = !cell.ticked; });
+    Q_EMIT BoxToggled(index.column() + 1, index.row() + 1, ticked);
+}
+
+QPoint SpreadView::HeadingAt(QObject* heading, QPoint place) const
+{
+    if (heading == horizontalHeader()->viewport())
+        return {CellAt(place).x(), 0};
+    if (heading == verticalHeader()->viewport())
+        return {0, CellAt(place).y()};
+    return {0, 0};
+}
+
+bool SpreadView::eventFilter(QObject* watched, QEvent* event)
+{
+    auto* widget = qobject_cast<QWidget*>(watched);
+    if (widget == nullptr || widget == viewport())
+        return QTableView::eventFilter(watched, event);
+    if (event->type() == QEvent::MouseButtonDblClick || event->type() == QEvent::MouseButtonRelease) {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        const QPoint place = mouse->position().toPoint();
+        const QPoint heading = HeadingAt(watched, place);
+        if (event->type() == QEvent::MouseButtonDblClick) {
+            if (mouse->button() == Qt::LeftButton)
+                Q_EMIT CellDoubleClicked(heading.x(), heading.y());
+            // On the edge of a heading it would else change the column's width.
+            return true;
+        }
+        if (mouse->button() == Qt::RightButton)
+            Q_EMIT CellRightClicked(heading.x(), heading.y(), widget->mapTo(this, place));
+    }
+    return QTableView::eventFilter(watched, event);
+}

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QTableView>
+
+class SpreadModel;
+
+/// The table under a grid. Turns mouse and keys into the grid's events; rows and columns count from 1 in its signals,
+/// headings are 0.
+class SpreadView final : public QTableView
+{
+    Q_OBJECT
+
+public:
+    SpreadView(SpreadModel& model, QWidget* parent);
+
+    /// Column and row of a place in the viewport; one more than there are where no cell stands.
+    QPoint CellAt(QPoint place) const;
+
+Q_SIGNALS:
+    void CellDoubleClicked(int column, int row);
+    /// `place` is relative to the view's corner, in pixels.
+    void CellRightClicked(int column, int row, QPoint place);
+    void KeyPressed(int keyCode, int shift);
+    void BoxToggled(int column, int row, bool ticked);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void ToggleBox(const QModelIndex& index);
+    QPoint HeadingAt(QObject* heading, QPoint place) const;
+
+    SpreadModel& m_model;
+    QPersistentModelIndex m_pressedBox;
+};

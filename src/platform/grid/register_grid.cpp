@@ -1,0 +1,11 @@
+#include "platform/grid/register_grid.h"
+
+#include "contracts/components.h"
+#include "platform/grid/SpreadGrid.h"
+
+using namespace Qt::StringLiterals;
+
+void RegisterGrid()
+{
+    RegisterComponent<fpSpread>(u"FPSpreadADO.fpSpread"_s, [] { return std::make_unique<SpreadGrid>(); });
+}

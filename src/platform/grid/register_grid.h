@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers the grid, `FPSpreadADO.fpSpread`.
+void RegisterGrid();
