@@ -3,6 +3,7 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
 
 #include <QJsonArray>
@@ -81,15 +82,18 @@ void PendingRows::Load()
 {
     if (!FileExists(ListPath()))
         return;
-    QJsonParseError error = {};
-    const QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(ListPath()), &error);
-    if (error.error != QJsonParseError::NoError) {
-        Files().RenameFile(ListPath(), ListPath() + u".broken"_s);
-        return;
+    try {
+        QJsonParseError error = {};
+        const QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(ListPath()), &error);
+        if (error.error != QJsonParseError::NoError)
+            throw PlatformError(error.errorString());
+        const QJsonArray entries = document.array();
+        for (const QJsonValue& value : entries)
+            m_entries.append(FromJson(value.toObject()));
+    } catch (const PlatformError& error) {
+        qWarning("%s: %s", qPrintable(ListPath()), error.what());
+        Guarded([] { Files().RenameFile(ListPath(), ListPath() + u".broken"_s); });
     }
-    const QJsonArray entries = document.array();
-    for (const QJsonValue& value : entries)
-        m_entries.append(FromJson(value.toObject()));
 }
 
 void PendingRows::Store() const

@@ -20,9 +20,6 @@
 #include "records/text/text_routines.h"
 
 #include <QComboBox>
-#include <QEvent>
-#include <QGuiApplication>
-#include <QInputMethod>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -95,7 +92,6 @@ void frmCapture::ConnectControls()
                     OnGridRightClick(element, column, row, x, y);
                 }));
     }
-    m_txtCapChamgo->installEventFilter(this);
 }
 
 void frmCapture::RunButton(const QString& caption)
@@ -173,11 +169,4 @@ void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y
             action->setEnabled(element == 2);
     }
     m_popup->popup(sprCap(element).mapToGlobal(QPoint(x, y) / 15));
-}
-
-bool frmCapture::eventFilter(QObject* watched, QEvent* event)
-{
-    if (watched == m_txtCapChamgo && event->type() == QEvent::FocusIn)
-        m_txtCapChamgo->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
-    return StationForm::eventFilter(watched, event);
 }

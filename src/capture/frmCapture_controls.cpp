@@ -73,6 +73,7 @@ void frmCapture::BuildControls()
     MakeLabel(this, u"label(2)"_s, u"참고사항"_s, RectFromTwips(8490, 1035, 915, 315));
     m_txtCapChamgo = Named(new NoteBox(this), u"txtCapChamgo"_s, u"참고사항"_s, RectFromTwips(9480, 1035, 5730, 390));
     m_txtCapChamgo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
+    m_txtCapChamgo->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
     m_lblMovie = Named(new QLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
     m_lblMovieStatus =
         Named(new QLabel(this), u"lblMovieStatus"_s, u"동영상 프레임"_s, RectFromTwips(9480, 1695, 5745, 240));
