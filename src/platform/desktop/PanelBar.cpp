@@ -14,6 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int TextMargin = 6; // Pixels left and right of a text.
+constexpr int Slack = 3;      // A text's own width is broken pixels, and is cut when half a one is missing.
 
 /// Examples of the longest usual text of each panel: chart, type, name, sex, age, telephone, resident number. The
 /// eighth, the address, takes what is left.
@@ -97,7 +98,7 @@ void PanelBar::ShareWidths()
         const bool last = index + 1 == m_panels.size();
         const QString usual =
             index < static_cast<int>(Usual.size()) ? Usual[static_cast<size_t>(index)] : u"000000000000"_s;
-        const int width = fontMetrics().horizontalAdvance(usual) + 2 * TextMargin;
+        const int width = fontMetrics().horizontalAdvance(usual) + 2 * TextMargin + Slack;
         m_panels[index]->setMinimumWidth(last ? 0 : width);
         m_panels[index]->setMaximumWidth(last ? QWIDGETSIZE_MAX : width);
         m_panels[index]->setSizePolicy(last ? QSizePolicy::Expanding : QSizePolicy::Fixed, QSizePolicy::Expanding);

@@ -4,7 +4,6 @@
 #include "platform/desktop/program_folder.h"
 
 #include <QApplication>
-#include <QDeadlineTimer>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -125,13 +124,13 @@ void QtDesktop::PumpEvents()
 
 bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
-    const QDeadlineTimer deadline(timeoutMs);
-    QTimer wake;
-    wake.setSingleShot(true);
-    if (timeoutMs >= 0)
-        wake.start(timeoutMs);
+    bool expired = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
+    timer.start(qMax(0, timeoutMs));
     while (!done()) {
-        if (m_ended || deadline.hasExpired())
+        if (m_ended || expired)
             return false;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
