@@ -34,6 +34,7 @@ SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent)
         heading->setHighlightSections(false);
         heading->viewport()->installEventFilter(this);
     }
+    horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setDefaultAlignment(Qt::AlignCenter);

@@ -1,0 +1,174 @@
+#include "platform/desktop/QtDesktop.h"
+
+#include "platform/desktop/InstanceLock.h"
+#include "platform/desktop/program_folder.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QPushButton* AddButton(QMessageBox& box, const QString& text, QMessageBox::ButtonRole role, const QString& name)
+{
+    QPushButton* button = box.addButton(text, role);
+    button->setObjectName(name);
+    button->setAccessibleName(text);
+    return button;
+}
+
+void Fill(QMessageBox& box, const QString& text, const QString& title)
+{
+    box.setObjectName(u"messageBox"_s);
+    box.setWindowTitle(title);
+    box.setTextFormat(Qt::PlainText);
+    box.setText(text);
+    box.setAccessibleName(title);
+    box.setAccessibleDescription(text);
+}
+} // namespace
+
+/// While a box is open it wants an answer, so the pointer isn't busy.
+class QtDesktop::OpenBox
+{
+public:
+    explicit OpenBox(QtDesktop& desktop) : m_desktop(desktop)
+    {
+        ++m_desktop.m_openBoxes;
+        m_desktop.ShowPointer();
+    }
+    ~OpenBox()
+    {
+        --m_desktop.m_openBoxes;
+        m_desktop.ShowPointer();
+    }
+    OpenBox(const OpenBox&) = delete;
+    OpenBox& operator=(const OpenBox&) = delete;
+
+private:
+    QtDesktop& m_desktop;
+};
+
+QtDesktop::QtDesktop(QString command)
+    : m_command(std::move(command)),
+      m_programFolder(FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"),
+                                        QCoreApplication::applicationDirPath(),
+                                        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)))
+{
+}
+
+QtDesktop::~QtDesktop() = default;
+
+void QtDesktop::Run(QMessageBox& box)
+{
+    const OpenBox open(*this);
+    box.exec();
+}
+
+void QtDesktop::ShowInformation(const QString& text)
+{
+    QMessageBox box(QApplication::activeWindow());
+    Fill(box, text, QString::fromUtf16(StationTitle));
+    box.setIcon(QMessageBox::Information);
+    AddButton(box, u"확인"_s, QMessageBox::AcceptRole, u"cmdOk"_s);
+    Run(box);
+}
+
+void QtDesktop::ShowPlain(const QString& text)
+{
+    QMessageBox box(QApplication::activeWindow());
+    Fill(box, text, QGuiApplication::applicationDisplayName());
+    AddButton(box, u"확인"_s, QMessageBox::AcceptRole, u"cmdOk"_s);
+    Run(box);
+}
+
+bool QtDesktop::AskYesNo(const QString& question)
+{
+    QMessageBox box(QApplication::activeWindow());
+    Fill(box, question, QString::fromUtf16(StationTitle));
+    const QPushButton* yes = AddButton(box, u"예"_s, QMessageBox::YesRole, u"cmdYes"_s);
+    QPushButton* no = AddButton(box, u"아니오"_s, QMessageBox::NoRole, u"cmdNo"_s);
+    box.setDefaultButton(no);
+    box.setEscapeButton(no);
+    Run(box);
+    return box.clickedButton() == yes;
+}
+
+void QtDesktop::SetMousePointer(MousePointer pointer)
+{
+    m_busy = pointer == PointerBusy;
+    ShowPointer();
+}
+
+void QtDesktop::ShowPointer()
+{
+    const bool show = m_busy && m_openBoxes == 0;
+    if (show == m_busyShown)
+        return;
+    m_busyShown = show;
+    if (show)
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QApplication::restoreOverrideCursor();
+}
+
+void QtDesktop::PumpEvents()
+{
+    QCoreApplication::processEvents();
+}
+
+bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    bool expired = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
+    timer.start(qMax(0, timeoutMs));
+    while (!done()) {
+        if (m_ended || expired)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void QtDesktop::ShowPrinterDialog()
+{
+    try {
+        const OpenBox open(*this);
+        QPrinter printer;
+        if (!m_chosenPrinter.isEmpty())
+            printer.setPrinterName(m_chosenPrinter);
+        QPrintDialog dialog(&printer, QApplication::activeWindow());
+        dialog.setObjectName(u"printerDialog"_s);
+        if (dialog.exec() == QDialog::Accepted)
+            m_chosenPrinter = printer.printerName();
+    } catch (const std::exception&) {
+        // As told in the contract: nothing has happened.
+    }
+}
+
+bool QtDesktop::PrevInstance()
+{
+    if (!m_prevInstance) {
+        m_instance = std::make_unique<InstanceLock>(qEnvironmentVariable("XDG_RUNTIME_DIR"), m_programFolder);
+        m_prevInstance = m_instance->HeldByAnother();
+    }
+    return *m_prevInstance;
+}
+
+void QtDesktop::EndProgram()
+{
+    m_ended = true;
+    QCoreApplication::exit(0);
+}
+
+QDate QtDesktop::Today() const
+{
+    return QDate::currentDate();
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "contracts/desktop.h"
+
+#include <memory>
+#include <optional>
+
+class InstanceLock;
+class QMessageBox;
+
+/// The desktop through Qt Widgets.
+class QtDesktop final : public Desktop
+{
+public:
+    explicit QtDesktop(QString command);
+    ~QtDesktop() override;
+
+    void ShowInformation(const QString& text) override;
+    void ShowPlain(const QString& text) override;
+    bool AskYesNo(const QString& question) override;
+    void SetMousePointer(MousePointer pointer) override;
+    void PumpEvents() override;
+    bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    void ShowPrinterDialog() override;
+    QString Command() const override { return m_command; }
+    QString ProgramFolder() const override { return m_programFolder; }
+    bool PrevInstance() override;
+    void EndProgram() override;
+    bool ProgramEnded() const override { return m_ended; }
+    QDate Today() const override;
+
+    /// Name of the printer that the operator chose last; empty as long as none was chosen.
+    QString ChosenPrinter() const { return m_chosenPrinter; }
+
+private:
+    class OpenBox;
+
+    void Run(QMessageBox& box);
+    void ShowPointer();
+
+    QString m_command;
+    QString m_programFolder;
+    QString m_chosenPrinter;
+    std::unique_ptr<InstanceLock> m_instance;
+    std::optional<bool> m_prevInstance;
+    bool m_busy = false;      ///< What the station asked for.
+    bool m_busyShown = false; ///< What the operator sees.
+    int m_openBoxes = 0;
+    bool m_ended = false;
+};
