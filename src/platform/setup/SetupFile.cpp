@@ -151,8 +151,10 @@ void Reader::ReadDevices()
     client.TestPicture = Text(u"Video"_s, u"TestPicture"_s) == u"1";
     for (const QString& port : m_ini.Keys(u"SerialPort"_s)) {
         const QString device = Text(u"SerialPort"_s, port);
-        if (!device.isEmpty())
-            client.SerialPorts.insert(port, device);
+        bool isNumber = false;
+        const int number = port.toInt(&isNumber);
+        if (isNumber && !device.isEmpty())
+            client.SerialPorts.insert(QString::number(number), device);
     }
     client.PrinterFolder = Absolute(Text(u"Printer"_s, u"Folder"_s));
     client.BurnerImage = Absolute(Text(u"Burner"_s, u"Image"_s));

@@ -50,6 +50,8 @@ private Q_SLOTS:
     void readsThePasswordFile();
     void notesAnOpenPassword();
     void readsWithoutTheDatabase();
+    void startsOnTheTrialClinic_data() { Engines(); }
+    void startsOnTheTrialClinic();
 
 private:
     static void Engines();
@@ -116,7 +118,7 @@ QString TestSetup::GoodFile() const
            "[Client]\nCommPort=2\nCaptureRoot=%5/캡쳐/\nEtcList= 위내시경 ,대장내시경,, 초음파 ,\nImageFormat=2\n"
            "CheckTable=1\n\n"
            "[Saup.1]\nYoyangno=11100001\nHospital=나래의원\n[saup.12]\nHospital=빛터의원\n\n"
-           "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n3=/dev/ttyACM0\n4=\n"
+           "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n03=/dev/ttyACM0\n4=\n"
            "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\n"_s.arg(database.driver, database.socket,
                                                                              database.name, database.user, Folder());
 }
@@ -390,6 +392,36 @@ void TestSetup::readsWithoutTheDatabase()
     QVERIFY(outcome.setup.SerialPorts.isEmpty() && outcome.places.empty());
     QCOMPARE(outcome.setup.PrinterFolder + outcome.setup.BurnerImage, QString());
     QVERIFY(!SetupRead(true).started);
+}
+
+void TestSetup::startsOnTheTrialClinic()
+{
+    QFETCH(QString, driver);
+    const QString trial = Folder() + u"/it's a trial"_s;
+    const auto make = [&] {
+        QProcess script;
+        script.setProcessChannelMode(QProcess::MergedChannels);
+        script.start(u"" STATION_SOURCE_FOLDER "/scripts/trial-clinic"_s,
+                     driver == u"QSQLITE" ? QStringList{trial} : QStringList{trial, u"--mariadb"_s, m_server.Socket()});
+        const bool done = script.waitForFinished(60000) && script.exitCode() == 0;
+        return done ? QString() : u"trial-clinic: "_s + QString::fromUtf8(script.readAll());
+    };
+    QCOMPARE(make(), QString());
+    qputenv("CAPTURE_STATION_SETUP", QFile::encodeName(trial + u"/Setup.ini"_s));
+    const Outcome outcome = SetupRead();
+    QVERIFY2(outcome.started, qPrintable(outcome.shown.join(u'\n')));
+    QVERIFY(outcome.setup.TestPicture);
+
+    const auto pictures = outcome.connection->Execute(u" SELECT * FROM cap  WHERE cap_chart = '00001234' "_s);
+    QVERIFY(!pictures->Eof());
+    for (; !pictures->Eof(); pictures->MoveNext()) {
+        const QString path = pictures->Fields(u"cap_path"_s).toString();
+        QVERIFY2(path.startsWith(outcome.setup.CaptureRoot) && FileExists(path), qPrintable(path));
+    }
+    // What the operator has done since then stays.
+    outcome.connection->Execute(u" DELETE FROM ca "_s);
+    QCOMPARE(make(), QString());
+    QVERIFY(outcome.connection->Execute(u" SELECT * FROM ca "_s)->Eof());
 }
 
 QTEST_GUILESS_MAIN(TestSetup)

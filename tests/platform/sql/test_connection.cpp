@@ -79,6 +79,7 @@ private Q_SLOTS:
     void waitsForNoLockForever();
     void filesTextThatAnOldTableCantHold();
     void databaseWithAHyphen();
+    void damagedFileGivesNoShortList();
 
 private:
     static void Engines();
@@ -449,6 +450,28 @@ void TestConnection::databaseWithAHyphen()
     const auto tables = m_connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
     tables->setFilter(u" tables_in_"_s + database + u" = 'endo' "_s);
     QVERIFY(!tables->Eof());
+}
+
+void TestConnection::damagedFileGivesNoShortList()
+{
+    m_clinic = std::make_unique<ClinicDatabase>(u"QSQLITE"_s, nullptr);
+    QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
+    m_connection = OpenConnection(m_clinic->Settings());
+    for (int section = 100; section < 200; ++section)
+        m_connection->Execute(
+            u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '%2', '' ) "_s.arg(section).arg(
+                QString(3000, u'x')));
+    m_connection.reset();
+    QFile file(m_clinic->Settings().name);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const QByteArray damage(file.size() / 4, '\xFF');
+    QVERIFY(file.seek(file.size() / 2));
+    QCOMPARE(file.write(damage), damage.size());
+    file.close();
+
+    m_connection = OpenConnection(m_clinic->Settings());
+    const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
+    QVERIFY2(fault.contains(u"malformed"_s), qPrintable(fault));
 }
 
 QTEST_GUILESS_MAIN(TestConnection)
