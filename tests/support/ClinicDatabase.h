@@ -11,10 +11,9 @@ public:
     /// `server` is needed for `QMARIADB` and has to run; `QSQLITE` keeps a file in a temporary folder.
     ClinicDatabase(const QString& driver, PrivateMariaDb* server);
 
-    /// Makes the database with the tables of these files (all of them unless told otherwise). False, with the reason
-    /// in `Fault`.
-    bool Make(const QStringList& tables = {QStringLiteral("ca"), QStringLiteral("cap"), QStringLiteral("caso"),
-                                           QStringLiteral("endo"), QStringLiteral("clinic")});
+    /// Makes the database with the tables of these files of sql/: `ca`, `cap`, `caso`, `endo`, and `clinic` for all
+    /// that belong to the clinic. False, with the reason in `Fault`.
+    bool Make(const QStringList& tables);
     /// Runs statements beside the station's connection, as another client does. False, with the reason in `Fault`.
     bool Run(const QString& statements);
 

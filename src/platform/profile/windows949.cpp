@@ -14,7 +14,7 @@ constexpr char CodePage[] = "windows-949";
 template <class Converter>
 Converter Checked()
 {
-    Converter converter(CodePage);
+    Converter converter(CodePage, QStringConverter::Flag::Stateless);
     if (!converter.isValid())
         throw PlatformError(u"한글 코드(windows-949)를 쓸 수 없는 환경입니다.!!"_s);
     return converter;
@@ -34,7 +34,11 @@ QByteArray EncodedCharacter(QStringView character)
 QString windows949::Decoded(const QByteArray& bytes)
 {
     auto decoder = Checked<QStringDecoder>();
-    return decoder(bytes);
+    QString text = decoder(bytes);
+    // The decoder drops half a character at the end of the bytes.
+    if (decoder.hasError() && !text.contains(QChar::ReplacementCharacter))
+        text.append(QChar::ReplacementCharacter);
+    return text;
 }
 
 QByteArray windows949::Encoded(const QString& text, qsizetype limit)

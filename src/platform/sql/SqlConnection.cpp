@@ -95,12 +95,14 @@ std::unique_ptr<AdoRecordset> SqlConnection::Execute(const QString& statement)
         Open();
     for (int tries = 1;; ++tries) {
         QSqlQuery query = Run(translated);
+        // A fault can also come up between two rows.
+        auto rows = std::make_unique<SqlRecordset>(query);
         const QSqlError error = query.lastError();
+        query.clear();
         if (!error.isValid())
-            return std::make_unique<SqlRecordset>(query);
+            return rows;
 
         const FaultKind kind = m_engine->Judge(error);
-        query.clear();
         if (kind == FaultKind::Lost && !reopened) {
             reopened = true;
             m_database.close();

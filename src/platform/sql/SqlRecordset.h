@@ -12,7 +12,7 @@ class SqlRecordset : public AdoRecordset
 {
 public:
     SqlRecordset() = default;
-    /// Takes the rows of a statement that has run.
+    /// Takes the rows of a statement that has run; whether all of them came, the query's last error tells.
     explicit SqlRecordset(QSqlQuery& query);
 
     void setCursorLocation(CursorLocation /*location*/) override {}

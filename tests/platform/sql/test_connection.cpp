@@ -48,7 +48,6 @@ class TestConnection : public QObject
 
 private Q_SLOTS:
     void initTestCase();
-    void init();
     void cleanup();
 
     void keepsTexts_data();
@@ -80,10 +79,11 @@ private Q_SLOTS:
     void waitsForNoLockForever();
     void filesTextThatAnOldTableCantHold();
     void databaseWithAHyphen();
+    void damagedFileGivesNoShortList();
 
 private:
     static void Engines();
-    void Begin();
+    void Begin(const QStringList& tables);
 
     PrivateMariaDb m_server;
     std::unique_ptr<ClinicDatabase> m_clinic;
@@ -102,22 +102,18 @@ void TestConnection::initTestCase()
     QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
 }
 
-void TestConnection::init()
-{
-    m_clinic.reset();
-}
-
 void TestConnection::cleanup()
 {
     m_connection.reset();
+    m_clinic.reset();
 }
 
-/// A fresh clinic and a connection to it, on the engine of the test's row.
-void TestConnection::Begin()
+/// A fresh database with some tables and a connection to it, on the engine of the test's row.
+void TestConnection::Begin(const QStringList& tables)
 {
     QFETCH(QString, driver);
     m_clinic = std::make_unique<ClinicDatabase>(driver, &m_server);
-    if (!m_clinic->Make())
+    if (!m_clinic->Make(tables))
         throw PlatformError(m_clinic->Fault());
     m_connection = OpenConnection(m_clinic->Settings());
 }
@@ -145,7 +141,7 @@ void TestConnection::keepsTexts_data()
 
 void TestConnection::keepsTexts()
 {
-    Begin();
+    Begin({u"ca"_s});
     QFETCH(QString, text);
     m_connection->Execute(
         u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '위내시경', %1, '') "_s.arg(Literal(text)));
@@ -157,7 +153,7 @@ void TestConnection::keepsTexts()
 
 void TestConnection::replacesByPosition()
 {
-    Begin();
+    Begin({u"ca"_s, u"cap"_s});
     const QString row = u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '%1',  '%2', '' ) "_s;
     m_connection->Execute(row.arg(u"위내시경"_s, u"먼저"_s));
     m_connection->Execute(row.arg(u"위내시경"_s, u"나중"_s));
@@ -176,7 +172,7 @@ void TestConnection::replacesByPosition()
 
 void TestConnection::readsRows()
 {
-    Begin();
+    Begin({u"clinic"_s});
     QVERIFY2(m_clinic->Run(u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung) VALUES ('1', '20250101', '01'), "
                            "('1', '20260101', '05');"_s),
              qPrintable(m_clinic->Fault()));
@@ -209,7 +205,7 @@ void TestConnection::readsRows()
 
 void TestConnection::numbersAndLeft()
 {
-    Begin();
+    Begin({u"cap"_s, u"caso"_s});
     const QString highest = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap  WHERE cap_chart = '1' "_s;
     QCOMPARE(m_connection->Execute(highest)->Fields(u"maxno"_s), QVariant(0LL));
     m_connection->Execute(u" REPLACE INTO cap VALUES ( '1', '01', '20260302', 'A', '위', 32767, '') "_s);
@@ -229,7 +225,7 @@ void TestConnection::numbersAndLeft()
 
 void TestConnection::comparesTextsAlike()
 {
-    Begin();
+    Begin({u"clinic"_s});
     QVERIFY2(
         m_clinic->Run(u"INSERT INTO wj (wj_chart, wj_suname) VALUES ('00001234', '가'), ('a', '나'), ('A', '다');"_s),
         qPrintable(m_clinic->Fault()));
@@ -244,7 +240,7 @@ void TestConnection::comparesTextsAlike()
 
 void TestConnection::listsTables()
 {
-    Begin();
+    Begin({u"caso"_s, u"endo"_s});
     const QString database = m_connection->DefaultDatabase();
     const auto tables = m_connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
     const auto found = [&](const QString& table) {
@@ -256,14 +252,14 @@ void TestConnection::listsTables()
     QVERIFY(!found(u"cas"_s));
     QVERIFY(!found(u"it''s"_s));
     tables->setFilter(QString());
-    QCOMPARE(ColumnOf(*tables, u"Tables_in_"_s + database).size(), 11);
+    QCOMPARE(ColumnOf(*tables, u"Tables_in_"_s + database).size(), 2);
     QVERIFY_EXCEPTION_THROWN(tables->setFilter(u"tables_in_x = 'endo'"_s), PlatformError);
     QVERIFY_EXCEPTION_THROWN(tables->setFilter(u"endo"_s), PlatformError);
 }
 
 void TestConnection::tellsWhatFailed()
 {
-    Begin();
+    Begin({u"cap"_s});
     const QString missing = FaultOf(*m_connection, u" SELECT * FROM nowhere "_s);
     QVERIFY2(missing.contains(u".!!"_s) && missing.contains(u"nowhere"_s), qPrintable(missing));
     QVERIFY(!FaultOf(*m_connection, u" SELECT 'x "_s).isEmpty());
@@ -273,7 +269,7 @@ void TestConnection::tellsWhatFailed()
 
 void TestConnection::seesOtherClientsRows()
 {
-    Begin();
+    Begin({u"cap"_s});
     const auto other = OpenConnection(m_clinic->Settings());
     const QString count = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap "_s;
     for (int number = 1; number <= 3; ++number) {
@@ -326,7 +322,7 @@ void TestConnection::tellsWhyItCantOpen()
 
 void TestConnection::leavesNoConnectionBehind()
 {
-    Begin();
+    Begin({u"ca"_s});
     auto second = OpenConnection(m_clinic->Settings());
     QCOMPARE(QSqlDatabase::connectionNames().size(), 2);
     const auto rows = m_connection->Execute(u" SHOW TABLES FROM "_s + m_connection->DefaultDatabase());
@@ -346,7 +342,7 @@ void TestConnection::outlivesTheServer_data()
 
 void TestConnection::outlivesTheServer()
 {
-    Begin();
+    Begin({u"ca"_s});
     QFETCH(QString, how);
     const QString row = u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '\\''', '' ) "_s;
     m_connection->Execute(row.arg(u"위내시경"_s));
@@ -368,7 +364,7 @@ void TestConnection::outlivesTheServer()
 void TestConnection::serverThatStaysAway()
 {
     m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
-    QVERIFY2(m_clinic->Make(), qPrintable(m_clinic->Fault()));
+    QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
     m_connection = OpenConnection(m_clinic->Settings());
     m_server.Stop();
     for (int again = 0; again < 2; ++again) {
@@ -395,7 +391,7 @@ void TestConnection::repeatsOnlyWhatHelps_data()
 
 void TestConnection::repeatsOnlyWhatHelps()
 {
-    Begin();
+    Begin({});
     QFETCH(int, number);
     QFETCH(int, failures);
     QFETCH(int, runs);
@@ -454,6 +450,28 @@ void TestConnection::databaseWithAHyphen()
     const auto tables = m_connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
     tables->setFilter(u" tables_in_"_s + database + u" = 'endo' "_s);
     QVERIFY(!tables->Eof());
+}
+
+void TestConnection::damagedFileGivesNoShortList()
+{
+    m_clinic = std::make_unique<ClinicDatabase>(u"QSQLITE"_s, nullptr);
+    QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
+    m_connection = OpenConnection(m_clinic->Settings());
+    for (int section = 100; section < 200; ++section)
+        m_connection->Execute(
+            u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '%2', '' ) "_s.arg(section).arg(
+                QString(3000, u'x')));
+    m_connection.reset();
+    QFile file(m_clinic->Settings().name);
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const QByteArray damage(file.size() / 4, '\xFF');
+    QVERIFY(file.seek(file.size() / 2));
+    QCOMPARE(file.write(damage), damage.size());
+    file.close();
+
+    m_connection = OpenConnection(m_clinic->Settings());
+    const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
+    QVERIFY2(fault.contains(u"malformed"_s), qPrintable(fault));
 }
 
 QTEST_GUILESS_MAIN(TestConnection)

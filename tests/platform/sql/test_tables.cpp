@@ -125,8 +125,8 @@ void TestTables::statementsUseAKey()
     static ConnectionPointer serverConnection;
     static ConnectionPointer fileConnection;
     if (serverConnection == nullptr) {
-        QVERIFY2(server.Make(), qPrintable(server.Fault()));
-        QVERIFY2(file.Make(), qPrintable(file.Fault()));
+        QVERIFY2(server.Make({u"ca"_s, u"cap"_s, u"caso"_s}), qPrintable(server.Fault()));
+        QVERIFY2(file.Make({u"ca"_s, u"cap"_s, u"caso"_s}), qPrintable(file.Fault()));
         serverConnection = OpenConnection(server.Settings());
         fileConnection = OpenConnection(file.Settings());
         serverConnection->Execute(

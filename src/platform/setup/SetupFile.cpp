@@ -1,0 +1,167 @@
+#include "platform/setup/SetupFile.h"
+
+#include "contracts/files.h"
+#include "platform/profile/IniFile.h"
+
+#include <QDir>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+class Reader
+{
+public:
+    Reader(const QByteArray& content, const QString& folder)
+        : m_ini(content, IniFile::EncodingOf(content)), m_folder(folder)
+    {
+    }
+
+    SetupFile Read()
+    {
+        ReadDatabase();
+        ReadClient();
+        ReadPlaces();
+        ReadDevices();
+        return m_setup;
+    }
+
+private:
+    void ReadDatabase();
+    void ReadClient();
+    void ReadSections(const QString& list);
+    void ReadCaptureRoot(QString root);
+    void ReadPlaces();
+    void ReadDevices();
+
+    QString Text(const QString& section, const QString& key);
+    QString Needed(const QString& section, const QString& key);
+    QString Absolute(const QString& path) const;
+
+    IniFile m_ini;
+    QString m_folder;
+    SetupFile m_setup;
+};
+
+QString Reader::Text(const QString& section, const QString& key)
+{
+    QString value = m_ini.Value(section, key).value_or(QString());
+    if (value.contains(QChar::ReplacementCharacter))
+        m_setup.problems.append(
+            u"[%1] %2의 글자를 읽을 수 없습니다. UTF-8이나 windows-949로 저장하세요."_s.arg(section, key));
+    return value;
+}
+
+QString Reader::Needed(const QString& section, const QString& key)
+{
+    QString value = Text(section, key);
+    if (value.isEmpty())
+        m_setup.problems.append(u"[%1] %2 항목이 없습니다."_s.arg(section, key));
+    return value;
+}
+
+QString Reader::Absolute(const QString& path) const
+{
+    if (path.isEmpty() || QDir::isAbsolutePath(NativePath(path)))
+        return path;
+    return m_folder + u'/' + path;
+}
+
+void Reader::ReadDatabase()
+{
+    const QString section = u"Database"_s;
+    DatabaseSettings& database = m_setup.database;
+    database.driver = Needed(section, u"Driver"_s);
+    database.host = Text(section, u"Host"_s);
+    database.socket = Text(section, u"Socket"_s);
+    database.name = Needed(section, u"Name"_s);
+    database.user = Text(section, u"User"_s);
+    database.password = Text(section, u"Password"_s);
+    m_setup.passwordFile = NativePath(Absolute(Text(section, u"PasswordFile"_s)));
+    if (database.driver.compare(u"QSQLITE", Qt::CaseInsensitive) == 0)
+        database.name = NativePath(Absolute(database.name));
+
+    const QString port = Text(section, u"Port"_s);
+    bool isNumber = false;
+    database.port = port.toInt(&isNumber);
+    if (!port.isEmpty() && (!isNumber || database.port < 1 || database.port > 65535))
+        m_setup.problems.append(u"[Database] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port));
+}
+
+void Reader::ReadClient()
+{
+    const QString section = u"Client"_s;
+    m_setup.client.CommPort = Text(section, u"CommPort"_s);
+    m_setup.client.ImageFormat = Text(section, u"ImageFormat"_s);
+    m_setup.client.CheckTable = Text(section, u"CheckTable"_s);
+    m_setup.needsCaptureMount = Text(section, u"CaptureMount"_s) == u"1";
+    ReadSections(Text(section, u"EtcList"_s));
+    ReadCaptureRoot(Needed(section, u"CaptureRoot"_s));
+}
+
+void Reader::ReadSections(const QString& list)
+{
+    QStringList names;
+    for (const QString& piece : list.split(u',')) {
+        const QString name = piece.trimmed();
+        if (name.isEmpty())
+            continue;
+        // The name becomes the name of a folder below the root.
+        if (!IsPathPart(name))
+            m_setup.problems.append(u"[Client] EtcList의 \"%1\"은(는) 검사 이름으로 쓸 수 없습니다."_s.arg(name));
+        names.append(name);
+    }
+    m_setup.client.EtcList = names.join(u',');
+}
+
+void Reader::ReadCaptureRoot(QString root)
+{
+    if (root.isEmpty())
+        return;
+    static const QRegularExpression drive(uR"(^[A-Za-z]:)"_s);
+    if (drive.match(root).hasMatch() && !QDir::isAbsolutePath(root)) {
+        m_setup.problems.append(u"[Client] CaptureRoot에 드라이브 문자를 쓸 수 없습니다. (%1)"_s.arg(root));
+        return;
+    }
+    root = Absolute(root);
+    if (!root.endsWith(u'/') && !root.endsWith(u'\\')) {
+        root += u'\\';
+        m_setup.notes.append(u"[Client] CaptureRoot 끝에 구분 기호가 없어 붙였습니다: %1"_s.arg(root));
+    }
+    m_setup.client.CaptureRoot = root;
+}
+
+void Reader::ReadPlaces()
+{
+    static const QRegularExpression numbered(uR"(^Saup\.(\d+)$)"_s, QRegularExpression::CaseInsensitiveOption);
+    for (const QString& section : m_ini.Sections()) {
+        const QRegularExpressionMatch match = numbered.match(section);
+        bool isNumber = false;
+        const int number = match.captured(1).toInt(&isNumber);
+        if (isNumber)
+            m_setup.places[number] = {Text(section, u"Yoyangno"_s), Text(section, u"Hospital"_s)};
+        else if (section.startsWith(u"Saup"_s, Qt::CaseInsensitive))
+            m_setup.notes.append(u"[%1]은(는) 읽지 않았습니다. [Saup.1]처럼 번호를 적으세요."_s.arg(section));
+    }
+}
+
+void Reader::ReadDevices()
+{
+    ClientSetupRecord& client = m_setup.client;
+    client.TestPicture = Text(u"Video"_s, u"TestPicture"_s) == u"1";
+    for (const QString& port : m_ini.Keys(u"SerialPort"_s)) {
+        const QString device = Text(u"SerialPort"_s, port);
+        bool isNumber = false;
+        const int number = port.toInt(&isNumber);
+        if (isNumber && !device.isEmpty())
+            client.SerialPorts.insert(QString::number(number), device);
+    }
+    client.PrinterFolder = Absolute(Text(u"Printer"_s, u"Folder"_s));
+    client.BurnerImage = Absolute(Text(u"Burner"_s, u"Image"_s));
+}
+} // namespace
+
+SetupFile ReadSetupFile(const QByteArray& content, const QString& folder)
+{
+    return Reader(content, folder).Read();
+}

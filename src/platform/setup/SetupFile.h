@@ -1,0 +1,22 @@
+#pragma once
+
+#include "contracts/ClientSetup.h"
+#include "platform/sql/database.h"
+
+#include <QStringList>
+
+/// What a setup file says, before anything of it is tried.
+struct SetupFile
+{
+    ClientSetupRecord client;
+    SaupRecords places;
+    DatabaseSettings database;
+    QString passwordFile;           ///< Absolute; empty when the password stands in the setup file.
+    bool needsCaptureMount = false; ///< The capture root has to be a mount point.
+    QStringList problems;           ///< What keeps the station from starting, in Korean, one sentence each.
+    QStringList notes;              ///< What an administrator should know.
+};
+
+/// Reads the text of a setup file: UTF-8, or windows-949 when it isn't valid UTF-8. Paths that are not absolute are
+/// taken from `folder`, the one that holds the file.
+SetupFile ReadSetupFile(const QByteArray& content, const QString& folder);

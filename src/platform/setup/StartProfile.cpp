@@ -1,0 +1,140 @@
+#include "platform/setup/StartProfile.h"
+
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+
+#include <QFileInfo>
+#include <QStorageInfo>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
+
+/// Tables without which no visit can be worked on. The station makes the others itself.
+const QStringList& NeededTables()
+{
+    static const QStringList tables{u"ca"_s, u"cap"_s,    u"wj"_s, u"bh"_s, u"jh"_s,
+                                    u"pt"_s, u"doctor"_s, u"so"_s, u"yk"_s};
+    return tables;
+}
+
+void Note(const QString& text)
+{
+    std::fprintf(stderr, "capture-station: %s\n", text.toUtf8().constData());
+}
+
+QStringList Candidates()
+{
+    if (qEnvironmentVariableIsSet(SetupVariable))
+        return {qEnvironmentVariable(SetupVariable)};
+    return {UseService<Desktop>().ProgramFolder() + u"/Setup.ini"_s, u"/etc/capture-station/Setup.ini"_s};
+}
+
+bool OthersMayRead(const QString& path)
+{
+    return QFileInfo(NativePath(path)).permissions().testFlag(QFileDevice::ReadOther);
+}
+
+void NoteOpenPassword(const SetupFile& file, const QString& path)
+{
+    const QString holder = file.passwordFile.isEmpty() ? path : file.passwordFile;
+    if (!file.database.password.isEmpty() && OthersMayRead(holder))
+        Note(u"암호가 든 파일을 다른 사용자도 읽을 수 있습니다: %1"_s.arg(NativePath(holder)));
+}
+
+void ReadPassword(SetupFile& file)
+{
+    if (file.passwordFile.isEmpty())
+        return;
+    QString password = QString::fromUtf8(Files().ReadFile(file.passwordFile));
+    password.truncate(password.indexOf(u'\n') < 0 ? password.size() : password.indexOf(u'\n'));
+    if (password.endsWith(u'\r'))
+        password.chop(1);
+    file.database.password = password;
+}
+
+bool IsMountPoint(const QString& path)
+{
+    const QString place = QFileInfo(NativePath(path)).canonicalFilePath();
+    return !place.isEmpty() && QStorageInfo(place).rootPath() == place;
+}
+
+void CheckCaptureRoot(const SetupFile& file)
+{
+    const QString& root = file.client.CaptureRoot;
+    if (file.needsCaptureMount && !IsMountPoint(root))
+        throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
+    MakeFolder(root);
+}
+
+ConnectionPointer OpenClinic(const SetupFile& file)
+{
+    ConnectionPointer connection = OpenConnection(file.database);
+    const QString database = connection->DefaultDatabase();
+    const std::unique_ptr<AdoRecordset> tables = connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
+    QStringList missing = NeededTables();
+    for (; !tables->Eof(); tables->MoveNext())
+        missing.removeIf([&](const QString& table) {
+            return table.compare(tables->Fields(u"tables_in_"_s + database).toString(), Qt::CaseInsensitive) == 0;
+        });
+    if (!missing.isEmpty())
+        throw PlatformError(u"데이터베이스에 필요한 테이블이 없습니다.!! (%1)"_s.arg(missing.join(u", "_s)));
+    return connection;
+}
+
+/// Runs a step of the start; what it can't do joins the problems.
+template <class Step>
+void Attempt(QStringList& problems, Step&& step)
+{
+    try {
+        step();
+    } catch (const PlatformError& error) {
+        problems.append(error.Text());
+    }
+}
+} // namespace
+
+bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool openConnection,
+                             ConnectionPointer& connection)
+{
+    QString path;
+    for (const QString& candidate : Candidates()) {
+        if (path.isEmpty() && FileExists(candidate))
+            path = QFileInfo(NativePath(candidate)).absoluteFilePath();
+    }
+    if (path.isEmpty()) {
+        ShowInformation(u"설정 파일이 없습니다.!!\n\n%1"_s.arg(NativePath(Candidates().join(u'\n'))));
+        return false;
+    }
+
+    SetupFile file;
+    QStringList problems;
+    ConnectionPointer opened;
+    Attempt(problems, [&] { file = ReadSetupFile(Files().ReadFile(path), QFileInfo(path).absolutePath()); });
+    problems.append(file.problems);
+    if (problems.isEmpty()) {
+        Attempt(problems, [&] { CheckCaptureRoot(file); });
+        Attempt(problems, [&] {
+            ReadPassword(file);
+            if (openConnection)
+                opened = OpenClinic(file);
+        });
+    }
+    for (const QString& note : file.notes)
+        Note(note);
+    NoteOpenPassword(file, path);
+    if (!problems.isEmpty()) {
+        ShowInformation(u"설정을 확인하세요.!! (%1)\n\n%2"_s.arg(path, problems.join(u'\n')));
+        return false;
+    }
+    setup = file.client;
+    places = file.places;
+    if (openConnection)
+        connection = opened;
+    return true;
+}

@@ -1,0 +1,12 @@
+#include "platform/setup/register_setup.h"
+
+#include "contracts/components.h"
+#include "platform/setup/StartProfile.h"
+
+using namespace Qt::StringLiterals;
+
+void RegisterSetup()
+{
+    RegisterComponent<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s,
+                                       [] { return std::make_unique<StartProfile>(); });
+}

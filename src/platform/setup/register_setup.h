@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers `prjStartProfile.clsStartProfile`. It uses the desktop and the file service.
+void RegisterSetup();
