@@ -1,0 +1,235 @@
+#include "FakeV4l2Calls.h"
+
+#include "contracts/PlatformError.h"
+#include "platform/gstreamer/TestPictureHooks.h"
+#include "platform/gstreamer/V4l2Device.h"
+#include "platform/gstreamer/VideoControl.h"
+#include "platform/gstreamer/VideoDevices.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+std::shared_ptr<FakeCamera> Camera(const QString& card, const QString& bus)
+{
+    return std::make_shared<FakeCamera>(
+        FakeCamera{.card = card, .bus = bus, .formats = {{V4L2_PIX_FMT_YUYV, {{640, 480, {30}}}}}});
+}
+} // namespace
+
+class TestVideoDevices : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::shared_ptr<FakeV4l2Calls::Cameras> m_cameras;
+    std::shared_ptr<VideoDevices> m_devices;
+
+    QStringList Names() const { return VideoControl(m_devices).Devices().names; }
+
+private Q_SLOTS:
+    void init()
+    {
+        m_cameras = std::make_shared<FakeV4l2Calls::Cameras>();
+        m_devices = std::make_shared<VideoDevices>(std::make_unique<FakeV4l2Calls>(m_cameras), QString());
+    }
+
+    void ListsCamerasThenTheTestPicture()
+    {
+        m_cameras->insert(u"/dev/video0"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        m_cameras->insert(u"/dev/video1"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        m_cameras->value(u"/dev/video1"_s)->isMetadataNode = true;
+        m_cameras->insert(u"/dev/video2"_s, Camera(u"Scope"_s, u"usb-2"_s));
+        QCOMPARE(Names(), QStringList({u"Scope"_s, u"Scope (2)"_s}));
+        m_devices->OfferTestPicture(true);
+        QCOMPARE(Names(), QStringList({u"Scope"_s, u"Scope (2)"_s, u"시험 화면"_s}));
+    }
+
+    void PositionsStayWhileDevicesComeAndGo()
+    {
+        m_devices->OfferTestPicture(true);
+        const auto first = Camera(u"Scope A"_s, u"usb-1"_s);
+        const auto second = Camera(u"Scope B"_s, u"usb-2"_s);
+        m_cameras->insert(u"/dev/video0"_s, first);
+        m_cameras->insert(u"/dev/video1"_s, second);
+        const QStringList listed = {u"Scope A"_s, u"Scope B"_s, u"시험 화면"_s};
+        QCOMPARE(Names(), listed);
+
+        m_cameras->remove(u"/dev/video0"_s);
+        QCOMPARE(Names(), listed);
+        QVERIFY(!m_devices->List()[0].isPresent);
+        QVERIFY(m_devices->List()[1].isPresent);
+        QCOMPARE(m_devices->List()[0].modes.size(), 1);
+
+        // A newcomer takes the free node, but not the place of the device that is gone.
+        m_cameras->insert(u"/dev/video0"_s, Camera(u"Microscope"_s, u"usb-3"_s));
+        QCOMPARE(Names(), listed + QStringList{u"Microscope"_s});
+
+        // Plugged in again elsewhere, the first one is the first one again.
+        m_cameras->insert(u"/dev/video7"_s, Camera(u"Scope A"_s, u"usb-9"_s));
+        QCOMPARE(Names(), listed + QStringList{u"Microscope"_s});
+        QVERIFY(m_devices->List()[0].isPresent);
+        QCOMPARE(m_devices->List()[0].node, u"/dev/video7"_s);
+
+        UnplugTestPicture(true);
+        QVERIFY(!m_devices->List()[2].isPresent);
+        QCOMPARE(Names().size(), 4);
+        UnplugTestPicture(false);
+        QVERIFY(m_devices->List()[2].isPresent);
+    }
+
+    void TellsOfChangesInTheWatchedFolder()
+    {
+        const QTemporaryDir folder;
+        VideoDevices devices(std::make_unique<FakeV4l2Calls>(m_cameras), folder.path());
+        QVERIFY(devices.List().isEmpty());
+        QSignalSpy changes(&devices, &VideoDevices::Changed);
+        m_cameras->insert(u"/dev/video0"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        QFile node(folder.filePath(u"video0"_s));
+        QVERIFY(node.open(QIODevice::WriteOnly));
+        QTRY_COMPARE(changes.count(), 1);
+        QCOMPARE(devices.List().size(), 1);
+    }
+
+    void OpensOnlyWhatIsNew()
+    {
+        const auto camera = Camera(u"Scope"_s, u"usb-1"_s);
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        for (int i = 0; i < 5; ++i)
+            m_devices->List();
+        m_cameras->insert(u"/dev/video1"_s, Camera(u"Other"_s, u"usb-2"_s));
+        m_devices->List();
+        QCOMPARE(camera->timesOpened, 1);
+        QCOMPARE(camera->openNow, 0);
+    }
+
+    void FormatsHaveClearNames_data()
+    {
+        QTest::addColumn<QList<FakeCamera::Format>>("formats");
+        QTest::addColumn<bool>("isSizeRange");
+        QTest::addColumn<QStringList>("names");
+
+        QTest::newRow("smooth and large first; no decoder for H264")
+            << QList<FakeCamera::Format>{{V4L2_PIX_FMT_H264, {{1920, 1080, {60}}}},
+                                         {V4L2_PIX_FMT_YUYV, {{640, 480, {30, 15}}, {1920, 1080, {5}}}},
+                                         {V4L2_PIX_FMT_MJPEG, {{1920, 1080, {30, 60}}}}}
+            << false
+            << QStringList{u"1920x1080 60fps MJPG"_s, u"1920x1080 30fps MJPG"_s, u"640x480 30fps YUYV"_s,
+                           u"1920x1080 5fps YUYV"_s, u"640x480 15fps YUYV"_s};
+        QTest::newRow("a grabber that lists neither sizes nor rates")
+            << QList<FakeCamera::Format>{{V4L2_PIX_FMT_UYVY, {}}} << false << QStringList{u"720x576 UYVY"_s};
+        QTest::newRow("a range of sizes")
+            << QList<FakeCamera::Format>{{V4L2_PIX_FMT_NV12, {{1280, 720, {25}}}}} << true
+            << QStringList{u"1280x720 25fps NV12"_s, u"800x600 25fps NV12"_s, u"720x576 25fps NV12"_s,
+                           u"720x480 25fps NV12"_s, u"640x480 25fps NV12"_s};
+        QTest::newRow("nothing that can be shown")
+            << QList<FakeCamera::Format>{{V4L2_PIX_FMT_H264, {{1920, 1080, {60}}}}} << false << QStringList{};
+    }
+
+    void FormatsHaveClearNames()
+    {
+        QFETCH(QList<FakeCamera::Format>, formats);
+        QFETCH(bool, isSizeRange);
+        QFETCH(QStringList, names);
+        const auto camera = Camera(u"Scope"_s, u"usb-1"_s);
+        camera->formats = formats;
+        camera->isSizeRange = isSizeRange;
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        QCOMPARE(VideoControl(m_devices).VideoFormats().names, names);
+    }
+
+    void RatesThatAreNoWholeNumbers()
+    {
+        QCOMPARE((VideoMode{V4L2_PIX_FMT_MJPEG, 1920, 1080, 60000, 1001}.Name()), u"1920x1080 59.94fps MJPG"_s);
+        QCOMPARE((VideoMode{V4L2_PIX_FMT_YUYV, 640, 480, 15, 2}.Name()), u"640x480 7.5fps YUYV"_s);
+    }
+
+    void InputsAreThoseOfTheChosenDevice()
+    {
+        const auto grabber = Camera(u"Grabber"_s, u"pci-1"_s);
+        grabber->inputs = QStringList{u"Composite"_s, u"S-Video"_s};
+        m_cameras->insert(u"/dev/video0"_s, grabber);
+        m_devices->OfferTestPicture(true);
+        VideoControl control(m_devices);
+        QCOMPARE(control.VideoInputs().names, grabber->inputs);
+        control.setDevice(1);
+        QCOMPARE(control.VideoInputs().Count(), 1);
+        control.setDevice(2);
+        QCOMPARE(control.VideoInputs().Count(), 0);
+        QCOMPARE(control.VideoFormats().Count(), 0);
+    }
+
+    void SelectsTheInput()
+    {
+        const auto grabber = Camera(u"Grabber"_s, u"pci-1"_s);
+        grabber->inputs = QStringList{u"Composite"_s, u"S-Video"_s};
+        m_cameras->insert(u"/dev/video0"_s, grabber);
+        V4l2Device(m_devices->Calls(), u"/dev/video0"_s).SelectInput(1);
+        QCOMPARE(grabber->input, 1);
+
+        grabber->inputError = EBUSY;
+        VideoControl control(m_devices);
+        control.setVideoInput(0);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+        QCOMPARE(grabber->openNow, 0);
+    }
+
+    void PositionsOutOfRangeAreFaultsOfTheStart_data()
+    {
+        QTest::addColumn<int>("device");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<int>("input");
+        QTest::addColumn<QString>("word");
+        QTest::newRow("device") << 1 << 0 << 0 << u"캡쳐장치(1)"_s;
+        QTest::newRow("negative device") << -1 << 0 << 0 << u"캡쳐장치(-1)"_s;
+        QTest::newRow("format") << 0 << 3 << 0 << u"화면크기(3)"_s;
+        QTest::newRow("negative format") << 0 << -2 << 0 << u"화면크기(-2)"_s;
+        QTest::newRow("input") << 0 << 0 << 1 << u"캡쳐소스(1)"_s;
+    }
+
+    void PositionsOutOfRangeAreFaultsOfTheStart()
+    {
+        QFETCH(int, device);
+        QFETCH(int, format);
+        QFETCH(int, input);
+        QFETCH(QString, word);
+        m_devices->OfferTestPicture(true);
+        VideoControl control(m_devices);
+        control.Devices();
+        control.Start();
+        QTRY_VERIFY(control.HoldFrame());
+
+        control.setDevice(device);
+        control.setVideoFormat(format);
+        control.setVideoInput(input);
+        try {
+            control.Start();
+            QFAIL("The start went through.");
+        } catch (const PlatformError& error) {
+            QVERIFY2(error.Text().contains(word), qPrintable(error.Text()));
+        }
+        QVERIFY(!control.HoldFrame());
+    }
+
+    void ACameraThatCannotBeOpenedIsAFault()
+    {
+        // The list knows it, but the machine has no such node.
+        m_cameras->insert(u"/dev/video97"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        VideoControl control(m_devices);
+        try {
+            control.Start();
+            QFAIL("The start went through.");
+        } catch (const PlatformError& error) {
+            QVERIFY2(error.Text().contains(u"연결되어 있지 않습니다"_s), qPrintable(error.Text()));
+        }
+        m_cameras->clear();
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+    }
+};
+
+QTEST_MAIN(TestVideoDevices)
+#include "test_video_devices.moc"
