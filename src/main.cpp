@@ -1,12 +1,14 @@
 #include "launch/Main.h"
+#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/guard.h"
+#include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/imaging/register_imaging.h"
-#include "platform/profile/register_profile.h"
+#include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 
@@ -43,6 +45,8 @@ int main(int argc, char* argv[])
     QApplication application(ownArgc, argv);
     QApplication::setApplicationName(QStringLiteral("capture-station"));
     QApplication::setQuitOnLastWindowClosed(false);
+
+    PrepareApplication();
 
     RegisterFiles();
     RegisterDesktop(command);

@@ -5,12 +5,13 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "launch/Main.h"
+#include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/imaging/register_imaging.h"
-#include "platform/profile/register_profile.h"
+#include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "support/StationInABox.h"
@@ -49,6 +50,7 @@ private:
 int StartStation()
 {
     const QString launch = u"A01 00001234011120261124위내시경"_s;
+    PrepareApplication();
     RegisterFiles();
     RegisterDesktop(launch);
     RegisterProfile();

@@ -119,7 +119,8 @@ private Q_SLOTS:
         Choose(u"기타설정1"_s);
         Choose(u"기타설정2"_s);
         Choose(u"연결끊기"_s);
-        QCOMPARE(video.calls, start + QStringList{u"Dialog1"_s} + start + QStringList{u"Dialog2"_s, u"Stop"_s});
+        const QStringList dialogs = QStringList{u"Dialog1"_s} + start + QStringList{u"Dialog2"_s, u"Stop"_s};
+        QCOMPARE(video.calls, start + dialogs);
         for (const QString& silent : {u"설정"_s, u"기타"_s})
             Press(silent);
         QVERIFY(m_box->Desk().shown.isEmpty());

@@ -10,7 +10,7 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/imaging/register_imaging.h"
-#include "platform/profile/register_profile.h"
+#include "platform/profile/PrivateProfile.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
@@ -46,7 +46,7 @@ StationInABox::StationInABox(const QString& driver)
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());
-    if (!m_database->Make() || !m_database->Run(Patient))
+    if (!m_database->Make({u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s, u"clinic"_s}) || !m_database->Run(Patient))
         qFatal("clinic database: %s", qPrintable(m_database->Fault()));
     Connection = OpenConnection(m_database->Settings());
     m_beside = OpenConnection(m_database->Settings());

@@ -22,6 +22,7 @@ public:
     QStringList FilesStartingWith(const QString&, const QString&) const override { return {}; }
     QByteArray ReadFile(const QString& path) const override { return files.value(path); }
     void WriteWholeFile(const QString& path, const QByteArray& content) override { files[path] = content; }
+    bool WriteNewFile(const QString&, const QByteArray&) override { return false; }
     bool CreateExclusively(const QString&, const QByteArray&) override { return false; }
     qint64 AgeMs(const QString&) const override { return -1; }
     void RenameFile(const QString&, const QString&) override {}
