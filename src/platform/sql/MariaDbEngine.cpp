@@ -12,6 +12,7 @@ namespace {
 // Numbers of the server's and the client library's error lists.
 constexpr int AccessDenied = 1045;
 constexpr int AccessDeniedToDatabase = 1044;
+constexpr int AccessDeniedWithoutPassword = 1698;
 constexpr int UnknownDatabase = 1049;
 constexpr int ServerNotReady = 1047; // a Galera node that is joining or cut off
 constexpr int ServerShutdown = 1053;
@@ -101,6 +102,7 @@ QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettin
 {
     switch (Number(error)) {
     case AccessDenied:
+    case AccessDeniedWithoutPassword:
         return u"데이터베이스의 사용자나 암호가 맞지 않습니다.!!"_s;
     case AccessDeniedToDatabase:
         return u"데이터베이스 %1에 대한 사용 권한이 없습니다.!!"_s.arg(settings.name);

@@ -147,7 +147,8 @@ void TestProfile::writes()
 /// Bytes that are no text of the code page are another program's, and stay.
 void TestProfile::leavesOtherBytesAlone()
 {
-    const QByteArray odd("[\xFF\xFE]\n\x80\x81=\xFF \n\xEC\x9C\x84=\xED\x99\x94\x00z\n", 24);
+    constexpr char bytes[] = "[\xFF\xFE]\n\x80\x81=\xFF \n\xEC\x9C\x84=\xED\x99\x94\x00z\n";
+    const QByteArray odd(bytes, sizeof bytes - 1);
     Put(odd);
     QVERIFY(m_profile.WritePrivateProfileString(u"S"_s, u"K"_s, u"7"_s, Path()));
     QVERIFY(Content().startsWith(odd));

@@ -103,7 +103,8 @@ void TestTables::statementsUseAKey_data()
         << u"SELECT * FROM ca WHERE ca_chart = '00000007' AND ca_gubun = 'A' ORDER BY ca_ymd DESC"_s << u"PRIMARY"_s
         << u"PRIMARY KEY"_s;
     QTest::newRow("report of a visit")
-        << u"SELECT * FROM caso WHERE caso_chart = '00000007' AND caso_ymd = '20260302' AND caso_etc = '위' ORDER BY caso_yeonno ASC"_s
+        << u"SELECT * FROM caso WHERE caso_chart = '00000007' AND caso_ymd = '20260302' AND caso_etc = '위' "
+           "ORDER BY caso_yeonno ASC"_s
         << u"caso_visit"_s << u"caso_visit"_s;
     QTest::newRow("all reports") << listed + u"ORDER BY caso_yeonno DESC"_s << u"PRIMARY"_s << u"caso_list_yeonno"_s;
     QTest::newRow("search by number") << listed + u"WHERE caso_yeonno >= '5' ORDER BY caso_yeonno ASC"_s << u"PRIMARY"_s
@@ -130,11 +131,13 @@ void TestTables::statementsUseAKey()
         serverConnection = OpenConnection(server.Settings());
         fileConnection = OpenConnection(file.Settings());
         serverConnection->Execute(
-            u"INSERT INTO ca SELECT LPAD(seq % 50, 8, '0'), '01', 20260000 + seq, 'A', '위', '참고', '' FROM seq_1_to_2000"_s);
+            u"INSERT INTO ca SELECT LPAD(seq % 50, 8, '0'), '01', 20260000 + seq, 'A', '위', '참고', '' "
+            "FROM seq_1_to_2000"_s);
         serverConnection->Execute(
             u"INSERT INTO cap SELECT LPAD(seq % 50, 8, '0'), '01', '20260302', 'A', '위', seq, '' FROM seq_1_to_5000"_s);
         serverConnection->Execute(
-            u"INSERT INTO caso SELECT 2026000000 + seq, LPAD(seq % 50, 8, '0'), seq % 10, '20260302', seq, seq, '11', '위', 0, 0, 0, 0, 0, 0, REPEAT('소견', 500), '', '', '', '', '', '' FROM seq_1_to_2000"_s);
+            u"INSERT INTO caso SELECT 2026000000 + seq, LPAD(seq % 50, 8, '0'), seq % 10, '20260302', seq, seq, '11', "
+            "'위', 0, 0, 0, 0, 0, 0, REPEAT('소견', 500), '', '', '', '', '', '' FROM seq_1_to_2000"_s);
         serverConnection->Execute(u"ANALYZE TABLE ca, cap, caso"_s);
     }
     const auto served = serverConnection->Execute(u"EXPLAIN "_s + statement);
