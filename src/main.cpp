@@ -1,3 +1,4 @@
+#include "launch/context/VisitContext.h"
 #include "launch/Main.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
@@ -58,5 +59,8 @@ int main(int argc, char* argv[])
     RegisterVideo();
 
     Guarded([] { Main(); });
-    return UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
+    const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
+    // The driver has to be there when the connection closes.
+    Connection.reset();
+    return result;
 }

@@ -46,6 +46,7 @@ int RunStation(const QStringList& arguments)
     settings.name = arguments[3];
     settings.user = arguments[4];
     Connection = OpenConnection(settings);
+    const auto close = qScopeGuard([] { Connection.reset(); });
     CaptureVisit visit{u"00001234"_s, u"01"_s, u"11"_s, u"20261124"_s, u"위내시경"_s, arguments[5], u"jpg"_s, {}};
     StillFiling filing = MakeFiling();
     for (int still = 0; still < arguments[7].toInt(); ++still) {

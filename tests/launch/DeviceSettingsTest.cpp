@@ -22,7 +22,7 @@ private Q_SLOTS:
         QTest::newRow("ten digits are cut to nine")
             << QByteArray("[Capture Setting]\r\nSizes=1234567890\r\n") << 123456789;
         QTest::newRow("Korean rubbish") << QByteArray("[Capture Setting]\r\nSizes=\xb0\xa1\xb0\xa1\r\n") << 0;
-        QTest::newRow("binary rubbish") << QByteArray("\x00\xff[[=\n=\n[Capture Setting\nSizes=4", 32) << 0;
+        QTest::newRow("binary rubbish") << QByteArray("\x00\xff[[=\n=\n]Capture Setting[\nSizes=4\n", 34) << 0;
     }
 
     void Reading()

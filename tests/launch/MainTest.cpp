@@ -58,6 +58,7 @@ private Q_SLOTS:
                                            [] { return std::make_unique<PreparedProfile>(); });
         InstallService<VideoOptions>(std::make_unique<NoOptions>());
         VisitContext = {};
+        VisitContext.ImageExt = u"jpg"_s;
     }
     void cleanup()
     {

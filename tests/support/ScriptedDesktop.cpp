@@ -3,8 +3,7 @@
 #include "contracts/components.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
-#include <QEventLoop>
+#include <QTest>
 
 ScriptedDesktop& ScriptedDesktop::Install()
 {
@@ -38,11 +37,5 @@ void ScriptedDesktop::PumpEvents()
 
 bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
-    const QDeadlineTimer deadline(timeoutMs);
-    while (!done()) {
-        if (deadline.hasExpired())
-            return false;
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    }
-    return true;
+    return QTest::qWaitFor(done, timeoutMs);
 }

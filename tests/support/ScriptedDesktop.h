@@ -15,6 +15,7 @@ public:
     std::deque<bool> answers;         ///< For the questions to come; No when none is left.
     std::function<void()> whileShown; ///< Runs while a box stands open.
     QString command;
+    QString folder; ///< The program's own folder; a temporary one when empty.
     bool otherInstance = false;
     bool ended = false;
     MousePointer pointer = PointerNormal;
@@ -30,7 +31,7 @@ public:
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
     void ShowPrinterDialog() override {}
     QString Command() const override { return command; }
-    QString ProgramFolder() const override { return m_folder.path(); }
+    QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }
     void EndProgram() override { ended = true; }
     bool ProgramEnded() const override { return ended; }

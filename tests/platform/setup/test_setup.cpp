@@ -6,7 +6,7 @@
 #include "platform/setup/register_setup.h"
 #include "support/CapturedStderr.h"
 #include "support/ClinicDatabase.h"
-#include "support/StandInDesktop.h"
+#include "support/ScriptedDesktop.h"
 
 #include <QDir>
 #include <QFile>
@@ -81,14 +81,14 @@ void TestSetup::initTestCase()
 {
     RegisterFiles();
     RegisterSetup();
-    InstallService<Desktop>(std::make_unique<StandInDesktop>());
+    InstallService<Desktop>(std::make_unique<ScriptedDesktop>());
     QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
 }
 
 void TestSetup::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
-    auto desktop = std::make_unique<StandInDesktop>();
+    auto desktop = std::make_unique<ScriptedDesktop>();
     desktop->folder = Folder();
     InstallService<Desktop>(std::move(desktop));
     m_clinic.reset();
@@ -143,7 +143,7 @@ QString TestSetup::Changed(const QString& key, const QString& line) const
 Outcome TestSetup::SetupRead(bool openConnection)
 {
     Outcome outcome;
-    auto& desktop = static_cast<StandInDesktop&>(UseService<Desktop>());
+    auto& desktop = static_cast<ScriptedDesktop&>(UseService<Desktop>());
     desktop.shown.clear();
     CapturedStderr captured;
     outcome.started = CreateObject<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s)
