@@ -57,8 +57,6 @@ void CaptureHistory::LayOutGrids()
     visits.setColWidth(2, 17.37);
     visits.setColWidth(3, 44.85);
     visits.setDefaultRowHeight(11.9);
-    for (int column = 1; column <= 3; ++column)
-        visits.setStoredCellType(column, -1, CellTypeStaticText);
 }
 
 void CaptureHistory::Clear()

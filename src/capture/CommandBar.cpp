@@ -4,6 +4,7 @@
 #include "contracts/ImageList.h"
 
 #include <QMenu>
+#include <QResizeEvent>
 #include <QToolButton>
 
 CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar(parent)
@@ -34,5 +35,17 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
             tool->setPopupMode(QToolButton::MenuButtonPopup);
         }
         addWidget(tool);
+        m_buttons.append(tool);
     }
+}
+
+void CommandBar::resizeEvent(QResizeEvent* event)
+{
+    constexpr int SeparatorWidth = 9;
+    constexpr int Margins = 6;
+    const qsizetype count = m_buttons.size();
+    const qsizetype width = (event->size().width() - (count - 1) * SeparatorWidth - Margins) / count;
+    for (QToolButton* button : m_buttons)
+        button->setFixedWidth(static_cast<int>(width));
+    QToolBar::resizeEvent(event);
 }
