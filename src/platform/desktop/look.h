@@ -6,7 +6,7 @@ class QApplication;
 /// A second call changes nothing.
 ///
 /// Two properties tint a widget: `historyNote` a text box that shows a note not to be written in, `remark` a panel of
-/// the status bar.
+/// the status bar. Who changes such a property on a widget that already shows must have its style polish it anew.
 void ApplyLook(QApplication& application);
 
 /// The pictures and the style sheet lie in this library and must be asked for before use.
