@@ -11,12 +11,15 @@
 
 #include <QPainter>
 #include <QPointer>
-#include <QThreadPool>
+
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
 struct VideoControl::Live
 {
+    // The media library takes its time at its first use, which is not to be the operator's.
+    std::jthread preparation{&PrepareMedia};
     LiveSession session;
     LiveView view;
     LiveSession::State shownState = LiveSession::State::Idle;
@@ -32,8 +35,6 @@ VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);
     connect(&m_live->session, &LiveSession::StateChanged, this, &VideoControl::AnswerState);
     connect(m_devices.get(), &VideoDevices::Changed, this, &VideoControl::AnswerDevices);
-    // The media library takes its time at its first use, which is not to be the operator's.
-    QThreadPool::globalInstance()->start(&PrepareMedia);
 }
 
 VideoControl::~VideoControl()
@@ -93,7 +94,7 @@ void VideoControl::Start()
             throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
         if (!present.isTestPicture)
             V4l2Device(devices->Calls(), present.node).SelectInput(input);
-        return LiveSource{present.isTestPicture, present.node, mode};
+        return LiveSource{present.isTestPicture, present.node, mode, {}};
     });
 }
 
