@@ -42,7 +42,8 @@ Colour SceneColour(float x, float y)
     const float light = SmoothStep(0.03f, 0.62f, radius) * (1 - 0.34f * SmoothStep(0.7f, 1.9f, radius));
     const float shade = light * (0.84f + 0.16f * fold * SmoothStep(0.04f, 0.25f, radius));
 
-    const float strand = std::sin(angle * 4 + std::sin(radius * 6 + 1) * 0.5f) + 0.3f * std::sin(angle * 9 + radius * 11);
+    const float strand =
+        std::sin(angle * 4 + std::sin(radius * 6 + 1) * 0.5f) + 0.3f * std::sin(angle * 9 + radius * 11);
     const float vessel = 0.07f * std::exp(-strand * strand * 700) * SmoothStep(0.3f, 0.7f, radius) +
                          0.04f * std::exp(-std::pow(strand - 0.55f, 2.0f) * 1500) * SmoothStep(0.45f, 0.9f, radius);
     const float mottle = 0.012f * std::sin(x * 23 + 3 * std::sin(y * 9)) * std::sin(y * 19 + 2 * std::sin(x * 11));

@@ -76,7 +76,8 @@ private:
         for (int cell = 0; cell < 32; ++cell) {
             const int from = width * cell / 32;
             const int to = width * (cell + 1) / 32;
-            std::memset(Row(frame, 0, top) + from, ((number >> (31 - cell)) & 1) != 0 ? 255 : 0, std::size_t(to - from));
+            std::memset(Row(frame, 0, top) + from, ((number >> (31 - cell)) & 1) != 0 ? 255 : 0,
+                        std::size_t(to - from));
         }
         for (int y = top + 1; y < height; ++y)
             std::memcpy(Row(frame, 0, y), Row(frame, 0, top), std::size_t(width));

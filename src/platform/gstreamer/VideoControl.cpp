@@ -24,6 +24,8 @@ struct VideoControl::Live
     LiveView view;
     LiveSession::State shownState = LiveSession::State::Idle;
     int runningDevice = -1; ///< Position of the device that the session is on.
+    int toldFrames = 0;     ///< The count of the last frame event.
+    bool isTelling = false;
     StreamChoice choice;
 };
 
@@ -87,6 +89,7 @@ void VideoControl::Start()
 
     // The settings of this start, whatever is set for the next one while the device is opened again.
     m_live->runningDevice = m_device;
+    m_live->toldFrames = 0;
     const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
     m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode] {
         const VideoDevice& present = devices->List().at(position);
@@ -134,21 +137,22 @@ void VideoControl::ShowDriverDialog2(int ownerHandle)
 
 void VideoControl::AnswerFrames()
 {
-    if (isVisible() && m_live->session.Present() == LiveSession::State::Live)
+    const std::shared_ptr<FrameExchange> exchange = m_live->session.Frames();
+    if (exchange && exchange->HasPicture())
         update();
     // A handler of the event may serve events itself: what comes meanwhile is told of once it is through, so that
     // handlers never pile up on each other.
-    if (m_isTellingFrames)
-        return;
-    m_isTellingFrames = true;
-    const QPointer<VideoControl> self(this);
     const int frames = m_live->session.FrameCount();
-    if (m_live->session.Present() != LiveSession::State::Idle)
-        Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
+    if (m_live->isTelling || frames == m_live->toldFrames || m_live->session.Present() == LiveSession::State::Idle)
+        return;
+    m_live->isTelling = true;
+    m_live->toldFrames = frames;
+    const QPointer<VideoControl> self(this);
+    Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
     if (!self)
         return;
-    m_isTellingFrames = false;
-    if (m_live->session.Present() != LiveSession::State::Idle && m_live->session.FrameCount() > frames)
+    m_live->isTelling = false;
+    if (m_live->session.FrameCount() != frames)
         QMetaObject::invokeMethod(this, &VideoControl::AnswerFrames, Qt::QueuedConnection);
 }
 

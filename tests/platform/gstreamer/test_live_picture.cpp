@@ -142,7 +142,8 @@ private Q_SLOTS:
         QTest::newRow("wide picture") << int(LiveFixture::At720p60) << QSize(560, 420) << QRect(0, 52, 560, 315);
         QTest::newRow("fills") << int(LiveFixture::At480p30) << QSize(560, 420) << QRect(0, 0, 560, 420);
         QTest::newRow("wide control") << int(LiveFixture::At480p30) << QSize(800, 300) << QRect(200, 0, 400, 300);
-        QTest::newRow("larger than the frame") << int(LiveFixture::At480p30) << QSize(900, 660) << QRect(10, 0, 880, 660);
+        QTest::newRow("larger than the frame")
+            << int(LiveFixture::At480p30) << QSize(900, 660) << QRect(10, 0, 880, 660);
     }
 
     void KeepsTheShapeOverBlack()

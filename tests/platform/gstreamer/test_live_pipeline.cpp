@@ -43,9 +43,10 @@ private Q_SLOTS:
             LivePipeline pipeline(0);
             pipeline.Frames()->SetArea({320, 240});
             QSignalSpy ready(&pipeline, &LivePipeline::FrameReady);
-            pipeline.Open(Source(fourcc, "videotestsrc is-live=true pattern=" + QByteArray(isWhite ? "white" : "black") +
-                                             " ! video/x-raw,width=640,height=480,framerate=30/1,format=" + format),
-                          5s);
+            pipeline.Open(
+                Source(fourcc, "videotestsrc is-live=true pattern=" + QByteArray(isWhite ? "white" : "black") +
+                                   " ! video/x-raw,width=640,height=480,framerate=30/1,format=" + format),
+                5s);
             QTRY_VERIFY(!ready.isEmpty());
             const auto frame = pipeline.Frames()->Hold();
             QVERIFY(frame);
