@@ -55,10 +55,9 @@ bool DisplayScaler::Prepare(GstSample* sample, QSize area)
     m_size = ShapeOf(m_frameInfo).scaled(area, Qt::KeepAspectRatio).expandedTo({1, 1});
 
     const auto options = [] {
-        return gst_structure_new("options", GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD,
-                                 GST_TYPE_VIDEO_RESAMPLER_METHOD, GST_VIDEO_RESAMPLER_METHOD_LINEAR,
-                                 GST_VIDEO_CONVERTER_OPT_DITHER_METHOD, GST_TYPE_VIDEO_DITHER_METHOD,
-                                 GST_VIDEO_DITHER_NONE, nullptr);
+        return gst_structure_new("options", GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
+                                 GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_CONVERTER_OPT_DITHER_METHOD,
+                                 GST_TYPE_VIDEO_DITHER_METHOD, GST_VIDEO_DITHER_NONE, nullptr);
     };
     // Shrinking each plane as it is and then converting the few pixels that are left costs a quarter of doing both
     // at once, which unpacks every pixel of the full frame.

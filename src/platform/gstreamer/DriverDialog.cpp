@@ -22,8 +22,7 @@ DriverDialog::DriverDialog(QWidget* owner, const QString& title) : QDialog(owner
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(m_rows);
     auto* buttons = new QDialogButtonBox;
-    connect(buttons->addButton(u"닫기"_s, QDialogButtonBox::RejectRole), &QPushButton::clicked, this,
-            &QDialog::reject);
+    connect(buttons->addButton(u"닫기"_s, QDialogButtonBox::RejectRole), &QPushButton::clicked, this, &QDialog::reject);
     layout->addWidget(buttons);
 }
 

@@ -23,8 +23,7 @@ public:
     DriverDialog(QWidget* owner, const QString& title);
 
     void AddControl(const PictureControl& control, const Apply& apply);
-    void AddChoice(const QString& label, const QStringList& names, int present,
-                   const std::function<void(int)>& choose);
+    void AddChoice(const QString& label, const QStringList& names, int present, const std::function<void(int)>& choose);
     /// Runs the dialog until it is closed; says so when it holds nothing to change.
     void Run();
 

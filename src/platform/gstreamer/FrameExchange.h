@@ -51,8 +51,9 @@ public:
 private:
     bool IsLiveLocked() const;
 
-    // So many pictures bridge an uneven beat of threads; a user interface that stays behind loses the oldest.
-    static constexpr std::size_t MostWaiting = 3;
+    // So many pictures bridge a tenth of a second in which the user interface is busy; one that stays behind loses the
+    // oldest.
+    static constexpr std::size_t MostWaiting = 6;
 
     mutable std::mutex m_mutex;
     Clock::time_point m_newestAt = Clock::now();

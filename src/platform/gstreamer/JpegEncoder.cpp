@@ -35,7 +35,7 @@ struct Encoded
 /// Where the parts of an encoded file lie.
 struct Layout
 {
-    unsigned long heightAt = 0;  ///< Of the frame header's number of lines.
+    unsigned long heightAt = 0; ///< Of the frame header's number of lines.
     unsigned long scanHeader = 0;
     unsigned long scanData = 0;
     unsigned long scanEnd = 0;
@@ -164,8 +164,9 @@ QByteArray EncodeJpeg(const YuvPlanes& planes, int quality)
         for (int stripe = 1; stripe < stripeCount; ++stripe) {
             const int firstRow = stripe * stripeHeight;
             const int rows = std::min(stripeHeight, planes.Height() - firstRow);
-            others.push_back(std::async(std::launch::async,
-                                        [&planes, quality, firstRow, rows] { return EncodeRows(planes, quality, firstRow, rows); }));
+            others.push_back(std::async(std::launch::async, [&planes, quality, firstRow, rows] {
+                return EncodeRows(planes, quality, firstRow, rows);
+            }));
         }
         std::vector<Encoded> stripes;
         stripes.push_back(EncodeRows(planes, quality, 0, stripeHeight));

@@ -70,6 +70,12 @@ GstElement* LivePipeline::Worker::AddSource(const LiveSource& source)
         gst_bin_add(GST_BIN(m_pipeline.get()), element);
         return element;
     }
+    if (!source.elements.isEmpty()) {
+        GstElement* element = gst_parse_bin_from_description(source.elements.constData(), TRUE, nullptr);
+        Q_ASSERT(element != nullptr);
+        gst_bin_add(GST_BIN(m_pipeline.get()), element);
+        return element;
+    }
     GstElement* element = Add("v4l2src");
     g_object_set(element, "device", QFile::encodeName(source.node).constData(), nullptr);
     return element;

@@ -15,6 +15,8 @@ struct LiveSource
     bool isTestPicture = false;
     QString node; ///< Device file of a camera.
     VideoMode mode;
+    /// Stands in for a device, in the media library's own notation; empty when there is one.
+    QByteArray elements = {};
 };
 
 /// One stream from a device to the frame exchange. Its signals come on the thread that it lives on.

@@ -3,6 +3,7 @@
 #include "contracts/PlatformError.h"
 
 #include <QPointer>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -50,6 +51,8 @@ void LiveSession::Stop()
 
 void LiveSession::OpenPipeline(std::chrono::milliseconds patience)
 {
+    m_isOpening = true;
+    const auto opened = qScopeGuard([this] { m_isOpening = false; });
     const LiveSource source = m_prepare();
     m_pipeline = new LivePipeline(m_framesBefore);
     connect(m_pipeline, &LivePipeline::FrameReady, this, [this] {
@@ -109,7 +112,8 @@ void LiveSession::Lose()
 
 void LiveSession::RetryNow()
 {
-    if (m_state == State::Lost && m_pipeline == nullptr)
+    // Making the device ready may be what finds out that the devices have changed.
+    if (m_state == State::Lost && m_pipeline == nullptr && !m_isOpening)
         Reopen();
 }
 

@@ -64,6 +64,7 @@ private:
 
     Prepare m_prepare;
     State m_state = State::Idle;
+    bool m_isOpening = false;
     LivePipeline* m_pipeline = nullptr; ///< Deleted by the event loop: its own signal may be what closes it.
     QSize m_area;
     int m_framesBefore = 0;

@@ -36,18 +36,21 @@ Colour SceneColour(float x, float y)
     const float uneven = 1 + 0.09f * std::sin(3 * angle + 0.7f) + 0.04f * std::sin(5 * angle);
     const float radius = std::sqrt(centreX * centreX + centreY * centreY) * uneven;
 
-    // Depth along the tunnel; its folds come closer together with the distance.
-    const float depth = 1 / (radius + 0.12f);
-    const float fold = std::sin(depth * 5.2f + 0.5f * std::sin(2 * angle));
-    const float light = SmoothStep(0.02f, 0.75f, radius) * (1 - 0.30f * SmoothStep(0.8f, 1.9f, radius));
-    const float shade = light * (0.80f + 0.20f * fold * SmoothStep(0.05f, 0.3f, radius));
+    // Depth along the tunnel; its folds come closer together with the distance, and none is a full ring.
+    const float depth = 1 / (radius + 0.16f);
+    const float fold = std::sin(depth * 6.5f + 0.8f * std::sin(2 * angle) + 0.4f * std::sin(3 * angle + 1));
+    const float light = SmoothStep(0.03f, 0.62f, radius) * (1 - 0.34f * SmoothStep(0.7f, 1.9f, radius));
+    const float shade = light * (0.84f + 0.16f * fold * SmoothStep(0.04f, 0.25f, radius));
 
-    const float vessel = std::pow(std::fabs(std::sin(angle * 7 + std::sin(radius * 9) * 0.8f)), 40.0f) *
-                         SmoothStep(0.35f, 0.8f, radius) * 0.16f;
-    const float wet = 0.55f * Glint(x, y, 0.52f, -0.42f, 0.05f) + 0.45f * Glint(x, y, -0.66f, 0.38f, 0.07f) +
-                      0.35f * Glint(x, y, 0.20f, 0.62f, 0.05f);
-    return {0.07f + 0.84f * shade - 0.05f * vessel + wet, 0.02f + 0.50f * shade - vessel + wet,
-            0.03f + 0.47f * shade - 0.8f * vessel + wet};
+    const float strand =
+        std::sin(angle * 4 + std::sin(radius * 6 + 1) * 0.5f) + 0.3f * std::sin(angle * 9 + radius * 11);
+    const float vessel = 0.07f * std::exp(-strand * strand * 700) * SmoothStep(0.3f, 0.7f, radius) +
+                         0.04f * std::exp(-std::pow(strand - 0.55f, 2.0f) * 1500) * SmoothStep(0.45f, 0.9f, radius);
+    const float mottle = 0.012f * std::sin(x * 23 + 3 * std::sin(y * 9)) * std::sin(y * 19 + 2 * std::sin(x * 11));
+    const float wet = 0.50f * Glint(x, y, 0.52f, -0.42f, 0.045f) + 0.40f * Glint(x, y, -0.66f, 0.38f, 0.06f) +
+                      0.30f * Glint(x, y, 0.24f, 0.58f, 0.04f) + 0.06f * Glint(x, y, -0.35f, -0.5f, 0.5f);
+    return {0.06f + 0.88f * shade + mottle - 0.3f * vessel + wet, 0.015f + 0.56f * shade + mottle - vessel + wet,
+            0.025f + 0.53f * shade + mottle - 0.8f * vessel + wet};
 }
 
 std::uint8_t Byte(float value)

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cmath>
 #include <cstring>
+#include <mutex>
 
 namespace {
 // A source that falls behind by more than this many frames lets the missed ones go.
@@ -20,13 +21,13 @@ public:
     void SetFormat(const GstVideoInfo& info)
     {
         m_info = info;
-        m_scene.reset();
+        ChooseScene(TestDevice().Current()); // Drawn now, so that the first frame doesn't wait for it.
     }
 
     void Paint(GstVideoFrame& frame, quint32 number)
     {
         const TestPictureState::Properties properties = TestDevice().Current();
-        if (!m_scene || m_sceneGeneration != properties.generation)
+        if (m_sceneGeneration != properties.generation)
             ChooseScene(properties);
         m_path += properties.speed * 0.006;
         const int reach = TestSceneMargin / 4;
@@ -75,7 +76,8 @@ private:
         for (int cell = 0; cell < 32; ++cell) {
             const int from = width * cell / 32;
             const int to = width * (cell + 1) / 32;
-            std::memset(Row(frame, 0, top) + from, ((number >> (31 - cell)) & 1) != 0 ? 255 : 0, std::size_t(to - from));
+            std::memset(Row(frame, 0, top) + from, ((number >> (31 - cell)) & 1) != 0 ? 255 : 0,
+                        std::size_t(to - from));
         }
         for (int y = top + 1; y < height; ++y)
             std::memcpy(Row(frame, 0, y), Row(frame, 0, top), std::size_t(width));
@@ -95,6 +97,8 @@ private:
 struct SourceData
 {
     TestPicturePainter painter;
+    std::mutex mutex;
+    GstClockID pendingWait = nullptr; ///< Guarded by the mutex.
     std::atomic<bool> flushing = false;
     quint32 number = 0;
     GstClockTime firstTime = GST_CLOCK_TIME_NONE;
@@ -169,16 +173,14 @@ gboolean DecideAllocation(GstBaseSrc* base, GstQuery* query)
     return GST_BASE_SRC_CLASS(parentClass)->decide_allocation(base, query);
 }
 
-void GetTimes(GstBaseSrc*, GstBuffer* buffer, GstClockTime* start, GstClockTime* end)
-{
-    *start = GST_BUFFER_PTS(buffer);
-    *end = *start + GST_BUFFER_DURATION(buffer);
-}
-
 gboolean Unlock(GstBaseSrc* base)
 {
-    DataOf(base).flushing = true;
+    SourceData& data = DataOf(base);
+    data.flushing = true;
     TestDevice().Wake();
+    const std::lock_guard lock(data.mutex);
+    if (data.pendingWait != nullptr)
+        gst_clock_id_unschedule(data.pendingWait);
     return TRUE;
 }
 
@@ -188,16 +190,50 @@ gboolean UnlockStop(GstBaseSrc* base)
     return TRUE;
 }
 
-GstClockTime RunningTime(GstElement* element)
+/// The time of the pipeline, and waiting for it. The base class could pace the frames too, but it shifts them by what
+/// the first one cost to make.
+class PipelineClock
 {
-    GstClock* clock = gst_element_get_clock(element);
-    if (clock == nullptr)
-        return 0;
-    const GstClockTime now = gst_clock_get_time(clock);
-    const GstClockTime base = gst_element_get_base_time(element);
-    gst_object_unref(clock);
-    return now > base ? now - base : 0;
-}
+public:
+    explicit PipelineClock(GstElement* element)
+        : m_clock(gst_element_get_clock(element)), m_base(gst_element_get_base_time(element))
+    {
+    }
+    ~PipelineClock()
+    {
+        if (m_clock != nullptr)
+            gst_object_unref(m_clock);
+    }
+    PipelineClock(const PipelineClock&) = delete;
+    PipelineClock& operator=(const PipelineClock&) = delete;
+
+    bool Stands() const { return m_clock != nullptr; }
+
+    GstClockTime RunningTime() const
+    {
+        const GstClockTime now = gst_clock_get_time(m_clock);
+        return now > m_base ? now - m_base : 0;
+    }
+
+    void WaitUntil(GstClockTime runningTime, SourceData& data) const
+    {
+        const GstClockID wait = gst_clock_new_single_shot_id(m_clock, m_base + runningTime);
+        std::unique_lock lock(data.mutex);
+        if (!data.flushing) {
+            data.pendingWait = wait;
+            lock.unlock();
+            gst_clock_id_wait(wait, nullptr);
+            lock.lock();
+            data.pendingWait = nullptr;
+        }
+        lock.unlock();
+        gst_clock_id_unref(wait);
+    }
+
+private:
+    GstClock* m_clock;
+    GstClockTime m_base;
+};
 
 GstFlowReturn Fill(GstPushSrc* push, GstBuffer* buffer)
 {
@@ -211,7 +247,10 @@ GstFlowReturn Fill(GstPushSrc* push, GstBuffer* buffer)
     }
 
     const GstVideoInfo& info = data.painter.Info();
-    const GstClockTime now = RunningTime(GST_ELEMENT(push));
+    const PipelineClock clock(GST_ELEMENT(push));
+    if (!clock.Stands())
+        return GST_FLOW_FLUSHING; // The pipeline is on its way down.
+    const GstClockTime now = clock.RunningTime();
     const auto timeOf = [&](guint64 slot) {
         return data.firstTime + gst_util_uint64_scale(slot, GST_SECOND * guint64(info.fps_d), guint64(info.fps_n));
     };
@@ -231,7 +270,8 @@ GstFlowReturn Fill(GstPushSrc* push, GstBuffer* buffer)
     GST_BUFFER_PTS(buffer) = timeOf(data.slot);
     GST_BUFFER_DURATION(buffer) = timeOf(data.slot + 1) - timeOf(data.slot);
     GST_BUFFER_OFFSET(buffer) = data.slot;
-    return GST_FLOW_OK;
+    clock.WaitUntil(GST_BUFFER_PTS(buffer), data);
+    return data.flushing ? GST_FLOW_FLUSHING : GST_FLOW_OK;
 }
 
 void InitClass(gpointer klass, gpointer)
@@ -243,7 +283,6 @@ void InitClass(gpointer klass, gpointer)
     base->is_seekable = IsSeekable;
     base->set_caps = SetCaps;
     base->decide_allocation = DecideAllocation;
-    base->get_times = GetTimes;
     base->unlock = Unlock;
     base->unlock_stop = UnlockStop;
     GST_PUSH_SRC_CLASS(klass)->fill = Fill;

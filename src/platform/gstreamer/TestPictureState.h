@@ -18,10 +18,10 @@ class TestPictureState : public QObject
 public:
     struct Properties
     {
-        int speed = 4;        ///< Steps of movement per frame, 0 to 20.
-        int brightness = 0;   ///< -100 to 100, added to the scene.
-        int contrast = 100;   ///< Percent, 0 to 200.
-        int generation = 0;   ///< Grows with each change of brightness or contrast.
+        int speed = 4;      ///< Steps of movement per frame, 0 to 20.
+        int brightness = 0; ///< -100 to 100, added to the scene.
+        int contrast = 100; ///< Percent, 0 to 200.
+        int generation = 0; ///< Grows with each change of brightness or contrast.
     };
 
     bool IsPlugged() const;

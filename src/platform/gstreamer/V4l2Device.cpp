@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 // Sizes and rates that are offered when a driver names a range instead of a list.
-constexpr std::array<QSize, 9> CommonSizes = {QSize(640, 480),  QSize(720, 480),   QSize(720, 576),
-                                              QSize(800, 600),  QSize(1024, 768),  QSize(1280, 720),
+constexpr std::array<QSize, 9> CommonSizes = {QSize(640, 480),   QSize(720, 480),   QSize(720, 576),
+                                              QSize(800, 600),   QSize(1024, 768),  QSize(1280, 720),
                                               QSize(1280, 1024), QSize(1920, 1080), QSize(3840, 2160)};
 constexpr std::array<int, 5> CommonRates = {60, 50, 30, 25, 15};
 
@@ -155,9 +155,12 @@ void V4l2Device::AppendRates(VideoMode mode, QList<VideoMode>& modes) const
             modes.append(mode);
             continue;
         }
-        const auto seconds = [](const v4l2_fract& fraction) { return double(fraction.numerator) / fraction.denominator; };
+        const auto seconds = [](const v4l2_fract& fraction) {
+            return double(fraction.numerator) / fraction.denominator;
+        };
         for (const int rate : CommonRates) {
-            if (1.0 / rate < seconds(interval.stepwise.min) - 1e-9 || 1.0 / rate > seconds(interval.stepwise.max) + 1e-9)
+            if (1.0 / rate < seconds(interval.stepwise.min) - 1e-9 ||
+                1.0 / rate > seconds(interval.stepwise.max) + 1e-9)
                 continue;
             mode.rateNumerator = rate;
             mode.rateDenominator = 1;

@@ -11,16 +11,21 @@
 
 #include <QPainter>
 #include <QPointer>
-#include <QThreadPool>
+
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
 struct VideoControl::Live
 {
+    // The media library takes its time at its first use, which is not to be the operator's.
+    std::jthread preparation{&PrepareMedia};
     LiveSession session;
     LiveView view;
     LiveSession::State shownState = LiveSession::State::Idle;
     int runningDevice = -1; ///< Position of the device that the session is on.
+    int toldFrames = 0;     ///< The count of the last frame event.
+    bool isTelling = false;
     StreamChoice choice;
 };
 
@@ -32,8 +37,6 @@ VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);
     connect(&m_live->session, &LiveSession::StateChanged, this, &VideoControl::AnswerState);
     connect(m_devices.get(), &VideoDevices::Changed, this, &VideoControl::AnswerDevices);
-    // The media library takes its time at its first use, which is not to be the operator's.
-    QThreadPool::globalInstance()->start(&PrepareMedia);
 }
 
 VideoControl::~VideoControl()
@@ -86,6 +89,7 @@ void VideoControl::Start()
 
     // The settings of this start, whatever is set for the next one while the device is opened again.
     m_live->runningDevice = m_device;
+    m_live->toldFrames = 0;
     const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
     m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode] {
         const VideoDevice& present = devices->List().at(position);
@@ -93,7 +97,7 @@ void VideoControl::Start()
             throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
         if (!present.isTestPicture)
             V4l2Device(devices->Calls(), present.node).SelectInput(input);
-        return LiveSource{present.isTestPicture, present.node, mode};
+        return LiveSource{present.isTestPicture, present.node, mode, {}};
     });
 }
 
@@ -133,21 +137,22 @@ void VideoControl::ShowDriverDialog2(int ownerHandle)
 
 void VideoControl::AnswerFrames()
 {
-    if (isVisible() && m_live->session.Present() == LiveSession::State::Live)
+    const std::shared_ptr<FrameExchange> exchange = m_live->session.Frames();
+    if (exchange && exchange->HasPicture())
         update();
     // A handler of the event may serve events itself: what comes meanwhile is told of once it is through, so that
     // handlers never pile up on each other.
-    if (m_isTellingFrames)
-        return;
-    m_isTellingFrames = true;
-    const QPointer<VideoControl> self(this);
     const int frames = m_live->session.FrameCount();
-    if (m_live->session.Present() != LiveSession::State::Idle)
-        Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
+    if (m_live->isTelling || frames == m_live->toldFrames || m_live->session.Present() == LiveSession::State::Idle)
+        return;
+    m_live->isTelling = true;
+    m_live->toldFrames = frames;
+    const QPointer<VideoControl> self(this);
+    Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
     if (!self)
         return;
-    m_isTellingFrames = false;
-    if (m_live->session.Present() != LiveSession::State::Idle && m_live->session.FrameCount() > frames)
+    m_live->isTelling = false;
+    if (m_live->session.FrameCount() != frames)
         QMetaObject::invokeMethod(this, &VideoControl::AnswerFrames, Qt::QueuedConnection);
 }
 

@@ -84,6 +84,5 @@ private:
     int m_format = 0;
     int m_input = 0;
     MovieSettings m_movie;
-    bool m_isTellingFrames = false;
     const std::unique_ptr<Live> m_live;
 };

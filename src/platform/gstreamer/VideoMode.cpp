@@ -14,10 +14,10 @@ struct PixelFormat
 };
 
 constexpr std::array PixelFormats = {
-    PixelFormat{V4L2_PIX_FMT_YUYV, u"YUY2"},       PixelFormat{V4L2_PIX_FMT_UYVY, u"UYVY"},
-    PixelFormat{V4L2_PIX_FMT_NV12, u"NV12"},       PixelFormat{V4L2_PIX_FMT_NV21, u"NV21"},
-    PixelFormat{V4L2_PIX_FMT_YUV420, u"I420"},     PixelFormat{V4L2_PIX_FMT_YVU420, u"YV12"},
-    PixelFormat{V4L2_PIX_FMT_RGB24, u"RGB"},       PixelFormat{V4L2_PIX_FMT_BGR24, u"BGR"},
+    PixelFormat{V4L2_PIX_FMT_YUYV, u"YUY2"},        PixelFormat{V4L2_PIX_FMT_UYVY, u"UYVY"},
+    PixelFormat{V4L2_PIX_FMT_NV12, u"NV12"},        PixelFormat{V4L2_PIX_FMT_NV21, u"NV21"},
+    PixelFormat{V4L2_PIX_FMT_YUV420, u"I420"},      PixelFormat{V4L2_PIX_FMT_YVU420, u"YV12"},
+    PixelFormat{V4L2_PIX_FMT_RGB24, u"RGB"},        PixelFormat{V4L2_PIX_FMT_BGR24, u"BGR"},
     PixelFormat{V4L2_PIX_FMT_MJPEG, u"image/jpeg"}, PixelFormat{V4L2_PIX_FMT_JPEG, u"image/jpeg"},
 };
 

@@ -34,9 +34,9 @@ GstVideoFormat PlanarFormat(const GstVideoInfo& info)
 
 bool HasJpegMatrix(const GstVideoInfo& info)
 {
-    return !GST_VIDEO_INFO_IS_RGB(&info) && (info.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 ||
-                                             info.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_UNKNOWN ||
-                                             GST_VIDEO_INFO_IS_GRAY(&info));
+    return !GST_VIDEO_INFO_IS_RGB(&info) &&
+           (info.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_BT601 ||
+            info.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_UNKNOWN || GST_VIDEO_INFO_IS_GRAY(&info));
 }
 
 // 255/219 and 255/224 as fractions of 2^14. Plain arithmetic instead of a table: the compiler makes it a vector loop.

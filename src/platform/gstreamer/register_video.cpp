@@ -23,5 +23,6 @@ void RegisterVideo()
 {
     auto devices = std::make_shared<VideoDevices>(std::make_unique<KernelV4l2Calls>(), u"/dev"_s);
     InstallService<VideoOptions>(std::make_unique<SharedVideoOptions>(devices));
-    RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, [devices] { return std::make_unique<VideoControl>(devices); });
+    RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s,
+                                [devices] { return std::make_unique<VideoControl>(devices); });
 }

@@ -165,7 +165,8 @@ private:
     {
         const FakeCamera::Format* format = FindFormat(camera, interval.pixel_format);
         for (const FakeCamera::Size& size : format->sizes) {
-            const bool fits = camera.isSizeRange || (size.width == int(interval.width) && size.height == int(interval.height));
+            const bool fits =
+                camera.isSizeRange || (size.width == int(interval.width) && size.height == int(interval.height));
             if (!fits || qsizetype(interval.index) >= size.rates.size())
                 continue;
             interval.type = V4L2_FRMIVAL_TYPE_DISCRETE;
@@ -186,8 +187,8 @@ private:
     static int QueryControl(const FakeCamera& camera, v4l2_queryctrl& query)
     {
         const quint32 id = query.id & ~V4L2_CTRL_FLAG_NEXT_CTRL;
-        const auto next = (query.id & V4L2_CTRL_FLAG_NEXT_CTRL) != 0 ? camera.controls.upperBound(id)
-                                                                     : camera.controls.find(id);
+        const auto next =
+            (query.id & V4L2_CTRL_FLAG_NEXT_CTRL) != 0 ? camera.controls.upperBound(id) : camera.controls.find(id);
         if (next == camera.controls.end())
             return -EINVAL;
         query = next.value();

@@ -67,7 +67,8 @@ void CompareBars(const QImage& picture, bool isGrey, int tolerance)
             const bool alike = std::abs(seen.red() - wanted.red()) <= tolerance &&
                                std::abs(seen.green() - wanted.green()) <= tolerance &&
                                std::abs(seen.blue() - wanted.blue()) <= tolerance;
-            QVERIFY2(alike, qPrintable(u"bar %1 at line %2: %3 instead of %4"_s.arg(bar).arg(y).arg(seen.name(), wanted.name())));
+            QVERIFY2(alike, qPrintable(u"bar %1 at line %2: %3 instead of %4"_s.arg(bar).arg(y).arg(seen.name(),
+                                                                                                    wanted.name())));
         }
     }
 }

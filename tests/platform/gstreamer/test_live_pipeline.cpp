@@ -1,0 +1,139 @@
+#include "contracts/PlatformError.h"
+#include "platform/gstreamer/FrameExchange.h"
+#include "platform/gstreamer/LivePipeline.h"
+
+#include <linux/videodev2.h>
+
+#include <QImage>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+namespace {
+LiveSource Source(quint32 fourcc, const QByteArray& elements)
+{
+    return {false, {}, {fourcc, 640, 480, 30, 1}, elements};
+}
+} // namespace
+
+class TestLivePipeline : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { PrepareMedia(); }
+
+    void ShowsWhatCamerasDeliver_data()
+    {
+        QTest::addColumn<quint32>("fourcc");
+        QTest::addColumn<QByteArray>("format");
+        QTest::newRow("MJPG") << quint32(V4L2_PIX_FMT_MJPEG) << QByteArray("RGB ! jpegenc");
+        QTest::newRow("YUYV") << quint32(V4L2_PIX_FMT_YUYV) << QByteArray("YUY2");
+        QTest::newRow("NV12") << quint32(V4L2_PIX_FMT_NV12) << QByteArray("NV12");
+        QTest::newRow("RGB3") << quint32(V4L2_PIX_FMT_RGB24) << QByteArray("RGB");
+    }
+
+    void ShowsWhatCamerasDeliver()
+    {
+        QFETCH(quint32, fourcc);
+        QFETCH(QByteArray, format);
+        for (const bool isWhite : {false, true}) {
+            LivePipeline pipeline(0);
+            pipeline.Frames()->SetArea({320, 240});
+            QSignalSpy ready(&pipeline, &LivePipeline::FrameReady);
+            pipeline.Open(
+                Source(fourcc, "videotestsrc is-live=true pattern=" + QByteArray(isWhite ? "white" : "black") +
+                                   " ! video/x-raw,width=640,height=480,framerate=30/1,format=" + format),
+                5s);
+            QTRY_VERIFY(!ready.isEmpty());
+            const auto frame = pipeline.Frames()->Hold();
+            QVERIFY(frame);
+            const QImage still = QImage::fromData(frame->EncodeJPEG(90));
+            QCOMPARE(still.size(), QSize(640, 480));
+            const QImage shown = pipeline.Frames()->TakePicture({}).image;
+            QCOMPARE(shown.size(), QSize(320, 240));
+            for (const QImage& picture : {still, shown}) {
+                const int grey = qGray(picture.pixel(100, 100));
+                QVERIFY2(isWhite ? grey > 250 : grey < 5, qPrintable(QString::number(grey)));
+            }
+        }
+    }
+
+    void MotionJpegOfFullRangeStaysFullRange()
+    {
+        // Cameras halve the colours across only. The encoder takes luma as it stands, 16 for black: a decoder that
+        // took the file for limited range would make 0 of it.
+        LivePipeline pipeline(0);
+        pipeline.Frames()->SetArea({320, 240});
+        pipeline.Open(Source(V4L2_PIX_FMT_MJPEG, "videotestsrc is-live=true pattern=black ! "
+                                                 "video/x-raw,width=640,height=480,format=Y42B ! jpegenc"),
+                      5s);
+        const auto frame = pipeline.Frames()->Hold();
+        QVERIFY(frame);
+        QCOMPARE(qGray(QImage::fromData(frame->EncodeJPEG(90)).pixel(100, 100)), 16);
+        QTRY_VERIFY(pipeline.Frames()->HasPicture());
+        QCOMPARE(qGray(pipeline.Frames()->TakePicture({}).image.pixel(100, 100)), 16);
+    }
+
+    void AStreamThatEndsTellsOfIt_data()
+    {
+        QTest::addColumn<QByteArray>("elements");
+        QTest::newRow("end of stream") << QByteArray("videotestsrc num-buffers=3");
+        QTest::newRow("fault") << QByteArray("videotestsrc is-live=true ! identity error-after=3");
+    }
+
+    void AStreamThatEndsTellsOfIt()
+    {
+        QFETCH(QByteArray, elements);
+        LivePipeline pipeline(7);
+        QSignalSpy failed(&pipeline, &LivePipeline::Failed);
+        pipeline.Open(Source(V4L2_PIX_FMT_YUYV, elements), 0s);
+        QTRY_COMPARE(failed.count(), 1);
+        QVERIFY(!pipeline.Frames()->Hold());
+        QVERIFY(pipeline.Frames()->Frames() > 7);
+        pipeline.Close();
+        pipeline.Close();
+    }
+
+    void AnImmediateFaultHasItsReason()
+    {
+        LivePipeline pipeline(0);
+        try {
+            pipeline.Open(Source(V4L2_PIX_FMT_YUYV, "filesrc location=/nonexistent/video"), 5s);
+            QFAIL("The stream opened.");
+        } catch (const PlatformError& error) {
+            QVERIFY2(error.Text().contains(u"연결되어 있지 않습니다"_s), qPrintable(error.Text()));
+        }
+        QVERIFY(!pipeline.Frames()->Hold());
+    }
+
+    void PicturesDontPileUp()
+    {
+        LivePipeline pipeline(0);
+        pipeline.Frames()->SetArea({320, 240});
+        pipeline.Open(Source(V4L2_PIX_FMT_YUYV, "videotestsrc num-buffers=100"), 5s);
+        QSignalSpy failed(&pipeline, &LivePipeline::Failed);
+        QTRY_COMPARE(failed.count(), 1);
+        QCOMPARE(pipeline.Frames()->Frames(), 100);
+        QVERIFY(!pipeline.Frames()->HasPicture());
+
+        LivePipeline running(0);
+        running.Frames()->SetArea({320, 240});
+        running.Open(Source(V4L2_PIX_FMT_YUYV, "videotestsrc is-live=true"), 5s);
+        QTRY_VERIFY(running.Frames()->Frames() > 20);
+        int waiting = 0;
+        int last = 0;
+        for (auto picture = running.Frames()->TakePicture({}); !picture.image.isNull() && waiting < 10; ++waiting) {
+            QVERIFY(picture.frame > last);
+            last = picture.frame;
+            picture = running.Frames()->TakePicture({});
+        }
+        QVERIFY(waiting <= 7);
+        QVERIFY(last > 10); // The oldest ones went.
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLivePipeline)
+#include "test_live_pipeline.moc"
