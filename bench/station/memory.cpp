@@ -7,6 +7,7 @@
 #include "records/capture_index.h"
 #include "support/StationInABox.h"
 
+#include <QApplication>
 #include <QProcess>
 
 using namespace Qt::StringLiterals;

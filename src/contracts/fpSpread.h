@@ -39,6 +39,7 @@ public:
     virtual int MaxCols() const = 0;
     virtual void setMaxCols(int columns) = 0;
     virtual void setColWidth(int column, double units) = 0;
+    virtual double RowHeight(int row) const = 0;
     virtual void setRowHeight(int row, double points) = 0;
     /// Height of the rows that get none of their own.
     virtual void setDefaultRowHeight(double points) = 0;
@@ -53,7 +54,7 @@ public:
     /// Empties the cells of a block; limits beyond the grid are cut. Unless `dataOnly`, a cell goes back to the type
     /// that its place has stored.
     virtual void ClearRange(int column, int row, int column2, int row2, bool dataOnly) = 0;
-    /// Takes rows out; those below move up, and the grid becomes shorter by as many.
+    /// Takes rows out; those below move up, and as many empty ones follow at the end: the grid keeps its length.
     virtual void DeleteRows(int row, int count) = 0;
 
     virtual int Row() const = 0;

@@ -41,8 +41,14 @@ void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, 
 
 void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber)
 {
-    if (row + 1 > grid.MaxRows())
+    if (row + 1 > grid.MaxRows()) {
         grid.setMaxRows(row + 1);
+        // A pair beyond the laid out ones looks like the pair above it.
+        if (row > 2) {
+            grid.setRowHeight(row, grid.RowHeight(row - 2));
+            grid.setRowHeight(row + 1, grid.RowHeight(row - 1));
+        }
+    }
     grid.setRow(row);
     grid.setCol(column);
     grid.setCellType(CellTypePicture);

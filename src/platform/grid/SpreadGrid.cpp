@@ -89,6 +89,13 @@ void SpreadGrid::setColWidth(int column, double units)
         m_view->horizontalHeader()->resizeSection(column - 1, PixelsFromUnits(units));
 }
 
+double SpreadGrid::RowHeight(int row) const
+{
+    const QHeaderView* rows = m_view->verticalHeader();
+    const int pixels = row == 0 ? m_view->horizontalHeader()->height() : rows->sectionSize(row - 1);
+    return TwipsFromPixels(pixels) / 20.0;
+}
+
 void SpreadGrid::setRowHeight(int row, double points)
 {
     if (row == 0)
@@ -140,7 +147,9 @@ void SpreadGrid::DeleteRows(int row, int count)
 {
     if (row < 1 || row > MaxRows() || count < 1)
         return;
-    m_model->RemoveRows(row - 1, qMin(count, MaxRows() - row + 1));
+    const int rows = MaxRows();
+    m_model->RemoveRows(row - 1, qMin(count, rows - row + 1));
+    m_model->SetRows(rows);
 }
 
 SpreadCellType SpreadGrid::CellType() const

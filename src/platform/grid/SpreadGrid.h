@@ -24,6 +24,7 @@ public:
     int MaxCols() const override;
     void setMaxCols(int columns) override;
     void setColWidth(int column, double units) override;
+    double RowHeight(int row) const override;
     void setRowHeight(int row, double points) override;
     void setDefaultRowHeight(double points) override;
     void setStoredCellType(int column, int rowParity, SpreadCellType type) override;
