@@ -21,7 +21,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sex");
         QTest::newRow("birthday") << u"20261124"_s << u"8011241234567"_s << u"046 0"_s << u"M"_s;
         QTest::newRow("day before the birthday") << u"20261123"_s << u"8011242234567"_s << u"045 12"_s << u"F"_s;
-        QTest::newRow("months of a birthday to come") << u"20260301"_s << u"8011241234567"_s << u"045 3"_s << u"M"_s;
+        QTest::newRow("months of a birthday to come") << u"20260301"_s << u"8011241234567"_s << u"045 4"_s << u"M"_s;
         QTest::newRow("3 is this century") << u"20261124"_s << u"0501013234567"_s << u"021 10"_s << u"M"_s;
         QTest::newRow("4 is this century") << u"20261124"_s << u"0501014234567"_s << u"021 10"_s << u"F"_s;
         QTest::newRow("5 is the last century") << u"20261124"_s << u"8001015234567"_s << u"046 10"_s << u"M"_s;
