@@ -1,6 +1,7 @@
 #include "figures.h"
 
 #include "capture/frmCapture.h"
+#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
 #include "contracts/VideoCap.h"
