@@ -9,6 +9,7 @@
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -106,18 +107,31 @@ QWidget* FindOwner(int handle, QWidget* control)
     return window != nullptr ? window : control->window();
 }
 
+namespace {
+void RunDialog(QWidget* owner, const QString& title, const std::function<void(DriverDialog&)>& fill)
+{
+    // An owner that is closed while the dialog stands takes it along.
+    const QPointer<DriverDialog> dialog(new DriverDialog(owner, title));
+    fill(*dialog);
+    dialog->Run();
+    delete dialog.data();
+}
+
+void AddControls(DriverDialog& dialog, const QList<PictureControl>& controls, const DriverDialog::Apply& apply)
+{
+    for (const PictureControl& control : controls)
+        dialog.AddControl(control, apply);
+}
+
+bool ApplyToTestPicture(quint32 id, int value)
+{
+    TestDevice().SetControl(id, value);
+    return true;
+}
+} // namespace
+
 void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice)
 {
-    DriverDialog dialog(owner, u"기타설정1"_s);
-    if (device.isTestPicture) {
-        for (const PictureControl& control : TestDevice().StreamControls())
-            dialog.AddControl(control, [](quint32 id, int value) {
-                TestDevice().SetControl(id, value);
-                return true;
-            });
-        dialog.Run();
-        return;
-    }
     QList<VideoMode> rates;
     QStringList names;
     for (const VideoMode& other : device.modes) {
@@ -126,32 +140,30 @@ void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode
         rates.append(other);
         names.append(u"초당 %1 프레임"_s.arg(other.FramesPerSecond(), 0, 'g', 4));
     }
-    if (!rates.isEmpty())
-        dialog.AddChoice(u"프레임 속도"_s, names, int(rates.indexOf(choice.Applied(device.name, mode))),
-                         [&choice, &rates, name = device.name](int index) { choice.Choose(name, rates.at(index)); });
-    dialog.Run();
+    const int present = int(rates.indexOf(choice.Applied(device.name, mode)));
+    RunDialog(owner, u"기타설정1"_s,
+              [&, isTestPicture = device.isTestPicture, name = device.name](DriverDialog& dialog) {
+                  if (isTestPicture)
+                      AddControls(dialog, TestDevice().StreamControls(), ApplyToTestPicture);
+                  else if (!rates.isEmpty())
+                      dialog.AddChoice(u"프레임 속도"_s, names, present,
+                                       [&choice, &rates, name](int index) { choice.Choose(name, rates.at(index)); });
+              });
 }
 
 void ShowPictureDialog(QWidget* owner, const VideoDevice& device, const std::shared_ptr<VideoDevices>& devices)
 {
-    DriverDialog dialog(owner, u"기타설정2"_s);
-    if (device.isTestPicture) {
-        for (const PictureControl& control : TestDevice().PictureControls())
-            dialog.AddControl(control, [](quint32 id, int value) {
-                TestDevice().SetControl(id, value);
-                return true;
-            });
-        dialog.Run();
-        return;
+    QList<PictureControl> controls = TestDevice().PictureControls();
+    DriverDialog::Apply apply = ApplyToTestPicture;
+    if (!device.isTestPicture) {
+        controls = V4l2Device(devices->Calls(), device.node).Controls();
+        apply = [devices, node = device.node](quint32 id, int value) {
+            try {
+                return V4l2Device(devices->Calls(), node).SetControl(id, value);
+            } catch (const PlatformError&) {
+                return false; // Unplugged while the dialog stands.
+            }
+        };
     }
-    const auto apply = [devices, node = device.node](quint32 id, int value) {
-        try {
-            return V4l2Device(devices->Calls(), node).SetControl(id, value);
-        } catch (const PlatformError&) {
-            return false; // Unplugged while the dialog stands.
-        }
-    };
-    for (const PictureControl& control : V4l2Device(devices->Calls(), device.node).Controls())
-        dialog.AddControl(control, apply);
-    dialog.Run();
+    RunDialog(owner, u"기타설정2"_s, [&](DriverDialog& dialog) { AddControls(dialog, controls, apply); });
 }

@@ -89,7 +89,8 @@ std::shared_ptr<const TestPictureScene> DrawScene(int width, int height)
         for (int x = 0; x < halfWidth; ++x) {
             const int next = std::min(x + 1, halfWidth - 1);
             // A trace of grain keeps wide soft areas from banding.
-            const float grain = float((x * 7 + y * 13 + ((x * y) >> 3)) % 5 - 2) * 0.7f;
+            const unsigned hash = (unsigned(x) * 73856093u) ^ (unsigned(y) * 19349663u);
+            const float grain = float((hash ^ (hash >> 13)) % 5) - 2;
             row[2 * x] = Byte((upper[x] + lower[x]) / 2 + grain);
             row[2 * x + 1] = Byte((upper[x] + lower[x] + upper[next] + lower[next]) / 4 - grain);
         }

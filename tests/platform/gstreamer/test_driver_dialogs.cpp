@@ -149,6 +149,15 @@ private Q_SLOTS:
         }
     }
 
+    void TheDialogGoesWithItsOwner()
+    {
+        const LiveFixture fixture;
+        auto control = fixture.NewControl();
+        QTimer::singleShot(0, qApp, [&] { control.reset(); });
+        control->ShowDriverDialog2(0);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
+
     void NoDeviceIsAFault()
     {
         VideoControl control(std::make_shared<VideoDevices>(

@@ -88,10 +88,18 @@ private Q_SLOTS:
         VideoDevices devices(std::make_unique<FakeV4l2Calls>(m_cameras), folder.path());
         QVERIFY(devices.List().isEmpty());
         QSignalSpy changes(&devices, &VideoDevices::Changed);
-        m_cameras->insert(u"/dev/video0"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        const auto locked = Camera(u"Scope"_s, u"usb-1"_s);
+        locked->openError = EACCES;
+        m_cameras->insert(u"/dev/video0"_s, locked);
         QFile node(folder.filePath(u"video0"_s));
         QVERIFY(node.open(QIODevice::WriteOnly));
         QTRY_COMPARE(changes.count(), 1);
+        QVERIFY(devices.List().isEmpty());
+
+        // The rights of a node come a moment after the node itself.
+        m_cameras->insert(u"/dev/video0"_s, Camera(u"Scope"_s, u"usb-1"_s));
+        QVERIFY(node.setPermissions(QFile::ReadOwner));
+        QTRY_COMPARE(changes.count(), 2);
         QCOMPARE(devices.List().size(), 1);
     }
 
