@@ -22,11 +22,12 @@ constexpr int LastColumn = 5;
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note),
-      m_filing([this](const CaptureVisit& visit) { return m_note.NoteToStore(visit); },
-               [this](const CaptureVisit& visit, int number, const QString& note) { ShowFiled(visit, number, note); })
+    : m_grid(visitGrid), m_note(note), m_filing([this](const CaptureVisit& visit) { return m_note.NoteToStore(visit); },
+                                                [this](const StillFiling::Safe& picture) { ShowSafe(picture); })
 {
 }
+
+StillCapture::~StillCapture() = default;
 
 void StillCapture::SetCaptureValues(VideoCap& capture)
 {
@@ -117,23 +118,28 @@ void StillCapture::FileStill(const CaptureVisit& visit, const StillFrame& frame)
         return;
     if (onScreen)
         m_note.BringBack();
-    const StillFiling::Filed filed = m_filing.File(visit, frame.EncodeJPEG(StillQuality));
+    const QByteArray picture = frame.EncodeJPEG(StillQuality);
+    m_thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
+    const auto drop = qScopeGuard([this] { m_thumbnail.reset(); });
+    const StillFiling::Filed filed = m_filing.File(visit, picture);
     if (!filed.rowsFault.isEmpty()) {
         throw PlatformError(u"그림파일은 저장하였으나 데이터베이스에 기록하지 못했습니다.!!\r\n"
                             "연결되면 다시 기록합니다.!!\r\n%1"_s.arg(filed.rowsFault));
     }
 }
 
-void StillCapture::ShowFiled(const CaptureVisit& visit, int number, const QString& note)
+void StillCapture::ShowSafe(const StillFiling::Safe& picture)
 {
-    m_note.MarkStored(visit, note);
-    if (visit != CaptureVisit::Current())
+    m_note.MarkStored(picture.visit, picture.note);
+    if (picture.visit != CaptureVisit::Current())
         return;
+    const QImage thumbnail =
+        picture.waited ? Pictures().LoadWithin(VisitPicturePath(picture.visit, picture.number), m_grid.CellPixels(1, 1))
+                       : m_thumbnail->Take(0);
     int row = 0;
     int column = 0;
-    NextGridSlot(number, row, column, 1, m_grid);
-    const QSize room = m_grid.CellPixels(column, qMin(row, m_grid.MaxRows()));
-    PlacePicture(m_grid, row, column, Pictures().LoadWithin(VisitPicturePath(visit, number), room), number);
+    NextGridSlot(picture.number, row, column, 1, m_grid);
+    PlacePicture(m_grid, row, column, thumbnail, picture.number);
     m_grid.SetActiveCell(1, row);
     m_grid.FlashCell(column, row);
 }

@@ -9,6 +9,8 @@
 #include <memory>
 
 class fpSpread;
+class PictureBatch;
+class QImage;
 class StillFrame;
 class VideoCap;
 class VisitNote;
@@ -21,6 +23,7 @@ class StillCapture : public QObject
 
 public:
     StillCapture(fpSpread& visitGrid, VisitNote& note);
+    ~StillCapture() override;
 
     /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the
     /// visit's grid is full.
@@ -54,12 +57,13 @@ private:
     bool IsGridFull() const;
     void FileStill(const CaptureVisit& visit, const StillFrame& frame);
     void StoreNote(const CaptureVisit& visit);
-    void ShowFiled(const CaptureVisit& visit, int number, const QString& note);
+    void ShowSafe(const StillFiling::Safe& picture);
 
     fpSpread& m_grid;
     VisitNote& m_note;
     StillFiling m_filing;
     std::deque<std::function<void()>> m_line;
+    std::unique_ptr<PictureBatch> m_thumbnail; ///< Of the still that is being filed, decoded meanwhile.
     int m_holds = 0;
     bool m_working = false;
 };

@@ -97,7 +97,7 @@ StillFiling::Filed StillFiling::File(const CaptureVisit& visit, const QByteArray
         fault = error.Text();
     }
     if (fault.isEmpty())
-        m_filed(visit, placed.number, stored);
+        m_safe({visit, placed.number, stored, false});
     else
         m_pending.Add(entry);
     return {placed.number, fault};
@@ -116,5 +116,5 @@ void StillFiling::WriteRows(const PendingRows::Entry& entry)
     if (!note.typed && !Trim(entry.note).isEmpty() && !text.contains(Trim(entry.note)))
         text = Trim(text).isEmpty() ? entry.note : text + u'\n' + entry.note;
     SaveCaptureRows(entry.visit, entry.number, text);
-    m_filed(entry.visit, entry.number, text);
+    m_safe({entry.visit, entry.number, text, true});
 }

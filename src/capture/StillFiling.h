@@ -29,11 +29,18 @@ public:
         QString rowsFault;
     };
 
-    /// Hears of each picture whose file and rows are safe, with the note that was stored with it.
-    using FiledListener = std::function<void(const CaptureVisit&, int number, const QString& note)>;
+    /// A picture whose file and rows are safe.
+    struct Safe
+    {
+        CaptureVisit visit;
+        int number = 0;
+        QString note;        ///< Stored with it.
+        bool waited = false; ///< Its rows had to wait; it is not the picture that is being filed.
+    };
+    using SafeListener = std::function<void(const Safe&)>;
 
     /// `note` is asked for any visit, also for those whose rows were left over by an earlier run.
-    StillFiling(NoteSource note, FiledListener filed) : m_note(std::move(note)), m_filed(std::move(filed)) {}
+    StillFiling(NoteSource note, SafeListener safe) : m_note(std::move(note)), m_safe(std::move(safe)) {}
 
     /// Files one picture, after the rows that wait. Throws PlatformError when no file could be written; nothing is left
     /// behind then.
@@ -55,6 +62,6 @@ private:
     void WriteRows(const PendingRows::Entry& entry);
 
     NoteSource m_note;
-    FiledListener m_filed;
+    SafeListener m_safe;
     PendingRows m_pending;
 };

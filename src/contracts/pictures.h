@@ -36,6 +36,8 @@ public:
     /// faster than the full one.
     virtual QImage LoadWithin(const QString& path, QSize room) = 0;
     virtual std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) = 0;
+    /// The picture of a file that is still in memory, decoded like one of a list while the caller goes on.
+    virtual std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) = 0;
 };
 
 PictureReader& Pictures();

@@ -31,8 +31,7 @@ int StillsEach()
 
 StillFiling MakeFiling()
 {
-    return StillFiling([](const CaptureVisit&) { return StillFiling::Note{}; },
-                       [](const CaptureVisit&, int, const QString&) {});
+    return StillFiling([](const CaptureVisit&) { return StillFiling::Note{}; }, [](const StillFiling::Safe&) {});
 }
 
 /// One station of the race: a process of its own that files its pictures one after the other.
@@ -152,15 +151,14 @@ private Q_SLOTS:
         const CaptureVisit visit = CaptureVisit::Current();
         StillFiling::Note note{u"내가 쓴 글"_s, true};
         {
-            StillFiling filing([&](const CaptureVisit&) { return note; },
-                               [](const CaptureVisit&, int, const QString&) {});
+            StillFiling filing([&](const CaptureVisit&) { return note; }, [](const StillFiling::Safe&) {});
             box.Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
             QVERIFY(!filing.File(visit, "x").rowsFault.isEmpty());
         }
         box.Run(u"ALTER TABLE ca_gone RENAME TO ca;"_s);
         // The next run knows nothing of the text but what the list holds.
         note = {u"남이 쓴 글"_s, false};
-        StillFiling next([&](const CaptureVisit&) { return note; }, [](const CaptureVisit&, int, const QString&) {});
+        StillFiling next([&](const CaptureVisit&) { return note; }, [](const StillFiling::Safe&) {});
         QVERIFY(next.Pending().Holds(visit, 1));
         next.WritePending();
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"남이 쓴 글\n내가 쓴 글"_s);

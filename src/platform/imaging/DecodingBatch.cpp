@@ -13,10 +13,11 @@ namespace {
 /// Pictures that may lie decoded and not yet taken: enough to keep two threads busy, few enough for full-size ones.
 constexpr int LookAhead = 12;
 
-QImage ReadOrNull(const QString& path, QSize room)
+QImage ReadOrNull(const PictureSource& source, QSize room)
 {
     try {
-        return picturefile::Read(path, room);
+        return source.path.isEmpty() ? picturefile::ReadContent(source.content, room)
+                                     : picturefile::Read(source.path, room);
     } catch (const std::bad_alloc&) {
         return {};
     }
@@ -27,7 +28,7 @@ struct DecodingBatch::Work
 {
     struct Entry
     {
-        QString path;
+        PictureSource source;
         QImage picture;
         bool ready = false;
     };
@@ -41,13 +42,13 @@ struct DecodingBatch::Work
     DecodingBatch* batch = nullptr; ///< Null once the batch has gone.
 };
 
-DecodingBatch::DecodingBatch(const QStringList& paths, QSize room, std::shared_ptr<QThreadPool> pool)
+DecodingBatch::DecodingBatch(const QList<PictureSource>& sources, QSize room, std::shared_ptr<QThreadPool> pool)
     : m_work(std::make_shared<Work>()), m_pool(std::move(pool))
 {
     m_work->room = room;
     m_work->batch = this;
-    for (const QString& path : paths)
-        m_work->entries.push_back({path, {}, false});
+    for (const PictureSource& source : sources)
+        m_work->entries.push_back({source, {}, false});
     m_work->end = qMin<size_t>(LookAhead, m_work->entries.size());
     StartWorkers();
 }
@@ -95,9 +96,9 @@ void DecodingBatch::DecodeNext(const std::shared_ptr<Work>& work)
     QMutexLocker lock(&work->mutex);
     while (work->batch != nullptr && work->next < work->end) {
         const size_t place = work->next++;
-        const QString path = work->entries[place].path;
+        const PictureSource source = work->entries[place].source;
         lock.unlock();
-        QImage picture = ReadOrNull(path, work->room);
+        QImage picture = ReadOrNull(source, work->room);
         lock.relock();
         work->entries[place].picture = std::move(picture);
         work->entries[place].ready = true;

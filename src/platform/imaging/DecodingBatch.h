@@ -4,13 +4,20 @@
 
 class QThreadPool;
 
+/// A file by its path, or, when the path is empty, its content.
+struct PictureSource
+{
+    QString path;
+    QByteArray content;
+};
+
 /// Decodes a list of picture files on a pool's threads, a few pictures ahead of the one that was taken last.
 class DecodingBatch final : public PictureBatch
 {
     Q_OBJECT
 
 public:
-    DecodingBatch(const QStringList& paths, QSize room, std::shared_ptr<QThreadPool> pool);
+    DecodingBatch(const QList<PictureSource>& sources, QSize room, std::shared_ptr<QThreadPool> pool);
     /// Doesn't wait: a picture that is being decoded is dropped when it is done.
     ~DecodingBatch() override;
 

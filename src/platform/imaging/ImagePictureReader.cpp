@@ -22,5 +22,13 @@ QImage ImagePictureReader::LoadWithin(const QString& path, QSize room)
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadAll(const QStringList& paths, QSize room)
 {
-    return std::make_unique<DecodingBatch>(paths, room, m_pool);
+    QList<PictureSource> sources;
+    for (const QString& path : paths)
+        sources.append({path, {}});
+    return std::make_unique<DecodingBatch>(sources, room, m_pool);
+}
+
+std::unique_ptr<PictureBatch> ImagePictureReader::LoadContent(const QByteArray& content, QSize room)
+{
+    return std::make_unique<DecodingBatch>(QList<PictureSource>{{{}, content}}, room, m_pool);
 }

@@ -13,6 +13,7 @@ public:
     QImage Load(const QString& path) override;
     QImage LoadWithin(const QString& path, QSize room) override;
     std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) override;
+    std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) override;
 
 private:
     std::shared_ptr<QThreadPool> m_pool;

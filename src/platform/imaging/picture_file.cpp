@@ -130,7 +130,11 @@ QImage picturefile::Read(const QString& path, QSize room)
     file.seek(0);
     const QByteArray content = file.readAll();
     file.close();
+    return ReadContent(content, room);
+}
 
+QImage picturefile::ReadContent(const QByteArray& content, QSize room)
+{
     QImage picture = Upright(content, room);
     // The form in which a screen shows it fastest.
     if (!picture.isNull())

@@ -13,4 +13,6 @@ inline constexpr int LimitMegabytes = 256;
 /// scaled to fit in there, its shape kept, never enlarged. A JPEG that was cut shows as far as it reaches. Null when
 /// nothing of it can be read, or when its header promises more than the limit or than the file can hold.
 QImage Read(const QString& path, QSize room = {});
+/// The same for the content of a file.
+QImage ReadContent(const QByteArray& content, QSize room);
 } // namespace picturefile
