@@ -6,3 +6,8 @@ PictureReader& Pictures()
 {
     return UseService<PictureReader>();
 }
+
+QImage LoadPicture(const QString& path)
+{
+    return path.isEmpty() ? QImage() : Pictures().Load(path);
+}

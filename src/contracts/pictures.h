@@ -41,3 +41,6 @@ public:
 };
 
 PictureReader& Pictures();
+
+/// The picture of a file at full size; null for an empty path and for a file that can't be read.
+QImage LoadPicture(const QString& path);

@@ -1,0 +1,8 @@
+#include "contracts/printing.h"
+
+#include "contracts/components.h"
+
+PrinterObject& Printer()
+{
+    return UseService<PrinterObject>();
+}

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QString>
+
+#include <array>
+
+class ImagXpress;
+
+/// The platform's `Printer` object: page, font and job. The calls between two `EndDoc` land on one sheet, which is a print
+/// job of its own; nothing opens a page, the first drawing after an `EndDoc` begins the next one. A font setting holds until
+/// it is set again.
+class PrinterObject
+{
+public:
+    virtual ~PrinterObject() = default;
+
+    /// Twips.
+    virtual void setHeight(float twips) = 0;
+    virtual void setWidth(float twips) = 0;
+    virtual void setFontName(const QString& name) = 0;
+    /// Points.
+    virtual void setFontSize(int points) = 0;
+    virtual void setFontBold(bool on) = 0;
+    virtual void setFontUnderline(bool on) = 0;
+    /// Sends the sheet to the printer. Throws PlatformError when there is none or it refuses; the sheet is then gone.
+    virtual void EndDoc() = 0;
+};
+
+/// The one printer of the process: the one chosen in the printer dialog, else the system's, or PDF files in a folder.
+PrinterObject& Printer();
+
+/// What the clinic's setup decides about printing.
+class PrinterOptions
+{
+public:
+    virtual ~PrinterOptions() = default;
+    /// Pages become numbered PDF files in that folder; empty: the printer.
+    virtual void UseFolder(const QString& folder) = 0;
+};
+
+/// Print positions in twips: columns X(0) to X(70) and rows Y(0) to Y(80) of the page.
+struct PrintGrid
+{
+    static constexpr int Columns = 70;
+    static constexpr int Rows = 80;
+    std::array<float, Columns + 1> X = {};
+    std::array<float, Rows + 1> Y = {};
+
+    PrintGrid(float widthTwips, float heightTwips)
+    {
+        for (int column = 0; column <= Columns; ++column)
+            X[static_cast<size_t>(column)] = widthTwips / Columns * static_cast<float>(column);
+        for (int row = 0; row <= Rows; ++row)
+            Y[static_cast<size_t>(row)] = heightTwips / Rows * static_cast<float>(row);
+    }
+};
+
+/// `prjPageCanvas.clsPageCanvas`: puts texts, rules and pictures on the page by grid position. Row and column numbers
+/// are indices into the grid.
+class clsPageCanvas
+{
+public:
+    virtual ~clsPageCanvas() = default;
+
+    /// Text in a cell, aligned by "L", "R" or "C", in the font set on the printer. One too wide for its cell is narrowed to
+    /// 80 % at most, then cut with "…"; it is never clipped in height, and sits centred on its rows.
+    virtual void myCelText(const PrintGrid& grid, const QString& text, int row, int row2, int column, int column2,
+                           PrinterObject& printer, const QString& alignment) = 0;
+    /// Kind 4: a hairline rule between the two points. Column comes before row here.
+    virtual void myDrawBox(const PrintGrid& grid, int kind, int column, int row, int column2, int row2,
+                           PrinterObject& printer) = 0;
+    /// The control's picture, its shape kept, centred in the box, at full resolution. An empty control prints nothing.
+    virtual void myDrawPic(const PrintGrid& grid, int row, int row2, int column, int column2, PrinterObject& printer,
+                           const ImagXpress& picture) = 0;
+};
