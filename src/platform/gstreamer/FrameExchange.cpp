@@ -30,7 +30,7 @@ void FrameExchange::Accept(GstSample* sample)
         return;
 
     const std::lock_guard lock(m_mutex);
-    if (m_closed)
+    if (m_closed || m_area.isEmpty())
         return;
     m_waiting.push_back({image, frame});
     if (m_waiting.size() > MostWaiting) {
@@ -59,12 +59,6 @@ bool FrameExchange::IsLive() const
     return IsLiveLocked();
 }
 
-bool FrameExchange::HasFrame() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_newest != nullptr;
-}
-
 FrameExchange::Clock::time_point FrameExchange::NewestAt() const
 {
     const std::lock_guard lock(m_mutex);
@@ -89,6 +83,8 @@ void FrameExchange::SetArea(QSize area)
 {
     const std::lock_guard lock(m_mutex);
     m_area = area;
+    if (area.isEmpty())
+        m_waiting.clear(); // They would be of the past when the picture is seen again.
 }
 
 FrameExchange::Picture FrameExchange::TakePicture(QImage painted)

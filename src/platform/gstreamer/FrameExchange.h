@@ -33,7 +33,6 @@ public:
     /// Any thread. From now on nothing is live, whatever may still arrive.
     void Close();
     bool IsLive() const;
-    bool HasFrame() const;
     /// When the newest frame came; the beginning of the stream before the first one.
     Clock::time_point NewestAt() const;
     /// The newest frame if it is live; otherwise null.

@@ -16,7 +16,7 @@ constexpr auto WatchInterval = 50ms;
 // A stream that stays silent for so long is opened anew: some cameras need it.
 constexpr auto StallTimeout = 5s;
 constexpr auto ShortestPause = 500ms;
-constexpr auto LongestPause = 8s;
+constexpr auto LongestPause = 3s;
 } // namespace
 
 LiveSession::LiveSession()

@@ -12,6 +12,8 @@ public:
     /// Paints into `bounds`. Gives the number of the frame that shows for the first time, or 0.
     int Paint(QPainter& painter, QRect bounds, const LiveSession& session);
 
+    /// Nothing of the present picture is to be seen again.
+    void Clear() { m_image = {}; }
     const QImage& Image() const { return m_image; }
 
 private:

@@ -207,5 +207,6 @@ void VideoControl::showEvent(QShowEvent*)
 
 void VideoControl::hideEvent(QHideEvent*)
 {
+    m_live->view.Clear();
     UpdateArea();
 }

@@ -310,14 +310,20 @@ private Q_SLOTS:
     {
         const LiveFixture fixture;
         const auto control = fixture.NewControl();
+        QSignalSpy painted(control.get(), &VideoControl::Painted);
         control->Start();
+        QTRY_VERIFY(painted.count() > 5);
         control->hide();
         QSignalSpy frames(control.get(), &VideoCap::OnFrame);
-        QTRY_VERIFY(frames.count() > 5);
+        QTRY_VERIFY(frames.count() > 15);
         QVERIFY(control->HoldFrame());
+
+        // What was waiting to be painted when it was hidden is of the past.
+        const int seen = frames.last()[0].toInt();
+        painted.clear();
         control->show();
-        QSignalSpy painted(control.get(), &VideoControl::Painted);
         QTRY_VERIFY(painted.count() > 5);
+        QVERIFY(painted[0][1].toInt() > seen);
     }
 
     void CaptureModeReadsBackAndLeavesTheLivePictureAlone()
