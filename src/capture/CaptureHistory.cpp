@@ -129,8 +129,30 @@ bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)
     const bool pictureCell = row % 2 == 1 && PictureColumns(gridNumber).contains(column);
     if (!pictureCell)
         return false;
+    return !NumberUnder(gridNumber, column, row).isEmpty();
+}
+
+QString CaptureHistory::NumberUnder(int gridNumber, int column, int row)
+{
     fpSpread& grid = Grid(gridNumber);
     grid.setRow(row + 1);
     grid.setCol(column);
-    return !Trim(grid.Text()).isEmpty();
+    return Trim(grid.Text());
+}
+
+CaptureVisit CaptureHistory::ShownVisit(int gridNumber) const
+{
+    CaptureVisit visit = CaptureVisit::Current();
+    if (gridNumber != 1) {
+        visit.ymd = m_controls.lblHisYmd.text().remove(u'-');
+        visit.etc = Trim(m_controls.lblHisEtc.text());
+    }
+    visit.captureDir = YearFolder(ClientSetup.CaptureRoot, visit.ymd);
+    return visit;
+}
+
+void CaptureHistory::FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor)
+{
+    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, Grid(gridNumber), gridNumber,
+                    keepCursor);
 }

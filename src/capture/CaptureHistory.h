@@ -42,6 +42,11 @@ public:
     /// Shows the visit of a line of `sprCap(3)`; a line without a date only empties the selection.
     void ShowHistoryLine(int row);
 
+    /// The visit that grid 1 or 2 shows: the current one, or the history line on display.
+    CaptureVisit ShownVisit(int gridNumber) const;
+    void FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor);
+    /// Text of the number cell under a picture cell, trimmed.
+    QString NumberUnder(int gridNumber, int column, int row);
     /// True for a picture cell of that grid: the cell under it holds a number.
     bool IsFilledPicture(int gridNumber, int column, int row);
 

@@ -10,8 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 ClaimLifeMs = 60000;
-
 QString Holder()
 {
     return u"%1-%2"_s.arg(QSysInfo::machineHostName()).arg(QCoreApplication::applicationPid());
@@ -24,7 +22,7 @@ void RemoveDeadClaim(const QString& path)
     const QString aside = path + u".dead-"_s + Holder();
     try {
         Files().RenameFile(path, aside);
-        if (Files().AgeMs(aside) < ClaimLifeMs)
+        if (Files().AgeMs(aside) < NumberClaim::LifeMs)
             Files().CreateExclusively(path, Files().ReadFile(aside));
         Files().DeleteFile(aside);
     } catch (const PlatformError&) {
@@ -39,7 +37,7 @@ std::unique_ptr<NumberClaim> NumberClaim::Take(const QString& path)
     for (int attempt = 0; attempt < 2; ++attempt) {
         if (Files().CreateExclusively(path, Holder().toUtf8()))
             return std::unique_ptr<NumberClaim>(new NumberClaim(path));
-        if (Files().AgeMs(path) <= ClaimLifeMs)
+        if (Files().AgeMs(path) <= NumberClaim::LifeMs)
             return nullptr;
         RemoveDeadClaim(path);
     }

@@ -9,8 +9,11 @@
 class NumberClaim
 {
 public:
-    /// Null when another station holds the number. A claim older than a minute was left by a station that died, and is
-    /// taken over. Throws PlatformError when the folder refuses.
+    /// A claim older than this was left by a station that died.
+    static constexpr int LifeMs = 60000;
+
+    /// Null when another station holds the number. A dead one is taken over. Throws PlatformError when the folder
+    /// refuses.
     static std::unique_ptr<NumberClaim> Take(const QString& path);
 
     ~NumberClaim();

@@ -1,6 +1,7 @@
 #include "capture/frmCapture.h"
 
 #include "capture/capture_folders.h"
+#include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
 #include "contracts/components.h"
@@ -35,6 +36,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills);
     ConnectControls();
 }
 
@@ -73,6 +75,7 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
+    Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
     m_capCapture->Stop();
     EndProgram();
 }
@@ -83,6 +86,8 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](const QString& caption) { RunButton(caption); }));
     connect(m_tbarCap, &CommandBar::ButtonMenuClick, this,
             GuardedSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
+    connect(m_popup, &QMenu::triggered, this,
+            GuardedSlot([this](const QAction* entry) { RunPopupEntry(entry->objectName()); }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
@@ -102,6 +107,8 @@ void frmCapture::RunButton(const QString& caption)
         SetCaptureValues();
     else if (caption == u"저장"_s)
         m_stills->SaveVisitNote();
+    else if (caption == u"삭제"_s)
+        m_deletion->DeleteCurrentVisit();
     else if (caption == u"취소"_s) {
         Clear();
         ShowStored();
@@ -120,6 +127,14 @@ void frmCapture::RunMenuEntry(const QString& entry)
         m_capCapture->ShowDriverDialog2(static_cast<int>(winId()));
     else if (entry == u"프린터설정"_s)
         UseService<Desktop>().ShowPrinterDialog();
+}
+
+void frmCapture::RunPopupEntry(const QString& entry)
+{
+    if (entry == u"그림지우기"_s)
+        m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow);
+    else if (entry == u"전체지우기"_s)
+        m_deletion->DeleteShownVisit(m_popupGrid);
 }
 
 void frmCapture::Connect()

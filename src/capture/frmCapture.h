@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/CaptureDeletion.h"
 #include "capture/CaptureHistory.h"
 #include "capture/StillCapture.h"
 #include "capture/VisitNote.h"
@@ -54,6 +55,7 @@ private:
 
     void RunButton(const QString& caption);
     void RunMenuEntry(const QString& entry);
+    void RunPopupEntry(const QString& entry);
     void Connect();
     void ShowDriverDialog(int dialog);
 
@@ -77,6 +79,7 @@ private:
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
+    std::unique_ptr<CaptureDeletion> m_deletion;
 
     int m_popupRow = 0;
     int m_popupCol = 0;

@@ -67,7 +67,8 @@ bool PrivateMariaDb::MakeData()
                   QStringList{u"--no-defaults"_s} + AsRoot() +
                       QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)),
                                   u"--auth-root-authentication-method=normal"_s, u"--skip-test-db"_s,
-                                  u"--innodb-log-file-size=8M"_s});
+                                  // A machine whose own name nobody resolves has a server all the same.
+                                  u"--force"_s, u"--innodb-log-file-size=8M"_s});
     if (install.waitForFinished(StartLimitMs) && install.exitStatus() == QProcess::NormalExit &&
         install.exitCode() == 0)
         return true;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "capture/CaptureVisit.h"
+
+class CaptureHistory;
+class StillCapture;
+
+/// Deletes pictures of the current visit or of the history line on display, after a question.
+class CaptureDeletion
+{
+public:
+    CaptureDeletion(CaptureHistory& history, StillCapture& stills) : m_history(history), m_stills(stills) {}
+
+    /// Asks, and deletes the current visit's pictures of the section.
+    void DeleteCurrentVisit();
+    /// Asks, and deletes the one picture in that cell of grid 1 or 2.
+    void DeletePictureAt(int gridNumber, int column, int row);
+    /// Asks, and deletes all pictures of the visit that grid 1 or 2 shows.
+    void DeleteShownVisit(int gridNumber);
+
+private:
+    void DeleteOnePicture(const CaptureVisit& visit, int number, int gridNumber);
+    void DeleteVisitCaptures(const CaptureVisit& visit);
+
+    CaptureHistory& m_history;
+    StillCapture& m_stills;
+};

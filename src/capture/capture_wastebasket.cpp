@@ -1,0 +1,76 @@
+#include "capture/capture_wastebasket.h"
+
+#include "capture/capture_rows.h"
+#include "capture/CaptureVisit.h"
+#include "capture/NumberClaim.h"
+#include "capture/PendingRows.h"
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "records/capture_scheme.h"
+#include "records/Statement.h"
+
+#include <QList>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// The largest number that the sweep looks at.
+constexpr int LastSwept = 75;
+/// A still's rows follow its file within this time, whichever station files it.
+constexpr int RowsFollowMs = 2000;
+
+bool HasPictureRow(const CaptureVisit& visit, int number)
+{
+    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
+                                   .Quoted(u" WHERE cap_chart = '", visit.chart)
+                                   .Quoted(u" AND cap_ymd = '", visit.ymd)
+                                   .Quoted(u" AND cap_etc = '", visit.etc)
+                                   .Piece(u" AND cap_gubun = 'A' ")
+                                   .Then(u" AND cap_no = ", number)
+                                   .Piece(u" "));
+    const bool there = HasRow(*rows);
+    rows->Close();
+    return there;
+}
+
+bool IsClaimed(const CaptureVisit& visit, int number)
+{
+    const QString claim = ClaimPath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number);
+    return FileExists(claim) && Files().AgeMs(claim) <= NumberClaim::LifeMs;
+}
+
+} // namespace
+
+void MoveToLogFolder(const CaptureVisit& visit, int number)
+{
+    const QString live = VisitPicturePath(visit, number);
+    if (!FileExists(live))
+        return;
+    const QString moved =
+        LogFolder(visit.captureDir, visit.etc) + PictureStem(visit.chart, visit.ymd, number) + u'.' + visit.imageExt;
+    const QByteArray content = Files().ReadFile(live);
+    WriteWholeFile(moved, content);
+    if (Files().ReadFile(moved) != content)
+        throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));
+    DeleteFile(live);
+}
+
+void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending)
+{
+    QList<int> orphans;
+    for (int number = 1; number <= LastSwept; ++number) {
+        if (FileExists(VisitPicturePath(visit, number)) && !pending.Holds(visit, number) &&
+            !HasPictureRow(visit, number))
+            orphans.append(number);
+    }
+    if (orphans.isEmpty())
+        return;
+    UseService<Desktop>().PumpEventsUntil([] { return false; }, RowsFollowMs);
+    for (const int number : orphans) {
+        if (!IsClaimed(visit, number) && !HasPictureRow(visit, number))
+            MoveToLogFolder(visit, number);
+    }
+}

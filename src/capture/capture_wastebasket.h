@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+
+class PendingRows;
+struct CaptureVisit;
+
+/// The section's Log folder is the station's wastebasket: what is deleted goes there under its own name, over what lies
+/// there. Nothing reads it, nothing empties it.
+
+/// Moves a picture into the Log folder: copied, compared, and only then deleted. A picture that isn't there is no
+/// fault. Throws PlatformError when it can't be moved; the picture then stays.
+void MoveToLogFolder(const CaptureVisit& visit, int number);
+
+/// Moves the pictures of the visit and section that have no row into the Log folder. Since another station's rows may
+/// be on their way, it waits two seconds once, and asks again. Numbers that are claimed or whose rows wait are left
+/// alone. Throws PlatformError at the first query that fails, with nothing moved after it.
+void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending);

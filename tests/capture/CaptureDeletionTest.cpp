@@ -1,0 +1,214 @@
+#include "capture/frmCapture.h"
+#include "capture/NumberClaim.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "launch/context/VisitContext.h"
+#include "records/NoteBox.h"
+#include "support/StationInABox.h"
+
+#include <QLabel>
+#include <QMenu>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString Stomach = u"위내시경"_s;
+const QString Colon = u"대장내시경"_s;
+const QString Day = u"20261124"_s;
+const QString Numbers = u"SELECT GROUP_CONCAT(cap_no) AS v FROM cap WHERE cap_ymd = '%1' AND cap_etc = '%2'"_s;
+
+QString TextAt(fpSpread& grid, int column, int row)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    return grid.Text();
+}
+} // namespace
+
+class CaptureDeletionTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<StationInABox>();
+        for (const int number : {1, 2, 3})
+            m_box->AddPicture(Day, Stomach, number, u"소견"_s);
+        m_box->AddPicture(Day, Colon, 1, u"대장"_s);
+        m_box->AddPicture(u"20250301"_s, Colon, 1, u"옛 소견"_s);
+        m_box->AddPicture(u"20250301"_s, Colon, 2);
+        m_screen = &Form<frmCapture>();
+        m_screen->Show();
+        Guarded([this] { m_screen->ShowStored(); });
+        MakeFolder(m_box->Root() + u"2025\\대장내시경Log"_s);
+    }
+    void cleanup() { m_box.reset(); }
+
+    void NoMeansNo_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("question");
+        QTest::newRow("button") << u"삭제"_s << u"2026년 11월 24일, 위내시경 캡쳐자료를 삭제하시겠습니까?"_s;
+        QTest::newRow("one") << u"그림지우기"_s << u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s;
+        QTest::newRow("all") << u"전체지우기"_s << u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s;
+    }
+
+    void NoMeansNo()
+    {
+        QFETCH(QString, command);
+        OpenMenu(1, 2, 1);
+        Run(command);
+        QTEST(m_box->Desk().shown.value(0), "question");
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
+    }
+
+    void OnePictureOfTheVisit()
+    {
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 2, 1);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach),
+                 (QStringList{u"0000123420261124001.jpg"_s, u"0000123420261124003.jpg"_s}));
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124002.jpg"_s});
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,3"_s);
+        QCOMPARE(TextAt(m_screen->sprCap(1), 2, 2), u"003"_s);
+        FakeVideoCap::Last()->live = true;
+        Run(u"캡쳐"_s);
+        QCOMPARE(TextAt(m_screen->sprCap(1), 3, 2), u"004"_s);
+    }
+
+    void TheLastPictureTakesTheNoteWithIt()
+    {
+        m_box->Desk().answers = {true, true};
+        ShowLine(u"20250301"_s);
+        OpenMenu(2, 4, 1);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(u"20250301"_s, Colon)), u"1"_s);
+        QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"옛 소견"_s);
+        OpenMenu(2, 2, 1);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"0"_s);
+        QCOMPARE(m_screen->sprCap(2).DataRowCnt(), 0);
+        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 2);
+        QCOMPARE(m_box->Names(u"2025"_s, u"대장내시경Log"_s).size(), 2);
+    }
+
+    void AllOfTheVisit()
+    {
+        m_box->Desk().answers = {true};
+        Run(u"삭제"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s).size(), 3);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca WHERE ca_ymd = '20261124'"_s), u"1"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Colon)), u"1"_s);
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
+        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 0);
+        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), QString());
+    }
+
+    void AllOfAHistoryLineLeavesTodaysMark()
+    {
+        m_box->Run(u"UPDATE endo SET endo_check = '1';"_s);
+        m_box->Desk().answers = {true};
+        ShowLine(u"20250301"_s);
+        OpenMenu(2, 2, 1);
+        Run(u"전체지우기"_s);
+        QCOMPARE(m_box->Names(u"2025"_s, Colon), QStringList());
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"1"_s);
+        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 2);
+        QCOMPARE(m_screen->findChild<QLabel*>(u"lblHisYmd"_s)->text(), u"2025-03-01"_s);
+        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), u"소견"_s);
+    }
+
+    void APictureThatCannotBeMovedStaysWithItsRow()
+    {
+        m_box->Desk().answers = {true};
+        ShowLine(u"20250301"_s);
+        m_box->FaultyFiles().FailAt(1);
+        OpenMenu(2, 2, 1);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QCOMPARE(m_box->Names(u"2025"_s, Colon).size(), 2);
+        QCOMPARE(m_box->Value(Numbers.arg(u"20250301"_s, Colon)), u"1,2"_s);
+    }
+
+    void TheCellMayHaveChangedBehindTheQuestion()
+    {
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 1, 1);
+        m_box->Desk().whileShown = [this] {
+            m_box->Desk().whileShown = {};
+            m_screen->sprCap(1).setRow(2);
+            m_screen->sprCap(1).setCol(1);
+            m_screen->sprCap(1).setText(u"002"_s);
+        };
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
+    }
+
+    void TheSweepMovesOrphansOnly()
+    {
+        const auto put = [this](int number) { WriteWholeFile(m_box->PicturePath(Day, Stomach, number), "orphan"); };
+        for (const int number : {5, 6, 76})
+            put(number);
+        QString claimed = m_box->PicturePath(Day, Stomach, 6);
+        claimed.chop(4);
+        const auto claim = NumberClaim::Take(claimed);
+        m_screen->Unload();
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124005.jpg"_s});
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
+    }
+
+    void TheSweepWaitsForRowsOnTheirWay()
+    {
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "of another station");
+        QTimer::singleShot(300, this, [this] { m_box->AddPicture(Day, Stomach, 4); });
+        m_screen->Unload();
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList());
+    }
+
+    void ASweepThatCannotAskMovesNothing()
+    {
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "orphan");
+        m_box->Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
+        m_screen->Unload();
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 4);
+        QVERIFY(m_box->Desk().ended);
+    }
+
+private:
+    void ShowLine(const QString& ymd)
+    {
+        fpSpread& visits = m_screen->sprCap(3);
+        for (int row = 1; row <= visits.DataRowCnt(); ++row) {
+            if (TextAt(visits, 1, row) == ymd)
+                Q_EMIT visits.DblClick(1, row);
+        }
+    }
+
+    void OpenMenu(int element, int column, int row)
+    {
+        Q_EMIT m_screen->sprCap(element).RightClick(0, column, row, 150, 150);
+    }
+
+    void Run(const QString& command)
+    {
+        auto* menu = m_screen->findChild<QMenu*>(u"팝업메뉴"_s);
+        if (auto* entry = menu->findChild<QAction*>(command))
+            entry->trigger();
+        else
+            m_screen->findChild<QToolButton*>(command)->click();
+        menu->hide();
+    }
+
+    std::unique_ptr<StationInABox> m_box;
+    frmCapture* m_screen = nullptr;
+};
+
+QTEST_MAIN(CaptureDeletionTest)
+#include "CaptureDeletionTest.moc"
