@@ -10,7 +10,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestProfile : public QObject
+class ProfileTest : public QObject
 {
     Q_OBJECT
 
@@ -43,31 +43,31 @@ private:
     PrivateProfile m_profile;
 };
 
-void TestProfile::initTestCase()
+void ProfileTest::initTestCase()
 {
     RegisterFiles();
 }
 
-void TestProfile::init()
+void ProfileTest::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir(m_folder->path()).mkdir(u"설정"_s));
 }
 
-void TestProfile::Put(const QByteArray& content)
+void ProfileTest::Put(const QByteArray& content)
 {
     QFile file(m_folder->filePath(u"설정/CapSet.ini"_s));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(content);
 }
 
-QByteArray TestProfile::Content() const
+QByteArray ProfileTest::Content() const
 {
     QFile file(m_folder->filePath(u"설정/CapSet.ini"_s));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-void TestProfile::reads_data()
+void ProfileTest::reads_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("expected");
@@ -92,7 +92,7 @@ void TestProfile::reads_data()
     QTest::newRow("empty file") << QByteArray() << u"0"_s;
 }
 
-void TestProfile::reads()
+void ProfileTest::reads()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, expected);
@@ -101,7 +101,7 @@ void TestProfile::reads()
     QCOMPARE(Read(u"Capture Setting"_s, u"Sizes"_s), expected);
 }
 
-void TestProfile::cutsToTheBuffer_data()
+void ProfileTest::cutsToTheBuffer_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<int>("size");
@@ -113,7 +113,7 @@ void TestProfile::cutsToTheBuffer_data()
     QTest::newRow("no buffer") << u"1"_s << 0 << u""_s;
 }
 
-void TestProfile::cutsToTheBuffer()
+void ProfileTest::cutsToTheBuffer()
 {
     QFETCH(QString, value);
     QFETCH(int, size);
@@ -123,7 +123,7 @@ void TestProfile::cutsToTheBuffer()
     QCOMPARE(m_profile.GetPrivateProfileString(u"S"_s, u"missing"_s, value, size, Path()), expected);
 }
 
-void TestProfile::writes_data()
+void ProfileTest::writes_data()
 {
     QTest::addColumn<QByteArray>("before");
     QTest::addColumn<QByteArray>("after");
@@ -135,7 +135,7 @@ void TestProfile::writes_data()
     QTest::newRow("changes the first of equal keys") << QByteArray("[S]\nk=1\nK=2\n") << QByteArray("[S]\nk=7\nK=2\n");
 }
 
-void TestProfile::writes()
+void ProfileTest::writes()
 {
     QFETCH(QByteArray, before);
     QFETCH(QByteArray, after);
@@ -145,7 +145,7 @@ void TestProfile::writes()
 }
 
 /// Bytes that are no text of the code page are another program's, and stay.
-void TestProfile::leavesOtherBytesAlone()
+void ProfileTest::leavesOtherBytesAlone()
 {
     constexpr char bytes[] = "[\xFF\xFE]\n\x80\x81=\xFF \n\xEC\x9C\x84=\xED\x99\x94\x00z\n";
     const QByteArray odd(bytes, sizeof bytes - 1);
@@ -154,7 +154,7 @@ void TestProfile::leavesOtherBytesAlone()
     QVERIFY(Content().startsWith(odd));
 }
 
-void TestProfile::makesTheFile()
+void ProfileTest::makesTheFile()
 {
     for (const QString& key : {u"Devices"_s, u"Sizes"_s, u"Colors"_s, u"sources"_s})
         QVERIFY(m_profile.WritePrivateProfileString(u"Capture Setting"_s, key, u"2"_s, Path()));
@@ -162,14 +162,14 @@ void TestProfile::makesTheFile()
     QCOMPARE(Read(u"Capture Setting"_s, u"Sources"_s, 10), u"2"_s);
 }
 
-void TestProfile::failsQuietly()
+void ProfileTest::failsQuietly()
 {
     QVERIFY(QDir(m_folder->path()).rmdir(u"설정"_s));
     QVERIFY(!m_profile.WritePrivateProfileString(u"S"_s, u"K"_s, u"7"_s, Path()));
     QCOMPARE(Read(u"S"_s, u"K"_s), u"0"_s);
 }
 
-void TestProfile::writtenValuesReadBack_data()
+void ProfileTest::writtenValuesReadBack_data()
 {
     QTest::addColumn<QString>("value");
     QTest::addColumn<QString>("expected");
@@ -180,7 +180,7 @@ void TestProfile::writtenValuesReadBack_data()
     QTest::newRow("line ends") << u"a\r\n[b]\nc"_s << u"a [b] c"_s;
 }
 
-void TestProfile::writtenValuesReadBack()
+void ProfileTest::writtenValuesReadBack()
 {
     QFETCH(QString, value);
     QFETCH(QString, expected);
@@ -188,5 +188,5 @@ void TestProfile::writtenValuesReadBack()
     QCOMPARE(Read(u"글꼴"_s, u"이름"_s), expected);
 }
 
-QTEST_GUILESS_MAIN(TestProfile)
-#include "test_profile.moc"
+QTEST_GUILESS_MAIN(ProfileTest)
+#include "ProfileTest.moc"

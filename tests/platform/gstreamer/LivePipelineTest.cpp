@@ -18,7 +18,7 @@ LiveSource Source(quint32 fourcc, const QByteArray& elements)
 }
 } // namespace
 
-class TestLivePipeline : public QObject
+class LivePipelineTest : public QObject
 {
     Q_OBJECT
 
@@ -135,5 +135,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestLivePipeline)
-#include "test_live_pipeline.moc"
+QTEST_GUILESS_MAIN(LivePipelineTest)
+#include "LivePipelineTest.moc"

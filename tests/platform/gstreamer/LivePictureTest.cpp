@@ -42,7 +42,7 @@ qsizetype Threads()
 }
 } // namespace
 
-class TestLivePicture : public QObject
+class LivePictureTest : public QObject
 {
     Q_OBJECT
 
@@ -341,5 +341,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestLivePicture)
-#include "test_live_picture.moc"
+QTEST_MAIN(LivePictureTest)
+#include "LivePictureTest.moc"

@@ -74,7 +74,7 @@ void CompareBars(const QImage& picture, bool isGrey, int tolerance)
 }
 } // namespace
 
-class TestStillEncoding : public QObject
+class StillEncodingTest : public QObject
 {
     Q_OBJECT
 
@@ -156,5 +156,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestStillEncoding)
-#include "test_still_encoding.moc"
+QTEST_GUILESS_MAIN(StillEncodingTest)
+#include "StillEncodingTest.moc"

@@ -8,7 +8,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestTables : public QObject
+class TablesTest : public QObject
 {
     Q_OBJECT
 
@@ -24,13 +24,13 @@ private:
     PrivateMariaDb m_server;
 };
 
-void TestTables::initTestCase()
+void TablesTest::initTestCase()
 {
     RegisterSql();
     QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
 }
 
-void TestTables::keeperMakesATable_data()
+void TablesTest::keeperMakesATable_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("table");
@@ -50,7 +50,7 @@ void TestTables::keeperMakesATable_data()
     }
 }
 
-void TestTables::keeperMakesATable()
+void TablesTest::keeperMakesATable()
 {
     QFETCH(QString, driver);
     QFETCH(QString, table);
@@ -75,7 +75,7 @@ void TestTables::keeperMakesATable()
     QCOMPARE(made, 2);
 }
 
-void TestTables::keeperRefusesATableOfTheClinic()
+void TablesTest::keeperRefusesATableOfTheClinic()
 {
     ClinicDatabase clinic(u"QSQLITE"_s, nullptr);
     QVERIFY2(clinic.Make({u"ca"_s}), qPrintable(clinic.Fault()));
@@ -87,7 +87,7 @@ void TestTables::keeperRefusesATableOfTheClinic()
     QVERIFY_EXCEPTION_THROWN(keeper->tablecreate(none, u"endo"_s, QString()), PlatformError);
 }
 
-void TestTables::statementsUseAKey_data()
+void TablesTest::statementsUseAKey_data()
 {
     QTest::addColumn<QString>("statement");
     QTest::addColumn<QString>("onServer");
@@ -116,7 +116,7 @@ void TestTables::statementsUseAKey_data()
 }
 
 /// Both engines answer the statement from the key that was made for it, without a sort.
-void TestTables::statementsUseAKey()
+void TablesTest::statementsUseAKey()
 {
     QFETCH(QString, statement);
     QFETCH(QString, onServer);
@@ -153,5 +153,5 @@ void TestTables::statementsUseAKey()
     QVERIFY2(filed->Eof(), "a sort comes behind the key");
 }
 
-QTEST_GUILESS_MAIN(TestTables)
-#include "test_tables.moc"
+QTEST_GUILESS_MAIN(TablesTest)
+#include "TablesTest.moc"

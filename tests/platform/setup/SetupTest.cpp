@@ -26,7 +26,7 @@ struct Outcome
 };
 } // namespace
 
-class TestSetup : public QObject
+class SetupTest : public QObject
 {
     Q_OBJECT
 
@@ -70,14 +70,14 @@ private:
     std::shared_ptr<ClinicDatabase> m_clinic; ///< Of the present test.
 };
 
-void TestSetup::Engines()
+void SetupTest::Engines()
 {
     QTest::addColumn<QString>("driver");
     QTest::newRow("MariaDB") << u"QMARIADB"_s;
     QTest::newRow("SQLite") << u"QSQLITE"_s;
 }
 
-void TestSetup::initTestCase()
+void SetupTest::initTestCase()
 {
     RegisterFiles();
     RegisterSetup();
@@ -85,7 +85,7 @@ void TestSetup::initTestCase()
     QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
 }
 
-void TestSetup::init()
+void SetupTest::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     auto desktop = std::make_unique<ScriptedDesktop>();
@@ -94,12 +94,12 @@ void TestSetup::init()
     m_clinic.reset();
 }
 
-void TestSetup::cleanup()
+void SetupTest::cleanup()
 {
     qunsetenv("CAPTURE_STATION_SETUP");
 }
 
-void TestSetup::UseClinic()
+void SetupTest::UseClinic()
 {
     QFETCH(QString, driver);
     m_clinic = m_clinics.value(driver);
@@ -110,7 +110,7 @@ void TestSetup::UseClinic()
     m_clinics.insert(driver, m_clinic);
 }
 
-QString TestSetup::GoodFile() const
+QString SetupTest::GoodFile() const
 {
     const DatabaseSettings& database = m_clinic->Settings();
     return u"; 의원의 설정\n"
@@ -123,14 +123,14 @@ QString TestSetup::GoodFile() const
                                                                              database.name, database.user, Folder());
 }
 
-void TestSetup::Put(const QByteArray& content, const QString& name)
+void SetupTest::Put(const QByteArray& content, const QString& name)
 {
     QFile file(m_folder->filePath(name));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(content);
 }
 
-QString TestSetup::Changed(const QString& key, const QString& line) const
+QString SetupTest::Changed(const QString& key, const QString& line) const
 {
     QStringList lines = GoodFile().split(u'\n');
     for (QString& each : lines) {
@@ -140,7 +140,7 @@ QString TestSetup::Changed(const QString& key, const QString& line) const
     return lines.join(u'\n');
 }
 
-Outcome TestSetup::SetupRead(bool openConnection)
+Outcome SetupTest::SetupRead(bool openConnection)
 {
     Outcome outcome;
     auto& desktop = static_cast<ScriptedDesktop&>(UseService<Desktop>());
@@ -153,7 +153,7 @@ Outcome TestSetup::SetupRead(bool openConnection)
     return outcome;
 }
 
-void TestSetup::readsAGoodFile_data()
+void SetupTest::readsAGoodFile_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("encoding");
@@ -163,7 +163,7 @@ void TestSetup::readsAGoodFile_data()
     }
 }
 
-void TestSetup::readsAGoodFile()
+void SetupTest::readsAGoodFile()
 {
     QFETCH(QString, encoding);
     UseClinic();
@@ -192,7 +192,7 @@ void TestSetup::readsAGoodFile()
     QCOMPARE(outcome.noted, QString());
 }
 
-void TestSetup::tellsWhatIsWrong_data()
+void SetupTest::tellsWhatIsWrong_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("key");
@@ -222,7 +222,7 @@ void TestSetup::tellsWhatIsWrong_data()
     }
 }
 
-void TestSetup::tellsWhatIsWrong()
+void SetupTest::tellsWhatIsWrong()
 {
     QFETCH(QString, key);
     QFETCH(QString, line);
@@ -238,7 +238,7 @@ void TestSetup::tellsWhatIsWrong()
     QVERIFY(key != u"CommPort" || !QDir(Folder() + u"/캡쳐"_s).exists()); // nothing is made in place of the share
 }
 
-void TestSetup::tellsAllThatIsWrongAtOnce()
+void SetupTest::tellsAllThatIsWrongAtOnce()
 {
     Put("[Database]\nDriver=QSQLITE\n[Client]\nEtcList=..\nCaptureRoot=\n");
     const Outcome several = SetupRead();
@@ -261,7 +261,7 @@ void TestSetup::tellsAllThatIsWrongAtOnce()
     QVERIFY(SetupRead().shown.value(0).contains(u"Name의 글자를 읽을 수 없습니다."_s));
 }
 
-void TestSetup::missingTables()
+void SetupTest::missingTables()
 {
     QFETCH(QString, driver);
     m_clinic = std::make_shared<ClinicDatabase>(driver, &m_server);
@@ -276,7 +276,7 @@ void TestSetup::missingTables()
     QVERIFY2(outcome.shown.first().contains(u"테이블이 없습니다.!! (ca, so, yk)"_s), qPrintable(outcome.shown.first()));
 }
 
-void TestSetup::findsTheFile()
+void SetupTest::findsTheFile()
 {
     const Outcome nowhere = SetupRead();
     QVERIFY(!nowhere.started);
@@ -297,7 +297,7 @@ void TestSetup::findsTheFile()
     QVERIFY(missing.shown.value(0).contains(u"없음.ini"_s) && !missing.shown.value(0).contains(u"/etc"_s));
 }
 
-void TestSetup::endsTheRoot_data()
+void SetupTest::endsTheRoot_data()
 {
     QTest::addColumn<QString>("root");
     QTest::addColumn<QString>("expected");
@@ -309,7 +309,7 @@ void TestSetup::endsTheRoot_data()
     QTest::newRow("from the file's folder") << u"캡쳐\\a"_s << u"%1/캡쳐\\a\\"_s << true;
 }
 
-void TestSetup::endsTheRoot()
+void SetupTest::endsTheRoot()
 {
     QFETCH(QString, root);
     QFETCH(QString, expected);
@@ -323,14 +323,14 @@ void TestSetup::endsTheRoot()
     QCOMPARE(outcome.noted.contains(u"CaptureRoot"_s), noted);
 }
 
-void TestSetup::mountedRootIsTaken()
+void SetupTest::mountedRootIsTaken()
 {
     Put("[Database]\nDriver=QSQLITE\nName=x\n[Client]\nCaptureRoot=/proc/\nCaptureMount=1\n");
     const Outcome outcome = SetupRead(false);
     QVERIFY2(outcome.started, qPrintable(outcome.shown.join(u'\n')));
 }
 
-void TestSetup::readsThePasswordFile_data()
+void SetupTest::readsThePasswordFile_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QByteArray>("content");
@@ -341,7 +341,7 @@ void TestSetup::readsThePasswordFile_data()
     QTest::newRow("another password") << u"QMARIADB"_s << QByteArray("비밀") << false;
 }
 
-void TestSetup::readsThePasswordFile()
+void SetupTest::readsThePasswordFile()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, opens);
@@ -356,7 +356,7 @@ void TestSetup::readsThePasswordFile()
     QVERIFY(opens || outcome.shown.value(0).contains(u"암호가 맞지 않습니다.!!"_s));
 }
 
-void TestSetup::notesAnOpenPassword()
+void SetupTest::notesAnOpenPassword()
 {
     const QByteArray begin = "[Client]\nCaptureRoot=a/\n[Database]\nDriver=QSQLITE\nName=x\n";
     const QString setup = m_folder->filePath(u"Setup.ini"_s);
@@ -382,7 +382,7 @@ void TestSetup::notesAnOpenPassword()
     QVERIFY(SetupRead(false).noted.contains(secret));
 }
 
-void TestSetup::readsWithoutTheDatabase()
+void SetupTest::readsWithoutTheDatabase()
 {
     Put("[Database]\nDriver=QSQLITE\nName=missing\n[Client]\nCaptureRoot=a/\nEtcList=\n");
     const Outcome outcome = SetupRead(false);
@@ -394,7 +394,7 @@ void TestSetup::readsWithoutTheDatabase()
     QVERIFY(!SetupRead(true).started);
 }
 
-void TestSetup::startsOnTheTrialClinic()
+void SetupTest::startsOnTheTrialClinic()
 {
     QFETCH(QString, driver);
     const QString trial = Folder() + u"/it's a trial"_s;
@@ -424,5 +424,5 @@ void TestSetup::startsOnTheTrialClinic()
     QVERIFY(outcome.connection->Execute(u" SELECT * FROM ca "_s)->Eof());
 }
 
-QTEST_GUILESS_MAIN(TestSetup)
-#include "test_setup.moc"
+QTEST_GUILESS_MAIN(SetupTest)
+#include "SetupTest.moc"

@@ -41,7 +41,7 @@ void InNextDialog(const std::function<void(QDialog&)>& act)
 }
 } // namespace
 
-class TestDriverDialogs : public QObject
+class DriverDialogsTest : public QObject
 {
     Q_OBJECT
 
@@ -167,5 +167,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDriverDialogs)
-#include "test_driver_dialogs.moc"
+QTEST_MAIN(DriverDialogsTest)
+#include "DriverDialogsTest.moc"

@@ -4,7 +4,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestSqliteDialect : public QObject
+class SqliteDialectTest : public QObject
 {
     Q_OBJECT
 
@@ -13,7 +13,7 @@ private Q_SLOTS:
     void translates();
 };
 
-void TestSqliteDialect::translates_data()
+void SqliteDialectTest::translates_data()
 {
     QTest::addColumn<QString>("statement");
     QTest::addColumn<QString>("expected");
@@ -32,12 +32,12 @@ void TestSqliteDialect::translates_data()
     QTest::newRow("tables in a text") << u"SELECT ' SHOW TABLES FROM x '"_s << u"SELECT ' SHOW TABLES FROM x '"_s;
 }
 
-void TestSqliteDialect::translates()
+void SqliteDialectTest::translates()
 {
     QFETCH(QString, statement);
     QFETCH(QString, expected);
     QCOMPARE(sqlite::Translated(statement), expected);
 }
 
-QTEST_GUILESS_MAIN(TestSqliteDialect)
-#include "test_sqlite_dialect.moc"
+QTEST_GUILESS_MAIN(SqliteDialectTest)
+#include "SqliteDialectTest.moc"

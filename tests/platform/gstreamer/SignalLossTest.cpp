@@ -9,7 +9,7 @@
 
 using namespace Qt::StringLiterals;
 
-class TestSignalLoss : public QObject
+class SignalLossTest : public QObject
 {
     Q_OBJECT
 
@@ -163,5 +163,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestSignalLoss)
-#include "test_signal_loss.moc"
+QTEST_MAIN(SignalLossTest)
+#include "SignalLossTest.moc"

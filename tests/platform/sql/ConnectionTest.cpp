@@ -42,7 +42,7 @@ QStringList ColumnOf(AdoRecordset& rows, const QString& column)
 }
 } // namespace
 
-class TestConnection : public QObject
+class ConnectionTest : public QObject
 {
     Q_OBJECT
 
@@ -90,26 +90,26 @@ private:
     ConnectionPointer m_connection;
 };
 
-void TestConnection::Engines()
+void ConnectionTest::Engines()
 {
     QTest::addColumn<QString>("driver");
     QTest::newRow("MariaDB") << u"QMARIADB"_s;
     QTest::newRow("SQLite") << u"QSQLITE"_s;
 }
 
-void TestConnection::initTestCase()
+void ConnectionTest::initTestCase()
 {
     QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
 }
 
-void TestConnection::cleanup()
+void ConnectionTest::cleanup()
 {
     m_connection.reset();
     m_clinic.reset();
 }
 
 /// A fresh database with some tables and a connection to it, on the engine of the test's row.
-void TestConnection::Begin(const QStringList& tables)
+void ConnectionTest::Begin(const QStringList& tables)
 {
     QFETCH(QString, driver);
     m_clinic = std::make_unique<ClinicDatabase>(driver, &m_server);
@@ -118,7 +118,7 @@ void TestConnection::Begin(const QStringList& tables)
     m_connection = OpenConnection(m_clinic->Settings());
 }
 
-void TestConnection::keepsTexts_data()
+void ConnectionTest::keepsTexts_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("text");
@@ -139,7 +139,7 @@ void TestConnection::keepsTexts_data()
     }
 }
 
-void TestConnection::keepsTexts()
+void ConnectionTest::keepsTexts()
 {
     Begin({u"ca"_s});
     QFETCH(QString, text);
@@ -151,7 +151,7 @@ void TestConnection::keepsTexts()
     QCOMPARE(rows->Fields(u"ca_chamgo"_s).toString(), text);
 }
 
-void TestConnection::replacesByPosition()
+void ConnectionTest::replacesByPosition()
 {
     Begin({u"ca"_s, u"cap"_s});
     const QString row = u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '%1',  '%2', '' ) "_s;
@@ -170,7 +170,7 @@ void TestConnection::replacesByPosition()
     QCOMPARE(ColumnOf(*pictures, u"cap_no"_s), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
 }
 
-void TestConnection::readsRows()
+void ConnectionTest::readsRows()
 {
     Begin({u"clinic"_s});
     QVERIFY2(m_clinic->Run(u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung) VALUES ('1', '20250101', '01'), "
@@ -203,7 +203,7 @@ void TestConnection::readsRows()
     QVERIFY(m_connection->Execute(u" DELETE FROM bh "_s)->Eof());
 }
 
-void TestConnection::numbersAndLeft()
+void ConnectionTest::numbersAndLeft()
 {
     Begin({u"cap"_s, u"caso"_s});
     const QString highest = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap  WHERE cap_chart = '1' "_s;
@@ -223,7 +223,7 @@ void TestConnection::numbersAndLeft()
     QCOMPARE(report->Fields(u"caso_no6"_s), QVariant(5LL));
 }
 
-void TestConnection::comparesTextsAlike()
+void ConnectionTest::comparesTextsAlike()
 {
     Begin({u"clinic"_s});
     QVERIFY2(
@@ -238,7 +238,7 @@ void TestConnection::comparesTextsAlike()
     QCOMPARE(nameOf(u" 00001234"_s), QStringList());
 }
 
-void TestConnection::listsTables()
+void ConnectionTest::listsTables()
 {
     Begin({u"caso"_s, u"endo"_s});
     const QString database = m_connection->DefaultDatabase();
@@ -257,7 +257,7 @@ void TestConnection::listsTables()
     QVERIFY_EXCEPTION_THROWN(tables->setFilter(u"endo"_s), PlatformError);
 }
 
-void TestConnection::tellsWhatFailed()
+void ConnectionTest::tellsWhatFailed()
 {
     Begin({u"cap"_s});
     const QString missing = FaultOf(*m_connection, u" SELECT * FROM nowhere "_s);
@@ -267,7 +267,7 @@ void TestConnection::tellsWhatFailed()
     QCOMPARE(m_connection->Execute(u" SELECT 1 AS one "_s)->Fields(u"one"_s).toInt(), 1);
 }
 
-void TestConnection::seesOtherClientsRows()
+void ConnectionTest::seesOtherClientsRows()
 {
     Begin({u"cap"_s});
     const auto other = OpenConnection(m_clinic->Settings());
@@ -278,7 +278,7 @@ void TestConnection::seesOtherClientsRows()
     }
 }
 
-void TestConnection::tellsWhyItCantOpen_data()
+void ConnectionTest::tellsWhyItCantOpen_data()
 {
     QTest::addColumn<QString>("field");
     QTest::addColumn<QString>("value");
@@ -295,7 +295,7 @@ void TestConnection::tellsWhyItCantOpen_data()
                                       << u"not a database"_s;
 }
 
-void TestConnection::tellsWhyItCantOpen()
+void ConnectionTest::tellsWhyItCantOpen()
 {
     QFETCH(QString, field);
     QFETCH(QString, value);
@@ -320,7 +320,7 @@ void TestConnection::tellsWhyItCantOpen()
     QVERIFY(QSqlDatabase::connectionNames().isEmpty());
 }
 
-void TestConnection::leavesNoConnectionBehind()
+void ConnectionTest::leavesNoConnectionBehind()
 {
     Begin({u"ca"_s});
     auto second = OpenConnection(m_clinic->Settings());
@@ -332,7 +332,7 @@ void TestConnection::leavesNoConnectionBehind()
     QVERIFY(!rows->Eof()); // rows read earlier stay good
 }
 
-void TestConnection::outlivesTheServer_data()
+void ConnectionTest::outlivesTheServer_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<QString>("how");
@@ -340,7 +340,7 @@ void TestConnection::outlivesTheServer_data()
         QTest::newRow(qPrintable(how)) << u"QMARIADB"_s << how;
 }
 
-void TestConnection::outlivesTheServer()
+void ConnectionTest::outlivesTheServer()
 {
     Begin({u"ca"_s});
     QFETCH(QString, how);
@@ -361,7 +361,7 @@ void TestConnection::outlivesTheServer()
     QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s).size(), 2);
 }
 
-void TestConnection::serverThatStaysAway()
+void ConnectionTest::serverThatStaysAway()
 {
     m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
     QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
@@ -375,7 +375,7 @@ void TestConnection::serverThatStaysAway()
     QCOMPARE(FaultOf(*m_connection, u" SELECT * FROM ca "_s), QString());
 }
 
-void TestConnection::repeatsOnlyWhatHelps_data()
+void ConnectionTest::repeatsOnlyWhatHelps_data()
 {
     QTest::addColumn<QString>("driver");
     QTest::addColumn<int>("number");
@@ -389,7 +389,7 @@ void TestConnection::repeatsOnlyWhatHelps_data()
     QTest::newRow("any other fault") << u"QMARIADB"_s << 1644 << 1 << 1 << false;
 }
 
-void TestConnection::repeatsOnlyWhatHelps()
+void ConnectionTest::repeatsOnlyWhatHelps()
 {
     Begin({});
     QFETCH(int, number);
@@ -411,7 +411,7 @@ void TestConnection::repeatsOnlyWhatHelps()
     QCOMPARE(m_connection->Execute(u" SELECT n FROM calls "_s)->Fields(u"n"_s).toInt(), runs);
 }
 
-void TestConnection::waitsForNoLockForever()
+void ConnectionTest::waitsForNoLockForever()
 {
     m_connection =
         OpenConnection({.driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"mysql"_s, .user = u"root"_s});
@@ -423,7 +423,7 @@ void TestConnection::waitsForNoLockForever()
     QVERIFY(!rows->Fields(u"mode"_s).toString().contains(u"STRICT"_s));
 }
 
-void TestConnection::filesTextThatAnOldTableCantHold()
+void ConnectionTest::filesTextThatAnOldTableCantHold()
 {
     m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
     QVERIFY2(m_clinic->Make({}), qPrintable(m_clinic->Fault()));
@@ -440,7 +440,7 @@ void TestConnection::filesTextThatAnOldTableCantHold()
     QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s), (QStringList{u"펲똠 ☆?."_s, u"열 글자보다 긴 참"_s}));
 }
 
-void TestConnection::databaseWithAHyphen()
+void ConnectionTest::databaseWithAHyphen()
 {
     QVERIFY2(m_server.Run(u"CREATE DATABASE `우리-의원`; CREATE TABLE `우리-의원`.endo (x INT);"_s),
              qPrintable(m_server.Fault()));
@@ -452,7 +452,7 @@ void TestConnection::databaseWithAHyphen()
     QVERIFY(!tables->Eof());
 }
 
-void TestConnection::damagedFileGivesNoShortList()
+void ConnectionTest::damagedFileGivesNoShortList()
 {
     m_clinic = std::make_unique<ClinicDatabase>(u"QSQLITE"_s, nullptr);
     QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
@@ -475,5 +475,5 @@ void TestConnection::damagedFileGivesNoShortList()
     QVERIFY2(fault.contains(u"malformed"_s), qPrintable(fault));
 }
 
-QTEST_GUILESS_MAIN(TestConnection)
-#include "test_connection.moc"
+QTEST_GUILESS_MAIN(ConnectionTest)
+#include "ConnectionTest.moc"

@@ -21,7 +21,7 @@ std::shared_ptr<FakeCamera> Camera(const QString& card, const QString& bus)
 }
 } // namespace
 
-class TestVideoDevices : public QObject
+class VideoDevicesTest : public QObject
 {
     Q_OBJECT
 
@@ -239,5 +239,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestVideoDevices)
-#include "test_video_devices.moc"
+QTEST_MAIN(VideoDevicesTest)
+#include "VideoDevicesTest.moc"
