@@ -8,6 +8,7 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
+#include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
@@ -55,6 +56,7 @@ int main(int argc, char* argv[])
     RegisterSql();
     RegisterSetup();
     RegisterImaging();
+    RegisterImageControl();
     RegisterGrid();
     RegisterVideo();
 

@@ -9,6 +9,7 @@
 #include "platform/desktop/register_desktop.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
+#include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/sql/register_sql.h"
@@ -43,6 +44,7 @@ StationInABox::StationInABox(const QString& driver)
     RegisterSql();
     RegisterGrid();
     RegisterImaging();
+    RegisterImageControl();
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());

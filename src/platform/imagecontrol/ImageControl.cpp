@@ -1,0 +1,281 @@
+#include "platform/imagecontrol/ImageControl.h"
+
+#include "contracts/files.h"
+#include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
+#include "contracts/twips.h"
+
+#include <QBuffer>
+#include <QFontMetricsF>
+#include <QImageWriter>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int JpegQuality = 90;
+constexpr int BarPixels = 15;
+/// Dots an inch of a picture, by which a font's points become pixels.
+constexpr qreal PictureDots = 96;
+constexpr qreal PointsPerInch = 72;
+
+/// The platform's colour number has red in its low byte.
+QRgb ColourOf(double number)
+{
+    const auto value = static_cast<quint32>(qBound(0.0, number, double(0xFFFFFF)));
+    return qRgb(static_cast<int>(value & 0xFF), static_cast<int>((value >> 8) & 0xFF),
+                static_cast<int>((value >> 16) & 0xFF));
+}
+
+QImage OnWhite(const QImage& picture)
+{
+    if (!picture.hasAlphaChannel())
+        return picture.convertToFormat(QImage::Format_RGB32);
+    QImage opaque(picture.size(), QImage::Format_RGB32);
+    opaque.fill(Qt::white);
+    QPainter(&opaque).drawImage(0, 0, picture);
+    return opaque;
+}
+
+int ButtonNumbers(Qt::MouseButtons buttons)
+{
+    return (buttons.testFlag(Qt::LeftButton) ? 1 : 0) | (buttons.testFlag(Qt::RightButton) ? 2 : 0) |
+           (buttons.testFlag(Qt::MiddleButton) ? 4 : 0);
+}
+
+int ShiftNumbers(Qt::KeyboardModifiers modifiers)
+{
+    return (modifiers.testFlag(Qt::ShiftModifier) ? 1 : 0) | (modifiers.testFlag(Qt::ControlModifier) ? 2 : 0) |
+           (modifiers.testFlag(Qt::AltModifier) ? 4 : 0);
+}
+} // namespace
+
+ImageControl::ImageControl()
+    : m_horizontalBar(new QScrollBar(Qt::Horizontal, this)), m_verticalBar(new QScrollBar(Qt::Vertical, this))
+{
+    m_view.setBarWidth(BarPixels);
+    for (QScrollBar* bar : {m_horizontalBar, m_verticalBar}) {
+        bar->hide();
+        bar->setCursor(Qt::ArrowCursor);
+        connect(bar, &QScrollBar::valueChanged, this, [this] {
+            m_view.setOrigin({m_horizontalBar->value(), m_verticalBar->value()});
+            update();
+        });
+    }
+}
+
+void ImageControl::setPicture(const QImage& picture)
+{
+    const bool sameSize = picture.size() == m_picture.size();
+    m_picture = picture;
+    m_picture.setDevicePixelRatio(1);
+    if (!sameSize)
+        LayOutView();
+    update();
+}
+
+void ImageControl::setSourceFile(const QString& path)
+{
+    setPicture(LoadPicture(path));
+}
+
+void ImageControl::setTargetFileType(int type)
+{
+    // Every code stands for the one format that is written.
+    Q_UNUSED(type);
+}
+
+void ImageControl::WriteTargetFile()
+{
+    if (m_picture.isNull())
+        throw PlatformError(u"저장할 그림이 없습니다.!!"_s);
+    QByteArray content;
+    QBuffer buffer(&content);
+    QImageWriter writer(&buffer, "jpeg");
+    writer.setQuality(JpegQuality);
+    if (!writer.write(OnWhite(m_picture)))
+        throw PlatformError(u"그림을 저장할 수 없습니다.!! (%1)"_s.arg(writer.errorString()));
+    WriteWholeFile(m_targetFile, content);
+}
+
+void ImageControl::ZoomToFit(int mode)
+{
+    Q_UNUSED(mode);
+    m_view.Fit();
+    LayOutView();
+}
+
+void ImageControl::ScaleBy(float factor)
+{
+    m_view.ScaleBy(static_cast<double>(factor));
+    LayOutView();
+}
+
+void ImageControl::setPointerStyle(int pointer)
+{
+    switch (pointer) {
+    case PointerCross:
+    case PointerPencil:
+        setCursor(Qt::CrossCursor);
+        break;
+    case PointerHand:
+        setCursor(Qt::OpenHandCursor);
+        break;
+    case PointerText:
+        setCursor(Qt::IBeamCursor);
+        break;
+    default:
+        setCursor(Qt::ArrowCursor);
+    }
+}
+
+// The frame is the widget itself, as its form laid it out: a zoom step's numbers neither shrink nor move it.
+void ImageControl::setFrameWidth(float width)
+{
+    Q_UNUSED(width);
+}
+
+void ImageControl::setFrameHeight(float height)
+{
+    Q_UNUSED(height);
+}
+
+void ImageControl::DrawLine(float x1, float y1, float x2, float y2, double colour)
+{
+    const auto line = m_drawStyle == DrawStyleDot ? outline::DottedLine : outline::Line;
+    Draw(line(QPointF(x1, y1), QPointF(x2, y2), m_drawWidth, m_picture.size()), colour);
+}
+
+void ImageControl::DrawRoundRect(float x1, float y1, float x2, float y2, int roundX, int roundY, double colour)
+{
+    Draw(outline::Box(QPointF(x1, y1), QPointF(x2, y2), roundX, roundY, m_drawWidth, m_picture.size()), colour);
+}
+
+void ImageControl::DrawArc(float x1, float y1, float x2, float y2, int /*start*/, int /*end*/, double colour)
+{
+    Draw(outline::Ellipse(QPointF(x1, y1), QPointF(x2, y2), m_drawWidth, m_picture.size()), colour);
+}
+
+void ImageControl::DrawText(float x, float y, const QString& text, double colour)
+{
+    if (m_picture.isNull())
+        return;
+    MakeDrawable();
+    QFont font = m_drawFont;
+    if (font.pointSizeF() > 0)
+        font.setPixelSize(qMax(1, qRound(font.pointSizeF() * PictureDots / PointsPerInch)));
+    font.setStrikeOut(false);
+    const QPointF baseline(x, static_cast<qreal>(y) + QFontMetricsF(font, &m_picture).ascent());
+    QPainter painter(&m_picture);
+    painter.setFont(font);
+    painter.setPen(QColor(ColourOf(colour)));
+    painter.drawText(baseline, text);
+    painter.end();
+    const QRectF box = QFontMetricsF(font, &m_picture).boundingRect(text).translated(baseline);
+    const qreal height = QFontMetricsF(font, &m_picture).height();
+    // Slanted letters and accents reach beyond their box.
+    ShowPart(box.adjusted(-height, -height, height, height).toAlignedRect());
+}
+
+void ImageControl::Draw(const outline::Spans& spans, double colour)
+{
+    if (spans.empty())
+        return;
+    MakeDrawable();
+    if (m_drawMode == DrawModeInvert)
+        outline::Invert(m_picture, spans);
+    else
+        outline::Paint(m_picture, spans, ColourOf(colour));
+    if (isVisible())
+        ShowPart(outline::Covered(spans, m_picture.size()));
+}
+
+void ImageControl::MakeDrawable()
+{
+    if (m_picture.format() != QImage::Format_RGB32)
+        m_picture = OnWhite(m_picture);
+}
+
+void ImageControl::ShowPart(const QRegion& pictureParts)
+{
+    QRegion changed;
+    for (const QRect& part : pictureParts)
+        changed += m_view.ViewFromPicture(QRectF(part)).toAlignedRect().adjusted(-1, -1, 1, 1);
+    update(changed);
+}
+
+void ImageControl::LayOutView()
+{
+    m_view.setSizes(m_picture.size(), size());
+    const QSize room = m_view.Room();
+    const QPoint last = m_view.LastOrigin();
+    const QPoint origin = m_view.Origin();
+    m_horizontalBar->setGeometry(0, height() - BarPixels, room.width(), BarPixels);
+    m_verticalBar->setGeometry(width() - BarPixels, 0, BarPixels, room.height());
+    m_horizontalBar->setRange(0, last.x());
+    m_verticalBar->setRange(0, last.y());
+    m_horizontalBar->setPageStep(room.width());
+    m_verticalBar->setPageStep(room.height());
+    m_horizontalBar->setValue(origin.x());
+    m_verticalBar->setValue(origin.y());
+    m_horizontalBar->setVisible(m_view.NeedsHorizontalBar());
+    m_verticalBar->setVisible(m_view.NeedsVerticalBar());
+    update();
+}
+
+void ImageControl::paintEvent(QPaintEvent* event)
+{
+    QPainter painter(this);
+    const QRectF shown = m_view.ViewFromPicture(QRectF(m_picture.rect()));
+    for (const QRect& beside : event->region() - QRegion(shown.toRect()))
+        painter.fillRect(beside, palette().color(QPalette::Base));
+    if (m_picture.isNull())
+        return;
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    painter.drawImage(shown, m_picture);
+}
+
+void ImageControl::resizeEvent(QResizeEvent* event)
+{
+    ImagXpress::resizeEvent(event);
+    LayOutView();
+}
+
+void ImageControl::wheelEvent(QWheelEvent* event)
+{
+    const bool sideways = event->modifiers().testFlag(Qt::ShiftModifier) || !m_verticalBar->isVisible();
+    QScrollBar* bar = sideways ? m_horizontalBar : m_verticalBar;
+    if (bar->isVisible())
+        bar->setValue(bar->value() - event->angleDelta().y());
+    event->accept();
+}
+
+void ImageControl::mousePressEvent(QMouseEvent* event)
+{
+    Tell(&ImagXpress::MouseDown, ButtonNumbers(event->button()), *event);
+}
+
+void ImageControl::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    // The second press of a quick pair is a press like the first.
+    mousePressEvent(event);
+}
+
+void ImageControl::mouseMoveEvent(QMouseEvent* event)
+{
+    Tell(&ImagXpress::MouseMove, ButtonNumbers(event->buttons()), *event);
+}
+
+void ImageControl::mouseReleaseEvent(QMouseEvent* event)
+{
+    Tell(&ImagXpress::MouseUp, ButtonNumbers(event->button()), *event);
+}
+
+void ImageControl::Tell(MouseSignal signal, int button, const QMouseEvent& event)
+{
+    const QPointF place = m_view.PictureFromView(event.position()) * TwipsPerPixel;
+    Q_EMIT(this->*signal)
+    (button, ShiftNumbers(event.modifiers()), static_cast<float>(place.x()), static_cast<float>(place.y()));
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers the image control under its component name.
+void RegisterImageControl();
