@@ -10,10 +10,12 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
+#include "support/FakeImagXpress.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -43,7 +45,9 @@ StationInABox::StationInABox(const QString& driver)
     RegisterSql();
     RegisterGrid();
     RegisterImaging();
+    RegisterPrinting();
     FakeVideoCap::Register();
+    FakeImagXpress::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());
     if (!m_database->Make({u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s, u"clinic"_s}) || !m_database->Run(Patient))
