@@ -10,6 +10,7 @@
 #include "platform/gstreamer/register_video.h"
 #include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
@@ -59,6 +60,7 @@ int main(int argc, char* argv[])
     RegisterImageControl();
     RegisterGrid();
     RegisterVideo();
+    RegisterPrinting();
 
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();

@@ -11,6 +11,7 @@
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
@@ -59,6 +60,7 @@ int StartStation()
     RegisterImaging();
     RegisterGrid();
     RegisterVideo();
+    RegisterPrinting();
     Main();
     if (Form<frmCapture>().sprCap(3).DataRowCnt() != 3)
         return 1;

@@ -29,13 +29,15 @@ public:
 /// The one printer of the process: the one chosen in the printer dialog, else the system's, or PDF files in a folder.
 PrinterObject& Printer();
 
-/// What the clinic's setup decides about printing.
+/// Where printed pages go: decided by the clinic's setup and by the printer dialog.
 class PrinterOptions
 {
 public:
     virtual ~PrinterOptions() = default;
     /// Pages become numbered PDF files in that folder; empty: the printer.
     virtual void UseFolder(const QString& folder) = 0;
+    /// The printer that the operator has chosen; empty: the system's default.
+    virtual void UsePrinter(const QString& name) = 0;
 };
 
 /// Print positions in twips: columns X(0) to X(70) and rows Y(0) to Y(80) of the page.

@@ -4,6 +4,7 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/PlatformError.h"
+#include "contracts/printing.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
 #include "launch/context/VisitContext.h"
@@ -59,6 +60,7 @@ bool OpenVisit()
     if (!ReadSetup())
         return false;
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
+    UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
 
     VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
     const LaunchString launch = CutLaunchString(command);

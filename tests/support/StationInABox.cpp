@@ -11,6 +11,7 @@
 #include "platform/grid/register_grid.h"
 #include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_scheme.h"
@@ -45,6 +46,7 @@ StationInABox::StationInABox(const QString& driver)
     RegisterGrid();
     RegisterImaging();
     RegisterImageControl();
+    RegisterPrinting();
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());

@@ -1,5 +1,7 @@
 #include "platform/desktop/QtDesktop.h"
 
+#include "contracts/components.h"
+#include "contracts/printing.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/program_folder.h"
 
@@ -146,10 +148,13 @@ void QtDesktop::ShowPrinterDialog()
             printer.setPrinterName(m_chosenPrinter);
         QPrintDialog dialog(&printer, QApplication::activeWindow());
         dialog.setObjectName(u"printerDialog"_s);
-        if (dialog.exec() == QDialog::Accepted)
+        if (dialog.exec() == QDialog::Accepted) {
             m_chosenPrinter = printer.printerName();
+            if (ServiceSlot<PrinterOptions>() != nullptr)
+                UseService<PrinterOptions>().UsePrinter(m_chosenPrinter);
+        }
     } catch (const std::exception&) {
-        // As told in the contract: nothing has happened.
+        // A failing dialog counts as a cancelled one.
     }
 }
 

@@ -1,0 +1,123 @@
+#include "platform/printing/PagePrinter.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+
+#include <QBuffer>
+#include <QPainter>
+#include <QPdfWriter>
+#include <QPrinter>
+#include <QPrinterInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int TwipsPerInch = 1440;
+constexpr int TwipsPerPoint = 20;
+constexpr int DotsPerInch = 600;
+constexpr int LastFileNumber = 999999;
+
+QString FileName(int number)
+{
+    return u"Page%1.pdf"_s.arg(number, 6, 10, QLatin1Char('0'));
+}
+
+int LastNumberIn(const QString& folder)
+{
+    int last = 0;
+    for (const QString& name : Files().FilesStartingWith(folder, u"Page"_s))
+        last = qMax(last, QStringView(name).mid(4, 6).toInt());
+    return last;
+}
+
+/// A4 where the page fits on it, else a sheet of the page's own size.
+QPageLayout SheetLayout(float widthTwips, float heightTwips)
+{
+    QPageSize sheet(QPageSize::A4);
+    const QSizeF points(widthTwips / TwipsPerPoint, heightTwips / TwipsPerPoint);
+    const QSizeF a4 = sheet.size(QPageSize::Point);
+    if (points.width() > a4.width() || points.height() > a4.height())
+        sheet = QPageSize(points, QPageSize::Point, QString(), QPageSize::ExactMatch);
+    QPageLayout layout(sheet, QPageLayout::Portrait, QMarginsF());
+    layout.setMode(QPageLayout::FullPageMode);
+    return layout;
+}
+
+} // namespace
+
+PagePrinter::PagePrinter(std::shared_ptr<PrintTarget> target) : m_target(std::move(target))
+{
+    m_font.setHintingPreference(QFont::PreferNoHinting);
+    setFontSize(10);
+}
+
+void PagePrinter::setFontSize(int points)
+{
+    m_font.setPixelSize(points * TwipsPerPoint);
+}
+
+void PagePrinter::EndDoc()
+{
+    const std::vector<Drawing> drawings = std::exchange(m_drawings, {});
+    if (m_target->folder.isEmpty())
+        PrintToPrinter(drawings);
+    else
+        PrintToFolder(drawings);
+}
+
+void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
+{
+    QByteArray content;
+    QBuffer buffer(&content);
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter writer(&buffer);
+    writer.setResolution(DotsPerInch);
+    if (!Paint(writer, DotsPerInch, drawings))
+        throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
+
+    const QString folder = m_target->folder + u'\\';
+    MakeFolder(folder);
+    // Other stations may print into the same folder.
+    for (int number = LastNumberIn(folder) + 1; number <= LastFileNumber; ++number) {
+        if (Files().WriteNewFile(folder + FileName(number), content))
+            return;
+    }
+    throw PlatformError(u"인쇄 폴더에 파일이 너무 많습니다.!!"_s);
+}
+
+void PagePrinter::PrintToPrinter(const std::vector<Drawing>& drawings) const
+{
+    const QPrinterInfo info =
+        m_target->printer.isEmpty() ? QPrinterInfo::defaultPrinter() : QPrinterInfo::printerInfo(m_target->printer);
+    if (info.isNull()) {
+        throw PlatformError(m_target->printer.isEmpty()
+                                ? u"프린터가 없습니다. 프린터를 확인하세요.!!"_s
+                                : u"프린터 %1을(를) 찾을 수 없습니다.!!"_s.arg(m_target->printer));
+    }
+    QPrinter printer(info, QPrinter::HighResolution);
+    printer.setResolution(DotsPerInch);
+    printer.setDocName(u"capture-station"_s);
+    if (!Paint(printer, printer.resolution(), drawings) || printer.printerState() == QPrinter::Error)
+        throw PlatformError(u"프린터 %1이(가) 인쇄를 받지 않습니다.!!"_s.arg(info.printerName()));
+}
+
+bool PagePrinter::Paint(QPagedPaintDevice& device, int dotsPerInch, const std::vector<Drawing>& drawings) const
+{
+    const QPageLayout layout = SheetLayout(m_width, m_height);
+    device.setPageLayout(layout);
+    QPainter painter;
+    if (!painter.begin(&device))
+        return false;
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const qreal scale = static_cast<qreal>(dotsPerInch) / TwipsPerInch;
+    painter.scale(scale, scale);
+    const QSizeF sheet = layout.fullRect(QPageLayout::Point).size() * TwipsPerPoint;
+    painter.translate((sheet.width() - m_width) / 2, (sheet.height() - m_height) / 2);
+    for (const Drawing& drawing : drawings) {
+        painter.save();
+        drawing(painter);
+        painter.restore();
+    }
+    return painter.end();
+}

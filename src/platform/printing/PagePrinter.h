@@ -1,0 +1,52 @@
+#pragma once
+
+#include "contracts/printing.h"
+
+#include <QFont>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QPagedPaintDevice;
+class QPainter;
+
+/// Where pages go; shared by the printer and its options.
+struct PrintTarget
+{
+    QString folder;  ///< Pages become PDF files there; empty: the printer.
+    QString printer; ///< Empty: the system's default printer.
+};
+
+/// Keeps what is drawn until the sheet is sent, so that a printer is asked for only then and gets all of it or nothing.
+class PagePrinter final : public PrinterObject
+{
+public:
+    /// Draws in twips from the page's corner.
+    using Drawing = std::function<void(QPainter&)>;
+
+    explicit PagePrinter(std::shared_ptr<PrintTarget> target);
+
+    void setHeight(float twips) override { m_height = twips; }
+    void setWidth(float twips) override { m_width = twips; }
+    void setFontName(const QString& name) override { m_font.setFamily(name); }
+    void setFontSize(int points) override;
+    void setFontBold(bool on) override { m_font.setBold(on); }
+    void setFontUnderline(bool on) override { m_font.setUnderline(on); }
+    void EndDoc() override;
+
+    /// The font as it is set now, in twips.
+    const QFont& Font() const { return m_font; }
+    void Draw(Drawing drawing) { m_drawings.push_back(std::move(drawing)); }
+
+private:
+    void PrintToFolder(const std::vector<Drawing>& drawings) const;
+    void PrintToPrinter(const std::vector<Drawing>& drawings) const;
+    bool Paint(QPagedPaintDevice& device, int dotsPerInch, const std::vector<Drawing>& drawings) const;
+
+    std::shared_ptr<PrintTarget> m_target;
+    QFont m_font;
+    float m_width = 11184; ///< A4 within the margins of an ordinary printer.
+    float m_height = 16243;
+    std::vector<Drawing> m_drawings;
+};
