@@ -19,6 +19,8 @@
 #include "records/patient_lookup.h"
 #include "records/tables.h"
 #include "records/text/text_routines.h"
+#include "viewing/CaptureSheet.h"
+#include "viewing/sheet_pictures.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -109,6 +111,8 @@ void frmCapture::RunButton(const QString& caption)
         m_stills->SaveVisitNote();
     else if (caption == u"삭제"_s)
         m_deletion->DeleteCurrentVisit();
+    else if (caption == u"출력"_s)
+        PrintGridCaptures(1);
     else if (caption == u"취소"_s) {
         Clear();
         ShowStored();
@@ -135,6 +139,23 @@ void frmCapture::RunPopupEntry(const QString& entry)
         m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow);
     else if (entry == u"전체지우기"_s)
         m_deletion->DeleteShownVisit(m_popupGrid);
+    else if (entry == u"출력"_s)
+        PrintGridCaptures(2);
+}
+
+void frmCapture::PrintGridCaptures(int gridNumber)
+{
+    CaptureSheetRecord sheet;
+    ClearCaptureSheetRecord(sheet);
+    FillCaptureSheetRecord(sheet, *m_sbarCap);
+    const CaptureVisit visit = m_history->ShownVisit(gridNumber);
+    sheet.Ymd = visit.ymd;
+    sheet.Etc = visit.etc;
+    sheet.Pictures = SheetPictures(sprCap(gridNumber), gridNumber, visit.captureDir, visit.etc, visit.chart, visit.ymd);
+    if (sheet.Pictures.isEmpty())
+        return;
+    const BusyPointer busy;
+    PrintCaptureSheet(sheet, *m_picture1);
 }
 
 void frmCapture::Connect()

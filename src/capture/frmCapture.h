@@ -11,6 +11,7 @@
 
 class CommandBar;
 class fpSpread;
+class ImagXpress;
 class NoteBox;
 class QComboBox;
 class QLabel;
@@ -56,6 +57,8 @@ private:
     void RunButton(const QString& caption);
     void RunMenuEntry(const QString& entry);
     void RunPopupEntry(const QString& entry);
+    /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
+    void PrintGridCaptures(int gridNumber);
     void Connect();
     void ShowDriverDialog(int dialog);
 
@@ -75,6 +78,7 @@ private:
     QLabel* m_lblHisYmd = nullptr;
     QLabel* m_lblHisEtc = nullptr;
     QMenu* m_popup = nullptr;
+    ImagXpress* m_picture1 = nullptr; ///< Never shown: carries pictures to the printed page.
 
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;

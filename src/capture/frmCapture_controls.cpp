@@ -2,6 +2,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
+#include "contracts/ImagXpress.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/twips.h"
 #include "contracts/VideoCap.h"
@@ -77,6 +78,10 @@ void frmCapture::BuildControls()
     m_lblMovie = Named(new QLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
     m_lblMovieStatus =
         Named(new QLabel(this), u"lblMovieStatus"_s, u"동영상 프레임"_s, RectFromTwips(9480, 1695, 5745, 240));
+
+    m_picture1 = Named(&PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this), u"Picture1"_s, QString(),
+                       RectFromTwips(15960, 1320, 10215, 8535));
+    m_picture1->hide();
 
     auto* pic = Named(new QWidget(this), u"pic"_s, u"캡쳐과거내역"_s, RectFromTwips(8415, 1950, 6810, 8535));
     MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <type_traits>
 #include <utility>
 
 namespace guard {
@@ -33,10 +34,16 @@ bool Guarded(Handler&& handler)
     }
 }
 
-/// A slot that runs `handler` with the signal's arguments under `Guarded`.
+/// A slot that runs `handler` under `Guarded`, with the signal's arguments or, where it takes none, without them.
 template <class Handler>
 auto GuardedSlot(Handler handler)
 {
-    return
-        [handler](auto&&... arguments) { Guarded([&] { handler(std::forward<decltype(arguments)>(arguments)...); }); };
+    return [handler](auto&&... arguments) {
+        Guarded([&] {
+            if constexpr (std::is_invocable_v<const Handler&, decltype(arguments)...>)
+                handler(std::forward<decltype(arguments)>(arguments)...);
+            else
+                handler();
+        });
+    };
 }

@@ -9,8 +9,10 @@
 #include "contracts/VideoCap.h"
 #include "launch/context/VisitContext.h"
 #include "launch/launch_string.h"
+#include "records/capture_index.h"
 #include "records/capture_scheme.h"
 #include "records/text/text_routines.h"
+#include "viewing/CapShow.h"
 
 #include <QComboBox>
 
@@ -47,6 +49,14 @@ void ShowCaptureScreen()
     screen.ShowStored();
 }
 
+void ShowViewer()
+{
+    CapShow& viewer = Form<CapShow>();
+    viewer.Show();
+    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
+                    VisitContext.Etc, viewer.sprCap(), 1, false);
+}
+
 /// True when a first screen is up.
 bool OpenVisit()
 {
@@ -77,8 +87,9 @@ bool OpenVisit()
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
 
     if (Trim(launch.mode) == u"C"_s)
-        return false;
-    ShowCaptureScreen();
+        ShowViewer();
+    else
+        ShowCaptureScreen();
     return true;
 }
 

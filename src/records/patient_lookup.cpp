@@ -12,8 +12,6 @@ PatientRecordFields PatientRecord;
 
 namespace {
 
-enum PatientPanel { PanelChart = 1, PanelYuhyung, PanelSuname, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
-
 QString NormalisedRate(const QString& text)
 {
     if (!IsNumericText(text))

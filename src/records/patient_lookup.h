@@ -17,6 +17,9 @@ struct PatientRecordFields
 
 extern PatientRecordFields PatientRecord;
 
+/// Panels of a screen's status bar.
+enum PatientPanel { PanelChart = 1, PanelYuhyung, PanelSuname, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
+
 /// Fills the eight panels from the visit and its patient. What the look-up has to say about the patient's data stands
 /// as the remark of panel 3.
 void ShowPatientPanels(StatusPanels& bar);

@@ -7,6 +7,7 @@
 #include "records/NoteBox.h"
 #include "records/text/text_routines.h"
 #include "support/StationInABox.h"
+#include "viewing/CapShow.h"
 
 #include <QComboBox>
 #include <QTest>
@@ -107,6 +108,16 @@ private Q_SLOTS:
         } else {
             QVERIFY(!FolderExists(m_box->Root() + u"2026\\위내시경Log"_s));
         }
+    }
+
+    void CapitalCOpensTheViewer()
+    {
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1);
+        m_box->Desk().command = u"C01 00001234011120261124위내시경"_s;
+        Main();
+        QVERIFY(IsFormLoaded(u"CapShow"_s) && !IsFormLoaded(u"frmCapture"_s));
+        QCOMPARE(Form<CapShow>().sprCap().DataRowCnt(), 2);
+        QCOMPARE(FakeVideoCap::Last(), nullptr);
     }
 
     void FieldsOfTheVisit()

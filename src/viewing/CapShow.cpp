@@ -1,0 +1,132 @@
+#include "viewing/CapShow.h"
+
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "contracts/ImagXpress.h"
+#include "contracts/pictures.h"
+#include "contracts/setup_components.h"
+#include "contracts/StatusPanels.h"
+#include "contracts/twips.h"
+#include "editor/open_picture_editor.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "records/patient_lookup.h"
+#include "records/text/text_routines.h"
+#include "viewing/CaptureSheet.h"
+#include "viewing/sheet_pictures.h"
+
+#include <QLabel>
+#include <QMenu>
+
+using namespace Qt::StringLiterals;
+
+CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
+{
+    BuildControls();
+    LayOutGrid();
+    connect(m_sprCap, &fpSpread::DblClick, this,
+            GuardedSlot([this](int column, int row) { OpenEditorFromCell(column, row); }));
+    connect(m_sprCap, &fpSpread::RightClick, this, GuardedSlot([this](int, int, int, int x, int y) {
+                m_popup->popup(m_sprCap->mapToGlobal(QPoint(PixelsFromTwips(x), PixelsFromTwips(y))));
+            }));
+    connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
+}
+
+void CapShow::BuildControls()
+{
+    setWindowTitle(u"캡쳐이미지 "_s);
+    setFixedSize(PixelsFromTwips(12960), PixelsFromTwips(9750));
+    m_sbarCap = &PlaceControl<StatusPanels>(u"MSComctlLib.StatusBar"_s, this);
+    m_sbarCap->setObjectName(u"sbarCap"_s);
+    m_sbarCap->setAccessibleName(u"환자 정보"_s);
+    m_sbarCap->setGeometry(RectFromTwips(0, 0, 12960, 285));
+    m_sbarCap->setPanelCount(8);
+    m_lblYmd = new QLabel(this);
+    m_lblYmd->setObjectName(u"lblYmd"_s);
+    m_lblYmd->setAccessibleName(u"캡쳐일자"_s);
+    m_lblYmd->setGeometry(RectFromTwips(120, 300, 1500, 285));
+    m_lblEtc = new QLabel(this);
+    m_lblEtc->setObjectName(u"lblEtc"_s);
+    m_lblEtc->setAccessibleName(u"캡쳐종류"_s);
+    m_lblEtc->setGeometry(RectFromTwips(1680, 300, 6000, 285));
+    m_sprCap = &PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this);
+    m_sprCap->setObjectName(u"sprCap"_s);
+    m_sprCap->setAccessibleName(u"캡쳐그림"_s);
+    m_sprCap->setGeometry(RectFromTwips(0, 600, 12960, 9120));
+    m_picture1 = &PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this);
+    m_picture1->setObjectName(u"Picture1"_s);
+    m_picture1->hide();
+    m_popup = new QMenu(this);
+    m_popup->setObjectName(u"이미지팝업"_s);
+    m_popup->addAction(u"출력"_s)->setObjectName(u"출력"_s);
+}
+
+void CapShow::LayOutGrid()
+{
+    constexpr int Columns = 5;
+    constexpr int Rows = 50;
+    m_sprCap->setHeadingsVisible(false, false);
+    m_sprCap->setMaxCols(Columns);
+    m_sprCap->setMaxRows(Rows);
+    m_sprCap->setDefaultRowHeight(13.3);
+    for (int column = 1; column <= Columns; ++column) {
+        m_sprCap->setColWidth(column, 21);
+        m_sprCap->setStoredCellType(column, 0, CellTypeStaticText);
+    }
+    for (int row = 1; row <= Rows; row += 2)
+        m_sprCap->setRowHeight(row, 86);
+}
+
+void CapShow::Form_Load()
+{
+    CreateObject<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s)
+        ->skinchang(*this, static_cast<int>(winId()), Connection);
+    move(0, 0);
+    ShowPatientPanels(*m_sbarCap);
+    m_lblYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
+    m_lblEtc->setText(VisitContext.Etc);
+}
+
+void CapShow::Form_Unload()
+{
+    m_sprCap->BeginFill();
+    EndProgram();
+}
+
+void CapShow::OpenEditorFromCell(int column, int row)
+{
+    if (row % 2 == 0)
+        return;
+    m_sprCap->setRow(row + 1);
+    m_sprCap->setCol(column);
+    const QString number = m_sprCap->Text();
+    if (!IsNumericText(number))
+        return;
+    const QString path = PicturePath(VisitContext.CaptureDir, VisitContext.Etc, VisitContext.Chart, VisitContext.Ymd,
+                                     WholeNumber(number), VisitContext.ImageExt);
+    if (!FileExists(path))
+        return;
+    OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
+                      VisitContext.Etc, *m_sprCap, column, row);
+    m_sprCap->setRow(row);
+    m_sprCap->setCol(column);
+    m_sprCap->setCellType(CellTypePicture);
+    m_sprCap->setTypePictCenter(true);
+    m_sprCap->setTypePictStretch(true);
+    m_sprCap->setTypePictPicture(Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
+}
+
+void CapShow::PrintShownCaptures()
+{
+    CaptureSheetRecord sheet;
+    ClearCaptureSheetRecord(sheet);
+    FillCaptureSheetRecord(sheet, *m_sbarCap);
+    sheet.Pictures = SheetPictures(*m_sprCap, 1, VisitContext.CaptureDir, sheet.Etc, sheet.Chart, sheet.Ymd);
+    if (sheet.Pictures.isEmpty())
+        return;
+    const BusyPointer busy;
+    PrintCaptureSheet(sheet, *m_picture1);
+}

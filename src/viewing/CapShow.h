@@ -1,0 +1,39 @@
+#pragma once
+
+#include "contracts/forms.h"
+
+class fpSpread;
+class ImagXpress;
+class QLabel;
+class QMenu;
+class StatusPanels;
+
+/// "캡쳐이미지 ": the pictures of one visit, to look at, mark up and print. Closing it ends the program.
+class CapShow : public StationForm
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char16_t* FormName = u"CapShow";
+
+    CapShow();
+
+    fpSpread& sprCap() { return *m_sprCap; }
+
+protected:
+    void Form_Load() override;
+    void Form_Unload() override;
+
+private:
+    void BuildControls();
+    void LayOutGrid();
+    void OpenEditorFromCell(int column, int row);
+    void PrintShownCaptures();
+
+    StatusPanels* m_sbarCap = nullptr;
+    fpSpread* m_sprCap = nullptr;
+    ImagXpress* m_picture1 = nullptr;
+    QLabel* m_lblYmd = nullptr;
+    QLabel* m_lblEtc = nullptr;
+    QMenu* m_popup = nullptr;
+};
