@@ -10,6 +10,7 @@
 #include "platform/gstreamer/register_video.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 
@@ -57,6 +58,7 @@ int main(int argc, char* argv[])
     RegisterImaging();
     RegisterGrid();
     RegisterVideo();
+    RegisterSerial();
 
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();

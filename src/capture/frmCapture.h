@@ -1,6 +1,8 @@
 #pragma once
 
 #include "capture/CaptureHistory.h"
+#include "capture/FootSwitch.h"
+#include "capture/MovieRecording.h"
 #include "capture/StillCapture.h"
 #include "capture/VisitNote.h"
 #include "contracts/forms.h"
@@ -10,6 +12,7 @@
 
 class CommandBar;
 class fpSpread;
+class MSComm;
 class NoteBox;
 class QComboBox;
 class QLabel;
@@ -64,6 +67,7 @@ private:
     CommandBar* m_tbarCap = nullptr;
     StatusPanels* m_sbarCap = nullptr;
     VideoCap* m_capCapture = nullptr;
+    MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
     QLineEdit* m_dtpYmd = nullptr;
     QComboBox* m_cmbEtc = nullptr;
@@ -77,6 +81,8 @@ private:
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
+    std::unique_ptr<FootSwitch> m_footSwitch;
+    std::unique_ptr<MovieRecording> m_movie;
 
     int m_popupRow = 0;
     int m_popupCol = 0;

@@ -3,6 +3,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
+#include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
@@ -59,6 +60,7 @@ bool OpenVisit()
     if (!ReadSetup())
         return false;
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
+    UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
 
     VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
     const LaunchString launch = CutLaunchString(command);

@@ -38,6 +38,7 @@ class NoOptions : public VideoOptions
 {
 public:
     void OfferTestPicture(bool) override {}
+    void RepairMovies(const QString&) override {}
 };
 
 } // namespace

@@ -11,6 +11,7 @@
 #include "platform/grid/register_grid.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/serial/register_serial.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
@@ -43,6 +44,7 @@ StationInABox::StationInABox(const QString& driver)
     RegisterSql();
     RegisterGrid();
     RegisterImaging();
+    RegisterSerial();
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());
