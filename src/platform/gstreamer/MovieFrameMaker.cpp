@@ -3,6 +3,8 @@
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/DisplayScaler.h"
 
+#include <array>
+#include <cstring>
 #include <turbojpeg.h>
 
 using namespace Qt::StringLiterals;
@@ -25,15 +27,29 @@ GstStructure* Options(QRect place)
                              GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_CONVERTER_OPT_DEST_X, G_TYPE_INT, place.x(),
                              GST_VIDEO_CONVERTER_OPT_DEST_Y, G_TYPE_INT, place.y(), GST_VIDEO_CONVERTER_OPT_DEST_WIDTH,
                              G_TYPE_INT, place.width(), GST_VIDEO_CONVERTER_OPT_DEST_HEIGHT, G_TYPE_INT, place.height(),
-                             nullptr);
+                             GST_VIDEO_CONVERTER_OPT_FILL_BORDER, G_TYPE_BOOLEAN, FALSE, nullptr);
+}
+
+/// From the limited range to the full one.
+void ExpandRange(QByteArray& planes, qsizetype lumaSize)
+{
+    static const auto tables = [] {
+        std::array<std::array<uchar, 256>, 2> made = {};
+        for (int value = 0; value < 256; ++value) {
+            made[0][size_t(value)] = uchar(qBound(0, ((value - 16) * 255 + 109) / 219, 255));
+            made[1][size_t(value)] = uchar(qBound(0, qRound((value - 128) * 255.0 / 224) + 128, 255));
+        }
+        return made;
+    }();
+    auto* bytes = reinterpret_cast<uchar*>(planes.data());
+    for (qsizetype at = 0; at < planes.size(); ++at)
+        bytes[at] = tables[at < lumaSize ? 0 : 1][bytes[at]];
 }
 } // namespace
 
 MovieFrameMaker::MovieFrameMaker(QSize size)
     : m_size(size), m_movieInfo(InfoOf(GST_VIDEO_FORMAT_I420, size)), m_encoder(tjInitCompress())
 {
-    // What a JPEG file holds: BT.601 of the full range.
-    gst_video_colorimetry_from_string(&m_movieInfo.colorimetry, "1:4:0:0");
 }
 
 MovieFrameMaker::~MovieFrameMaker()
@@ -58,6 +74,9 @@ bool MovieFrameMaker::Prepare(GstSample* sample)
     m_smallInfo = InfoOf(GST_VIDEO_INFO_FORMAT(&m_frameInfo), small);
     m_smallInfo.colorimetry = m_frameInfo.colorimetry;
     m_smallInfo.chroma_site = m_frameInfo.chroma_site;
+    // What a JPEG file holds is BT.601 of the full range. The converter leaves the range of YUV frames as it is.
+    m_isLimited = m_frameInfo.colorimetry.range != GST_VIDEO_COLOR_RANGE_0_255 || GST_VIDEO_INFO_IS_RGB(&m_frameInfo);
+    gst_video_colorimetry_from_string(&m_movieInfo.colorimetry, m_isLimited ? "2:4:0:0" : "1:4:0:0");
     m_shrink.reset(gst_video_converter_new(&m_frameInfo, &m_smallInfo, Options(QRect(QPoint(), small))));
     m_place.reset(gst_video_converter_new(&m_smallInfo, &m_movieInfo, Options(place)));
     m_small.reset(gst_buffer_new_allocate(nullptr, m_smallInfo.size, nullptr));
@@ -72,7 +91,9 @@ QByteArray MovieFrameMaker::Shrink(GstSample* sample)
         return {};
     MappedFrame frame(m_frameInfo, gst_sample_get_buffer(sample), GST_MAP_READ);
     MappedFrame small(m_smallInfo, m_small.get(), GstMapFlags(GST_MAP_READWRITE));
-    QByteArray planes(qsizetype(m_movieInfo.size), Qt::Uninitialized);
+    const auto lumaSize = qsizetype(GST_VIDEO_INFO_PLANE_OFFSET(&m_movieInfo, 1));
+    QByteArray planes(qsizetype(m_movieInfo.size), char(128));
+    std::memset(planes.data(), m_isLimited ? 16 : 0, size_t(lumaSize));
     const GstPointer<GstBuffer> pixels(gst_buffer_new_wrapped_full(GstMemoryFlags(0), planes.data(), m_movieInfo.size,
                                                                    0, m_movieInfo.size, nullptr, nullptr));
     MappedFrame target(m_movieInfo, pixels.get(), GST_MAP_WRITE);
@@ -80,6 +101,8 @@ QByteArray MovieFrameMaker::Shrink(GstSample* sample)
         return {};
     gst_video_converter_frame(m_shrink.get(), frame.Frame(), small.Frame());
     gst_video_converter_frame(m_place.get(), small.Frame(), target.Frame());
+    if (m_isLimited)
+        ExpandRange(planes, lumaSize);
     return planes;
 }
 

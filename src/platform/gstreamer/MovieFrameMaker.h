@@ -28,6 +28,7 @@ private:
     GstPointer<GstCaps> m_caps;
     GstVideoInfo m_frameInfo = {};
     GstVideoInfo m_smallInfo = {};
+    bool m_isLimited = false;
     GstPointer<GstVideoConverter> m_shrink;
     GstPointer<GstVideoConverter> m_place;
     GstPointer<GstBuffer> m_small;

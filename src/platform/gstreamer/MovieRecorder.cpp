@@ -71,9 +71,10 @@ int MovieRecorder::FramesDue(GstClockTime time)
         m_firstTime = time;
         m_framesSinceFirst = 0;
     }
+    // The nearest frame in time, by the pace at which they come.
+    const GstClockTime early = qMin<GstClockTime>(time - qMin(time, m_lastTime), GST_SECOND / rate) / 2;
     m_lastTime = time;
-    const auto half = GST_SECOND / rate / 2;
-    const qint64 due = qint64(gst_util_uint64_scale(time - *m_firstTime + half, rate, GST_SECOND)) + 1;
+    const qint64 due = qint64(gst_util_uint64_scale(time - *m_firstTime + early, rate, GST_SECOND)) + 1;
     const qint64 count = due - m_framesSinceFirst;
     m_framesSinceFirst = due;
     return int(count);
