@@ -85,7 +85,11 @@ QString StartOfProcess(qint64 pid)
         return {};
     const QByteArray text = file.readAll();
     // The program's name may hold blanks; it ends with the last parenthesis.
-    return QString::fromLatin1(text.mid(text.lastIndexOf(')') + 2).split(' ').value(19));
+    const QByteArrayList fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
+    // One that has ended and only waits to be noticed by its parent writes no more.
+    if (fields.value(0) == "Z" || fields.value(0) == "X")
+        return {};
+    return QString::fromLatin1(fields.value(19));
 }
 } // namespace
 
