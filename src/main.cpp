@@ -12,6 +12,7 @@
 #include "platform/imaging/register_imaging.h"
 #include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 
@@ -61,6 +62,7 @@ int main(int argc, char* argv[])
     RegisterGrid();
     RegisterVideo();
     RegisterPrinting();
+    RegisterSerial();
 
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();

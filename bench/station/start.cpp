@@ -10,9 +10,11 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
+#include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "support/StationInABox.h"
@@ -61,6 +63,8 @@ int StartStation()
     RegisterGrid();
     RegisterVideo();
     RegisterPrinting();
+    RegisterImageControl();
+    RegisterSerial();
     Main();
     if (Form<frmCapture>().sprCap(3).DataRowCnt() != 3)
         return 1;

@@ -2,6 +2,7 @@
 
 #include "contracts/desktop.h"
 #include "contracts/VideoCap.h"
+#include "devicesettings/frmCapSet.h"
 #include "launch/context/device_settings.h"
 
 using namespace Qt::StringLiterals;
@@ -17,6 +18,20 @@ bool StartDevice(VideoCap& capture)
     capture.setVideoInput(DeviceSettings.Sources);
     capture.Start();
     return true;
+}
+
+void ChooseDevice(VideoCap& capture)
+{
+    ShowDeviceSettings(capture);
+    if (capture.Devices().Count() >= 1)
+        capture.setDevice(DeviceSettings.Devices);
+    const int formats = capture.VideoFormats().Count();
+    if (formats >= 1 && DeviceSettings.Sizes <= formats - 1)
+        capture.setVideoFormat(DeviceSettings.Sizes);
+    const int inputs = capture.VideoInputs().Count();
+    if (inputs >= 1 && DeviceSettings.Sources <= inputs - 1)
+        capture.setVideoInput(DeviceSettings.Sources);
+    StartDevice(capture);
 }
 
 void StopDevice(VideoCap& capture)

@@ -6,5 +6,8 @@ class VideoCap;
 /// is then left alone. A device that can't be opened is a PlatformError.
 bool StartDevice(VideoCap& capture);
 
+/// Lets the operator choose device, format and input, applies what the control has of them, and starts the device.
+void ChooseDevice(VideoCap& capture);
+
 /// Ends a recording and stops the device.
 void StopDevice(VideoCap& capture);

@@ -14,6 +14,7 @@
 #include "contracts/VideoCap.h"
 #include "launch/context/device_settings.h"
 #include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
 #include "records/history_grids.h"
 #include "records/NoteBox.h"
 #include "records/patient_lookup.h"
@@ -39,6 +40,11 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
     m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills);
+    m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this] {
+        if (!IsUnloaded())
+            SetCaptureValues();
+    });
+    m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_lblMovie, *m_lblMovieStatus);
     ConnectControls();
 }
 
@@ -70,6 +76,7 @@ void frmCapture::LoadSteps()
     m_dtpYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     ShowPatientPanels(*m_sbarCap);
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
+    UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
 }
 
 void frmCapture::Form_Unload()
@@ -78,6 +85,7 @@ void frmCapture::Form_Unload()
     m_history->EndFills();
     m_stills->Finish();
     Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
+    m_footSwitch->Close();
     m_capCapture->Stop();
     EndProgram();
 }
@@ -90,6 +98,9 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
     connect(m_popup, &QMenu::triggered, this,
             GuardedSlot([this](const QAction* entry) { RunPopupEntry(entry->objectName()); }));
+    connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
+    connect(m_capCapture, &VideoCap::OnMovieFault, this,
+            GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
@@ -124,6 +135,12 @@ void frmCapture::RunMenuEntry(const QString& entry)
 {
     if (entry == u"연결끊기"_s)
         StopDevice(*m_capCapture);
+    else if (entry == u"동영상저장시작"_s)
+        m_movie->Begin();
+    else if (entry == u"동영상저장종료"_s)
+        m_movie->End();
+    else if (entry == u"장치설정"_s)
+        ChooseDevice(*m_capCapture);
     else if (entry == u"기타설정1"_s) {
         m_capCapture->ShowDriverDialog1(static_cast<int>(winId()));
         StartDevice(*m_capCapture);
@@ -160,7 +177,9 @@ void frmCapture::PrintGridCaptures(int gridNumber)
 
 void frmCapture::Connect()
 {
-    if (!StartDevice(*m_capCapture))
+    if (StartDevice(*m_capCapture))
+        m_footSwitch->OpenFootSwitchPort();
+    else
         Unload();
 }
 

@@ -2,6 +2,8 @@
 
 #include "capture/CaptureDeletion.h"
 #include "capture/CaptureHistory.h"
+#include "capture/FootSwitch.h"
+#include "capture/MovieRecording.h"
 #include "capture/StillCapture.h"
 #include "capture/VisitNote.h"
 #include "contracts/forms.h"
@@ -12,6 +14,7 @@
 class CommandBar;
 class fpSpread;
 class ImagXpress;
+class MSComm;
 class NoteBox;
 class QComboBox;
 class QLabel;
@@ -69,6 +72,7 @@ private:
     CommandBar* m_tbarCap = nullptr;
     StatusPanels* m_sbarCap = nullptr;
     VideoCap* m_capCapture = nullptr;
+    MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
     QLineEdit* m_dtpYmd = nullptr;
     QComboBox* m_cmbEtc = nullptr;
@@ -84,6 +88,8 @@ private:
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
     std::unique_ptr<CaptureDeletion> m_deletion;
+    std::unique_ptr<FootSwitch> m_footSwitch;
+    std::unique_ptr<MovieRecording> m_movie;
 
     int m_popupRow = 0;
     int m_popupCol = 0;

@@ -3,6 +3,7 @@
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
+#include "contracts/MSComm.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/twips.h"
 #include "contracts/VideoCap.h"
@@ -57,6 +58,8 @@ void frmCapture::BuildControls()
     m_sbarCap->setPanelCount(8);
     m_capCapture = Named(&PlaceControl<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, this), u"capCapture"_s, u"영상"_s,
                          RectFromTwips(0, 690, 8400, 6300));
+    m_commCapture = &PlaceControl<MSComm>(u"MSCommLib.MSComm"_s, this);
+    m_commCapture->setObjectName(u"commCapture"_s);
     m_sprCap[0] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap(1)"_s, u"캡쳐그림"_s,
                         RectFromTwips(0, 7020, 8400, 3465));
 

@@ -82,6 +82,9 @@ public:
 Q_SIGNALS:
     /// Frames processed so far, counted anew from each start and each movie file; and the time in milliseconds.
     void OnFrame(int frames, int timeMs);
+    /// The control has ended the movie by itself: the disk is full, or the file can't be written. `CaptureMode` is false,
+    /// and what was recorded is whole unless the reason says otherwise. The text is for the operator.
+    void OnMovieFault(const QString& reason);
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();
 };
@@ -94,4 +97,7 @@ public:
 
     /// A moving test picture stands in the list of devices beside the cameras. Once listed it keeps its position.
     virtual void OfferTestPicture(bool offered) = 0;
+    /// Makes movies whole that a crash of this station left unfinished in the folder. Works in the background; faults
+    /// leave a file as it is.
+    virtual void RepairMovies(const QString& folder) = 0;
 };

@@ -3,6 +3,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
+#include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "contracts/setup_components.h"
@@ -71,6 +72,7 @@ bool OpenVisit()
         return false;
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
     UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
+    UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
 
     VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
     const LaunchString launch = CutLaunchString(command);

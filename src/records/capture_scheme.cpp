@@ -57,6 +57,16 @@ QString ClaimPath(const QString& yearFolder, const QString& section, const QStri
     return SectionFolder(yearFolder, section) + PictureStem(chart, ymd, number);
 }
 
+QString MovieStem(const QString& yearFolder, const QString& chart, const QString& ymd)
+{
+    return MovieFolder(yearFolder) + CheckedPathPart(chart + ymd);
+}
+
+QString MoviePath(const QString& stem, int segment)
+{
+    return stem + NumberText(segment) + u".avi"_s;
+}
+
 int PictureNumber(const QString& name, const QString& chart, const QString& ymd, const QString& extension)
 {
     const QString stem = chart + ymd;

@@ -25,5 +25,9 @@ QString PicturePath(const QString& yearFolder, const QString& section, const QSt
 /// Path of the small file that claims a number while its picture is being filed.
 QString ClaimPath(const QString& yearFolder, const QString& section, const QString& chart, const QString& ymd,
                   int number);
+/// Path of a visit's movie files without number and extension. Movies are of a visit, whatever the section.
+QString MovieStem(const QString& yearFolder, const QString& chart, const QString& ymd);
+/// Path of one file of a movie.
+QString MoviePath(const QString& stem, int segment);
 /// Number in a picture's name, 0 when it is not a picture of that chart and date with that extension.
 int PictureNumber(const QString& name, const QString& chart, const QString& ymd, const QString& extension);

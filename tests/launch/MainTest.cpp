@@ -39,6 +39,7 @@ class NoOptions : public VideoOptions
 {
 public:
     void OfferTestPicture(bool) override {}
+    void RepairMovies(const QString&) override {}
 };
 
 } // namespace

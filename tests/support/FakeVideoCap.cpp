@@ -50,6 +50,13 @@ private:
     int m_number;
 };
 
+class NoOptions : public VideoOptions
+{
+public:
+    void OfferTestPicture(bool) override {}
+    void RepairMovies(const QString&) override {}
+};
+
 } // namespace
 
 FakeVideoCap::FakeVideoCap(QWidget* parent) : VideoCap(parent)
@@ -59,6 +66,7 @@ FakeVideoCap::FakeVideoCap(QWidget* parent) : VideoCap(parent)
 
 void FakeVideoCap::Register()
 {
+    InstallService<VideoOptions>(std::make_unique<NoOptions>());
     RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, [] { return std::make_unique<FakeVideoCap>(); });
 }
 
@@ -71,6 +79,10 @@ void FakeVideoCap::Start()
 {
     calls << u"Start"_s;
     live = true;
+    if (!m_captureMode)
+        return;
+    WriteWholeFile(m_movie, {});
+    movies << m_movie;
 }
 
 void FakeVideoCap::Stop()

@@ -12,6 +12,7 @@ public:
     bool live = false; ///< A frame can be had.
     int frames = 0;    ///< Number of the last frame that was handed out.
     QSize frameSize{320, 240};
+    QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
     QStringList calls; ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
@@ -30,7 +31,7 @@ public:
     void Stop() override;
     bool CaptureMode() const override { return m_captureMode; }
     void setCaptureMode(bool on) override { m_captureMode = on; }
-    void setCaptureFileName(const QString&) override {}
+    void setCaptureFileName(const QString& path) override { m_movie = path; }
     void setUseCustomVideoFormat(bool) override {}
     void setCustomVideoWidth(int) override {}
     void setCustomVideoHeight(int) override {}
@@ -49,4 +50,5 @@ public:
 
 private:
     bool m_captureMode = false;
+    QString m_movie;
 };

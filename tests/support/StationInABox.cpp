@@ -13,6 +13,7 @@
 #include "platform/imaging/register_imaging.h"
 #include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/serial/register_serial.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
@@ -47,6 +48,7 @@ StationInABox::StationInABox(const QString& driver)
     RegisterImaging();
     RegisterImageControl();
     RegisterPrinting();
+    RegisterSerial();
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());

@@ -8,6 +8,7 @@ void FrameExchange::Accept(GstSample* sample)
     QImage canvas;
     int frame = 0;
     GstPointer<GstSample> previous;
+    std::shared_ptr<FrameTap> tap;
     {
         const std::lock_guard lock(m_mutex);
         if (m_closed)
@@ -17,12 +18,15 @@ void FrameExchange::Accept(GstSample* sample)
         m_newestAt = Clock::now();
         frame = ++m_frames;
         area = m_area;
+        tap = m_tap;
         if (!m_spare.empty()) {
             canvas = std::move(m_spare.back());
             m_spare.pop_back();
         }
     }
     previous.reset(); // Gives its memory back to the device before the work below.
+    if (tap)
+        tap->Accept(sample);
     if (area.isEmpty())
         return;
     const QImage image = m_scaler.Scale(sample, area, std::move(canvas));
@@ -37,6 +41,12 @@ void FrameExchange::Accept(GstSample* sample)
         m_spare.push_back(std::move(m_waiting.front().image));
         m_waiting.pop_front();
     }
+}
+
+void FrameExchange::SetTap(std::shared_ptr<FrameTap> tap)
+{
+    const std::lock_guard lock(m_mutex);
+    m_tap = std::move(tap);
 }
 
 void FrameExchange::Close()

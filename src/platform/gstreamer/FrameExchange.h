@@ -7,6 +7,14 @@
 #include <deque>
 #include <mutex>
 
+/// What takes the full frames of a stream beside the screen. Called on the streaming thread.
+class FrameTap
+{
+public:
+    virtual ~FrameTap() = default;
+    virtual void Accept(GstSample* sample) = 0;
+};
+
 /// Where the frames of one stream pass from the streaming thread to the others. It knows which frame is live, and
 /// keeps the pictures for the screen that wait to be painted.
 class FrameExchange
@@ -29,6 +37,9 @@ public:
 
     /// On the streaming thread: the newest frame.
     void Accept(GstSample* sample);
+
+    /// Any thread. Null takes the tap away; a frame may be on its way to it still.
+    void SetTap(std::shared_ptr<FrameTap> tap);
 
     /// Any thread. From now on nothing is live, whatever may still arrive.
     void Close();
@@ -60,6 +71,7 @@ private:
     int m_frames;
     bool m_closed = false;
     QSize m_area;
+    std::shared_ptr<FrameTap> m_tap;
     std::deque<Picture> m_waiting;
     std::vector<QImage> m_spare;
     DisplayScaler m_scaler; ///< Streaming thread only.

@@ -64,6 +64,7 @@ void LiveSession::OpenPipeline(std::chrono::milliseconds patience)
     });
     connect(m_pipeline, &LivePipeline::Failed, this, &LiveSession::Lose);
     m_pipeline->Frames()->SetArea(m_area);
+    m_pipeline->Frames()->SetTap(m_tap);
     {
         const std::lock_guard lock(m_mutex);
         m_frames = m_pipeline->Frames();
@@ -150,6 +151,13 @@ void LiveSession::SetArea(QSize area)
     m_area = area;
     if (m_pipeline != nullptr)
         m_pipeline->Frames()->SetArea(area);
+}
+
+void LiveSession::SetTap(const std::shared_ptr<FrameTap>& tap)
+{
+    m_tap = tap;
+    if (m_pipeline != nullptr)
+        m_pipeline->Frames()->SetTap(tap);
 }
 
 std::shared_ptr<const StillFrame> LiveSession::Hold() const

@@ -40,6 +40,9 @@ public:
     /// Device pixels of the live picture; empty when it isn't seen.
     void SetArea(QSize area);
 
+    /// Takes the full frames of this session over all losses of the signal; null for none.
+    void SetTap(const std::shared_ptr<FrameTap>& tap);
+
     /// The live frame of this moment, or null. Any thread.
     std::shared_ptr<const StillFrame> Hold() const;
     /// Null when idle.
@@ -67,6 +70,7 @@ private:
     bool m_isOpening = false;
     LivePipeline* m_pipeline = nullptr; ///< Deleted by the event loop: its own signal may be what closes it.
     QSize m_area;
+    std::shared_ptr<FrameTap> m_tap;
     int m_framesBefore = 0;
     Clock::time_point m_startedAt;
     Clock::time_point m_nextTry;

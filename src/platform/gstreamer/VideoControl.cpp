@@ -3,31 +3,14 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/DriverDialog.h"
-#include "platform/gstreamer/LiveSession.h"
-#include "platform/gstreamer/LiveView.h"
-#include "platform/gstreamer/StreamChoice.h"
 #include "platform/gstreamer/V4l2Device.h"
+#include "platform/gstreamer/VideoControl_live.h"
 #include "platform/gstreamer/VideoDevices.h"
 
 #include <QPainter>
 #include <QPointer>
 
-#include <thread>
-
 using namespace Qt::StringLiterals;
-
-struct VideoControl::Live
-{
-    // The media library takes its time at its first use, which is not to be the operator's.
-    std::jthread preparation{&PrepareMedia};
-    LiveSession session;
-    LiveView view;
-    LiveSession::State shownState = LiveSession::State::Idle;
-    int runningDevice = -1; ///< Position of the device that the session is on.
-    int toldFrames = 0;     ///< The count of the last frame event.
-    bool isTelling = false;
-    StreamChoice choice;
-};
 
 VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     : VideoCap(nullptr), m_devices(std::move(devices)), m_live(std::make_unique<Live>())
@@ -41,6 +24,7 @@ VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
 
 VideoControl::~VideoControl()
 {
+    EndMovie();
     m_live->session.disconnect(this);
 }
 
@@ -75,7 +59,25 @@ VideoNames VideoControl::VideoInputs() const
 
 void VideoControl::Start()
 {
-    Stop();
+    // A movie begins, and changes its file, on the running stream.
+    if (!m_movie.captureMode || !RunsAsSet()) {
+        if (!m_movie.captureMode)
+            EndMovie();
+        StartSession();
+    }
+    if (m_movie.captureMode)
+        Record();
+}
+
+bool VideoControl::RunsAsSet() const
+{
+    return m_live->session.Present() != LiveSession::State::Idle && m_live->runningDevice == m_device &&
+           m_live->runningFormat == m_format && m_live->runningInput == m_input;
+}
+
+void VideoControl::StartSession()
+{
+    m_live->session.Stop();
     const auto require = [](bool condition, const QString& fault) {
         if (!condition)
             throw PlatformError(fault);
@@ -89,6 +91,8 @@ void VideoControl::Start()
 
     // The settings of this start, whatever is set for the next one while the device is opened again.
     m_live->runningDevice = m_device;
+    m_live->runningFormat = m_format;
+    m_live->runningInput = m_input;
     m_live->toldFrames = 0;
     const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
     m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode] {
@@ -103,6 +107,7 @@ void VideoControl::Start()
 
 void VideoControl::Stop()
 {
+    EndMovie();
     m_live->session.Stop();
 }
 
@@ -142,7 +147,7 @@ void VideoControl::AnswerFrames()
         update();
     // A handler of the event may serve events itself: what comes meanwhile is told of once it is through, so that
     // handlers never pile up on each other.
-    const int frames = m_live->session.FrameCount();
+    const int frames = FrameCount();
     if (m_live->isTelling || frames == m_live->toldFrames || m_live->session.Present() == LiveSession::State::Idle)
         return;
     m_live->isTelling = true;
@@ -152,7 +157,7 @@ void VideoControl::AnswerFrames()
     if (!self)
         return;
     m_live->isTelling = false;
-    if (m_live->session.FrameCount() != frames)
+    if (FrameCount() != frames)
         QMetaObject::invokeMethod(this, &VideoControl::AnswerFrames, Qt::QueuedConnection);
 }
 
@@ -187,6 +192,7 @@ void VideoControl::paintEvent(QPaintEvent*)
     UpdateArea(); // The widget may have come to a screen of another density.
     QPainter painter(this);
     const int frame = m_live->view.Paint(painter, rect(), m_live->session);
+    PaintMovieMark(painter);
     painter.end();
     const std::shared_ptr<FrameExchange> frames = m_live->session.Frames();
     if (frames && frames->HasPicture())

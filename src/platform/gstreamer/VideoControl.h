@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class QPainter;
 class VideoDevices;
 struct VideoDevice;
 
@@ -27,7 +28,7 @@ public:
     void Stop() override;
 
     bool CaptureMode() const override { return m_movie.captureMode; }
-    void setCaptureMode(bool on) override { m_movie.captureMode = on; }
+    void setCaptureMode(bool on) override;
     void setCaptureFileName(const QString& path) override { m_movie.fileName = path; }
     void setUseCustomVideoFormat(bool on) override { m_movie.useCustomFormat = on; }
     void setCustomVideoWidth(int pixels) override { m_movie.width = pixels; }
@@ -78,6 +79,14 @@ private:
     void AnswerFrames();
     void AnswerState();
     void AnswerDevices();
+    void StartSession();
+    bool RunsAsSet() const;
+    int FrameCount() const;
+
+    void Record();
+    void EndMovie();
+    void AnswerMovieEnd(const QString& reason);
+    void PaintMovieMark(QPainter& painter) const;
 
     const std::shared_ptr<VideoDevices> m_devices;
     int m_device = 0;

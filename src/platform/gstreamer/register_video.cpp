@@ -1,6 +1,7 @@
 #include "platform/gstreamer/register_video.h"
 
 #include "contracts/components.h"
+#include "platform/gstreamer/movie_repair.h"
 #include "platform/gstreamer/VideoControl.h"
 #include "platform/gstreamer/VideoDevices.h"
 
@@ -13,6 +14,7 @@ public:
     explicit SharedVideoOptions(std::shared_ptr<VideoDevices> devices) : m_devices(std::move(devices)) {}
 
     void OfferTestPicture(bool offered) override { m_devices->OfferTestPicture(offered); }
+    void RepairMovies(const QString& folder) override { RepairMoviesInBackground(folder); }
 
 private:
     std::shared_ptr<VideoDevices> m_devices;

@@ -1,0 +1,84 @@
+#include "capture/FootSwitch.h"
+
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/guard.h"
+#include "contracts/MSComm.h"
+#include "contracts/PlatformError.h"
+#include "launch/context/VisitContext.h"
+#include "records/text/text_routines.h"
+
+#include <QElapsedTimer>
+#include <QScopeGuard>
+
+#include <limits>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+/// The pause after a still, in milliseconds. The switch bounces, and a foot is slow to leave it.
+constexpr int PauseMs = 100;
+
+template <class Step>
+void IgnoringFaults(Step step)
+{
+    try {
+        step();
+    } catch (const PlatformError&) {
+        // The switch stays dead, the screen works.
+    }
+}
+
+int SetupPort()
+{
+    const QString text = Trim(ClientSetup.CommPort);
+    if (text.isEmpty())
+        return 1;
+    if (!IsNumericText(text) || WholeNumber(text) > std::numeric_limits<qint16>::max())
+        throw PlatformError(u"직렬 포트 번호가 잘못되었습니다.!! (%1)"_s.arg(text));
+    return WholeNumber(text);
+}
+} // namespace
+
+FootSwitch::FootSwitch(MSComm& port, std::function<void()> press) : m_port(port), m_press(std::move(press))
+{
+    connect(&m_port, &MSComm::OnComm, this, GuardedSlot([this] { OnComm(); }));
+}
+
+void FootSwitch::OpenFootSwitchPort()
+{
+    IgnoringFaults([this] { m_port.setCommPort(SetupPort()); });
+    if (m_isClosed || m_port.PortOpen())
+        return;
+    IgnoringFaults([this] { m_port.setSettings(u"9600,N,8,1"_s); });
+    IgnoringFaults([this] { m_port.setInputLen(0); });
+    IgnoringFaults([this] { m_port.setPortOpen(true); });
+    IgnoringFaults([this] { m_port.setInputMode(0); });
+}
+
+void FootSwitch::Close()
+{
+    m_isClosed = true;
+    if (m_port.PortOpen())
+        m_port.setPortOpen(false);
+}
+
+void FootSwitch::OnComm()
+{
+    // A message box of the still serves events too.
+    if (m_isBusy || m_isClosed || m_port.InBufferCount() <= 0)
+        return;
+    m_isBusy = true;
+    const auto idle = qScopeGuard([this] { m_isBusy = false; });
+    m_port.setInBufferCount(0);
+    // A still that fails says so, and the switch goes on.
+    Guarded(m_press);
+    if (m_isClosed)
+        return;
+    m_port.setPortOpen(false);
+    QElapsedTimer pause;
+    pause.start();
+    UseService<Desktop>().PumpEventsUntil(
+        [this, &pause] { return m_isClosed || pause.nsecsElapsed() > PauseMs * 1'000'000LL; }, PauseMs + 1);
+    OpenFootSwitchPort();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class QLabel;
+class VideoCap;
+
+/// The movie of a visit: a recording in numbered files of bounded length, one for all sections.
+class MovieRecording : public QObject
+{
+    Q_OBJECT
+
+public:
+    MovieRecording(VideoCap& capture, QLabel& lblMovie, QLabel& lblMovieStatus);
+
+    /// Deletes the visit's earlier movies and records a new one. Throws PlatformError without a live picture, and when
+    /// the movie can't be written; nothing is then recorded.
+    void Begin();
+    /// Ends the recording and shows the live picture under its stored format again.
+    void End();
+    /// A frame event of the control.
+    void OnFrame(int frames);
+    /// The control has ended the recording by itself. Throws PlatformError with the reason.
+    void OnMovieFault(const QString& reason);
+
+private:
+    void StartMovieRecording();
+    void StartNextSegment();
+    void DeleteEarlierMovies() const;
+    void ShowNoRecording();
+
+    VideoCap& m_capture;
+    QLabel& m_lblMovie;
+    QLabel& m_lblMovieStatus;
+    QString m_movieBase;
+    int m_movieSegment = 0;
+    int m_command = 0; ///< Grows with each command: one that comes while events are served ends the older one.
+    bool m_isChangingFile = false;
+    bool m_isServingEvents = false;
+};
+
+/// Sets what the movie is to be like, and where it goes.
+void PrepareMovieCapture(VideoCap& capture, const QString& path);

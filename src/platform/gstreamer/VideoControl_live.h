@@ -1,0 +1,26 @@
+#pragma once
+
+#include "platform/gstreamer/LiveSession.h"
+#include "platform/gstreamer/LiveView.h"
+#include "platform/gstreamer/MovieRecorder.h"
+#include "platform/gstreamer/StreamChoice.h"
+#include "platform/gstreamer/VideoControl.h"
+
+#include <thread>
+
+/// What runs behind a video control.
+struct VideoControl::Live
+{
+    // The media library takes its time at its first use, which is not to be the operator's.
+    std::jthread preparation{&PrepareMedia};
+    LiveSession session;
+    LiveView view;
+    LiveSession::State shownState = LiveSession::State::Idle;
+    int runningDevice = -1; ///< Positions that the session was started with.
+    int runningFormat = -1;
+    int runningInput = -1;
+    int toldFrames = 0; ///< The count of the last frame event.
+    bool isTelling = false;
+    StreamChoice choice;
+    std::shared_ptr<MovieRecorder> recorder; ///< While a movie is written.
+};

@@ -1,0 +1,101 @@
+#include "contracts/files.h"
+#include "platform/gstreamer/VideoControl_live.h"
+#include "platform/gstreamer/VideoDevices.h"
+
+#include <QPainter>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr QRgb MarkBack = qRgba(0, 0, 0, 150);
+constexpr QRgb RecordingDot = qRgb(0xe0, 0x3c, 0x31);
+constexpr QRgb MarkText = qRgb(0xff, 0xff, 0xff);
+constexpr QRgb AlarmText = qRgb(0xf2, 0xc1, 0x4e);
+constexpr int DefaultFramesPerSecond = 18;
+} // namespace
+
+void VideoControl::setCaptureMode(bool on)
+{
+    m_movie.captureMode = on;
+    if (!on)
+        EndMovie();
+}
+
+/// Frames of the movie file while there is one, otherwise of the live picture.
+int VideoControl::FrameCount() const
+{
+    return m_live->recorder ? m_live->recorder->Frames() : m_live->session.FrameCount();
+}
+
+void VideoControl::Record()
+{
+    const QString path = NativePath(m_movie.fileName);
+    m_live->toldFrames = 0;
+    if (m_live->recorder) {
+        m_live->recorder->ChangeFile(path);
+        return;
+    }
+    AviFile::Format format;
+    if (m_movie.useCustomFormat && m_movie.width > 0 && m_movie.height > 0) {
+        format.width = m_movie.width;
+        format.height = m_movie.height;
+    }
+    format.framesPerSecond = m_movie.framesPerSecond > 0 ? m_movie.framesPerSecond : DefaultFramesPerSecond;
+    format.sound = m_movie.audio;
+    const bool isTestPicture = m_devices->List().at(m_live->runningDevice).isTestPicture;
+    std::unique_ptr<MovieSound> sound = !format.sound ? NewSilence() : (isTestPicture ? NewTone() : NewSoundInput());
+    // The streaming thread may be the last to let go of it.
+    const std::shared_ptr<MovieRecorder> recorder(new MovieRecorder(format, std::move(sound)),
+                                                  [](MovieRecorder* gone) { gone->deleteLater(); });
+    recorder->ChangeFile(path);
+    connect(recorder.get(), &MovieRecorder::Ended, this, &VideoControl::AnswerMovieEnd);
+    m_live->recorder = recorder;
+    m_live->session.SetTap(recorder);
+}
+
+void VideoControl::EndMovie()
+{
+    if (!m_live->recorder)
+        return;
+    const std::shared_ptr<MovieRecorder> recorder = std::move(m_live->recorder);
+    m_live->recorder.reset();
+    m_live->session.SetTap(nullptr);
+    m_live->toldFrames = 0;
+    disconnect(recorder.get(), nullptr, this, nullptr);
+    const QString reason = recorder->Finish();
+    update();
+    // Whoever ends the movie is not to be stopped by it.
+    if (!reason.isEmpty())
+        QMetaObject::invokeMethod(
+            this, [this, reason] { Q_EMIT OnMovieFault(reason); }, Qt::QueuedConnection);
+}
+
+void VideoControl::AnswerMovieEnd(const QString&)
+{
+    setCaptureMode(false);
+}
+
+void VideoControl::PaintMovieMark(QPainter& painter) const
+{
+    if (!m_live->recorder)
+        return;
+    const qint64 seconds = m_live->recorder->ElapsedMs() / 1000;
+    const QString time = u"%1:%2"_s.arg(seconds / 60, 2, 10, QChar(u'0')).arg(seconds % 60, 2, 10, QChar(u'0'));
+    QString text = u"%1  %2번 파일"_s.arg(time).arg(m_live->recorder->FileNumber());
+    const bool isScarce = m_live->recorder->IsSpaceScarce();
+    if (isScarce)
+        text += u"  남은 공간이 부족합니다"_s;
+    QFont font = painter.font();
+    font.setPixelSize(14);
+    painter.setFont(font);
+    const int dot = 10;
+    const QRect back(8, 8, painter.fontMetrics().horizontalAdvance(text) + dot + 22, 24);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor::fromRgba(MarkBack));
+    painter.drawRoundedRect(back, 4, 4);
+    painter.setBrush(QColor(RecordingDot));
+    painter.drawEllipse(QRect(back.left() + 7, back.center().y() - dot / 2 + 1, dot, dot));
+    painter.setPen(QColor(isScarce ? AlarmText : MarkText));
+    painter.drawText(back.adjusted(dot + 14, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, text);
+}

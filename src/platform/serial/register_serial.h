@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers the serial port and the options of the clinic's ports.
+void RegisterSerial();

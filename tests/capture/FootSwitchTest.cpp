@@ -1,0 +1,213 @@
+#include "capture/frmCapture.h"
+#include "contracts/components.h"
+#include "contracts/fpSpread.h"
+#include "contracts/MSComm.h"
+#include "launch/context/VisitContext.h"
+#include "support/PseudoTerminal.h"
+#include "support/StationInABox.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString Stomach = u"위내시경"_s;
+} // namespace
+
+/// A foot on a real terminal pair, and the real screen.
+class FootSwitchTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<StationInABox>();
+        QVERIFY(m_folder.isValid());
+        m_device = m_folder.filePath(u"switch"_s);
+        m_cable = std::make_unique<PseudoTerminal>(m_device);
+        UseService<SerialPortOptions>().UseDevices({{u"1"_s, m_device}, {u"3"_s, m_device}});
+    }
+    void cleanup()
+    {
+        m_box.reset();
+        m_cable.reset();
+    }
+
+    void APressIsAStill_data()
+    {
+        QTest::addColumn<QString>("port");
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("stills");
+        QTest::newRow("no port told is the first") << u""_s << QByteArray("1") << 1;
+        QTest::newRow("port three") << u" 3 "_s << QByteArray("1", 1) << 1;
+        QTest::newRow("a zero byte") << u"1"_s << QByteArray("\0", 1) << 1;
+        QTest::newRow("what the line discipline would take for itself") << u"1"_s << QByteArray("\3\r\n\21\23\4") << 1;
+        QTest::newRow("a burst") << u"1"_s << QByteArray(300, 'x') << 1;
+        QTest::newRow("a port that doesn't exist") << u"7"_s << QByteArray("1") << 0;
+        QTest::newRow("no number") << u"COM1"_s << QByteArray("1") << 1; // Stays with the first port.
+        QTest::newRow("a number out of range") << u"70000"_s << QByteArray("1") << 1;
+        QTest::newRow("none that a port can have") << u"-2"_s << QByteArray("1") << 1;
+    }
+
+    void APressIsAStill()
+    {
+        QFETCH(QString, port);
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, stills);
+        ClientSetup.CommPort = port;
+        Open();
+        m_cable->Send("noise while the port is closed");
+        Press(u"연결"_s);
+        QCOMPARE(Stills(), 0);
+        m_cable->Send(bytes);
+        QTRY_COMPARE(Stills(), stills);
+        if (stills == 0)
+            return;
+        QTRY_VERIFY(Port().PortOpen());
+        m_cable->Send("y");
+        QTRY_COMPARE(Stills(), 2);
+        QVERIFY(m_box->Desk().shown.isEmpty());
+    }
+
+    void PressesOfOneStillAreOne()
+    {
+        // The switch chatters on through the still and the pause after it.
+        Open();
+        Press(u"연결"_s);
+        m_cable->Send("1");
+        QTRY_COMPARE(Stills(), 1);
+        QElapsedTimer pause;
+        pause.start();
+        while (!Port().PortOpen() || pause.elapsed() < 50) {
+            m_cable->Send("chatter");
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+            if (Port().PortOpen())
+                break;
+        }
+        QTRY_VERIFY(Port().PortOpen());
+        QCoreApplication::processEvents();
+        const int before = Stills();
+        m_cable->Send("2");
+        QTRY_COMPARE(Stills(), before + 1);
+        QVERIFY(before <= 2); // One byte may have come just as the port opened again.
+    }
+
+    void AFloodIsDiscarded()
+    {
+        Open();
+        Press(u"연결"_s);
+        std::thread flood([this] { m_cable->Send(QByteArray(1'000'000, 'x')); });
+        QTRY_VERIFY(Stills() >= 1);
+        // Each time the port is open again the rest of the flood is another press, until it has run dry.
+        QTRY_VERIFY_WITH_TIMEOUT(m_cable->IsDrained(), 30000);
+        flood.join();
+        QTRY_VERIFY(Port().PortOpen());
+        QTRY_COMPARE(Port().InBufferCount(), 0);
+        const int before = Stills();
+        m_cable->Send("1");
+        QTRY_COMPARE(Stills(), before + 1);
+    }
+
+    void DeadBeforeConnectAndArmedAfterDisconnect()
+    {
+        frmCapture& screen = Open();
+        m_cable->Send("1");
+        QTest::qWait(0);
+        QVERIFY(!Port().PortOpen());
+        Press(u"연결"_s);
+        Press(u"연결"_s);
+        QVERIFY(Port().PortOpen());
+        screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+        QVERIFY(Port().PortOpen());
+        m_cable->Send("1");
+        QTRY_COMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
+        QTRY_VERIFY(Port().PortOpen());
+        QCOMPARE(Stills(), 0);
+    }
+
+    void APressDuringAMessageIsNone()
+    {
+        frmCapture& screen = Open();
+        Press(u"연결"_s);
+        screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+        int boxes = 0;
+        m_box->Desk().whileShown = [&] {
+            ++boxes;
+            m_cable->Send("more");
+            QTRY_VERIFY(Port().InBufferCount() > 0);
+            for (int i = 0; i < 20; ++i)
+                QCoreApplication::processEvents();
+        };
+        m_cable->Send("1");
+        QTRY_COMPARE(boxes, 1);
+        QTRY_VERIFY(Port().PortOpen());
+        QCOMPARE(boxes, 1);
+        m_box->Desk().whileShown = nullptr;
+    }
+
+    void APulledPlugComesBack_data()
+    {
+        QTest::addColumn<bool>("duringStill");
+        QTest::newRow("idle") << false;
+        QTest::newRow("in the middle of a still") << true;
+    }
+
+    void APulledPlugComesBack()
+    {
+        QFETCH(bool, duringStill);
+        frmCapture& screen = Open();
+        Press(u"연결"_s);
+        if (duringStill) {
+            screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+            m_box->Desk().whileShown = [&] { m_cable.reset(); };
+            m_cable->Send("1");
+            QTRY_VERIFY(m_cable == nullptr);
+            m_box->Desk().whileShown = nullptr;
+            Press(u"연결"_s);
+        } else {
+            m_cable.reset();
+        }
+        QTRY_VERIFY(Port().PortOpen());
+        QTest::qWait(0);
+        m_cable = std::make_unique<PseudoTerminal>(m_device);
+        QTRY_VERIFY_WITH_TIMEOUT(m_cable->IsHeld(), 10000);
+        m_cable->Send("1");
+        QTRY_COMPARE(Stills(), 1);
+    }
+
+    void TheScreenClosesThePort()
+    {
+        frmCapture& screen = Open();
+        Press(u"연결"_s);
+        m_cable->Send("1");
+        QTRY_COMPARE(Stills(), 1);
+        // In the pause, which then must not open it again.
+        screen.close();
+        QVERIFY(m_box->Desk().ended);
+        QTRY_VERIFY(!m_cable->IsHeld());
+    }
+
+private:
+    frmCapture& Open()
+    {
+        m_screen = &Form<frmCapture>();
+        m_screen->Show();
+        return *m_screen;
+    }
+
+    MSComm& Port() const { return *m_screen->findChild<MSComm*>(u"commCapture"_s); }
+    void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
+    int Stills() const { return int(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size()); }
+
+    QTemporaryDir m_folder;
+    QString m_device;
+    std::unique_ptr<StationInABox> m_box;
+    std::unique_ptr<PseudoTerminal> m_cable;
+    frmCapture* m_screen = nullptr;
+};
+
+QTEST_MAIN(FootSwitchTest)
+#include "FootSwitchTest.moc"

@@ -1,0 +1,174 @@
+#include "capture/frmCapture.h"
+#include "contracts/files.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "support/StationInABox.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+class MovieRecordingTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<StationInABox>();
+        m_screen = &Form<frmCapture>();
+        m_screen->Show();
+        m_video = FakeVideoCap::Last();
+    }
+    void cleanup() { m_box.reset(); }
+
+    void ARecordingIsCutIntoFiles()
+    {
+        Connect();
+        Choose(u"동영상저장시작"_s);
+        QCOMPARE(Text(u"lblMovie"_s), u"동영상 저장중..."_s);
+        QVERIFY(m_video->CaptureMode());
+        for (const int frames : {1, 2500})
+            Q_EMIT m_video->OnFrame(frames, 0);
+        QCOMPARE(Text(u"lblMovieStatus"_s), u"2500 Frame Processed"_s);
+        QCOMPARE(m_video->movies, QStringList{Movie(1)});
+        Q_EMIT m_video->OnFrame(2501, 0);
+        Q_EMIT m_video->OnFrame(1, 0);
+        Q_EMIT m_video->OnFrame(2502, 0);
+        const QStringList three = {Movie(1), Movie(2), Movie(3)};
+        QCOMPARE(m_video->movies, three);
+        m_video->calls.clear();
+        Choose(u"동영상저장종료"_s);
+        QVERIFY(!m_video->CaptureMode());
+        QCOMPARE(Text(u"lblMovie"_s) + Text(u"lblMovieStatus"_s), QString());
+        const QStringList calls = {u"Stop"_s, u"Device 0"_s, u"VideoFormat 0"_s, u"VideoInput 0"_s, u"Start"_s};
+        QCOMPARE(m_video->calls, calls);
+        QCOMPARE(MovieFiles().size(), 3);
+    }
+
+    void ANewRecordingReplacesTheOneOfTheVisit()
+    {
+        const QString folder = MovieFolder(VisitContext.CaptureDir);
+        const QString stem = u"0000123420261124"_s;
+        for (const QString& name : {stem + u"001.avi"_s, stem + u"007.AVI"_s, u"."_s + stem + u"001.avi.h.1.2.part"_s,
+                                    u"0000123420261123001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s})
+            WriteWholeFile(folder + name, "old");
+        m_screen->cmbEtc().setCurrentIndex(1);
+        Connect();
+        Choose(u"동영상저장시작"_s);
+        const QStringList left = {u"."_s + stem + u"001.avi.h.1.2.part"_s, u"0000123420261123001.avi"_s,
+                                  stem + u"001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s};
+        QCOMPARE(MovieFiles(), left);
+        QCOMPARE(Files().ReadFile(folder + stem + u"001.avi"_s), QByteArray());
+    }
+
+    void AStartThatCantSucceedDeletesNothing()
+    {
+        WriteWholeFile(Movie(1), "old");
+        Choose(u"동영상저장시작"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
+        QVERIFY(!m_video->CaptureMode());
+        QCOMPARE(Text(u"lblMovie"_s), QString());
+        QCOMPARE(Files().ReadFile(Movie(1)), QByteArray("old"));
+    }
+
+    void AFaultLeavesNoRecordingBehind_data()
+    {
+        QTest::addColumn<bool>("atStart");
+        QTest::newRow("at the start") << true;
+        QTest::newRow("at the change of file") << false;
+    }
+
+    void AFaultLeavesNoRecordingBehind()
+    {
+        QFETCH(bool, atStart);
+        Connect();
+        if (!atStart)
+            Choose(u"동영상저장시작"_s);
+        m_box->FaultyFiles().FailAt(1, true);
+        if (atStart)
+            Choose(u"동영상저장시작"_s);
+        else
+            Q_EMIT m_video->OnFrame(2501, 0);
+        m_box->FaultyFiles().Recover();
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(!m_video->CaptureMode());
+        QCOMPARE(Text(u"lblMovie"_s) + Text(u"lblMovieStatus"_s), QString());
+    }
+
+    void TheControlEndsTheMovieItself()
+    {
+        Connect();
+        Choose(u"동영상저장시작"_s);
+        m_video->setCaptureMode(false);
+        Q_EMIT m_video->OnMovieFault(u"남은 공간이 부족합니다.!!"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"남은 공간이 부족합니다.!!"_s});
+        QCOMPARE(Text(u"lblMovie"_s), QString());
+    }
+
+    void DisconnectKeepsTheText()
+    {
+        Connect();
+        Choose(u"동영상저장시작"_s);
+        Choose(u"연결끊기"_s);
+        QVERIFY(!m_video->CaptureMode());
+        QCOMPARE(Text(u"lblMovie"_s), u"동영상 저장중..."_s);
+        Choose(u"동영상저장종료"_s);
+        QCOMPARE(Text(u"lblMovie"_s), QString());
+        QVERIFY(m_video->live);
+    }
+
+    void FrameEventsServeEventsAndDontNest()
+    {
+        Connect();
+        int served = 0;
+        int depth = 0;
+        int deepest = 0;
+        const auto event = [&](int frame) {
+            deepest = qMax(deepest, ++depth);
+            QTimer::singleShot(0, this, [&] { ++served; });
+            Q_EMIT m_video->OnFrame(frame, 0);
+            --depth;
+        };
+        QTimer::singleShot(0, this, [&] {
+            for (int frame = 2; frame < 12; ++frame)
+                event(frame);
+        });
+        event(3000);
+        QVERIFY(served > 0);
+        QTRY_COMPARE(served, 11);
+        QVERIFY(deepest <= 2);
+        QCOMPARE(Text(u"lblMovieStatus"_s), QString());
+        QVERIFY(m_video->movies.isEmpty());
+    }
+
+    void AClickInsideTheStartCounts()
+    {
+        Connect();
+        QTimer::singleShot(0, this, [this] { Choose(u"동영상저장종료"_s); });
+        Choose(u"동영상저장시작"_s);
+        QVERIFY(!m_video->CaptureMode());
+        QCOMPARE(Text(u"lblMovie"_s), QString());
+    }
+
+private:
+    void Connect() { m_screen->findChild<QToolButton*>(u"연결"_s)->click(); }
+    void Choose(const QString& entry) { m_screen->findChild<QAction*>(entry)->trigger(); }
+    QString Text(const QString& label) const { return m_screen->findChild<QLabel*>(label)->text(); }
+    QString Movie(int segment) const
+    {
+        return MoviePath(MovieStem(VisitContext.CaptureDir, VisitContext.Chart, VisitContext.Ymd), segment);
+    }
+    QStringList MovieFiles() const { return m_box->Names(u"2026"_s, u"movie"_s); }
+
+    std::unique_ptr<StationInABox> m_box;
+    frmCapture* m_screen = nullptr;
+    FakeVideoCap* m_video = nullptr;
+};
+
+QTEST_MAIN(MovieRecordingTest)
+#include "MovieRecordingTest.moc"
