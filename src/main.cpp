@@ -2,6 +2,7 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/guard.h"
+#include "findings/register_popups.h"
 #include "launch/context/VisitContext.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
@@ -63,6 +64,7 @@ int main(int argc, char* argv[])
     RegisterVideo();
     RegisterPrinting();
     RegisterSerial();
+    RegisterFindingsPopups();
 
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();

@@ -12,6 +12,7 @@
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
+#include "findings/open_findings.h"
 #include "launch/context/device_settings.h"
 #include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
@@ -148,6 +149,14 @@ void frmCapture::RunMenuEntry(const QString& entry)
         m_capCapture->ShowDriverDialog2(static_cast<int>(winId()));
     else if (entry == u"프린터설정"_s)
         UseService<Desktop>().ShowPrinterDialog();
+    else if (entry == u"소견서입력"_s)
+        OpenFindingsScreen(1);
+}
+
+void frmCapture::OpenFindingsScreen(int gridNumber)
+{
+    const CaptureVisit visit = m_history->ShownVisit(gridNumber);
+    OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, visit.ymd, visit.etc});
 }
 
 void frmCapture::RunPopupEntry(const QString& entry)
@@ -156,6 +165,8 @@ void frmCapture::RunPopupEntry(const QString& entry)
         m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow);
     else if (entry == u"전체지우기"_s)
         m_deletion->DeleteShownVisit(m_popupGrid);
+    else if (entry == u"소견서입력"_s)
+        OpenFindingsScreen(2);
     else if (entry == u"출력"_s)
         PrintGridCaptures(2);
 }

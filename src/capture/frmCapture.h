@@ -64,6 +64,7 @@ private:
     void PrintGridCaptures(int gridNumber);
     void Connect();
     void ShowDriverDialog(int dialog);
+    void OpenFindingsScreen(int gridNumber);
 
     void OnGridDblClick(int element, int column, int row);
     void OnGridRightClick(int element, int column, int row, int x, int y);

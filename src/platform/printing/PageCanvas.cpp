@@ -46,7 +46,9 @@ void DrawTextInBox(QPainter& painter, const QFont& font, const QString& given, c
         left = box.right() - width * narrowed;
     else if (alignment == u"C"_s)
         left = box.center().x() - width * narrowed / 2;
-    const qreal baseline = box.center().y() + (metrics.ascent() - metrics.descent()) / 2;
+    // By the ink of a tall syllable: a font's leading lies above its letters alone, and would push them down onto the
+    // rule below.
+    const qreal baseline = box.center().y() - metrics.tightBoundingRect(u"한"_s).center().y();
     painter.translate(left, baseline);
     painter.scale(narrowed, 1);
     painter.setFont(font);

@@ -3,8 +3,8 @@
 #include "contracts/printing.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/imagecontrol/ImageControl.h"
 #include "platform/printing/register_printing.h"
-#include "support/FakeImagXpress.h"
 #include "support/PdfPages.h"
 
 #include <QTemporaryDir>
@@ -108,11 +108,11 @@ private Q_SLOTS:
 
     void RulesAndPictures()
     {
-        FakeImagXpress control;
+        ImageControl control;
         QImage picture(1920, 1080, QImage::Format_RGB32);
         picture.fill(Qt::black);
         control.setPicture(picture);
-        const FakeImagXpress empty;
+        const ImageControl empty;
         m_canvas->myDrawPic(m_grid, 51, 63, 4, 24, Printer(), control);
         m_canvas->myDrawPic(m_grid, 51, 63, 26, 46, Printer(), empty);
         Printer().EndDoc();

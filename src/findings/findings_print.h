@@ -1,0 +1,10 @@
+#pragma once
+
+#include <array>
+
+class ImagXpress;
+class QWidget;
+
+/// Prints the record, each page a job of its own, with the pictures that the controls hold on the first. A long report
+/// shows its progress over `owner` and can be broken off between two pages. Throws PlatformError.
+void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& owner);

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "contracts/forms.h"
+
+#include <array>
+
+class FindingsBox;
+class ImagXpress;
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class UpDownArrows;
+
+/// "캡쳐소견": writes, shows, stores, deletes and prints the report of `FindingsRecord`.
+class frmCapSogyon : public StationForm
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char16_t* FormName = u"frmCapSogyon";
+
+    frmCapSogyon();
+
+    /// Empties the controls; the print date and the record stay.
+    void SogyonClear();
+
+    /// The boxes hold a text that isn't the record's: loading another report would lose it.
+    bool HasUnsavedText() const;
+    /// The list of reports is open, or pages are being printed.
+    bool IsBusy() const { return m_listing || m_printing; }
+
+protected:
+    void Form_Load() override;
+
+private:
+    void BuildControls();
+    void BuildHeader();
+    void BuildBoxes();
+    void BuildPictures();
+    void BuildButtons();
+    void ConnectControls();
+
+    void FillDateLists();
+    void StartNewReport();
+    bool LoadFindingsByVisit();
+    void ShowFindings();
+    void ShowPictures();
+    void LookupDoctor();
+    void ChooseDoctor();
+
+    void RunButton(int index);
+    bool SaveFindings();
+    void DeleteFindings();
+    void TakeInput();
+    void PrintFindings();
+    void FillFindingsList();
+    void Close();
+
+    void StepPrintYear(int years);
+    void ShowEarlierFindings();
+    void ChooseOpinion();
+    void AppendOpinionText(const QString& code);
+
+    FindingsBox* m_txtSogyon = nullptr;
+    FindingsBox* m_txtBigo = nullptr;
+    QLineEdit* m_txtYeonNo = nullptr;
+    QLineEdit* m_txtSuname = nullptr;
+    QLineEdit* m_txtJumin = nullptr;
+    QLineEdit* m_txtNai = nullptr;
+    QLineEdit* m_txtSex = nullptr;
+    QLineEdit* m_txtMyonheo = nullptr;
+    QLineEdit* m_txtDoctor = nullptr;
+    QLineEdit* m_txtYoyangno = nullptr;
+    QLineEdit* m_txtHospital = nullptr;
+    QLineEdit* m_txtCaymd = nullptr;
+    QLineEdit* m_txtPyy = nullptr;
+    QComboBox* m_cmbJinchal = nullptr;
+    QComboBox* m_cmbPmm = nullptr;
+    QComboBox* m_cmbPdd = nullptr;
+    UpDownArrows* m_udPYY = nullptr;
+    std::array<ImagXpress*, 6> m_imgSogyon = {};
+    std::array<QLabel*, 6> m_lblSogyon = {};
+    std::array<QPushButton*, 6> m_cmdSogyon = {};
+    QPushButton* m_cmdSoFind = nullptr;
+    QPushButton* m_cmdQry = nullptr;
+    bool m_listing = false; ///< The list of reports is being filled or shown.
+    bool m_printing = false;
+};

@@ -1,0 +1,112 @@
+#include "findings/open_findings.h"
+
+#include "contracts/files.h"
+#include "contracts/fpSpread.h"
+#include "contracts/StatusPanels.h"
+#include "findings/findings_record.h"
+#include "findings/frmCapSogyon.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "records/text/text_routines.h"
+
+namespace {
+
+enum PatientPanel { PanelSuname = 3, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
+
+QString TextAt(fpSpread& grid, int column, int row)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    return Trim(grid.Text());
+}
+
+bool IsTicked(fpSpread& grid, int column, int row)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    return WholeNumber(grid.Value()) == 1;
+}
+
+/// Number cells of the pictures that count, in reading order.
+QStringList PictureNumbers(int gridNumber, fpSpread& grid)
+{
+    QStringList numbers;
+    const int rows = grid.DataRowCnt();
+    if (gridNumber == 1) {
+        for (int row = 2; row <= rows; row += 2) {
+            for (int column = 1; column <= 3; ++column)
+                numbers << TextAt(grid, column, row);
+        }
+        return numbers;
+    }
+    for (int row = 1; row <= rows - 1; row += 2) {
+        for (int column = 1; column <= 5; column += 2) {
+            if (IsTicked(grid, column, row))
+                numbers << TextAt(grid, column + 1, row + 1);
+        }
+    }
+    return numbers;
+}
+
+void FillSlots(const QStringList& numbers)
+{
+    const QString folder = YearFolder(ClientSetup.CaptureRoot, FindingsRecord.Ymd);
+    size_t slot = 0;
+    for (const QString& text : numbers) {
+        const int number = WholeNumber(text);
+        if (number <= 0 || slot == FindingsRecord.PicNo.size())
+            continue;
+        const QString path = PicturePath(folder, FindingsRecord.Etc, FindingsRecord.Chart, FindingsRecord.Ymd, number,
+                                         VisitContext.ImageExt);
+        if (!FileExists(path))
+            continue;
+        FindingsRecord.PicPath[slot] = path;
+        FindingsRecord.PicNo[slot] = number;
+        ++slot;
+    }
+}
+
+void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
+{
+    ClearFindingsRecord();
+    FindingsRecord.Chart = VisitContext.Chart;
+    FindingsRecord.Yuhyung = VisitContext.Yuhyung;
+    FindingsRecord.Jinchal = VisitContext.Jinchal;
+    FindingsRecord.Suname = origin.panels.Text(PanelSuname);
+    FindingsRecord.Sex = origin.panels.Text(PanelSex);
+    FindingsRecord.Nai = origin.panels.Text(PanelAge);
+    FindingsRecord.Phone = origin.panels.Text(PanelTel);
+    FindingsRecord.Jumin = origin.panels.Text(PanelJumin);
+    FindingsRecord.Address = origin.panels.Text(PanelAddress);
+    FindingsRecord.Ymd = origin.ymd;
+    FindingsRecord.Etc = origin.etc;
+    FillSlots(PictureNumbers(gridNumber, origin.pictures));
+}
+
+} // namespace
+
+void OpenFindings(int gridNumber, const FindingsOrigin& origin)
+{
+    if (origin.pictures.DataRowCnt() == 0)
+        return;
+    if (StationForm* open = FindForm(QString::fromUtf16(frmCapSogyon::FormName))) {
+        auto* screen = static_cast<frmCapSogyon*>(open);
+        if (screen->HasUnsavedText() || screen->IsBusy()) {
+            screen->Show();
+            screen->activateWindow();
+            return;
+        }
+        screen->Unload();
+    }
+    FindingsRecordRollback rollback;
+    PrepareRecord(gridNumber, origin);
+    try {
+        frmCapSogyon& screen = Form<frmCapSogyon>();
+        rollback.Keep();
+        screen.Show();
+    } catch (...) {
+        if (StationForm* broken = FindForm(QString::fromUtf16(frmCapSogyon::FormName)))
+            broken->Unload();
+        throw;
+    }
+}

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Registers the findings screen's two popups.
+void RegisterFindingsPopups();

@@ -1,0 +1,136 @@
+#include "contracts/printing.h"
+#include "FindingsInABox.h"
+#include "platform/desktop/prepare_application.h"
+#include "support/PdfPages.h"
+
+#include <QProgressDialog>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QString Lines(int count, const QString& stem)
+{
+    QStringList lines;
+    for (int line = 1; line <= count; ++line)
+        lines << stem + QString::number(line) + u'.';
+    return lines.join(u"\r\n"_s);
+}
+} // namespace
+
+class FindingsPrintTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { PrepareApplication(); }
+    void init()
+    {
+        m_box = std::make_unique<FindingsInABox>();
+        m_folder = std::make_unique<QTemporaryDir>();
+        UseService<PrinterOptions>().UseFolder(m_folder->path());
+        for (int number = 1; number <= 8; ++number)
+            m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
+        m_box->Open();
+    }
+    void cleanup() { m_box.reset(); }
+
+    void PagesByTheLines_data()
+    {
+        QTest::addColumn<int>("findings");
+        QTest::addColumn<int>("remarks");
+        QTest::addColumn<int>("pages");
+        QTest::newRow("one line") << 1 << 0 << 1;
+        QTest::newRow("a full page") << 25 << 4 << 1;
+        QTest::newRow("the 26th line") << 26 << 0 << 2;
+        QTest::newRow("the fifth remark") << 1 << 5 << 2;
+    }
+
+    void PagesByTheLines()
+    {
+        QFETCH(int, findings);
+        QFETCH(int, remarks);
+        QFETCH(int, pages);
+        FindingsInABox::Findings().setText(Lines(findings, u"소견 "_s));
+        FindingsInABox::Remark().setText(Lines(remarks, u"비고 "_s));
+        m_box->Press(u"출력"_s);
+        const PdfPages printed(m_folder->path());
+        QCOMPARE(printed.Files().size(), pages);
+        const QString first = printed.Text(0);
+        for (const QString& part :
+             {u"위내시경 소 견 서"_s, u"2026년 11월 24일"_s, u"00001234-01"_s, u"홍길동"_s, u"800101-1234567"_s,
+              u"02-123-4567"_s, u"2026000001"_s, u"나누리"_s, u"나래의원"_s, u"소견 1."_s, u"20261124"_s})
+            QVERIFY2(first.contains(part), qPrintable(part + u'\n' + first));
+        QCOMPARE(printed.Pictures(0).count(u"image"_s), 6);
+        if (pages == 2) {
+            const QString second = printed.Text(1);
+            QVERIFY(second.contains(findings > 25 ? u"소견 26."_s : u"비고 5."_s));
+            QVERIFY(!second.contains(u"소견 1."_s) && !second.contains(u"비고 4."_s) && second.contains(u"홍길동"_s));
+            QVERIFY(second.contains(u"Findings"_s) && !second.contains(u"캡쳐일자"_s));
+            QVERIFY(!printed.Pictures(1).contains(u"image  "_s));
+        }
+        QCOMPARE(FindingsInABox::Findings().Text(), QString());
+        QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), Lines(findings, u"소견 "_s));
+    }
+
+    void LinesAreThoseThatTheBoxShows()
+    {
+        FindingsBox& box = FindingsInABox::Findings();
+        box.setText(u"짧은 줄\r\n\r\n"_s + QString(40, u'가') +
+                    u" 끝말\r\nA wrapped line of Latin words that is longer "
+                    "than the width of its box\r\n"_s);
+        QStringList lines;
+        SplitTextLines(box, lines);
+        QCOMPARE(lines.size() - 1, 7);
+        QCOMPARE(lines.mid(1, 2), (QStringList{u"짧은 줄"_s, QString()}));
+        QCOMPARE(lines.last(), QString());
+        // Each line starts where the picture of the box begins a new one.
+        QTextCursor cursor(box.document());
+        int shown = 1;
+        int top = box.cursorRect(cursor).top();
+        while (cursor.movePosition(QTextCursor::NextCharacter)) {
+            const int now = box.cursorRect(cursor).top();
+            shown += now != top ? 1 : 0;
+            top = now;
+        }
+        QCOMPARE(shown, lines.size() - 1);
+        for (const QString& line : lines)
+            QVERIFY(QFontMetrics(box.font()).horizontalAdvance(line.trimmed()) <= box.viewport()->width());
+        box.setText(u"  "_s);
+        SplitTextLines(box, lines);
+        QCOMPARE(lines, QStringList{QString()});
+    }
+
+    void WithoutAPrinterTheReportIsStored()
+    {
+        UseService<PrinterOptions>().UseFolder({});
+        UseService<PrinterOptions>().UsePrinter(u"없는 프린터"_s);
+        FindingsInABox::Findings().setText(u"소견"_s);
+        m_box->Press(u"출력"_s);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), u"소견"_s);
+    }
+
+    void ALongReportCanBeBrokenOff()
+    {
+        FindingsInABox::Findings().setText(Lines(10000, u"줄 "_s));
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [this] {
+            auto* progress = Form<frmCapSogyon>().findChild<QProgressDialog*>(u"printProgress"_s);
+            if (progress != nullptr && progress->value() >= 3)
+                progress->cancel();
+        });
+        timer.start(0);
+        m_box->Press(u"출력"_s);
+        const qsizetype pages = PdfPages(m_folder->path()).Files().size();
+        QVERIFY2(pages >= 3 && pages < 400, qPrintable(QString::number(pages)));
+        QCOMPARE(FindingsRecord.SogyonLines.size(), 10001);
+    }
+
+private:
+    std::unique_ptr<FindingsInABox> m_box;
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+QTEST_MAIN(FindingsPrintTest)
+#include "FindingsPrintTest.moc"

@@ -1,0 +1,168 @@
+#include "FindingsInABox.h"
+
+#include "findings/findings_rows.h"
+
+#include <QComboBox>
+
+using namespace Qt::StringLiterals;
+
+class FindingsRecordTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase_data()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("sqlite") << u"QSQLITE"_s;
+        QTest::newRow("mariadb") << u"QMARIADB"_s;
+    }
+
+    void init()
+    {
+        QFETCH_GLOBAL(QString, driver);
+        m_box = std::make_unique<FindingsInABox>(driver);
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+    }
+    void cleanup() { m_box.reset(); }
+
+    void NumbersCountThroughTheYearOfTheCapture()
+    {
+        m_box->AddReport(u"2025000007"_s, u"00000001"_s, u"가"_s);
+        m_box->Open();
+        QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2026-000001"_s);
+        Store(u"첫째"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso WHERE caso_yeonno = '2026000001'"_s), u"1"_s);
+        QCOMPARE(NextFindingsNumber(u"2026"_s), u"2026000002"_s);
+        QCOMPARE(NextFindingsNumber(u"2025"_s), u"2025000008"_s);
+    }
+
+    void TextsComeBackUnchanged_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::newRow("blanks and line ends") << u"  첫줄\r\n\r\n둘째  \r\n"_s;
+        QTest::newRow("line feeds") << u"a\nb\n"_s;
+        QTest::newRow("quotes") << u"it's ''ok'' \"x\" \\' \\\\ ; DROP TABLE caso; -- %_"_s;
+        QTest::newRow("beyond the first plane") << u"각 뷁 \U0001F600 \u00a0 −"_s;
+    }
+
+    void TextsComeBackUnchanged()
+    {
+        QFETCH(QString, text);
+        m_box->Open();
+        FindingsInABox::Findings().setText(text);
+        FindingsInABox::Remark().setText(text);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(FindingsInABox::Findings().Text(), QString());
+        m_box->Open();
+        QCOMPARE(FindingsInABox::Findings().Text(), text);
+        QCOMPARE(FindingsRecord.Bigo, text);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), text);
+    }
+
+    void TwoStationsWithOneNumber()
+    {
+        m_box->Open();
+        m_box->AddReport(u"2026000001"_s, u"00000077"_s, u"남의 보고"_s);
+        Store(u"내 소견"_s);
+        QCOMPARE(m_box->Desk().shown.last(), u"다른 곳에서 같은 번호를 사용하여 새 번호로 저장합니다.!!"_s);
+        QCOMPARE(Findings(u"2026000001"_s), u"  정상."_s);
+        QCOMPARE(Findings(u"2026000002"_s), u"내 소견"_s);
+
+        m_box->Open();
+        m_box->Press(u"삭제"_s);
+        m_box->AddReport(u"2026000002"_s, u"00000078"_s, u"또 남의 보고"_s);
+        Store(u"다시"_s);
+        QCOMPARE(Findings(u"2026000002"_s), u"  정상."_s);
+        QCOMPARE(Findings(u"2026000003"_s), u"다시"_s);
+    }
+
+    void AReportKeepsItsNumberWithAnotherDoctor()
+    {
+        m_box->Open();
+        Store(u"하나"_s);
+        m_box->Open();
+        auto* doctors = Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbJinchal"_s);
+        doctors->setCurrentIndex(1);
+        Q_EMIT doctors->activated(1);
+        Store(u"둘"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"저장하시겠습니까?"_s});
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"1"_s);
+        QCOMPARE(m_box->Value(u"SELECT caso_jinchal AS v FROM caso"_s), u"12"_s);
+    }
+
+    void AClaimWhoseAnswerWasLostIsKnownAgain()
+    {
+        m_box->Open();
+        m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart, caso_ymd, caso_etc) VALUES ('2026000001', '00001234', "
+                   "'20261124', '위내시경');"_s);
+        Store(u"소견"_s);
+        QCOMPARE(Findings(u"2026000001"_s), u"소견"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"1"_s);
+    }
+
+    void NothingIsLostWhenTheDatabaseRefuses()
+    {
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"긴 소견"_s);
+        m_box->Run(u"ALTER TABLE caso RENAME TO caso_gone;"_s);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QCOMPARE(FindingsInABox::Findings().Text(), u"긴 소견"_s);
+        QCOMPARE(FindingsRecord.Sogyon, QString());
+        m_box->Press(u"종료"_s);
+        QVERIFY(!Form<frmCapSogyon>().IsUnloaded());
+        m_box->Run(u"ALTER TABLE caso_gone RENAME TO caso;"_s);
+        m_box->Press(u"종료"_s);
+        QCOMPARE(Findings(u"2026000001"_s), u"긴 소견"_s);
+    }
+
+    void ARowThatCannotBeStoredLeavesNoClaim()
+    {
+        m_box->Open();
+        m_box->Run(Refusal());
+        FindingsInABox::Findings().setText(u"소견"_s);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"0"_s);
+        QCOMPARE(FindingsInABox::Findings().Text(), u"소견"_s);
+    }
+
+    void AReportOfAnotherChartShowsItsOwnPatient()
+    {
+        m_box->AddReport(u"2026000001"_s, u"00000001"_s, u"가나다"_s);
+        QVERIFY(ReadFindingsByNumber(u"2026000001"_s));
+        QCOMPARE(FindingsRecord.Sex, u"M"_s);
+        QCOMPARE(FindingsRecord.Nai, u"53세 "_s);
+        QCOMPARE(FindingsRecord.PicNo[1], 5);
+        QVERIFY(FindingsRecord.PicPath[0].isEmpty());
+        QVERIFY(FindingsRecord.PicPath[1].endsWith(u"2026\\위내시경\\0000000120260303005.jpg"_s));
+        QVERIFY(!ReadFindingsByNumber(u"2026000009"_s));
+        QCOMPARE(FindingsRecord.Chart, u"0"_s);
+    }
+
+private:
+    void Store(const QString& text)
+    {
+        FindingsInABox::Findings().setText(text);
+        m_box->Press(u"저장"_s);
+    }
+    QString Findings(const QString& number)
+    {
+        return m_box->Value(u"SELECT caso_sogyon AS v FROM caso WHERE caso_yeonno = '%1'"_s.arg(number));
+    }
+    /// Refuses whole rows, and lets a bare one pass.
+    static QString Refusal()
+    {
+        QFETCH_GLOBAL(QString, driver);
+        return driver == u"QSQLITE"_s
+                   ? u"CREATE TRIGGER full BEFORE INSERT ON caso WHEN NEW.caso_balymd <> '' BEGIN SELECT RAISE(ABORT, "
+                     "'full'); END;"_s
+                   : u"ALTER TABLE caso ADD CONSTRAINT full CHECK (caso_balymd = '');"_s;
+    }
+
+    std::unique_ptr<FindingsInABox> m_box;
+};
+
+QTEST_MAIN(FindingsRecordTest)
+#include "FindingsRecordTest.moc"

@@ -1,0 +1,231 @@
+#include "capture/frmCapture.h"
+#include "contracts/ImagXpress.h"
+#include "findings/UpDownArrows.h"
+#include "FindingsInABox.h"
+
+#include <QComboBox>
+#include <QDialog>
+#include <QLabel>
+#include <QListWidget>
+#include <QMenu>
+#include <QTimer>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+const QString Earlier = u"20250301"_s;
+} // namespace
+
+class FindingsScreenTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_box = std::make_unique<FindingsInABox>(); }
+    void cleanup() { m_box.reset(); }
+
+    void ANewReportTakesSixPicturesOfThreeColumns()
+    {
+        for (int number = 1; number <= 13; ++number)
+            m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
+        m_box->Open();
+        QCOMPARE(Numbers(), (QStringList{u"1"_s, u"2"_s, u"3"_s, u"6"_s, u"7"_s, u"8"_s}));
+        QCOMPARE(FindingsInABox::TextOf(u"txtSuname"_s), u"홍길동"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtJumin"_s), u"800101-1234567"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtCaymd"_s), u"2026년 11월 24일"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtHospital"_s), u"나래의원"_s);
+        QCOMPARE(Form<frmCapSogyon>().focusWidget(), &FindingsInABox::Findings());
+    }
+
+    void OnlyTickedPicturesOfTheHistoryCount()
+    {
+        for (int number = 1; number <= 8; ++number)
+            m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
+        LoadCaptureList(VisitContext.Chart, {}, VisitContext.Ymd, VisitContext.CaptureDir, VisitContext.Etc,
+                        m_box->Grid(), 2, false);
+        for (const QPoint& box : {QPoint(3, 1), QPoint(1, 3), QPoint(5, 3)}) {
+            m_box->Grid().setCol(box.x());
+            m_box->Grid().setRow(box.y());
+            m_box->Grid().setCellType(CellTypeCheckBox);
+            m_box->Grid().setValue(u"1"_s);
+        }
+        DeleteFile(m_box->PicturePath(VisitContext.Ymd, VisitContext.Etc, 4));
+        m_box->Open(2);
+        QCOMPARE(Numbers(), (QStringList{u"2"_s, u"6"_s}));
+    }
+
+    void PicturesThatAreGoneLeaveNoGapAndStayInTheRecord()
+    {
+        for (int number = 1; number <= 3; ++number)
+            m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"소견"_s);
+        m_box->Press(u"저장"_s);
+        DeleteFile(m_box->PicturePath(VisitContext.Ymd, VisitContext.Etc, 2));
+        m_box->Open();
+        QCOMPARE(Numbers(), (QStringList{u"1"_s, u"3"_s}));
+        QCOMPARE(FindingsRecord.PicNo[1], 2);
+    }
+
+    void DoctorsValidOnTheDay()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->Open();
+        auto& doctors = *Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbJinchal"_s);
+        QStringList entries;
+        for (int entry = 0; entry < doctors.count(); ++entry)
+            entries << doctors.itemText(entry);
+        QCOMPARE(entries, (QStringList{u"11 나누리"_s, u"12 다온유"_s}));
+        // A place of business that the setup doesn't have leaves the hospital's name.
+        doctors.setCurrentIndex(1);
+        Q_EMIT doctors.activated(1);
+        QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), u"다온유"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtHospital"_s), u"나래의원"_s);
+    }
+
+    void ClearedAfterEachCommand_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<bool>("answer");
+        QTest::addColumn<int>("messages");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("left");
+        QTest::newRow("save, no") << u"저장"_s << false << 1 << u"소견"_s << u"소견"_s;
+        QTest::newRow("save, nothing typed") << u"저장"_s << true << 2 << u"  "_s << QString();
+        QTest::newRow("delete, no") << u"삭제"_s << false << 1 << u"소견"_s << QString();
+        QTest::newRow("print, no") << u"출력"_s << false << 1 << u"소견"_s << QString();
+        QTest::newRow("print, nothing typed") << u"출력"_s << true << 2 << QString() << QString();
+        QTest::newRow("cancel") << u"취소"_s << false << 0 << u"소견"_s << QString();
+    }
+
+    void ClearedAfterEachCommand()
+    {
+        QFETCH(QString, button);
+        QFETCH(bool, answer);
+        QFETCH(QString, text);
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->Open();
+        FindingsInABox::Findings().setText(text);
+        m_box->Press(button, answer);
+        QTEST(static_cast<int>(m_box->Desk().shown.size()), "messages");
+        QTEST(FindingsInABox::Findings().Text(), "left");
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"0"_s);
+        QCOMPARE(FindingsRecord.Yeonno, u"2026000001"_s);
+    }
+
+    void ThePrintYearSteps()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->Open();
+        auto& arrows = *Form<frmCapSogyon>().findChild<UpDownArrows*>();
+        Q_EMIT arrows.UpClick();
+        QCOMPARE(FindingsInABox::TextOf(u"txtPyy"_s), u"2027"_s);
+        Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbPmm"_s)->setEditText(QString());
+        Q_EMIT arrows.DownClick();
+        QCOMPARE(m_box->Desk().shown.last(), u"출력월를 확인하세요.!!"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtPyy"_s), u"2027"_s);
+    }
+
+    void OpeningAgainNeverPutsATextUnderAnotherVisit()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->AddPicture(Earlier, VisitContext.Etc, 1);
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"쓰던 소견"_s);
+        VisitContext.Ymd = Earlier;
+        m_box->Open();
+        QCOMPARE(FindingsInABox::Findings().Text(), u"쓰던 소견"_s);
+        QCOMPARE(FindingsRecord.Ymd, u"20261124"_s);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT caso_ymd AS v FROM caso"_s), u"20261124"_s);
+        m_box->Open();
+        QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2025-000001"_s);
+    }
+
+    void APhraseIsAppended()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"앞."_s);
+        for (int time = 0; time < 2; ++time) {
+            QTimer::singleShot(0, this, [] {
+                QWidget* pad = QApplication::activeModalWidget();
+                QTest::keyClicks(pad->findChild<QLineEdit*>(u"filter"_s), u"G002"_s);
+                QTest::keyClick(pad->findChild<QLineEdit*>(u"filter"_s), Qt::Key_Return);
+            });
+            Form<frmCapSogyon>().findChild<QPushButton*>(u"cmdSoFind"_s)->click();
+        }
+        QCOMPARE(FindingsInABox::Findings().Text(), u"앞.위염 소견. 위염 소견. "_s);
+    }
+
+    void EarlierFindingsWithTheSameWords()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->AddReport(u"2026000001"_s, u"00000001"_s, u"가"_s, u"20260101"_s);
+        m_box->AddReport(u"2026000002"_s, u"00000002"_s, u"나"_s, u"20260202"_s);
+        m_box->Run(u"UPDATE caso SET caso_sogyon = '100%_용종' WHERE caso_yeonno = '2026000001';"_s);
+        m_box->Open();
+        for (const auto& [text, number] :
+             {std::pair(u"100%_"_s, u"2026-000001"_s), std::pair(u"정상."_s, u"2026-000002"_s)}) {
+            FindingsInABox::Findings().setText(text);
+            QStringList shown;
+            QTimer::singleShot(0, this, [&shown] {
+                QWidget* picker = QApplication::activeModalWidget();
+                auto* list = picker->findChild<QListWidget*>(u"reports"_s);
+                for (int row = 0; row < list->count(); ++row)
+                    shown << list->item(row)->text();
+                picker->close();
+            });
+            Form<frmCapSogyon>().findChild<QPushButton*>(u"cmdQry"_s)->click();
+            QCOMPARE(shown.size(), 1);
+            QVERIFY2(shown.first().contains(number), qPrintable(shown.first()));
+        }
+    }
+
+    void FromTheCaptureScreen()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1, u""_s);
+        m_box->AddPicture(Earlier, VisitContext.Etc, 4, u""_s);
+        frmCapture& screen = Form<frmCapture>();
+        screen.Show();
+        screen.ShowStored();
+        Trigger(screen.findChild<QToolButton*>(u"기타"_s)->menu());
+        QCOMPARE(FindingsInABox::TextOf(u"txtCaymd"_s), u"2026년 11월 24일"_s);
+        Q_EMIT screen.sprCap(3).DblClick(1, 2);
+        screen.sprCap(2).setRow(1);
+        screen.sprCap(2).setCol(1);
+        screen.sprCap(2).setValue(u"1"_s);
+        Trigger(screen.findChild<QMenu*>(u"팝업메뉴"_s));
+        QCOMPARE(FindingsInABox::TextOf(u"txtCaymd"_s), u"2025년 03월 01일"_s);
+        QCOMPARE(Numbers(), QStringList{u"4"_s});
+    }
+
+private:
+    static void Trigger(QMenu* menu)
+    {
+        for (QAction* action : menu->actions()) {
+            if (action->objectName() == u"소견서입력"_s)
+                action->trigger();
+        }
+    }
+    /// Numbers under the pictures that show, up to the first empty place.
+    static QStringList Numbers()
+    {
+        QStringList numbers;
+        for (int slot = 1; slot <= 6; ++slot) {
+            const auto& form = Form<frmCapSogyon>();
+            const QString number = form.findChild<QLabel*>(u"lblSogyon(%1)"_s.arg(slot))->text();
+            if (form.findChild<ImagXpress*>(u"imgSogyon(%1)"_s.arg(slot))->Picture().isNull() != number.isEmpty())
+                return {u"picture and number differ"_s};
+            if (!number.isEmpty())
+                numbers << number;
+        }
+        return numbers;
+    }
+
+    std::unique_ptr<FindingsInABox> m_box;
+};
+
+QTEST_MAIN(FindingsScreenTest)
+#include "FindingsScreenTest.moc"

@@ -1,0 +1,199 @@
+#include "findings/frmSoFind.h"
+#include "FindingsInABox.h"
+
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+class FindingsSearchTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase_data()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("sqlite") << u"QSQLITE"_s;
+        QTest::newRow("mariadb") << u"QMARIADB"_s;
+    }
+
+    void init()
+    {
+        QFETCH_GLOBAL(QString, driver);
+        m_box = std::make_unique<FindingsInABox>(driver);
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->AddReport(u"2025000001"_s, u"00000123"_s, u"가을"_s, u"20250505"_s);
+        m_box->AddReport(u"2026000001"_s, u"00000200"_s, u"나무"_s, u"20260303"_s);
+        m_box->AddReport(u"2026000002"_s, u"00000100"_s, u"O''Brien"_s, u"20240404"_s);
+    }
+    void cleanup() { m_box.reset(); }
+
+    void TheListOpensNewestFirstAndOpensTheRowChosen()
+    {
+        InList([](frmSoFind& list) {
+            QCOMPARE(Numbers(list), (QStringList{u"2026-000002"_s, u"2026-000001"_s, u"2025-000001"_s}));
+            QCOMPARE(CellText(list, 5, 1), u"720505-1234567"_s);
+            QCOMPARE(CellText(list, 6, 1), u"2024-04-04"_s);
+            Q_EMIT list.sprSo().DblClick(1, 3);
+            QVERIFY(list.IsUnloaded());
+        });
+        QCOMPARE(FindingsInABox::TextOf(u"txtSuname"_s), u"가을"_s);
+        QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2025-000001"_s);
+        QCOMPARE(FindingsInABox::Findings().Text(), u"  정상."_s);
+    }
+
+    void EachColumnIsAKey_data()
+    {
+        QTest::addColumn<int>("x");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QStringList>("found");
+        const QString first = u"2025-000001"_s;
+        const QString second = u"2026-000001"_s;
+        const QString third = u"2026-000002"_s;
+        QTest::newRow("number") << 615 << 1 << u"2026"_s << QStringList{second, third};
+        QTest::newRow("chart, padded") << 2085 << 2 << u"123"_s << QStringList{first, second};
+        QTest::newRow("type") << 3554 << 3 << u"01"_s << QStringList{first, second, third};
+        QTest::newRow("name") << 4679 << 4 << u"나"_s << QStringList{second};
+        QTest::newRow("name with a quote") << 3555 << 4 << u"O'"_s << QStringList{third, first, second};
+        QTest::newRow("resident number") << 4680 << 5 << u"7205"_s << QStringList{first, second, third};
+        QTest::newRow("date") << 7814 << 6 << u"20250505"_s << QStringList{first, second};
+        QTest::newRow("nothing after it") << 6480 << 6 << u"2027"_s << QStringList{third, second, first};
+        QTest::newRow("nothing typed") << 6480 << 6 << u"  "_s << QStringList{third, second, first};
+        QTest::newRow("row numbers") << 614 << 0 << QString() << QStringList{};
+        QTest::newRow("right of the columns") << 7815 << 0 << QString() << QStringList{};
+    }
+
+    void EachColumnIsAKey()
+    {
+        QFETCH(int, x);
+        QFETCH(int, key);
+        QFETCH(QString, typed);
+        QFETCH(QStringList, found);
+        InList([&](frmSoFind& list) {
+            Q_EMIT list.sprSo().RightClick(0, 1, 1, x, 256);
+            QCOMPARE(ShownBox(list), nullptr);
+            Q_EMIT list.sprSo().RightClick(0, 1, 0, x, 255);
+            QLineEdit* box = ShownBox(list);
+            QCOMPARE(box == nullptr, key == 0);
+            if (box == nullptr)
+                return;
+            QCOMPARE(box->objectName(), u"txtSoFind(%1)"_s.arg(key));
+            QVERIFY(box->hasFocus());
+            box->insert(typed);
+            QTest::keyClick(box, Qt::Key_Return);
+            QCOMPARE(ShownBox(list), nullptr);
+            QStringList numbers = Numbers(list);
+            // Rows with equal keys come in no particular order.
+            if (key == 3 || key == 5)
+                numbers.sort();
+            QCOMPARE(numbers, found);
+            QCOMPARE(list.sprSo().ActiveRow(), 1);
+        });
+    }
+
+    void LeavingTheBoxCancels()
+    {
+        InList([](frmSoFind& list) {
+            Q_EMIT list.sprSo().RightClick(0, 1, 0, 700, 100);
+            QLineEdit* box = ShownBox(list);
+            QTest::keyClicks(box, u"2026"_s);
+            list.sprSo().setFocus();
+            QCOMPARE(ShownBox(list), nullptr);
+            QCOMPARE(box->text(), QString());
+        });
+    }
+
+    void AReportDeletedMeanwhile()
+    {
+        InList([this](frmSoFind& list) {
+            m_box->Run(u"DELETE FROM caso WHERE caso_yeonno = '2026000001';"_s);
+            list.sprSo().SetActiveCell(1, 2);
+            Q_EMIT list.sprSo().KeyDown(13, 0);
+        });
+        QCOMPARE(m_box->Desk().shown, QStringList{u"소견서가 존재하지 않습니다.!!"_s});
+        QCOMPARE(FindingsRecord.Chart, u"0"_s);
+        // Nothing of it can be stored.
+        FindingsInABox::Findings().setText(u"소견"_s);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"2"_s);
+    }
+
+    void ClosedWithoutAChoiceTheReportComesBack()
+    {
+        m_box->Open();
+        m_box->Press(u"취소"_s);
+        InList([](frmSoFind& list) { list.close(); });
+        QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2026-000003"_s);
+    }
+
+    void MoreRowsThanTheGridHas()
+    {
+        QString rows;
+        for (int number = 10; number < 1300; ++number)
+            rows += u"INSERT INTO caso (caso_yeonno, caso_chart) VALUES ('%1', '00000001');"_s.arg(2026000000 + number);
+        m_box->Run(u"BEGIN;"_s + rows + u"COMMIT;"_s);
+        InList([](frmSoFind& list) {
+            QCOMPARE(list.sprSo().MaxRows(), 1293);
+            QCOMPARE(CellText(list, 1, 1293), u"2025-000001"_s);
+        });
+    }
+
+    void NoReports()
+    {
+        m_box->Run(u"DELETE FROM caso;"_s);
+        m_box->Open();
+        m_box->Press(u"조회"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u" 캡쳐소견서가 없습니다.!!"_s});
+    }
+
+private:
+    /// Opens the list by its button and runs `work` on it while it is shown.
+    void InList(const std::function<void(frmSoFind&)>& work)
+    {
+        m_box->Open();
+        m_worked = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            if (QApplication::activeModalWidget() == nullptr || !Form<frmSoFind>().isActiveWindow())
+                return;
+            timer.stop();
+            work(Form<frmSoFind>());
+            m_worked = true;
+            if (FindForm(u"frmSoFind"_s) != nullptr)
+                Form<frmSoFind>().Unload();
+        });
+        timer.start(1);
+        m_box->Press(u"조회"_s);
+        QVERIFY(m_worked);
+        QCOMPARE(FindForm(u"frmSoFind"_s), nullptr);
+    }
+    static QString CellText(frmSoFind& list, int column, int row)
+    {
+        list.sprSo().setCol(column);
+        list.sprSo().setRow(row);
+        return list.sprSo().Text();
+    }
+    static QStringList Numbers(frmSoFind& list)
+    {
+        QStringList numbers;
+        for (int row = 1; row <= list.sprSo().DataRowCnt(); ++row)
+            numbers << CellText(list, 1, row);
+        return numbers;
+    }
+    static QLineEdit* ShownBox(frmSoFind& list)
+    {
+        for (QLineEdit* box : list.findChildren<QLineEdit*>()) {
+            if (box->isVisible())
+                return box;
+        }
+        return nullptr;
+    }
+
+    std::unique_ptr<FindingsInABox> m_box;
+    bool m_worked = false;
+};
+
+QTEST_MAIN(FindingsSearchTest)
+#include "FindingsSearchTest.moc"
