@@ -42,6 +42,10 @@ public:
     /// Shows the visit of a line of `sprCap(3)`; a line without a date only empties the selection.
     void ShowHistoryLine(int row);
 
+    /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does
+    /// nothing.
+    void EditHistoryPicture(int column, int row);
+
     /// True for a picture cell of that grid: the cell under it holds a number.
     bool IsFilledPicture(int gridNumber, int column, int row);
 

@@ -1,0 +1,98 @@
+#include "editor/TextEntryBox.h"
+
+#include <QFocusEvent>
+#include <QFontMetrics>
+#include <QGuiApplication>
+#include <QInputMethod>
+#include <QInputMethodEvent>
+#include <QKeyEvent>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+// Dots an inch of a picture, by which the font's points become pixels.
+constexpr qreal PictureDots = 96;
+constexpr qreal PointsPerInch = 72;
+constexpr int CaretPixels = 4;
+/// What the platform's line edit keeps free beside and above its text.
+constexpr int EditMarginX = 2;
+constexpr int EditMarginY = 1;
+} // namespace
+
+TextEntryBox::TextEntryBox(QWidget* parent) : QLineEdit(parent)
+{
+    setFrame(false);
+    setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    setTextMargins(-EditMarginX, -EditMarginY, -EditMarginX, -EditMarginY);
+    setCursor(Qt::IBeamCursor);
+    connect(this, &QLineEdit::textChanged, this, &TextEntryBox::GrowWithText);
+}
+
+void TextEntryBox::Open(const QRect& place, qreal viewScale, const QColor& colour)
+{
+    clear();
+    m_composing.clear();
+    QFont shown = m_textFont;
+    shown.setPixelSize(qMax(1, qRound(m_textFont.pointSizeF() * PictureDots / PointsPerInch * viewScale)));
+    // The dark ground lets every colour be read, and the picture be seen.
+    setStyleSheet(u"QLineEdit { background: rgba(20, 25, 30, 150); color: %1; border: none; padding: 0px; }"_s.arg(
+        colour.name()));
+    setFont(shown);
+    m_leastSize = place.size();
+    move(place.topLeft());
+    GrowWithText();
+    show();
+    raise();
+    setFocus(Qt::OtherFocusReason);
+}
+
+void TextEntryBox::Close()
+{
+    hide();
+    clear();
+    m_composing.clear();
+}
+
+void TextEntryBox::GrowWithText()
+{
+    const QFontMetrics metrics(font());
+    const QSize needed(metrics.horizontalAdvance(text() + m_composing) + CaretPixels, metrics.height());
+    resize(m_leastSize.expandedTo(needed));
+}
+
+void TextEntryBox::TakeComposition()
+{
+    QGuiApplication::inputMethod()->commit();
+    if (m_composing.isEmpty())
+        return;
+    // The input method left it to us.
+    QInputMethodEvent taken;
+    taken.setCommitString(m_composing);
+    inputMethodEvent(&taken);
+    QGuiApplication::inputMethod()->reset();
+}
+
+void TextEntryBox::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        TakeComposition();
+        Q_EMIT Entered();
+        return;
+    }
+    QLineEdit::keyPressEvent(event);
+}
+
+void TextEntryBox::inputMethodEvent(QInputMethodEvent* event)
+{
+    m_composing = event->preeditString();
+    QLineEdit::inputMethodEvent(event);
+    GrowWithText();
+}
+
+void TextEntryBox::focusOutEvent(QFocusEvent* event)
+{
+    QLineEdit::focusOutEvent(event);
+    // The box's own menu of cut and paste isn't somewhere else.
+    if (event->reason() != Qt::PopupFocusReason)
+        Q_EMIT FocusLost();
+}
