@@ -41,7 +41,8 @@ void Draw(DrawingTool tool, ImagXpress& target, QPointF from, QPointF to, int co
 
 void GiveBackground(QToolButton& button, int colour)
 {
-    button.setStyleSheet(u"QToolButton { background: %1; }"_s.arg(ColourOf(colour).name()));
+    // Dark letters, as the pictures on the buttons are.
+    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(ColourOf(colour).name()));
 }
 } // namespace
 
