@@ -130,6 +130,7 @@ void frmImgEdit::OnTextEntered()
     // The picture was scrolled meanwhile: the text stands where its box is seen.
     if (m_imgMain->ViewFromPicture(point).toPoint() != m_txtText->pos())
         point = m_imgMain->PictureFromView(m_txtText->pos());
+    m_imgMain->setFocus();
     m_txtText->Close();
     if (!text.isEmpty())
         DrawFontText(*m_imgMain, float(point.x()), float(point.y()), text, m_colour, m_txtText->TextFont());

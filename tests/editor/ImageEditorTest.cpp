@@ -8,7 +8,7 @@
 #include "launch/context/settings_file.h"
 #include "launch/context/VisitContext.h"
 #include "records/text/text_routines.h"
-#include "support/StationInABox.h"
+#include "support/EditorInABox.h"
 
 #include <QColorDialog>
 #include <QFontDialog>
@@ -24,24 +24,6 @@ const QString Stomach = u"위내시경"_s;
 const QString Day = u"20250301"_s;
 const QString Refused = u"확대나 축소시에는 이미지를 편집할수 없습니다.!!"_s;
 
-bool IsYellow(const QImage& picture, QPoint at)
-{
-    const QColor colour = picture.pixelColor(at);
-    return colour.red() > 150 && colour.green() > 120;
-}
-
-/// Pixels that the operator sees as marked.
-QRect Marked(const QImage& picture)
-{
-    QRect marked;
-    for (int y = 0; y < picture.height(); ++y) {
-        for (int x = 0; x < picture.width(); ++x) {
-            if (qGreen(picture.pixel(x, y)) > 100)
-                marked |= QRect(x, y, 1, 1);
-        }
-    }
-    return marked;
-}
 } // namespace
 
 class ImageEditorTest : public QObject
@@ -49,7 +31,7 @@ class ImageEditorTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_box = std::make_unique<StationInABox>(); }
+    void init() { m_box = std::make_unique<EditorInABox>(); }
     void cleanup() { m_box.reset(); }
 
     void AHistoryPictureIsMarkedAndShownAnew()
@@ -74,14 +56,14 @@ private Q_SLOTS:
         QVERIFY(!before.isNull());
         const QByteArray stored = Files().ReadFile(m_box->PicturePath(Day, Stomach, 2));
         for (const bool save : {false, true}) {
-            OnceOpen([this, save](frmImgEdit& editor) {
+            m_box->OnceOpen([this, save](frmImgEdit& editor) {
                 QCOMPARE(editor.windowModality(), Qt::ApplicationModal);
                 QCOMPARE(editor.lblFilePath().text(), m_box->PicturePath(Day, Stomach, 2));
-                Tool(3);
-                Drag({100, 100}, {540, 380});
+                m_box->Tool(3);
+                m_box->Drag({100, 100}, {540, 380});
                 if (save)
-                    Click(u"cmdISave"_s);
-                Click(u"cmdIExit"_s);
+                    m_box->Click(u"cmdISave"_s);
+                m_box->Click(u"cmdIExit"_s);
             });
             Q_EMIT screen.sprCap(2).DblClick(4, 1);
             QCOMPARE(VisitContext.ImageSaved, save);
@@ -93,235 +75,41 @@ private Q_SLOTS:
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
     }
 
-    void MarksLandUnderThePointer_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<int>("tool");
-        QTest::addColumn<bool>("zoomedAndBack");
-        for (const QSize& size : {QSize(640, 480), QSize(1920, 1080), QSize(1080, 1920)}) {
-            for (const int tool : {0, 2, 3, 4, 5}) {
-                QTest::addRow("%dx%d tool %d", size.width(), size.height(), tool) << size << tool << false;
-                QTest::addRow("%dx%d tool %d natural", size.width(), size.height(), tool) << size << tool << true;
-            }
-        }
-    }
-
     /// Both drag directions; the saved file holds the figure between the two points that the pointer touched.
-    void MarksLandUnderThePointer()
-    {
-        QFETCH(QSize, size);
-        QFETCH(int, tool);
-        QFETCH(bool, zoomedAndBack);
-        frmImgEdit& editor = Open(size);
-        if (zoomedAndBack) {
-            Click(u"cmdZoomOut"_s);
-            Click(u"cmdZoomIn"_s);
-            QCOMPARE(editor.imgMain().ViewScale(), 1.0);
-        }
-        Tool(tool);
-        for (const bool backwards : {false, true}) {
-            const QPoint one(50, 60);
-            const QPoint two(200, 220);
-            const qreal scale = editor.imgMain().ViewScale();
-            if (backwards)
-                Drag(two, one, {400, 300});
-            else
-                Drag(one, two, {400, 300});
-            const QRect marked = Marked(editor.imgMain().Picture());
-            const QRect expected = QRectF(QPointF(one) / scale, QPointF(two) / scale).toAlignedRect();
-            // The free line went by way of the third point.
-            const QRect by((QPointF(400, 300) / scale).toPoint(), QSize(1, 1));
-            const QRect reached = (tool == 0 ? expected | by : expected) & QRect(QPoint(), size);
-            QVERIFY2(reached.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
-            QVERIFY2(marked.adjusted(-8, -8, 8, 8).contains(reached), qPrintable(QDebug::toString(marked)));
-            Click(u"cmdISave"_s);
-            const QImage read = LoadPicture(editor.lblFilePath().text());
-            QCOMPARE(read.size(), size);
-            QVERIFY(Marked(read).intersects(marked));
-            Click(u"cmdUnDo"_s);
-            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
-            if (zoomedAndBack) {
-                // Undo fits the picture; natural size is a zoom step away and back.
-                Click(u"cmdZoomOut"_s);
-                Click(u"cmdZoomIn"_s);
-            }
-        }
-    }
-
-    void AStrokeMayLeaveTheCanvas()
-    {
-        frmImgEdit& editor = Open({640, 480});
-        for (const int tool : {0, 2, 3, 4, 5}) {
-            Tool(tool);
-            Drag({300, 200}, {-900, 3000}, {5000, -70});
-            QVERIFY(!Marked(editor.imgMain().Picture()).isNull());
-            Click(u"cmdUnDo"_s);
-            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
-        }
-    }
-
     void PressesThatDoNothing()
     {
-        frmImgEdit& editor = Open({640, 480});
+        frmImgEdit& editor = m_box->Open({640, 480});
         const QImage before = editor.imgMain().Picture();
         QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
         QTest::mouseMove(&editor.imgMain(), {90, 90});
         QTest::mouseRelease(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {90, 90});
-        Click(u"cmdZoomIn"_s);
+        m_box->Click(u"cmdZoomIn"_s);
         QCOMPARE(editor.ZoomLevel(), 4);
         QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
         QVERIFY(m_box->Desk().shown.isEmpty());
-        Tool(3);
-        Drag({50, 50}, {90, 90});
+        m_box->Tool(3);
+        m_box->Drag({50, 50}, {90, 90});
         QCOMPARE(m_box->Desk().shown, QStringList{Refused});
         QCOMPARE(editor.imgMain().Picture(), before);
-        QVERIFY(!Button(u"cmdUnDo"_s).isEnabled());
-        QVERIFY(!Button(u"cmdReDo"_s).isEnabled());
+        QVERIFY(!m_box->Button(u"cmdUnDo"_s).isEnabled());
+        QVERIFY(!m_box->Button(u"cmdReDo"_s).isEnabled());
     }
 
     void ZoomEndsAtBothEnds()
     {
-        frmImgEdit& editor = Open({640, 480});
+        frmImgEdit& editor = m_box->Open({640, 480});
         for (int click = 0; click < 6; ++click)
-            Click(u"cmdZoomOut"_s);
+            m_box->Click(u"cmdZoomOut"_s);
         QCOMPARE(editor.ZoomLevel(), 9);
         QCOMPARE(editor.imgMain().ViewScale(), 2.0);
-        QVERIFY(!Button(u"cmdZoomOut"_s).isEnabled());
+        QVERIFY(!m_box->Button(u"cmdZoomOut"_s).isEnabled());
         QCOMPARE(editor.imgMain().cursor().shape(), Qt::OpenHandCursor);
         QCOMPARE(editor.imgMain().size(), QSize(720, 480));
         for (int click = 0; click < 9; ++click)
-            Click(u"cmdZoomIn"_s);
+            m_box->Click(u"cmdZoomIn"_s);
         QCOMPARE(editor.ZoomLevel(), 1);
-        QVERIFY(!Button(u"cmdZoomIn"_s).isEnabled());
-        QVERIFY(Button(u"cmdZoomOut"_s).isEnabled());
-    }
-
-    void TextStandsWhereItsBoxWas_data()
-    {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<QPoint>("from");
-        QTest::addColumn<QPoint>("to");
-        QTest::newRow("to the lower right") << QSize(640, 480) << QPoint(100, 80) << QPoint(300, 140);
-        QTest::newRow("to the upper left") << QSize(640, 480) << QPoint(300, 140) << QPoint(100, 80);
-        QTest::newRow("fitted") << QSize(1920, 1080) << QPoint(300, 140) << QPoint(100, 80);
-        QTest::newRow("one point") << QSize(640, 480) << QPoint(100, 80) << QPoint(100, 80);
-    }
-
-    void TextStandsWhereItsBoxWas()
-    {
-        QFETCH(QSize, size);
-        QFETCH(QPoint, from);
-        QFETCH(QPoint, to);
-        frmImgEdit& editor = Open(size);
-        Tool(1);
-        QCOMPARE(editor.imgMain().cursor().shape(), Qt::IBeamCursor);
-        Drag(from, to);
-        TextEntryBox& box = editor.txtText();
-        QVERIFY(box.isVisible());
-        QCOMPARE(box.pos(), QPoint(100, 80));
-        QVERIFY(box.width() >= qAbs(to.x() - from.x()) && box.height() >= qAbs(to.y() - from.y()));
-        QCOMPARE(QApplication::focusWidget(), &box);
-        QTest::keyClicks(&box, u"  polyp "_s);
-        // What an input method has put together, and what it has still in hand.
-        QInputMethodEvent whole;
-        whole.setCommitString(u"용"_s);
-        QCoreApplication::sendEvent(&box, &whole);
-        QInputMethodEvent composing(u"종"_s, {});
-        QCoreApplication::sendEvent(&box, &composing);
-        QCOMPARE(box.text(), u"  polyp 용"_s);
-        const QSize seen = box.size();
-        QTest::keyClick(&box, Qt::Key_Return);
-        QVERIFY(!box.isVisible());
-        QVERIFY(box.text().isEmpty());
-        const QImage drawn = editor.imgMain().Picture();
-        const QRect marked = Marked(drawn);
-        const qreal scale = editor.imgMain().ViewScale();
-        const QRect place = QRectF(QPointF(100, 80) / scale, QSizeF(seen) / scale).toAlignedRect();
-        QVERIFY2(place.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
-        QVERIFY(marked.left() < place.left() + 6 && marked.height() > 12);
-
-        Click(u"cmdUnDo"_s);
-        Drag(from, to);
-        QTest::keyClicks(&box, u"polyp "_s);
-        whole.setCommitString(u"용종"_s);
-        QCoreApplication::sendEvent(&box, &whole);
-        QTest::keyClick(&box, Qt::Key_Enter);
-        QCOMPARE(editor.imgMain().Picture(), drawn);
-        Drag(from, to);
-        QTest::keyClick(&box, Qt::Key_Space);
-        QTest::keyClick(&box, Qt::Key_Return);
-        QCOMPARE(editor.imgMain().Picture(), drawn);
-        QCOMPARE(editor.Chain().HolderIndex(), 3);
-        QCOMPARE(editor.imgImage(3).Picture(), drawn);
-    }
-
-    void ATextThatIsLeftLeavesNothing_data()
-    {
-        QTest::addColumn<QString>("button");
-        QTest::newRow("another tool") << u"cmdDMode(4)"_s;
-        QTest::newRow("save") << u"cmdISave"_s;
-        QTest::newRow("zoom") << u"cmdZoomOut"_s;
-        QTest::newRow("redo") << u"cmdReDo"_s;
-        QTest::newRow("a press on the canvas") << QString();
-    }
-
-    void ATextThatIsLeftLeavesNothing()
-    {
-        QFETCH(QString, button);
-        frmImgEdit& editor = Open({640, 480});
-        Tool(4);
-        for (int stroke = 0; stroke < 4; ++stroke)
-            Drag({10, 20 * stroke + 20}, {600, 20 * stroke + 20});
-        Click(u"cmdUnDo"_s);
-        const QImage before = editor.imgMain().Picture();
-        Tool(1);
-        Drag({100, 200}, {300, 260});
-        QTest::keyClicks(&editor.txtText(), u"never mind"_s);
-        if (button.isEmpty())
-            QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {400, 300});
-        else
-            Click(button);
-        QVERIFY(!editor.txtText().isVisible() || button.isEmpty());
-        if (button.isEmpty())
-            Tool(4);
-        QCOMPARE(editor.Chain().HolderIndex(), button == u"cmdReDo"_s ? 5 : 4);
-        if (button == u"cmdISave"_s) {
-            const QImage saved = LoadPicture(editor.lblFilePath().text());
-            QVERIFY(IsYellow(saved, {300, 60}));
-            QVERIFY(!IsYellow(saved, {300, 80}));
-        }
-        if (button != u"cmdReDo"_s) {
-            QCOMPARE(editor.imgMain().Picture(), before);
-            Click(u"cmdReDo"_s);
-        }
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 80}));
-    }
-
-    void KeysWaitForStrokeAndText()
-    {
-        frmImgEdit& editor = Open({640, 480});
-        Tool(4);
-        Drag({10, 20}, {600, 20});
-        const QImage one = editor.imgMain().Picture();
-        QTest::mousePress(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {10, 90});
-        QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
-        QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(editor.imgMain().Picture(), one);
-        QTest::mouseRelease(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 90});
-        QVERIFY(!VisitContext.ImageSaved);
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
-        QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(editor.imgMain().Picture(), one);
-        QTest::keyClick(&editor, Qt::Key_Y, Qt::ControlModifier);
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
-        Tool(1);
-        Drag({100, 200}, {300, 260});
-        QTest::keyClick(&editor.txtText(), Qt::Key_S, Qt::ControlModifier);
-        QVERIFY(!VisitContext.ImageSaved);
-        QVERIFY(editor.txtText().isVisible());
-        Tool(4);
-        QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
-        QVERIFY(VisitContext.ImageSaved);
+        QVERIFY(!m_box->Button(u"cmdZoomIn"_s).isEnabled());
+        QVERIFY(m_box->Button(u"cmdZoomOut"_s).isEnabled());
     }
 
     void BadPicturesCloseTheEditor_data()
@@ -352,21 +140,21 @@ private Q_SLOTS:
 
     void AFailedSaveKeepsTheFile()
     {
-        frmImgEdit& editor = Open({640, 480});
+        frmImgEdit& editor = m_box->Open({640, 480});
         const QString path = editor.lblFilePath().text();
         const QByteArray stored = Files().ReadFile(path);
-        Tool(4);
-        Drag({10, 20}, {600, 20});
+        m_box->Tool(4);
+        m_box->Drag({10, 20}, {600, 20});
         m_box->FaultyFiles().FailAt(1);
-        Click(u"cmdISave"_s);
+        m_box->Click(u"cmdISave"_s);
         QCOMPARE(m_box->Desk().shown.size(), 1);
         QCOMPARE(Files().ReadFile(path), stored);
         QVERIFY(!VisitContext.ImageSaved);
-        Click(u"cmdISave"_s);
+        m_box->Click(u"cmdISave"_s);
         QVERIFY(VisitContext.ImageSaved);
         DeleteFile(path);
         VisitContext.ImageSaved = false;
-        Click(u"cmdISave"_s);
+        m_box->Click(u"cmdISave"_s);
         QVERIFY(!VisitContext.ImageSaved && !FileExists(path));
         QCOMPARE(m_box->Desk().shown.size(), 1);
     }
@@ -419,40 +207,40 @@ private Q_SLOTS:
 
     void ColourAndFontOutlastTheEditor()
     {
-        frmImgEdit& editor = Open({640, 480});
-        Click(u"cmdColor"_s, [](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->reject(); });
+        frmImgEdit& editor = m_box->Open({640, 480});
+        m_box->Click(u"cmdColor"_s, [](QWidget* dialog) { qobject_cast<QDialog*>(dialog)->reject(); });
         editor.Unload();
         QCOMPARE(ReadSetting(u"Image Edit Setting"_s, u"Color"_s, 10), u"0"_s);
 
-        Open({640, 480});
-        Click(u"cmdColor"_s, [](QWidget* dialog) {
+        m_box->Open({640, 480});
+        m_box->Click(u"cmdColor"_s, [](QWidget* dialog) {
             QCOMPARE(dialog->windowTitle(), u"글자색 지정..."_s);
             qobject_cast<QColorDialog*>(dialog)->setCurrentColor(QColor(0, 200, 100));
             qobject_cast<QDialog*>(dialog)->accept();
         });
-        Click(u"cmdFont"_s, [](QWidget* dialog) {
+        m_box->Click(u"cmdFont"_s, [](QWidget* dialog) {
             QCOMPARE(dialog->windowTitle(), u"글씨체 선택..."_s.replace(u'씨', u'자'));
             QFont font(u"UnDotum"_s, 28);
             font.setBold(true);
             qobject_cast<QFontDialog*>(dialog)->setCurrentFont(font);
             qobject_cast<QDialog*>(dialog)->accept();
         });
-        Click(u"cmdIExit"_s);
+        m_box->Click(u"cmdIExit"_s);
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
 
-        frmImgEdit& again = Open({640, 480});
+        frmImgEdit& again = m_box->Open({640, 480});
         QCOMPARE(again.txtText().TextFont().family(), u"UnDotum"_s);
         QCOMPARE(again.txtText().TextFont().pointSize(), 28);
         QVERIFY(again.txtText().TextFont().bold());
-        Tool(3);
-        Drag({100, 100}, {200, 200});
+        m_box->Tool(3);
+        m_box->Drag({100, 100}, {200, 200});
         QCOMPARE(again.imgMain().Picture().pixelColor(150, 100), QColor(0, 200, 100));
     }
 
     /// Whatever is pressed, the canvas shows what a plain list of the five holders says, and a save stores that.
     void AnythingInAnyOrder()
     {
-        frmImgEdit& editor = Open({96, 64});
+        frmImgEdit& editor = m_box->Open({96, 64});
         QRandomGenerator random(17);
         std::array<QImage, 6> holders;
         QImage canvas = editor.imgMain().Picture();
@@ -467,9 +255,9 @@ private Q_SLOTS:
             case 1:
             case 2: {
                 const int tool = std::array{0, 2, 3, 4, 5}[random.bounded(5u)];
-                Tool(tool);
+                m_box->Tool(tool);
                 const QImage before = editor.imgMain().Picture();
-                Drag(point(), point(), point());
+                m_box->Drag(point(), point(), point());
                 if (level != 5) {
                     QCOMPARE(editor.imgMain().Picture(), before);
                     break;
@@ -483,117 +271,53 @@ private Q_SLOTS:
             }
             case 3:
             case 4:
-                if (Button(u"cmdUnDo"_s).isEnabled() && index > 1)
+                if (m_box->Button(u"cmdUnDo"_s).isEnabled() && index > 1)
                     canvas = holders[--index];
-                Click(u"cmdUnDo"_s);
+                m_box->Click(u"cmdUnDo"_s);
                 break;
             case 5:
             case 6:
-                if (Button(u"cmdReDo"_s).isEnabled() && index < 5 && index <= lastPress)
+                if (m_box->Button(u"cmdReDo"_s).isEnabled() && index < 5 && index <= lastPress)
                     canvas = holders[++index];
-                Click(u"cmdReDo"_s);
+                m_box->Click(u"cmdReDo"_s);
                 break;
             case 7:
                 level = qMin(9, level + 1);
-                Click(u"cmdZoomOut"_s);
+                m_box->Click(u"cmdZoomOut"_s);
                 break;
             case 8:
                 level = qMax(1, level - 1);
-                Click(u"cmdZoomIn"_s);
+                m_box->Click(u"cmdZoomIn"_s);
                 break;
             case 9:
                 while (editor.ZoomLevel() != 5)
-                    Click(editor.ZoomLevel() > 5 ? u"cmdZoomIn"_s : u"cmdZoomOut"_s);
+                    m_box->Click(editor.ZoomLevel() > 5 ? u"cmdZoomIn"_s : u"cmdZoomOut"_s);
                 level = 5;
                 break;
             case 10: // a text that is left again
                 if (level == 5) {
-                    Tool(1);
-                    Drag(point(), point());
-                    Tool(0);
+                    m_box->Tool(1);
+                    m_box->Drag(point(), point());
+                    m_box->Tool(0);
                 }
                 break;
             default:
                 if (step % 10 == 0)
-                    Click(u"cmdISave"_s);
+                    m_box->Click(u"cmdISave"_s);
             }
             QCOMPARE(editor.ZoomLevel(), level);
             QCOMPARE(editor.Chain().HolderIndex(), int(index));
             QCOMPARE(editor.imgMain().Picture(), canvas);
             QCOMPARE(editor.imgImage(int(index)).Picture(), canvas);
         }
-        Click(u"cmdISave"_s);
+        m_box->Click(u"cmdISave"_s);
         QCOMPARE(LoadPicture(editor.lblFilePath().text()).size(), canvas.size());
         for (const QString& text : std::as_const(m_box->Desk().shown))
             QCOMPARE(text, Refused);
     }
 
 private:
-    /// The editor on a picture of that size, shown and read.
-    frmImgEdit& Open(QSize size)
-    {
-        m_box->AddPicture(Day, Stomach, 1);
-        const QString path = m_box->PicturePath(Day, Stomach, 1);
-        WriteWholeFile(path, StationInABox::Jpeg(size, Qt::darkBlue));
-        frmImgEdit& editor = Form<frmImgEdit>();
-        editor.lblFilePath().setText(path);
-        editor.Show();
-        editor.activateWindow();
-        if (!QTest::qWaitFor([&] { return !editor.imgMain().Picture().isNull() && editor.isActiveWindow(); }))
-            qFatal("the editor didn't open");
-        return editor;
-    }
-
-    /// Runs while the editor that a command opens is there, once its picture has been read.
-    void OnceOpen(const std::function<void(frmImgEdit&)>& handler)
-    {
-        auto* timer = new QTimer(qApp);
-        QObject::connect(timer, &QTimer::timeout, timer, [timer, handler] {
-            auto* editor = static_cast<frmImgEdit*>(FindForm(u"frmImgEdit"_s));
-            if (editor == nullptr || editor->imgMain().Picture().isNull())
-                return;
-            timer->deleteLater();
-            timer->stop();
-            handler(*editor);
-        });
-        timer->start(1);
-    }
-
-    static QWidget& Editor() { return *FindForm(u"frmImgEdit"_s); }
-    static QToolButton& Button(const QString& name) { return *Editor().findChild<QToolButton*>(name); }
-    static void Tool(int tool) { Click(u"cmdDMode(%1)"_s.arg(tool)); }
-
-    static void Click(const QString& name, const std::function<void(QWidget*)>& inDialog = {})
-    {
-        if (inDialog) {
-            auto* timer = new QTimer(qApp);
-            QObject::connect(timer, &QTimer::timeout, timer, [timer, inDialog] {
-                if (QWidget* dialog = QApplication::activeModalWidget()) {
-                    timer->stop();
-                    timer->deleteLater();
-                    inDialog(dialog);
-                }
-            });
-            timer->start(1);
-        }
-        QTest::mouseClick(&Button(name), Qt::LeftButton);
-    }
-
-    static void Drag(QPoint from, QPoint to, QPoint by = {})
-    {
-        QWidget* canvas = Editor().findChild<QWidget*>(u"imgMain"_s);
-        const auto send = [&](QEvent::Type type, QPoint at, Qt::MouseButton button, Qt::MouseButtons held) {
-            QMouseEvent event(type, at, canvas->mapToGlobal(at), button, held, Qt::NoModifier);
-            QCoreApplication::sendEvent(canvas, &event);
-        };
-        send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
-        if (!by.isNull())
-            send(QEvent::MouseMove, by, Qt::NoButton, Qt::LeftButton);
-        send(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton);
-        send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
-    }
-
-    std::unique_ptr<StationInABox> m_box;
+    std::unique_ptr<EditorInABox> m_box;
 };
 
 QTEST_MAIN(ImageEditorTest)

@@ -12,6 +12,9 @@
 #include <QPainter>
 #include <QScrollBar>
 
+#include <cmath>
+#include <vector>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -192,7 +195,9 @@ void ImageControl::Draw(const outline::Spans& spans, double colour)
         outline::Invert(m_picture, spans);
     else
         outline::Paint(m_picture, spans, ColourOf(colour));
-    ShowPart(outline::Covered(spans, m_picture.size()));
+    // A shown pixel is mixed from its neighbours, too.
+    const int margin = static_cast<int>(std::ceil(3 / m_view.Scale())) + 1;
+    ShowPart(outline::Covered(spans, m_picture.size(), margin));
 }
 
 void ImageControl::MakeDrawable()
@@ -206,10 +211,20 @@ void ImageControl::ShowPart(const QRegion& pictureParts)
     m_reduced.MarkChanged(pictureParts);
     if (!isVisible())
         return;
-    QRegion changed;
-    for (const QRect& part : pictureParts)
-        changed += m_view.ViewFromPicture(QRectF(part)).toAlignedRect().adjusted(-1, -1, 1, 1);
-    update(changed);
+    // Edges that two parts share stay shared, so the rectangles remain in the order that a region needs.
+    std::vector<QRect> changed;
+    const auto edge = [this](QPoint corner) {
+        const QPointF place = m_view.ViewFromPicture(QPointF(corner));
+        return QPoint(static_cast<int>(std::floor(place.x())), static_cast<int>(std::floor(place.y())));
+    };
+    for (const QRect& part : pictureParts) {
+        const QRect shown(edge(part.topLeft()), edge(part.bottomRight() + QPoint(1, 1)) - QPoint(1, 1));
+        if (!shown.isEmpty())
+            changed.push_back(shown);
+    }
+    QRegion region;
+    region.setRects(changed.data(), static_cast<int>(changed.size()));
+    update(region);
 }
 
 void ImageControl::LayOutView()

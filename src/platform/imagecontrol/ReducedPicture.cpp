@@ -23,6 +23,20 @@ QRgb Mean(const uchar* bits, qsizetype stride, int left, int top, int right, int
     const quint32 blue = (redBlue & 0xFFFF) / count;
     return alpha << 24 | red << 16 | green << 8 | blue;
 }
+/// A row of whole blocks of four pixels, the commonest case; written so that the compiler takes several at a time.
+void MeanOfFour(const QRgb* upper, const QRgb* lower, QRgb* result, int count)
+{
+    for (int x = 0; x < count; ++x) {
+        const QRgb a = upper[2 * x];
+        const QRgb b = upper[2 * x + 1];
+        const QRgb c = lower[2 * x];
+        const QRgb d = lower[2 * x + 1];
+        constexpr quint32 Half = 0x00FF00FF;
+        const quint32 redBlue = ((a & Half) + (b & Half) + (c & Half) + (d & Half)) >> 2;
+        const quint32 alphaGreen = (((a >> 8) & Half) + ((b >> 8) & Half) + ((c >> 8) & Half) + ((d >> 8) & Half)) >> 2;
+        result[x] = (redBlue & Half) | (alphaGreen & Half) << 8;
+    }
+}
 } // namespace
 
 int ReducedPicture::DivisorFor(double scale)
@@ -57,7 +71,15 @@ void ReducedPicture::Reckon(const QImage& picture, const QRect& part)
         auto* row = reinterpret_cast<QRgb*>(m_reduced.scanLine(y));
         const int top = y * m_divisor;
         const int bottom = std::min(top + m_divisor, picture.height());
-        for (int x = part.left() / m_divisor; x <= part.right() / m_divisor; ++x) {
+        int x = part.left() / m_divisor;
+        if (m_divisor == 2 && bottom - top == 2) {
+            const int whole = std::min(part.right() / 2 + 1, picture.width() / 2);
+            const auto* upper = reinterpret_cast<const QRgb*>(bits + top * stride) + 2 * x;
+            const auto* lower = reinterpret_cast<const QRgb*>(bits + (top + 1) * stride) + 2 * x;
+            MeanOfFour(upper, lower, row + x, std::max(0, whole - x));
+            x = std::max(x, whole);
+        }
+        for (; x <= part.right() / m_divisor; ++x) {
             const int left = x * m_divisor;
             row[x] = Mean(bits, stride, left, top, std::min(left + m_divisor, picture.width()), bottom);
         }
