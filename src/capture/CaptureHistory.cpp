@@ -2,6 +2,7 @@
 
 #include "capture/VisitNote.h"
 #include "contracts/fpSpread.h"
+#include "editor/open_picture_editor.h"
 #include "launch/context/VisitContext.h"
 #include "records/capture_index.h"
 #include "records/capture_scheme.h"
@@ -122,6 +123,24 @@ void CaptureHistory::ShowHistoryLine(int row)
     LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, m_controls.historyPictures, 2, false);
     if (line == m_lineShown)
         m_note.ShowHistoryNote(ymd, etc, folder);
+}
+
+void CaptureHistory::EditHistoryPicture(int column, int row)
+{
+    const bool pictureCell = row % 2 == 1 && PictureColumns(2).contains(column);
+    if (Trim(VisitContext.Chart).isEmpty() || !pictureCell)
+        return;
+    const QString etc = Trim(m_controls.lblHisEtc.text());
+    const QString ymd = m_controls.lblHisYmd.text().remove(u'-');
+    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
+    fpSpread& grid = m_controls.historyPictures;
+    VisitContext.ImageSaved = false;
+    OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, grid, column, row);
+    if (!VisitContext.ImageSaved)
+        return;
+    ++m_lineShown;
+    const StillCapture::Hold hold(m_stills);
+    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, grid, 2, true);
 }
 
 bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)

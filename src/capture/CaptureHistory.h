@@ -47,6 +47,10 @@ public:
     void FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);
+    /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does
+    /// nothing.
+    void EditHistoryPicture(int column, int row);
+
     /// True for a picture cell of that grid: the cell under it holds a number.
     bool IsFilledPicture(int gridNumber, int column, int row);
 

@@ -217,10 +217,12 @@ void frmCapture::OnSectionChosen()
     m_history->ShowSection();
 }
 
-void frmCapture::OnGridDblClick(int element, int /*column*/, int row)
+void frmCapture::OnGridDblClick(int element, int column, int row)
 {
     if (element == 3)
         m_history->ShowHistoryLine(row);
+    else if (element == 2)
+        m_history->EditHistoryPicture(column, row);
 }
 
 void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)

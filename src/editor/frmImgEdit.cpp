@@ -59,13 +59,13 @@ void frmImgEdit::Form_Load()
 void frmImgEdit::ConnectControls()
 {
     for (int tool = 0; tool < Tools; ++tool) {
-        connect(m_cmdDMode[static_cast<size_t>(tool)], &QToolButton::clicked, this, GuardedSlot([this, tool] {
+        connect(m_cmdDMode[static_cast<size_t>(tool)], &QToolButton::clicked, this, GuardedSlot([this, tool](bool) {
                     LeaveTextEntry();
                     MarkToolButton(tool);
                 }));
     }
     const auto onClick = [this](QToolButton* button, void (frmImgEdit::*command)()) {
-        connect(button, &QToolButton::clicked, this, GuardedSlot([this, command] {
+        connect(button, &QToolButton::clicked, this, GuardedSlot([this, command](bool) {
                     if (BeginCommand())
                         (this->*command)();
                 }));
@@ -77,7 +77,7 @@ void frmImgEdit::ConnectControls()
     onClick(m_cmdISave, &frmImgEdit::Save);
     onClick(m_cmdIExit, &frmImgEdit::Exit);
     for (const auto& [button, step] : {std::pair(m_cmdZoomIn, -1), std::pair(m_cmdZoomOut, 1)}) {
-        connect(button, &QToolButton::clicked, this, GuardedSlot([this, by = step] {
+        connect(button, &QToolButton::clicked, this, GuardedSlot([this, by = step](bool) {
                     if (BeginCommand())
                         Zoom(by);
                 }));

@@ -41,7 +41,8 @@ void Draw(DrawingTool tool, ImagXpress& target, QPointF from, QPointF to, int co
 
 void GiveBackground(QToolButton& button, int colour)
 {
-    button.setStyleSheet(u"QToolButton { background: %1; }"_s.arg(ColourOf(colour).name()));
+    // Dark letters, as the pictures on the buttons are.
+    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(ColourOf(colour).name()));
 }
 } // namespace
 
@@ -49,10 +50,10 @@ void frmImgEdit::OnPress(int button, float x, float y)
 {
     if (button != LeftButton)
         return;
-    LeaveTextEntry();
     // A release that went to another window.
     if (m_isDrawing)
         FinishStroke();
+    LeaveTextEntry();
     if (m_zoomLevel != 5) {
         ShowInformation(u"확대나 축소시에는 이미지를 편집할수 없습니다.!!"_s);
         return;
@@ -129,6 +130,7 @@ void frmImgEdit::OnTextEntered()
     // The picture was scrolled meanwhile: the text stands where its box is seen.
     if (m_imgMain->ViewFromPicture(point).toPoint() != m_txtText->pos())
         point = m_imgMain->PictureFromView(m_txtText->pos());
+    m_imgMain->setFocus();
     m_txtText->Close();
     if (!text.isEmpty())
         DrawFontText(*m_imgMain, float(point.x()), float(point.y()), text, m_colour, m_txtText->TextFont());

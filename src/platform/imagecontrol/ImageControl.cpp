@@ -12,6 +12,9 @@
 #include <QPainter>
 #include <QScrollBar>
 
+#include <cmath>
+#include <vector>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -70,7 +73,11 @@ void ImageControl::setPicture(const QImage& picture)
 {
     const bool sameSize = picture.size() == m_picture.size();
     m_picture = picture;
+    // What the screen paints fastest, and whose pixels are whole words.
+    if (!m_picture.isNull() && m_picture.depth() != 32)
+        m_picture.convertTo(m_picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     m_picture.setDevicePixelRatio(1);
+    m_reduced.MarkChanged(m_picture.rect());
     if (!sameSize)
         LayOutView();
     update();
@@ -188,8 +195,9 @@ void ImageControl::Draw(const outline::Spans& spans, double colour)
         outline::Invert(m_picture, spans);
     else
         outline::Paint(m_picture, spans, ColourOf(colour));
-    if (isVisible())
-        ShowPart(outline::Covered(spans, m_picture.size()));
+    // A shown pixel is mixed from its neighbours, too.
+    const int margin = static_cast<int>(std::ceil(3 / m_view.Scale())) + 1;
+    ShowPart(outline::Covered(spans, m_picture.size(), margin));
 }
 
 void ImageControl::MakeDrawable()
@@ -200,10 +208,23 @@ void ImageControl::MakeDrawable()
 
 void ImageControl::ShowPart(const QRegion& pictureParts)
 {
-    QRegion changed;
-    for (const QRect& part : pictureParts)
-        changed += m_view.ViewFromPicture(QRectF(part)).toAlignedRect().adjusted(-1, -1, 1, 1);
-    update(changed);
+    m_reduced.MarkChanged(pictureParts);
+    if (!isVisible())
+        return;
+    // Edges that two parts share stay shared, so the rectangles remain in the order that a region needs.
+    std::vector<QRect> changed;
+    const auto edge = [this](QPoint corner) {
+        const QPointF place = m_view.ViewFromPicture(QPointF(corner));
+        return QPoint(static_cast<int>(std::floor(place.x())), static_cast<int>(std::floor(place.y())));
+    };
+    for (const QRect& part : pictureParts) {
+        const QRect shown(edge(part.topLeft()), edge(part.bottomRight() + QPoint(1, 1)) - QPoint(1, 1));
+        if (!shown.isEmpty())
+            changed.push_back(shown);
+    }
+    QRegion region;
+    region.setRects(changed.data(), static_cast<int>(changed.size()));
+    update(region);
 }
 
 void ImageControl::LayOutView()
@@ -229,12 +250,16 @@ void ImageControl::paintEvent(QPaintEvent* event)
 {
     QPainter painter(this);
     const QRectF shown = m_view.ViewFromPicture(QRectF(m_picture.rect()));
-    for (const QRect& beside : event->region() - QRegion(shown.toRect()))
+    const QRect room({0, 0}, m_view.Room());
+    for (const QRect& beside : event->region() - QRegion(shown.toRect() & room))
         painter.fillRect(beside, palette().color(QPalette::Base));
     if (m_picture.isNull())
         return;
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawImage(shown, m_picture);
+    painter.setClipRect(room);
+    const int divisor = ReducedPicture::DivisorFor(m_view.Scale());
+    const QRectF source(QPointF(0, 0), QSizeF(m_picture.size()) / divisor);
+    painter.drawImage(shown, divisor == 1 ? m_picture : m_reduced.Of(m_picture, divisor), source);
 }
 
 void ImageControl::resizeEvent(QResizeEvent* event)

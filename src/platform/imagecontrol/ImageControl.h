@@ -3,6 +3,7 @@
 #include "contracts/ImagXpress.h"
 #include "platform/imagecontrol/outline.h"
 #include "platform/imagecontrol/PictureView.h"
+#include "platform/imagecontrol/ReducedPicture.h"
 
 #include <QFont>
 
@@ -68,6 +69,7 @@ private:
     QImage m_picture;
     QString m_targetFile;
     PictureView m_view;
+    ReducedPicture m_reduced;
     QScrollBar* m_horizontalBar;
     QScrollBar* m_verticalBar;
     int m_drawMode = DrawModeCopy;

@@ -143,22 +143,24 @@ struct RoundedRectangle
     }
 };
 
-/// A round pen is led along the curve; in each row it touches what it covers from five heights.
-void AddCurveRow(Spans& spans, const RoundedRectangle& curve, double radius, int y, QSize size)
+/// A round pen, sampled at five heights: each in half the pen's width, with the half of its breadth there.
+const std::array<std::pair<double, double>, 5> PenSamples{
+    {{-1 + 1e-9, 0}, {-0.5, std::sqrt(0.75)}, {0, 1 - 1e-9}, {0.5, std::sqrt(0.75)}, {1 - 1e-9, 0}}};
+using Insets = std::array<double, PenSamples.size()>;
+
+/// What the pen covers in row `y` when it is led along the curve; `insets` belong to the heights of the samples.
+void AddCurveRow(Spans& spans, const RoundedRectangle& curve, const Insets& insets, double radius, int y, QSize size)
 {
-    static const double side = std::sqrt(0.75);
-    static const std::array<std::pair<double, double>, 5> pen{
-        {{-1 + 1e-9, 0}, {-0.5, side}, {0, 1 - 1e-9}, {0.5, side}, {1 - 1e-9, 0}}};
     Interval left;
     Interval right;
     bool beyond = false;
-    for (const auto& [height, half] : pen) {
-        const double inset = curve.Inset(y + 0.5 + height * radius);
+    for (size_t sample = 0; sample < insets.size(); ++sample) {
+        const double inset = insets[sample];
         if (inset < 0) {
             beyond = true;
             continue;
         }
-        const double reach = half * radius;
+        const double reach = PenSamples[sample].second * radius;
         left.Cover(curve.frame.left() + inset - reach, curve.frame.left() + inset + reach);
         right.Cover(curve.frame.right() - inset - reach, curve.frame.right() - inset + reach);
     }
@@ -177,8 +179,17 @@ Spans Curve(const RoundedRectangle& curve, int width, QSize size)
     Spans spans;
     const double radius = width / 2.0;
     const Rows rows = RowsWithin(curve.frame.top() - radius, curve.frame.bottom() + radius, size);
-    for (int y = rows.first; y < rows.end; ++y)
-        AddCurveRow(spans, curve, radius, y, size);
+    spans.reserve(static_cast<size_t>(2 * (rows.end - rows.first)));
+    Insets insets{};
+    for (int y = rows.first; y < rows.end; ++y) {
+        // For the pen of two pixels three of the heights were already reckoned in the row above.
+        const bool shared = width == 2 && y > rows.first;
+        for (size_t sample = 0; sample < insets.size(); ++sample)
+            insets[sample] = shared && sample + 2 < insets.size()
+                                 ? insets[sample + 2]
+                                 : curve.Inset(y + 0.5 + PenSamples[sample].first * radius);
+        AddCurveRow(spans, curve, insets, radius, y, size);
+    }
     return spans;
 }
 
@@ -247,14 +258,17 @@ void outline::Invert(QImage& picture, const Spans& spans)
     ForEachPixel(picture, spans, [](QRgb& pixel) { pixel ^= 0x00FFFFFF; });
 }
 
-QRegion outline::Covered(const Spans& spans, QSize size)
+QRegion outline::Covered(const Spans& spans, QSize size, int margin)
 {
     const int columns = size.width() / TileWidth + 1;
     const int rows = size.height() / TileHeight + 1;
     std::vector<char> touched(static_cast<size_t>(columns) * static_cast<size_t>(rows), 0);
     for (const Span& span : spans) {
-        char* row = touched.data() + static_cast<ptrdiff_t>(span.y / TileHeight) * columns;
-        std::fill(row + span.left / TileWidth, row + (span.right - 1) / TileWidth + 1, char(1));
+        const int first = std::max(0, span.left - margin) / TileWidth;
+        const int last = std::min(size.width(), span.right - 1 + margin) / TileWidth;
+        const int lastRow = std::min(size.height(), span.y + margin) / TileHeight;
+        for (int row = std::max(0, span.y - margin) / TileHeight; row <= lastRow; ++row)
+            std::fill_n(touched.data() + static_cast<ptrdiff_t>(row) * columns + first, last - first + 1, char(1));
     }
     std::vector<QRect> tiles;
     for (int row = 0; row < rows; ++row) {

@@ -32,6 +32,6 @@ Spans Ellipse(QPointF corner, QPointF corner2, int width, QSize size);
 /// The picture must be of a 32-bit format.
 void Paint(QImage& picture, const Spans& spans, QRgb colour);
 void Invert(QImage& picture, const Spans& spans);
-/// What has to be shown anew, in small rectangles of the picture.
-QRegion Covered(const Spans& spans, QSize size);
+/// The spans and `margin` pixels around them, in small rectangles of the picture.
+QRegion Covered(const Spans& spans, QSize size, int margin);
 } // namespace outline

@@ -5,6 +5,7 @@
 #include "support/StationInABox.h"
 
 #include <QPainter>
+#include <QPaintEvent>
 #include <QRandomGenerator>
 #include <QScrollBar>
 #include <QSignalSpy>
@@ -72,6 +73,34 @@ int Count(const QImage& mask)
             count += mask.pixel(x, y) == 0xFFFFFFFF ? 1 : 0;
     }
     return count;
+}
+
+/// Where a widget is painted.
+class PaintedRegion : public QObject
+{
+public:
+    QRegion region;
+
+    explicit PaintedRegion(QWidget& widget) : QObject(&widget)
+    {
+        QCoreApplication::processEvents();
+        widget.installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent*>(event)->region();
+        return false;
+    }
+};
+
+/// What stands on the screen when only that region was painted.
+QImage After(QImage screen, const QImage& whole, const QRegion& painted)
+{
+    QPainter painter(&screen);
+    painter.setClipRegion(painted);
+    painter.drawImage(0, 0, whole);
+    return screen;
 }
 
 const QStringList Figures{u"line"_s, u"dotted"_s, u"box"_s, u"circle"_s};
@@ -272,6 +301,30 @@ private Q_SLOTS:
         m_control->setDrawWidth(20);
         m_control->DrawLine(float(place.x()), float(place.y()), float(place.x()), float(place.y()), Yellow);
         QCOMPARE(m_control->grab().toImage().pixelColor(pressed), QColor(Qt::yellow));
+    }
+
+    /// What the screen has repainted in parts is what it would show when painted whole.
+    void TheScreenFollowsTheFigure()
+    {
+        QRandomGenerator random(23);
+        for (const QSize& size : {QSize(640, 480), QSize(1919, 1081), QSize(1080, 3000), QSize(150, 100)}) {
+            m_control->setPicture(Noise(size));
+            m_control->ZoomToFit(2);
+            QImage screen(m_control->size(), QImage::Format_RGB32);
+            m_control->render(&screen);
+            for (int step = 0; step < 40; ++step) {
+                m_control->setDrawMode(step % 2 == 0 ? DrawModeInvert : DrawModeCopy);
+                const auto point = [&] { return QPointF(random.bounded(size.width()), random.bounded(size.height())); };
+                PaintedRegion painted(*m_control);
+                Figure(*m_control, Figures[int(random.bounded(4u))], point(), point());
+                QCoreApplication::processEvents();
+                const QRegion region = painted.region; // before the test itself paints
+                QImage after(m_control->size(), QImage::Format_RGB32);
+                m_control->render(&after);
+                QCOMPARE(Difference(screen, after), Difference(screen, After(screen, after, region)));
+                screen = after;
+            }
+        }
     }
 
     void AQuickSecondPressIsAPress()

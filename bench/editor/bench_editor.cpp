@@ -1,0 +1,183 @@
+#include "contracts/files.h"
+#include "contracts/pictures.h"
+#include "editor/frmImgEdit.h"
+#include "station/figures.h"
+#include "support/StationInABox.h"
+
+#include <QApplication>
+#include <QBuffer>
+#include <QPainter>
+#include <QRandomGenerator>
+#include <QTest>
+#include <QToolButton>
+
+#include <cstdio>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int Rounds = 200;
+constexpr QSize Full(1920, 1080);
+
+/// A picture whose details don't compress away.
+QByteArray Grain()
+{
+    QImage picture(Full, QImage::Format_RGB32);
+    QRandomGenerator random(5);
+    for (int y = 0; y < Full.height(); ++y) {
+        for (int x = 0; x < Full.width(); ++x) {
+            const int grain = static_cast<int>(random.bounded(12));
+            picture.setPixel(x, y, qRgb(150 + x / 20 + grain, 60 + y / 18 + grain, 60 + grain));
+        }
+    }
+    QByteArray jpeg;
+    QBuffer buffer(&jpeg);
+    buffer.open(QIODevice::WriteOnly);
+    picture.save(&buffer, "JPEG", 90);
+    return jpeg;
+}
+
+/// The figure that the band is held against: the raster operation of the platform's painter.
+void PaintInverted(QImage& picture, int tool, const QRectF& frame)
+{
+    QPainter painter(&picture);
+    painter.setCompositionMode(QPainter::RasterOp_NotDestination);
+    painter.setPen(QPen(Qt::black, 2));
+    if (tool == ToolBox)
+        painter.drawRect(frame);
+    else if (tool == ToolCircle)
+        painter.drawEllipse(frame);
+    else
+        painter.drawLine(frame.topLeft(), frame.bottomRight());
+}
+
+QString Milliseconds(double ms, int digits)
+{
+    return u"%1 ms"_s.arg(ms, 0, 'f', digits);
+}
+
+void BenchBands(ImagXpress& canvas)
+{
+    const std::pair<int, QString> tools[] = {{ToolLine, u"line"_s}, {ToolBox, u"box"_s}, {ToolCircle, u"circle"_s}};
+    for (const auto& [tool, name] : tools) {
+        QImage beside = canvas.Picture().copy();
+        QList<double> bands;
+        QList<double> painted;
+        for (int round = 0; round < Rounds; ++round) {
+            const int x = 1900 - round % 20;
+            const QRectF frame(QPointF(20, 20), QPointF(x, 1060));
+            double start = NowMs();
+            DrawFigure(static_cast<DrawingTool>(tool), canvas, 20, 20, float(x), 1060, 65535, PenBand);
+            bands << NowMs() - start;
+            start = NowMs();
+            PaintInverted(beside, tool, frame);
+            painted << NowMs() - start;
+            // Taken back, and shown, outside of the clock.
+            DrawFigure(static_cast<DrawingTool>(tool), canvas, 20, 20, float(x), 1060, 65535, PenBand);
+            QCoreApplication::processEvents();
+        }
+        PrintFigure(u"band of a %1 across 1080p (median)"_s.arg(name), Milliseconds(Median(bands), 3),
+                    u"%1 x raster operation, %2 ms (at most 0.2 ms)"_s.arg(Median(bands) / Median(painted), 0, 'f', 2)
+                        .arg(Median(painted), 0, 'f', 3));
+    }
+}
+
+void BenchSteps(frmImgEdit& editor)
+{
+    const auto click = [&](const QString& name, bool shown) {
+        const double start = NowMs();
+        editor.findChild<QToolButton*>(name)->click();
+        if (shown)
+            QCoreApplication::processEvents();
+        return NowMs() - start;
+    };
+    const auto stroke = [&] {
+        QTest::mousePress(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {100, 100});
+        QTest::mouseRelease(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 300});
+    };
+    click(u"cmdDMode(4)"_s, true);
+    stroke();
+    QList<double> copies;
+    for (int round = 0; round < 21; ++round) {
+        const double start = NowMs();
+        const QImage copy = editor.imgMain().Picture().copy();
+        copies << NowMs() - start;
+    }
+    for (const bool shown : {false, true}) {
+        QList<double> undos;
+        QList<double> redos;
+        for (int round = 0; round < Rounds; ++round) {
+            undos << click(u"cmdUnDo"_s, shown);
+            QCoreApplication::processEvents();
+            redos << click(u"cmdReDo"_s, shown);
+            QCoreApplication::processEvents();
+        }
+        PrintFigure(shown ? u"undo and redo at 1080p, till shown (median)"_s : u"undo and redo at 1080p (median)"_s,
+                    u"%1 and %2 ms"_s.arg(Median(undos), 0, 'f', 3).arg(Median(redos), 0, 'f', 3),
+                    u"one copy of the picture %1 ms (at most 2 ms)"_s.arg(Median(copies), 0, 'f', 2));
+    }
+}
+
+void BenchFile(StationInABox& box, const QString& path)
+{
+    QList<double> opens;
+    QList<double> reads;
+    QList<double> saves;
+    QList<double> writes;
+    for (int round = 0; round < 15; ++round) {
+        double start = NowMs();
+        frmImgEdit& editor = Form<frmImgEdit>();
+        editor.lblFilePath().setText(path);
+        editor.Show();
+        while (editor.imgMain().Picture().isNull())
+            QCoreApplication::processEvents();
+        opens << NowMs() - start;
+
+        start = NowMs();
+        const QImage read = LoadPicture(path);
+        reads << NowMs() - start;
+
+        start = NowMs();
+        editor.findChild<QToolButton*>(u"cmdISave"_s)->click();
+        saves << NowMs() - start;
+
+        start = NowMs();
+        QByteArray jpeg;
+        QBuffer buffer(&jpeg);
+        buffer.open(QIODevice::WriteOnly);
+        read.save(&buffer, "JPEG", 90);
+        WriteWholeFile(box.Root() + u"beside"_s, jpeg);
+        writes << NowMs() - start;
+        editor.Unload();
+        QCoreApplication::processEvents();
+    }
+    PrintFigure(
+        u"editor opens a 1080p picture (median)"_s, Milliseconds(Median(opens), 1),
+        u"%1 x reading it, %2 ms"_s.arg(Median(opens) / Median(reads), 0, 'f', 2).arg(Median(reads), 0, 'f', 1));
+    PrintFigure(u"editor saves a 1080p picture (median)"_s, Milliseconds(Median(saves), 1),
+                u"%1 x encoding and writing, %2 ms"_s.arg(Median(saves) / Median(writes), 0, 'f', 2)
+                    .arg(Median(writes), 0, 'f', 1));
+}
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    QApplication application(argc, argv);
+    StationInABox box;
+    box.AddPicture(u"20250301"_s, u"위내시경"_s, 1);
+    const QString path = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
+    WriteWholeFile(path, Grain());
+    frmImgEdit& editor = Form<frmImgEdit>();
+    editor.lblFilePath().setText(path);
+    editor.Show();
+    if (!QTest::qWaitFor([&] { return !editor.imgMain().Picture().isNull(); })) {
+        std::fputs("the editor didn't open\n", stderr);
+        return 1;
+    }
+    BenchBands(editor.imgMain());
+    BenchSteps(editor);
+    editor.Unload();
+    QCoreApplication::processEvents();
+    BenchFile(box, path);
+    return 0;
+}
