@@ -16,5 +16,8 @@ double NowMs();
 
 int BenchStill();
 int BenchThumbnails();
+int BenchSheet();
+int BenchImport();
+int BenchDelete();
 int BenchStart(const QString& mode);
 int BenchMemory(const QString& mode);

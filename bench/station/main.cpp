@@ -16,10 +16,16 @@ int main(int argc, char* argv[])
         return BenchStill();
     if (work == u"thumbnails"_s)
         return BenchThumbnails();
+    if (work == u"sheet"_s)
+        return BenchSheet();
+    if (work == u"import"_s)
+        return BenchImport();
+    if (work == u"delete"_s)
+        return BenchDelete();
     if (work == u"start"_s)
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
-    std::fputs("usage: bench_station still|thumbnails|start|memory\n", stderr);
+    std::fputs("usage: bench_station still|thumbnails|sheet|import|delete|start|memory\n", stderr);
     return 2;
 }
