@@ -17,5 +17,8 @@ double NowMs();
 int BenchStill();
 int BenchThumbnails();
 int BenchFindings();
+int BenchSheet();
+int BenchImport();
+int BenchDelete();
 int BenchStart(const QString& mode);
 int BenchMemory(const QString& mode);

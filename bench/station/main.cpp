@@ -18,10 +18,16 @@ int main(int argc, char* argv[])
         return BenchThumbnails();
     if (work == u"findings"_s)
         return BenchFindings();
+    if (work == u"sheet"_s)
+        return BenchSheet();
+    if (work == u"import"_s)
+        return BenchImport();
+    if (work == u"delete"_s)
+        return BenchDelete();
     if (work == u"start"_s)
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
-    std::fputs("usage: bench_station still|thumbnails|findings|start|memory\n", stderr);
+    std::fputs("usage: bench_station still|thumbnails|findings|sheet|import|delete|start|memory\n", stderr);
     return 2;
 }

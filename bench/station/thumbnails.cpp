@@ -1,4 +1,5 @@
 #include "figures.h"
+#include "scene.h"
 
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
@@ -7,10 +8,7 @@
 #include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
-#include <QBuffer>
 #include <QImageReader>
-#include <QPainter>
-#include <QRandomGenerator>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -18,36 +16,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Pictures = 50;
-
-/// A 1080p picture with as much detail as an endoscope's: soft shapes under a fine noise.
-QByteArray ScenePicture(int seed)
-{
-    QRandomGenerator random(static_cast<quint32>(seed));
-    QImage picture(1920, 1080, QImage::Format_RGB32);
-    picture.fill(QColor(150, 70, 60));
-    QPainter painter(&picture);
-    for (int blob = 0; blob < 120; ++blob) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(QColor(120 + random.bounded(100), 40 + random.bounded(80), 40 + random.bounded(60), 90));
-        painter.drawEllipse(QPoint(random.bounded(1920), random.bounded(1080)), 20 + random.bounded(200),
-                            20 + random.bounded(200));
-    }
-    painter.end();
-    for (int y = 0; y < picture.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(picture.scanLine(y));
-        for (int x = 0; x < picture.width(); ++x) {
-            const int grain = random.bounded(13) - 6;
-            line[x] = qRgb(qBound(0, qRed(line[x]) + grain, 255), qBound(0, qGreen(line[x]) + grain, 255),
-                           qBound(0, qBlue(line[x]) + grain, 255));
-        }
-    }
-    QByteArray jpeg;
-    QBuffer buffer(&jpeg);
-    buffer.open(QIODevice::WriteOnly);
-    picture.save(&buffer, "JPEG", 90);
-    return jpeg;
-}
-
 } // namespace
 
 int BenchThumbnails()
@@ -58,7 +26,7 @@ int BenchThumbnails()
     qint64 bytes = 0;
     QList<QByteArray> scenes;
     for (int seed = 0; seed < 5; ++seed)
-        scenes << ScenePicture(seed);
+        scenes << ScenePicture(seed, {1920, 1080});
     for (int number = 1; number <= Pictures; ++number) {
         box.AddPicture(ymd, etc, number);
         WriteWholeFile(box.PicturePath(ymd, etc, number), scenes[number % 5]);

@@ -4,6 +4,7 @@
 #include "capture/capture_wastebasket.h"
 #include "capture/CaptureHistory.h"
 #include "contracts/desktop.h"
+#include "records/capture_index.h"
 #include "records/Statement.h"
 #include "records/text/text_routines.h"
 
@@ -20,14 +21,9 @@ Statement OfVisit(QStringView command, const QString& prefix, const CaptureVisit
         .Piece(u" AND "_s + prefix + u"_gubun = 'A' "_s);
 }
 
-QList<int> StoredNumbers(const CaptureVisit& visit)
+QList<int> NumbersOf(const CaptureVisit& visit)
 {
-    QList<int> numbers;
-    const auto rows = OpenRows(OfVisit(u" SELECT * FROM cap ", u"cap"_s, visit));
-    for (; !rows->Eof(); rows->MoveNext())
-        numbers.append(FieldNumber(*rows, u"cap_no"_s));
-    rows->Close();
-    return numbers;
+    return StoredNumbers(visit.chart, visit.ymd, visit.etc, NumberOrder::Any);
 }
 
 } // namespace
@@ -65,7 +61,7 @@ void CaptureDeletion::DeleteOnePicture(const CaptureVisit& visit, int number, in
 {
     MoveToLogFolder(visit, number);
     Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit).Then(u" AND cap_no = ", number).Piece(u" "));
-    if (StoredNumbers(visit).isEmpty())
+    if (NumbersOf(visit).isEmpty())
         Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
 
     const StillCapture::Hold hold(m_stills);
@@ -81,7 +77,7 @@ void CaptureDeletion::DeleteOnePicture(const CaptureVisit& visit, int number, in
 void CaptureDeletion::DeleteVisitCaptures(const CaptureVisit& visit)
 {
     const BusyPointer busy;
-    for (const int number : StoredNumbers(visit))
+    for (const int number : NumbersOf(visit))
         MoveToLogFolder(visit, number);
     Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
     Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit));

@@ -1,6 +1,8 @@
 #include "capture/CaptureHistory.h"
 
+#include "capture/capture_rows.h"
 #include "capture/VisitNote.h"
+#include "contracts/files.h"
 #include "contracts/fpSpread.h"
 #include "editor/open_picture_editor.h"
 #include "launch/context/VisitContext.h"
@@ -107,14 +109,11 @@ void CaptureHistory::ShowHistoryLine(int row)
         return;
     m_controls.lblHisYmd.clear();
     m_controls.lblHisEtc.clear();
-    m_controls.visits.setRow(row);
-    m_controls.visits.setCol(1);
-    const QString ymd = Trim(m_controls.visits.Text());
+    const QString ymd = CellText(m_controls.visits, 1, row);
     if (ymd.isEmpty())
         return;
     m_controls.lblHisYmd.setText(LayIntoMask(ymd, u"0000-00-00"));
-    m_controls.visits.setCol(2);
-    const QString etc = Trim(m_controls.visits.Text());
+    const QString etc = CellText(m_controls.visits, 2, row);
     m_controls.lblHisEtc.setText(etc);
     const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
 
@@ -153,10 +152,16 @@ bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)
 
 QString CaptureHistory::NumberUnder(int gridNumber, int column, int row)
 {
-    fpSpread& grid = Grid(gridNumber);
-    grid.setRow(row + 1);
-    grid.setCol(column);
-    return Trim(grid.Text());
+    return CellText(Grid(gridNumber), column, row + 1);
+}
+
+QString CaptureHistory::FileBehind(int gridNumber, int column, int row)
+{
+    const QString number = NumberUnder(gridNumber, column, row);
+    if (!IsNumericText(number))
+        return {};
+    const QString path = VisitPicturePath(ShownVisit(gridNumber), WholeNumber(number));
+    return FileExists(path) ? path : QString();
 }
 
 CaptureVisit CaptureHistory::ShownVisit(int gridNumber) const

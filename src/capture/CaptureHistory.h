@@ -47,6 +47,8 @@ public:
     void FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);
+    /// Path of the picture file that a cell of grid 1 or 2 shows; empty when there is none.
+    QString FileBehind(int gridNumber, int column, int row);
     /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does
     /// nothing.
     void EditHistoryPicture(int column, int row);

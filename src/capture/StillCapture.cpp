@@ -5,6 +5,7 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
+#include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
@@ -31,18 +32,42 @@ StillCapture::~StillCapture() = default;
 
 void StillCapture::SetCaptureValues(VideoCap& capture)
 {
-    if (Trim(CaptureVisit::Current().chart).isEmpty()) {
-        ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
+    if (!HasChart())
         return;
-    }
     const BusyPointer busy;
-    if (m_holds == 0 && IsGridFull())
+    if (!HasRoom())
         return;
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
     const CaptureVisit visit = CaptureVisit::Current();
-    InLine([this, visit, frame] { FileStill(visit, *frame); });
+    InLine([this, visit, frame] { FileStill(visit, [&] { return frame->EncodeJPEG(StillQuality); }); });
+}
+
+void StillCapture::FilePicture(const ImagXpress& picture)
+{
+    if (!HasChart())
+        return;
+    const BusyPointer busy;
+    if (!HasRoom())
+        return;
+    const CaptureVisit visit = CaptureVisit::Current();
+    // The control may hold another picture by the time that the line comes to this one.
+    InLine([this, visit, content = picture.TargetContent()] { FileStill(visit, [&] { return content; }); });
+}
+
+bool StillCapture::HasChart() const
+{
+    if (!Trim(CaptureVisit::Current().chart).isEmpty())
+        return true;
+    ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
+    return false;
+}
+
+bool StillCapture::HasRoom() const
+{
+    // A grid that is being filled tells nothing; it is looked at when the line goes on.
+    return m_holds > 0 || !IsGridFull();
 }
 
 void StillCapture::SaveVisitNote()
@@ -105,12 +130,10 @@ bool StillCapture::IsGridFull() const
 {
     if (m_grid.DataRowCnt() < LastRow)
         return false;
-    m_grid.setRow(LastRow);
-    m_grid.setCol(LastColumn);
-    return !Trim(m_grid.Text()).isEmpty();
+    return !CellText(m_grid, LastColumn, LastRow).isEmpty();
 }
 
-void StillCapture::FileStill(const CaptureVisit& visit, const StillFrame& frame)
+void StillCapture::FileStill(const CaptureVisit& visit, const std::function<QByteArray()>& encode)
 {
     const BusyPointer busy;
     const bool onScreen = visit == CaptureVisit::Current();
@@ -118,7 +141,7 @@ void StillCapture::FileStill(const CaptureVisit& visit, const StillFrame& frame)
         return;
     if (onScreen)
         m_note.BringBack();
-    const QByteArray picture = frame.EncodeJPEG(StillQuality);
+    const QByteArray picture = encode();
     m_thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
     const auto drop = qScopeGuard([this] { m_thumbnail.reset(); });
     const StillFiling::Filed filed = m_filing.File(visit, picture);

@@ -9,9 +9,9 @@
 #include <memory>
 
 class fpSpread;
+class ImagXpress;
 class PictureBatch;
 class QImage;
-class StillFrame;
 class VideoCap;
 class VisitNote;
 
@@ -28,6 +28,8 @@ public:
     /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the
     /// visit's grid is full.
     void SetCaptureValues(VideoCap& capture);
+    /// Files the picture that the control holds like a still, with the same refusals.
+    void FilePicture(const ImagXpress& picture);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();
 
@@ -55,7 +57,9 @@ private:
     void WorkOff();
     void InLine(const std::function<void()>& work);
     bool IsGridFull() const;
-    void FileStill(const CaptureVisit& visit, const StillFrame& frame);
+    bool HasChart() const;
+    bool HasRoom() const;
+    void FileStill(const CaptureVisit& visit, const std::function<QByteArray()>& encode);
     void StoreNote(const CaptureVisit& visit);
     void ShowSafe(const StillFiling::Safe& picture);
 

@@ -51,7 +51,15 @@ void MoveToLogFolder(const CaptureVisit& visit, int number)
         return;
     const QString moved =
         LogFolder(visit.captureDir, visit.etc) + PictureStem(visit.chart, visit.ymd, number) + u'.' + visit.imageExt;
-    const QByteArray content = Files().ReadFile(live);
+    QByteArray content;
+    try {
+        content = Files().ReadFile(live);
+    } catch (const PlatformError&) {
+        // Another station was quicker with the same picture.
+        if (!FileExists(live))
+            return;
+        throw;
+    }
     WriteWholeFile(moved, content);
     if (Files().ReadFile(moved) != content)
         throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));

@@ -41,6 +41,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
     m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills);
+    m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
     m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this] {
         if (!IsUnloaded())
             SetCaptureValues();
@@ -103,6 +104,16 @@ void frmCapture::ConnectControls()
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
+    sprCap(1).setFileDrop(true);
+    connect(&sprCap(1), &fpSpread::FilesDropped, this,
+            GuardedSlot([this](const QStringList& paths) { m_import->ImportFiles(paths); }));
+    for (const int element : {1, 2}) {
+        sprCap(element).setDragFile([this, element](int column, int row) {
+            QString path;
+            Guarded([&] { path = m_history->FileBehind(element, column, row); });
+            return path;
+        });
+    }
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
                 GuardedSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
@@ -125,6 +136,8 @@ void frmCapture::RunButton(const QString& caption)
         m_deletion->DeleteCurrentVisit();
     else if (caption == u"출력"_s)
         PrintGridCaptures(1);
+    else if (caption == u"파일"_s)
+        m_import->ImportPictureFile();
     else if (caption == u"취소"_s) {
         Clear();
         ShowStored();

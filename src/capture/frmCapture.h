@@ -4,6 +4,7 @@
 #include "capture/CaptureHistory.h"
 #include "capture/FootSwitch.h"
 #include "capture/MovieRecording.h"
+#include "capture/PictureImport.h"
 #include "capture/StillCapture.h"
 #include "capture/VisitNote.h"
 #include "contracts/forms.h"
@@ -83,12 +84,13 @@ private:
     QLabel* m_lblHisYmd = nullptr;
     QLabel* m_lblHisEtc = nullptr;
     QMenu* m_popup = nullptr;
-    ImagXpress* m_picture1 = nullptr; ///< Never shown: carries pictures to the printed page.
+    ImagXpress* m_picture1 = nullptr; ///< Never shown: carries pictures to the printed page and from foreign files.
 
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
     std::unique_ptr<CaptureDeletion> m_deletion;
+    std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;
     std::unique_ptr<MovieRecording> m_movie;
 

@@ -13,8 +13,8 @@ enum ImagePointer : int { PointerArrow = 1, PointerCross = 2, PointerHand = 3, P
 /// `IMAGXPR6LibCtl.ImagXpress`: the control that holds and shows one picture. A picture is a value: what is assigned is
 /// the control's own, and memory is shared only until one of the two is drawn on.
 ///
-/// Drawing paints at once into the picture, in picture pixels, and shows without `Refresh`. A colour is the platform's number,
-/// red in the low byte: 65535 is yellow. Corners may come in any order and lie outside the picture.
+/// Drawing paints at once into the picture, in picture pixels, and shows without `Refresh`. A colour is the platform's
+/// number, red in the low byte: 65535 is yellow. Corners may come in any order and lie outside the picture.
 class ImagXpress : public QWidget
 {
     Q_OBJECT
@@ -25,14 +25,19 @@ public:
     /// Null for an empty control. Read gives the picture with all that was drawn on it.
     virtual QImage Picture() const = 0;
     virtual void setPicture(const QImage& picture) = 0;
-    /// Loads that file, upright; an empty text, or a file that can't be read, empties the control.
+    /// Loads that file, upright, in whatever picture format it is; an empty text, or a file that can't be read, empties
+    /// the control.
     virtual void setSourceFile(const QString& path) = 0;
 
     virtual void setTargetFile(const QString& path) = 0;
     /// 8 is JPEG at quality 90, which also stands when nothing was set.
     virtual void setTargetFileType(int type) = 0;
-    /// Writes the picture whole or not at all, replacing what is there. Throws PlatformError, also for an empty control.
+    /// Writes the picture whole or not at all, replacing what is there. Throws PlatformError, also for an empty
+    /// control.
     virtual void WriteTargetFile() = 0;
+    /// What `WriteTargetFile` would write, for a caller with a way of its own to bring it under its name. Throws
+    /// PlatformError.
+    virtual QByteArray TargetContent() const = 0;
 
     /// With 2: shows the picture fitted to the frame, its shape kept.
     virtual void ZoomToFit(int mode) = 0;
@@ -65,8 +70,8 @@ public:
     virtual void setDrawFont(const QFont& font) = 0;
 
 Q_SIGNALS:
-    /// Button 1 is the left one. X and Y are twips of the picture's own pixels from its corner, whatever the view: where a
-    /// point is marked is where it was pressed.
+    /// Button 1 is the left one. X and Y are twips of the picture's own pixels from its corner, whatever the view:
+    /// where a point is marked is where it was pressed.
     void MouseDown(int button, int shift, float x, float y);
     void MouseMove(int button, int shift, float x, float y);
     void MouseUp(int button, int shift, float x, float y);

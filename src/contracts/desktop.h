@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 /// The platform's desktop as the station uses it: message boxes, mouse pointer, event pump, program and its folder.
 
@@ -27,6 +28,10 @@ public:
     virtual void ShowPlain(const QString& text) = 0;
     /// Question with Yes and No and no icon. No is the default, and also what Enter, Escape and closing mean.
     virtual bool AskYesNo(const QString& question) = 0;
+    /// The platform's dialog for opening one file. `filter` is pairs of a label and its patterns, each text with a NUL
+    /// behind it, and one more NUL at the end; it begins in the folder of the file chosen last. Nothing when it is
+    /// cancelled; an empty text when it was confirmed without a name.
+    virtual std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) = 0;
 
     /// Sets the pointer of the whole program; not counted, so one return to normal is enough.
     virtual void SetMousePointer(MousePointer pointer) = 0;

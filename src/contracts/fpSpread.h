@@ -4,6 +4,8 @@
 #include <QPoint>
 #include <QWidget>
 
+#include <functional>
+
 /// Numbers of the grid's cell types.
 enum SpreadCellType : int {
     CellTypeEdit = 1,
@@ -95,6 +97,13 @@ public:
     /// Frames a cell in the accent colour for a moment.
     virtual void FlashCell(int column, int row) = 0;
 
+    /// Files can be dropped onto the grid, as copies, from outside the program; see `FilesDropped`.
+    virtual void setFileDrop(bool on) = 0;
+    /// The file behind a picture cell, as a path of the station; empty for none.
+    using DragFile = std::function<QString(int column, int row)>;
+    /// With one, the operator can drag a picture out of the grid: its file goes along, as a copy.
+    virtual void setDragFile(DragFile file) = 0;
+
     /// A number for the fill that begins; from then on the grid's earlier fills are no longer the current one.
     int BeginFill() { return ++m_fill; }
     bool IsCurrentFill(int fill) const { return fill == m_fill; }
@@ -108,6 +117,8 @@ Q_SIGNALS:
     void KeyDown(int keyCode, int shift);
     /// The operator ticked or unticked a box.
     void ButtonClicked(int column, int row, bool down);
+    /// Files of this machine were dropped onto the grid; their native paths. Arrives once the drop is over.
+    void FilesDropped(const QStringList& paths);
 
 private:
     int m_fill = 0;

@@ -32,6 +32,10 @@ public:
 
     /// The picture at full size, turned as its orientation tag says; null when it can't be read.
     virtual QImage Load(const QString& path) = 0;
+    /// The same for a file from anywhere, in any format that the station knows at all; of several pages the first.
+    /// Blocks for two seconds or so before it gives up; what a hostile file does to its decoder stays outside this
+    /// program.
+    virtual QImage LoadForeign(const QString& path) = 0;
     /// The picture scaled to fit into `room` with its shape kept, never enlarged; null when it can't be read. Much
     /// faster than the full one.
     virtual QImage LoadWithin(const QString& path, QSize room) = 0;

@@ -7,46 +7,12 @@
 #include "findings/frmCapSogyon.h"
 #include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
+#include "records/picture_grid.h"
 #include "records/text/text_routines.h"
 
 namespace {
 
 enum PatientPanel { PanelSuname = 3, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
-
-QString TextAt(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return Trim(grid.Text());
-}
-
-bool IsTicked(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return WholeNumber(grid.Value()) == 1;
-}
-
-/// Number cells of the pictures that count, in reading order.
-QStringList PictureNumbers(int gridNumber, fpSpread& grid)
-{
-    QStringList numbers;
-    const int rows = grid.DataRowCnt();
-    if (gridNumber == 1) {
-        for (int row = 2; row <= rows; row += 2) {
-            for (int column = 1; column <= 3; ++column)
-                numbers << TextAt(grid, column, row);
-        }
-        return numbers;
-    }
-    for (int row = 1; row <= rows - 1; row += 2) {
-        for (int column = 1; column <= 5; column += 2) {
-            if (IsTicked(grid, column, row))
-                numbers << TextAt(grid, column + 1, row + 1);
-        }
-    }
-    return numbers;
-}
 
 void FillSlots(const QStringList& numbers)
 {
@@ -80,7 +46,7 @@ void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
     FindingsRecord.Address = origin.panels.Text(PanelAddress);
     FindingsRecord.Ymd = origin.ymd;
     FindingsRecord.Etc = origin.etc;
-    FillSlots(PictureNumbers(gridNumber, origin.pictures));
+    FillSlots(ChosenNumbers(origin.pictures, gridNumber));
 }
 
 } // namespace

@@ -20,22 +20,24 @@ namespace {
 /// A picture takes far less; a file on a share that hangs must not hold the fill for good.
 constexpr int DecodeWaitMs = 30000;
 
-QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc)
+} // namespace
+
+QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order)
 {
-    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
-                                   .Quoted(u" WHERE cap_chart = '", chart)
-                                   .Quoted(u" AND cap_ymd = '", ymd)
-                                   .Quoted(u" AND cap_etc = '", etc)
-                                   .Piece(u" AND cap_gubun = 'A' ")
-                                   .Piece(u" ORDER BY cap_no ASC "));
+    Statement statement(u" SELECT * FROM cap ");
+    statement.Quoted(u" WHERE cap_chart = '", chart)
+        .Quoted(u" AND cap_ymd = '", ymd)
+        .Quoted(u" AND cap_etc = '", etc)
+        .Piece(u" AND cap_gubun = 'A' ");
+    if (order == NumberOrder::Ascending)
+        statement.Piece(u" ORDER BY cap_no ASC ");
+    const auto rows = OpenRows(statement);
     QList<int> numbers;
     for (; !rows->Eof(); rows->MoveNext())
         numbers.append(FieldNumber(*rows, u"cap_no"_s));
     rows->Close();
     return numbers;
 }
-
-} // namespace
 
 int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& captureDir,
                     const QString& etc, fpSpread& grid, int gridNumber, bool keepCursor)
@@ -44,7 +46,7 @@ int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QStr
     const int fill = grid.BeginFill();
     ClearPictureGrid(grid, gridNumber);
 
-    const QList<int> numbers = StoredNumbers(chart, ymd, etc);
+    const QList<int> numbers = StoredNumbers(chart, ymd, etc, NumberOrder::Ascending);
     QStringList paths;
     for (const int number : numbers)
         paths.append(PicturePath(captureDir, etc, chart, ymd, number, VisitContext.ImageExt));

@@ -19,6 +19,10 @@ int LoadCaptureList(const QString& chart, const QString& yuhyung, const QString&
 int NextCaptureNo(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& captureDir,
                   const QString& etc);
 
+enum class NumberOrder { Any, Ascending };
+/// The numbers of the visit's pictures, as their rows say.
+QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order);
+
 /// The stored note of the visit as text, trimmed; empty without a row.
 QString StoredNote(const QString& chart, const QString& ymd, const QString& etc);
 

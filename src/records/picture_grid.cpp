@@ -7,6 +7,32 @@ QList<int> PictureColumns(int gridNumber)
     return gridNumber == 1 ? QList<int>{1, 2, 3, 4, 5} : QList<int>{2, 4, 6};
 }
 
+QString CellText(fpSpread& grid, int column, int row)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    return Trim(grid.Text());
+}
+
+QStringList ChosenNumbers(fpSpread& grid, int gridNumber)
+{
+    const auto isTicked = [&grid](int column, int row) {
+        grid.setRow(row);
+        grid.setCol(column);
+        return WholeNumber(grid.Value()) == 1;
+    };
+    QStringList numbers;
+    for (int row = 1; row < grid.DataRowCnt(); row += 2) {
+        for (int pair = 1; pair <= 3; ++pair) {
+            if (gridNumber == 1)
+                numbers << CellText(grid, pair, row + 1);
+            else if (isTicked(2 * pair - 1, row))
+                numbers << CellText(grid, 2 * pair, row + 1);
+        }
+    }
+    return numbers;
+}
+
 void ClearPictureGrid(fpSpread& grid, int gridNumber)
 {
     if (gridNumber == 1) {
@@ -27,9 +53,7 @@ void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, 
         return;
     }
     for (const int candidate : columns) {
-        grid.setRow(last);
-        grid.setCol(candidate);
-        if (Trim(grid.Text()).isEmpty()) {
+        if (CellText(grid, candidate, last).isEmpty()) {
             row = last - 1;
             column = candidate;
             return;

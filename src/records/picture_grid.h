@@ -9,6 +9,13 @@
 /// Picture columns of a layout, from the left.
 QList<int> PictureColumns(int gridNumber);
 
+/// Text of a cell, trimmed; the grid's current cell goes there.
+QString CellText(fpSpread& grid, int column, int row);
+
+/// Texts of the number cells whose pictures go to a sheet or a report, in reading order, empty ones too. Layout 1 gives
+/// columns 1 to 3, whatever is ticked; any other layout the ticked ones.
+QStringList ChosenNumbers(fpSpread& grid, int gridNumber);
+
 /// Empties the grid in the way of its layout; boxes before the pictures stay, unticked.
 void ClearPictureGrid(fpSpread& grid, int gridNumber);
 

@@ -14,6 +14,7 @@
 #include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
+#include "records/picture_grid.h"
 #include "records/text/text_routines.h"
 #include "viewing/CaptureSheet.h"
 #include "viewing/sheet_pictures.h"
@@ -32,6 +33,11 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
     connect(m_sprCap, &fpSpread::RightClick, this, GuardedSlot([this](int, int, int, int x, int y) {
                 m_popup->popup(m_sprCap->mapToGlobal(QPoint(PixelsFromTwips(x), PixelsFromTwips(y))));
             }));
+    m_sprCap->setDragFile([this](int column, int row) {
+        QString path;
+        Guarded([&] { path = FileBehind(column, row); });
+        return path;
+    });
     connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
 }
 
@@ -96,18 +102,22 @@ void CapShow::Form_Unload()
     EndProgram();
 }
 
-void CapShow::OpenEditorFromCell(int column, int row)
+QString CapShow::FileBehind(int column, int row)
 {
     if (row % 2 == 0)
-        return;
-    m_sprCap->setRow(row + 1);
-    m_sprCap->setCol(column);
-    const QString number = m_sprCap->Text();
+        return {};
+    const QString number = CellText(*m_sprCap, column, row + 1);
     if (!IsNumericText(number))
-        return;
+        return {};
     const QString path = PicturePath(VisitContext.CaptureDir, VisitContext.Etc, VisitContext.Chart, VisitContext.Ymd,
                                      WholeNumber(number), VisitContext.ImageExt);
-    if (!FileExists(path))
+    return FileExists(path) ? path : QString();
+}
+
+void CapShow::OpenEditorFromCell(int column, int row)
+{
+    const QString path = FileBehind(column, row);
+    if (path.isEmpty())
         return;
     OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
                       VisitContext.Etc, *m_sprCap, column, row);

@@ -27,6 +27,8 @@ protected:
 private:
     void BuildControls();
     void LayOutGrid();
+    /// Path of the picture file that a cell shows; empty when there is none.
+    QString FileBehind(int column, int row);
     void OpenEditorFromCell(int column, int row);
     void PrintShownCaptures();
 

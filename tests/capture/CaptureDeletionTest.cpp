@@ -4,6 +4,7 @@
 #include "contracts/guard.h"
 #include "launch/context/VisitContext.h"
 #include "records/NoteBox.h"
+#include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
 #include <QLabel>
@@ -19,13 +20,6 @@ const QString Stomach = u"위내시경"_s;
 const QString Colon = u"대장내시경"_s;
 const QString Day = u"20261124"_s;
 const QString Numbers = u"SELECT GROUP_CONCAT(cap_no) AS v FROM cap WHERE cap_ymd = '%1' AND cap_etc = '%2'"_s;
-
-QString TextAt(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return grid.Text();
-}
 } // namespace
 
 class CaptureDeletionTest : public QObject
@@ -76,10 +70,10 @@ private Q_SLOTS:
                  (QStringList{u"0000123420261124001.jpg"_s, u"0000123420261124003.jpg"_s}));
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124002.jpg"_s});
         QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,3"_s);
-        QCOMPARE(TextAt(m_screen->sprCap(1), 2, 2), u"003"_s);
+        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), u"003"_s);
         FakeVideoCap::Last()->live = true;
         Run(u"캡쳐"_s);
-        QCOMPARE(TextAt(m_screen->sprCap(1), 3, 2), u"004"_s);
+        QCOMPARE(CellText(m_screen->sprCap(1), 3, 2), u"004"_s);
     }
 
     void TheLastPictureTakesTheNoteWithIt()
@@ -137,6 +131,74 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(Numbers.arg(u"20250301"_s, Colon)), u"1,2"_s);
     }
 
+    void AFullLogFolderKeepsFilesWithTheirRows_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("failing");
+        QTest::addColumn<int>("moved");
+        QTest::newRow("one picture") << u"그림지우기"_s << 1 << 0;
+        QTest::newRow("the visit, at its first picture") << u"삭제"_s << 1 << 0;
+        QTest::newRow("the visit, in the middle") << u"삭제"_s << 3 << 2;
+        QTest::newRow("the sweep at closing") << u"종료"_s << 1 << 0;
+    }
+
+    void AFullLogFolderKeepsFilesWithTheirRows()
+    {
+        QFETCH(QString, command);
+        QFETCH(int, failing);
+        QFETCH(int, moved);
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "orphan");
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 2, 1);
+        m_box->FaultyFiles().FailAt(failing, true);
+        Run(command);
+        QCOMPARE(m_box->Desk().shown.last(), u"디스크가 가득 찼습니다.!!"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s).size(), moved);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 4 - moved);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
+        QCOMPARE(m_box->Desk().pointer, PointerNormal);
+        QCOMPARE(m_box->Desk().ended, command == u"종료"_s);
+    }
+
+    void AnotherStationDeletesTheSame_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("left");
+        QTest::newRow("one picture") << u"그림지우기"_s << u"1,3"_s;
+        QTest::newRow("the visit") << u"삭제"_s << QString();
+    }
+
+    void AnotherStationDeletesTheSame()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, left);
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 2, 1);
+        m_box->Desk().whileShown = [this] {
+            DeleteFile(m_box->PicturePath(Day, Stomach, 2));
+            m_box->Run(u"DELETE FROM cap WHERE cap_etc = '위내시경' AND cap_no = 2;"_s);
+        };
+        Run(command);
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), left);
+        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), left.isEmpty() ? QString() : u"003"_s);
+    }
+
+    void LargeNumbersGoLikeSmallOnes()
+    {
+        for (const int number : {75, 76, 999, 1000})
+            m_box->AddPicture(Day, Stomach, number);
+        Guarded([this] { m_screen->ShowStored(); });
+        m_box->Desk().answers = {true, true};
+        OpenMenu(1, 2, 3);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3,75,76,999"_s);
+        Run(u"삭제"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s).filter(u"20261124999.jpg"_s).size(), 1);
+        QVERIFY(m_box->Names(u"2026"_s, u"위내시경Log"_s).contains(u"00001234202611241000.jpg"_s));
+    }
+
     void TheCellMayHaveChangedBehindTheQuestion()
     {
         m_box->Desk().answers = {true};
@@ -186,7 +248,7 @@ private:
     {
         fpSpread& visits = m_screen->sprCap(3);
         for (int row = 1; row <= visits.DataRowCnt(); ++row) {
-            if (TextAt(visits, 1, row) == ymd)
+            if (CellText(visits, 1, row) == ymd)
                 Q_EMIT visits.DblClick(1, row);
         }
     }

@@ -5,6 +5,7 @@
 #include "launch/context/device_settings.h"
 #include "launch/context/VisitContext.h"
 #include "records/NoteBox.h"
+#include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
 #include <QComboBox>
@@ -22,13 +23,6 @@ namespace {
 const QString Stomach = u"위내시경"_s;
 const QString Colon = u"대장내시경"_s;
 const QString Day = u"20261124"_s;
-
-QString TextAt(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return grid.Text();
-}
 
 } // namespace
 
@@ -50,9 +44,9 @@ private Q_SLOTS:
         QCOMPARE(screen.size(), QSize(1016, 700));
         QCOMPARE(screen.sbarCap().Text(3), u"홍길동"_s);
         QCOMPARE(screen.cmbEtc().currentText(), Stomach);
-        QCOMPARE(TextAt(screen.sprCap(1), 1, 2), u"001"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 1, 2), u"001"_s);
         QCOMPARE(screen.txtCapChamgo().toPlainText(), u"염증"_s);
-        QCOMPARE(TextAt(screen.sprCap(3), 1, 2), u"20250301"_s);
+        QCOMPARE(CellText(screen.sprCap(3), 1, 2), u"20250301"_s);
         for (const QString& folder : {Stomach, Stomach + u"Log"_s, Colon, Colon + u"Log"_s, u"movie"_s})
             QVERIFY2(FolderExists(m_box->Root() + u"2026\\"_s + folder), qPrintable(folder));
         m_box->Run(u"SELECT * FROM endo;"_s);
@@ -141,8 +135,8 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca"_s), u"1"_s);
         QString path = m_box->PicturePath(Day, Stomach, 50);
         QCOMPARE(m_box->Value(u"SELECT cap_path AS v FROM cap WHERE cap_no = 50"_s), path.replace(u'\\', u'/'));
-        QCOMPARE(TextAt(screen.sprCap(1), 1, 4), u"006"_s);
-        QCOMPARE(TextAt(screen.sprCap(1), 5, 20), u"050"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 1, 4), u"006"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 5, 20), u"050"_s);
         QCOMPARE(screen.sprCap(1).ActiveRow(), 19);
         QVERIFY(m_box->Desk().shown.isEmpty());
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
@@ -156,7 +150,7 @@ private Q_SLOTS:
         frmCapture& screen = Open();
         Press(u"연결"_s);
         Press(u"캡쳐"_s);
-        QCOMPARE(TextAt(screen.sprCap(1), 4, 2), u"062"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 4, 2), u"062"_s);
         QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, 61)).left(9), QByteArray("an orphan"));
     }
 
@@ -210,7 +204,7 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().shown.size(), 2);
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"용종"_s);
-        QCOMPARE(TextAt(screen.sprCap(1), 3, 2), u"003"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 3, 2), u"003"_s);
     }
 
     void RowsThatFailUntilTheEndAreWrittenAtTheNextStart()
@@ -228,7 +222,7 @@ private Q_SLOTS:
         frmCapture& screen = Open();
         Press(u"저장"_s);
         QCOMPARE(m_box->Value(u"SELECT cap_no AS v FROM cap"_s), u"1"_s);
-        QCOMPARE(TextAt(screen.sprCap(1), 1, 2), u"001"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 1, 2), u"001"_s);
         QCOMPARE(m_box->Value(u"SELECT ca_etc AS v FROM ca"_s), Stomach);
     }
 
@@ -249,7 +243,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_box->Names(u"2026"_s, Colon).size(), 16);
         QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Colon, 16)), pressed);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"대장 소견"_s);
-        QCOMPARE(TextAt(screen.sprCap(1), 1, 8), u"016"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 1, 8), u"016"_s);
     }
 
     void ClosingDuringAFillFilesWhatWasPressed()
@@ -293,7 +287,7 @@ private Q_SLOTS:
         DoubleClick(3, 1, 1);
         QCOMPARE(date->text(), u"2025-03-01"_s);
         QCOMPARE(section->text(), Colon);
-        QCOMPARE(TextAt(screen.sprCap(2), 4, 2), u"002"_s);
+        QCOMPARE(CellText(screen.sprCap(2), 4, 2), u"002"_s);
         Press(u"취소"_s);
         QCOMPARE(screen.sprCap(2).DataRowCnt(), 0);
         QCOMPARE(date->text(), u"2025-03-01"_s);

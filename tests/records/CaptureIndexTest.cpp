@@ -29,13 +29,6 @@ std::unique_ptr<fpSpread> MakeGrid(int columns, int rows)
     return grid;
 }
 
-QString TextAt(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return grid.Text();
-}
-
 bool HasPicture(fpSpread& grid, int column, int row)
 {
     grid.setRow(row);
@@ -86,7 +79,7 @@ private Q_SLOTS:
         QCOMPARE(Fill(*grid, gridNumber), pictures);
         if (pictures > 0) {
             QVERIFY(HasPicture(*grid, lastColumn, lastRow));
-            QCOMPARE(TextAt(*grid, lastColumn, lastRow + 1), NumberTextOf(pictures));
+            QCOMPARE(CellText(*grid, lastColumn, lastRow + 1), NumberTextOf(pictures));
             QCOMPARE(grid->ActiveRow(), lastRow);
         }
         QCOMPARE(grid->DataRowCnt(), pictures == 0 ? 0 : lastRow + 1);
@@ -104,8 +97,8 @@ private Q_SLOTS:
         DeleteFile(m_box->PicturePath(Day, Stomach, 2));
         const auto grid = MakeGrid(5, 20);
         QCOMPARE(Fill(*grid, 1), 1000);
-        QCOMPARE(TextAt(*grid, 2, 2), u"003"_s);
-        QCOMPARE(TextAt(*grid, 3, 2), u"1000"_s);
+        QCOMPARE(CellText(*grid, 2, 2), u"003"_s);
+        QCOMPARE(CellText(*grid, 3, 2), u"1000"_s);
         QCOMPARE(NextCaptureNo(VisitContext.Chart, {}, Day, {}, Stomach), 1000);
         QCOMPARE(NextCaptureNo(VisitContext.Chart, {}, Day, {}, u"대장내시경"_s), 0);
     }
@@ -130,7 +123,7 @@ private Q_SLOTS:
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 1), content);
         const auto grid = MakeGrid(5, 20);
         Fill(*grid, 1);
-        QCOMPARE(TextAt(*grid, 1, 2), u"001"_s);
+        QCOMPARE(CellText(*grid, 1, 2), u"001"_s);
         QVERIFY(HasPicture(*grid, 2, 1));
     }
 
@@ -141,7 +134,7 @@ private Q_SLOTS:
         const auto grid = MakeGrid(6, 4);
         Fill(*grid, 2);
         QCOMPARE(grid->MaxRows(), 8);
-        QCOMPARE(TextAt(*grid, 4, 8), u"011"_s);
+        QCOMPARE(CellText(*grid, 4, 8), u"011"_s);
     }
 
     void ANewerFillEndsTheOlder()
@@ -159,7 +152,7 @@ private Q_SLOTS:
         Fill(*grid, 1);
         QVERIFY(inner);
         QCOMPARE(grid->DataRowCnt(), 2);
-        QCOMPARE(TextAt(*grid, 1, 2), u"007"_s);
+        QCOMPARE(CellText(*grid, 1, 2), u"007"_s);
     }
 
     void AFillSurvivesTheEndOfItsGrid()
@@ -197,14 +190,14 @@ private Q_SLOTS:
         m_box->AddPicture(Day, Stomach, 1, u"new"_s);
         LoadVisitHistory(VisitContext.Chart, {}, {}, {}, {}, u"A"_s);
         QCOMPARE(visits->MaxRows(), 3);
-        QCOMPARE(TextAt(*visits, 1, 1), Day);
-        QCOMPARE(TextAt(*visits, 2, 2), u"대장내시경"_s);
-        QCOMPARE(TextAt(*visits, 3, 3), u"old"_s);
+        QCOMPARE(CellText(*visits, 1, 1), Day);
+        QCOMPARE(CellText(*visits, 2, 2), u"대장내시경"_s);
+        QCOMPARE(CellText(*visits, 3, 3), u"old"_s);
 
         m_box->Run(u"DELETE FROM ca WHERE ca_ymd < '20260101';"_s);
         LoadVisitHistory(VisitContext.Chart, {}, {}, {}, {}, u"A"_s);
-        QCOMPARE(TextAt(*visits, 1, 2), QString());
-        QCOMPARE(TextAt(*visits, 3, 2), u"middle"_s);
+        QCOMPARE(CellText(*visits, 1, 2), QString());
+        QCOMPARE(CellText(*visits, 3, 2), u"middle"_s);
         QCOMPARE(visits->DataRowCnt(), 3);
     }
 

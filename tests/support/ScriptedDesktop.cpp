@@ -30,6 +30,16 @@ bool ScriptedDesktop::AskYesNo(const QString& question)
     return answer;
 }
 
+std::optional<QString> ScriptedDesktop::ShowOpenDialogWithFilter(const QString& value)
+{
+    filter = value;
+    if (files.empty())
+        return std::nullopt;
+    const std::optional<QString> file = files.front();
+    files.pop_front();
+    return file;
+}
+
 void ScriptedDesktop::PumpEvents()
 {
     QCoreApplication::processEvents();

@@ -11,9 +11,11 @@
 class ScriptedDesktop : public Desktop
 {
 public:
-    QStringList shown;                ///< Texts of all boxes, in order.
-    std::deque<bool> answers;         ///< For the questions to come; No when none is left.
-    std::function<void()> whileShown; ///< Runs while a box stands open.
+    QStringList shown;                        ///< Texts of all boxes, in order.
+    std::deque<bool> answers;                 ///< For the questions to come; No when none is left.
+    std::deque<std::optional<QString>> files; ///< Files chosen in the open dialogs to come; a cancel when none is left.
+    std::function<void()> whileShown;         ///< Runs while a box stands open.
+    QString filter;                           ///< Of the open dialog that was shown last.
     QString command;
     QString folder; ///< The program's own folder; a temporary one when empty.
     bool otherInstance = false;
@@ -26,6 +28,7 @@ public:
     void ShowInformation(const QString& text) override;
     void ShowPlain(const QString& text) override { ShowInformation(text); }
     bool AskYesNo(const QString& question) override;
+    std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) override;
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;

@@ -6,6 +6,8 @@
 #include "platform/desktop/program_folder.h"
 
 #include <QApplication>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -22,6 +24,20 @@ QPushButton* AddButton(QMessageBox& box, const QString& text, QMessageBox::Butto
     button->setObjectName(name);
     button->setAccessibleName(text);
     return button;
+}
+
+/// Qt's form of a filter: the patterns in the last brackets, which the dialog doesn't show.
+QStringList NameFilters(const QString& filter)
+{
+    QStringList filters;
+    const QStringList parts = filter.split(QChar(u'\0'));
+    for (qsizetype pair = 0; pair + 1 < parts.size() && !parts[pair].isEmpty(); pair += 2) {
+        QString patterns = parts[pair + 1];
+        // Names without a point count as well.
+        patterns.replace(u"*.*"_s, u"*"_s).replace(u';', u' ');
+        filters << u"%1 (%2)"_s.arg(parts[pair], patterns);
+    }
+    return filters;
 }
 
 void Fill(QMessageBox& box, const QString& text, const QString& title)
@@ -99,6 +115,21 @@ bool QtDesktop::AskYesNo(const QString& question)
     box.setEscapeButton(no);
     Run(box);
     return box.clickedButton() == yes;
+}
+
+std::optional<QString> QtDesktop::ShowOpenDialogWithFilter(const QString& filter)
+{
+    const OpenBox open(*this);
+    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s, m_openFolder);
+    dialog.setObjectName(u"openDialog"_s);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    dialog.setNameFilters(NameFilters(filter));
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    const QString chosen = dialog.selectedFiles().value(0);
+    m_openFolder = QFileInfo(chosen).path();
+    return chosen;
 }
 
 void QtDesktop::SetMousePointer(MousePointer pointer)

@@ -18,6 +18,7 @@ public:
     void ShowInformation(const QString& text) override;
     void ShowPlain(const QString& text) override;
     bool AskYesNo(const QString& question) override;
+    std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) override;
     void SetMousePointer(MousePointer pointer) override;
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
@@ -41,6 +42,7 @@ private:
     QString m_command;
     QString m_programFolder;
     QString m_chosenPrinter;
+    QString m_openFolder; ///< Of the file chosen last.
     std::unique_ptr<InstanceLock> m_instance;
     std::optional<bool> m_prevInstance;
     bool m_busy = false;      ///< What the station asked for.

@@ -56,6 +56,8 @@ SpreadGrid::SpreadGrid(QWidget* parent)
     connect(m_view, &SpreadView::CellDoubleClicked, this, &SpreadGrid::DblClick);
     connect(m_view, &SpreadView::KeyPressed, this, &SpreadGrid::KeyDown);
     connect(m_view, &SpreadView::BoxToggled, this, &SpreadGrid::ButtonClicked);
+    // The other program waits until the drop has been answered.
+    connect(m_view, &SpreadView::FilesDropped, this, &SpreadGrid::FilesDropped, Qt::QueuedConnection);
     connect(m_view, &SpreadView::CellRightClicked, this, [this](int column, int row, QPoint place) {
         Q_EMIT RightClick(0, column, row, TwipsFromPixels(place.x()), TwipsFromPixels(place.y()));
     });
@@ -308,6 +310,16 @@ void SpreadGrid::FlashCell(int column, int row)
     m_delegate->SetFlashing(m_model->index(row - 1, column - 1));
     m_view->update(m_delegate->Flashing());
     m_flashTimer.start();
+}
+
+void SpreadGrid::setFileDrop(bool on)
+{
+    m_view->viewport()->setAcceptDrops(on);
+}
+
+void SpreadGrid::setDragFile(DragFile file)
+{
+    m_view->SetDragFile(std::move(file));
 }
 
 void SpreadGrid::EndFlash()

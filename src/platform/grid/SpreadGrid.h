@@ -65,6 +65,9 @@ public:
     QRect CellRect(int column, int row) const override;
     void FlashCell(int column, int row) override;
 
+    void setFileDrop(bool on) override;
+    void setDragFile(DragFile file) override;
+
 protected:
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;

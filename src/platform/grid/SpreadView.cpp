@@ -1,17 +1,45 @@
 #include "platform/grid/SpreadView.h"
 
+#include "contracts/files.h"
 #include "platform/grid/key_codes.h"
 #include "platform/grid/SpreadModel.h"
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QContextMenuEvent>
+#include <QDrag>
 #include <QHeaderView>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QScrollBar>
 
 namespace {
 constexpr int WheelLinePixels = 18; // A notch of the wheel moves three of these.
+
+/// Files of this machine that another program brings; what comes out of a grid isn't brought in again.
+QStringList BroughtFiles(const QDropEvent& event)
+{
+    QStringList paths;
+    if (event.source() != nullptr || !(event.possibleActions() & Qt::CopyAction))
+        return paths;
+    const QList<QUrl> urls = event.mimeData()->urls();
+    for (const QUrl& url : urls) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    return paths;
+}
+
+void AnswerDrag(QDropEvent& event)
+{
+    if (BroughtFiles(event).isEmpty()) {
+        event.ignore();
+        return;
+    }
+    event.setDropAction(Qt::CopyAction);
+    event.accept();
+}
 } // namespace
 
 SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent), m_model(model)
@@ -58,7 +86,53 @@ void SpreadView::mousePressEvent(QMouseEvent* event)
     const QModelIndex index = indexAt(event->position().toPoint());
     if (index.flags() & Qt::ItemIsUserCheckable && event->modifiers() == Qt::NoModifier)
         m_pressedBox = index;
+    m_pressedAt = event->position().toPoint();
+    m_pressedPicture = QModelIndex();
+    if (m_dragFile && index.isValid() && m_model.Cells().TypeOf(index.row(), index.column()) == CellTypePicture)
+        m_pressedPicture = index;
     QTableView::mousePressEvent(event);
+}
+
+void SpreadView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!m_pressedPicture.isValid() || !event->buttons().testFlag(Qt::LeftButton)) {
+        QTableView::mouseMoveEvent(event);
+        return;
+    }
+    const int way = (event->position().toPoint() - m_pressedAt).manhattanLength();
+    if (way >= QApplication::startDragDistance())
+        DragFileOf(std::exchange(m_pressedPicture, QPersistentModelIndex()));
+}
+
+void SpreadView::DragFileOf(const QModelIndex& index)
+{
+    const QString path = m_dragFile(index.column() + 1, index.row() + 1);
+    if (path.isEmpty())
+        return;
+    auto* content = new QMimeData;
+    content->setUrls({QUrl::fromLocalFile(NativePath(path))});
+    auto* drag = new QDrag(this); // Goes by itself when the drag is over.
+    drag->setMimeData(content);
+    if (const SpreadCell* cell = m_model.Cells().Find(index.row(), index.column()); cell && cell->picture)
+        drag->setPixmap(QPixmap::fromImage(cell->picture->image));
+    drag->exec(Qt::CopyAction);
+}
+
+void SpreadView::dragEnterEvent(QDragEnterEvent* event)
+{
+    AnswerDrag(*event);
+}
+
+void SpreadView::dragMoveEvent(QDragMoveEvent* event)
+{
+    AnswerDrag(*event);
+}
+
+void SpreadView::dropEvent(QDropEvent* event)
+{
+    AnswerDrag(*event);
+    if (event->isAccepted())
+        Q_EMIT FilesDropped(BroughtFiles(*event));
 }
 
 void SpreadView::mouseReleaseEvent(QMouseEvent* event)
@@ -69,6 +143,7 @@ void SpreadView::mouseReleaseEvent(QMouseEvent* event)
         Q_EMIT CellRightClicked(cell.x(), cell.y(), viewport()->mapTo(this, place));
         return;
     }
+    m_pressedPicture = QModelIndex();
     QTableView::mouseReleaseEvent(event);
     const QModelIndex pressed = std::exchange(m_pressedBox, QPersistentModelIndex());
     if (event->button() == Qt::LeftButton && pressed.isValid() && pressed == indexAt(place))

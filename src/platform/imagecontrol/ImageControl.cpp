@@ -85,7 +85,7 @@ void ImageControl::setPicture(const QImage& picture)
 
 void ImageControl::setSourceFile(const QString& path)
 {
-    setPicture(LoadPicture(path));
+    setPicture(path.isEmpty() ? QImage() : Pictures().LoadForeign(path));
 }
 
 void ImageControl::setTargetFileType(int type)
@@ -94,7 +94,7 @@ void ImageControl::setTargetFileType(int type)
     Q_UNUSED(type);
 }
 
-void ImageControl::WriteTargetFile()
+QByteArray ImageControl::TargetContent() const
 {
     if (m_picture.isNull())
         throw PlatformError(u"저장할 그림이 없습니다.!!"_s);
@@ -104,7 +104,12 @@ void ImageControl::WriteTargetFile()
     writer.setQuality(JpegQuality);
     if (!writer.write(OnWhite(m_picture)))
         throw PlatformError(u"그림을 저장할 수 없습니다.!! (%1)"_s.arg(writer.errorString()));
-    WriteWholeFile(m_targetFile, content);
+    return content;
+}
+
+void ImageControl::WriteTargetFile()
+{
+    WriteWholeFile(m_targetFile, TargetContent());
 }
 
 void ImageControl::ZoomToFit(int mode)

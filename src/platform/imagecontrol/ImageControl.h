@@ -24,6 +24,7 @@ public:
     void setTargetFile(const QString& path) override { m_targetFile = path; }
     void setTargetFileType(int type) override;
     void WriteTargetFile() override;
+    QByteArray TargetContent() const override;
 
     void ZoomToFit(int mode) override;
     void ScaleBy(float factor) override;

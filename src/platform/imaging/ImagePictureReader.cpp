@@ -15,6 +15,11 @@ QImage ImagePictureReader::Load(const QString& path)
     return picturefile::Read(path);
 }
 
+QImage ImagePictureReader::LoadForeign(const QString& path)
+{
+    return picturefile::ReadForeign(path);
+}
+
 QImage ImagePictureReader::LoadWithin(const QString& path, QSize room)
 {
     return room.isEmpty() ? QImage() : picturefile::Read(path, room);

@@ -1,6 +1,7 @@
 #include "platform/imaging/picture_file.h"
 
 #include "contracts/files.h"
+#include "platform/imaging/foreign_picture.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -8,50 +9,80 @@
 #include <QSet>
 #include <QtEndian>
 
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
+/// Largest file that is read into memory.
+constexpr qint64 LargestFile = qint64(256) * 1024 * 1024;
+/// Formats whose data say little about the size that they may hold get no more than this, in pixels.
+constexpr qint64 LargestUnprovenPicture = 64'000'000;
+/// A progressive JPEG goes over all its pixels in every scan, however empty; a camera's takes ten or so.
+constexpr qint64 LargestScanWork = 12 * picturefile::LargestPicture;
+
 // Drawings (svg, pdf) stay out: their size is any that they claim, and their drawing takes as long as they like.
 bool IsPictureFormat(const QByteArray& format)
 {
-    static const QSet<QByteArray> formats{"jpeg", "png", "bmp", "gif", "tiff", "webp", "ppm", "pgm", "pbm", "jp2"};
+    static const QSet<QByteArray> formats{"jpeg", "png", "bmp", "gif",  "tiff", "webp", "ppm",
+                                          "pgm",  "pbm", "jp2", "wbmp", "ico",  "xbm",  "xpm"};
     return formats.contains(format);
 }
 
-/// Bytes behind the header of the first scan; 0 when the file ends before it.
-qsizetype JpegScanBytes(const QByteArray& content)
+struct JpegScans
+{
+    qsizetype bytes = 0; ///< Behind the header of the first scan; 0 when the file ends before it.
+    int count = 0;
+};
+
+JpegScans ScansOf(const QByteArray& content)
 {
     const auto* bytes = reinterpret_cast<const uchar*>(content.constData());
     const qsizetype size = content.size();
+    JpegScans scans;
     qsizetype at = 2;
     while (at + 4 <= size) {
         if (bytes[at] != 0xFF) {
-            ++at;
+            const void* next = std::memchr(bytes + at, 0xFF, static_cast<size_t>(size - at));
+            if (next == nullptr)
+                break;
+            at = static_cast<const uchar*>(next) - bytes;
             continue;
         }
         const uchar marker = bytes[at + 1];
-        const bool standsAlone = marker == 0x01 || (marker >= 0xD0 && marker <= 0xD8);
+        const bool standsAlone = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
         if (marker == 0xFF) {
             ++at;
         } else if (standsAlone) {
             at += 2;
         } else {
             const qsizetype next = at + 2 + qFromBigEndian<quint16>(bytes + at + 2);
-            if (marker == 0xDA)
-                return qMax<qsizetype>(0, size - next);
+            if (marker == 0xDA && ++scans.count == 1)
+                scans.bytes = qMax<qsizetype>(0, size - next);
             at = next;
         }
     }
-    return 0;
+    return scans;
 }
 
-/// What a file of `bytes` picture data can hold at the very most, in pixels. A progressive JPEG reserves and fills
-/// memory for every pixel that its header names, long before the decoder sees that the data are missing.
+/// What a file can hold at the very most, in pixels. Decoders reserve and fill memory for every pixel that a header
+/// names, long before they see that the data are missing.
 qint64 PixelsWithin(const QByteArray& format, const QByteArray& content)
 {
-    if (format == "jpeg")
-        return 512 * JpegScanBytes(content); // One bit at least for each block of 64 pixels.
+    const qint64 bytes = content.size();
+    if (format == "jpeg") {
+        const JpegScans scans = ScansOf(content);
+        // One bit at least for each block of 64 pixels.
+        return qMin(512 * qint64(scans.bytes), LargestScanWork / qMax(1, scans.count));
+    }
+    if (format == "png")
+        return 8 * 1032 * bytes; // Deflate gains a factor of 1032 at most, of one bit a pixel at least.
     if (format == "bmp")
-        return 128 * qMax<qsizetype>(0, content.size() - 26); // Two bytes at least for a run of 255 pixels.
-    return std::numeric_limits<qint64>::max();
+        return qMin(LargestUnprovenPicture, 128 * qMax<qint64>(0, bytes - 26)); // Two bytes for a run of 255 pixels.
+    if (format == "gif")
+        return qMin(LargestUnprovenPicture, 4096 * bytes); // A code stands for a run of 4096 pixels at most.
+    return LargestUnprovenPicture;
 }
 
 QSize FittedSize(QSize size, QSize room)
@@ -88,7 +119,7 @@ QImage Upright(const QByteArray& content, QSize room)
     if (!IsPictureFormat(format) || size.isEmpty())
         return {};
     const qint64 pixels = qint64(size.width()) * size.height();
-    if (pixels > qint64(picturefile::LimitMegabytes) * 1024 * 1024 / 4 || pixels > PixelsWithin(format, content))
+    if (pixels > picturefile::LargestPicture || pixels > PixelsWithin(format, content))
         return {};
 
     if (room.isValid() && format == "jpeg") {
@@ -109,17 +140,23 @@ QImage Upright(const QByteArray& content, QSize room)
     picture.setDevicePixelRatio(1);
     return picture;
 }
-} // namespace
-
-QImage picturefile::Read(const QString& path, QSize room)
+/// Opens a regular file to be read. A pipe would keep the opener waiting for its other end.
+bool OpenRegular(QFile& file, const QString& path)
 {
-    if (room.isValid() && room.isEmpty())
-        return {};
-    QFile file(NativePath(path));
-    if (!file.open(QIODevice::ReadOnly) || file.isSequential())
-        return {};
-    if (file.size() > qint64(LimitMegabytes) * 1024 * 1024)
-        return {};
+    const int handle = open(QFile::encodeName(NativePath(path)).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (handle < 0)
+        return false;
+    struct stat facts = {};
+    if (fstat(handle, &facts) != 0 || !S_ISREG(facts.st_mode) || facts.st_size > LargestFile ||
+        !file.open(handle, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle)) {
+        close(handle);
+        return false;
+    }
+    return true;
+}
+
+QImage ReadOpened(QFile& file, QSize room)
+{
     {
         // A film or an archive under a picture's name isn't read through.
         QImageReader probe(&file);
@@ -128,16 +165,40 @@ QImage picturefile::Read(const QString& path, QSize room)
             return {};
     }
     file.seek(0);
-    const QByteArray content = file.readAll();
-    file.close();
-    return ReadContent(content, room);
+    return picturefile::ReadContent(file.readAll(), room);
+}
+
+/// The form in which a screen shows it fastest.
+void MakeShowable(QImage& picture)
+{
+    if (!picture.isNull())
+        picture.convertTo(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+}
+} // namespace
+
+QImage picturefile::Read(const QString& path, QSize room)
+{
+    QFile file;
+    if ((room.isValid() && room.isEmpty()) || !OpenRegular(file, path))
+        return {};
+    return ReadOpened(file, room);
+}
+
+QImage picturefile::ReadForeign(const QString& path)
+{
+    QFile file;
+    if (!OpenRegular(file, path))
+        return {};
+    QImage picture = ReadOpened(file, {});
+    if (picture.isNull())
+        picture = foreignpicture::Read(file.handle(), file.size());
+    MakeShowable(picture);
+    return picture;
 }
 
 QImage picturefile::ReadContent(const QByteArray& content, QSize room)
 {
     QImage picture = Upright(content, room);
-    // The form in which a screen shows it fastest.
-    if (!picture.isNull())
-        picture.convertTo(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    MakeShowable(picture);
     return picture;
 }

@@ -1,0 +1,64 @@
+#include "figures.h"
+#include "scene.h"
+
+#include "contracts/components.h"
+#include "contracts/ImagXpress.h"
+#include "contracts/printing.h"
+#include "launch/context/VisitContext.h"
+#include "support/StationInABox.h"
+#include "viewing/CaptureSheet.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QImage>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int Pictures = 48;
+constexpr int Rounds = 3;
+} // namespace
+
+/// Eight pages of six 1080p pictures each to PDF files, held against decoding and encoding the same pictures alone.
+int BenchSheet()
+{
+    StationInABox box;
+    const QTemporaryDir printed;
+    UseService<PrinterOptions>().UseFolder(printed.path());
+    const auto carrier = CreateObject<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s);
+    QList<QByteArray> scenes;
+    for (int seed = 0; seed < 4; ++seed)
+        scenes << ScenePicture(seed, {1920, 1080});
+    CaptureSheetRecord sheet;
+    ClearCaptureSheetRecord(sheet);
+    sheet.Etc = VisitContext.Etc;
+    sheet.Ymd = VisitContext.Ymd;
+    sheet.PrintYmd = VisitContext.Ymd;
+    for (int number = 1; number <= Pictures; ++number) {
+        const QString path = box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number);
+        WriteWholeFile(path, scenes[number % scenes.size()]);
+        sheet.Pictures << path;
+    }
+
+    QList<double> sheets;
+    QList<double> alone;
+    for (int round = 0; round < Rounds; ++round) {
+        double start = NowMs();
+        PrintCaptureSheet(sheet, *carrier);
+        sheets << NowMs() - start;
+        start = NowMs();
+        for (const QString& path : sheet.Pictures) {
+            const QImage picture(NativePath(path));
+            QBuffer buffer;
+            buffer.open(QIODevice::WriteOnly);
+            if (!picture.save(&buffer, "JPEG", 90))
+                return 1;
+        }
+        alone << NowMs() - start;
+    }
+    if (QDir(printed.path()).entryList({u"*.pdf"_s}).size() != Rounds * Pictures / 6)
+        return 1;
+    PrintFigure(u"sheet of 48 1080p pictures to PDF (median)"_s, u"%1 ms"_s.arg(Median(sheets), 0, 'f', 0),
+                u"%1 x decoding and encoding them (at most 1.5)"_s.arg(Median(sheets) / Median(alone), 0, 'f', 2));
+    return 0;
+}
