@@ -106,11 +106,13 @@ void PrintHeader(const SheetPage& page, const CaptureSheetRecord& sheet, int pag
 
 void PrintPictures(const SheetPage& page, const QStringList& paths, ImagXpress& carrier)
 {
+    // The page's pictures are decoded while the first of them are drawn.
+    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, QSize());
     for (int place = 0; place < paths.size(); ++place) {
         const int row = FirstBandRow + place / 2 * BandRows;
         const int column = place % 2 == 0 ? LeftColumn : RightColumn;
         carrier.setPicture(LoadPicture(QString()));
-        carrier.setPicture(LoadPicture(paths[place]));
+        carrier.setPicture(batch->Take(place));
         if (carrier.Picture().isNull())
             page.MissingPicture(row, column, paths[place]);
         else
