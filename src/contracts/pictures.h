@@ -39,6 +39,7 @@ public:
     /// The picture scaled to fit into `room` with its shape kept, never enlarged; null when it can't be read. Much
     /// faster than the full one.
     virtual QImage LoadWithin(const QString& path, QSize room) = 0;
+    /// Several pictures, each to fit into `room`, or at full size with an invalid one.
     virtual std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) = 0;
     /// The picture of a file that is still in memory, decoded like one of a list while the caller goes on.
     virtual std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) = 0;

@@ -6,9 +6,9 @@
 
 class ImagXpress;
 
-/// The platform's `Printer` object: page, font and job. The calls between two `EndDoc` land on one sheet, which is a print
-/// job of its own; nothing opens a page, the first drawing after an `EndDoc` begins the next one. A font setting holds until
-/// it is set again.
+/// The platform's `Printer` object: page, font and job. The calls between two `EndDoc` land on one sheet, which is a
+/// print job of its own; nothing opens a page, the first drawing after an `EndDoc` begins the next one. A font setting
+/// holds until it is set again.
 class PrinterObject
 {
 public:
@@ -64,8 +64,9 @@ class clsPageCanvas
 public:
     virtual ~clsPageCanvas() = default;
 
-    /// Text in a cell, aligned by "L", "R" or "C", in the font set on the printer. One too wide for its cell is narrowed to
-    /// 80 % at most, then cut with "…"; it is never clipped in height, and sits centred on its rows.
+    /// Text in a cell, aligned by "L", "R" or "C", in the font set on the printer. One too wide for its cell is
+    /// narrowed to 80 % at most, then cut with "…"; it is never clipped in height, only flattened where it would touch
+    /// the next row, and sits centred on its rows.
     virtual void myCelText(const PrintGrid& grid, const QString& text, int row, int row2, int column, int column2,
                            PrinterObject& printer, const QString& alignment) = 0;
     /// Kind 4: a hairline rule between the two points. Column comes before row here.

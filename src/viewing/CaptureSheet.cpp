@@ -52,12 +52,14 @@ void FrameMissingPicture(const PrintedPage& page, const PrintedPlace& at, const 
 
 void PrintPictures(const PrintedPage& page, const QStringList& paths, ImagXpress& carrier)
 {
+    // The page's pictures are decoded while the first of them are drawn.
+    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, QSize());
     for (int place = 0; place < paths.size(); ++place) {
         const int row = FirstBandRow + place / 2 * BandRows;
         const int column = place % 2 == 0 ? LeftColumn : RightColumn;
         const PrintedPlace at = {row, row + PictureRows, column, column + PictureColumns};
         carrier.setPicture(LoadPicture(QString()));
-        carrier.setPicture(LoadPicture(paths[place]));
+        carrier.setPicture(batch->Take(place));
         if (carrier.Picture().isNull())
             FrameMissingPicture(page, at, paths[place]);
         else

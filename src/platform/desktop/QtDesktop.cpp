@@ -6,6 +6,7 @@
 #include "platform/desktop/program_folder.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMessageBox>
@@ -120,7 +121,8 @@ bool QtDesktop::AskYesNo(const QString& question)
 std::optional<QString> QtDesktop::ShowOpenDialogWithFilter(const QString& filter)
 {
     const OpenBox open(*this);
-    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s, m_openFolder);
+    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s,
+                       m_openFolder.isEmpty() ? QDir::homePath() : m_openFolder);
     dialog.setObjectName(u"openDialog"_s);
     dialog.setFileMode(QFileDialog::ExistingFile);
     dialog.setOption(QFileDialog::HideNameFilterDetails);

@@ -13,6 +13,7 @@ namespace {
 constexpr int PlainRule = 4;
 constexpr qreal HairlineTwips = 4; // 0.2 points.
 constexpr qreal NarrowestText = 0.8;
+constexpr qreal HighestText = 0.9; // Of the height of its rows, so that texts one below the other don't touch.
 constexpr int BlanksOfATab = 8;
 
 /// The station installs one printer, and hands that one to its canvas.
@@ -48,9 +49,10 @@ void DrawTextInBox(QPainter& painter, const QFont& font, const QString& given, c
         left = box.center().x() - width * narrowed / 2;
     // By the ink of a tall syllable: a font's leading lies above its letters alone, and would push them down onto the
     // rule below.
-    const qreal baseline = box.center().y() - metrics.tightBoundingRect(u"한"_s).center().y();
-    painter.translate(left, baseline);
-    painter.scale(narrowed, 1);
+    const QRectF ink = metrics.tightBoundingRect(u"한"_s);
+    const qreal flattened = box.isEmpty() ? 1.0 : qMin(1.0, HighestText * box.height() / ink.height());
+    painter.translate(left, box.center().y() - ink.center().y() * flattened);
+    painter.scale(narrowed, flattened);
     painter.setFont(font);
     painter.drawText(QPointF(), text);
 }
