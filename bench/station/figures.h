@@ -16,5 +16,6 @@ double NowMs();
 
 int BenchStill();
 int BenchThumbnails();
+int BenchFindings();
 int BenchStart(const QString& mode);
 int BenchMemory(const QString& mode);

@@ -16,10 +16,12 @@ int main(int argc, char* argv[])
         return BenchStill();
     if (work == u"thumbnails"_s)
         return BenchThumbnails();
+    if (work == u"findings"_s)
+        return BenchFindings();
     if (work == u"start"_s)
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
-    std::fputs("usage: bench_station still|thumbnails|start|memory\n", stderr);
+    std::fputs("usage: bench_station still|thumbnails|findings|start|memory\n", stderr);
     return 2;
 }

@@ -8,6 +8,7 @@
 
 #include <QColorDialog>
 #include <QFontDialog>
+#include <QFontInfo>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -180,14 +181,19 @@ void frmImgEdit::ChooseColour()
 
 void frmImgEdit::ChooseFont()
 {
-    QFontDialog dialog(m_txtText->TextFont(), this);
+    // The dialog lists what is installed, so it starts from the font that stands in for a Windows name.
+    QFont present = m_txtText->TextFont();
+    const QString family = present.family();
+    const QString standIn = QFontInfo(present).family();
+    present.setFamily(standIn);
+    QFontDialog dialog(present, this);
     dialog.setObjectName(u"cdlgCap"_s);
     dialog.setWindowTitle(u"글자체 선택..."_s);
     dialog.setOption(QFontDialog::DontUseNativeDialog);
     if (dialog.exec() != QDialog::Accepted)
         return;
     const QFont chosen = dialog.selectedFont();
-    QFont font(chosen.family());
+    QFont font(chosen.family() == standIn ? family : chosen.family());
     font.setBold(chosen.bold());
     font.setPointSizeF(chosen.pointSizeF());
     font.setItalic(chosen.italic());

@@ -23,9 +23,16 @@ void PictureView::Fit()
 
 void PictureView::ScaleBy(double factor)
 {
+    const QPointF middle = PictureFromView(Middle());
     m_fitted = false;
     m_factor = std::isnan(factor) ? 1 : std::clamp(factor, SmallestFactor, LargestFactor);
-    m_origin = {};
+    setOrigin((middle * m_factor - Middle()).toPoint());
+}
+
+QPointF PictureView::Middle() const
+{
+    const QSize seen = Shown().boundedTo(Room());
+    return {seen.width() / 2.0, seen.height() / 2.0};
 }
 
 double PictureView::Scale() const

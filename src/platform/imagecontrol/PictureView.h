@@ -11,6 +11,7 @@ class PictureView
 public:
     void setSizes(QSize picture, QSize frame);
     void Fit();
+    /// The place in the middle of the view stays there, as far as the picture reaches.
     void ScaleBy(double factor);
     /// Widths of the scroll bars that a larger picture needs.
     void setBarWidth(int pixels) { m_barWidth = pixels; }
@@ -31,6 +32,8 @@ public:
 
 private:
     QSize Shown() const;
+    /// Of what the frame shows of the picture.
+    QPointF Middle() const;
 
     QSize m_picture;
     QSize m_frame;

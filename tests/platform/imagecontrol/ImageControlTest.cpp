@@ -4,6 +4,7 @@
 #include "contracts/PlatformError.h"
 #include "support/StationInABox.h"
 
+#include <QLineF>
 #include <QPainter>
 #include <QPaintEvent>
 #include <QRandomGenerator>
@@ -372,6 +373,19 @@ private Q_SLOTS:
         m_control->DrawLine(0, 10, 64, 10, Yellow);
         m_control->DrawLine(0, 10, 64, 10, Yellow);
         QCOMPARE(m_control->Picture(), Plain({64, 64}, Qt::white));
+    }
+
+    /// What the operator looks at stays in sight.
+    void AZoomKeepsTheMiddle()
+    {
+        m_control->setPicture(Plain({1920, 1080}));
+        m_control->ZoomToFit(2);
+        for (const float factor : {2.F, 0.8F, 1.5F, 1.F}) {
+            m_control->ScaleBy(factor);
+            const QPointF middle = m_control->PictureFromView(QPointF(352, 232));
+            QVERIFY2(QLineF(middle, {960, 540}).length() < 12,
+                     qPrintable(u"%1: %2, %3"_s.arg(factor).arg(middle.x()).arg(middle.y())));
+        }
     }
 
     void AnEmptyControlTakesEverything()
