@@ -10,7 +10,7 @@
 #include "support/StationInABox.h"
 
 #include <QApplication>
-#include <QFile>
+#include <QDir>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QProcess>
@@ -23,6 +23,7 @@ namespace {
 
 constexpr int Reports = 100000;
 constexpr int PrintedPages = 5;
+constexpr int LongReportLines = 10000;
 
 void AddReports(StationInABox& box)
 {
@@ -139,6 +140,12 @@ void BenchPage()
         times << NowMs() - begun;
     }
     PrintFigure(u"page with six 1080p pictures to PDF"_s, u"%1 ms"_s.arg(Median(times), 0, 'f', 0));
+    FindingsRecord.SogyonLines = QStringList{QString()} + QStringList(LongReportLines, u"경미한 미란이 관찰됨."_s);
+    const qsizetype before = QDir(folder.path()).count();
+    const double begun = NowMs();
+    PrintFindingsPages(pictures, owner);
+    PrintFigure(u"report of 10,000 lines, %1 pages"_s.arg(QDir(folder.path()).count() - before),
+                u"%1 s"_s.arg((NowMs() - begun) / 1000, 0, 'f', 1));
 }
 
 } // namespace

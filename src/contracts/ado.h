@@ -36,6 +36,8 @@ public:
     /// The value of the present row's column; its name without regard to case. Where a name stands twice, the first.
     /// A database null is an invalid variant. A column that isn't there is a fault (PlatformError).
     virtual QVariant Fields(const QString& name) const = 0;
+    /// The value of the column that stands in that place of the statement, counted from 0.
+    virtual QVariant Fields(int place) const = 0;
 
     /// Keeps the rows in which a column equals a text: " column = 'text' ", both without regard to case. An empty text
     /// lifts the filter. Stands on the first row that remains.

@@ -1,10 +1,8 @@
 #include "findings/findings_print.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
-#include "contracts/printing.h"
 #include "findings/findings_record.h"
-#include "records/text/text_routines.h"
+#include "records/PrintedPage.h"
 
 #include <QProgressDialog>
 
@@ -12,83 +10,28 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr float PageHeight = 16243; // Twips.
-constexpr float PageWidth = 11184;
 constexpr int FindingsLinesPerPage = 25;
 constexpr int RemarkLinesPerPage = 4;
 /// From here on printing takes long enough to want a way out.
 constexpr int PagesWithProgress = 5;
 
-struct Place
-{
-    int row;
-    int row2;
-    int column;
-    int column2;
-};
-
-class Page
-{
-public:
-    Page(clsPageCanvas& canvas, PrinterObject& printer, const PrintGrid& grid)
-        : m_canvas(canvas), m_printer(printer), m_grid(grid)
-    {
-    }
-
-    void Font(int size, bool underline) const
-    {
-        m_printer.setFontName(u"돋움"_s);
-        m_printer.setFontSize(size);
-        m_printer.setFontBold(true);
-        m_printer.setFontUnderline(underline);
-    }
-    void Text(const Place& at, const QString& text, const QString& alignment = u"L"_s) const
-    {
-        m_canvas.myCelText(m_grid, text, at.row, at.row2, at.column, at.column2, m_printer, alignment);
-    }
-    void Rule(int row, int lastColumn = 69) const { m_canvas.myDrawBox(m_grid, 4, 2, row, lastColumn, row, m_printer); }
-    void Picture(const Place& at, const ImagXpress& picture) const
-    {
-        m_canvas.myDrawPic(m_grid, at.row, at.row2, at.column, at.column2, m_printer, picture);
-    }
-
-private:
-    clsPageCanvas& m_canvas;
-    PrinterObject& m_printer;
-    const PrintGrid& m_grid;
-};
-
-void PrintHeader(const Page& page, int number)
+PrintedHead HeadOfRecord()
 {
     const FindingsRecordFields& record = FindingsRecord;
-    page.Font(20, true);
-    page.Text({3, 5, 2, 69}, record.Etc + u" 소 견 서"_s, u"C"_s);
-    page.Font(11, false);
-    page.Text({6, 7, 2, 10}, u"출력일자 : "_s);
-    page.Text({6, 7, 10, 30}, LayIntoMask(record.Balymd, u"0000년 00월 00일"));
-    page.Text({6, 7, 54, 63}, u"페이지번호 : "_s);
-    page.Text({6, 7, 63, 66}, QString::number(number), u"R"_s);
-    page.Rule(8);
-    page.Text({9, 10, 2, 10}, u"차트번호 : "_s);
-    page.Text({9, 10, 10, 20}, record.Chart + u'-' + record.Yuhyung);
-    page.Text({9, 10, 21, 29}, u"수진자명 : "_s);
-    page.Text({9, 10, 29, 41}, record.Suname);
-    page.Text({9, 10, 42, 50}, u"성    별 : "_s);
-    page.Text({9, 10, 50, 53}, record.Sex);
-    page.Text({9, 10, 54, 62}, u"나    이 : "_s);
-    page.Text({9, 10, 62, 70}, record.Nai);
-    page.Text({10, 11, 2, 10}, u"전화번호 : "_s);
-    page.Text({10, 11, 10, 20}, record.Phone);
-    page.Text({10, 11, 21, 29}, u"주민번호 : "_s);
-    page.Text({10, 11, 29, 40}, record.Jumin);
-    page.Text({11, 12, 2, 10}, u"연  번  호 : "_s);
-    page.Text({11, 12, 10, 20}, record.Yeonno);
-    page.Text({11, 12, 21, 29}, u"주      소 : "_s);
-    page.Text({11, 12, 29, 69}, record.Address);
-    page.Rule(13);
+    return {.title = record.Etc + u" 소 견 서"_s,
+            .printYmd = record.Balymd,
+            .chart = record.Chart + u'-' + record.Yuhyung,
+            .suname = record.Suname,
+            .sex = record.Sex,
+            .age = record.Nai,
+            .phone = record.Phone,
+            .jumin = record.Jumin,
+            .lastLabel = u"연  번  호 : "_s,
+            .lastValue = record.Yeonno,
+            .address = record.Address};
 }
 
-void PrintLines(const Page& page, const QStringList& lines, int number, int perPage, int firstRow)
+void PrintLines(const PrintedPage& page, const QStringList& lines, int number, int perPage, int firstRow)
 {
     for (int line = 1; line <= perPage; ++line) {
         const qsizetype index = (number - 1) * perPage + line;
@@ -99,7 +42,7 @@ void PrintLines(const Page& page, const QStringList& lines, int number, int perP
     }
 }
 
-void PrintPictures(const Page& page, const std::array<ImagXpress*, 6>& pictures)
+void PrintPictures(const PrintedPage& page, const std::array<ImagXpress*, 6>& pictures)
 {
     page.Text({49, 50, 14, 22}, u"캡쳐일자 : "_s);
     page.Text({49, 50, 22, 40}, FindingsRecord.Ymd);
@@ -110,11 +53,11 @@ void PrintPictures(const Page& page, const std::array<ImagXpress*, 6>& pictures)
     }
 }
 
-void PrintFooter(const Page& page)
+void PrintFooter(const PrintedPage& page)
 {
     const FindingsRecordFields& record = FindingsRecord;
     page.Rule(76);
-    page.Font(11, false);
+    page.Font(11);
     page.Text({77, 78, 2, 12}, u"담당의사 : "_s);
     page.Text({77, 78, 12, 24}, record.Doctor);
     page.Text({77, 78, 35, 45}, u"면허번호 : "_s);
@@ -125,22 +68,22 @@ void PrintFooter(const Page& page)
     page.Text({78, 79, 45, 69}, record.Hospital);
 }
 
-void PrintFindingsPage(const Page& page, int number, const std::array<ImagXpress*, 6>& pictures)
+void PrintFindingsPage(const PrintedPage& page, int number, const std::array<ImagXpress*, 6>& pictures)
 {
-    PrintHeader(page, number);
-    page.Font(12, false);
+    page.Head(HeadOfRecord(), number);
+    page.Font(12);
     page.Text({14, 15, 2, 12}, u"소 견 내 용"_s);
     page.Rule(15, 12);
-    page.Font(11, false);
+    page.Font(11);
     PrintLines(page, FindingsRecord.SogyonLines, number, FindingsLinesPerPage, 16);
     page.Rule(41);
-    page.Font(12, false);
+    page.Font(12);
     page.Text({42, 43, 2, 12}, u"비      고"_s);
     page.Rule(43, 12);
-    page.Font(11, false);
+    page.Font(11);
     PrintLines(page, FindingsRecord.BigoLines, number, RemarkLinesPerPage, 44);
     page.Rule(48);
-    page.Font(12, false);
+    page.Font(12);
     page.Text({49, 50, 2, 12}, u"Findings"_s);
     if (number == 1)
         PrintPictures(page, pictures);
@@ -159,12 +102,7 @@ void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& own
 {
     const int pages = qMax(PagesFor(FindingsRecord.SogyonLines, FindingsLinesPerPage),
                            PagesFor(FindingsRecord.BigoLines, RemarkLinesPerPage));
-    PrinterObject& printer = Printer();
-    printer.setHeight(PageHeight);
-    printer.setWidth(PageWidth);
-    const PrintGrid grid(PageWidth, PageHeight);
-    const auto canvas = CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s);
-    const Page page(*canvas, printer, grid);
+    const PrintedPage page;
 
     QProgressDialog progress(u"소견서를 출력하는 중입니다..."_s, u"취소"_s, 0, pages, &owner);
     progress.setObjectName(u"printProgress"_s);
@@ -180,6 +118,6 @@ void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& own
                 return;
         }
         PrintFindingsPage(page, number, pictures);
-        printer.EndDoc();
+        Printer().EndDoc();
     }
 }

@@ -9,6 +9,7 @@
 #include "records/Statement.h"
 #include "records/text/text_routines.h"
 
+#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
@@ -47,6 +48,10 @@ constexpr std::array<ListColumn, 6> Columns{{
     {u"캡쳐일자", u"caso_ymd", u"0000-00-00", 11.12, 6480, 7815, 6490, 1365, 8},
 }};
 
+/// So often events are served while the list is written.
+constexpr int ServeEventsMs = 4;
+
+/// Its columns are those of the list, in their order.
 constexpr char16_t ListStatement[] =
     u" SELECT caso_yeonno, caso_chart, caso_yuhyung, caso_suname, caso_jumin, caso_ymd  FROM caso ";
 
@@ -137,8 +142,13 @@ bool frmSoFind::WriteRows(AdoRecordset& rows)
     const QPointer<frmSoFind> alive(this);
     const int fill = m_sprSo->BeginFill();
     int row = 0;
+    QElapsedTimer served;
     for (; !rows.Eof(); rows.MoveNext()) {
-        PumpEvents();
+        // Before each row would make a long list several times as slow, and the screen no quicker.
+        if (!served.isValid() || served.elapsed() >= ServeEventsMs) {
+            PumpEvents();
+            served.start();
+        }
         if (alive.isNull() || IsUnloaded() || !m_sprSo->IsCurrentFill(fill))
             return false;
         ++row;
@@ -146,8 +156,9 @@ bool frmSoFind::WriteRows(AdoRecordset& rows)
             m_sprSo->setMaxRows(m_sprSo->MaxRows() * 2);
         m_sprSo->setRow(row);
         for (size_t at = 0; at < Columns.size(); ++at) {
-            const QString text = FieldText(rows, QString::fromUtf16(Columns[at].column));
-            m_sprSo->setCol(static_cast<int>(at) + 1);
+            const int place = static_cast<int>(at);
+            const QString text = FieldText(rows, place);
+            m_sprSo->setCol(place + 1);
             m_sprSo->setText(Columns[at].mask != nullptr ? LayIntoMask(text, Columns[at].mask) : text);
         }
     }

@@ -65,6 +65,11 @@ QString FieldText(const AdoRecordset& rows, const QString& column)
     return Trim(rows.Fields(column).toString());
 }
 
+QString FieldText(const AdoRecordset& rows, int place)
+{
+    return Trim(rows.Fields(place).toString());
+}
+
 int FieldNumber(const AdoRecordset& rows, const QString& column)
 {
     return rows.Fields(column).toInt();

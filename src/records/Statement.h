@@ -41,5 +41,7 @@ void Execute(const Statement& statement);
 bool HasRow(const AdoRecordset& rows);
 /// A column as trimmed text; a null is empty.
 QString FieldText(const AdoRecordset& rows, const QString& column);
+/// The same by the column's place in the statement, counted from 0: for lists that are long.
+QString FieldText(const AdoRecordset& rows, int place);
 /// A column as a whole number; a null is 0.
 int FieldNumber(const AdoRecordset& rows, const QString& column);

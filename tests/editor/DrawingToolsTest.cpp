@@ -41,16 +41,18 @@ private Q_SLOTS:
         for (const bool backwards : {false, true}) {
             const QPoint one(50, 60);
             const QPoint two(200, 220);
-            const qreal scale = editor.imgMain().ViewScale();
+            const QPointF from = editor.imgMain().PictureFromView(one);
+            const QPointF to = editor.imgMain().PictureFromView(two);
+            const QPointF by = editor.imgMain().PictureFromView(QPoint(250, 300));
             if (backwards)
                 m_box->Drag(two, one, {250, 300});
             else
                 m_box->Drag(one, two, {250, 300});
             const QRect marked = Marked(editor.imgMain().Picture());
-            const QRect expected = QRectF(QPointF(one) / scale, QPointF(two) / scale).toAlignedRect();
+            const QRect expected = QRectF(from, to).toAlignedRect();
             // The free line went by way of the third point.
-            const QRect by((QPointF(250, 300) / scale).toPoint(), QSize(1, 1));
-            const QRect reached = (tool == 0 ? expected | by : expected) & QRect(QPoint(), size);
+            const QRect way(by.toPoint(), QSize(1, 1));
+            const QRect reached = (tool == 0 ? expected | way : expected) & QRect(QPoint(), size);
             QVERIFY2(reached.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
             QVERIFY2(marked.adjusted(-8, -8, 8, 8).contains(reached), qPrintable(QDebug::toString(marked)));
             m_box->Click(u"cmdISave"_s);

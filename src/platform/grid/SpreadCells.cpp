@@ -73,7 +73,7 @@ SpreadCell& SpreadCells::Touch(int row, int column)
     if (held == nullptr)
         held = std::make_unique<Row>();
     if (held->cells.size() <= static_cast<size_t>(column))
-        held->cells.resize(static_cast<size_t>(column) + 1);
+        held->cells.resize(static_cast<size_t>(Columns()));
     return held->cells[static_cast<size_t>(column)];
 }
 

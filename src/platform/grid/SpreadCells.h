@@ -66,7 +66,7 @@ public:
 private:
     struct Row
     {
-        std::vector<SpreadCell> cells; ///< Up to the last column written.
+        std::vector<SpreadCell> cells; ///< None, or one for each column.
         int filled = 0;                ///< Cells that hold data.
     };
 

@@ -1,5 +1,7 @@
 #include "platform/grid/SpreadModel.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 int SpreadModel::rowCount(const QModelIndex& parent) const
@@ -59,6 +61,13 @@ Qt::ItemFlags SpreadModel::flags(const QModelIndex& index) const
 {
     const Qt::ItemFlags usual = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
     return m_cells.TypeOf(index.row(), index.column()) == CellTypeCheckBox ? usual | Qt::ItemIsUserCheckable : usual;
+}
+
+void SpreadModel::TellWritten()
+{
+    const QRect inside = std::exchange(m_written, {}) & QRect(0, 0, m_cells.Columns(), m_cells.Rows());
+    if (!inside.isEmpty())
+        Q_EMIT dataChanged(index(inside.top(), inside.left()), index(inside.bottom(), inside.right()));
 }
 
 void SpreadModel::SetRows(int rows)

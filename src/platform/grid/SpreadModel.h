@@ -3,9 +3,10 @@
 #include "platform/grid/SpreadCells.h"
 
 #include <QAbstractTableModel>
+#include <QRect>
 
-/// A grid's cells for its view. Rows and columns count from 0. What has changed is told to the view at once, cell by
-/// cell, and the view paints only what it shows.
+/// A grid's cells for its view. Rows and columns count from 0. What was written is told to the view when events are
+/// served next, all of it at once, and the view paints only what it shows.
 class SpreadModel final : public QAbstractTableModel
 {
     Q_OBJECT
@@ -34,13 +35,17 @@ public:
         if (!m_cells.Contains(row, column))
             return;
         m_cells.Write(row, column, std::forward<Change>(change));
-        const QModelIndex cell = index(row, column);
-        Q_EMIT dataChanged(cell, cell);
+        if (m_written.isEmpty())
+            QMetaObject::invokeMethod(this, &SpreadModel::TellWritten, Qt::QueuedConnection);
+        m_written |= QRect(column, row, 1, 1);
     }
 
 private:
     QString SpokenText(const SpreadCell& cell, SpreadCellType type) const;
 
+    void TellWritten();
+
     SpreadCells m_cells;
+    QRect m_written; ///< Cells that the view hasn't been told of: x is the column, y the row.
     QStringList m_headings;
 };

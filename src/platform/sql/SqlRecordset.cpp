@@ -13,7 +13,7 @@ using namespace Qt::StringLiterals;
 namespace {
 /// The station knows texts and numbers. The drivers give bytes for a text of a binary collation, and whole numbers in
 /// as many widths as there are column types.
-QVariant StationValue(const QVariant& value)
+QVariant StationValue(QVariant value)
 {
     if (value.isNull())
         return {};
@@ -42,11 +42,9 @@ SqlRecordset::SqlRecordset(QSqlQuery& query)
     for (int column = 0; column < record.count(); ++column)
         m_columns.append(record.fieldName(column));
     while (query.next()) {
-        QList<QVariant> row;
-        row.reserve(m_columns.size());
         for (int column = 0; column < record.count(); ++column)
-            row.append(StationValue(query.value(column)));
-        m_rows.append(std::move(row));
+            m_values.append(StationValue(query.value(column)));
+        ++m_rows;
     }
     ShowAll();
 }
@@ -73,10 +71,21 @@ void SqlRecordset::MoveNext()
 
 QVariant SqlRecordset::Fields(const QString& name) const
 {
-    const qsizetype column = Column(name);
+    return Fields(static_cast<int>(Column(name)));
+}
+
+QVariant SqlRecordset::Fields(int place) const
+{
+    if (place < 0 || place >= m_columns.size())
+        throw PlatformError(u"자료에 %1번째 항목이 없습니다.!!"_s.arg(place + 1));
     if (Eof())
-        throw PlatformError(u"읽을 자료가 더 없습니다.!! (%1)"_s.arg(name));
-    return m_rows.at(m_shown.at(m_position)).at(column);
+        throw PlatformError(u"읽을 자료가 더 없습니다.!! (%1)"_s.arg(m_columns.at(place)));
+    return Value(m_shown.at(m_position), place);
+}
+
+const QVariant& SqlRecordset::Value(qsizetype row, qsizetype column) const
+{
+    return m_values.at(row * m_columns.size() + column);
 }
 
 void SqlRecordset::setFilter(const QString& criterion)
@@ -92,7 +101,7 @@ void SqlRecordset::setFilter(const QString& criterion)
     const qsizetype column = Column(match.captured(1));
     const QString text = match.captured(2).replace(u"''"_s, u"'"_s);
     m_shown.removeIf([&](qsizetype row) {
-        const QVariant& value = m_rows.at(row).at(column);
+        const QVariant& value = Value(row, column);
         return !value.isValid() || value.toString().compare(text, Qt::CaseInsensitive) != 0;
     });
 }
@@ -108,7 +117,7 @@ qsizetype SqlRecordset::Column(const QString& name) const
 
 void SqlRecordset::ShowAll()
 {
-    m_shown.resize(m_rows.size());
+    m_shown.resize(m_rows);
     std::iota(m_shown.begin(), m_shown.end(), 0);
     m_position = 0;
 }

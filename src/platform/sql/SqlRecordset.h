@@ -25,14 +25,17 @@ public:
     bool Bof() const override { return m_shown.isEmpty(); }
     void MoveNext() override;
     QVariant Fields(const QString& name) const override;
+    QVariant Fields(int place) const override;
     void setFilter(const QString& criterion) override;
 
 private:
     qsizetype Column(const QString& name) const;
+    const QVariant& Value(qsizetype row, qsizetype column) const;
     void ShowAll();
 
     QStringList m_columns;
-    QList<QList<QVariant>> m_rows;
+    QList<QVariant> m_values; ///< Row by row: a list of its own for each would cost a long result dearly.
+    qsizetype m_rows = 0;
     QList<qsizetype> m_shown; ///< Rows that pass the filter.
     qsizetype m_position = 0; ///< Within `m_shown`.
 };

@@ -4,6 +4,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -92,14 +93,16 @@ QString WholeNumberText(const QString& text)
     if (!ReadNumber(text, number))
         return {};
     QString whole = number.whole.isEmpty() ? u"0"_s : number.whole;
+    qsizetype zeros = 0;
+    while (zeros < whole.size() - 1 && whole[zeros] == u'0')
+        ++zeros;
+    whole.remove(0, zeros);
     const QString half = number.fraction.leftJustified(1, u'0');
     const bool aboveHalf = half[0] > u'5' || (half[0] == u'5' && half.mid(1).contains(QRegularExpression(u"[1-9]"_s)));
     const bool exactlyHalf = half[0] == u'5' && !aboveHalf;
     const bool odd = (whole.back().unicode() - u'0') % 2 == 1;
     if (aboveHalf || (exactlyHalf && odd))
         AddOne(whole);
-    while (whole.size() > 1 && whole[0] == u'0')
-        whole.remove(0, 1);
     return number.negative && whole != u"0"_s ? u'-' + whole : whole;
 }
 
@@ -121,27 +124,27 @@ QString LayIntoMask(const QString& text, QStringView mask)
     if (whole.isEmpty())
         return text;
     const bool negative = whole.startsWith(u'-');
-    QString digits = negative ? whole.mid(1) : whole;
+    QStringView digits = QStringView(whole).mid(negative ? 1 : 0);
 
+    // Built from its end, where the last digit meets the last place.
     QString result;
+    result.reserve(mask.size() + whole.size());
     const qsizetype firstPlace = mask.indexOf(u'0');
     for (qsizetype at = mask.size() - 1; at >= 0; --at) {
         if (mask[at] != u'0') {
-            result.prepend(mask[at]);
+            result.append(mask[at]);
             continue;
         }
-        if (digits.isEmpty()) {
-            result.prepend(u'0');
-        } else {
-            result.prepend(digits.back());
-            digits.chop(1);
-        }
-        if (at == firstPlace) {
-            result.prepend(digits);
-            if (negative)
-                result.prepend(u'-');
-        }
+        result.append(digits.isEmpty() ? QChar(u'0') : digits.back());
+        digits.chop(qMin<qsizetype>(1, digits.size()));
+        if (at != firstPlace)
+            continue;
+        for (; !digits.isEmpty(); digits.chop(1))
+            result.append(digits.back());
+        if (negative)
+            result.append(u'-');
     }
+    std::reverse(result.begin(), result.end());
     return result;
 }
 

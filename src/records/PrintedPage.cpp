@@ -1,0 +1,78 @@
+#include "records/PrintedPage.h"
+
+#include "contracts/components.h"
+#include "records/text/text_routines.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr float PageWidthTwips = 11184;
+constexpr float PageHeightTwips = 16243;
+constexpr int PlainRule = 4;
+} // namespace
+
+PrintedPage::PrintedPage()
+    : m_grid(PageWidthTwips, PageHeightTwips), m_canvas(CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s))
+{
+    Printer().setHeight(PageHeightTwips);
+    Printer().setWidth(PageWidthTwips);
+}
+
+PrintedPage::~PrintedPage() = default;
+
+void PrintedPage::Font(int size, bool underlined) const
+{
+    Printer().setFontName(u"돋움"_s);
+    Printer().setFontSize(size);
+    Printer().setFontBold(true);
+    Printer().setFontUnderline(underlined);
+}
+
+void PrintedPage::Text(const PrintedPlace& at, const QString& text, const QString& alignment) const
+{
+    m_canvas->myCelText(m_grid, text, at.row, at.row2, at.column, at.column2, Printer(), alignment);
+}
+
+void PrintedPage::Rule(int row, int lastColumn) const
+{
+    Line(2, row, lastColumn, row);
+}
+
+void PrintedPage::Line(int column, int row, int column2, int row2) const
+{
+    m_canvas->myDrawBox(m_grid, PlainRule, column, row, column2, row2, Printer());
+}
+
+void PrintedPage::Picture(const PrintedPlace& at, const ImagXpress& picture) const
+{
+    m_canvas->myDrawPic(m_grid, at.row, at.row2, at.column, at.column2, Printer(), picture);
+}
+
+void PrintedPage::Head(const PrintedHead& head, int pageNumber) const
+{
+    Font(20, true);
+    Text({3, 5, 2, 69}, head.title, u"C"_s);
+    Font(11);
+    Text({6, 7, 2, 10}, u"출력일자 : "_s);
+    Text({6, 7, 10, 30}, LayIntoMask(head.printYmd, u"0000년 00월 00일"));
+    Text({6, 7, 54, 63}, u"페이지번호 : "_s);
+    Text({6, 7, 63, 66}, QString::number(pageNumber), u"R"_s);
+    Rule(8);
+    Text({9, 10, 2, 10}, u"차트번호 : "_s);
+    Text({9, 10, 10, 20}, head.chart);
+    Text({9, 10, 21, 29}, u"수진자명 : "_s);
+    Text({9, 10, 29, 41}, head.suname);
+    Text({9, 10, 42, 50}, u"성    별 : "_s);
+    Text({9, 10, 50, 53}, head.sex);
+    Text({9, 10, 54, 62}, u"나    이 : "_s);
+    Text({9, 10, 62, 70}, head.age);
+    Text({10, 11, 2, 10}, u"전화번호 : "_s);
+    Text({10, 11, 10, 20}, head.phone);
+    Text({10, 11, 21, 29}, u"주민번호 : "_s);
+    Text({10, 11, 29, 40}, head.jumin);
+    Text({11, 12, 2, 10}, head.lastLabel);
+    Text({11, 12, 10, 20}, head.lastValue);
+    Text({11, 12, 21, 29}, u"주      소 : "_s);
+    Text({11, 12, 29, 69}, head.address);
+    Rule(13);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "contracts/printing.h"
+
+#include <memory>
+
+class ImagXpress;
+
+/// The head of a form: the patient as he is known on it.
+struct PrintedHead
+{
+    QString title;
+    QString printYmd;
+    QString chart; ///< With the type behind a dash.
+    QString suname;
+    QString sex;
+    QString age;
+    QString phone;
+    QString jumin;
+    QString lastLabel; ///< What stands below the telephone is each form's own.
+    QString lastValue;
+    QString address;
+};
+
+/// A place on the page: rows and columns of the print grid.
+struct PrintedPlace
+{
+    int row;
+    int row2;
+    int column;
+    int column2;
+};
+
+/// One A4 form of the station on `Printer()`: 11184 by 16243 twips, all text bold.
+class PrintedPage
+{
+public:
+    /// Sets the printer's page.
+    PrintedPage();
+    ~PrintedPage();
+    PrintedPage(const PrintedPage&) = delete;
+    PrintedPage& operator=(const PrintedPage&) = delete;
+
+    /// Points.
+    void Font(int size, bool underlined = false) const;
+    void Text(const PrintedPlace& at, const QString& text, const QString& alignment = QStringLiteral("L")) const;
+    /// A horizontal rule from column 2 on.
+    void Rule(int row, int lastColumn = 69) const;
+    void Line(int column, int row, int column2, int row2) const;
+    void Picture(const PrintedPlace& at, const ImagXpress& picture) const;
+
+    /// Title, date, page number and patient, between two rules; leaves the font at 11 points.
+    void Head(const PrintedHead& head, int pageNumber) const;
+
+private:
+    PrintGrid m_grid;
+    std::unique_ptr<clsPageCanvas> m_canvas;
+};
