@@ -67,8 +67,11 @@ Steps ReadMovie(quint32 largestExplained)
         steps.broken += movie.fault.isEmpty() ? 0 : 1;
         for (const QByteArray& jpeg : movie.frames) {
             ++steps.frames;
-            const auto shown = ReadFrameNumber(QImage::fromData(jpeg, "JPEG"));
-            if (!shown) {
+            // The wide picture stands between black bars, which would read as the number 0.
+            const QImage frame = QImage::fromData(jpeg, "JPEG");
+            const int height = frame.width() * 9 / 16;
+            const auto shown = ReadFrameNumber(frame.copy(0, (frame.height() - height) / 2, frame.width(), height));
+            if (shown.value_or(0) == 0) {
                 ++steps.unreadable;
                 continue;
             }
