@@ -78,7 +78,9 @@ void FootSwitch::OnComm()
     m_port.setPortOpen(false);
     QElapsedTimer pause;
     pause.start();
-    UseService<Desktop>().PumpEventsUntil(
-        [this, &pause] { return m_isClosed || pause.nsecsElapsed() > PauseMs * 1'000'000LL; }, PauseMs + 1);
+    const auto isOver = [this, &pause] { return m_isClosed || pause.nsecsElapsed() > PauseMs * 1'000'000LL; };
+    // The timer behind the wait may be a few milliseconds early; the clock decides.
+    while (!isOver() && !UseService<Desktop>().ProgramEnded())
+        UseService<Desktop>().PumpEventsUntil(isOver, PauseMs / 10);
     OpenFootSwitchPort();
 }

@@ -44,6 +44,11 @@ void MovieRecording::Begin()
     // What can't be recorded must not cost the earlier recording.
     if (m_capture.HoldFrame() == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
+    const QString folder = MovieFolder(VisitContext.CaptureDir);
+    if (!FolderExists(folder))
+        MakeFolder(folder);
+    if (!m_capture.HasRoomForMovie(folder))
+        throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
     m_lblMovie.setText(u"동영상 저장중..."_s);
     PumpEvents();
     if (command != m_command)
@@ -72,8 +77,6 @@ void MovieRecording::StartMovieRecording()
 void MovieRecording::DeleteEarlierMovies() const
 {
     const QString folder = MovieFolder(VisitContext.CaptureDir);
-    if (!FolderExists(folder))
-        MakeFolder(folder);
     for (const QString& name : Files().FilesStartingWith(folder, m_movieBase.mid(folder.size()))) {
         if (name.endsWith(u".avi", Qt::CaseInsensitive))
             DeleteFile(folder + name);

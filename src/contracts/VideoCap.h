@@ -65,6 +65,8 @@ public:
     virtual void setCaptureVideo(bool on) = 0;
     /// The movie that runs is to be completed; set before `CaptureMode` goes false.
     virtual void setCompleteMovie(bool on) = 0;
+    /// The disk of that path has room to record; one that can't be asked counts as roomy.
+    virtual bool HasRoomForMovie(const QString& path) const = 0;
     /// The movie's format stays in force; set to false after `CaptureMode` went false.
     virtual void setKeepMovieFormat(bool on) = 0;
 
@@ -82,8 +84,8 @@ public:
 Q_SIGNALS:
     /// Frames processed so far, counted anew from each start and each movie file; and the time in milliseconds.
     void OnFrame(int frames, int timeMs);
-    /// The control has ended the movie by itself: the disk is full, or the file can't be written. `CaptureMode` is false,
-    /// and what was recorded is whole unless the reason says otherwise. The text is for the operator.
+    /// The control has ended the movie by itself: the disk is full, or the file can't be written. `CaptureMode` is
+    /// false, and what was recorded is whole unless the reason says otherwise. The text is for the operator.
     void OnMovieFault(const QString& reason);
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();

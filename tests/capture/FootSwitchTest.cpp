@@ -5,8 +5,12 @@
 #include "launch/context/VisitContext.h"
 #include "support/PseudoTerminal.h"
 #include "support/StationInABox.h"
+#include "support/WallClock.h"
 
+#include <QComboBox>
 #include <QElapsedTimer>
+#include <QSet>
+#include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
 
@@ -14,6 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString Stomach = u"위내시경"_s;
+const QString Day = u"20261124"_s;
 } // namespace
 
 /// A foot on a real terminal pair, and the real screen.
@@ -28,10 +33,12 @@ private Q_SLOTS:
         QVERIFY(m_folder.isValid());
         m_device = m_folder.filePath(u"switch"_s);
         m_cable = std::make_unique<PseudoTerminal>(m_device);
-        UseService<SerialPortOptions>().UseDevices({{u"1"_s, m_device}, {u"3"_s, m_device}});
+        UseService<SerialPortOptions>().UseDevices(
+            {{u"1"_s, m_device}, {u"3"_s, m_device}, {u"5"_s, QString::fromUtf8(__FILE__)}});
     }
     void cleanup()
     {
+        WallClock::SetBack(0);
         m_box.reset();
         m_cable.reset();
     }
@@ -47,6 +54,7 @@ private Q_SLOTS:
         QTest::newRow("what the line discipline would take for itself") << u"1"_s << QByteArray("\3\r\n\21\23\4") << 1;
         QTest::newRow("a burst") << u"1"_s << QByteArray(300, 'x') << 1;
         QTest::newRow("a port that doesn't exist") << u"7"_s << QByteArray("1") << 0;
+        QTest::newRow("a file that is no port") << u"5"_s << QByteArray("1") << 0;
         QTest::newRow("no number") << u"COM1"_s << QByteArray("1") << 1; // Stays with the first port.
         QTest::newRow("a number out of range") << u"70000"_s << QByteArray("1") << 1;
         QTest::newRow("none that a port can have") << u"-2"_s << QByteArray("1") << 1;
@@ -93,6 +101,36 @@ private Q_SLOTS:
         m_cable->Send("2");
         QTRY_COMPARE(Stills(), before + 1);
         QVERIFY(before <= 2); // One byte may have come just as the port opened again.
+    }
+
+    void TwoHundredPressesOverFourSections()
+    {
+        ClientSetup.EtcList = u"위내시경,대장내시경,초음파,기관지"_s;
+        frmCapture& screen = Open();
+        Press(u"연결"_s);
+        QSet<int> frames;
+        for (int section = 0; section < 4; ++section) {
+            screen.cmbEtc().setCurrentIndex(section);
+            Q_EMIT screen.cmbEtc().activated(section);
+            for (int press = 1; press <= 50; ++press) {
+                // As a clock that somebody sets: an hour back, and forth again.
+                WallClock::SetBack(press % 2 * 3600);
+                m_cable->Send("1");
+                QVERIFY(QTest::qWaitFor([this, press] { return Stills(VisitContext.Etc) == press; }));
+                QVERIFY(QTest::qWaitFor([this] { return Port().PortOpen(); }));
+            }
+            const QSignalSpy arrivals(&Port(), &MSComm::OnComm);
+            m_cable->Send("one more than the grid takes");
+            QVERIFY(QTest::qWaitFor([&arrivals] { return arrivals.count() > 0; }));
+            QVERIFY(QTest::qWaitFor([this] { return Port().PortOpen(); }));
+            QCOMPARE(Stills(VisitContext.Etc), 50);
+            for (int number = 1; number <= 50; ++number)
+                frames.insert(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, VisitContext.Etc, number)));
+        }
+        QCOMPARE(frames.size(), 200);
+        QVERIFY(!frames.contains(-1));
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"200"_s);
+        QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
     void AFloodIsDiscarded()
@@ -200,7 +238,10 @@ private:
 
     MSComm& Port() const { return *m_screen->findChild<MSComm*>(u"commCapture"_s); }
     void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
-    int Stills() const { return int(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size()); }
+    int Stills(const QString& section = Stomach) const
+    {
+        return int(m_box->Names(u"2026"_s, section).filter(u".jpg"_s).size());
+    }
 
     QTemporaryDir m_folder;
     QString m_device;

@@ -1,11 +1,18 @@
 #include "capture/frmCapture.h"
+#include "contracts/components.h"
 #include "contracts/files.h"
+#include "contracts/VideoCap.h"
+#include "launch/context/device_settings.h"
 #include "launch/context/VisitContext.h"
+#include "platform/gstreamer/register_video.h"
 #include "records/capture_scheme.h"
+#include "support/MovieReader.h"
 #include "support/StationInABox.h"
+#include "support/WallClock.h"
 
 #include <QComboBox>
 #include <QLabel>
+#include <QScopeGuard>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
@@ -66,11 +73,24 @@ private Q_SLOTS:
         QCOMPARE(Files().ReadFile(folder + stem + u"001.avi"_s), QByteArray());
     }
 
+    void AStartThatCantSucceedDeletesNothing_data()
+    {
+        QTest::addColumn<bool>("live");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no picture") << false << u"캡쳐할 영상이 없습니다.!!"_s;
+        QTest::newRow("a full disk") << true << u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s;
+    }
+
     void AStartThatCantSucceedDeletesNothing()
     {
+        QFETCH(bool, live);
+        QFETCH(QString, message);
         WriteWholeFile(Movie(1), "old");
+        if (live)
+            Connect();
+        m_video->room = false;
         Choose(u"동영상저장시작"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
+        QCOMPARE(m_box->Desk().shown, QStringList{message});
         QVERIFY(!m_video->CaptureMode());
         QCOMPARE(Text(u"lblMovie"_s), QString());
         QCOMPARE(Files().ReadFile(Movie(1)), QByteArray("old"));
@@ -155,7 +175,71 @@ private Q_SLOTS:
         QCOMPARE(Text(u"lblMovie"_s), QString());
     }
 
+    void TheRecordingGoesOnThrough_data()
+    {
+        QTest::addColumn<std::function<void(MovieRecordingTest&)>>("event");
+        const auto row = [](const char* name, const std::function<void(MovieRecordingTest&)>& event) {
+            QTest::newRow(name) << event;
+        };
+        row("a change of section", [](MovieRecordingTest& test) {
+            QComboBox& sections = test.m_screen->cmbEtc();
+            sections.setCurrentIndex(1);
+            Q_EMIT sections.activated(1);
+            QCOMPARE(VisitContext.Etc, u"대장내시경"_s);
+        });
+        row("another connect", [](MovieRecordingTest& test) { test.Connect(); });
+        row("another format", [](MovieRecordingTest& test) {
+            DeviceSettings.Sizes = 1;
+            test.Connect();
+        });
+        row("stills", [](MovieRecordingTest& test) {
+            for (int still = 0; still < 3; ++still)
+                test.m_screen->findChild<QToolButton*>(u"캡쳐"_s)->click();
+            QCOMPARE(test.m_box->Names(u"2026"_s, u"위내시경"_s).size(), 3);
+        });
+        row("a clock set back by an hour", [](MovieRecordingTest&) { WallClock::SetBack(3600); });
+        row("the close of the screen", [](MovieRecordingTest& test) { test.m_screen->close(); });
+    }
+
+    void TheRecordingGoesOnThrough()
+    {
+        QFETCH(std::function<void(MovieRecordingTest&)>, event);
+        const auto right = qScopeGuard([] { WallClock::SetBack(0); });
+        OpenWithTestPicture();
+        Connect();
+        QTRY_VERIFY(m_screen->capCapture().HoldFrame());
+        Choose(u"동영상저장시작"_s);
+        QTRY_VERIFY(FramesTold() > 20);
+        event(*this);
+        if (!m_box->Desk().ended) {
+            const int before = FramesTold();
+            QVERIFY(before > 20);
+            QTRY_VERIFY(FramesTold() > before + 20);
+            Choose(u"동영상저장종료"_s);
+            QTRY_VERIFY(m_screen->capCapture().HoldFrame());
+        }
+        QCOMPARE(MovieFiles().size(), 1);
+        const MovieReader movie(NativePath(Movie(1)));
+        QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
+        QVERIFY(movie.frames.size() > (m_box->Desk().ended ? 20 : 40));
+        QCOMPARE(movie.sound.size(), movie.frames.size() * 4900);
+        QCOMPARE(m_box->Desk().shown, QStringList());
+    }
+
 private:
+    /// The screen with the real control on the test picture.
+    void OpenWithTestPicture()
+    {
+        m_box.reset();
+        m_box = std::make_unique<StationInABox>();
+        RegisterVideo();
+        UseService<VideoOptions>().OfferTestPicture(true);
+        m_screen = &Form<frmCapture>();
+        m_screen->Show();
+        DeviceSettings.Devices = m_screen->capCapture().Devices().Count() - 1;
+        DeviceSettings.Sizes = 2;
+    }
+    int FramesTold() const { return Text(u"lblMovieStatus"_s).section(u' ', 0, 0).toInt(); }
     void Connect() { m_screen->findChild<QToolButton*>(u"연결"_s)->click(); }
     void Choose(const QString& entry) { m_screen->findChild<QAction*>(entry)->trigger(); }
     QString Text(const QString& label) const { return m_screen->findChild<QLabel*>(label)->text(); }

@@ -12,8 +12,9 @@ public:
     bool live = false; ///< A frame can be had.
     int frames = 0;    ///< Number of the last frame that was handed out.
     QSize frameSize{320, 240};
+    bool room = true;   ///< The disk has room for a movie.
     QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
-    QStringList calls; ///< Members called that change the device's state, in order.
+    QStringList calls;  ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
     static void Register();
@@ -39,6 +40,7 @@ public:
     void setCaptureAudio(bool) override {}
     void setCaptureVideo(bool) override {}
     void setCompleteMovie(bool) override {}
+    bool HasRoomForMovie(const QString&) const override { return room; }
     void setKeepMovieFormat(bool) override {}
     void SnapShotJPEG(const QString& path, int quality) override;
     std::shared_ptr<const StillFrame> HoldFrame() override;

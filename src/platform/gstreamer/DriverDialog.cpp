@@ -130,7 +130,8 @@ bool ApplyToTestPicture(quint32 id, int value)
 }
 } // namespace
 
-void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice)
+void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice,
+                      const std::shared_ptr<VideoDevices>& devices)
 {
     QList<VideoMode> rates;
     QStringList names;
@@ -141,14 +142,32 @@ void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode
         names.append(u"초당 %1 프레임"_s.arg(other.FramesPerSecond(), 0, 'g', 4));
     }
     const int present = int(rates.indexOf(choice.Applied(device.name, mode)));
-    RunDialog(owner, u"기타설정1"_s,
-              [&, isTestPicture = device.isTestPicture, name = device.name](DriverDialog& dialog) {
-                  if (isTestPicture)
-                      AddControls(dialog, TestDevice().StreamControls(), ApplyToTestPicture);
-                  else if (!rates.isEmpty())
-                      dialog.AddChoice(u"프레임 속도"_s, names, present,
-                                       [&choice, &rates, name](int index) { choice.Choose(name, rates.at(index)); });
-              });
+    QList<VideoStandard> standards;
+    QStringList standardNames;
+    int presentStandard = -1;
+    if (!device.isTestPicture) {
+        const V4l2Device opened(devices->Calls(), device.node);
+        standards = opened.Standards();
+        const quint64 chosen = choice.Standard(device.name) != 0 ? choice.Standard(device.name) : opened.Standard();
+        for (const VideoStandard& standard : standards) {
+            if (standard.id == chosen)
+                presentStandard = int(standardNames.size());
+            standardNames.append(standard.name);
+        }
+    }
+    RunDialog(
+        owner, u"기타설정1"_s, [&, isTestPicture = device.isTestPicture, name = device.name](DriverDialog& dialog) {
+            if (isTestPicture)
+                AddControls(dialog, TestDevice().StreamControls(), ApplyToTestPicture);
+            if (!rates.isEmpty() && !isTestPicture)
+                dialog.AddChoice(u"프레임 속도"_s, names, present,
+                                 [&choice, &rates, name](int index) { choice.Choose(name, rates.at(index)); });
+            // A running stream refuses another standard; the next start sets it.
+            if (!standards.isEmpty())
+                dialog.AddChoice(u"영상방식"_s, standardNames, presentStandard, [&choice, &standards, name](int index) {
+                    choice.ChooseStandard(name, standards.at(index).id);
+                });
+        });
 }
 
 void ShowPictureDialog(QWidget* owner, const VideoDevice& device, const std::shared_ptr<VideoDevices>& devices)

@@ -37,7 +37,9 @@ private:
 /// The window of that handle; the one that holds `control` when there is none.
 QWidget* FindOwner(int handle, QWidget* control);
 
-/// How the stream runs: the frame rate among those of the format, which the next start applies.
-void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice);
+/// How the stream runs: the frame rate among those of the format, and the television standard; the next start applies
+/// them. Throws PlatformError when the device can't be asked.
+void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice,
+                      const std::shared_ptr<VideoDevices>& devices);
 /// What the picture looks like. Throws PlatformError when the device can't be asked.
 void ShowPictureDialog(QWidget* owner, const VideoDevice& device, const std::shared_ptr<VideoDevices>& devices);

@@ -15,12 +15,12 @@ constexpr std::size_t MostWaiting = 180;
 constexpr auto SoundPatience = 500ms;
 /// A pause in the stream as long as a lost signal is no part of the movie.
 constexpr GstClockTime LongestGap = 500 * GST_MSECOND;
+} // namespace
 
-qint64 FreeBytes(const QString& nativePath)
+qint64 MovieRecorder::FreeBytes(const QString& nativePath)
 {
     return QStorageInfo(QFileInfo(nativePath).path()).bytesAvailable();
 }
-} // namespace
 
 MovieRecorder::MovieRecorder(const AviFile::Format& format, std::unique_ptr<MovieSound> sound, FreeSpace freeSpace)
     : m_format(format), m_freeSpace(freeSpace ? std::move(freeSpace) : FreeBytes), m_sound(std::move(sound)),
@@ -161,12 +161,7 @@ void MovieRecorder::CompleteFile(AviFile& file)
 
 void MovieRecorder::WatchSpace()
 {
-    QString path;
-    {
-        const std::lock_guard lock(m_mutex);
-        path = m_path;
-    }
-    const qint64 bytes = m_freeSpace(path);
+    const qint64 bytes = m_freeSpace(Path());
     {
         const std::lock_guard lock(m_mutex);
         m_isScarce = bytes >= 0 && bytes < ScarceBytes;
@@ -203,6 +198,12 @@ void MovieRecorder::EndByItself(const QString& reason)
     }
     QMetaObject::invokeMethod(
         this, [this] { Q_EMIT Ended(m_reason); }, Qt::QueuedConnection);
+}
+
+QString MovieRecorder::Path() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_path;
 }
 
 int MovieRecorder::Frames() const

@@ -25,6 +25,7 @@ public:
 
     static constexpr qint64 ScarceBytes = 1'000'000'000;
     static constexpr qint64 LeastBytes = 200'000'000;
+    static qint64 FreeBytes(const QString& nativePath);
 
     MovieRecorder(const AviFile::Format& format, std::unique_ptr<MovieSound> sound, FreeSpace freeSpace = {});
     /// Ends the recording.
@@ -38,6 +39,8 @@ public:
 
     void Accept(GstSample* sample) override;
 
+    /// The present file.
+    QString Path() const;
     /// Frames of the present file.
     int Frames() const;
     /// Number of the present file, from 1.

@@ -4,8 +4,8 @@
 
 #include <QHash>
 
-/// Frame rates that the operator chose for a device's formats, in place of the format's own. Kept while the program
-/// runs.
+/// What the operator chose for a device's stream beyond its format: the frame rate of a format in place of its own, and
+/// the television standard. Kept while the program runs.
 class StreamChoice
 {
 public:
@@ -16,6 +16,10 @@ public:
         return m_modes.value(Key(device, mode), mode);
     }
 
+    void ChooseStandard(const QString& device, quint64 standard) { m_standards.insert(device, standard); }
+    /// The driver's number; 0 leaves the device as it is.
+    quint64 Standard(const QString& device) const { return m_standards.value(device); }
+
 private:
     static QString Key(const QString& device, VideoMode mode)
     {
@@ -24,4 +28,5 @@ private:
     }
 
     QHash<QString, VideoMode> m_modes;
+    QHash<QString, quint64> m_standards;
 };

@@ -198,6 +198,35 @@ void V4l2Device::SelectInput(int input)
         throw PlatformError(u"캡쳐소스를 바꿀수 없습니다.!! (%1: %2)"_s.arg(input).arg(RefusalText(-result)));
 }
 
+QList<VideoStandard> V4l2Device::Standards() const
+{
+    QList<VideoStandard> standards;
+    for (__u32 index = 0;; ++index) {
+        v4l2_standard standard = {};
+        standard.index = index;
+        if (Request(VIDIOC_ENUMSTD, &standard) != 0)
+            break;
+        standards.append({standard.id, DriverText(standard.name)});
+    }
+    return standards;
+}
+
+quint64 V4l2Device::Standard() const
+{
+    v4l2_std_id present = 0;
+    return Request(VIDIOC_G_STD, &present) == 0 ? present : 0;
+}
+
+void V4l2Device::SelectStandard(quint64 standard)
+{
+    v4l2_std_id wanted = standard;
+    if (standard == Standard())
+        return;
+    const int result = Request(VIDIOC_S_STD, &wanted);
+    if (result != 0)
+        throw PlatformError(u"영상방식을 바꿀수 없습니다.!! (%1)"_s.arg(RefusalText(-result)));
+}
+
 QList<PictureControl> V4l2Device::Controls() const
 {
     QList<PictureControl> controls;

@@ -6,6 +6,13 @@
 
 #include <QStringList>
 
+/// A television standard, by the driver's number and name.
+struct VideoStandard
+{
+    quint64 id = 0;
+    QString name;
+};
+
 /// A video node while it is open for questions. Streaming goes another way, so both can be open at once.
 class V4l2Device
 {
@@ -28,6 +35,13 @@ public:
     QStringList Inputs() const;
     /// Throws PlatformError when the device refuses.
     void SelectInput(int input);
+
+    /// Television standards of the present input; none for a device that has no use for one.
+    QList<VideoStandard> Standards() const;
+    /// Number of the standard that is set; 0 when there is none.
+    quint64 Standard() const;
+    /// Throws PlatformError when the device refuses.
+    void SelectStandard(quint64 standard);
 
     QList<PictureControl> Controls() const;
     /// False when the driver refuses.

@@ -95,12 +95,17 @@ void VideoControl::StartSession()
     m_live->runningInput = m_input;
     m_live->toldFrames = 0;
     const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
-    m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode] {
+    const quint64 standard = m_live->choice.Standard(device->name);
+    m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode, standard] {
         const VideoDevice& present = devices->List().at(position);
         if (!present.isPresent)
             throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
-        if (!present.isTestPicture)
-            V4l2Device(devices->Calls(), present.node).SelectInput(input);
+        if (!present.isTestPicture) {
+            V4l2Device opened(devices->Calls(), present.node);
+            opened.SelectInput(input);
+            if (standard != 0)
+                opened.SelectStandard(standard);
+        }
         return LiveSource{present.isTestPicture, present.node, mode, {}};
     });
 }
@@ -127,7 +132,8 @@ void VideoControl::SnapShotJPEG(const QString& path, int quality)
 void VideoControl::ShowDriverDialog1(int ownerHandle)
 {
     if (const VideoDevice* device = ChosenDevice())
-        ShowStreamDialog(FindOwner(ownerHandle, this), *device, device->modes.value(m_format), m_live->choice);
+        ShowStreamDialog(FindOwner(ownerHandle, this), *device, device->modes.value(m_format), m_live->choice,
+                         m_devices);
     else
         throw PlatformError(u"캡쳐장치를 찾을수 없습니다.!!"_s);
 }

@@ -37,6 +37,7 @@ public:
     void setCaptureAudio(bool on) override { m_movie.audio = on; }
     void setCaptureVideo(bool on) override { m_movie.video = on; }
     void setCompleteMovie(bool on) override { m_movie.complete = on; }
+    bool HasRoomForMovie(const QString& path) const override;
     void setKeepMovieFormat(bool on) override { m_movie.keepFormat = on; }
 
     void SnapShotJPEG(const QString& path, int quality) override;

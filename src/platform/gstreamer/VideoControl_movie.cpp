@@ -21,6 +21,12 @@ void VideoControl::setCaptureMode(bool on)
         EndMovie();
 }
 
+bool VideoControl::HasRoomForMovie(const QString& path) const
+{
+    const qint64 bytes = MovieRecorder::FreeBytes(NativePath(path));
+    return bytes < 0 || bytes >= MovieRecorder::LeastBytes;
+}
+
 /// Frames of the movie file while there is one, otherwise of the live picture.
 int VideoControl::FrameCount() const
 {
@@ -30,11 +36,15 @@ int VideoControl::FrameCount() const
 void VideoControl::Record()
 {
     const QString path = NativePath(m_movie.fileName);
-    m_live->toldFrames = 0;
     if (m_live->recorder) {
+        // A start that only applies other settings to the device must not begin the file anew.
+        if (path == m_live->recorder->Path())
+            return;
+        m_live->toldFrames = 0;
         m_live->recorder->ChangeFile(path);
         return;
     }
+    m_live->toldFrames = 0;
     AviFile::Format format;
     if (m_movie.useCustomFormat && m_movie.width > 0 && m_movie.height > 0) {
         format.width = m_movie.width;

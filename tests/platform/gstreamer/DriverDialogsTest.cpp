@@ -149,6 +149,31 @@ private Q_SLOTS:
         }
     }
 
+    void ATelevisionStandardIsSetAtTheNextStart()
+    {
+        auto cameras = std::make_shared<FakeV4l2Calls::Cameras>();
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Grabber"_s;
+        camera->formats = {{V4L2_PIX_FMT_YUYV, {{720, 480, {}}}}};
+        camera->standards = {{V4L2_STD_PAL, u"PAL"_s}, {V4L2_STD_NTSC, u"NTSC"_s}};
+        camera->standard = V4L2_STD_PAL;
+        cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(std::make_shared<VideoDevices>(std::make_unique<FakeV4l2Calls>(cameras), QString()));
+        InNextDialog([&](QDialog& dialog) {
+            auto* standards = dialog.findChild<QComboBox*>(u"영상방식"_s);
+            QVERIFY(standards != nullptr);
+            QCOMPARE(standards->currentText(), u"PAL"_s);
+            const int ntsc = standards->findText(u"NTSC"_s);
+            standards->setCurrentIndex(ntsc);
+            Q_EMIT standards->activated(ntsc);
+        });
+        control.ShowDriverDialog1(0);
+        QCOMPARE(camera->standard, quint64(V4L2_STD_PAL));
+        // The node itself is none that could be streamed from.
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+        QCOMPARE(camera->standard, quint64(V4L2_STD_NTSC));
+    }
+
     void TheDialogGoesWithItsOwner()
     {
         const LiveFixture fixture;

@@ -35,6 +35,9 @@ struct FakeCamera
     int openError = 0;
     bool isSizeRange = false; ///< The first size is the largest of a range.
 
+    QMap<quint64, QString> standards = {};
+    quint64 standard = 0;
+
     QMap<quint32, int> values = {};
     int input = 0;
     int inputError = 0;
@@ -97,6 +100,14 @@ public:
             if (camera.inputError != 0)
                 return -camera.inputError;
             camera.input = *static_cast<int*>(argument);
+            return 0;
+        case VIDIOC_ENUMSTD:
+            return EnumStandard(camera, *static_cast<v4l2_standard*>(argument));
+        case VIDIOC_G_STD:
+            *static_cast<v4l2_std_id*>(argument) = camera.standard;
+            return camera.standard != 0 ? 0 : -ENOTTY;
+        case VIDIOC_S_STD:
+            camera.standard = *static_cast<v4l2_std_id*>(argument);
             return 0;
         case VIDIOC_QUERYCTRL:
             return QueryControl(camera, *static_cast<v4l2_queryctrl*>(argument));
@@ -181,6 +192,15 @@ private:
         if (qsizetype(input.index) >= camera.inputs.size())
             return -EINVAL;
         Put(input.name, camera.inputs[input.index]);
+        return 0;
+    }
+
+    static int EnumStandard(const FakeCamera& camera, v4l2_standard& standard)
+    {
+        if (qsizetype(standard.index) >= camera.standards.size())
+            return -EINVAL;
+        standard.id = camera.standards.keys().at(standard.index);
+        Put(standard.name, camera.standards.value(standard.id));
         return 0;
     }
 
