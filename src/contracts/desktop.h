@@ -4,6 +4,7 @@
 #include <QString>
 
 #include <functional>
+#include <optional>
 
 /// The platform's desktop as the station uses it: message boxes, mouse pointer, event pump, program and its folder.
 
@@ -39,6 +40,10 @@ public:
 
     /// The platform's printer dialog. A cancel and a failure both count as nothing having happened.
     virtual void ShowPrinterDialog() = 0;
+
+    /// The platform's dialog for opening one file, beginning in that folder. Nothing when it is cancelled; an empty
+    /// text when it was confirmed without a name.
+    virtual std::optional<QString> ShowOpenDialog(const QString& folder) = 0;
 
     /// The command string that started the program, as it stood.
     virtual QString Command() const = 0;

@@ -39,3 +39,12 @@ bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int tim
 {
     return QTest::qWaitFor(done, timeoutMs);
 }
+
+std::optional<QString> ScriptedDesktop::ShowOpenDialog(const QString& /*folder*/)
+{
+    if (files.empty())
+        return std::nullopt;
+    const std::optional<QString> file = files.front();
+    files.pop_front();
+    return file;
+}

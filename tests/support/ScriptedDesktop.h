@@ -11,9 +11,10 @@
 class ScriptedDesktop : public Desktop
 {
 public:
-    QStringList shown;                ///< Texts of all boxes, in order.
-    std::deque<bool> answers;         ///< For the questions to come; No when none is left.
-    std::function<void()> whileShown; ///< Runs while a box stands open.
+    QStringList shown;                        ///< Texts of all boxes, in order.
+    std::deque<bool> answers;                 ///< For the questions to come; No when none is left.
+    std::deque<std::optional<QString>> files; ///< Files chosen in the open dialogs to come; a cancel when none is left.
+    std::function<void()> whileShown;         ///< Runs while a box stands open.
     QString command;
     QString folder; ///< The program's own folder; a temporary one when empty.
     bool otherInstance = false;
@@ -30,6 +31,7 @@ public:
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
     void ShowPrinterDialog() override {}
+    std::optional<QString> ShowOpenDialog(const QString& folder) override;
     QString Command() const override { return command; }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }

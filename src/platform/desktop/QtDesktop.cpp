@@ -1,11 +1,13 @@
 #include "platform/desktop/QtDesktop.h"
 
 #include "contracts/components.h"
+#include "contracts/files.h"
 #include "contracts/printing.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/program_folder.h"
 
 #include <QApplication>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -156,6 +158,19 @@ void QtDesktop::ShowPrinterDialog()
     } catch (const std::exception&) {
         // A failing dialog counts as a cancelled one.
     }
+}
+
+std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder)
+{
+    const OpenBox open(*this);
+    QFileDialog dialog(QApplication::activeWindow());
+    dialog.setObjectName(u"openDialog"_s);
+    dialog.setWindowTitle(u"열기"_s);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setDirectory(NativePath(folder));
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.selectedFiles().value(0);
 }
 
 bool QtDesktop::PrevInstance()

@@ -22,6 +22,7 @@ public:
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
     void ShowPrinterDialog() override;
+    std::optional<QString> ShowOpenDialog(const QString& folder) override;
     QString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override;
