@@ -58,6 +58,7 @@ void frmCapCDAdd::BuildControls()
     };
     m_barCount = addBar(u"barCount"_s, u"추가한 자료"_s, 8010);
     m_barMoving = addBar(u"barMoving"_s, u"복사"_s, 8310);
+    m_barMoving->setTextVisible(false);
     const auto addButton = [this](const QString& name, const QString& caption, int left) {
         auto* button = new QPushButton(caption, this);
         return Named(button, name, caption, RectFromTwips(left, 8070, 1500, 420));

@@ -29,8 +29,6 @@ BurnWindow::BurnWindow()
     setObjectName(u"burnWindow"_s);
     setWindowTitle(u"CD저장"_s);
     setAttribute(Qt::WA_StyledBackground);
-    setFixedWidth(WidthPixels);
-
     m_lblStage = Named(new QLabel(this), u"lblStage"_s, u"상태"_s);
     m_lblStage->setTextFormat(Qt::PlainText);
     m_lblStage->setWordWrap(true);
@@ -46,7 +44,6 @@ BurnWindow::BurnWindow()
     buttons->addWidget(m_cmdCancel);
     buttons->addWidget(m_cmdClose);
     auto* lines = new QVBoxLayout(this);
-    lines->setSizeConstraint(QLayout::SetMinimumSize);
     lines->addWidget(m_lblStage);
     lines->addWidget(m_barBurn);
     lines->addWidget(m_lblDetail);
@@ -70,7 +67,7 @@ void BurnWindow::Bring()
             move(active->frameGeometry().center() - QPoint(WidthPixels / 2, 40));
     }
     show();
-    adjustSize();
+    setFixedSize(WidthPixels, layout()->totalHeightForWidth(WidthPixels));
     raise();
 }
 

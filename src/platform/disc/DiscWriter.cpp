@@ -124,6 +124,9 @@ void DiscWriter::Attempt(Step&& step)
         step();
     } catch (const PlatformError& error) {
         Fail(error.Text());
+    } catch (...) {
+        End();
+        throw;
     }
 }
 
