@@ -6,6 +6,7 @@
 #include "launch/context/VisitContext.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
+#include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
@@ -64,6 +65,7 @@ int main(int argc, char* argv[])
     RegisterVideo();
     RegisterPrinting();
     RegisterSerial();
+    RegisterDisc();
     RegisterFindingsPopups();
 
     Guarded([] { Main(); });

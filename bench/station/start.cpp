@@ -7,6 +7,7 @@
 #include "launch/Main.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
+#include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
@@ -65,6 +66,7 @@ int StartStation()
     RegisterPrinting();
     RegisterImageControl();
     RegisterSerial();
+    RegisterDisc();
     Main();
     if (Form<frmCapture>().sprCap(3).DataRowCnt() != 3)
         return 1;

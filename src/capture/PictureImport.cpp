@@ -59,7 +59,7 @@ QString DialogFilter()
 
 void PictureImport::ImportPictureFile()
 {
-    const std::optional<QString> chosen = UseService<Desktop>().ShowOpenDialogWithFilter(DialogFilter());
+    const std::optional<QString> chosen = UseService<Desktop>().ShowOpenDialog(QString(), DialogFilter());
     if (chosen)
         ImportFile(*chosen);
 }

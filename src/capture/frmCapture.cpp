@@ -4,6 +4,7 @@
 #include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
+#include "cdexport/open_cd_writing.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
@@ -149,6 +150,8 @@ void frmCapture::RunMenuEntry(const QString& entry)
 {
     if (entry == u"연결끊기"_s)
         StopDevice(*m_capCapture);
+    else if (entry == u"CD저장"_s)
+        OpenCdWriting(pos());
     else if (entry == u"동영상저장시작"_s)
         m_movie->Begin();
     else if (entry == u"동영상저장종료"_s)

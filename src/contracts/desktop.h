@@ -28,10 +28,6 @@ public:
     virtual void ShowPlain(const QString& text) = 0;
     /// Question with Yes and No and no icon. No is the default, and also what Enter, Escape and closing mean.
     virtual bool AskYesNo(const QString& question) = 0;
-    /// The platform's dialog for opening one file. `filter` is pairs of a label and its patterns, each text with a NUL
-    /// behind it, and one more NUL at the end; it begins in the folder of the file chosen last. Nothing when it is
-    /// cancelled; an empty text when it was confirmed without a name.
-    virtual std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) = 0;
 
     /// Sets the pointer of the whole program; not counted, so one return to normal is enough.
     virtual void SetMousePointer(MousePointer pointer) = 0;
@@ -44,6 +40,11 @@ public:
 
     /// The platform's printer dialog. A cancel and a failure both count as nothing having happened.
     virtual void ShowPrinterDialog() = 0;
+
+    /// The platform's dialog for opening one file. It begins in `folder`; with none in that of the file chosen last.
+    /// `filter` is pairs of a label and its patterns, each text with a NUL behind it, and one more NUL at the end; empty
+    /// for all files. Nothing when it is cancelled; an empty text when it was confirmed without a name.
+    virtual std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) = 0;
 
     /// The command string that started the program, as it stood.
     virtual QString Command() const = 0;

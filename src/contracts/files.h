@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 /// The one place where a path of the station, joined with backslashes, becomes a native one. Every file operation of
 /// the station goes through here.
 
@@ -15,6 +17,22 @@ QString NativePath(const QString& stationPath);
 /// True when a text may stand as one part of a path: not empty, not `.` or `..`, and without a separator or a NUL.
 /// A drive letter's colon is no separator here.
 bool IsPathPart(const QString& part);
+
+/// One entry of a folder, as a list of it shows.
+struct FolderEntry
+{
+    QString Name;
+    QString Type;               ///< What kind of file it is, in words.
+    qint64 Size = 0;            ///< Bytes; 0 for a folder.
+    QDateTime DateLastModified; ///< Local time.
+    bool IsFolder = false;
+    bool IsLink = false; ///< A link, or anything else that is neither file nor folder; never followed.
+};
+
+enum class CopyOutcome { Copied, NameTaken, Stopped };
+
+/// Hears how many bytes of how many are done; false stops the work. May be called on a thread of its own.
+using CopyProgress = std::function<bool(qint64 doneBytes, qint64 totalBytes)>;
 
 class FileStore
 {
@@ -51,6 +69,22 @@ public:
 
     /// Deletes a file; one that isn't there is no fault. Throws PlatformError.
     virtual void DeleteFile(const QString& path) = 0;
+
+    /// What a folder holds: folders first, then files, each by name. Files that this station is just writing are left
+    /// out. Throws PlatformError.
+    virtual QList<FolderEntry> Entries(const QString& folder) const = 0;
+    /// Makes a folder that only this user can enter, and takes the rights of others away from one that is there.
+    /// Throws PlatformError, also for a folder that belongs to another user, or a link.
+    virtual void MakePrivateFolder(const QString& path) = 0;
+    /// Deletes a folder with all that it holds; links go, what they lead to stays. Throws PlatformError.
+    virtual void DeleteFolder(const QString& path) = 0;
+    /// Copies onto a name that must not exist yet, whole or not at all, with the file's time of change. Throws
+    /// PlatformError.
+    virtual CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) = 0;
+    /// True when both can be read and hold the same bytes.
+    virtual bool SameContent(const QString& one, const QString& other) const = 0;
+    /// Room in the file system that holds the folder, in bytes; negative when there is no telling.
+    virtual qint64 FreeBytes(const QString& folder) const = 0;
 };
 
 bool FolderExists(const QString& path);

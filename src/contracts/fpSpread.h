@@ -89,6 +89,8 @@ public:
     virtual SpreadBlock GetSelection(int index) const = 0;
     virtual bool IsCellSelected(int column, int row) const = 0;
     virtual void setMultipleSelection(bool several) = 0;
+    /// The operator selects whole rows, and each of them is a block of its own, from the top.
+    virtual void setRowBlocks(bool on) = 0;
 
     /// Size in device pixels in which a picture of that cell is shown: what to decode for.
     virtual QSize CellPixels(int column, int row) const = 0;

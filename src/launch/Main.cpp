@@ -1,6 +1,7 @@
 #include "launch/Main.h"
 
 #include "capture/frmCapture.h"
+#include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/MSComm.h"
@@ -73,6 +74,7 @@ bool OpenVisit()
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
     UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
     UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
+    UseService<BurnerOptions>().UseImage(ClientSetup.BurnerImage);
 
     VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
     const LaunchString launch = CutLaunchString(command);

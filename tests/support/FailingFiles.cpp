@@ -63,3 +63,15 @@ void FailingFiles::DeleteFile(const QString& path)
 {
     m_real->DeleteFile(path);
 }
+
+void FailingFiles::MakePrivateFolder(const QString& path)
+{
+    Step();
+    m_real->MakePrivateFolder(path);
+}
+
+CopyOutcome FailingFiles::CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress)
+{
+    Step();
+    return m_real->CopyToNewFile(from, to, progress);
+}

@@ -31,6 +31,15 @@ public:
     qint64 AgeMs(const QString& path) const override { return m_real->AgeMs(path); }
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
+    QList<FolderEntry> Entries(const QString& folder) const override { return m_real->Entries(folder); }
+    void MakePrivateFolder(const QString& path) override;
+    void DeleteFolder(const QString& path) override { m_real->DeleteFolder(path); }
+    CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
+    bool SameContent(const QString& one, const QString& other) const override
+    {
+        return m_real->SameContent(one, other);
+    }
+    qint64 FreeBytes(const QString& folder) const override { return m_real->FreeBytes(folder); }
 
 private:
     void Step();

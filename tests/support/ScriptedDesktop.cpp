@@ -30,7 +30,7 @@ bool ScriptedDesktop::AskYesNo(const QString& question)
     return answer;
 }
 
-std::optional<QString> ScriptedDesktop::ShowOpenDialogWithFilter(const QString& value)
+std::optional<QString> ScriptedDesktop::ShowOpenDialog(const QString& /*folder*/, const QString& value)
 {
     filter = value;
     if (files.empty())

@@ -28,11 +28,11 @@ public:
     void ShowInformation(const QString& text) override;
     void ShowPlain(const QString& text) override { ShowInformation(text); }
     bool AskYesNo(const QString& question) override;
-    std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) override;
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
     void ShowPrinterDialog() override {}
+    std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     QString Command() const override { return command; }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }

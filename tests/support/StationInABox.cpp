@@ -7,6 +7,7 @@
 #include "launch/context/device_settings.h"
 #include "launch/context/VisitContext.h"
 #include "platform/desktop/register_desktop.h"
+#include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/imagecontrol/register_image_control.h"
@@ -49,6 +50,7 @@ StationInABox::StationInABox(const QString& driver)
     RegisterImageControl();
     RegisterPrinting();
     RegisterSerial();
+    RegisterDisc();
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());

@@ -1,6 +1,7 @@
 #include "platform/desktop/QtDesktop.h"
 
 #include "contracts/components.h"
+#include "contracts/files.h"
 #include "contracts/printing.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/program_folder.h"
@@ -118,22 +119,6 @@ bool QtDesktop::AskYesNo(const QString& question)
     return box.clickedButton() == yes;
 }
 
-std::optional<QString> QtDesktop::ShowOpenDialogWithFilter(const QString& filter)
-{
-    const OpenBox open(*this);
-    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s,
-                       m_openFolder.isEmpty() ? QDir::homePath() : m_openFolder);
-    dialog.setObjectName(u"openDialog"_s);
-    dialog.setFileMode(QFileDialog::ExistingFile);
-    dialog.setOption(QFileDialog::HideNameFilterDetails);
-    dialog.setNameFilters(NameFilters(filter));
-    if (dialog.exec() != QDialog::Accepted)
-        return std::nullopt;
-    const QString chosen = dialog.selectedFiles().value(0);
-    m_openFolder = QFileInfo(chosen).path();
-    return chosen;
-}
-
 void QtDesktop::SetMousePointer(MousePointer pointer)
 {
     m_busy = pointer == PointerBusy;
@@ -189,6 +174,25 @@ void QtDesktop::ShowPrinterDialog()
     } catch (const std::exception&) {
         // A failing dialog counts as a cancelled one.
     }
+}
+
+std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder, const QString& filter)
+{
+    const OpenBox open(*this);
+    const QString last = m_openFolder.isEmpty() ? QDir::homePath() : m_openFolder;
+    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s, folder.isEmpty() ? last : NativePath(folder));
+    dialog.setObjectName(u"openDialog"_s);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    if (!filter.isEmpty()) {
+        dialog.setOption(QFileDialog::HideNameFilterDetails);
+        dialog.setNameFilters(NameFilters(filter));
+    }
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    const QString chosen = dialog.selectedFiles().value(0);
+    if (folder.isEmpty())
+        m_openFolder = QFileInfo(chosen).path();
+    return chosen;
 }
 
 bool QtDesktop::PrevInstance()

@@ -18,11 +18,11 @@ public:
     void ShowInformation(const QString& text) override;
     void ShowPlain(const QString& text) override;
     bool AskYesNo(const QString& question) override;
-    std::optional<QString> ShowOpenDialogWithFilter(const QString& filter) override;
     void SetMousePointer(MousePointer pointer) override;
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
     void ShowPrinterDialog() override;
+    std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     QString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override;

@@ -2,115 +2,21 @@
 
 #include "contracts/components.h"
 #include "contracts/PlatformError.h"
+#include "platform/files/posix_files.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using namespace posix_files;
 
 namespace {
-
-[[noreturn]] void ThrowFault(const QString& what, const QString& path, int error)
-{
-    throw PlatformError(u"%1 (%2: %3)"_s.arg(what, NativePath(path), QString::fromLocal8Bit(std::strerror(error))));
-}
-
-QByteArray Native(const QString& path)
-{
-    if (path.contains(QChar(u'\0')))
-        throw PlatformError(u"경로에 쓸 수 없는 글자가 있습니다.!!"_s);
-    return QFile::encodeName(NativePath(path));
-}
-
-QByteArray FolderOf(const QByteArray& native)
-{
-    const qsizetype slash = native.lastIndexOf('/');
-    if (slash < 0)
-        return QByteArray(".");
-    return slash == 0 ? QByteArray("/") : native.left(slash);
-}
-
-/// A name that no pattern of the station's pictures and movies matches, unique on every machine that shares the folder.
-QByteArray BesideName(const QByteArray& folder, const char* ending)
-{
-    static std::atomic<unsigned> counter = 0;
-    char host[64] = {};
-    if (gethostname(host, sizeof host - 1) != 0)
-        host[0] = '\0';
-    return folder + "/.station-" + QByteArray(host) + '-' + QByteArray::number(getpid()) + '-' +
-           QByteArray::number(++counter) + ending;
-}
-
-class Descriptor
-{
-public:
-    Descriptor(const QByteArray& native, int flags)
-    {
-        do {
-            m_fd = open(native.constData(), flags | O_CLOEXEC, 0666);
-        } while (m_fd < 0 && errno == EINTR);
-    }
-    ~Descriptor()
-    {
-        if (m_fd >= 0)
-            close(m_fd);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    bool IsOpen() const { return m_fd >= 0; }
-    int Handle() const { return m_fd; }
-
-    bool Write(const QByteArray& content) const
-    {
-        const char* at = content.constData();
-        size_t left = static_cast<size_t>(content.size());
-        while (left > 0) {
-            const ssize_t written = write(m_fd, at, left);
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0) {
-                if (written == 0)
-                    errno = EIO;
-                return false;
-            }
-            at += written;
-            left -= static_cast<size_t>(written);
-        }
-        return true;
-    }
-
-    /// Closing can be the moment at which a share reports that a write has failed.
-    bool Close()
-    {
-        const int fd = m_fd;
-        m_fd = -1;
-        return close(fd) == 0 || errno == EINTR;
-    }
-
-private:
-    int m_fd = -1;
-};
-
-bool SyncFolder(const QByteArray& folder)
-{
-    const Descriptor handle(folder, O_RDONLY | O_DIRECTORY);
-    if (!handle.IsOpen())
-        return errno == EACCES || errno == ENOTSUP;
-    if (fsync(handle.Handle()) == 0)
-        return true;
-    // Some shares can't sync a folder and say so; what they store is as safe as it gets.
-    return errno == EINVAL || errno == ENOTSUP || errno == EOPNOTSUPP || errno == ENOSYS || errno == EBADF;
-}
 
 /// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault
 /// nothing is left of it.

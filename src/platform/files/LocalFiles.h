@@ -18,6 +18,12 @@ public:
     qint64 AgeMs(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
+    QList<FolderEntry> Entries(const QString& folder) const override;
+    void MakePrivateFolder(const QString& path) override;
+    void DeleteFolder(const QString& path) override;
+    CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
+    bool SameContent(const QString& one, const QString& other) const override;
+    qint64 FreeBytes(const QString& folder) const override;
 };
 
 /// Installs the file service.

@@ -8,6 +8,8 @@
 #include <QHeaderView>
 #include <QScrollBar>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -255,13 +257,34 @@ void SpreadGrid::BringIntoView(int column, int row)
     m_view->scrollTo(m_model->index(row - 1, column - 1));
 }
 
+bool SpreadGrid::HasRowBlocks() const
+{
+    return m_view->selectionBehavior() == QAbstractItemView::SelectRows;
+}
+
+QList<int> SpreadGrid::SelectedRows() const
+{
+    QList<int> rows;
+    const QModelIndexList selected = m_view->selectionModel()->selectedRows();
+    for (const QModelIndex& index : selected)
+        rows << index.row() + 1;
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
 int SpreadGrid::SelectionCount() const
 {
+    if (HasRowBlocks())
+        return static_cast<int>(SelectedRows().size());
     return static_cast<int>(m_view->selectionModel()->selection().size());
 }
 
 SpreadBlock SpreadGrid::GetSelection(int index) const
 {
+    if (HasRowBlocks()) {
+        const int row = SelectedRows().value(index, 0);
+        return row == 0 ? SpreadBlock{} : SpreadBlock{1, row, MaxCols(), row};
+    }
     const QItemSelection selection = m_view->selectionModel()->selection();
     if (index < 0 || index >= selection.size())
         return {};
@@ -277,6 +300,11 @@ bool SpreadGrid::IsCellSelected(int column, int row) const
 void SpreadGrid::setMultipleSelection(bool several)
 {
     m_view->setSelectionMode(several ? QAbstractItemView::ExtendedSelection : QAbstractItemView::ContiguousSelection);
+}
+
+void SpreadGrid::setRowBlocks(bool on)
+{
+    m_view->setSelectionBehavior(on ? QAbstractItemView::SelectRows : QAbstractItemView::SelectItems);
 }
 
 QSize SpreadGrid::CellPixels(int column, int row) const

@@ -60,6 +60,7 @@ public:
     SpreadBlock GetSelection(int index) const override;
     bool IsCellSelected(int column, int row) const override;
     void setMultipleSelection(bool several) override;
+    void setRowBlocks(bool on) override;
 
     QSize CellPixels(int column, int row) const override;
     QRect CellRect(int column, int row) const override;
@@ -75,6 +76,8 @@ protected:
 private:
     void BringIntoView(int column, int row);
     void EndFlash();
+    bool HasRowBlocks() const;
+    QList<int> SelectedRows() const;
 
     SpreadModel* m_model;
     SpreadView* m_view;

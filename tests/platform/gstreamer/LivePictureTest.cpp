@@ -27,6 +27,15 @@ public:
     qint64 AgeMs(const QString&) const override { return -1; }
     void RenameFile(const QString&, const QString&) override {}
     void DeleteFile(const QString&) override {}
+    QList<FolderEntry> Entries(const QString&) const override { return {}; }
+    void MakePrivateFolder(const QString&) override {}
+    void DeleteFolder(const QString&) override {}
+    CopyOutcome CopyToNewFile(const QString&, const QString&, const CopyProgress&) override
+    {
+        return CopyOutcome::Stopped;
+    }
+    bool SameContent(const QString&, const QString&) const override { return false; }
+    qint64 FreeBytes(const QString&) const override { return -1; }
 
     QHash<QString, QByteArray> files;
 };

@@ -1,0 +1,230 @@
+#include "cdexport/frmCapCDAdd.h"
+
+#include "cdexport/file_rows.h"
+#include "contracts/cd.h"
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/fpSpread.h"
+#include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "records/patient_lookup.h"
+#include "records/Statement.h"
+#include "records/text/text_routines.h"
+
+#include <QFileInfo>
+#include <QProgressBar>
+#include <QScopeGuard>
+#include <QTabWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int TabImages = 0;
+constexpr int MovieRows = 9999;
+constexpr qsizetype ChartColumns = 8;
+/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
+constexpr int DecodeWaitMs = 30000;
+
+QString CellText(fpSpread& grid, int column, int row)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    return grid.Text();
+}
+
+QStringList StoredPictures(const QString& ymd, const QString& etc)
+{
+    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
+                                   .Quoted(u" WHERE cap_chart = '", VisitContext.Chart)
+                                   .Quoted(u" AND cap_ymd = '", ymd)
+                                   .Quoted(u" AND cap_etc = '", etc)
+                                   .Piece(u" AND cap_gubun = 'A' ")
+                                   .Piece(u" ORDER BY cap_no ASC "));
+    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
+    QStringList paths;
+    for (; !rows->Eof(); rows->MoveNext())
+        paths << PicturePath(folder, etc, VisitContext.Chart, ymd, FieldNumber(*rows, u"cap_no"_s),
+                             VisitContext.ImageExt);
+    rows->Close();
+    return paths;
+}
+
+} // namespace
+
+frmCapCDAdd::frmCapCDAdd() : StationForm(QString::fromUtf16(FormName))
+{
+    BuildControls();
+}
+
+void frmCapCDAdd::Form_Load()
+{
+    ShowPatientPanels(*m_sbarCap);
+    m_tabCapCD->setCurrentIndex(TabImages);
+    ListCdVisits();
+}
+
+void frmCapCDAdd::Form_Unload()
+{
+    m_sprImageList->BeginFill();
+}
+
+void frmCapCDAdd::ShowTab(int tab)
+{
+    if (tab == TabImages)
+        ListCdVisits();
+    else
+        ListCdMovies();
+}
+
+void frmCapCDAdd::ListCdVisits()
+{
+    m_sprCapList->DeleteRows(1, m_sprCapList->DataRowCnt());
+    const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
+                                   .Quoted(u" WHERE ca_chart = '", VisitContext.Chart)
+                                   .Piece(u" AND ca_gubun = 'A' ")
+                                   .Piece(u" ORDER BY ca_ymd DESC "));
+    for (int row = 1; !rows->Eof(); rows->MoveNext(), ++row) {
+        if (row > m_sprCapList->MaxRows())
+            m_sprCapList->setMaxRows(m_sprCapList->MaxRows() * 2);
+        m_sprCapList->setRow(row);
+        int column = 0;
+        for (const QString& field : {u"ca_ymd"_s, u"ca_etc"_s, u"ca_chamgo"_s}) {
+            m_sprCapList->setCol(++column);
+            m_sprCapList->setText(FieldText(*rows, field));
+        }
+    }
+    rows->Close();
+}
+
+void frmCapCDAdd::ListVisitImages(int row)
+{
+    const QString ymd = CellText(*m_sprCapList, 1, row).remove(u'-');
+    const QString etc = Trim(CellText(*m_sprCapList, 2, row));
+    if (Trim(ymd).isEmpty() || etc.isEmpty())
+        return;
+    m_sprImageList->DeleteRows(1, m_sprImageList->MaxRows());
+    FillImages(StoredPictures(ymd, etc));
+}
+
+void frmCapCDAdd::FillImages(const QStringList& paths)
+{
+    fpSpread& grid = *m_sprImageList;
+    const int fill = grid.BeginFill();
+    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, grid.CellPixels(1, 1));
+    Desktop& desktop = UseService<Desktop>();
+    int row = 1;
+    int column = 0;
+    for (int at = 0; at < paths.size(); ++at) {
+        desktop.PumpEvents();
+        desktop.PumpEventsUntil([&] { return !grid.IsCurrentFill(fill) || batch->IsReady(at); }, DecodeWaitMs);
+        if (!grid.IsCurrentFill(fill))
+            return;
+        if (!FileExists(paths[at]))
+            continue;
+        if (++column > grid.MaxCols()) {
+            column = 1;
+            ++row;
+        }
+        if (row > grid.MaxRows())
+            grid.setMaxRows(row);
+        grid.setRow(row);
+        grid.setCol(column);
+        grid.setCellType(CellTypePicture);
+        grid.setTypePictCenter(true);
+        grid.setTypePictStretch(true);
+        grid.setTypePictPicture(batch->IsReady(at) ? batch->Take(at) : QImage());
+        grid.setText(paths[at]);
+    }
+}
+
+void frmCapCDAdd::ListCdMovies()
+{
+    const QString folder = MovieFolder(VisitContext.CaptureDir);
+    if (!FolderExists(folder))
+        return;
+    m_sprMovieList->DeleteRows(1, m_sprMovieList->DataRowCnt());
+    m_sprMovieList->setMaxRows(MovieRows);
+    int row = 0;
+    try {
+        const QList<FolderEntry> entries = Files().Entries(folder);
+        m_sprMovieList->setMaxRows(static_cast<int>(entries.size()));
+        for (const FolderEntry& entry : entries) {
+            if (entry.IsFolder || entry.Name.left(ChartColumns) != Trim(VisitContext.Chart))
+                continue;
+            WriteFileRow(*m_sprMovieList, ++row, entry);
+            m_sprMovieList->setCol(5);
+            m_sprMovieList->setText(folder + entry.Name);
+        }
+    } catch (const PlatformError&) {
+        // The list stays as short as what could be read.
+    }
+    m_sprMovieList->setMaxRows(row);
+}
+
+QList<QStringList> frmCapCDAdd::ChosenImages()
+{
+    QList<QStringList> steps;
+    for (int row = 1; row <= m_sprImageList->MaxRows(); ++row) {
+        QStringList paths;
+        for (int column = 1; column <= m_sprImageList->MaxCols(); ++column) {
+            const QString path = CellText(*m_sprImageList, column, row);
+            if (m_sprImageList->IsCellSelected(column, row) && !path.isEmpty())
+                paths << path;
+        }
+        steps << paths;
+    }
+    return steps;
+}
+
+QList<QStringList> frmCapCDAdd::ChosenMovies()
+{
+    QList<QStringList> steps;
+    for (int index = 0; index < m_sprMovieList->SelectionCount(); ++index) {
+        const int row = m_sprMovieList->GetSelection(index).Row;
+        QStringList paths;
+        if (!Trim(CellText(*m_sprMovieList, 1, row)).isEmpty())
+            paths << CellText(*m_sprMovieList, 5, row);
+        steps << paths;
+    }
+    return steps;
+}
+
+void frmCapCDAdd::StageSelection()
+{
+    if (m_staging)
+        return;
+    m_barCount->setValue(0);
+    m_barMoving->setValue(0);
+    const bool images = m_tabCapCD->currentIndex() == TabImages;
+    if ((images ? m_sprImageList : m_sprMovieList)->SelectionCount() < 1) {
+        ShowInformation(u"추가할 자료가 없습니다.!!"_s);
+        return;
+    }
+    // Read whole before anything is pumped: the lists may be filled again meanwhile.
+    const QList<QStringList> steps = images ? ChosenImages() : ChosenMovies();
+    const auto burner = CreateObject<XPBurn>(u"BaydenBurn.XPBurn"_s);
+    if (!burner->Equipped()) {
+        ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+        return;
+    }
+    const QString area = burner->burnArea();
+    const auto kit = CreateObject<clsDeskKit>(u"prjDeskKit.clsDeskKit"_s);
+
+    m_staging = true;
+    const auto end = qScopeGuard([this] { m_staging = false; });
+    for (qsizetype done = 0; done < steps.size(); ++done) {
+        PumpEvents();
+        for (const QString& path : steps[done]) {
+            if (IsUnloaded())
+                return;
+            // A picture may have been deleted since it was listed.
+            if (!images || FileExists(path))
+                kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
+        }
+        m_barCount->setValue(qRound(100.0 * static_cast<double>(done + 1) / static_cast<double>(steps.size())));
+    }
+    Unload();
+}

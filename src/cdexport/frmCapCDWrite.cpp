@@ -1,0 +1,188 @@
+#include "cdexport/frmCapCDWrite.h"
+
+#include "cdexport/file_rows.h"
+#include "cdexport/frmCapCDAdd.h"
+#include "contracts/cd.h"
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/fpSpread.h"
+#include "contracts/guard.h"
+#include "contracts/PlatformError.h"
+#include "contracts/twips.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "records/text/text_routines.h"
+
+#include <QComboBox>
+#include <QFileInfo>
+#include <QLabel>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int KeyCodeDelete = 46;
+constexpr int BurnLookMs = 200;
+
+std::unique_ptr<XPBurn> NewBurner()
+{
+    return CreateObject<XPBurn>(u"BaydenBurn.XPBurn"_s);
+}
+} // namespace
+
+frmCapCDWrite::frmCapCDWrite() : StationForm(QString::fromUtf16(FormName))
+{
+    BuildControls();
+}
+
+void frmCapCDWrite::BuildControls()
+{
+    setWindowTitle(u"CD저장"_s);
+    setFixedSize(PixelsFromTwips(9600), PixelsFromTwips(6600));
+    const auto addLabel = [this](const QString& name, const QString& text, const QRect& place) {
+        auto* label = new QLabel(text, this);
+        label->setObjectName(name);
+        label->setGeometry(place);
+        return label;
+    };
+    addLabel(u"lblDrive"_s, u"Dirve :"_s, RectFromTwips(120, 120, 1320, 330));
+    m_cmbCDList = new QComboBox(this);
+    m_cmbCDList->setObjectName(u"cmbCDList"_s);
+    m_cmbCDList->setAccessibleName(u"Dirve :"_s);
+    m_cmbCDList->setGeometry(RectFromTwips(1500, 120, 7980, 330));
+    addLabel(u"lblStaging"_s, u"Staging Area :"_s, RectFromTwips(120, 510, 1320, 330));
+    m_lblStagingArea = addLabel(u"lblStagingArea"_s, QString(), RectFromTwips(1500, 510, 7980, 330));
+    m_lblStagingArea->setTextFormat(Qt::PlainText);
+    m_lblStagingArea->setAccessibleName(u"Staging Area :"_s);
+
+    m_sprCDDrive = &PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this);
+    m_sprCDDrive->setObjectName(u"sprCDDrive"_s);
+    m_sprCDDrive->setAccessibleName(u"CD에 저장할 파일"_s);
+    m_sprCDDrive->setGeometry(RectFromTwips(120, 930, 9360, 4950));
+    LayOutFileList(*m_sprCDDrive);
+    connect(m_sprCDDrive, &fpSpread::KeyDown, this, GuardedSlot([this](int keyCode, int) {
+                if (keyCode == KeyCodeDelete)
+                    DeleteStagedFile();
+            }));
+
+    connect(AddButton(u"cmdFind"_s, u"파일추가"_s, 120), &QPushButton::clicked, this,
+            GuardedSlot([this](bool) { FindFile(); }));
+    connect(AddButton(u"cmdAddFile"_s, u"추가"_s, 1650), &QPushButton::clicked, this,
+            GuardedSlot([this](bool) { AddFiles(); }));
+    connect(AddButton(u"cmdDelFile"_s, u"삭제"_s, 3180), &QPushButton::clicked, this,
+            GuardedSlot([this](bool) { DeleteStagedFile(); }));
+    connect(AddButton(u"cmdStart"_s, u"Burn..."_s, 8040), &QPushButton::clicked, this,
+            GuardedSlot([this](bool) { StartBurning(); }));
+}
+
+QPushButton* frmCapCDWrite::AddButton(const QString& name, const QString& caption, int left)
+{
+    auto* button = new QPushButton(caption, this);
+    button->setObjectName(name);
+    button->setAccessibleName(caption);
+    button->setGeometry(RectFromTwips(left, 6030, 1440, 420));
+    return button;
+}
+
+void frmCapCDWrite::Form_Load()
+{
+    m_cmbCDList->clear();
+    const auto system = CreateObject<FileSystemObject>(u"Scripting.FileSystemObject"_s);
+    const QList<DriveEntry> drives = system->Drives();
+    for (const DriveEntry& drive : drives) {
+        if (drive.DriveType == DriveTypeCd)
+            m_cmbCDList->addItem(drive.Path);
+    }
+    if (m_cmbCDList->count() == 0) {
+        ShowInformation(u"CD드라이브가 없습니다.!!"_s);
+        Unload();
+        return;
+    }
+    m_cmbCDList->setCurrentIndex(0);
+    m_stagingPath = NewBurner()->burnArea();
+    m_lblStagingArea->setText(m_stagingPath);
+    m_lblStagingArea->setToolTip(m_stagingPath);
+    ListStagingArea(m_stagingPath);
+}
+
+void frmCapCDWrite::ListStagingArea(const QString& folder)
+{
+    try {
+        const QList<FolderEntry> entries = Files().Entries(folder);
+        m_sprCDDrive->ClearRange(1, 1, m_sprCDDrive->MaxCols(), m_sprCDDrive->MaxRows(), false);
+        m_sprCDDrive->setMaxRows(static_cast<int>(entries.size()));
+        int row = 0;
+        for (const FolderEntry& entry : entries)
+            WriteFileRow(*m_sprCDDrive, ++row, entry);
+    } catch (const PlatformError&) {
+        // The list stays as short as what could be read.
+    }
+}
+
+void frmCapCDWrite::FindFile()
+{
+    const std::optional<QString> chosen = UseService<Desktop>().ShowOpenDialog(ClientSetup.CaptureRoot, QString());
+    if (!chosen)
+        return;
+    if (Trim(*chosen).isEmpty() || !FileExists(*chosen)) {
+        ShowInformation(u"선택된 파일이 없습니다.!!"_s);
+        return;
+    }
+    const auto burner = NewBurner();
+    if (!burner->Equipped()) {
+        ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+        return;
+    }
+    CreateObject<clsDeskKit>(u"prjDeskKit.clsDeskKit"_s)
+        ->FileCopyDialog(*chosen, burner->burnArea() + QFileInfo(NativePath(*chosen)).fileName());
+    ListStagingArea(m_stagingPath);
+}
+
+void frmCapCDWrite::AddFiles()
+{
+    if (IsFormLoaded(QString::fromUtf16(frmCapCDAdd::FormName)))
+        return;
+    Form<frmCapCDAdd>().ShowModal();
+    ListStagingArea(m_stagingPath);
+}
+
+void frmCapCDWrite::DeleteStagedFile()
+{
+    const int row = m_sprCDDrive->ActiveRow();
+    m_sprCDDrive->setRow(row);
+    m_sprCDDrive->setCol(1);
+    // Blanks at the ends belong to a file's name.
+    const QString name = m_sprCDDrive->Text();
+    if (Trim(name).isEmpty())
+        return;
+    const QString path = m_stagingPath + CheckedPathPart(name);
+    if (FolderExists(path) && !QFileInfo(NativePath(path)).isSymLink()) {
+        if (!AskYesNo(u"폴더와 그 안의 파일을 모두 삭제하시겠습니까?"_s))
+            return;
+        Files().DeleteFolder(path);
+    } else {
+        DeleteFile(path);
+    }
+    m_sprCDDrive->DeleteRows(row, 1);
+}
+
+void frmCapCDWrite::StartBurning()
+{
+    const auto burner = NewBurner();
+    if (!burner->Equipped()) {
+        ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+        return;
+    }
+    if (burner->isburning()) {
+        ShowInformation(u"CD저장 장치를 사용중입니다.!!"_s);
+        return;
+    }
+    if (m_sprCDDrive->DataRowCnt() == 0) {
+        ShowInformation(u"추가된 파일이 없습니다."_s);
+        return;
+    }
+    burner->Startburn();
+    Desktop& desktop = UseService<Desktop>();
+    while (burner->isburning() && !desktop.ProgramEnded())
+        desktop.PumpEventsUntil([&burner] { return !burner->isburning(); }, BurnLookMs);
+}

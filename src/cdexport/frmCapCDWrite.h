@@ -1,0 +1,39 @@
+#pragma once
+
+#include "contracts/forms.h"
+
+class fpSpread;
+class QComboBox;
+class QLabel;
+class QPushButton;
+
+/// "CD저장": the staging folder of the CD writer. What lies in that folder is the selection.
+class frmCapCDWrite : public StationForm
+{
+    Q_OBJECT
+
+public:
+    static constexpr const char16_t* FormName = u"frmCapCDWrite";
+
+    frmCapCDWrite();
+
+    fpSpread& sprCDDrive() { return *m_sprCDDrive; }
+
+protected:
+    void Form_Load() override;
+
+private:
+    void BuildControls();
+    QPushButton* AddButton(const QString& name, const QString& caption, int left);
+
+    void ListStagingArea(const QString& folder);
+    void FindFile();
+    void AddFiles();
+    void DeleteStagedFile();
+    void StartBurning();
+
+    QComboBox* m_cmbCDList = nullptr;
+    QLabel* m_lblStagingArea = nullptr;
+    fpSpread* m_sprCDDrive = nullptr;
+    QString m_stagingPath; ///< Ends in a separator.
+};

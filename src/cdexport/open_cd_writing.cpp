@@ -1,0 +1,27 @@
+#include "cdexport/open_cd_writing.h"
+
+#include "cdexport/frmCapCDWrite.h"
+#include "records/text/text_routines.h"
+
+#include <QPoint>
+
+void OpenCdWriting(const QPoint& place)
+{
+    const QString name = QString::fromUtf16(frmCapCDWrite::FormName);
+    if (IsFormLoaded(name)) {
+        StationForm* screen = FindForm(name);
+        screen->showNormal();
+        screen->raise();
+        screen->activateWindow();
+        return;
+    }
+    try {
+        frmCapCDWrite& screen = Form<frmCapCDWrite>();
+        screen.move(place);
+        screen.Show();
+    } catch (...) {
+        if (StationForm* broken = FindForm(name))
+            broken->Unload();
+        throw;
+    }
+}

@@ -1,0 +1,114 @@
+#include "platform/disc/BurnWindow.h"
+
+#include "contracts/guard.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int WidthPixels = 460;
+constexpr int BarSteps = 1000;
+
+template <class Control>
+Control* Named(Control* control, const QString& name, const QString& accessibleName)
+{
+    control->setObjectName(name);
+    control->setAccessibleName(accessibleName);
+    return control;
+}
+} // namespace
+
+BurnWindow::BurnWindow()
+{
+    setObjectName(u"burnWindow"_s);
+    setWindowTitle(u"CD저장"_s);
+    setAttribute(Qt::WA_StyledBackground);
+    m_lblStage = Named(new QLabel(this), u"lblStage"_s, u"상태"_s);
+    m_lblStage->setTextFormat(Qt::PlainText);
+    m_lblStage->setWordWrap(true);
+    m_barBurn = Named(new QProgressBar(this), u"barBurn"_s, u"진행"_s);
+    m_lblDetail = Named(new QLabel(this), u"lblDetail"_s, u"속도와 남은 시간"_s);
+    m_cmdCancel = Named(new QPushButton(u"취소"_s, this), u"cmdCancel"_s, u"취소"_s);
+    m_cmdEmpty = Named(new QPushButton(u"저장한 파일 비우기"_s, this), u"cmdEmpty"_s, u"저장한 파일 비우기"_s);
+    m_cmdClose = Named(new QPushButton(u"닫기"_s, this), u"cmdClose"_s, u"닫기"_s);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(m_cmdEmpty);
+    buttons->addStretch();
+    buttons->addWidget(m_cmdCancel);
+    buttons->addWidget(m_cmdClose);
+    auto* lines = new QVBoxLayout(this);
+    lines->addWidget(m_lblStage);
+    lines->addWidget(m_barBurn);
+    lines->addWidget(m_lblDetail);
+    lines->addLayout(buttons);
+
+    connect(m_cmdCancel, &QPushButton::clicked, this, GuardedSlot([this](bool) {
+                m_cmdCancel->setEnabled(false);
+                Q_EMIT CancelPressed();
+            }));
+    connect(m_cmdEmpty, &QPushButton::clicked, this, GuardedSlot([this](bool) {
+                m_cmdEmpty->setEnabled(false);
+                Q_EMIT EmptyPressed();
+            }));
+    connect(m_cmdClose, &QPushButton::clicked, this, GuardedSlot([this](bool) { close(); }));
+}
+
+void BurnWindow::Bring()
+{
+    if (!isVisible()) {
+        if (const QWidget* active = QApplication::activeWindow())
+            move(active->frameGeometry().center() - QPoint(WidthPixels / 2, 40));
+    }
+    show();
+    setFixedSize(WidthPixels, layout()->totalHeightForWidth(WidthPixels));
+    raise();
+}
+
+void BurnWindow::ShowStage(const QString& text, bool canCancel)
+{
+    m_working = true;
+    m_lblStage->setText(text);
+    m_barBurn->show();
+    m_lblDetail->show();
+    m_cmdCancel->show();
+    m_cmdCancel->setEnabled(canCancel);
+    m_cmdCancel->setToolTip(canCancel ? QString() : u"이 CD는 쓰는 동안 멈출 수 없습니다."_s);
+    m_cmdEmpty->hide();
+    m_cmdClose->hide();
+    ShowProgress(-1, QString());
+    Bring();
+}
+
+void BurnWindow::ShowProgress(double share, const QString& detail)
+{
+    m_barBurn->setRange(0, share < 0 ? 0 : BarSteps);
+    m_barBurn->setValue(share < 0 ? 0 : qBound(0, qRound(share * BarSteps), BarSteps));
+    m_barBurn->setTextVisible(share >= 0);
+    m_lblDetail->setText(detail);
+}
+
+void BurnWindow::ShowEnd(const QString& text, bool canEmpty)
+{
+    m_working = false;
+    m_lblStage->setText(text);
+    m_barBurn->hide();
+    m_lblDetail->hide();
+    m_cmdCancel->hide();
+    m_cmdEmpty->setVisible(canEmpty);
+    m_cmdEmpty->setEnabled(canEmpty);
+    m_cmdClose->show();
+    m_cmdClose->setDefault(true);
+    Bring();
+}
+
+void BurnWindow::closeEvent(QCloseEvent* event)
+{
+    event->setAccepted(!m_working);
+}

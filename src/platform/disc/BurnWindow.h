@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QWidget>
+
+class QLabel;
+class QProgressBar;
+class QPushButton;
+
+/// The CD writer's own small window: how it goes, and how it ended. Not modal; it can't be closed while the writer
+/// works.
+class BurnWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    BurnWindow();
+
+    /// A stage of the work begins.
+    void ShowStage(const QString& text, bool canCancel);
+    /// `share` from 0 to 1, negative when there is no measure.
+    void ShowProgress(double share, const QString& detail);
+    /// The work has ended. `canEmpty` offers to empty the staging folder.
+    void ShowEnd(const QString& text, bool canEmpty);
+
+Q_SIGNALS:
+    void CancelPressed();
+    void EmptyPressed();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void Bring();
+
+    QLabel* m_lblStage;
+    QProgressBar* m_barBurn;
+    QLabel* m_lblDetail;
+    QPushButton* m_cmdCancel;
+    QPushButton* m_cmdEmpty;
+    QPushButton* m_cmdClose;
+    bool m_working = false;
+};

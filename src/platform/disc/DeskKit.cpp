@@ -1,0 +1,150 @@
+#include "platform/disc/DeskKit.h"
+
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "platform/disc/staged_files.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QScopeGuard>
+#include <QThread>
+#include <QTimer>
+#include <QVBoxLayout>
+
+#include <atomic>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int QuietMs = 400; ///< A copy that is done by then shows no window.
+constexpr int LookMs = 100;
+constexpr int BarSteps = 1000;
+
+/// One copy, seen from both threads.
+struct CopyState
+{
+    std::atomic<qint64> done = 0;
+    std::atomic<qint64> total = 0;
+    std::atomic<bool> stop = false;
+    QString fault; ///< Written before the thread ends, read after.
+};
+
+qsizetype NameStart(const QString& path)
+{
+    return qMax(path.lastIndexOf(u'/'), path.lastIndexOf(u'\\')) + 1;
+}
+
+/// The file of that name in the folder, whatever its case: on the disc's Windows names they are one. Empty when there
+/// is none.
+QString NameTakenBy(const QString& folder, const QString& name)
+{
+    for (const FolderEntry& entry : Files().Entries(folder)) {
+        if (entry.Name.compare(name, Qt::CaseInsensitive) == 0)
+            return entry.Name;
+    }
+    return {};
+}
+
+void CopyBeside(const QString& source, const QString& target, CopyState& state)
+{
+    const QString folder = target.left(NameStart(target));
+    const QString name = target.mid(NameStart(target));
+    const auto progress = [&state](qint64 done, qint64 total) {
+        state.done = done;
+        state.total = total;
+        return !state.stop;
+    };
+    for (int number = 1; !state.stop; ++number) {
+        const QString candidate = number == 1 ? name : NumberedName(name, number);
+        const QString there = NameTakenBy(folder, candidate);
+        if (!there.isEmpty()) {
+            if (Files().SameContent(source, folder + there))
+                return;
+            continue;
+        }
+        if (Files().CopyToNewFile(source, folder + candidate, progress) != CopyOutcome::NameTaken)
+            return;
+    }
+}
+
+/// Modal, but not a box with an answer: it goes when the copy is over.
+class CopyWindow : public QWidget
+{
+public:
+    CopyWindow(const QString& name, CopyState& state) : QWidget(QApplication::activeWindow(), Qt::Dialog)
+    {
+        setObjectName(u"copyWindow"_s);
+        setWindowTitle(u"파일 복사"_s);
+        setWindowModality(Qt::ApplicationModal);
+        setAttribute(Qt::WA_StyledBackground);
+        setMinimumWidth(380);
+        auto* lines = new QVBoxLayout(this);
+        auto* label = new QLabel(name, this);
+        label->setTextFormat(Qt::PlainText);
+        m_bar.setRange(0, BarSteps);
+        m_bar.setAccessibleName(u"복사 진행"_s);
+        auto* cancel = new QPushButton(u"취소"_s, this);
+        cancel->setObjectName(u"cmdCancel"_s);
+        cancel->setAccessibleName(cancel->text());
+        lines->addWidget(label);
+        lines->addWidget(&m_bar);
+        lines->addWidget(cancel, 0, Qt::AlignRight);
+        connect(cancel, &QPushButton::clicked, this, [&state, cancel] {
+            state.stop = true;
+            cancel->setEnabled(false);
+        });
+        connect(&m_look, &QTimer::timeout, this, [this, &state] {
+            if (state.total > 0)
+                m_bar.setValue(static_cast<int>(state.done * BarSteps / state.total));
+        });
+        m_look.start(LookMs);
+    }
+
+private:
+    QProgressBar m_bar;
+    QTimer m_look;
+};
+
+} // namespace
+
+void DeskKit::FileCopyDialog(const QString& source, const QString& target)
+{
+    if (m_cancelled)
+        return;
+    const QString name = source.mid(NameStart(source));
+    CopyState state;
+    {
+        const std::unique_ptr<QThread> thread(QThread::create([&] {
+            try {
+                CopyBeside(source, target, state);
+            } catch (const PlatformError& error) {
+                state.fault = error.Text();
+            }
+        }));
+        const auto wait = qScopeGuard([&] { thread->wait(); });
+        QEventLoop loop;
+        QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit);
+        QTimer quiet;
+        quiet.setSingleShot(true);
+        QObject::connect(&quiet, &QTimer::timeout, &loop, &QEventLoop::quit);
+        quiet.start(QuietMs);
+        thread->start();
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+        if (!thread->isFinished()) {
+            CopyWindow window(name, state);
+            window.show();
+            loop.exec();
+        }
+        if (UseService<Desktop>().ProgramEnded())
+            state.stop = true;
+    }
+    m_cancelled = state.stop;
+    if (!state.fault.isEmpty())
+        ShowInformation(u"파일을 복사하지 못했습니다.!! (%1)\n\n%2"_s.arg(name, state.fault));
+}

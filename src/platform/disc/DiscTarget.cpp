@@ -1,0 +1,116 @@
+#include "platform/disc/DiscTarget.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "platform/disc/XorrisoRun.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <cerrno>
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr qint64 SectorBytes = 2048;
+/// No list of the station's files shows a name that begins so.
+constexpr char16_t PartialPrefix[] = u".station-burn-";
+constexpr char16_t PartialEnding[] = u".part";
+
+QString FolderOf(const QString& path)
+{
+    return QFileInfo(NativePath(path)).absolutePath() + u'/';
+}
+
+/// Images that a crash of this station, or of the machine, left half done.
+void RemoveLeftovers(const QString& folder)
+{
+    const QString prefix = QString::fromUtf16(PartialPrefix);
+    const QStringList names = Files().FilesStartingWith(folder, prefix);
+    for (const QString& name : names) {
+        bool isNumber = false;
+        const int process = name.mid(prefix.size()).section(u'.', 0, 0).toInt(&isNumber);
+        if (isNumber && process > 0 && kill(process, 0) != 0 && errno == ESRCH)
+            DeleteFile(folder + name);
+    }
+}
+
+} // namespace
+
+DiscMedium MediumFromReport(const QString& profile, const QString& status, const QString& blocks, const QString& space)
+{
+    static const QRegularExpression rewritable(u"RW|RAM|BD-RE"_s);
+    static const QRegularExpression overall(uR"((\d+) overall)"_s);
+    DiscMedium medium;
+    medium.once = !rewritable.match(profile).hasMatch();
+    const bool blank = status.contains(u"is blank"_s);
+    medium.holdsData = !blank && status.contains(u"is written"_s);
+    medium.writable = blank || (medium.holdsData && !medium.once);
+    const qint64 sectors = medium.holdsData ? overall.match(blocks).captured(1).toLongLong()
+                                            : QString(space).remove(u's').trimmed().toLongLong();
+    medium.freeBytes = medium.writable ? sectors * SectorBytes : 0;
+    return medium;
+}
+
+DiscMedium DiscTarget::Medium() const
+{
+    if (m_isImage) {
+        const QString folder = FolderOf(m_path);
+        DiscMedium medium;
+        medium.writable = FolderExists(folder) && QFileInfo(NativePath(folder)).isWritable();
+        medium.freeBytes = Files().FreeBytes(folder);
+        return medium;
+    }
+    XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s});
+    if (!run.Await())
+        return {};
+    return MediumFromReport(run.Told(u"Media current"_s), run.Told(u"Media status"_s), run.Told(u"Media blocks"_s),
+                            run.Told(u"Media space"_s));
+}
+
+QString DiscTarget::Begin()
+{
+    if (m_isImage) {
+        const QString folder = FolderOf(m_path);
+        RemoveLeftovers(folder);
+        m_partial = folder + QString::fromUtf16(PartialPrefix) + QString::number(QCoreApplication::applicationPid()) +
+                    QString::fromUtf16(PartialEnding);
+        // One that is there would be taken for a medium with content.
+        DeleteFile(m_partial);
+    }
+    return Address();
+}
+
+QString DiscTarget::Address() const
+{
+    return m_isImage ? u"stdio:"_s + m_partial : m_path;
+}
+
+QString DiscTarget::Keep()
+{
+    if (!m_isImage)
+        return {};
+    const QFileInfo image(NativePath(m_path));
+    const QString folder = FolderOf(m_path);
+    const QString ending = image.suffix().isEmpty() ? QString() : u'.' + image.suffix();
+    for (int number = 1;; ++number) {
+        const QString name = image.completeBaseName() + (number > 1 ? u"-%1"_s.arg(number) : QString()) + ending;
+        const QString path = folder + name;
+        if (!Files().CreateExclusively(path, {}) && (FolderExists(path) || QFileInfo(NativePath(path)).size() > 0))
+            continue;
+        // The empty file keeps the name until the image takes its place.
+        Files().RenameFile(m_partial, path);
+        m_partial.clear();
+        return path;
+    }
+}
+
+void DiscTarget::Discard()
+{
+    if (!m_partial.isEmpty())
+        DeleteFile(m_partial);
+    m_partial.clear();
+}

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QString>
+
+/// A medium as it was found in the drive.
+struct DiscMedium
+{
+    bool writable = false;
+    bool holdsData = false; ///< It has to be blanked first.
+    bool once = false;      ///< A write that is broken off spoils it.
+    qint64 freeBytes = 0;   ///< After blanking, where that is needed.
+};
+
+/// What is written to: a drive of the machine, or an image file in the place of one. An image appears under its name
+/// when it is whole and checked, and never over one that holds something: then it gets a number behind its name.
+class DiscTarget
+{
+public:
+    /// `path` is a device file, or the image's path.
+    DiscTarget(const QString& path, bool isImage) : m_path(path), m_isImage(isImage) {}
+
+    bool IsImage() const { return m_isImage; }
+    /// Asks the drive, which can take seconds; the screens are painted meanwhile.
+    DiscMedium Medium() const;
+
+    /// Address for the writing program. Throws PlatformError.
+    QString Begin();
+    /// The same for reading back.
+    QString Address() const;
+    /// Brings a finished image under its name, which is given back; empty for a drive. Throws PlatformError.
+    QString Keep();
+    /// Takes away what there is of an image.
+    void Discard();
+
+private:
+    QString m_path;
+    bool m_isImage;
+    QString m_partial;
+};
+
+/// Reads a drive's medium from what xorriso tells about it: profile, state, blocks.
+DiscMedium MediumFromReport(const QString& profile, const QString& status, const QString& blocks, const QString& space);

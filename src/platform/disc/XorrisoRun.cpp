@@ -1,0 +1,154 @@
+#include "platform/disc/XorrisoRun.h"
+
+#include <QEventLoop>
+#include <QFile>
+#include <QRegularExpression>
+#include <QStandardPaths>
+
+#include <csignal>
+#include <sys/prctl.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Closing a medium is reported each second; a drive that says nothing for so long won't come back.
+constexpr int LongestSilenceMs = 180000;
+constexpr qint64 SectorBytes = 2048;
+
+const QStringList& FirstCommands()
+{
+    static const QStringList commands{
+        u"-no_rc"_s,          u"-abort_on"_s, u"FAILURE"_s,       u"-return_with"_s, u"SORRY"_s,     u"32"_s,
+        u"-charset"_s,        u"UTF-8"_s,     u"-md5"_s,          u"on"_s,           u"-pacifier"_s, u"interval=0.5"_s,
+        u"-iso_rr_pattern"_s, u"off"_s,       u"-disk_pattern"_s, u"off"_s};
+    return commands;
+}
+
+} // namespace
+
+QString XorrisoRun::Program()
+{
+    return QStandardPaths::findExecutable(u"xorriso"_s);
+}
+
+XorrisoRun::XorrisoRun(const QStringList& commands, QObject* parent) : QObject(parent), m_process(new QProcess)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    m_process->setProcessEnvironment(environment);
+    m_process->setProgram(Program());
+    m_process->setArguments(FirstCommands() + commands + QStringList{u"-end"_s});
+    m_process->setStandardInputFile(QProcess::nullDevice());
+    m_process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    m_silence.setSingleShot(true);
+    m_silence.setInterval(LongestSilenceMs);
+    connect(&m_silence, &QTimer::timeout, this, [this] {
+        m_faults << u"xorriso: no answer from the drive"_s;
+        m_process->kill();
+        End(false);
+    });
+    connect(m_process, &QProcess::readyReadStandardError, this, &XorrisoRun::ReadNotes);
+    connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart)
+            return;
+        m_faults << m_process->errorString();
+        End(false);
+    });
+    connect(m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
+        ReadNotes();
+        m_results = QString::fromUtf8(m_process->readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
+        if (status != QProcess::NormalExit)
+            m_faults << u"xorriso: ended from outside"_s;
+        End(status == QProcess::NormalExit && code == 0);
+    });
+}
+
+XorrisoRun::~XorrisoRun()
+{
+    m_process->disconnect(this);
+    if (m_process->state() == QProcess::NotRunning) {
+        delete m_process;
+        return;
+    }
+    // Deleting a running one would wait for it, and a drive in trouble can hold it for long.
+    connect(m_process, &QProcess::finished, m_process, &QObject::deleteLater);
+    m_process->kill();
+}
+
+void XorrisoRun::Start()
+{
+    m_silence.start();
+    m_process->start();
+}
+
+void XorrisoRun::Kill()
+{
+    m_process->kill();
+}
+
+bool XorrisoRun::Await()
+{
+    QEventLoop loop;
+    connect(this, &XorrisoRun::Ended, &loop, &QEventLoop::quit);
+    QMetaObject::invokeMethod(this, &XorrisoRun::Start, Qt::QueuedConnection);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    return m_succeeded;
+}
+
+QString XorrisoRun::Told(const QString& label) const
+{
+    for (const QStringList* lines : {&m_notes, &m_results}) {
+        for (const QString& line : *lines) {
+            const qsizetype colon = line.indexOf(u':');
+            if (colon > 0 && line.left(colon).trimmed() == label)
+                return line.mid(colon + 1).trimmed();
+        }
+    }
+    return {};
+}
+
+qint64 XorrisoRun::ReadBytes() const
+{
+    QFile account(u"/proc/%1/io"_s.arg(m_process->processId()));
+    if (!account.open(QIODevice::ReadOnly))
+        return 0;
+    return account.readLine().mid(qstrlen("rchar: ")).trimmed().toLongLong();
+}
+
+void XorrisoRun::ReadNotes()
+{
+    m_silence.start();
+    m_noteBytes += m_process->readAllStandardError();
+    for (qsizetype end = m_noteBytes.indexOf('\n'); end >= 0; end = m_noteBytes.indexOf('\n')) {
+        const QByteArray line = m_noteBytes.left(end);
+        m_noteBytes.remove(0, end + 1);
+        TakeNote(QString::fromUtf8(line).trimmed());
+    }
+}
+
+void XorrisoRun::TakeNote(const QString& line)
+{
+    static const QRegularExpression progress(uR"(Writing:\s+(\d+)s\s+([\d.]+)%)"_s);
+    static const QRegularExpression fault(uR"(^\w+ ?: (SORRY|MISHAP|FAILURE|FATAL|ABORT) : (.*))"_s);
+    if (const QRegularExpressionMatch match = progress.match(line); match.hasMatch()) {
+        Q_EMIT Written(match.captured(1).toLongLong() * SectorBytes, match.captured(2).toDouble() / 100);
+        return;
+    }
+    if (line.contains(u"patient"_s) || line.contains(u"Closing"_s))
+        Q_EMIT Closing();
+    if (const QRegularExpressionMatch match = fault.match(line); match.hasMatch())
+        m_faults << match.captured(2);
+    if (!line.contains(u" UPDATE : "_s))
+        m_notes << line;
+}
+
+void XorrisoRun::End(bool succeeded)
+{
+    if (m_ended)
+        return;
+    m_ended = true;
+    m_silence.stop();
+    m_succeeded = succeeded;
+    Q_EMIT Ended();
+}

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTimer>
+
+/// The program xorriso at one piece of work, as a child process that ends with this process. Its output is read line by
+/// line; names are UTF-8 whatever the locale of the station.
+class XorrisoRun : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Path of the program; empty when it isn't installed.
+    static QString Program();
+
+    /// `commands` follow those that every run begins with.
+    explicit XorrisoRun(const QStringList& commands, QObject* parent = nullptr);
+    /// Ends the child without waiting for a drive that doesn't answer.
+    ~XorrisoRun() override;
+
+    void Start();
+    void Kill();
+
+    /// True when the program ended by itself and told of nothing that went wrong.
+    bool Succeeded() const { return m_succeeded; }
+    /// What the program told of what went wrong, in its own words.
+    const QStringList& Faults() const { return m_faults; }
+    /// Lines of the result channel.
+    const QStringList& Results() const { return m_results; }
+    /// Value of a line such as "Media status : is blank", of either channel; empty when there was none.
+    QString Told(const QString& label) const;
+    /// Bytes that the child has read so far, those of a device not counted.
+    qint64 ReadBytes() const;
+
+    /// Runs to the end while the screens are painted, but takes no clicks and keys. False when the run has failed.
+    bool Await();
+
+Q_SIGNALS:
+    /// Bytes written, and the share of the whole from 0 to 1.
+    void Written(qint64 bytes, double share);
+    /// The medium is being closed, which has no measure.
+    void Closing();
+    void Ended();
+
+private:
+    void ReadNotes();
+    void TakeNote(const QString& line);
+    void End(bool succeeded);
+
+    QProcess* m_process;
+    QTimer m_silence;
+    QByteArray m_noteBytes;
+    QStringList m_notes;
+    QStringList m_faults;
+    QStringList m_results;
+    bool m_succeeded = false;
+    bool m_ended = false;
+};

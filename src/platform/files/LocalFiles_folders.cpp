@@ -1,0 +1,197 @@
+#include "contracts/PlatformError.h"
+#include "platform/files/LocalFiles.h"
+#include "platform/files/posix_files.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QScopeGuard>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace Qt::StringLiterals;
+using namespace posix_files;
+
+namespace {
+
+constexpr size_t ChunkBytes = 1024 * 1024;
+
+FolderEntry EntryOf(const QFileInfo& facts)
+{
+    FolderEntry entry;
+    entry.Name = facts.fileName();
+    entry.IsLink = facts.isSymLink() || !(facts.isFile() || facts.isDir());
+    entry.IsFolder = facts.isDir() && !entry.IsLink;
+    entry.Size = facts.isFile() && !entry.IsLink ? facts.size() : 0;
+    entry.DateLastModified = entry.IsLink ? QDateTime() : facts.lastModified();
+    if (entry.IsFolder)
+        entry.Type = u"파일 폴더"_s;
+    else if (entry.IsLink)
+        entry.Type = u"바로 가기"_s;
+    else
+        entry.Type = facts.suffix().isEmpty() ? u"파일"_s : facts.suffix().toUpper() + u" 파일"_s;
+    return entry;
+}
+
+/// Copies all bytes and the time of change. False, with errno, on a fault; `stopped` when the progress said so.
+bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress& progress, bool& stopped)
+{
+    struct stat facts = {};
+    if (fstat(from.Handle(), &facts) != 0)
+        return false;
+    std::vector<char> chunk(ChunkBytes);
+    qint64 done = 0;
+    for (;;) {
+        stopped = progress && !progress(done, facts.st_size);
+        if (stopped)
+            return false;
+        const ssize_t got = from.Read(chunk.data(), chunk.size());
+        if (got < 0)
+            return false;
+        if (got == 0)
+            break;
+        if (!to.Write(chunk.data(), static_cast<size_t>(got)))
+            return false;
+        done += got;
+    }
+    const timespec times[2] = {facts.st_atim, facts.st_mtim};
+    return futimens(to.Handle(), times) == 0 && fsync(to.Handle()) == 0;
+}
+
+enum class Placed { Yes, NameTaken, No };
+
+Placed PlaceNew(const QByteArray& partial, const QByteArray& target)
+{
+    if (link(partial.constData(), target.constData()) == 0)
+        return Placed::Yes;
+    if (errno == EEXIST)
+        return Placed::NameTaken;
+    if (errno != EPERM && errno != ENOTSUP && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
+        return Placed::No;
+    // No links here: an empty file of the name keeps it for this copy.
+    Descriptor claim(target, O_WRONLY | O_CREAT | O_EXCL);
+    if (!claim.IsOpen())
+        return errno == EEXIST ? Placed::NameTaken : Placed::No;
+    if (std::rename(partial.constData(), target.constData()) == 0)
+        return Placed::Yes;
+    const int error = errno;
+    unlink(target.constData());
+    errno = error;
+    return Placed::No;
+}
+
+} // namespace
+
+QList<FolderEntry> LocalFiles::Entries(const QString& folder) const
+{
+    const QByteArray native = Native(folder);
+    {
+        const Descriptor handle(native, O_RDONLY | O_DIRECTORY);
+        if (!handle.IsOpen())
+            ThrowFault(u"폴더를 읽을 수 없습니다.!!"_s, folder, errno);
+    }
+    QList<FolderEntry> folders;
+    QList<FolderEntry> files;
+    const QFileInfoList all =
+        QDir(QFile::decodeName(native))
+            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    for (const QFileInfo& facts : all) {
+        if (facts.fileName().startsWith(QLatin1String(PartialPrefix)))
+            continue;
+        const FolderEntry entry = EntryOf(facts);
+        (entry.IsFolder ? folders : files).append(entry);
+    }
+    return folders + files;
+}
+
+void LocalFiles::MakePrivateFolder(const QString& path)
+{
+    const QString fault = u"폴더를 만들 수 없습니다.!!"_s;
+    QByteArray native = Native(path);
+    while (native.size() > 1 && native.endsWith('/'))
+        native.chop(1);
+    MakeFolder(QFile::decodeName(FolderOf(native)));
+    if (mkdir(native.constData(), 0700) != 0 && errno != EEXIST)
+        ThrowFault(fault, path, errno);
+    struct stat facts = {};
+    if (lstat(native.constData(), &facts) != 0)
+        ThrowFault(fault, path, errno);
+    if (!S_ISDIR(facts.st_mode))
+        ThrowFault(fault, path, ENOTDIR);
+    if (facts.st_uid != geteuid())
+        ThrowFault(fault, path, EPERM);
+    if ((facts.st_mode & 0777) != 0700 && chmod(native.constData(), 0700) != 0)
+        ThrowFault(fault, path, errno);
+}
+
+void LocalFiles::DeleteFolder(const QString& path)
+{
+    const QByteArray native = Native(path);
+    struct stat facts = {};
+    if (lstat(native.constData(), &facts) != 0 && errno == ENOENT)
+        return;
+    if (!S_ISDIR(facts.st_mode) || !QDir(QFile::decodeName(native)).removeRecursively())
+        ThrowFault(u"폴더를 지울 수 없습니다.!!"_s, path, errno);
+}
+
+CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress)
+{
+    const QString fault = u"파일을 복사할 수 없습니다.!!"_s;
+    const QByteArray target = Native(to);
+    const Descriptor source(Native(from), O_RDONLY);
+    if (!source.IsOpen())
+        ThrowFault(fault, from, errno);
+    const QByteArray partial = BesideName(FolderOf(target), ".part");
+    Descriptor copy(partial, O_WRONLY | O_CREAT | O_EXCL);
+    if (!copy.IsOpen())
+        ThrowFault(fault, to, errno);
+    const auto remove = qScopeGuard([&] { unlink(partial.constData()); });
+
+    bool stopped = false;
+    if (!CopyBytes(source, copy, progress, stopped) || !copy.Close()) {
+        if (stopped)
+            return CopyOutcome::Stopped;
+        ThrowFault(fault, to, errno);
+    }
+    const Placed placed = PlaceNew(partial, target);
+    if (placed == Placed::NameTaken)
+        return CopyOutcome::NameTaken;
+    if (placed == Placed::No || !SyncFolder(FolderOf(target)))
+        ThrowFault(fault, to, errno);
+    return CopyOutcome::Copied;
+}
+
+bool LocalFiles::SameContent(const QString& one, const QString& other) const
+{
+    const Descriptor first(Native(one), O_RDONLY);
+    const Descriptor second(Native(other), O_RDONLY);
+    struct stat firstFacts = {};
+    struct stat secondFacts = {};
+    if (!first.IsOpen() || !second.IsOpen() || fstat(first.Handle(), &firstFacts) != 0 ||
+        fstat(second.Handle(), &secondFacts) != 0 || firstFacts.st_size != secondFacts.st_size)
+        return false;
+    QFile left;
+    QFile right;
+    if (!left.open(first.Handle(), QIODevice::ReadOnly) || !right.open(second.Handle(), QIODevice::ReadOnly))
+        return false;
+    while (!left.atEnd()) {
+        const QByteArray bytes = left.read(ChunkBytes);
+        if (bytes.isEmpty() || bytes != right.read(ChunkBytes))
+            return false;
+    }
+    return left.error() == QFileDevice::NoError && right.error() == QFileDevice::NoError;
+}
+
+qint64 LocalFiles::FreeBytes(const QString& folder) const
+{
+    struct statvfs facts = {};
+    if (statvfs(Native(folder).constData(), &facts) != 0)
+        return -1;
+    return static_cast<qint64>(facts.f_bavail) * static_cast<qint64>(facts.f_frsize);
+}

@@ -1,0 +1,378 @@
+#include "capture/frmCapture.h"
+#include "cdexport/frmCapCDAdd.h"
+#include "cdexport/frmCapCDWrite.h"
+#include "contracts/cd.h"
+#include "contracts/components.h"
+#include "contracts/fpSpread.h"
+#include "launch/context/VisitContext.h"
+#include "records/capture_scheme.h"
+#include "support/StationInABox.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTableView>
+#include <QTabWidget>
+#include <QTest>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A writer that only keeps its state.
+struct WriterState
+{
+    bool equipped = true;
+    bool burning = false;
+    int made = 0;
+    int starts = 0;
+};
+WriterState writer;
+QString stagingFolder;
+
+class KeptBurner final : public XPBurn
+{
+public:
+    KeptBurner() { ++writer.made; }
+    bool Equipped() override { return writer.equipped; }
+    QString burnArea() override { return stagingFolder; }
+    bool isburning() const override { return writer.burning; }
+    void Startburn() override
+    {
+        ++writer.starts;
+        writer.burning = true;
+    }
+};
+
+class ListedDrives final : public FileSystemObject
+{
+public:
+    static inline QList<DriveEntry> drives;
+    QList<DriveEntry> Drives() const override { return drives; }
+};
+
+const QString NotReady = u"CD저장 준비가 되어있지 않습니다.!!"_s;
+
+} // namespace
+
+class CdExportTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_data = std::make_unique<QTemporaryDir>();
+        qputenv("XDG_DATA_HOME", m_data->path().toUtf8());
+        m_box = std::make_unique<StationInABox>();
+        UseService<BurnerOptions>().UseImage(m_data->path() + u"/cd.iso"_s);
+        stagingFolder = CreateObject<XPBurn>(u"BaydenBurn.XPBurn"_s)->burnArea();
+        writer = {};
+        ListedDrives::drives = {{3, u"/dev/sda"_s}, {4, u"/dev/sr1"_s}, {4, u"/dev/sr0"_s}};
+    }
+    void cleanup() { m_box.reset(); }
+
+    void WithoutADriveTheScreenStaysAway()
+    {
+        KeepWriter();
+        ListedDrives::drives = {{3, u"/dev/sda"_s}};
+        OpenByMenu();
+        QCOMPARE(m_box->Desk().shown, QStringList{u"CD드라이브가 없습니다.!!"_s});
+        QCOMPARE(FindForm(u"frmCapCDWrite"_s), nullptr);
+        QCOMPARE(writer.made, 0);
+
+        ListedDrives::drives.append({4, u"/dev/sr0"_s});
+        frmCapCDWrite& screen = *OpenByMenu();
+        QCOMPARE(screen.findChild<QComboBox*>(u"cmbCDList"_s)->currentText(), u"/dev/sr0"_s);
+        QCOMPARE(screen.findChild<QLabel*>(u"lblStagingArea"_s)->text(), stagingFolder);
+        screen.showMinimized();
+        QCOMPARE(OpenByMenu(), &screen);
+        QVERIFY(!screen.isMinimized());
+    }
+
+    void AStagingFolderThatCantBeMade()
+    {
+        QVERIFY(QDir(stagingFolder).removeRecursively());
+        Form<frmCapture>().Show();
+        m_box->FaultyFiles().FailAt(1);
+        QCOMPARE(OpenByMenu(), nullptr);
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(OpenByMenu() != nullptr);
+    }
+
+    void TheOrderOfTheTestsAtStart_data()
+    {
+        QTest::addColumn<bool>("equipped");
+        QTest::addColumn<bool>("burning");
+        QTest::addColumn<int>("files");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("no writer, busy, empty") << false << true << 0 << NotReady;
+        QTest::newRow("busy, empty") << true << true << 0 << u"CD저장 장치를 사용중입니다.!!"_s;
+        QTest::newRow("empty") << true << false << 0 << u"추가된 파일이 없습니다."_s;
+        QTest::newRow("ready") << true << false << 1 << QString();
+    }
+
+    void TheOrderOfTheTestsAtStart()
+    {
+        QFETCH(bool, equipped);
+        QFETCH(bool, burning);
+        QFETCH(int, files);
+        QFETCH(QString, said);
+        KeepWriter();
+        for (int file = 0; file < files; ++file)
+            WriteWholeFile(stagingFolder + u"a.jpg"_s, "a");
+        frmCapCDWrite& screen = *OpenByMenu();
+        writer.equipped = equipped;
+        writer.burning = burning;
+        // While it waits the buttons work: a second start meets the busy writer.
+        QTimer::singleShot(0, &screen, [&] {
+            if (writer.starts == 1) {
+                Press(screen, u"cmdStart"_s);
+                writer.burning = false;
+            }
+        });
+        Press(screen, u"cmdStart"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{files > 0 ? u"CD저장 장치를 사용중입니다.!!"_s : said});
+        QCOMPARE(writer.starts, files);
+    }
+
+    void OneFileByTheDialog_data()
+    {
+        QTest::addColumn<bool>("cancelled");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("equipped");
+        QTest::addColumn<QString>("said");
+        QTest::addColumn<int>("staged");
+        QTest::newRow("cancelled") << true << QString() << true << QString() << 0;
+        QTest::newRow("no name") << false << u" "_s << true << u"선택된 파일이 없습니다.!!"_s << 0;
+        QTest::newRow("not there") << false << u"x.jpg"_s << false << u"선택된 파일이 없습니다.!!"_s << 0;
+        QTest::newRow("no writer") << false << u"있음.jpg"_s << false << NotReady << 0;
+        QTest::newRow("chosen") << false << u"있음.jpg"_s << true << QString() << 1;
+    }
+
+    void OneFileByTheDialog()
+    {
+        QFETCH(bool, cancelled);
+        QFETCH(QString, name);
+        QFETCH(bool, equipped);
+        QFETCH(QString, said);
+        QFETCH(int, staged);
+        KeepWriter();
+        WriteWholeFile(m_box->Root() + u"있음.jpg"_s, QByteArray(1536, 'x'));
+        frmCapCDWrite& screen = *OpenByMenu();
+        writer.equipped = equipped;
+        if (!cancelled)
+            m_box->Desk().files = {name.trimmed().isEmpty() ? name : m_box->Root() + name};
+        Press(screen, u"cmdFind"_s);
+        QCOMPARE(m_box->Desk().shown, said.isEmpty() ? QStringList{} : QStringList{said});
+        QCOMPARE(screen.sprCDDrive().DataRowCnt(), staged);
+        QCOMPARE(Cell(screen.sprCDDrive(), 2, 1), staged > 0 ? u"2"_s : QString());
+        QCOMPARE(Cell(screen.sprCDDrive(), 3, 1), staged > 0 ? u"JPG 파일"_s : QString());
+    }
+
+    void ThinningOut()
+    {
+        MakeFolder(stagingFolder + u"폴더"_s);
+        WriteWholeFile(stagingFolder + u"폴더/안.jpg"_s, "inside");
+        WriteWholeFile(stagingFolder + u"a.jpg"_s, "a");
+        WriteWholeFile(stagingFolder + u" b.jpg"_s, "b");
+        WriteWholeFile(m_box->Root() + u"kept.jpg"_s, "kept");
+        QVERIFY(QFile::link(NativePath(m_box->Root()), stagingFolder + u"link"_s));
+        frmCapCDWrite& screen = *OpenByMenu();
+        fpSpread& list = screen.sprCDDrive();
+        QCOMPARE(list.DataRowCnt(), 4);
+        QCOMPARE(Cell(list, 1, 1) + Cell(list, 2, 1) + Cell(list, 3, 1), u"폴더파일 폴더"_s);
+
+        list.SetActiveCell(3, 1);
+        Press(screen, u"cmdDelFile"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"폴더와 그 안의 파일을 모두 삭제하시겠습니까?"_s});
+        QCOMPARE(list.DataRowCnt(), 4);
+        m_box->Desk().answers = {true};
+        Press(screen, u"cmdDelFile"_s);
+        QCOMPARE(Staged(), (QStringList{u" b.jpg"_s, u"a.jpg"_s, u"link"_s}));
+        for (const QStringList& left : {QStringList{u"a.jpg"_s, u"link"_s}, QStringList{u"link"_s}, QStringList{}}) {
+            QTest::keyClick(list.findChild<QTableView*>(), Qt::Key_Delete);
+            QCOMPARE(Staged(), left);
+            QCOMPARE(list.DataRowCnt(), left.size());
+        }
+        QTest::keyClick(list.findChild<QTableView*>(), Qt::Key_Delete);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QVERIFY(FileExists(m_box->Root() + u"kept.jpg"_s));
+    }
+
+    void PicturesOfTwoVisits()
+    {
+        const QString stomach = u"위내시경"_s;
+        const QString colon = u"대장내시경"_s;
+        for (int number = 1; number <= 103; ++number)
+            m_box->AddPicture(u"20250301"_s, stomach, number, u"지난해"_s);
+        m_box->AddPicture(u"20261101"_s, stomach, 1, u"위"_s);
+        m_box->AddPicture(u"20261101"_s, colon, 1, u"장"_s);
+        WriteWholeFile(m_box->PicturePath(u"20261101"_s, colon, 1), StationInABox::Jpeg({64, 64}, Qt::blue));
+        DeleteFile(m_box->PicturePath(u"20250301"_s, stomach, 2));
+        frmCapCDWrite& screen = *OpenByMenu();
+
+        InAdd(screen, [&](frmCapCDAdd& add) {
+            QCOMPARE(add.sprCapList().DataRowCnt(), 3);
+            QCOMPARE(Cell(add.sprCapList(), 1, 3), u"20250301"_s);
+            Press(add, u"cmdAddFile"_s);
+            QCOMPARE(m_box->Desk().shown, QStringList{u"추가할 자료가 없습니다.!!"_s});
+            Q_EMIT add.sprCapList().DblClick(3, 3);
+            Q_EMIT add.sprCapList().DblClick(1, 4); // An empty row changes nothing.
+            fpSpread& pictures = add.sprImageList();
+            QCOMPARE(pictures.DataRowCnt(), 21); // 102 pictures, five to a row.
+            QVERIFY(Cell(pictures, 2, 1).endsWith(u"\\2025\\위내시경\\0000123420250301003.jpg"_s));
+            pictures.setCol(2);
+            QVERIFY(!pictures.TypePictPicture().isNull());
+            Click(pictures, 1, 1);
+            Click(pictures, 3, 2, Qt::ControlModifier);
+            Click(pictures, 5, 3, Qt::ControlModifier);
+            // Gone since it was listed: left out without a word.
+            DeleteFile(m_box->PicturePath(u"20250301"_s, stomach, 16));
+            Press(add, u"cmdAddFile"_s);
+            QVERIFY(add.IsUnloaded());
+            QCOMPARE(add.findChild<QProgressBar*>(u"barCount"_s)->value(), 100);
+        });
+        QCOMPARE(Staged(), (QStringList{u"0000123420250301001.jpg"_s, u"0000123420250301009.jpg"_s}));
+        QCOMPARE(screen.sprCDDrive().DataRowCnt(), 2);
+
+        for (const int visit : {1, 2, 1}) {
+            InAdd(screen, [&](frmCapCDAdd& add) {
+                Q_EMIT add.sprCapList().DblClick(1, visit);
+                QCOMPARE(add.sprImageList().DataRowCnt(), 1);
+                Click(add.sprImageList(), 1, 1);
+                Press(add, u"cmdAddFile"_s);
+            });
+        }
+        QCOMPARE(Staged().mid(2), (QStringList{u"0000123420261101001 (2).jpg"_s, u"0000123420261101001.jpg"_s}));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+    }
+
+    void MoviesOfThisPatient()
+    {
+        const QString folder = MovieFolder(VisitContext.CaptureDir);
+        MakeFolder(folder);
+        const QList<std::pair<QString, int>> movies{{u"0000123420260101001.avi"_s, 512},
+                                                    {u"0000123420260101002.avi"_s, 1536},
+                                                    {u"0000123420261124001.avi"_s, 2560},
+                                                    {u"0000123420261124002.avi"_s, 2561}};
+        for (const auto& [name, bytes] : movies)
+            WriteWholeFile(folder + name, QByteArray(bytes, 'm'));
+        WriteWholeFile(folder + u"0000999920261124001.avi"_s, "another patient's");
+        frmCapCDWrite& screen = *OpenByMenu();
+        const auto inMovies = [&](const std::function<void(frmCapCDAdd&)>& work) {
+            InAdd(screen, [&](frmCapCDAdd& add) {
+                add.tabCapCD().setCurrentIndex(1);
+                work(add);
+            });
+        };
+        inMovies([&](frmCapCDAdd& add) {
+            fpSpread& list = add.sprMovieList();
+            QCOMPARE(list.MaxRows(), 4);
+            QStringList sizes;
+            for (int row = 1; row <= 4; ++row)
+                sizes << Cell(list, 2, row);
+            QCOMPARE(sizes, (QStringList{u"0"_s, u"2"_s, u"2"_s, u"3"_s}));
+            QCOMPARE(Cell(list, 5, 1), folder + movies[0].first);
+            Click(list, 1, 2);
+            Click(list, 3, 4, Qt::ShiftModifier);
+            QCOMPARE(list.SelectionCount(), 3);
+            DeleteFile(folder + movies[2].first);
+            Press(add, u"cmdAddFile"_s);
+        });
+        QCOMPARE(Staged(), (QStringList{movies[1].first, movies[3].first}));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(m_box->Desk().shown[0].contains(movies[2].first));
+
+        VisitContext.Chart = u"1234    "_s; // Too short to match eight characters.
+        inMovies([](frmCapCDAdd& add) { QCOMPARE(add.sprMovieList().DataRowCnt(), 0); });
+        KeepWriter();
+        writer.equipped = false;
+        VisitContext.Chart = QString::fromUtf16(StationInABox::Chart);
+        inMovies([&](frmCapCDAdd& add) {
+            Click(add.sprMovieList(), 1, 1);
+            Press(add, u"cmdAddFile"_s);
+            QCOMPARE(m_box->Desk().shown.last(), NotReady);
+            QVERIFY(!add.IsUnloaded());
+            Press(add, u"cmdExit"_s);
+        });
+    }
+
+    void TheScreenWritesADiscAndGoesOn()
+    {
+        WriteWholeFile(stagingFolder + u"a.jpg"_s, QByteArray(3000000, 'a'));
+        frmCapCDWrite& screen = *OpenByMenu();
+        QCOMPARE(screen.findChild<QComboBox*>(u"cmbCDList"_s)->currentText(), m_data->path() + u"/cd.iso"_s);
+        QTimer::singleShot(0, &screen, [&] {
+            Press(screen, u"cmdStart"_s);
+            screen.Unload();
+        });
+        Press(screen, u"cmdStart"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"CD저장 장치를 사용중입니다.!!"_s});
+        QVERIFY(QFileInfo(m_data->path() + u"/cd.iso"_s).size() > 3000000);
+        QVERIFY(FindForm(u"frmCapture"_s) != nullptr);
+    }
+
+private:
+    static void KeepWriter()
+    {
+        RegisterComponent<XPBurn>(u"BaydenBurn.XPBurn"_s, [] { return std::make_unique<KeptBurner>(); });
+        RegisterComponent<FileSystemObject>(u"Scripting.FileSystemObject"_s,
+                                            [] { return std::make_unique<ListedDrives>(); });
+    }
+    static frmCapCDWrite* OpenByMenu()
+    {
+        frmCapture& capture = Form<frmCapture>();
+        capture.Show();
+        capture.findChild<QAction*>(u"CD저장"_s)->trigger();
+        return static_cast<frmCapCDWrite*>(FindForm(u"frmCapCDWrite"_s));
+    }
+    /// Opens the choice of files by its button and runs `work` on it.
+    static void InAdd(frmCapCDWrite& screen, const std::function<void(frmCapCDAdd&)>& work)
+    {
+        bool worked = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &screen, [&] {
+            auto* add = static_cast<frmCapCDAdd*>(FindForm(u"frmCapCDAdd"_s));
+            if (add == nullptr || !add->isVisible())
+                return;
+            timer.stop();
+            work(*add);
+            worked = true;
+            add->Unload();
+        });
+        timer.start(1);
+        Press(screen, u"cmdAddFile"_s);
+        QVERIFY(worked);
+    }
+    static void Press(QWidget& form, const QString& button)
+    {
+        QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
+    }
+    static void Click(fpSpread& grid, int column, int row, Qt::KeyboardModifiers keys = Qt::NoModifier)
+    {
+        auto* view = grid.findChild<QTableView*>();
+        QTest::mouseClick(view->viewport(), Qt::LeftButton, keys,
+                          view->visualRect(view->model()->index(row - 1, column - 1)).center());
+    }
+    static QString Cell(fpSpread& grid, int column, int row)
+    {
+        grid.setRow(row);
+        grid.setCol(column);
+        return grid.Text();
+    }
+    static QStringList Staged()
+    {
+        return QDir(stagingFolder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_data;
+    std::unique_ptr<StationInABox> m_box;
+};
+
+QTEST_MAIN(CdExportTest)
+#include "CdExportTest.moc"

@@ -1,0 +1,253 @@
+#include "DiscInABox.h"
+#include "platform/disc/DiscTarget.h"
+
+#include <QRandomGenerator>
+#include <QSignalSpy>
+
+#include <csignal>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+QByteArray Noise(qsizetype bytes)
+{
+    QByteArray noise(bytes, '\0');
+    QRandomGenerator random(7);
+    for (char& byte : noise)
+        byte = static_cast<char>(random.bounded(256));
+    return noise;
+}
+
+const QString Kept = u"저장할 파일은 그대로 있습니다."_s;
+const QString Done = u"CD저장이 완료되었습니다."_s;
+} // namespace
+
+class DiscWriterTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_box = std::make_unique<DiscInABox>(); }
+    void cleanup()
+    {
+        qunsetenv("LC_ALL");
+        m_box.reset();
+    }
+
+    void TheDiscHoldsWhatWasStaged()
+    {
+        qputenv("LC_ALL", "C");
+        const QString longName = QString(79, u'가');
+        QHash<QString, QByteArray> staged{
+            {u"0000123420261124001.jpg"_s, Noise(300000)},
+            {longName + u"1.jpg"_s, "1"},
+            {longName + u"2.jpg"_s, "2"},
+            {u"폴더/속/기록 'a' \"b\" [1]*.txt"_s, "in a folder"},
+            {u"빈 파일.avi"_s, ""},
+            {u"Same.txt"_s, "S"},
+            {u"same.TXT"_s, "s"},
+        };
+        for (auto file = staged.cbegin(); file != staged.cend(); ++file)
+            m_box->Stage(file.key(), file.value());
+        QFile::link(u"/etc/hostname"_s, m_box->staging + u"link.txt"_s);
+        QFile::link(u"/etc"_s, m_box->staging + u"폴더/etc"_s);
+        QVERIFY(m_box->Burner()->Equipped());
+        QVERIFY(DiscInABox::Burn());
+        qputenv("LC_ALL", "C.UTF-8"); // For the reader; the writer needs no such thing.
+        QVERIFY2(DiscInABox::Said().startsWith(Done), qPrintable(DiscInABox::Said()));
+        QCOMPARE(m_box->ImageNames(), QStringList{u"cd.iso"_s});
+
+        // Two names that Windows takes for one.
+        staged.insert(u"same (2).TXT"_s, staged.take(u"same.TXT"_s));
+        QStringList expected;
+        for (auto file = staged.cbegin(); file != staged.cend(); ++file) {
+            expected << u'/' + file.key();
+            QCOMPARE(m_box->ContentOn(u"cd.iso"_s, expected.last()), file.value());
+        }
+        expected.sort();
+        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false).replaceInStrings(u"'\"'\"'"_s, u"'"_s), expected);
+
+        const QStringList onWindows = m_box->NamesOn(u"cd.iso"_s, true);
+        QCOMPARE(onWindows.size(), expected.size());
+        QVERIFY(onWindows.contains(u"/0000123420261124001.jpg"_s));
+        QVERIFY2(onWindows.contains(u"/빈 파일.avi"_s), qPrintable(onWindows.join(u'\n')));
+        QSet<QString> different;
+        for (const QString& name : onWindows) {
+            QVERIFY(name.section(u'/', -1).size() <= 65);
+            different.insert(name.toCaseFolded());
+        }
+        QCOMPARE(different.size(), expected.size());
+    }
+
+    void AnImageThatHoldsSomethingStays()
+    {
+        m_box->Stage(u"a.jpg"_s, "first");
+        WriteWholeFile(m_box->Images() + u"cd.iso"_s, "");
+        WriteWholeFile(m_box->Images() + u".station-burn-999999999.part"_s, "of a crash");
+        QVERIFY(DiscInABox::Burn());
+        m_box->Stage(u"b.jpg"_s, "second");
+        QVERIFY(DiscInABox::Burn());
+        QCOMPARE(m_box->ImageNames(), (QStringList{u"cd-2.iso"_s, u"cd.iso"_s}));
+        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false), QStringList{u"/a.jpg"_s});
+        QCOMPARE(m_box->NamesOn(u"cd-2.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s}));
+        QVERIFY(DiscInABox::Said().contains(u"cd-2.iso"_s));
+
+        // What has come or changed since was not written, and stays.
+        m_box->Stage(u"b.jpg"_s, "third..");
+        m_box->Stage(u"c.jpg"_s, "fourth");
+        DiscInABox::Press(u"cmdEmpty"_s);
+        QCOMPARE(QDir(m_box->staging).entryList(QDir::Files), (QStringList{u"b.jpg"_s, u"c.jpg"_s}));
+    }
+
+    void WhatCanGoWrong_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<QStringList>("said");
+        const QString writes = u"[[ \"$*\" == *-commit* ]]"_s;
+        QTest::newRow("the program is missing") << QString() << QStringList{u"xorriso"_s, u"설치"_s};
+        QTest::newRow("killed") << u"kill -9 $$"_s << QStringList{u"쓰지 못했습니다.!!"_s};
+        QTest::newRow("fails at half") << u"%1 && { echo 'xorriso : UPDATE : Writing: 100s 50.0% fifo' >&2; "
+                                          "echo 'libburn : FATAL : SCSI error on write' >&2; exit 5; }"_s.arg(writes)
+                                       << QStringList{u"쓰지 못했습니다.!!"_s, u"SCSI error on write"_s};
+        QTest::newRow("the image's disk is full")
+            << u"trap '' XFSZ; %1 && ulimit -f 200; exec $REAL \"$@\""_s.arg(writes)
+            << QStringList{u"쓰지 못했습니다.!!"_s};
+        QTest::newRow("a file vanishes before it is written")
+            << u"rm -f \"$STAGED/b.jpg\"; exec $REAL \"$@\""_s << QStringList{u"없어진 파일"_s, u"b.jpg"_s};
+        QTest::newRow("a file grows while it is written")
+            << u"$REAL \"$@\"; code=$?; echo more >> \"$STAGED/b.jpg\"; exit $code"_s
+            << QStringList{u"바뀌거나"_s, u"b.jpg"_s};
+        QTest::newRow("one byte is another on the disc")
+            << u"$REAL \"$@\" || exit; %1 && printf '\\x55' | dd of=$(echo \"$IMAGES\".station-burn-*) bs=1 "
+               "seek=$((200 * 2048)) conv=notrunc status=none"_s.arg(writes)
+            << QStringList{u"원본과 다릅니다.!!"_s, u"/a.jpg"_s};
+        QTest::newRow("a file is not on the disc") << u"$REAL \"$@\" | grep -v \"'/b.jpg'\"; exit ${PIPESTATUS[0]}"_s
+                                                   << QStringList{u"원본과 다릅니다.!!"_s, u"/b.jpg"_s};
+        QTest::newRow("nothing could be compared")
+            << u"$REAL \"$@\" | grep -v checksums; exit 0"_s << QStringList{u"확인하지 못했습니다.!!"_s};
+        QTest::newRow("killed while it is checked")
+            << u"%1 && exec $REAL \"$@\"; kill -9 $$"_s.arg(writes) << QStringList{u"확인하지 못했습니다.!!"_s};
+    }
+
+    void WhatCanGoWrong()
+    {
+        QFETCH(QString, script);
+        QFETCH(QStringList, said);
+        m_box->Stage(u"a.jpg"_s, QByteArray(900000, 'a'));
+        m_box->Stage(u"b.jpg"_s, "b");
+        m_box->Replace(script);
+        QCOMPARE(m_box->Burner()->Equipped(), !script.isEmpty());
+        QVERIFY(DiscInABox::Burn());
+        for (const QString& part : said + QStringList{Kept})
+            QVERIFY2(DiscInABox::Said().contains(part), qPrintable(DiscInABox::Said()));
+        QCOMPARE(m_box->ImageNames(), QStringList{});
+        QVERIFY(QFile::exists(m_box->staging + u"a.jpg"_s));
+        QVERIFY(!DiscInABox::Window()->findChild<QPushButton*>(u"cmdEmpty"_s)->isVisible());
+    }
+
+    void NotEnoughRoom()
+    {
+        QFile big(m_box->staging + u"big.avi"_s);
+        QVERIFY(big.open(QIODevice::WriteOnly) && big.resize(qint64(1) << 43));
+        QVERIFY(DiscInABox::Burn());
+        QVERIFY2(DiscInABox::Said().contains(u"필요한 공간 8388609 MB, 남은 공간 "_s), qPrintable(DiscInABox::Said()));
+        QCOMPARE(m_box->ImageNames(), QStringList{});
+    }
+
+    void AnEndFromOutside_data()
+    {
+        QTest::addColumn<QString>("stage");
+        QTest::addColumn<bool>("programEnds");
+        QTest::newRow("cancelled while writing") << u"-commit"_s << false;
+        QTest::newRow("cancelled while checking") << u"-check_md5_r"_s << false;
+        QTest::newRow("the station ends while writing") << u"-commit"_s << true;
+        QTest::newRow("the station ends while checking") << u"-check_md5_r"_s << true;
+    }
+
+    void AnEndFromOutside()
+    {
+        QFETCH(QString, stage);
+        QFETCH(bool, programEnds);
+        m_box->Stage(u"a.jpg"_s, "a");
+        m_box->Replace(u"[[ \"$*\" == *%1* ]] || exec $REAL \"$@\"\necho $$ > \"$IMAGES/pid.new\"; "
+                       "mv \"$IMAGES/pid.new\" \"$IMAGES/pid\"; exec sleep 1000"_s.arg(stage));
+        const auto burner = DiscInABox::Burner();
+        burner->Startburn();
+        const QString pidFile = m_box->Images() + u"pid"_s;
+        QTRY_VERIFY(QFile::exists(pidFile));
+        const int child = Files().ReadFile(pidFile).trimmed().toInt();
+        QFile::remove(pidFile);
+        QVERIFY(burner->isburning());
+        QVERIFY(!DiscInABox::Window()->close());
+        burner->Startburn(); // A second start changes nothing.
+        if (programEnds)
+            Q_EMIT qApp->aboutToQuit({});
+        else
+            DiscInABox::Press(u"cmdCancel"_s);
+        QTRY_VERIFY(!burner->isburning());
+        QTRY_VERIFY(kill(child, 0) != 0);
+        QCOMPARE(m_box->ImageNames(), QStringList{});
+        QVERIFY(QFile::exists(m_box->staging + u"a.jpg"_s));
+        if (!programEnds)
+            QVERIFY(DiscInABox::Said().contains(u"취소"_s) && DiscInABox::Said().contains(Kept));
+    }
+
+    void AStagingFolderOfThisUserAlone()
+    {
+        QFile::setPermissions(m_box->staging, QFile::Permissions::fromInt(0x7777));
+        QCOMPARE(m_box->Burner()->burnArea(), m_box->staging);
+        QCOMPARE(QFile::permissions(m_box->staging) & QFile::Permissions::fromInt(0x0077), QFile::Permissions());
+        const QString place = m_box->staging.chopped(1);
+        for (const bool isLink : {false, true}) {
+            QVERIFY(QDir(place).removeRecursively());
+            if (isLink)
+                QVERIFY(QFile::link(m_box->Images(), place));
+            else
+                WriteWholeFile(place, "a file in its place");
+            QVERIFY_EXCEPTION_THROWN(m_box->Burner()->burnArea(), PlatformError);
+            QFile::remove(place);
+        }
+        UseService<BurnerOptions>().UseImage(m_box->Images() + u"not there/cd.iso"_s);
+        QVERIFY(!m_box->Burner()->Equipped());
+    }
+
+    void MediaOfADrive_data()
+    {
+        QTest::addColumn<QStringList>("report"); // Profile, state, blocks, space.
+        QTest::addColumn<bool>("writable");
+        QTest::addColumn<bool>("holdsData");
+        QTest::addColumn<bool>("once");
+        QTest::addColumn<int>("freeSectors");
+        const QString blocks = u"0 readable , 359849 writable , 359849 overall"_s;
+        const QString full = u"9000 readable , 0 writable , 359849 overall"_s;
+        QTest::newRow("CD-R") << QStringList{u"CD-R"_s, u"is blank"_s, blocks, u"359848s"_s} << true << false << true
+                              << 359848;
+        QTest::newRow("CD-RW") << QStringList{u"CD-RW"_s, u"is blank"_s, blocks, u"359848s"_s} << true << false << false
+                               << 359848;
+        QTest::newRow("CD-RW in use") << QStringList{u"CD-RW"_s, u"is written , is closed"_s, full, u"0s"_s} << true
+                                      << true << false << 359849;
+        QTest::newRow("CD-R in use") << QStringList{u"CD-R"_s, u"is written , is appendable"_s, full, u"300000s"_s}
+                                     << false << false << true << 0;
+        QTest::newRow("no medium") << QStringList{{}, {}, {}, {}} << false << false << true << 0;
+    }
+
+    void MediaOfADrive()
+    {
+        QFETCH(QStringList, report);
+        QFETCH(bool, writable);
+        QFETCH(bool, holdsData);
+        QFETCH(bool, once);
+        QFETCH(int, freeSectors);
+        const DiscMedium medium = MediumFromReport(report[0], report[1], report[2], report[3]);
+        QCOMPARE(medium.writable, writable);
+        QCOMPARE(medium.holdsData && medium.writable, holdsData);
+        QCOMPARE(medium.once, once);
+        QCOMPARE(medium.freeBytes, freeSectors * qint64(2048));
+    }
+
+private:
+    std::unique_ptr<DiscInABox> m_box;
+};
+
+QTEST_MAIN(DiscWriterTest)
+#include "DiscWriterTest.moc"
