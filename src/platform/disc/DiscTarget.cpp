@@ -38,8 +38,7 @@ void RemoveLeftovers(const QString& folder)
     }
 }
 
-} // namespace
-
+/// What xorriso tells of a drive's medium: profile, state, blocks, and the room left.
 DiscMedium MediumFromReport(const QString& profile, const QString& status, const QString& blocks, const QString& space)
 {
     static const QRegularExpression rewritable(u"RW|RAM|BD-RE"_s);
@@ -54,6 +53,8 @@ DiscMedium MediumFromReport(const QString& profile, const QString& status, const
     medium.freeBytes = medium.writable ? sectors * SectorBytes : 0;
     return medium;
 }
+
+} // namespace
 
 DiscMedium DiscTarget::Medium() const
 {

@@ -37,6 +37,3 @@ private:
     bool m_isImage;
     QString m_partial;
 };
-
-/// Reads a drive's medium from what xorriso tells about it: profile, state, blocks.
-DiscMedium MediumFromReport(const QString& profile, const QString& status, const QString& blocks, const QString& space);

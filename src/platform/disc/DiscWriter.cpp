@@ -56,7 +56,7 @@ QStringList Differences(const QHash<QString, qint64>& expected, const QHash<QStr
 
 } // namespace
 
-DiscWriter::DiscWriter()
+DiscWriter::DiscWriter(QString devices) : m_devices(std::move(devices))
 {
     m_checkTimer.setInterval(CheckLookMs);
     connect(&m_checkTimer, &QTimer::timeout, this, GuardedSlot([this] {
@@ -87,7 +87,7 @@ DiscWriter::~DiscWriter()
 
 QList<DriveEntry> DiscWriter::Drives() const
 {
-    return ListDiscDrives(m_image);
+    return ListDiscDrives(m_image, m_devices);
 }
 
 bool DiscWriter::Equipped() const

@@ -19,7 +19,8 @@ class DiscWriter : public QObject
     Q_OBJECT
 
 public:
-    DiscWriter();
+    /// `devices` is the folder of device files.
+    explicit DiscWriter(QString devices = QStringLiteral("/dev/"));
     ~DiscWriter() override;
 
     void UseImage(const QString& path) { m_image = path; }
@@ -55,6 +56,7 @@ private:
     void ShowBytes(qint64 bytes, double share);
     BurnWindow& Window();
 
+    QString m_devices;
     QString m_image;
     bool m_burning = false;
     bool m_cancelled = false;

@@ -2,21 +2,22 @@
 
 #include "contracts/files.h"
 
-#include <QCollator>
 #include <QDir>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
-QList<DriveEntry> ListDiscDrives(const QString& image)
+QList<DriveEntry> ListDiscDrives(const QString& image, const QString& devices)
 {
     if (!image.isEmpty())
         return {{DriveTypeCd, NativePath(image)}};
-    QStringList names = QDir(u"/dev"_s).entryList({u"sr[0-9]*"_s}, QDir::System);
-    QCollator byNumber(QLocale::c());
-    byNumber.setNumericMode(true);
-    std::sort(names.begin(), names.end(), byNumber);
+    QStringList names = QDir(devices).entryList({u"sr[0-9]*"_s}, QDir::Files | QDir::System);
+    const auto number = [](const QString& name) { return name.mid(2).toInt(); };
+    std::sort(names.begin(), names.end(),
+              [&](const QString& one, const QString& other) { return number(one) < number(other); });
     QList<DriveEntry> drives;
     for (const QString& name : names)
-        drives.append({DriveTypeCd, u"/dev/"_s + name});
+        drives.append({DriveTypeCd, devices + name});
     return drives;
 }

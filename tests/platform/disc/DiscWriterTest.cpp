@@ -1,5 +1,5 @@
+#include "platform/disc/DiscWriter.h"
 #include "DiscInABox.h"
-#include "platform/disc/DiscTarget.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
@@ -211,38 +211,58 @@ private Q_SLOTS:
         QVERIFY(!m_box->Burner()->Equipped());
     }
 
-    void MediaOfADrive_data()
+    void ADrive_data()
     {
-        QTest::addColumn<QStringList>("report"); // Profile, state, blocks, space.
-        QTest::addColumn<bool>("writable");
-        QTest::addColumn<bool>("holdsData");
-        QTest::addColumn<bool>("once");
-        QTest::addColumn<int>("freeSectors");
-        const QString blocks = u"0 readable , 359849 writable , 359849 overall"_s;
-        const QString full = u"9000 readable , 0 writable , 359849 overall"_s;
-        QTest::newRow("CD-R") << QStringList{u"CD-R"_s, u"is blank"_s, blocks, u"359848s"_s} << true << false << true
-                              << 359848;
-        QTest::newRow("CD-RW") << QStringList{u"CD-RW"_s, u"is blank"_s, blocks, u"359848s"_s} << true << false << false
-                               << 359848;
-        QTest::newRow("CD-RW in use") << QStringList{u"CD-RW"_s, u"is written , is closed"_s, full, u"0s"_s} << true
-                                      << true << false << 359849;
-        QTest::newRow("CD-R in use") << QStringList{u"CD-R"_s, u"is written , is appendable"_s, full, u"300000s"_s}
-                                     << false << false << true << 0;
-        QTest::newRow("no medium") << QStringList{{}, {}, {}, {}} << false << false << true << 0;
+        QTest::addColumn<QStringList>("disc"); // Profile, state, and the free sectors as far as they can be told.
+        QTest::addColumn<bool>("equipped");
+        QTest::addColumn<bool>("asked");
+        QTest::addColumn<bool>("answer");
+        QTest::addColumn<QString>("said");
+        const QStringList blank{u"CD-R"_s, u"is blank"_s, u"359848"_s};
+        const QStringList small{u"CD-R"_s, u"is blank"_s, u"300"_s};
+        const QStringList inUse{u"CD-R"_s, u"is written , is appendable"_s, u"300000"_s};
+        const QStringList rewritable{u"CD-RW"_s, u"is written , is closed"_s, u"0"_s};
+        QTest::newRow("empty") << blank << true << false << false << Done;
+        QTest::newRow("too small") << small << true << false << false << u"필요한 공간 1.0 MB, 남은 공간 0.6 MB"_s;
+        QTest::newRow("to be blanked") << rewritable << true << true << true << Done;
+        QTest::newRow("to be kept") << rewritable << true << true << false << u"취소"_s;
+        QTest::newRow("in use") << inUse << false << false << false << u"쓸 수 없습니다.!!"_s;
     }
 
-    void MediaOfADrive()
+    void ADrive()
     {
-        QFETCH(QStringList, report);
-        QFETCH(bool, writable);
-        QFETCH(bool, holdsData);
-        QFETCH(bool, once);
-        QFETCH(int, freeSectors);
-        const DiscMedium medium = MediumFromReport(report[0], report[1], report[2], report[3]);
-        QCOMPARE(medium.writable, writable);
-        QCOMPARE(medium.holdsData && medium.writable, holdsData);
-        QCOMPARE(medium.once, once);
-        QCOMPARE(medium.freeBytes, freeSectors * qint64(2048));
+        QFETCH(QStringList, disc);
+        QFETCH(bool, equipped);
+        QFETCH(bool, asked);
+        QFETCH(bool, answer);
+        QFETCH(QString, said);
+        WriteWholeFile(m_box->Images() + u"sr10"_s, "");
+        WriteWholeFile(m_box->Images() + u"sr2"_s, "");
+        const QByteArray script =
+            Files().ReadFile(QStringLiteral(STATION_SOURCE_FOLDER "/tests/platform/disc/hand_fed_drive.sh"));
+        m_box->Replace(QString::fromUtf8(script).arg(disc[0], disc[1], disc[2]));
+        m_box->Stage(u"a.jpg"_s, "a");
+        m_box->desk->answers = {answer};
+        DiscWriter writer(m_box->Images());
+        QCOMPARE(writer.Drives().value(0).Path, m_box->Images() + u"sr2"_s);
+        QCOMPARE(writer.Equipped(), equipped);
+        writer.StartBurn();
+        QCOMPARE(m_box->desk->shown.size(), asked ? 1 : 0);
+        const bool writes = said == Done;
+        QCOMPARE(writer.IsBurning(), writes);
+        if (writes) {
+            const auto* cancel = DiscInABox::Window()->findChild<QPushButton*>(u"cmdCancel"_s);
+            QCOMPARE(cancel->isEnabled(), asked);
+            QTRY_VERIFY(DiscInABox::Said().contains(u"다시 넣어"_s));
+            QVERIFY(cancel->isEnabled());
+            QTRY_VERIFY_WITH_TIMEOUT(!writer.IsBurning(), 10000);
+            QCOMPARE(Files().ReadFile(m_box->Images() + u"log"_s),
+                     (asked ? "blank\n" : "") + QByteArray("eject\ncheck\ncheck\n"));
+            QCOMPARE(m_box->NamesOn(u"sr2"_s, false), QStringList{u"/a.jpg"_s});
+        } else {
+            QCOMPARE(QFileInfo(m_box->Images() + u"sr2"_s).size(), 0);
+        }
+        QVERIFY2(DiscInABox::Said().contains(said), qPrintable(DiscInABox::Said()));
     }
 
 private:
