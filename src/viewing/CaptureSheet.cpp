@@ -104,15 +104,13 @@ void PrintHeader(const SheetPage& page, const CaptureSheetRecord& sheet, int pag
     page.Text(13, 14, 2, 12, u"Findings"_s);
 }
 
-void PrintPictures(const SheetPage& page, const QStringList& paths, ImagXpress& carrier)
+void PrintPictures(const SheetPage& page, const QStringList& paths, PictureBatch& pictures, ImagXpress& carrier)
 {
-    // The page's pictures are decoded while the first of them are drawn.
-    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, QSize());
     for (int place = 0; place < paths.size(); ++place) {
         const int row = FirstBandRow + place / 2 * BandRows;
         const int column = place % 2 == 0 ? LeftColumn : RightColumn;
         carrier.setPicture(LoadPicture(QString()));
-        carrier.setPicture(batch->Take(place));
+        carrier.setPicture(pictures.Take(place));
         if (carrier.Picture().isNull())
             page.MissingPicture(row, column, paths[place]);
         else
@@ -152,9 +150,15 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
     const auto canvas = CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s);
     const SheetPage page(*canvas, grid);
     const qsizetype pages = (sheet.Pictures.size() + PicturesOnPage - 1) / PicturesOnPage;
+    const auto pathsOf = [&sheet](int number) {
+        return sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
+    };
+    std::unique_ptr<PictureBatch> pictures = Pictures().LoadAll(pathsOf(1), QSize());
     for (int number = 1; number <= pages; ++number) {
         PrintHeader(page, sheet, number);
-        PrintPictures(page, sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage), carrier);
+        PrintPictures(page, pathsOf(number), *pictures, carrier);
+        // Decoded while this page is written; no further ahead, so that a long visit takes no more memory.
+        pictures = Pictures().LoadAll(pathsOf(number + 1), QSize());
         page.Line(2, 77, 69, 77);
         Printer().EndDoc();
     }
