@@ -50,16 +50,14 @@ void FrameMissingPicture(const PrintedPage& page, const PrintedPlace& at, const 
     page.Text({middle, middle + 1, at.column, at.column2}, path.section(u'\\', -1), u"C"_s);
 }
 
-void PrintPictures(const PrintedPage& page, const QStringList& paths, ImagXpress& carrier)
+void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBatch& pictures, ImagXpress& carrier)
 {
-    // The page's pictures are decoded while the first of them are drawn.
-    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, QSize());
     for (int place = 0; place < paths.size(); ++place) {
         const int row = FirstBandRow + place / 2 * BandRows;
         const int column = place % 2 == 0 ? LeftColumn : RightColumn;
         const PrintedPlace at = {row, row + PictureRows, column, column + PictureColumns};
         carrier.setPicture(LoadPicture(QString()));
-        carrier.setPicture(batch->Take(place));
+        carrier.setPicture(pictures.Take(place));
         if (carrier.Picture().isNull())
             FrameMissingPicture(page, at, paths[place]);
         else
@@ -95,11 +93,17 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
 {
     const PrintedPage page;
     const qsizetype pages = (sheet.Pictures.size() + PicturesOnPage - 1) / PicturesOnPage;
+    const auto pathsOf = [&sheet](int number) {
+        return sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
+    };
+    std::unique_ptr<PictureBatch> pictures = Pictures().LoadAll(pathsOf(1), QSize());
     for (int number = 1; number <= pages; ++number) {
         page.Head(HeadOf(sheet), number);
         page.Font(12);
         page.Text({13, 14, 2, 12}, u"Findings"_s);
-        PrintPictures(page, sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage), carrier);
+        PrintPictures(page, pathsOf(number), *pictures, carrier);
+        // Decoded while this page is written; no further ahead, so that a long visit takes no more memory.
+        pictures = Pictures().LoadAll(pathsOf(number + 1), QSize());
         page.Rule(77);
         Printer().EndDoc();
     }

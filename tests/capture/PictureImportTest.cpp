@@ -247,6 +247,15 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
     }
 
+    void WithoutAChartNothingIsStored()
+    {
+        Open();
+        VisitContext.Chart = u"  "_s;
+        Import(m_files.Path(u"colours.png"_s));
+        QCOMPARE(m_box->Desk().shown, QStringList{u"차트번호가 없습니다.!! 확인하세요.!1"_s});
+        QVERIFY(NothingIsStored());
+    }
+
     void ARefusingFolderStoresNothing_data()
     {
         QTest::addColumn<int>("failing");

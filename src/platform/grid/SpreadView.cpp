@@ -1,6 +1,7 @@
 #include "platform/grid/SpreadView.h"
 
 #include "contracts/files.h"
+#include "contracts/guard.h"
 #include "platform/grid/key_codes.h"
 #include "platform/grid/SpreadModel.h"
 
@@ -115,7 +116,8 @@ void SpreadView::DragFileOf(const QModelIndex& index)
     drag->setMimeData(content);
     if (const SpreadCell* cell = m_model.Cells().Find(index.row(), index.column()); cell && cell->picture)
         drag->setPixmap(QPixmap::fromImage(cell->picture->image));
-    drag->exec(Qt::CopyAction);
+    // Serves events until the drag is over; a screen that is closed meanwhile must not go while its view is at work.
+    Guarded([drag] { drag->exec(Qt::CopyAction); });
 }
 
 void SpreadView::dragEnterEvent(QDragEnterEvent* event)
