@@ -129,17 +129,14 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
     const bool pictureCell = row % 2 == 1 && PictureColumns(2).contains(column);
     if (Trim(VisitContext.Chart).isEmpty() || !pictureCell)
         return;
-    const QString etc = Trim(m_controls.lblHisEtc.text());
-    const QString ymd = m_controls.lblHisYmd.text().remove(u'-');
-    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
-    fpSpread& grid = m_controls.historyPictures;
+    const CaptureVisit visit = ShownVisit(2);
     VisitContext.ImageSaved = false;
-    OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, grid, column, row);
+    OpenPictureEditor(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, Grid(2), column, row);
     if (!VisitContext.ImageSaved)
         return;
     ++m_lineShown;
     const StillCapture::Hold hold(m_stills);
-    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, grid, 2, true);
+    FillPictures(visit, 2, true);
 }
 
 bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)

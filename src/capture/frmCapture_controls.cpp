@@ -31,15 +31,6 @@ const QList<CommandBar::Button> Commands = {
     {u"종료"_s, u"Exit"_s, {}},
 };
 
-template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
-{
-    control->setObjectName(name);
-    control->setAccessibleName(accessibleName);
-    control->setGeometry(place);
-    return control;
-}
-
 QLabel* MakeLabel(QWidget* parent, const QString& name, const QString& text, const QRect& place)
 {
     return Named(new QLabel(text, parent), name, text, place);

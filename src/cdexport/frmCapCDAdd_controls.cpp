@@ -19,15 +19,6 @@ constexpr int ImageRows = 20;
 constexpr int ImageColumns = 5;
 constexpr double ImageHeightPoints = 42;
 
-template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
-{
-    control->setObjectName(name);
-    control->setAccessibleName(accessibleName);
-    control->setGeometry(place);
-    return control;
-}
-
 fpSpread* PlaceGrid(QWidget* parent, const QString& name, const QString& accessibleName, const QRect& place)
 {
     return Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, parent), name, accessibleName, place);

@@ -42,8 +42,8 @@ public:
     virtual void ShowPrinterDialog() = 0;
 
     /// The platform's dialog for opening one file. It begins in `folder`; with none in that of the file chosen last.
-    /// `filter` is pairs of a label and its patterns, each text with a NUL behind it, and one more NUL at the end; empty
-    /// for all files. Nothing when it is cancelled; an empty text when it was confirmed without a name.
+    /// `filter` is pairs of a label and its patterns, each text with a NUL behind it, and one more NUL at the end;
+    /// empty for all files. Nothing when it is cancelled; an empty text when it was confirmed without a name.
     virtual std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) = 0;
 
     /// The command string that started the program, as it stood.

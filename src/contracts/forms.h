@@ -64,3 +64,14 @@ T& Form()
     static_cast<StationForm*>(form)->Form_Load();
     return *form;
 }
+
+/// A control of a form under its name in the system, which is also how an outside driver finds it, and its caption or
+/// label, by which a screen reader does. `place` is in pixels.
+template <class Control>
+Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
+{
+    control->setObjectName(name);
+    control->setAccessibleName(accessibleName);
+    control->setGeometry(place);
+    return control;
+}

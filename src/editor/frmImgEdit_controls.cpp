@@ -19,15 +19,6 @@ constexpr int ButtonTop = 45;
 constexpr int ButtonHeight = 405;
 constexpr int IconPixels = 20;
 
-template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
-{
-    control->setObjectName(name);
-    control->setAccessibleName(accessibleName);
-    control->setGeometry(place);
-    return control;
-}
-
 /// A button of the strip. A picture of that name stands on it, unless it is empty.
 QToolButton* MakeButton(QWidget* strip, const QString& name, const QString& tip, const QString& picture, int left,
                         int width)

@@ -29,15 +29,6 @@ constexpr char16_t Colours[] =
     "#frmCapSogyon > #cmbPdd * { color: #c24e00; background: #ffffff; }"
     "#frmCapSogyon > QPushButton { padding: 2px; }";
 
-template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
-{
-    control->setObjectName(name);
-    control->setAccessibleName(accessibleName);
-    control->setGeometry(place);
-    return control;
-}
-
 QLabel* MakeLabel(QWidget* parent, const QString& text, const QRect& place)
 {
     auto* label = new QLabel(text, parent);
