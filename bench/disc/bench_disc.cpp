@@ -98,7 +98,7 @@ double TimedRun(const QStringList& arguments, double& gapMs)
     QProcess process;
     // It looks for its own end as often as it reports.
     process.start(u"xorriso"_s, QStringList{u"-no_rc"_s, u"-charset"_s, u"UTF-8"_s, u"-md5"_s, u"on"_s, u"-pacifier"_s,
-                                            u"interval=0.5"_s} +
+                                            u"interval=0.1"_s} +
                                     arguments);
     while (process.state() != QProcess::NotRunning)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);

@@ -20,7 +20,7 @@ const QStringList& FirstCommands()
 {
     static const QStringList commands{
         u"-no_rc"_s,          u"-abort_on"_s, u"FAILURE"_s,       u"-return_with"_s, u"SORRY"_s,     u"32"_s,
-        u"-charset"_s,        u"UTF-8"_s,     u"-md5"_s,          u"on"_s,           u"-pacifier"_s, u"interval=0.5"_s,
+        u"-charset"_s,        u"UTF-8"_s,     u"-md5"_s,          u"on"_s,           u"-pacifier"_s, u"interval=0.1"_s,
         u"-iso_rr_pattern"_s, u"off"_s,       u"-disk_pattern"_s, u"off"_s};
     return commands;
 }
