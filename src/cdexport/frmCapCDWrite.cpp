@@ -14,6 +14,7 @@
 #include "records/text/text_routines.h"
 
 #include <QComboBox>
+#include <QEvent>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
@@ -117,6 +118,32 @@ void frmCapCDWrite::ListStagingArea(const QString& folder)
     } catch (const PlatformError&) {
         // The list stays as short as what could be read.
     }
+}
+
+void frmCapCDWrite::FollowStagingArea()
+{
+    QStringList shown;
+    for (int row = 1; row <= m_sprCDDrive->DataRowCnt(); ++row) {
+        m_sprCDDrive->setRow(row);
+        m_sprCDDrive->setCol(1);
+        shown << m_sprCDDrive->Text();
+    }
+    try {
+        QStringList there;
+        for (const FolderEntry& entry : Files().Entries(m_stagingPath))
+            there << entry.Name;
+        if (shown != there)
+            ListStagingArea(m_stagingPath);
+    } catch (const PlatformError&) {
+        // A message would activate the screen again when it is closed.
+    }
+}
+
+bool frmCapCDWrite::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowActivate && !IsUnloaded() && !m_stagingPath.isEmpty())
+        Guarded([this] { FollowStagingArea(); });
+    return StationForm::event(event);
 }
 
 void frmCapCDWrite::FindFile()

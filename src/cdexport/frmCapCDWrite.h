@@ -21,12 +21,15 @@ public:
 
 protected:
     void Form_Load() override;
+    bool event(QEvent* event) override;
 
 private:
     void BuildControls();
     QPushButton* AddButton(const QString& name, const QString& caption, int left);
 
     void ListStagingArea(const QString& folder);
+    /// Lists the folder again when other names lie in it than are shown: the writer's window can empty it.
+    void FollowStagingArea();
     void FindFile();
     void AddFiles();
     void DeleteStagedFile();

@@ -302,6 +302,18 @@ private Q_SLOTS:
         });
     }
 
+    /// The writer's own window has emptied the folder.
+    void TheListFollowsTheFolder()
+    {
+        WriteWholeFile(stagingFolder + u"a.jpg"_s, "a");
+        frmCapCDWrite& screen = *OpenByMenu();
+        QCOMPARE(screen.sprCDDrive().DataRowCnt(), 1);
+        DeleteFile(stagingFolder + u"a.jpg"_s);
+        QEvent activated(QEvent::WindowActivate);
+        QCoreApplication::sendEvent(&screen, &activated);
+        QCOMPARE(screen.sprCDDrive().DataRowCnt(), 0);
+    }
+
     void TheScreenWritesADiscAndGoesOn()
     {
         WriteWholeFile(stagingFolder + u"a.jpg"_s, QByteArray(3000000, 'a'));
