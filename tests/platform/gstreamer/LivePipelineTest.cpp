@@ -80,8 +80,8 @@ private Q_SLOTS:
     void AStreamThatEndsTellsOfIt_data()
     {
         QTest::addColumn<QByteArray>("elements");
-        QTest::newRow("end of stream") << QByteArray("videotestsrc num-buffers=3");
-        QTest::newRow("fault") << QByteArray("videotestsrc is-live=true ! identity error-after=3");
+        QTest::newRow("end of stream") << QByteArray("videotestsrc is-live=true num-buffers=12");
+        QTest::newRow("fault") << QByteArray("videotestsrc is-live=true ! identity error-after=12");
     }
 
     void AStreamThatEndsTellsOfIt()

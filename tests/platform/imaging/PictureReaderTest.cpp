@@ -236,7 +236,7 @@ void PictureReaderTest::BatchKeepsOrderAndReportsOnItsThread()
     const auto batch = Pictures().LoadAll(paths, {400, 400});
     int reports = 0;
     connect(batch.get(), &PictureBatch::Ready, this, [&] {
-        QCOMPARE(QThread::currentThread(), qApp->thread());
+        QCOMPARE(QThread::currentThread(), thread());
         ++reports;
     });
     for (int index = 0; index < paths.size(); ++index) {
