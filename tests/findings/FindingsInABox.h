@@ -46,6 +46,14 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
         ShowPatientPanels(*m_panels);
     }
 
+    /// Both engines as the column "driver" of a test's data.
+    static void AddEngines()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("sqlite") << QStringLiteral("QSQLITE");
+        QTest::newRow("mariadb") << QStringLiteral("QMARIADB");
+    }
+
     fpSpread& Grid() { return *m_grid; }
 
     frmCapSogyon& Open(int gridNumber = 1)

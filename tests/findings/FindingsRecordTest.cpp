@@ -11,12 +11,7 @@ class FindingsRecordTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase_data()
-    {
-        QTest::addColumn<QString>("driver");
-        QTest::newRow("sqlite") << u"QSQLITE"_s;
-        QTest::newRow("mariadb") << u"QMARIADB"_s;
-    }
+    void initTestCase_data() { FindingsInABox::AddEngines(); }
 
     void init()
     {
