@@ -8,8 +8,10 @@
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "launch/context/VisitContext.h"
+#include "records/capture_index.h"
 #include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
+#include "records/picture_grid.h"
 #include "records/Statement.h"
 #include "records/text/text_routines.h"
 
@@ -25,30 +27,13 @@ namespace {
 constexpr int TabImages = 0;
 constexpr int MovieRows = 9999;
 constexpr qsizetype ChartColumns = 8;
-/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
-constexpr int DecodeWaitMs = 30000;
-
-QString CellText(fpSpread& grid, int column, int row)
-{
-    grid.setRow(row);
-    grid.setCol(column);
-    return grid.Text();
-}
 
 QStringList StoredPictures(const QString& ymd, const QString& etc)
 {
-    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
-                                   .Quoted(u" WHERE cap_chart = '", VisitContext.Chart)
-                                   .Quoted(u" AND cap_ymd = '", ymd)
-                                   .Quoted(u" AND cap_etc = '", etc)
-                                   .Piece(u" AND cap_gubun = 'A' ")
-                                   .Piece(u" ORDER BY cap_no ASC "));
     const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
     QStringList paths;
-    for (; !rows->Eof(); rows->MoveNext())
-        paths << PicturePath(folder, etc, VisitContext.Chart, ymd, FieldNumber(*rows, u"cap_no"_s),
-                             VisitContext.ImageExt);
-    rows->Close();
+    for (const int number : StoredNumbers(VisitContext.Chart, ymd, etc, NumberOrder::Ascending))
+        paths << PicturePath(folder, etc, VisitContext.Chart, ymd, number, VisitContext.ImageExt);
     return paths;
 }
 
@@ -101,8 +86,8 @@ void frmCapCDAdd::ListCdVisits()
 
 void frmCapCDAdd::ListVisitImages(int row)
 {
-    const QString ymd = CellText(*m_sprCapList, 1, row).remove(u'-');
-    const QString etc = Trim(CellText(*m_sprCapList, 2, row));
+    const QString ymd = m_sprCapList->TextAt(1, row).remove(u'-');
+    const QString etc = Trim(m_sprCapList->TextAt(2, row));
     if (Trim(ymd).isEmpty() || etc.isEmpty())
         return;
     m_sprImageList->DeleteRows(1, m_sprImageList->MaxRows());
@@ -114,13 +99,11 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
     fpSpread& grid = *m_sprImageList;
     const int fill = grid.BeginFill();
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, grid.CellPixels(1, 1));
-    Desktop& desktop = UseService<Desktop>();
     int row = 1;
     int column = 0;
     for (int at = 0; at < paths.size(); ++at) {
-        desktop.PumpEvents();
-        desktop.PumpEventsUntil([&] { return !grid.IsCurrentFill(fill) || batch->IsReady(at); }, DecodeWaitMs);
-        if (!grid.IsCurrentFill(fill))
+        const std::optional<QImage> picture = AwaitPicture(&grid, fill, *batch, at);
+        if (!picture)
             return;
         if (!FileExists(paths[at]))
             continue;
@@ -130,12 +113,7 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
         }
         if (row > grid.MaxRows())
             grid.setMaxRows(row);
-        grid.setRow(row);
-        grid.setCol(column);
-        grid.setCellType(CellTypePicture);
-        grid.setTypePictCenter(true);
-        grid.setTypePictStretch(true);
-        grid.setTypePictPicture(batch->IsReady(at) ? batch->Take(at) : QImage());
+        ShowPicture(grid, row, column, *picture);
         grid.setText(paths[at]);
     }
 }
@@ -170,7 +148,7 @@ QList<QStringList> frmCapCDAdd::ChosenImages()
     for (int row = 1; row <= m_sprImageList->MaxRows(); ++row) {
         QStringList paths;
         for (int column = 1; column <= m_sprImageList->MaxCols(); ++column) {
-            const QString path = CellText(*m_sprImageList, column, row);
+            const QString path = m_sprImageList->TextAt(column, row);
             if (m_sprImageList->IsCellSelected(column, row) && !path.isEmpty())
                 paths << path;
         }
@@ -185,8 +163,8 @@ QList<QStringList> frmCapCDAdd::ChosenMovies()
     for (int index = 0; index < m_sprMovieList->SelectionCount(); ++index) {
         const int row = m_sprMovieList->GetSelection(index).Row;
         QStringList paths;
-        if (!Trim(CellText(*m_sprMovieList, 1, row)).isEmpty())
-            paths << CellText(*m_sprMovieList, 5, row);
+        if (!Trim(m_sprMovieList->TextAt(1, row)).isEmpty())
+            paths << m_sprMovieList->TextAt(5, row);
         steps << paths;
     }
     return steps;

@@ -109,31 +109,33 @@ void frmCapCDWrite::Form_Load()
 void frmCapCDWrite::ListStagingArea(const QString& folder)
 {
     try {
-        const QList<FolderEntry> entries = Files().Entries(folder);
-        m_sprCDDrive->ClearRange(1, 1, m_sprCDDrive->MaxCols(), m_sprCDDrive->MaxRows(), false);
-        m_sprCDDrive->setMaxRows(static_cast<int>(entries.size()));
-        int row = 0;
-        for (const FolderEntry& entry : entries)
-            WriteFileRow(*m_sprCDDrive, ++row, entry);
+        ShowEntries(Files().Entries(folder));
     } catch (const PlatformError&) {
         // The list stays as short as what could be read.
     }
 }
 
+void frmCapCDWrite::ShowEntries(const QList<FolderEntry>& entries)
+{
+    m_sprCDDrive->ClearRange(1, 1, m_sprCDDrive->MaxCols(), m_sprCDDrive->MaxRows(), false);
+    m_sprCDDrive->setMaxRows(static_cast<int>(entries.size()));
+    int row = 0;
+    for (const FolderEntry& entry : entries)
+        WriteFileRow(*m_sprCDDrive, ++row, entry);
+}
+
 void frmCapCDWrite::FollowStagingArea()
 {
     QStringList shown;
-    for (int row = 1; row <= m_sprCDDrive->DataRowCnt(); ++row) {
-        m_sprCDDrive->setRow(row);
-        m_sprCDDrive->setCol(1);
-        shown << m_sprCDDrive->Text();
-    }
+    for (int row = 1; row <= m_sprCDDrive->DataRowCnt(); ++row)
+        shown << m_sprCDDrive->TextAt(1, row);
     try {
+        const QList<FolderEntry> entries = Files().Entries(m_stagingPath);
         QStringList there;
-        for (const FolderEntry& entry : Files().Entries(m_stagingPath))
+        for (const FolderEntry& entry : entries)
             there << entry.Name;
         if (shown != there)
-            ListStagingArea(m_stagingPath);
+            ShowEntries(entries);
     } catch (const PlatformError&) {
         // A message would activate the screen again when it is closed.
     }
@@ -176,10 +178,8 @@ void frmCapCDWrite::AddFiles()
 void frmCapCDWrite::DeleteStagedFile()
 {
     const int row = m_sprCDDrive->ActiveRow();
-    m_sprCDDrive->setRow(row);
-    m_sprCDDrive->setCol(1);
     // Blanks at the ends belong to a file's name.
-    const QString name = m_sprCDDrive->Text();
+    const QString name = m_sprCDDrive->TextAt(1, row);
     if (Trim(name).isEmpty())
         return;
     const QString path = m_stagingPath + CheckedPathPart(name);

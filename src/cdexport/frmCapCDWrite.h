@@ -1,5 +1,6 @@
 #pragma once
 
+#include "contracts/files.h"
 #include "contracts/forms.h"
 
 class fpSpread;
@@ -28,6 +29,7 @@ private:
     QPushButton* AddButton(const QString& name, const QString& caption, int left);
 
     void ListStagingArea(const QString& folder);
+    void ShowEntries(const QList<FolderEntry>& entries);
     /// Lists the folder again when other names lie in it than are shown: the writer's window can empty it.
     void FollowStagingArea();
     void FindFile();

@@ -75,6 +75,13 @@ public:
     virtual QImage TypePictPicture() const = 0;
     virtual QString Text() const = 0;
     virtual void setText(const QString& text) = 0;
+    /// `Text` of that cell, which becomes the current one.
+    QString TextAt(int column, int row)
+    {
+        setRow(row);
+        setCol(column);
+        return Text();
+    }
     /// "1" for a ticked box, "0" for one that isn't; of other cells the text.
     virtual QString Value() const = 0;
     virtual void setValue(const QString& value) = 0;

@@ -82,7 +82,7 @@ void frmImgEdit::ConnectControls()
                         Zoom(by);
                 }));
     }
-    const auto onKey = [this](QKeySequence::StandardKey key, QToolButton* button) {
+    const auto onKey = [this](auto key, QToolButton* button) {
         auto* shortcut = new QShortcut(key, this);
         connect(shortcut, &QShortcut::activated, this, GuardedSlot([this, button] {
                     if (!m_textOpen && !m_isDrawing)
@@ -92,11 +92,7 @@ void frmImgEdit::ConnectControls()
     onKey(QKeySequence::Undo, m_cmdUnDo);
     onKey(QKeySequence::Save, m_cmdISave);
     // Named by its keys: the desktops disagree about the standard one.
-    auto* redo = new QShortcut(Qt::CTRL | Qt::Key_Y, this);
-    connect(redo, &QShortcut::activated, this, GuardedSlot([this] {
-                if (!m_textOpen && !m_isDrawing)
-                    m_cmdReDo->click();
-            }));
+    onKey(Qt::CTRL | Qt::Key_Y, m_cmdReDo);
 
     connect(m_imgMain, &ImagXpress::MouseDown, this,
             GuardedSlot([this](int button, int, float x, float y) { OnPress(button, x, y); }));

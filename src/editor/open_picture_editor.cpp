@@ -10,9 +10,7 @@
 void OpenPictureEditor(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& captureDir,
                        const QString& etc, fpSpread& grid, int column, int row)
 {
-    grid.setRow(row + 1);
-    grid.setCol(column);
-    const QString number = grid.Text();
+    const QString number = grid.TextAt(column, row + 1);
     if (!IsNumericText(number))
         return;
     const QString path = PicturePath(captureDir, etc, chart, ymd, WholeNumber(number), VisitContext.ImageExt);

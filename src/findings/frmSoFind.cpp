@@ -248,9 +248,7 @@ bool frmSoFind::eventFilter(QObject* watched, QEvent* event)
 void frmSoFind::OpenRow(int row)
 {
     const auto end = qScopeGuard([this] { Unload(); });
-    m_sprSo->setRow(row);
-    m_sprSo->setCol(1);
-    const QString number = Trim(m_sprSo->Text()).remove(u'-');
+    const QString number = Trim(m_sprSo->TextAt(1, row)).remove(u'-');
     if (!number.isEmpty() && IsNumericText(number))
         LoadFindingsByNumber(number);
 }

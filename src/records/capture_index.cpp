@@ -1,7 +1,5 @@
 #include "records/capture_index.h"
 
-#include "contracts/components.h"
-#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "launch/context/VisitContext.h"
@@ -11,16 +9,7 @@
 #include "records/picture_grid.h"
 #include "records/Statement.h"
 
-#include <QPointer>
-
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
-constexpr int DecodeWaitMs = 30000;
-
-} // namespace
 
 QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order)
 {
@@ -52,24 +41,19 @@ int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QStr
         paths.append(PicturePath(captureDir, etc, chart, ymd, number, VisitContext.ImageExt));
     const QSize room = grid.CellPixels(PictureColumns(gridNumber).first(), 1);
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
-    Desktop& desktop = UseService<Desktop>();
 
     int result = 0;
     for (int at = 0; at < numbers.size(); ++at) {
-        desktop.PumpEvents();
-        desktop.PumpEventsUntil([&] { return !there || !there->IsCurrentFill(fill) || batch->IsReady(at); },
-                                DecodeWaitMs);
-        // A handler that the pump let in may have closed the screen or begun a newer fill.
-        if (!there || !there->IsCurrentFill(fill))
+        const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
+        if (!picture)
             return result;
         result = numbers[at];
         if (!FileExists(paths[at]))
             continue;
-        const QImage picture = batch->IsReady(at) ? batch->Take(at) : QImage();
         int row = 0;
         int column = 0;
         NextGridSlot(result, row, column, gridNumber, grid);
-        PlacePicture(grid, row, column, picture, result);
+        PlacePicture(grid, row, column, *picture, result);
         if (!keepCursor)
             grid.SetActiveCell(1, row);
     }

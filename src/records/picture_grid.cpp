@@ -1,6 +1,14 @@
 #include "records/picture_grid.h"
 
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/pictures.h"
 #include "records/text/text_routines.h"
+
+namespace {
+/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
+constexpr int DecodeWaitMs = 30000;
+} // namespace
 
 QList<int> PictureColumns(int gridNumber)
 {
@@ -9,9 +17,7 @@ QList<int> PictureColumns(int gridNumber)
 
 QString CellText(fpSpread& grid, int column, int row)
 {
-    grid.setRow(row);
-    grid.setCol(column);
-    return Trim(grid.Text());
+    return Trim(grid.TextAt(column, row));
 }
 
 QStringList ChosenNumbers(fpSpread& grid, int gridNumber)
@@ -63,6 +69,28 @@ void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, 
     column = columns.first();
 }
 
+std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at)
+{
+    const auto isOver = [&] { return !grid || !grid->IsCurrentFill(fill); };
+    Desktop& desktop = UseService<Desktop>();
+    desktop.PumpEvents();
+    desktop.PumpEventsUntil([&] { return isOver() || batch.IsReady(at); }, DecodeWaitMs);
+    // A handler that the pump let in may have closed the screen or begun a newer fill.
+    if (isOver())
+        return std::nullopt;
+    return batch.IsReady(at) ? batch.Take(at) : QImage();
+}
+
+void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    grid.setCellType(CellTypePicture);
+    grid.setTypePictCenter(true);
+    grid.setTypePictStretch(true);
+    grid.setTypePictPicture(picture);
+}
+
 void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber)
 {
     if (row + 1 > grid.MaxRows()) {
@@ -73,13 +101,7 @@ void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, in
             grid.setRowHeight(row + 1, grid.RowHeight(row - 1));
         }
     }
-    grid.setRow(row);
-    grid.setCol(column);
-    grid.setCellType(CellTypePicture);
-    grid.setTypePictCenter(true);
-    grid.setTypePictStretch(true);
-    grid.setTypePictPicture(picture);
-
+    ShowPicture(grid, row, column, picture);
     grid.setRow(row + 1);
     grid.setCol(column);
     grid.setCellType(CellTypeStaticText);

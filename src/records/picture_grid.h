@@ -2,6 +2,12 @@
 
 #include "contracts/fpSpread.h"
 
+#include <QPointer>
+
+#include <optional>
+
+class PictureBatch;
+
 /// Grids that show pictures in pairs of rows: the picture above, its number as text below. Number 1 is the layout of
 /// the current visit with pictures in columns 1 to 5; any other number is the layout of a history line with pictures in
 /// columns 2, 4 and 6 and a tick box before each.
@@ -23,6 +29,13 @@ void ClearPictureGrid(fpSpread& grid, int gridNumber);
 /// rows. Read back from the grid, so each picture must have been placed with its number. The picture number plays no
 /// part.
 void NextGridSlot(int pictureNumber, int& row, int& column, int gridNumber, fpSpread& grid);
+
+/// Serves events until that picture of a grid's fill is decoded. Nothing when the fill has ended meanwhile, because the
+/// grid is gone or a newer one has begun; a null picture when it can't be read or takes too long.
+std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at);
+
+/// Makes the cell a picture cell that shows the picture in its middle, as large as fits.
+void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture);
 
 /// Puts a picture and its number into a place, and makes the grid longer when the place lies beyond it.
 void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber);

@@ -121,12 +121,7 @@ void CapShow::OpenEditorFromCell(int column, int row)
         return;
     OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
                       VisitContext.Etc, *m_sprCap, column, row);
-    m_sprCap->setRow(row);
-    m_sprCap->setCol(column);
-    m_sprCap->setCellType(CellTypePicture);
-    m_sprCap->setTypePictCenter(true);
-    m_sprCap->setTypePictStretch(true);
-    m_sprCap->setTypePictPicture(Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
+    ShowPicture(*m_sprCap, row, column, Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
 }
 
 void CapShow::PrintShownCaptures()

@@ -27,8 +27,8 @@ private Q_SLOTS:
     {
         InList([](frmSoFind& list) {
             QCOMPARE(Numbers(list), (QStringList{u"2026-000002"_s, u"2026-000001"_s, u"2025-000001"_s}));
-            QCOMPARE(CellText(list, 5, 1), u"720505-1234567"_s);
-            QCOMPARE(CellText(list, 6, 1), u"2024-04-04"_s);
+            QCOMPARE(list.sprSo().TextAt(5, 1), u"720505-1234567"_s);
+            QCOMPARE(list.sprSo().TextAt(6, 1), u"2024-04-04"_s);
             Q_EMIT list.sprSo().DblClick(1, 3);
             QVERIFY(list.IsUnloaded());
         });
@@ -131,7 +131,7 @@ private Q_SLOTS:
         m_box->Run(u"BEGIN;"_s + rows + u"COMMIT;"_s);
         InList([](frmSoFind& list) {
             QCOMPARE(list.sprSo().MaxRows(), 1293);
-            QCOMPARE(CellText(list, 1, 1293), u"2025-000001"_s);
+            QCOMPARE(list.sprSo().TextAt(1, 1293), u"2025-000001"_s);
         });
     }
 
@@ -164,17 +164,11 @@ private:
         QVERIFY(m_worked);
         QCOMPARE(FindForm(u"frmSoFind"_s), nullptr);
     }
-    static QString CellText(frmSoFind& list, int column, int row)
-    {
-        list.sprSo().setCol(column);
-        list.sprSo().setRow(row);
-        return list.sprSo().Text();
-    }
     static QStringList Numbers(frmSoFind& list)
     {
         QStringList numbers;
         for (int row = 1; row <= list.sprSo().DataRowCnt(); ++row)
-            numbers << CellText(list, 1, row);
+            numbers << list.sprSo().TextAt(1, row);
         return numbers;
     }
     static QLineEdit* ShownBox(frmSoFind& list)

@@ -15,7 +15,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 SectorBytes = 2048;
 /// No list of the station's files shows a name that begins so.
 constexpr char16_t PartialPrefix[] = u".station-burn-";
 constexpr char16_t PartialEnding[] = u".part";

@@ -14,7 +14,6 @@ namespace {
 
 /// Closing a medium is reported each second; a drive that says nothing for so long won't come back.
 constexpr int LongestSilenceMs = 180000;
-constexpr qint64 SectorBytes = 2048;
 
 const QStringList& FirstCommands()
 {

@@ -6,6 +6,9 @@
 #include <QStringList>
 #include <QTimer>
 
+/// What a disc is written in, and xorriso counts in.
+inline constexpr qint64 SectorBytes = 2048;
+
 /// The program xorriso at one piece of work, as a child process that ends with this process. Its output is read line by
 /// line; names are UTF-8 whatever the locale of the station.
 class XorrisoRun : public QObject

@@ -1,6 +1,7 @@
 #include "platform/disc/staged_files.h"
 
 #include "contracts/files.h"
+#include "platform/disc/XorrisoRun.h"
 
 #include <QHash>
 #include <QRegularExpression>
@@ -10,7 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr qint64 SectorBytes = 2048;
 /// Tables, padding and the record of checksums of a volume.
 constexpr qint64 VolumeBytes = 1024 * 1024;
 
