@@ -18,3 +18,19 @@ private:
     QString m_text;
     QByteArray m_utf8;
 };
+
+/// The change has been made all the same: the file stands under its final name, but the disk has reported a fault on
+/// the way. Who catches it goes on as after a success, and tells the text.
+class StoredWithFault : public PlatformError
+{
+public:
+    using PlatformError::PlatformError;
+};
+
+/// The database can't be reached, or takes no statements for the time being: the same statement may pass later. Any
+/// other fault of a statement is the server's refusal.
+class DatabaseAway : public PlatformError
+{
+public:
+    using PlatformError::PlatformError;
+};

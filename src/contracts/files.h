@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <memory>
 
 /// The one place where a path of the station, joined with backslashes, becomes a native one. Every file operation of
 /// the station goes through here.
@@ -34,6 +35,21 @@ enum class CopyOutcome { Copied, NameTaken, Stopped };
 /// Hears how many bytes of how many are done; false stops the work. May be called on a thread of its own.
 using CopyProgress = std::function<bool(qint64 doneBytes, qint64 totalBytes)>;
 
+/// What is known of the process whose mark stands on a file.
+enum class Holder {
+    Self,
+    Living,    ///< Another process of this machine.
+    Dead,      ///< A process of this machine that has ended.
+    Elsewhere, ///< Of another machine, or no mark at all.
+};
+
+/// A file held by this process alone; let go with the object, and by the system when the process dies.
+class FileLock
+{
+public:
+    virtual ~FileLock() = default;
+};
+
 class FileStore
 {
 public:
@@ -52,11 +68,14 @@ public:
     virtual QByteArray ReadFile(const QString& path) const = 0;
 
     /// Puts a whole file under its final name, replacing what is there: written under another name beside it, every
-    /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed.
+    /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed;
+    /// StoredWithFault when the new content stands, but a fault came behind it.
     virtual void WriteWholeFile(const QString& path, const QByteArray& content) = 0;
+    /// The same for a file that only this user can read.
+    virtual void WritePrivateFile(const QString& path, const QByteArray& content) = 0;
 
     /// The same for a name that must not exist yet: whole or not at all, and never over another file. False when one of
-    /// that name exists. Throws PlatformError.
+    /// that name exists. Throws PlatformError; StoredWithFault as above.
     virtual bool WriteNewFile(const QString& path, const QByteArray& content) = 0;
 
     /// Makes a file only if none of that name exists. False when there is one. Throws PlatformError for any other
@@ -85,6 +104,19 @@ public:
     virtual bool SameContent(const QString& one, const QString& other) const = 0;
     /// Room in the file system that holds the folder, in bytes; negative when there is no telling.
     virtual qint64 FreeBytes(const QString& folder) const = 0;
+
+    /// How this process signs what it leaves in folders that it shares: unlike any other process of any machine. May
+    /// stand in a file's name; has no hyphen.
+    virtual QString ProcessMark() const = 0;
+    virtual Holder HolderOf(const QString& mark) const = 0;
+    /// Holds the file, made for this user alone when it isn't there. Null when another process holds it. Throws
+    /// PlatformError.
+    virtual std::unique_ptr<FileLock> Lock(const QString& path) = 0;
+    /// Name of the user whom the file belongs to; empty when that is the user of this process, and for no file.
+    virtual QString ForeignOwner(const QString& path) const = 0;
+    /// Deletes what dead processes of this machine left half-written in the folder, and what other machines left so
+    /// more than a day ago. What can't be judged or deleted stays.
+    virtual void RemoveLeftovers(const QString& folder) = 0;
 };
 
 bool FolderExists(const QString& path);

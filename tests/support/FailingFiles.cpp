@@ -41,6 +41,11 @@ void FailingFiles::WriteWholeFile(const QString& path, const QByteArray& content
     m_real->WriteWholeFile(path, content);
 }
 
+void FailingFiles::WritePrivateFile(const QString& path, const QByteArray& content)
+{
+    m_real->WritePrivateFile(path, content);
+}
+
 bool FailingFiles::WriteNewFile(const QString& path, const QByteArray& content)
 {
     Step();

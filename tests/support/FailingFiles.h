@@ -26,6 +26,7 @@ public:
     }
     QByteArray ReadFile(const QString& path) const override { return m_real->ReadFile(path); }
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
+    void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override { return m_real->AgeMs(path); }
@@ -40,6 +41,11 @@ public:
         return m_real->SameContent(one, other);
     }
     qint64 FreeBytes(const QString& folder) const override { return m_real->FreeBytes(folder); }
+    QString ProcessMark() const override { return m_real->ProcessMark(); }
+    Holder HolderOf(const QString& mark) const override { return m_real->HolderOf(mark); }
+    std::unique_ptr<FileLock> Lock(const QString& path) override { return m_real->Lock(path); }
+    QString ForeignOwner(const QString& path) const override { return m_real->ForeignOwner(path); }
+    void RemoveLeftovers(const QString& folder) override { m_real->RemoveLeftovers(folder); }
 
 private:
     void Step();

@@ -9,6 +9,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -19,27 +21,42 @@ using namespace posix_files;
 namespace {
 
 /// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault
-/// nothing is left of it.
+/// nothing is left of it. False when the name is taken.
 template <class Place>
-void PutInPlace(const QString& path, const QByteArray& content, Place place)
+bool PutInPlace(const QString& path, const QByteArray& content, mode_t mode, Place place)
 {
     const QString fault = u"파일을 저장할 수 없습니다.!!"_s;
     const QByteArray target = Native(path);
     const QByteArray folder = FolderOf(target);
     const QByteArray partial = BesideName(folder, ".part");
 
-    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL);
+    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (!file.IsOpen())
         ThrowFault(fault, path, errno);
-    const bool whole = file.Write(content) && fsync(file.Handle()) == 0 && file.Close() &&
-                       place(partial.constData(), target.constData());
-    if (!whole) {
+    int later = 0;
+    const bool whole = file.Write(content) && file.Sync() && file.Close();
+    const Placed placed = whole ? place(partial, target, later) : Placed::No;
+    if (placed != Placed::Yes) {
         const int error = errno;
-        unlink(partial.constData());
-        ThrowFault(fault, path, error);
+        calls.unlink(partial.constData());
+        if (placed == Placed::No)
+            ThrowFault(fault, path, error);
+        return false;
     }
+    // From here on the file stands under its name, whatever comes.
     if (!SyncFolder(folder))
-        ThrowFault(fault, path, errno);
+        later = errno;
+    if (later != 0) {
+        throw StoredWithFault(
+            u"파일은 저장하였으나 저장장치에서 오류가 발생하였습니다.!! 관리자에게 알리세요.!! (%1: %2)"_s.arg(
+                NativePath(path), QString::fromLocal8Bit(std::strerror(later))));
+    }
+    return true;
+}
+
+Placed Replace(const QByteArray& partial, const QByteArray& target, int& /*later*/)
+{
+    return std::rename(partial.constData(), target.constData()) == 0 ? Placed::Yes : Placed::No;
 }
 
 } // namespace
@@ -67,12 +84,24 @@ bool LocalFiles::FileExists(const QString& path) const
 
 QStringList LocalFiles::FilesStartingWith(const QString& folder, const QString& prefix) const
 {
+    const QByteArray native = Native(folder);
+    const std::unique_ptr<DIR, int (*)(DIR*)> list(opendir(native.constData()), closedir);
+    if (list == nullptr)
+        return {};
+    // A year's folder holds a hundred thousand names: no question is asked about one whose kind the list tells.
     QStringList names;
-    const QStringList all = QDir(NativePath(folder)).entryList(QDir::Files | QDir::Hidden, QDir::Name);
-    for (const QString& name : all) {
-        if (name.startsWith(prefix))
-            names.append(name);
+    const QByteArray beginning = QFile::encodeName(prefix);
+    while (const dirent* entry = readdir(list.get())) {
+        if (std::strncmp(entry->d_name, beginning.constData(), static_cast<size_t>(beginning.size())) != 0)
+            continue;
+        struct stat facts = {};
+        const bool isFile = entry->d_type == DT_REG ||
+                            ((entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) &&
+                             fstatat(dirfd(list.get()), entry->d_name, &facts, 0) == 0 && S_ISREG(facts.st_mode));
+        if (isFile)
+            names.append(QFile::decodeName(entry->d_name));
     }
+    names.sort();
     return names;
 }
 
@@ -89,32 +118,17 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
 
 void LocalFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
-    PutInPlace(path, content,
-               [](const char* partial, const char* target) { return std::rename(partial, target) == 0; });
+    PutInPlace(path, content, 0666, Replace);
+}
+
+void LocalFiles::WritePrivateFile(const QString& path, const QByteArray& content)
+{
+    PutInPlace(path, content, 0600, Replace);
 }
 
 bool LocalFiles::WriteNewFile(const QString& path, const QByteArray& content)
 {
-    bool there = false;
-    PutInPlace(path, content, [&there](const char* partial, const char* target) {
-        // A link is the one step that every station's file server refuses when the name is taken.
-        if (link(partial, target) == 0)
-            return unlink(partial) == 0;
-        if (errno == EEXIST) {
-            there = true;
-            return unlink(partial) == 0;
-        }
-        if (errno != EPERM && errno != ENOTSUP && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
-            return false;
-        // No links on this share: the claim of the number is then what keeps others away.
-        struct stat facts = {};
-        if (stat(target, &facts) == 0) {
-            there = true;
-            return unlink(partial) == 0;
-        }
-        return std::rename(partial, target) == 0;
-    });
-    return !there;
+    return PutInPlace(path, content, 0666, PlaceNew);
 }
 
 bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& content)
@@ -128,7 +142,7 @@ bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& conten
     }
     if (!file.Write(content) || !file.Close()) {
         const int error = errno;
-        unlink(native.constData());
+        calls.unlink(native.constData());
         ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, error);
     }
     return true;
@@ -148,7 +162,7 @@ qint64 LocalFiles::AgeMs(const QString& path) const
         if (!handle.IsOpen() || fstat(handle.Handle(), &now) != 0)
             ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
     }
-    unlink(probe.constData());
+    calls.unlink(probe.constData());
     const auto milliseconds = [](const timespec& time) { return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000; };
     return qMax<qint64>(0, milliseconds(now.st_mtim) - milliseconds(facts.st_mtim));
 }
@@ -161,7 +175,7 @@ void LocalFiles::RenameFile(const QString& from, const QString& to)
 
 void LocalFiles::DeleteFile(const QString& path)
 {
-    if (unlink(Native(path).constData()) != 0 && errno != ENOENT)
+    if (calls.unlink(Native(path).constData()) != 0 && errno != ENOENT)
         ThrowFault(u"파일을 지울 수 없습니다.!!"_s, path, errno);
 }
 

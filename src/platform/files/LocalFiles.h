@@ -13,6 +13,7 @@ public:
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
+    void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
@@ -24,6 +25,11 @@ public:
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
     bool SameContent(const QString& one, const QString& other) const override;
     qint64 FreeBytes(const QString& folder) const override;
+    QString ProcessMark() const override;
+    Holder HolderOf(const QString& mark) const override;
+    std::unique_ptr<FileLock> Lock(const QString& path) override;
+    QString ForeignOwner(const QString& path) const override;
+    void RemoveLeftovers(const QString& folder) override;
 };
 
 /// Installs the file service.

@@ -61,29 +61,7 @@ bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress&
         done += got;
     }
     const timespec times[2] = {facts.st_atim, facts.st_mtim};
-    return futimens(to.Handle(), times) == 0 && fsync(to.Handle()) == 0;
-}
-
-enum class Placed { Yes, NameTaken, No };
-
-Placed PlaceNew(const QByteArray& partial, const QByteArray& target)
-{
-    if (link(partial.constData(), target.constData()) == 0)
-        return Placed::Yes;
-    if (errno == EEXIST)
-        return Placed::NameTaken;
-    if (errno != EPERM && errno != ENOTSUP && errno != EOPNOTSUPP && errno != ENOSYS && errno != EMLINK)
-        return Placed::No;
-    // No links here: an empty file of the name keeps it for this copy.
-    Descriptor claim(target, O_WRONLY | O_CREAT | O_EXCL);
-    if (!claim.IsOpen())
-        return errno == EEXIST ? Placed::NameTaken : Placed::No;
-    if (std::rename(partial.constData(), target.constData()) == 0)
-        return Placed::Yes;
-    const int error = errno;
-    unlink(target.constData());
-    errno = error;
-    return Placed::No;
+    return futimens(to.Handle(), times) == 0 && to.Sync();
 }
 
 } // namespace
@@ -151,7 +129,7 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
     Descriptor copy(partial, O_WRONLY | O_CREAT | O_EXCL);
     if (!copy.IsOpen())
         ThrowFault(fault, to, errno);
-    const auto remove = qScopeGuard([&] { unlink(partial.constData()); });
+    const auto remove = qScopeGuard([&] { calls.unlink(partial.constData()); });
 
     bool stopped = false;
     if (!CopyBytes(source, copy, progress, stopped) || !copy.Close()) {
@@ -159,7 +137,8 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
             return CopyOutcome::Stopped;
         ThrowFault(fault, to, errno);
     }
-    const Placed placed = PlaceNew(partial, target);
+    int later = 0;
+    const Placed placed = PlaceNew(partial, target, later);
     if (placed == Placed::NameTaken)
         return CopyOutcome::NameTaken;
     if (placed == Placed::No || !SyncFolder(FolderOf(target)))

@@ -2,16 +2,37 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "platform/files/process_mark.h"
 
 #include <QFile>
 
 #include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+int RenameToNew(const char* from, const char* to)
+{
+    return renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE);
+}
+
+/// The share has no such operation; any other error is a real one.
+bool IsNotOffered(int error)
+{
+    return error == EPERM || error == EINVAL || error == ENOTSUP || error == EOPNOTSUPP || error == ENOSYS ||
+           error == EMLINK;
+}
+
+} // namespace
+
+posix_files::SystemCalls posix_files::calls = {::link, ::unlink, RenameToNew, ::fsync, ::close};
 
 void posix_files::ThrowFault(const QString& what, const QString& path, int error)
 {
@@ -36,11 +57,15 @@ QByteArray posix_files::FolderOf(const QByteArray& native)
 QByteArray posix_files::BesideName(const QByteArray& folder, const char* ending)
 {
     static std::atomic<unsigned> counter = 0;
-    char host[64] = {};
-    if (gethostname(host, sizeof host - 1) != 0)
-        host[0] = '\0';
-    return folder + '/' + PartialPrefix + QByteArray(host) + '-' + QByteArray::number(getpid()) + '-' +
-           QByteArray::number(++counter) + ending;
+    return folder + '/' + PartialPrefix + process_mark::Own().toLatin1() + '-' + QByteArray::number(++counter) + ending;
+}
+
+QString posix_files::MarkInName(const QString& name)
+{
+    const QString prefix = QString::fromLatin1(PartialPrefix);
+    if (!name.startsWith(prefix))
+        return {};
+    return name.mid(prefix.size()).section(u'-', 0, 0);
 }
 
 bool posix_files::SyncFolder(const QByteArray& folder)
@@ -48,23 +73,62 @@ bool posix_files::SyncFolder(const QByteArray& folder)
     const Descriptor handle(folder, O_RDONLY | O_DIRECTORY);
     if (!handle.IsOpen())
         return errno == EACCES || errno == ENOTSUP;
-    if (fsync(handle.Handle()) == 0)
+    if (handle.Sync())
         return true;
     // Some shares can't sync a folder and say so; what they store is as safe as it gets.
     return errno == EINVAL || errno == ENOTSUP || errno == EOPNOTSUPP || errno == ENOSYS || errno == EBADF;
 }
 
-posix_files::Descriptor::Descriptor(const QByteArray& native, int flags)
+posix_files::Placed posix_files::PlaceNew(const QByteArray& partial, const QByteArray& target, int& fault)
+{
+    fault = 0;
+    // A link is the one step that every station's file server refuses when the name is taken.
+    if (calls.link(partial.constData(), target.constData()) == 0) {
+        if (calls.unlink(partial.constData()) != 0)
+            fault = errno;
+        return Placed::Yes;
+    }
+    if (errno == EEXIST)
+        return Placed::NameTaken;
+    if (!IsNotOffered(errno))
+        return Placed::No;
+    if (calls.renameToNew(partial.constData(), target.constData()) == 0)
+        return Placed::Yes;
+    if (errno == EEXIST)
+        return Placed::NameTaken;
+    if (!IsNotOffered(errno))
+        return Placed::No;
+
+    // Nothing there asks and renames in one step: a claim of the name keeps the other stations away meanwhile.
+    const QByteArray claim =
+        FolderOf(target) + '/' + PartialPrefix + "claim-" + target.mid(target.lastIndexOf('/') + 1);
+    const Descriptor held(claim, O_WRONLY | O_CREAT | O_EXCL);
+    if (!held.IsOpen())
+        return errno == EEXIST ? Placed::NameTaken : Placed::No;
+    struct stat facts = {};
+    Placed placed = Placed::NameTaken;
+    int error = 0;
+    if (lstat(target.constData(), &facts) != 0) {
+        placed =
+            errno == ENOENT && std::rename(partial.constData(), target.constData()) == 0 ? Placed::Yes : Placed::No;
+        error = errno;
+    }
+    calls.unlink(claim.constData());
+    errno = error;
+    return placed;
+}
+
+posix_files::Descriptor::Descriptor(const QByteArray& native, int flags, mode_t mode)
 {
     do {
-        m_fd = open(native.constData(), flags | O_CLOEXEC, 0666);
+        m_fd = open(native.constData(), flags | O_CLOEXEC, mode);
     } while (m_fd < 0 && errno == EINTR);
 }
 
 posix_files::Descriptor::~Descriptor()
 {
     if (m_fd >= 0)
-        close(m_fd);
+        calls.close(m_fd);
 }
 
 bool posix_files::Descriptor::Write(const char* bytes, size_t count) const
@@ -97,5 +161,5 @@ bool posix_files::Descriptor::Close()
 {
     const int fd = m_fd;
     m_fd = -1;
-    return close(fd) == 0 || errno == EINTR;
+    return calls.close(fd) == 0 || errno == EINTR;
 }

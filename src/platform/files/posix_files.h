@@ -3,26 +3,48 @@
 #include <QByteArray>
 #include <QString>
 
+#include <sys/types.h>
+
 /// The system's calls on files, as the file service uses them. Every one of them is looked at.
 namespace posix_files {
 
 /// Begins the names of files that are still being written. No pattern of the station's pictures and movies matches it.
 inline constexpr char PartialPrefix[] = ".station-";
 
+/// The calls that a share may refuse, or that tell of a disk's fault; a test puts others in their place.
+struct SystemCalls
+{
+    int (*link)(const char* from, const char* to);
+    int (*unlink)(const char* path);
+    /// Refuses a name that is taken.
+    int (*renameToNew)(const char* from, const char* to);
+    int (*fsync)(int handle);
+    int (*close)(int handle);
+};
+extern SystemCalls calls;
+
 [[noreturn]] void ThrowFault(const QString& what, const QString& path, int error);
 
 /// Throws PlatformError for a path with a NUL.
 QByteArray Native(const QString& path);
 QByteArray FolderOf(const QByteArray& native);
-/// A name for a file that is still being written, unique on every machine that shares the folder.
+/// A name for a file that is still being written: signed by this process, unique on every machine that shares the
+/// folder.
 QByteArray BesideName(const QByteArray& folder, const char* ending);
+/// Mark in a name that `BesideName` has made; empty for any other.
+QString MarkInName(const QString& name);
 /// False, with errno, when the folder's entries can't be made durable; a share that has no such thing passes.
 bool SyncFolder(const QByteArray& folder);
+
+enum class Placed { Yes, NameTaken, No };
+/// Brings a whole file under a name that must not exist yet. With `No`, errno tells why. The partial name may be left
+/// with `Yes`; `fault` is then the error of its removal.
+Placed PlaceNew(const QByteArray& partial, const QByteArray& target, int& fault);
 
 class Descriptor
 {
 public:
-    Descriptor(const QByteArray& native, int flags);
+    Descriptor(const QByteArray& native, int flags, mode_t mode = 0666);
     ~Descriptor();
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
@@ -35,6 +57,7 @@ public:
     {
         return Write(content.constData(), static_cast<size_t>(content.size()));
     }
+    bool Sync() const { return calls.fsync(m_fd) == 0; }
     /// Bytes read, 0 at the end of the file, negative on a fault.
     ssize_t Read(char* bytes, size_t count) const;
     /// Closing can be the moment at which a share reports that a write has failed.

@@ -1,5 +1,6 @@
 #include "platform/files/LocalFiles.h"
 #include "contracts/PlatformError.h"
+#include "platform/files/posix_files.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -29,6 +31,45 @@ public:
 
 private:
     rlimit m_before = {};
+};
+
+/// A share that lacks operations, on a disk that fails at one step, while it lives.
+class Share
+{
+public:
+    Share(bool link, bool rename, const QString& step) : m_kept(posix_files::calls)
+    {
+        failing = step;
+        const auto refuse = [](const char*, const char*) {
+            errno = EOPNOTSUPP;
+            return -1;
+        };
+        if (!link)
+            posix_files::calls.link = refuse;
+        if (!rename)
+            posix_files::calls.renameToNew = refuse;
+        posix_files::calls.fsync = [](int handle) {
+            struct stat facts = {};
+            fstat(handle, &facts);
+            return Fails(S_ISDIR(facts.st_mode) ? u"folder sync" : u"file sync") ? -1 : ::fsync(handle);
+        };
+        posix_files::calls.close = [](int handle) { return ::close(handle) != 0 || Fails(u"close") ? -1 : 0; };
+        if (step == u"unlink")
+            posix_files::calls.unlink = [](const char*) { return Fails(u"unlink") ? -1 : 0; };
+    }
+    ~Share() { posix_files::calls = m_kept; }
+    Share(const Share&) = delete;
+    Share& operator=(const Share&) = delete;
+
+private:
+    static bool Fails(QStringView step)
+    {
+        errno = EIO;
+        return failing == step;
+    }
+
+    static inline QString failing;
+    posix_files::SystemCalls m_kept;
 };
 } // namespace
 
@@ -76,6 +117,57 @@ private Q_SLOTS:
         }
         QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("before"));
         QCOMPARE(Names(), QStringList{u"a"_s});
+    }
+
+    /// What a share may refuse and a disk may report, at each step of bringing a file under its name.
+    void FaultsOnTheWay_data()
+    {
+        QTest::addColumn<bool>("link");
+        QTest::addColumn<bool>("rename");
+        QTest::addColumn<QString>("failing");
+        QTest::addColumn<bool>("stands");
+        QTest::addColumn<bool>("told");
+        QTest::newRow("no links") << false << true << QString() << true << false;
+        QTest::newRow("neither links nor exclusive renaming") << false << false << QString() << true << false;
+        QTest::newRow("the file's sync") << true << true << u"file sync"_s << false << true;
+        QTest::newRow("its close") << true << true << u"close"_s << false << true;
+        QTest::newRow("removal of the partial name") << true << true << u"unlink"_s << true << true;
+        QTest::newRow("the folder's sync") << true << true << u"folder sync"_s << true << true;
+    }
+
+    void FaultsOnTheWay()
+    {
+        QFETCH(bool, link);
+        QFETCH(bool, rename);
+        QFETCH(QString, failing);
+        QFETCH(bool, stands);
+        QFETCH(bool, told);
+        for (const bool replace : {false, true}) {
+            if (replace && failing == u"unlink"_s)
+                continue; // Nothing is left to remove.
+            m_files.DeleteFile(Path(u"a"_s));
+            const Share share(link, rename, failing);
+            bool said = false;
+            try {
+                if (replace)
+                    m_files.WriteWholeFile(Path(u"a"_s), "new");
+                else
+                    QVERIFY(m_files.WriteNewFile(Path(u"a"_s), "new"));
+            } catch (const StoredWithFault&) {
+                said = true;
+                QVERIFY(stands);
+            } catch (const PlatformError&) {
+                said = true;
+                QVERIFY(!stands);
+            }
+            QCOMPARE(said, told);
+            QCOMPARE(m_files.FileExists(Path(u"a"_s)), stands);
+            if (stands && !replace && failing.isEmpty()) {
+                QVERIFY(!m_files.WriteNewFile(Path(u"a"_s), "later"));
+                QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("new"));
+                QCOMPARE(Names(), QStringList{u"a"_s});
+            }
+        }
     }
 
     void FaultsTellTheOperator()

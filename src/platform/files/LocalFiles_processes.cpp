@@ -1,0 +1,87 @@
+#include "contracts/PlatformError.h"
+#include "platform/files/LocalFiles.h"
+#include "platform/files/posix_files.h"
+#include "platform/files/process_mark.h"
+
+#include <QFileInfo>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+using namespace posix_files;
+
+namespace {
+
+/// No station takes a day to write a file.
+constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
+
+class HeldFile final : public FileLock
+{
+public:
+    explicit HeldFile(const QByteArray& native) : m_file(native, O_RDWR | O_CREAT | O_NOFOLLOW, 0600) {}
+
+    const Descriptor& File() const { return m_file; }
+
+private:
+    Descriptor m_file;
+};
+
+} // namespace
+
+QString LocalFiles::ProcessMark() const
+{
+    return process_mark::Own();
+}
+
+Holder LocalFiles::HolderOf(const QString& mark) const
+{
+    return process_mark::HolderOf(mark);
+}
+
+std::unique_ptr<FileLock> LocalFiles::Lock(const QString& path)
+{
+    const QByteArray native = Native(path);
+    auto held = std::make_unique<HeldFile>(native);
+    if (!held->File().IsOpen())
+        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
+    if (flock(held->File().Handle(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK)
+            return nullptr;
+        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
+    }
+    // Whoever held it before may have deleted it meanwhile: this one is then no longer the file of that name.
+    struct stat there = {};
+    struct stat here = {};
+    if (fstat(held->File().Handle(), &here) != 0 || stat(native.constData(), &there) != 0 ||
+        here.st_ino != there.st_ino)
+        return nullptr;
+    return held;
+}
+
+QString LocalFiles::ForeignOwner(const QString& path) const
+{
+    const QFileInfo facts(NativePath(path));
+    if (!facts.exists() || facts.ownerId() == geteuid())
+        return {};
+    const QString name = facts.owner();
+    return name.isEmpty() ? QString::number(facts.ownerId()) : name;
+}
+
+void LocalFiles::RemoveLeftovers(const QString& folder)
+{
+    for (const QString& name : FilesStartingWith(folder, QString::fromLatin1(PartialPrefix))) {
+        const QString mark = MarkInName(name);
+        const QString path = folder + name;
+        try {
+            const Holder holder = mark.isEmpty() ? Holder::Elsewhere : HolderOf(mark);
+            if (holder == Holder::Dead || (holder == Holder::Elsewhere && AgeMs(path) > AbandonedMs))
+                DeleteFile(path);
+        } catch (const PlatformError&) {
+            // Somebody else's, or a share that has just gone away.
+        }
+    }
+}
