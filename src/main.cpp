@@ -1,6 +1,7 @@
 #include "launch/Main.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
+#include "contracts/forms.h"
 #include "contracts/guard.h"
 #include "findings/register_popups.h"
 #include "launch/context/VisitContext.h"
@@ -68,6 +69,10 @@ int main(int argc, char* argv[])
     RegisterDisc();
     RegisterFindingsPopups();
 
+    UseService<Desktop>().setEndRequest([] {
+        UnloadForms();
+        EndProgram();
+    });
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
     // The driver has to be there when the connection closes.

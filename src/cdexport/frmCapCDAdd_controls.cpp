@@ -55,9 +55,9 @@ void frmCapCDAdd::BuildControls()
         return Named(button, name, caption, RectFromTwips(left, 8070, 1500, 420));
     };
     connect(addButton(u"cmdAddFile"_s, u"추가"_s, 8100), &QPushButton::clicked, this,
-            GuardedSlot([this](bool) { StageSelection(); }));
+            CommandSlot([this](bool) { StageSelection(); }));
     connect(addButton(u"cmdExit"_s, u"종료"_s, 9720), &QPushButton::clicked, this,
-            GuardedSlot([this](bool) { Unload(); }));
+            CommandSlot([this](bool) { Unload(); }));
     connect(m_tabCapCD, &QTabWidget::currentChanged, this, GuardedSlot([this](int tab) { ShowTab(tab); }));
 }
 
@@ -88,5 +88,5 @@ void frmCapCDAdd::BuildLists()
     m_sprMovieList->setMultipleSelection(true);
     m_sprMovieList->setRowBlocks(true);
 
-    connect(m_sprCapList, &fpSpread::DblClick, this, GuardedSlot([this](int, int row) { ListVisitImages(row); }));
+    connect(m_sprCapList, &fpSpread::DblClick, this, CommandSlot([this](int, int row) { ListVisitImages(row); }));
 }

@@ -37,6 +37,9 @@ public:
     /// Serves events until `done` holds, asking after each; sleeps between events, `timeoutMs` at most in all.
     /// False when the time ran out first.
     virtual bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) = 0;
+    /// Lets time pass: the screen is painted, and what the operator does meanwhile counts as not done. Ends early when
+    /// the system wants the program to end.
+    virtual void Pause(int timeMs) = 0;
 
     /// The platform's printer dialog. A cancel and a failure both count as nothing having happened.
     virtual void ShowPrinterDialog() = 0;
@@ -53,6 +56,11 @@ public:
     /// True when another instance runs on this user's desktop. The answer is fixed at the first call: when it is
     /// false, this program is from then on the instance that others find.
     virtual bool PrevInstance() = 0;
+
+    /// Is called when the system wants the program to end: the desktop session ends, or somebody sends a signal to end.
+    /// From then on no box opens any more: its text goes to standard error, and a question counts as answered with No.
+    virtual void setEndRequest(std::function<void()> end) = 0;
+    virtual bool EndIsRequested() const = 0;
 
     /// Ends the program; the event loop returns, or is never entered.
     virtual void EndProgram() = 0;

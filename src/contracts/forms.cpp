@@ -55,6 +55,7 @@ void StationForm::Unload()
 {
     if (m_unloaded)
         return;
+    CommitComposition();
     m_unloaded = true;
     Guarded([this] { Form_Unload(); });
     Collection().removeOne(this);
@@ -82,6 +83,13 @@ StationForm* FindForm(const QString& name)
             return form;
     }
     return nullptr;
+}
+
+void UnloadForms()
+{
+    const QList<StationForm*> loaded = Collection();
+    for (auto form = loaded.rbegin(); form != loaded.rend(); ++form)
+        (*form)->Unload();
 }
 
 void forms::DeleteUnloaded()

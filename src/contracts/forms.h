@@ -46,6 +46,9 @@ const QList<StationForm*>& LoadedForms();
 /// The loaded form of that exact name, or null.
 StationForm* FindForm(const QString& name);
 
+/// Unloads all forms, the one loaded last first.
+void UnloadForms();
+
 namespace forms {
 void Add(StationForm* form);
 /// Deletes the unloaded forms, unless a guarded handler runs.

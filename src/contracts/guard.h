@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contracts/composition.h"
+
 #include <type_traits>
 #include <utility>
 
@@ -45,5 +47,15 @@ auto GuardedSlot(Handler handler)
             else
                 handler();
         });
+    };
+}
+
+/// The same for what the operator asks for by button, menu, list or key: what he is composing becomes text first.
+template <class Handler>
+auto CommandSlot(Handler handler)
+{
+    return [slot = GuardedSlot(handler)](auto&&... arguments) {
+        CommitComposition();
+        slot(std::forward<decltype(arguments)>(arguments)...);
     };
 }

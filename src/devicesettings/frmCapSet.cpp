@@ -80,13 +80,13 @@ void frmCapSet::BuildControls()
         button->setGeometry(RectFromTwips(left, 2880, 1350, 450));
         return button;
     };
-    connect(addButton(u"cmdSet"_s, u"설정"_s, 3510), &QPushButton::clicked, this, GuardedSlot([this](bool) {
+    connect(addButton(u"cmdSet"_s, u"설정"_s, 3510), &QPushButton::clicked, this, CommandSlot([this](bool) {
                 TakePositions();
                 SaveDeviceSettings();
                 Unload();
             }));
     connect(addButton(u"cmdCancel"_s, u"취소"_s, 5010), &QPushButton::clicked, this,
-            GuardedSlot([this](bool) { Unload(); }));
+            CommandSlot([this](bool) { Unload(); }));
 }
 
 void frmCapSet::Form_Load()

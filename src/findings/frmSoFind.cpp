@@ -107,13 +107,13 @@ void frmSoFind::BuildControls()
 
 void frmSoFind::ConnectControls()
 {
-    connect(m_sprSo, &fpSpread::DblClick, this, GuardedSlot([this](int, int row) { OpenRow(row); }));
-    connect(m_sprSo, &fpSpread::KeyDown, this, GuardedSlot([this](int keyCode, int) {
+    connect(m_sprSo, &fpSpread::DblClick, this, CommandSlot([this](int, int row) { OpenRow(row); }));
+    connect(m_sprSo, &fpSpread::KeyDown, this, CommandSlot([this](int keyCode, int) {
                 if (keyCode == 13)
                     OpenRow(m_sprSo->ActiveRow());
             }));
     connect(m_sprSo, &fpSpread::RightClick, this,
-            GuardedSlot([this](int, int, int, int x, int y) { ShowSearchBox(x, y); }));
+            CommandSlot([this](int, int, int, int x, int y) { ShowSearchBox(x, y); }));
 }
 
 void frmSoFind::Form_Load()
@@ -234,6 +234,7 @@ bool frmSoFind::eventFilter(QObject* watched, QEvent* event)
         if (event->type() == QEvent::KeyPress) {
             const int pressed = static_cast<QKeyEvent*>(event)->key();
             if (pressed == Qt::Key_Return || pressed == Qt::Key_Enter) {
+                CommitComposition();
                 Guarded([this, key] { RunSearchBox(key); });
                 return true;
             }

@@ -49,3 +49,8 @@ bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int tim
 {
     return QTest::qWaitFor(done, timeoutMs);
 }
+
+void ScriptedDesktop::Pause(int timeMs)
+{
+    QTest::qWait(timeMs);
+}

@@ -19,6 +19,7 @@ public:
     QString command;
     QString folder; ///< The program's own folder; a temporary one when empty.
     bool otherInstance = false;
+    bool endIsRequested = false;
     bool ended = false;
     MousePointer pointer = PointerNormal;
 
@@ -31,11 +32,14 @@ public:
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    void Pause(int timeMs) override;
     void ShowPrinterDialog() override {}
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     QString Command() const override { return command; }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }
+    void setEndRequest(std::function<void()>) override {}
+    bool EndIsRequested() const override { return endIsRequested; }
     void EndProgram() override { ended = true; }
     bool ProgramEnded() const override { return ended; }
     QDate Today() const override { return {2026, 11, 24}; }

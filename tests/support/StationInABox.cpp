@@ -1,6 +1,7 @@
 #include "support/StationInABox.h"
 
 #include "contracts/components.h"
+#include "contracts/composition.h"
 #include "contracts/forms.h"
 #include "contracts/ImageList.h"
 #include "contracts/setup_components.h"
@@ -39,6 +40,7 @@ INSERT INTO endo (endo_ykymd, endo_chart, endo_jinchal, endo_check) VALUES ('202
 
 StationInABox::StationInABox(const QString& driver)
 {
+    FollowComposition();
     RegisterDesktop(QString());
     m_desktop = &ScriptedDesktop::Install();
     RegisterFiles();

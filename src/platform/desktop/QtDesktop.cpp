@@ -3,6 +3,7 @@
 #include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/printing.h"
+#include "platform/desktop/EndSignals.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/program_folder.h"
 
@@ -14,6 +15,7 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTimer>
 
@@ -51,6 +53,30 @@ void Fill(QMessageBox& box, const QString& text, const QString& title)
     box.setAccessibleName(title);
     box.setAccessibleDescription(text);
 }
+/// While one lives, what the operator does with mouse, keyboard and wheel goes nowhere.
+class InputDiscarder final : public QObject
+{
+public:
+    InputDiscarder() { qApp->installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        switch (event->type()) {
+        case QEvent::MouseButtonPress:
+        case QEvent::MouseButtonRelease:
+        case QEvent::MouseButtonDblClick:
+        case QEvent::KeyPress:
+        case QEvent::KeyRelease:
+        case QEvent::ShortcutOverride:
+        case QEvent::Wheel:
+        case QEvent::ContextMenu:
+        case QEvent::Close:
+            return true;
+        default:
+            return false;
+        }
+    }
+};
 } // namespace
 
 /// While a box is open it wants an answer, so the pointer isn't busy.
@@ -84,10 +110,22 @@ QtDesktop::QtDesktop(QString command)
 
 QtDesktop::~QtDesktop() = default;
 
-void QtDesktop::Run(QMessageBox& box)
+/// False when the box wasn't shown.
+bool QtDesktop::Run(QMessageBox& box)
 {
+    const QString text = box.text();
+    if (m_endIsRequested) {
+        qWarning("%s", qPrintable(text));
+        return false;
+    }
+    // The same message above itself tells nothing new.
+    if (m_openTexts.contains(text))
+        return false;
+    m_openTexts.append(text);
+    const auto closed = qScopeGuard([this] { m_openTexts.removeLast(); });
     const OpenBox open(*this);
     box.exec();
+    return true;
 }
 
 void QtDesktop::ShowInformation(const QString& text)
@@ -115,8 +153,7 @@ bool QtDesktop::AskYesNo(const QString& question)
     QPushButton* no = AddButton(box, u"아니오"_s, QMessageBox::NoRole, u"cmdNo"_s);
     box.setDefaultButton(no);
     box.setEscapeButton(no);
-    Run(box);
-    return box.clickedButton() == yes;
+    return Run(box) && box.clickedButton() == yes;
 }
 
 void QtDesktop::SetMousePointer(MousePointer pointer)
@@ -155,6 +192,18 @@ bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
+}
+
+void QtDesktop::Pause(int timeMs)
+{
+    QTimer timer;
+    timer.setSingleShot(true);
+    timer.start(timeMs);
+    while (timer.isActive() && !m_ended && !m_endIsRequested)
+        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+    // What was pressed meanwhile would otherwise be done now.
+    InputDiscarder discarder;
+    QCoreApplication::processEvents();
 }
 
 void QtDesktop::ShowPrinterDialog()
@@ -202,6 +251,21 @@ bool QtDesktop::PrevInstance()
         m_prevInstance = m_instance->HeldByAnother();
     }
     return *m_prevInstance;
+}
+
+void QtDesktop::setEndRequest(std::function<void()> end)
+{
+    m_end = std::move(end);
+    m_signals = std::make_unique<EndSignals>([this] { RequestEnd(); });
+    QObject::connect(qApp, &QGuiApplication::commitDataRequest, m_signals.get(), [this] { RequestEnd(); });
+}
+
+void QtDesktop::RequestEnd()
+{
+    if (m_endIsRequested)
+        return;
+    m_endIsRequested = true;
+    m_end();
 }
 
 void QtDesktop::EndProgram()

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+class EndSignals;
 class InstanceLock;
 class QMessageBox;
 
@@ -21,11 +22,14 @@ public:
     void SetMousePointer(MousePointer pointer) override;
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    void Pause(int timeMs) override;
     void ShowPrinterDialog() override;
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     QString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override;
+    void setEndRequest(std::function<void()> end) override;
+    bool EndIsRequested() const override { return m_endIsRequested; }
     void EndProgram() override;
     bool ProgramEnded() const override { return m_ended; }
     QDate Today() const override;
@@ -36,7 +40,8 @@ public:
 private:
     class OpenBox;
 
-    void Run(QMessageBox& box);
+    bool Run(QMessageBox& box);
+    void RequestEnd();
     void ShowPointer();
 
     QString m_command;
@@ -48,5 +53,9 @@ private:
     bool m_busy = false;      ///< What the station asked for.
     bool m_busyShown = false; ///< What the operator sees.
     int m_openBoxes = 0;
+    QStringList m_openTexts; ///< Of the message boxes that stand open, one above the other.
+    std::unique_ptr<EndSignals> m_signals;
+    std::function<void()> m_end;
+    bool m_endIsRequested = false;
     bool m_ended = false;
 };

@@ -48,8 +48,8 @@ constexpr std::array<NamedColour, 14> Colours{{
     {"chosen"_L1, 0xFF1D5F6E},
     {"chosentext"_L1, 0xFFFFFFFF},
     {"accent"_L1, AccentColour},
-    {"tint"_L1, 0xFF4A3B14},
-    {"tinttext"_L1, 0xFFFCE9BD},
+    {"tint"_L1, NoticeColour},
+    {"tinttext"_L1, NoticeTextColour},
     {"grip"_L1, 0xFF5D6B77},
 }};
 

@@ -1,5 +1,6 @@
 #include "platform/desktop/prepare_application.h"
 
+#include "contracts/composition.h"
 #include "platform/desktop/look.h"
 
 #include <QApplication>
@@ -26,4 +27,5 @@ void PrepareApplication()
         QCoreApplication::installTranslator(texts);
 
     ApplyLook(*qApp);
+    FollowComposition();
 }
