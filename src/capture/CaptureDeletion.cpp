@@ -3,8 +3,11 @@
 #include "capture/capture_rows.h"
 #include "capture/capture_wastebasket.h"
 #include "capture/CaptureHistory.h"
+#include "capture/VisitNote.h"
 #include "contracts/desktop.h"
+#include "contracts/PlatformError.h"
 #include "records/capture_index.h"
+#include "records/picture_grid.h"
 #include "records/Statement.h"
 #include "records/text/text_routines.h"
 
@@ -60,11 +63,19 @@ void CaptureDeletion::DeleteShownVisit(int gridNumber)
 void CaptureDeletion::DeleteOnePicture(const CaptureVisit& visit, int number, int gridNumber)
 {
     MoveToLogFolder(visit, number);
-    Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit).Then(u" AND cap_no = ", number).Piece(u" "));
-    if (NumbersOf(visit).isEmpty())
-        Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
-
-    const StillCapture::Hold hold(m_stills);
+    const bool waited = m_stills.Pending().Holds(visit, number);
+    if (waited)
+        m_stills.Forget(visit, number);
+    try {
+        Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit).Then(u" AND cap_no = ", number).Piece(u" "));
+        DeleteEmptyVisit(visit);
+    } catch (const DatabaseAway&) {
+        // It had no rows: away with it from the screen too, and nothing is left to say.
+        if (!waited)
+            throw;
+        RemovePicture(m_history.VisitPictures(), number);
+        return;
+    }
     if (gridNumber == 1) {
         m_history.FillPictures(visit, 1, false);
         return;
@@ -74,11 +85,23 @@ void CaptureDeletion::DeleteOnePicture(const CaptureVisit& visit, int number, in
         m_history.FillPictures(visit, 1, false);
 }
 
+void CaptureDeletion::DeleteEmptyVisit(const CaptureVisit& visit)
+{
+    if (!NumbersOf(visit).isEmpty() || !m_stills.Pending().NumbersOf(visit).isEmpty())
+        return;
+    Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
+    m_note.RowIsGone(visit);
+}
+
 void CaptureDeletion::DeleteVisitCaptures(const CaptureVisit& visit)
 {
     const BusyPointer busy;
     for (const int number : NumbersOf(visit))
         MoveToLogFolder(visit, number);
+    for (const int number : m_stills.Pending().NumbersOf(visit)) {
+        MoveToLogFolder(visit, number);
+        m_stills.Forget(visit, number);
+    }
     Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
     Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit));
     // Another date's deletion says nothing of today's visit, whose pictures are still there.

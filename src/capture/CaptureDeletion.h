@@ -4,12 +4,16 @@
 
 class CaptureHistory;
 class StillCapture;
+class VisitNote;
 
 /// Deletes pictures of the current visit or of the history line on display, after a question.
 class CaptureDeletion
 {
 public:
-    CaptureDeletion(CaptureHistory& history, StillCapture& stills) : m_history(history), m_stills(stills) {}
+    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note)
+        : m_history(history), m_stills(stills), m_note(note)
+    {
+    }
 
     /// Asks, and deletes the current visit's pictures of the section.
     void DeleteCurrentVisit();
@@ -20,8 +24,10 @@ public:
 
 private:
     void DeleteOnePicture(const CaptureVisit& visit, int number, int gridNumber);
+    void DeleteEmptyVisit(const CaptureVisit& visit);
     void DeleteVisitCaptures(const CaptureVisit& visit);
 
     CaptureHistory& m_history;
     StillCapture& m_stills;
+    VisitNote& m_note;
 };

@@ -12,6 +12,7 @@
 #include "records/text/text_routines.h"
 
 #include <QLabel>
+#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 
@@ -82,8 +83,9 @@ void CaptureHistory::ShowVisit()
     const StillCapture::Hold hold(m_stills);
     m_note.AwaitVisit();
     const QString section = VisitContext.Etc;
-    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
-                    VisitContext.Etc, m_controls.visitPictures, 1, false);
+    auto failed = qScopeGuard([this] { m_note.FailVisit(); });
+    m_stills.ShowPictures(CaptureVisit::Current(), false);
+    failed.dismiss();
     // A section chosen meanwhile has its own fill, and its own note.
     if (section == VisitContext.Etc)
         m_note.LoadForVisit();
@@ -135,7 +137,6 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
     if (!VisitContext.ImageSaved)
         return;
     ++m_lineShown;
-    const StillCapture::Hold hold(m_stills);
     FillPictures(visit, 2, true);
 }
 
@@ -174,6 +175,11 @@ CaptureVisit CaptureHistory::ShownVisit(int gridNumber) const
 
 void CaptureHistory::FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor)
 {
-    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, Grid(gridNumber), gridNumber,
-                    keepCursor);
+    if (gridNumber == 1) {
+        m_stills.ShowPictures(visit, keepCursor);
+        return;
+    }
+    const StillCapture::Hold hold(m_stills);
+    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, m_controls.historyPictures,
+                    gridNumber, keepCursor);
 }

@@ -44,6 +44,7 @@ public:
 
     /// The visit that grid 1 or 2 shows: the current one, or the history line on display.
     CaptureVisit ShownVisit(int gridNumber) const;
+    fpSpread& VisitPictures() { return m_controls.visitPictures; }
     void FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);

@@ -11,6 +11,7 @@
 #include <QElapsedTimer>
 #include <QScopeGuard>
 
+#include <exception>
 #include <limits>
 
 using namespace Qt::StringLiterals;
@@ -65,16 +66,29 @@ void FootSwitch::Close()
 
 void FootSwitch::OnComm()
 {
-    // A message box of the still serves events too.
+    // The pause serves events too.
     if (m_isBusy || m_isClosed || m_port.InBufferCount() <= 0)
         return;
-    m_isBusy = true;
-    const auto idle = qScopeGuard([this] { m_isBusy = false; });
-    m_port.setInBufferCount(0);
-    // A still that fails says so, and the switch goes on.
-    Guarded(m_press);
-    if (m_isClosed)
-        return;
+    std::exception_ptr fault;
+    {
+        m_isBusy = true;
+        const auto idle = qScopeGuard([this] { m_isBusy = false; });
+        m_port.setInBufferCount(0);
+        try {
+            m_press();
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        if (!m_isClosed)
+            Pause();
+    }
+    // Told when the switch is armed again: under the box a foot must not press in vain.
+    if (fault != nullptr)
+        std::rethrow_exception(fault);
+}
+
+void FootSwitch::Pause()
+{
     m_port.setPortOpen(false);
     QElapsedTimer pause;
     pause.start();

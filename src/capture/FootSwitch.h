@@ -24,6 +24,7 @@ public:
 
 private:
     void OnComm();
+    void Pause();
 
     MSComm& m_port;
     const std::function<void()> m_press;

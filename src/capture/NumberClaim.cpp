@@ -1,54 +1,66 @@
 #include "capture/NumberClaim.h"
 
+#include "capture/CaptureVisit.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "records/capture_scheme.h"
 
-#include <QCoreApplication>
-#include <QSysInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString Holder()
+QString PathOf(const CaptureVisit& visit, int number)
 {
-    return u"%1-%2"_s.arg(QSysInfo::machineHostName()).arg(QCoreApplication::applicationPid());
+    return ClaimPath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number);
 }
 
-/// Takes a dead claim out of the way. It is renamed first: of two stations that find it dead only one gets it, and the
-/// other doesn't delete the claim that the first makes in its place.
-void RemoveDeadClaim(const QString& path)
+void Delete(const QString& path)
 {
-    const QString aside = path + u".dead-"_s + Holder();
     try {
-        Files().RenameFile(path, aside);
-        if (Files().AgeMs(aside) < NumberClaim::LifeMs)
-            Files().CreateExclusively(path, Files().ReadFile(aside));
-        Files().DeleteFile(aside);
+        Files().DeleteFile(path);
     } catch (const PlatformError&) {
-        // Gone already: the other station was quicker.
+        // A share that went away: a later start of this machine clears it up.
     }
 }
 
 } // namespace
 
-std::unique_ptr<NumberClaim> NumberClaim::Take(const QString& path)
+std::unique_ptr<NumberClaim> NumberClaim::Take(const CaptureVisit& visit, int number)
 {
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        if (Files().CreateExclusively(path, Holder().toUtf8()))
-            return std::unique_ptr<NumberClaim>(new NumberClaim(path));
-        if (Files().AgeMs(path) <= NumberClaim::LifeMs)
-            return nullptr;
-        RemoveDeadClaim(path);
+    const QString path = PathOf(visit, number);
+    const QJsonObject facts{
+        {u"holder"_s, Files().ProcessMark()}, {u"yuhyung"_s, visit.yuhyung}, {u"imageExt"_s, visit.imageExt}};
+    if (!Files().CreateExclusively(path, QJsonDocument(facts).toJson(QJsonDocument::Compact)))
+        return nullptr;
+    return std::unique_ptr<NumberClaim>(new NumberClaim(path));
+}
+
+void NumberClaim::Release(const CaptureVisit& visit, int number)
+{
+    Delete(PathOf(visit, number));
+}
+
+bool NumberClaim::Stands(const CaptureVisit& visit, int number)
+{
+    return FileExists(PathOf(visit, number));
+}
+
+std::optional<NumberClaim::Facts> NumberClaim::Read(const QString& path)
+{
+    try {
+        const QJsonObject facts = QJsonDocument::fromJson(Files().ReadFile(path)).object();
+        const auto text = [&facts](const QString& key) { return facts.value(key).toString(); };
+        return Facts{text(u"holder"_s), text(u"yuhyung"_s), text(u"imageExt"_s)};
+    } catch (const PlatformError&) {
+        return std::nullopt;
     }
-    return nullptr;
 }
 
 NumberClaim::~NumberClaim()
 {
-    try {
-        Files().DeleteFile(m_path);
-    } catch (const PlatformError&) {
-        // A share that went away: the claim dies of age.
-    }
+    if (!m_path.isEmpty())
+        Delete(m_path);
 }

@@ -3,22 +3,38 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
+
+struct CaptureVisit;
 
 /// A picture number held by this station while it files the picture: a small file in the section's folder, created
-/// exclusively, so that two stations on one visit never take the same number. Released at the end of the object's life.
+/// exclusively, so that two stations on one visit never take the same number. It stands until the picture's rows are
+/// in; the object's end releases it, unless it was kept for rows that wait.
 class NumberClaim
 {
 public:
-    /// A claim older than this was left by a station that died.
-    static constexpr int LifeMs = 60000;
+    /// What stands in a claim.
+    struct Facts
+    {
+        QString holder; ///< Mark of the process.
+        QString yuhyung;
+        QString imageExt;
+    };
 
-    /// Null when another station holds the number. A dead one is taken over. Throws PlatformError when the folder
-    /// refuses.
-    static std::unique_ptr<NumberClaim> Take(const QString& path);
+    /// Null when the number is claimed already, by whomever. Throws PlatformError when the folder refuses.
+    static std::unique_ptr<NumberClaim> Take(const CaptureVisit& visit, int number);
+    /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
+    static void Release(const CaptureVisit& visit, int number);
+    static bool Stands(const CaptureVisit& visit, int number);
+    /// Empty facts for a claim that holds none; nothing when it can't be read, or has gone.
+    static std::optional<Facts> Read(const QString& path);
 
     ~NumberClaim();
     NumberClaim(const NumberClaim&) = delete;
     NumberClaim& operator=(const NumberClaim&) = delete;
+
+    /// The rows wait: the claim stays when the object goes.
+    void Keep() { m_path.clear(); }
 
 private:
     explicit NumberClaim(const QString& path) : m_path(path) {}

@@ -3,20 +3,44 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
-#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
+#include "records/text/text_routines.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString ListPath()
+constexpr char16_t Prefix[] = u"PendingRows-";
+constexpr char16_t ListEnding[] = u".json";
+constexpr char16_t LockEnding[] = u".lock";
+
+QString ListFolder()
 {
-    return UseService<Desktop>().ProgramFolder() + u"\\PendingRows.json"_s;
+    return UseService<Desktop>().ProgramFolder() + u'\\';
+}
+
+QString PathOf(const QString& mark, QStringView ending)
+{
+    return ListFolder() + QString::fromUtf16(Prefix) + mark + ending.toString();
+}
+
+QString OwnList()
+{
+    return PathOf(Files().ProcessMark(), ListEnding);
+}
+
+void IgnoringFaults(const std::function<void()>& step)
+{
+    try {
+        step();
+    } catch (const PlatformError& error) {
+        qWarning("%s", error.what());
+    }
 }
 
 QJsonObject ToJson(const PendingRows::Entry& entry)
@@ -25,7 +49,7 @@ QJsonObject ToJson(const PendingRows::Entry& entry)
     return {{u"chart"_s, visit.chart},       {u"yuhyung"_s, visit.yuhyung}, {u"jinchal"_s, visit.jinchal},
             {u"ymd"_s, visit.ymd},           {u"etc"_s, visit.etc},         {u"captureDir"_s, visit.captureDir},
             {u"imageExt"_s, visit.imageExt}, {u"extra"_s, visit.extra},     {u"number"_s, entry.number},
-            {u"note"_s, entry.note}};
+            {u"note"_s, entry.note},         {u"refused"_s, entry.refused}};
 }
 
 PendingRows::Entry FromJson(const QJsonObject& json)
@@ -34,80 +58,215 @@ PendingRows::Entry FromJson(const QJsonObject& json)
     return {{text(u"chart"_s), text(u"yuhyung"_s), text(u"jinchal"_s), text(u"ymd"_s), text(u"etc"_s),
              text(u"captureDir"_s), text(u"imageExt"_s), text(u"extra"_s)},
             json.value(u"number"_s).toInt(),
-            text(u"note"_s)};
+            text(u"note"_s),
+            json.value(u"refused"_s).toBool()};
+}
+
+bool IsOf(const PendingRows::Entry& entry, const CaptureVisit& visit)
+{
+    return entry.visit.chart == visit.chart && entry.visit.ymd == visit.ymd && entry.visit.etc == visit.etc;
+}
+
+QString RefusalText(const PendingRows::Entry& entry, const QString& reason)
+{
+    return u"캡쳐 %1번(차트 %2, %3, %4)의 기록을 데이터베이스가 거부하여 따로 보관합니다.!!\r\n%5"_s.arg(
+        NumberText(entry.number), entry.visit.chart, LayIntoMask(entry.visit.ymd, u"0000-00-00"), entry.visit.etc,
+        reason);
 }
 
 } // namespace
 
 PendingRows::PendingRows()
 {
-    Load();
+    IgnoringFaults([this] { m_lock = Files().Lock(PathOf(Files().ProcessMark(), LockEnding)); });
+    if (FileExists(OwnList()))
+        ReadList(OwnList(), m_folders);
+    TakeOver();
+}
+
+PendingRows::~PendingRows()
+{
+    End();
+}
+
+void PendingRows::End()
+{
+    if (m_lock == nullptr)
+        return;
+    m_folders.clear();
+    IgnoringFaults([this] {
+        if (m_entries.isEmpty() && m_leftFolders.isEmpty())
+            DeleteFile(OwnList());
+        else
+            Store();
+        DeleteFile(PathOf(Files().ProcessMark(), LockEnding));
+    });
+    m_lock.reset();
+}
+
+void PendingRows::LeftFoldersAreSettled()
+{
+    if (m_leftFolders.isEmpty())
+        return;
+    m_leftFolders.clear();
+    Store();
+}
+
+void PendingRows::TakeOver()
+{
+    QStringList taken;
+    const QStringList names = Files().FilesStartingWith(ListFolder(), QString::fromUtf16(Prefix));
+    for (const QString& name : names) {
+        const qsizetype prefix = QStringView(Prefix).size();
+        const bool isList = name.endsWith(QStringView(ListEnding));
+        const QString mark = name.mid(prefix, name.size() - prefix - QStringView(ListEnding).size());
+        const Holder holder = Files().HolderOf(mark);
+        if ((!isList && !name.endsWith(QStringView(LockEnding))) || holder == Holder::Self ||
+            holder == Holder::Elsewhere)
+            continue;
+        const QString owner = Files().ForeignOwner(ListFolder() + name);
+        if (owner.isEmpty() && TakeOverList(mark))
+            taken << mark;
+        else if (isList && !owner.isEmpty() && holder == Holder::Dead && !m_foreignOwners.contains(owner))
+            m_foreignOwners << owner;
+    }
+    // The one list of all stations of an earlier release.
+    const QString common = ListFolder() + u"PendingRows.json"_s;
+    if (FileExists(common))
+        ReadList(common, m_leftFolders);
+    if ((!taken.isEmpty() || FileExists(common)) && Store().isEmpty()) {
+        IgnoringFaults([&] {
+            for (const QString& mark : taken) {
+                DeleteFile(PathOf(mark, ListEnding));
+                DeleteFile(PathOf(mark, LockEnding));
+            }
+            DeleteFile(common);
+        });
+        m_foreignLocks.clear();
+    }
+}
+
+bool PendingRows::TakeOverList(const QString& mark)
+{
+    bool taken = false;
+    IgnoringFaults([&] {
+        auto lock = Files().Lock(PathOf(mark, LockEnding));
+        if (lock == nullptr)
+            return;
+        const QString list = PathOf(mark, ListEnding);
+        taken = !FileExists(list) || ReadList(list, m_leftFolders);
+        m_foreignLocks.push_back(std::move(lock));
+    });
+    return taken;
+}
+
+bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
+{
+    try {
+        QJsonParseError error = {};
+        const QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(path), &error);
+        if (error.error != QJsonParseError::NoError)
+            throw PlatformError(error.errorString());
+        const QJsonArray entries =
+            document.isArray() ? document.array() : document.object().value(u"entries"_s).toArray();
+        for (const QJsonValue& value : entries)
+            m_entries.append(FromJson(value.toObject()));
+        const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
+        for (const QJsonValue& value : claimed)
+            folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
+        return true;
+    } catch (const PlatformError& error) {
+        qWarning("%s: %s", qPrintable(path), error.what());
+        IgnoringFaults([&path] { Files().RenameFile(path, path + u".broken"_s); });
+        return false;
+    }
 }
 
 bool PendingRows::Holds(const CaptureVisit& visit, int number) const
 {
-    for (const Entry& entry : m_entries) {
-        if (entry.number == number && entry.visit.chart == visit.chart && entry.visit.ymd == visit.ymd &&
-            entry.visit.etc == visit.etc)
-            return true;
-    }
-    return false;
+    return NumbersOf(visit).contains(number);
 }
 
-void PendingRows::Add(const Entry& entry)
+QList<int> PendingRows::NumbersOf(const CaptureVisit& visit) const
+{
+    QList<int> numbers;
+    for (const Entry& entry : m_entries) {
+        if (IsOf(entry, visit))
+            numbers.append(entry.number);
+    }
+    return numbers;
+}
+
+QString PendingRows::Add(const Entry& entry)
 {
     m_entries.append(entry);
+    return Store();
+}
+
+void PendingRows::Remove(const CaptureVisit& visit, int number)
+{
+    m_entries.removeIf([&](const Entry& entry) { return entry.number == number && IsOf(entry, visit); });
     Store();
 }
 
-void PendingRows::WriteAll(const std::function<void(const Entry&)>& write)
+QStringList PendingRows::WriteAll(const std::function<Outcome(const Entry&)>& write)
 {
+    QStringList refusals;
     bool changed = false;
-    try {
-        while (!m_entries.isEmpty()) {
-            write(m_entries.first());
-            m_entries.removeFirst();
-            changed = true;
-        }
-    } catch (...) {
+    const auto end = qScopeGuard([&] {
         if (changed)
             Store();
-        throw;
-    }
-    if (changed)
-        Store();
-}
-
-void PendingRows::Load()
-{
-    if (!FileExists(ListPath()))
-        return;
-    try {
-        QJsonParseError error = {};
-        const QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(ListPath()), &error);
-        if (error.error != QJsonParseError::NoError)
-            throw PlatformError(error.errorString());
-        const QJsonArray entries = document.array();
-        for (const QJsonValue& value : entries)
-            m_entries.append(FromJson(value.toObject()));
-    } catch (const PlatformError& error) {
-        qWarning("%s: %s", qPrintable(ListPath()), error.what());
-        Guarded([] { Files().RenameFile(ListPath(), ListPath() + u".broken"_s); });
-    }
-}
-
-void PendingRows::Store() const
-{
-    try {
-        if (m_entries.isEmpty()) {
-            DeleteFile(ListPath());
-            return;
+    });
+    for (qsizetype at = 0; at < m_entries.size();) {
+        try {
+            const Outcome outcome = write(m_entries[at]);
+            if (outcome == Outcome::Later) {
+                ++at;
+                continue;
+            }
+            m_entries.removeAt(at);
+            changed = true;
+        } catch (const DatabaseAway&) {
+            throw;
+        } catch (const PlatformError& error) {
+            if (!m_entries[at].refused) {
+                refusals << RefusalText(m_entries[at], error.Text());
+                m_entries[at].refused = true;
+                changed = true;
+            }
+            ++at;
         }
-        QJsonArray entries;
-        for (const Entry& entry : m_entries)
-            entries.append(ToJson(entry));
-        WriteWholeFile(ListPath(), QJsonDocument(entries).toJson());
+    }
+    return refusals;
+}
+
+void PendingRows::ClaimsIn(const Folder& folder)
+{
+    if (m_folders.contains(folder))
+        return;
+    m_folders.append(folder);
+    Store();
+}
+
+QString PendingRows::Store() const
+{
+    QJsonArray folders;
+    for (const QList<Folder>& some : {m_folders, m_leftFolders}) {
+        for (const Folder& folder : some)
+            folders.append(QJsonObject{{u"captureDir"_s, folder.captureDir}, {u"etc"_s, folder.etc}});
+    }
+    QJsonArray entries;
+    for (const Entry& entry : m_entries)
+        entries.append(ToJson(entry));
+    try {
+        Files().WritePrivateFile(OwnList(),
+                                 QJsonDocument(QJsonObject{{u"folders"_s, folders}, {u"entries"_s, entries}}).toJson());
+        return {};
+    } catch (const StoredWithFault& error) {
+        qWarning("%s", error.what());
+        return {};
     } catch (const PlatformError& error) {
         qWarning("%s", error.what());
+        return u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(error.Text());
     }
 }

@@ -1,8 +1,11 @@
 #include "capture/StillCapture.h"
 
+#include "capture/capture_folders.h"
 #include "capture/capture_rows.h"
+#include "capture/NumberClaim.h"
 #include "capture/VisitNote.h"
 #include "contracts/desktop.h"
+#include "contracts/files.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
@@ -20,12 +23,25 @@ constexpr int StillQuality = 90;
 /// Row and column of the last number cell: a visit takes 50 stills.
 constexpr int LastRow = 20;
 constexpr int LastColumn = 5;
+constexpr int MostPictures = 50;
+
+/// Of a picture whose rows the database hasn't taken yet.
+const QString PendingMark = u"기록 대기"_s;
+
+bool IsGridFull(fpSpread& grid)
+{
+    return grid.DataRowCnt() >= LastRow && !CellText(grid, LastColumn, LastRow).isEmpty();
+}
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note), m_filing([this](const CaptureVisit& visit) { return m_note.NoteToStore(visit); },
-                                                [this](const StillFiling::Safe& picture) { ShowSafe(picture); })
+    : m_grid(visitGrid), m_note(note),
+      m_filing([this](const CaptureVisit& visit, bool mayAsk) { return m_note.NoteToStore(visit, mayAsk); },
+               [this](const StillFiling::Safe& picture) { ShowSafe(picture); })
 {
+    connect(&m_leftovers, &LeftoverNumbers::Found, this, [this](const QList<LeftoverNumber>& numbers) {
+        Guarded([&] { WhenFree([this, numbers] { Settle(numbers); }); });
+    });
 }
 
 StillCapture::~StillCapture() = default;
@@ -40,8 +56,7 @@ void StillCapture::SetCaptureValues(VideoCap& capture)
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    const CaptureVisit visit = CaptureVisit::Current();
-    InLine([this, visit, frame] { FileStill(visit, [&] { return frame->EncodeJPEG(StillQuality); }); });
+    FileStill(CaptureVisit::Current(), frame->EncodeJPEG(StillQuality));
 }
 
 void StillCapture::FilePicture(const ImagXpress& picture)
@@ -49,11 +64,8 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     if (!HasChart())
         return;
     const BusyPointer busy;
-    if (!HasRoom())
-        return;
-    const CaptureVisit visit = CaptureVisit::Current();
-    // The control may hold another picture by the time that the line comes to this one.
-    InLine([this, visit, content = picture.TargetContent()] { FileStill(visit, [&] { return content; }); });
+    if (HasRoom())
+        FileStill(CaptureVisit::Current(), picture.TargetContent());
 }
 
 bool StillCapture::HasChart() const
@@ -64,125 +76,262 @@ bool StillCapture::HasChart() const
     return false;
 }
 
-bool StillCapture::HasRoom() const
+bool StillCapture::HasRoom()
 {
-    // A grid that is being filled tells nothing; it is looked at when the line goes on.
-    return m_holds > 0 || !IsGridFull();
+    if (m_holds == 0)
+        return !IsGridFull(m_grid);
+    // A grid that is being filled tells nothing: what it is filled from does.
+    const CaptureVisit visit = CaptureVisit::Current();
+    qsizetype pictures = m_filing.Pending().NumbersOf(visit).size();
+    try {
+        for (const int number : StoredNumbers(visit.chart, visit.ymd, visit.etc, NumberOrder::Any))
+            pictures += FileExists(VisitPicturePath(visit, number)) ? 1 : 0;
+    } catch (const PlatformError&) {
+        // Better one picture too many than one lost.
+        return true;
+    }
+    return pictures < MostPictures;
+}
+
+void StillCapture::FileStill(const CaptureVisit& visit, const QByteArray& picture)
+{
+    m_note.BringBack();
+    const std::shared_ptr<PictureBatch> thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
+    const StillFiling::Filed filed = m_filing.File(visit, picture);
+    ShowStill(visit, filed.number, thumbnail);
+
+    QStringList tidings = filed.tidings;
+    if (!filed.rowsFault.isEmpty()) {
+        tidings.prepend(u"그림파일은 저장하였으나 데이터베이스에 기록하지 못했습니다.!!\r\n"
+                        "연결되면 다시 기록합니다.!!\r\n%1"_s.arg(filed.rowsFault));
+    }
+    if (!tidings.isEmpty())
+        throw PlatformError(tidings.join(u"\r\n\r\n"_s));
+}
+
+void StillCapture::ShowStill(const CaptureVisit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail)
+{
+    const bool waits = m_holds > 0;
+    InLine([this, visit, number, thumbnail, waits] {
+        if (visit != CaptureVisit::Current())
+            return;
+        // A fill that it waited for may have found it already.
+        std::optional<QPoint> place = waits ? FindPicture(m_grid, 1, number) : std::nullopt;
+        if (!place)
+            place = PlaceThumbnail(visit, number, thumbnail->Take(0));
+        m_grid.SetActiveCell(1, place->y());
+        m_grid.FlashCell(place->x(), place->y());
+    });
+}
+
+QPoint StillCapture::PlaceThumbnail(const CaptureVisit& visit, int number, const QImage& thumbnail)
+{
+    int row = 0;
+    int column = 0;
+    NextGridSlot(number, row, column, 1, m_grid);
+    PlacePicture(m_grid, row, column, thumbnail, number);
+    if (m_filing.Pending().Holds(visit, number))
+        MarkPicture(m_grid, column, row, PendingMark);
+    return {column, row};
+}
+
+void StillCapture::ShowPending(const CaptureVisit& visit)
+{
+    for (const int number : m_filing.Pending().NumbersOf(visit)) {
+        const QString path = VisitPicturePath(visit, number);
+        if (FileExists(path) && !FindPicture(m_grid, 1, number))
+            PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
+    }
+}
+
+void StillCapture::ShowPictures(const CaptureVisit& visit, bool keepCursor)
+{
+    const Hold hold(*this);
+    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, m_grid, 1, keepCursor);
+    ShowPending(visit);
+}
+
+void StillCapture::ShowSafe(const StillFiling::Safe& picture)
+{
+    if (picture.note.typed) {
+        // What can't be read back goes on counting as typed.
+        try {
+            m_note.CheckStored(picture.visit, picture.note.text);
+        } catch (const PlatformError&) {
+        }
+    }
+    if (!picture.waited)
+        return;
+    InLine([this, visit = picture.visit, number = picture.number] {
+        if (visit != CaptureVisit::Current())
+            return;
+        if (const std::optional<QPoint> place = FindPicture(m_grid, 1, number))
+            MarkPicture(m_grid, place->x(), place->y(), QString());
+        else
+            PlaceThumbnail(visit, number,
+                           Pictures().LoadWithin(VisitPicturePath(visit, number), m_grid.CellPixels(1, 1)));
+    });
 }
 
 void StillCapture::SaveVisitNote()
 {
     const CaptureVisit visit = CaptureVisit::Current();
-    InLine([this, visit] { StoreNote(visit); });
+    m_note.BringBack();
+    QStringList tidings = WritePending();
+    const QString text = m_note.NoteToStore(visit, true).text;
+    UpdateVisitNote(visit, text);
+    const VisitNote::Kept kept = m_note.CheckStored(visit, text);
+    tidings.prepend(u"캡쳐이미지를 저장하였습니다."_s);
+    if (kept.hasRow && !kept.IsWhole()) {
+        tidings.insert(1, u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
+    }
+    WhenFree([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
+}
+
+void StillCapture::ShowSaved(const CaptureVisit& visit, const QString& message)
+{
+    {
+        const Hold hold(*this);
+        LoadVisitHistory(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, u"A"_s);
+        if (visit == CaptureVisit::Current())
+            ShowPictures(visit, false);
+    }
+    MarkVisitCaptured(visit, u"1"_s);
+    ShowInformation(message);
+}
+
+QStringList StillCapture::WritePending()
+{
+    return m_filing.WritePending();
+}
+
+void StillCapture::SettleLeftovers()
+{
+    const CaptureVisit visit = CaptureVisit::Current();
+    QList<PendingRows::Folder> folders = m_filing.Pending().LeftFolders();
+    const auto add = [&](const QString& section) {
+        const PendingRows::Folder folder{visit.captureDir, section};
+        if (!Trim(section).isEmpty() && !folders.contains(folder))
+            folders.append(folder);
+    };
+    for (const QString& section : SectionsOfClient())
+        add(section);
+    add(visit.etc);
+    m_leftovers.LookIn(folders);
+}
+
+void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
+{
+    if (m_finished)
+        return;
+    QStringList tidings;
+    try {
+        tidings = WritePending();
+        const int settled = WriteLeftoverRows(numbers);
+        m_filing.Pending().LeftFoldersAreSettled();
+        if (settled > 0)
+            tidings.prepend(u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(settled));
+    } catch (const DatabaseAway&) {
+        // They keep their claims, and a later start comes back to them.
+    }
+    for (const QString& owner : m_filing.Pending().ForeignOwners())
+        tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
+            owner);
+    if (!tidings.isEmpty())
+        ShowInformation(tidings.join(u"\r\n\r\n"_s));
+}
+
+int StillCapture::WriteLeftoverRows(const QList<LeftoverNumber>& numbers)
+{
+    int settled = 0;
+    bool shown = false;
+    const auto show = qScopeGuard([&] {
+        if (shown)
+            Guarded([this] { ShowPictures(CaptureVisit::Current(), false); });
+    });
+    for (const auto& [visit, number] : numbers) {
+        if (m_filing.Pending().Holds(visit, number))
+            continue;
+        try {
+            if (!HasPictureRow(visit, number)) {
+                SaveCaptureRows(visit, number, StoredNote(visit.chart, visit.ymd, visit.etc));
+                ++settled;
+                const CaptureVisit current = CaptureVisit::Current();
+                shown |= visit.chart == current.chart && visit.ymd == current.ymd && visit.etc == current.etc;
+            }
+            NumberClaim::Release(visit, number);
+        } catch (const DatabaseAway&) {
+            throw;
+        } catch (const PlatformError& error) {
+            qWarning("%s", error.what());
+        }
+    }
+    return settled;
 }
 
 void StillCapture::InLine(const std::function<void()>& work)
 {
-    if (m_holds == 0 && m_line.empty() && !m_working) {
-        m_working = true;
-        // The line goes on also when this piece of work ends with a fault.
-        const auto end = qScopeGuard([this] {
-            m_working = false;
-            if (!m_line.empty())
-                QMetaObject::invokeMethod(this, &StillCapture::WorkOff, Qt::QueuedConnection);
-        });
-        work();
-        return;
-    }
     m_line.push_back(work);
+    if (m_holds == 0)
+        WorkOffLine();
+}
+
+void StillCapture::WhenFree(const std::function<void()>& command)
+{
+    if (m_holds > 0)
+        m_commands.push_back(command);
+    else
+        command();
 }
 
 void StillCapture::Release()
 {
-    if (--m_holds == 0 && !m_line.empty())
+    if (--m_holds == 0 && !(m_line.empty() && m_commands.empty()))
         QMetaObject::invokeMethod(this, &StillCapture::WorkOff, Qt::QueuedConnection);
 }
 
 void StillCapture::WorkOff()
 {
-    if (m_working)
-        return;
-    m_working = true;
-    while (m_holds == 0 && !m_line.empty()) {
-        const std::function<void()> work = m_line.front();
-        m_line.pop_front();
-        Guarded(work);
+    if (m_holds == 0)
+        WorkOffLine();
+    // A message of one command serves events, and the next may be worked off from there.
+    while (m_holds == 0 && !m_commands.empty()) {
+        const std::function<void()> command = m_commands.front();
+        m_commands.pop_front();
+        Guarded(command);
     }
-    m_working = false;
 }
 
-void StillCapture::Finish()
+void StillCapture::WorkOffLine()
 {
     while (!m_line.empty()) {
         const std::function<void()> work = m_line.front();
         m_line.pop_front();
-        Guarded(work);
-    }
-    try {
-        m_filing.WritePending();
-    } catch (const PlatformError&) {
-        ShowInformation(u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
-                        "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(Pending().Count()));
+        work();
     }
 }
 
-bool StillCapture::IsGridFull() const
+void StillCapture::Finish()
 {
-    if (m_grid.DataRowCnt() < LastRow)
-        return false;
-    return !CellText(m_grid, LastColumn, LastRow).isEmpty();
-}
-
-void StillCapture::FileStill(const CaptureVisit& visit, const std::function<QByteArray()>& encode)
-{
-    const BusyPointer busy;
-    const bool onScreen = visit == CaptureVisit::Current();
-    if (onScreen && IsGridFull())
-        return;
-    if (onScreen)
-        m_note.BringBack();
-    const QByteArray picture = encode();
-    m_thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
-    const auto drop = qScopeGuard([this] { m_thumbnail.reset(); });
-    const StillFiling::Filed filed = m_filing.File(visit, picture);
-    if (!filed.rowsFault.isEmpty()) {
-        throw PlatformError(u"그림파일은 저장하였으나 데이터베이스에 기록하지 못했습니다.!!\r\n"
-                            "연결되면 다시 기록합니다.!!\r\n%1"_s.arg(filed.rowsFault));
+    m_finished = true;
+    m_line.clear();
+    while (!m_commands.empty()) {
+        const std::function<void()> command = m_commands.front();
+        m_commands.pop_front();
+        Guarded(command);
     }
-}
-
-void StillCapture::ShowSafe(const StillFiling::Safe& picture)
-{
-    m_note.MarkStored(picture.visit, picture.note);
-    if (picture.visit != CaptureVisit::Current())
-        return;
-    const QImage thumbnail =
-        picture.waited ? Pictures().LoadWithin(VisitPicturePath(picture.visit, picture.number), m_grid.CellPixels(1, 1))
-                       : m_thumbnail->Take(0);
-    int row = 0;
-    int column = 0;
-    NextGridSlot(picture.number, row, column, 1, m_grid);
-    PlacePicture(m_grid, row, column, thumbnail, picture.number);
-    m_grid.SetActiveCell(1, row);
-    m_grid.FlashCell(column, row);
-}
-
-void StillCapture::StoreNote(const CaptureVisit& visit)
-{
-    if (visit == CaptureVisit::Current())
-        m_note.BringBack();
-    m_filing.WritePending();
-    const QString text = m_note.NoteToStore(visit).text;
-    UpdateVisitNote(visit, text);
-    // A visit without a picture has no row: its note then waits in the box for the first one.
-    if (StoredNote(visit.chart, visit.ymd, visit.etc) == Trim(NoteForStore(text)))
-        m_note.MarkStored(visit, text);
-    {
-        const Hold hold(*this);
-        LoadVisitHistory(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, u"A"_s);
-        if (visit == CaptureVisit::Current())
-            LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, m_grid, 1, false);
-    }
-    MarkVisitCaptured(visit, u"1"_s);
-    ShowInformation(u"캡쳐이미지를 저장하였습니다."_s);
+    Guarded([this] {
+        QStringList tidings;
+        try {
+            tidings = WritePending();
+        } catch (const DatabaseAway&) {
+        }
+        if (!m_filing.Pending().IsEmpty()) {
+            tidings << u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
+                       "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Pending().Count());
+        }
+        if (!tidings.isEmpty())
+            ShowInformation(tidings.join(u"\r\n\r\n"_s));
+    });
+    m_filing.Pending().End();
 }

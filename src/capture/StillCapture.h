@@ -1,8 +1,10 @@
 #pragma once
 
+#include "capture/LeftoverNumbers.h"
 #include "capture/StillFiling.h"
 
 #include <QObject>
+#include <QPoint>
 
 #include <deque>
 #include <functional>
@@ -11,12 +13,12 @@
 class fpSpread;
 class ImagXpress;
 class PictureBatch;
-class QImage;
 class VideoCap;
 class VisitNote;
 
-/// Takes stills of the current visit and stores its note. What is asked for while the screen is being filled waits in
-/// line until the fill is through; a still's frame is taken at the press all the same.
+/// Takes stills of the current visit, stores its note, and shows its pictures. A still's file and rows are written at
+/// the press, whatever box is open and whatever grid is being filled; what it changes on the screen waits in line until
+/// the fill is through.
 class StillCapture : public QObject
 {
     Q_OBJECT
@@ -26,12 +28,16 @@ public:
     ~StillCapture() override;
 
     /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the
-    /// visit's grid is full.
+    /// visit's grid is full. Throws PlatformError with what the operator is to be told.
     void SetCaptureValues(VideoCap& capture);
     /// Files the picture that the control holds like a still, with the same refusals.
     void FilePicture(const ImagXpress& picture);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();
+
+    /// Fills the visit's grid with the pictures of a visit, serving events; pictures whose rows wait stand behind the
+    /// others, marked.
+    void ShowPictures(const CaptureVisit& visit, bool keepCursor);
 
     /// While one of these lives, the screen is being filled and the line waits.
     class Hold
@@ -46,28 +52,45 @@ public:
         StillCapture* m_line;
     };
 
+    /// Brings to their end the stills that dead stations of this machine were filing: in the sections of the visit's
+    /// year, and wherever their lists say. The operator is told once how many came back.
+    void SettleLeftovers();
+
     /// Works the line off now, fill or no fill, and writes the rows that wait: the screen closes. Tells the operator
     /// when rows have to wait for the next run.
     void Finish();
 
-    const PendingRows& Pending() const { return m_filing.Pending(); }
+    const PendingRows& Pending() { return m_filing.Pending(); }
+    /// A picture whose rows wait has been deleted.
+    void Forget(const CaptureVisit& visit, int number) { m_filing.Forget(visit, number); }
 
 private:
+    /// Changes a still's place on the screen, at once unless a fill is under way. May not throw, nor serve events.
+    void InLine(const std::function<void()>& work);
+    /// Runs a command's last part, at once unless a fill is under way.
+    void WhenFree(const std::function<void()>& command);
     void Release();
     void WorkOff();
-    void InLine(const std::function<void()>& work);
-    bool IsGridFull() const;
+    void WorkOffLine();
     bool HasChart() const;
-    bool HasRoom() const;
-    void FileStill(const CaptureVisit& visit, const std::function<QByteArray()>& encode);
-    void StoreNote(const CaptureVisit& visit);
+    bool HasRoom();
+    void FileStill(const CaptureVisit& visit, const QByteArray& picture);
+    void ShowStill(const CaptureVisit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail);
+    void ShowPending(const CaptureVisit& visit);
+    /// Gives the column and row of its cell.
+    QPoint PlaceThumbnail(const CaptureVisit& visit, int number, const QImage& thumbnail);
     void ShowSafe(const StillFiling::Safe& picture);
+    void ShowSaved(const CaptureVisit& visit, const QString& message);
+    QStringList WritePending();
+    void Settle(const QList<LeftoverNumber>& numbers);
+    int WriteLeftoverRows(const QList<LeftoverNumber>& numbers);
 
     fpSpread& m_grid;
     VisitNote& m_note;
     StillFiling m_filing;
-    std::deque<std::function<void()>> m_line;
-    std::unique_ptr<PictureBatch> m_thumbnail; ///< Of the still that is being filed, decoded meanwhile.
+    LeftoverNumbers m_leftovers;
+    std::deque<std::function<void()>> m_line;     ///< Of thumbnails and marks, for the end of the fill.
+    std::deque<std::function<void()>> m_commands; ///< That come behind them.
     int m_holds = 0;
-    bool m_working = false;
+    bool m_finished = false;
 };

@@ -59,7 +59,7 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
 
     EnsureSectionFolder(visit);
     for (int number = largestTaken() + 1; number <= LargestNumber; ++number) {
-        auto claim = NumberClaim::Take(ClaimPath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number));
+        auto claim = NumberClaim::Take(visit, number);
         if (claim == nullptr)
             continue;
         // Another station may have filed this number and released it before the claim was ours.
@@ -69,52 +69,85 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
             continue;
         }
         const QString path = VisitPicturePath(visit, number);
-        if (!FileExists(path) && Files().WriteNewFile(path, picture))
-            return {number, std::move(claim)};
+        if (FileExists(path))
+            continue;
+        try {
+            if (Files().WriteNewFile(path, picture))
+                return {number, std::move(claim), {}};
+        } catch (const StoredWithFault& error) {
+            return {number, std::move(claim), error.Text()};
+        }
     }
     throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
 }
 
 StillFiling::Filed StillFiling::File(const CaptureVisit& visit, const QByteArray& picture)
 {
-    QString fault;
+    Filed filed;
     try {
-        WritePending();
-    } catch (const PlatformError& error) {
-        fault = error.Text();
+        filed.tidings = WritePending();
+    } catch (const DatabaseAway& error) {
+        filed.rowsFault = error.Text();
     }
-    const Placed placed = PlaceFile(visit, picture, fault);
-    PendingRows::Entry entry{visit, placed.number, {}};
-    QString stored;
+    m_pending.ClaimsIn({visit.captureDir, visit.etc});
+    const Placed placed = PlaceFile(visit, picture, filed.rowsFault);
+    filed.number = placed.number;
+    if (!placed.fault.isEmpty())
+        filed.tidings << placed.fault;
+
+    PendingRows::Entry entry{visit, placed.number, {}, false};
+    Note note;
     try {
-        const Note note = m_note(visit);
+        note = m_note(visit, filed.rowsFault.isEmpty());
         if (note.typed)
             entry.note = note.text;
-        stored = note.text;
-        if (fault.isEmpty())
-            SaveCaptureRows(visit, placed.number, stored);
+        if (filed.rowsFault.isEmpty())
+            SaveCaptureRows(visit, placed.number, note.text);
+    } catch (const DatabaseAway& error) {
+        filed.rowsFault = error.Text();
     } catch (const PlatformError& error) {
-        fault = error.Text();
+        filed.rowsFault = error.Text();
+        entry.refused = true;
     }
-    if (fault.isEmpty())
-        m_safe({visit, placed.number, stored, false});
-    else
-        m_pending.Add(entry);
-    return {placed.number, fault};
+    if (filed.rowsFault.isEmpty()) {
+        m_safe({visit, placed.number, note, false});
+        return filed;
+    }
+    placed.claim->Keep();
+    if (const QString fault = m_pending.Add(entry); !fault.isEmpty())
+        filed.tidings << fault;
+    return filed;
 }
 
-void StillFiling::WritePending()
+QStringList StillFiling::WritePending()
 {
-    m_pending.WriteAll([this](const PendingRows::Entry& entry) { WriteRows(entry); });
+    return m_pending.WriteAll([this](const PendingRows::Entry& entry) { return WriteRows(entry); });
 }
 
-void StillFiling::WriteRows(const PendingRows::Entry& entry)
+PendingRows::Outcome StillFiling::WriteRows(const PendingRows::Entry& entry)
 {
-    const Note note = m_note(entry.visit);
-    QString text = note.text;
+    const CaptureVisit& visit = entry.visit;
+    if (!FileExists(VisitPicturePath(visit, entry.number))) {
+        // Without its folder there is no share to tell what became of the picture.
+        if (!FolderExists(SectionFolder(visit.captureDir, visit.etc)))
+            return PendingRows::Outcome::Later;
+        NumberClaim::Release(visit, entry.number);
+        return PendingRows::Outcome::Gone;
+    }
+    Note note = m_note(visit, true);
     // What was typed when the rows failed must not be lost, nor what others have stored since.
-    if (!note.typed && !Trim(entry.note).isEmpty() && !text.contains(Trim(entry.note)))
-        text = Trim(text).isEmpty() ? entry.note : text + u'\n' + entry.note;
-    SaveCaptureRows(entry.visit, entry.number, text);
-    m_safe({entry.visit, entry.number, text, true});
+    if (!note.typed && !Trim(entry.note).isEmpty() && !note.text.contains(Trim(entry.note))) {
+        const QString lineEnd = note.text.contains(u"\r\n"_s) ? u"\r\n"_s : u"\n"_s;
+        note.text = Trim(note.text).isEmpty() ? entry.note : note.text + lineEnd + entry.note;
+    }
+    SaveCaptureRows(visit, entry.number, note.text);
+    NumberClaim::Release(visit, entry.number);
+    m_safe({visit, entry.number, note, true});
+    return PendingRows::Outcome::Written;
+}
+
+void StillFiling::Forget(const CaptureVisit& visit, int number)
+{
+    m_pending.Remove(visit, number);
+    NumberClaim::Release(visit, number);
 }

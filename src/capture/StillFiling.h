@@ -19,14 +19,18 @@ public:
         QString text;
         bool typed = false; ///< The operator's own text of this screen, not one read from the store.
     };
-    /// Asked right before the rows are written; may throw.
-    using NoteSource = std::function<Note(const CaptureVisit&)>;
+    /// Asked right before the rows are written; may throw. Without `mayAsk` the database isn't asked: an untyped note
+    /// is then empty.
+    using NoteSource = std::function<Note(const CaptureVisit&, bool mayAsk)>;
 
     struct Filed
     {
         int number = 0;
         /// Empty when the rows are stored. Otherwise why not, for the operator: the file is safe, the rows wait.
         QString rowsFault;
+        /// What else the operator is to be told: rows of earlier pictures that the server refuses, a disk that reports
+        /// faults.
+        QStringList tidings;
     };
 
     /// A picture whose file and rows are safe.
@@ -34,7 +38,7 @@ public:
     {
         CaptureVisit visit;
         int number = 0;
-        QString note;        ///< Stored with it.
+        Note note;           ///< Stored with it.
         bool waited = false; ///< Its rows had to wait; it is not the picture that is being filed.
     };
     using SafeListener = std::function<void(const Safe&)>;
@@ -46,20 +50,24 @@ public:
     /// behind then.
     Filed File(const CaptureVisit& visit, const QByteArray& picture);
 
-    /// Writes the rows that wait. Throws PlatformError at the first that fails again.
-    void WritePending();
-    const PendingRows& Pending() const { return m_pending; }
+    /// Writes the rows that wait. Those that the server refuses keep no others from their turn; gives a text for the
+    /// operator for each that it hasn't refused before. Throws DatabaseAway when the others have to wait on.
+    QStringList WritePending();
+    /// A picture that waits has been deleted: its entry and its claim go.
+    void Forget(const CaptureVisit& visit, int number);
+    PendingRows& Pending() { return m_pending; }
 
 private:
     struct Placed
     {
         int number = 0;
         std::unique_ptr<NumberClaim> claim;
+        QString fault; ///< The file stands, but the disk reported a fault.
     };
 
     /// `fault` tells why the database doesn't answer; while it is empty the database is asked.
     Placed PlaceFile(const CaptureVisit& visit, const QByteArray& picture, QString& fault) const;
-    void WriteRows(const PendingRows::Entry& entry);
+    PendingRows::Outcome WriteRows(const PendingRows::Entry& entry);
 
     NoteSource m_note;
     SafeListener m_safe;

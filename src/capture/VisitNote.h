@@ -17,20 +17,37 @@ public:
     void LoadForVisit();
     /// Closes the box for a section whose note is about to be loaded.
     void AwaitVisit();
+    /// The note of the visit that is awaited won't come.
+    void FailVisit();
     /// Shows the note of a history line, read-only, with the visit's own text kept aside. The visit's own line leaves
     /// the box as it is, but for bringing its own text back.
     void ShowHistoryNote(const QString& ymd, const QString& etc, const QString& yearFolder);
     /// Brings the visit's own text back into the box.
     void BringBack();
 
-    /// The note to store for a visit: the typed text when the box holds one for it, else the stored one, read afresh
-    /// and shown. Throws PlatformError when that read fails.
-    StillFiling::Note NoteToStore(const CaptureVisit& visit);
-    /// The text has been stored as the visit's note: the box holds nothing of its own any more.
-    void MarkStored(const CaptureVisit& visit, const QString& text);
+    /// The note to store for a visit: the typed text when the box holds one for it, with what is still being composed;
+    /// else the stored one, read afresh and shown, or, where the database may not be asked, nothing. Throws
+    /// PlatformError when that read fails.
+    StillFiling::Note NoteToStore(const CaptureVisit& visit, bool mayAsk);
+
+    /// What became of a note that was to be stored.
+    struct Kept
+    {
+        bool hasRow = false; ///< A visit without a picture has no row: its note waits in the box for the first one.
+        int wanted = 0;      ///< Characters that were to be stored, without blanks around them.
+        int stored = 0;      ///< Characters that the column has taken.
+
+        bool IsWhole() const { return hasRow && stored >= wanted; }
+    };
+    /// Reads back what has been stored of the text. When it is whole, the box holds nothing of its own any more;
+    /// otherwise the text in the box goes on counting as typed. Throws PlatformError.
+    Kept CheckStored(const CaptureVisit& visit, const QString& text);
+
+    /// The visit's row is gone: the text in the box, if it is that visit's own, is stored nowhere now.
+    void RowIsGone(const CaptureVisit& visit);
 
 private:
-    struct Kept
+    struct Aside
     {
         QString ymd;
         QString etc;
@@ -39,6 +56,8 @@ private:
         bool loaded = false;
     };
 
+    bool IsInBox(const CaptureVisit& visit) const;
+
     NoteBox& m_box;
-    std::optional<Kept> m_kept;
+    std::optional<Aside> m_aside; ///< The visit's own text while a history line has the box.
 };

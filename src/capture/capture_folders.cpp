@@ -15,19 +15,23 @@ void MakeMissingFolder(const QString& path)
 }
 } // namespace
 
+QStringList SectionsOfClient()
+{
+    QStringList sections = ClientSetup.EtcList.split(u',');
+    sections.removeIf([](const QString& piece) { return Trim(piece).isEmpty(); });
+    return sections;
+}
+
 void PrepareCaptureFolders(const QString& ymd, QComboBox& sections)
 {
     MakeMissingFolder(ClientSetup.CaptureRoot);
     const QString year = YearFolder(Trim(ClientSetup.CaptureRoot), ymd);
     MakeMissingFolder(year);
     sections.clear();
-    const QStringList pieces = ClientSetup.EtcList.split(u',');
-    for (const QString& piece : pieces) {
-        if (Trim(piece).isEmpty())
-            continue;
-        sections.addItem(piece);
-        MakeMissingFolder(SectionFolder(year, piece));
-        MakeMissingFolder(LogFolder(year, piece));
+    for (const QString& section : SectionsOfClient()) {
+        sections.addItem(section);
+        MakeMissingFolder(SectionFolder(year, section));
+        MakeMissingFolder(LogFolder(year, section));
     }
     MakeMissingFolder(MovieFolder(year));
 }

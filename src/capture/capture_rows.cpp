@@ -17,6 +17,20 @@ QString VisitPicturePath(const CaptureVisit& visit, int number)
     return PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt);
 }
 
+bool HasPictureRow(const CaptureVisit& visit, int number)
+{
+    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
+                                   .Quoted(u" WHERE cap_chart = '", visit.chart)
+                                   .Quoted(u" AND cap_ymd = '", visit.ymd)
+                                   .Quoted(u" AND cap_etc = '", visit.etc)
+                                   .Piece(u" AND cap_gubun = 'A' ")
+                                   .Then(u" AND cap_no = ", number)
+                                   .Piece(u" "));
+    const bool there = HasRow(*rows);
+    rows->Close();
+    return there;
+}
+
 void SaveCaptureRows(const CaptureVisit& visit, int number, const QString& note)
 {
     QString path = VisitPicturePath(visit, number);

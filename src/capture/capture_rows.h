@@ -10,6 +10,9 @@ QString NoteForStore(const QString& typed);
 /// Full path of one of the visit's pictures.
 QString VisitPicturePath(const CaptureVisit& visit, int number);
 
+/// True when the picture has a `cap` row.
+bool HasPictureRow(const CaptureVisit& visit, int number);
+
 /// Writes the `ca` row with the note, then the `cap` row of a picture.
 void SaveCaptureRows(const CaptureVisit& visit, int number, const QString& note);
 

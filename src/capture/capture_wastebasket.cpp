@@ -9,7 +9,6 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "records/capture_scheme.h"
-#include "records/Statement.h"
 
 #include <QList>
 
@@ -21,26 +20,6 @@ namespace {
 constexpr int LastSwept = 75;
 /// A still's rows follow its file within this time, whichever station files it.
 constexpr int RowsFollowMs = 2000;
-
-bool HasPictureRow(const CaptureVisit& visit, int number)
-{
-    const auto rows = OpenRows(Statement(u" SELECT * FROM cap ")
-                                   .Quoted(u" WHERE cap_chart = '", visit.chart)
-                                   .Quoted(u" AND cap_ymd = '", visit.ymd)
-                                   .Quoted(u" AND cap_etc = '", visit.etc)
-                                   .Piece(u" AND cap_gubun = 'A' ")
-                                   .Then(u" AND cap_no = ", number)
-                                   .Piece(u" "));
-    const bool there = HasRow(*rows);
-    rows->Close();
-    return there;
-}
-
-bool IsClaimed(const CaptureVisit& visit, int number)
-{
-    const QString claim = ClaimPath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number);
-    return FileExists(claim) && Files().AgeMs(claim) <= NumberClaim::LifeMs;
-}
 
 } // namespace
 
@@ -70,15 +49,16 @@ void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending)
 {
     QList<int> orphans;
     for (int number = 1; number <= LastSwept; ++number) {
-        if (FileExists(VisitPicturePath(visit, number)) && !pending.Holds(visit, number) &&
-            !HasPictureRow(visit, number))
+        if (FileExists(VisitPicturePath(visit, number)) && !NumberClaim::Stands(visit, number) &&
+            !pending.Holds(visit, number) && !HasPictureRow(visit, number))
             orphans.append(number);
     }
     if (orphans.isEmpty())
         return;
-    UseService<Desktop>().PumpEventsUntil([] { return false; }, RowsFollowMs);
+    const BusyPointer busy;
+    UseService<Desktop>().Pause(RowsFollowMs);
     for (const int number : orphans) {
-        if (!IsClaimed(visit, number) && !HasPictureRow(visit, number))
+        if (!NumberClaim::Stands(visit, number) && !HasPictureRow(visit, number))
             MoveToLogFolder(visit, number);
     }
 }

@@ -13,6 +13,6 @@ struct CaptureVisit;
 void MoveToLogFolder(const CaptureVisit& visit, int number);
 
 /// Moves the pictures of the visit and section that have no row into the Log folder. Since another station's rows may
-/// be on their way, it waits two seconds once, and asks again. Numbers that are claimed or whose rows wait are left
-/// alone. Throws PlatformError at the first query that fails, with nothing moved after it.
+/// be on their way, it waits two seconds once, and asks again. Numbers that are claimed, however long ago, or whose
+/// rows wait are left alone. Throws PlatformError at the first query that fails, with nothing moved after it.
 void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending);

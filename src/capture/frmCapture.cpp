@@ -41,7 +41,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills);
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note);
     m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
     m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this] {
         if (!IsUnloaded())
@@ -80,6 +80,7 @@ void frmCapture::LoadSteps()
     ShowPatientPanels(*m_sbarCap);
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
     UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
+    m_stills->SettleLeftovers();
 }
 
 void frmCapture::Form_Unload()
@@ -87,7 +88,9 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
-    Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
+    // A system that ends the program has no time for it; the next closing has.
+    if (!UseService<Desktop>().EndIsRequested())
+        Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
     m_footSwitch->Close();
     m_capCapture->Stop();
     EndProgram();
@@ -96,18 +99,18 @@ void frmCapture::Form_Unload()
 void frmCapture::ConnectControls()
 {
     connect(m_tbarCap, &CommandBar::ButtonClick, this,
-            GuardedSlot([this](const QString& caption) { RunButton(caption); }));
+            CommandSlot([this](const QString& caption) { RunButton(caption); }));
     connect(m_tbarCap, &CommandBar::ButtonMenuClick, this,
-            GuardedSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
+            CommandSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
     connect(m_popup, &QMenu::triggered, this,
-            GuardedSlot([this](const QAction* entry) { RunPopupEntry(entry->objectName()); }));
+            CommandSlot([this](const QAction* entry) { RunPopupEntry(entry->objectName()); }));
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
-    connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
+    connect(m_cmbEtc, &QComboBox::activated, this, CommandSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
     connect(&sprCap(1), &fpSpread::FilesDropped, this,
-            GuardedSlot([this](const QStringList& paths) { m_import->ImportFiles(paths); }));
+            CommandSlot([this](const QStringList& paths) { m_import->ImportFiles(paths); }));
     for (const int element : {1, 2}) {
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
@@ -117,9 +120,9 @@ void frmCapture::ConnectControls()
     }
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
-                GuardedSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
+                CommandSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
         connect(&sprCap(element), &fpSpread::RightClick, this,
-                GuardedSlot([this, element](int, int column, int row, int x, int y) {
+                CommandSlot([this, element](int, int column, int row, int x, int y) {
                     OnGridRightClick(element, column, row, x, y);
                 }));
     }

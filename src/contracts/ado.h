@@ -54,8 +54,8 @@ public:
     virtual QString DefaultDatabase() const = 0;
 
     /// Runs one statement. The recordset is empty for a statement that gives no rows.
-    /// A connection found lost is opened again once and the statement repeated; after that PlatformError with the
-    /// driver's text.
+    /// A connection found lost is opened again once and the statement repeated; after that DatabaseAway with the
+    /// driver's text. PlatformError for a statement that the server refuses.
     virtual std::unique_ptr<AdoRecordset> Execute(const QString& statement) = 0;
 
     /// A recordset that this connection can be opened on.

@@ -73,6 +73,9 @@ public:
     /// The grid keeps the picture at cell size. A null picture shows the "no picture" mark.
     virtual void setTypePictPicture(const QImage& picture) = 0;
     virtual QImage TypePictPicture() const = 0;
+    /// A few words of warning over the lower edge of the cell's picture; empty for none. Goes with the picture.
+    virtual void setTypePictMark(const QString& mark) = 0;
+    virtual QString TypePictMark() const = 0;
     virtual QString Text() const = 0;
     virtual void setText(const QString& text) = 0;
     /// `Text` of that cell, which becomes the current one.

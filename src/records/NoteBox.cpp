@@ -1,5 +1,7 @@
 #include "records/NoteBox.h"
 
+#include "contracts/composition.h"
+
 #include <QStyle>
 
 using namespace Qt::StringLiterals;
@@ -9,21 +11,42 @@ NoteBox::NoteBox(QWidget* parent) : QPlainTextEdit(parent)
     setTabChangesFocus(true);
 }
 
+QString NoteBox::Text() const
+{
+    QString text = toPlainText();
+    if (IsComposing())
+        text.insert(qMin<qsizetype>(textCursor().position(), text.size()), CompositionIn(this));
+    return m_crlf ? text.replace(u'\n', u"\r\n"_s) : text;
+}
+
+bool NoteBox::IsComposing() const
+{
+    return !CompositionIn(this).isEmpty();
+}
+
 void NoteBox::BeginLoading(const QString& ymd, const QString& section)
 {
     m_ymd = ymd;
     m_section = section;
-    m_loaded = false;
+    m_state = State::Awaited;
+    m_crlf = false;
     setPlainText(QString());
-    document()->setModified(false);
+    MarkUntouched();
     ShowState();
 }
 
 void NoteBox::SetLoadedNote(const QString& note)
 {
+    m_crlf = note.contains(u"\r\n"_s);
     setPlainText(note);
-    document()->setModified(false);
-    m_loaded = true;
+    MarkUntouched();
+    m_state = State::Loaded;
+    ShowState();
+}
+
+void NoteBox::FailLoading()
+{
+    m_state = State::Failed;
     ShowState();
 }
 
@@ -42,8 +65,8 @@ void NoteBox::setHistoryNote(bool on)
 
 void NoteBox::ShowState()
 {
-    setReadOnly(m_historyNote || !m_loaded);
-    setPlaceholderText(m_loaded ? QString() : u"참고사항을 읽지 못했습니다.!!"_s);
+    setReadOnly(m_historyNote || !IsLoaded());
+    setPlaceholderText(m_state == State::Failed ? u"참고사항을 읽지 못했습니다.!!"_s : QString());
     // A style sheet looks at the property only when it is polished anew.
     style()->unpolish(this);
     style()->polish(this);

@@ -10,7 +10,7 @@ namespace {
 AdoConnection& OpenConnection()
 {
     if (Connection == nullptr)
-        throw PlatformError(u"데이터베이스에 연결되어 있지 않습니다.!!"_s);
+        throw DatabaseAway(u"데이터베이스에 연결되어 있지 않습니다.!!"_s);
     return *Connection;
 }
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
 #include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
 #include "records/history_grids.h"
@@ -80,7 +81,8 @@ QString StoredNote(const QString& chart, const QString& ymd, const QString& etc)
                                    .Quoted(u" AND ca_ymd = '", ymd)
                                    .Quoted(u" AND ca_etc = '", etc)
                                    .Piece(u" AND ca_gubun = 'A' "));
-    const QString note = HasRow(*rows) ? FieldText(*rows, u"ca_chamgo"_s) : QString();
+    // Not null, if only empty, for a row without a note.
+    const QString note = HasRow(*rows) ? u""_s + FieldText(*rows, u"ca_chamgo"_s) : QString();
     rows->Close();
     return note;
 }
@@ -89,7 +91,12 @@ void LoadCaptureNote(const QString& chart, const QString& /*yuhyung*/, const QSt
                      const QString& /*captureDir*/, const QString& etc, NoteBox& box)
 {
     box.BeginLoading(ymd, etc);
-    box.SetLoadedNote(StoredNote(chart, ymd, etc));
+    try {
+        box.SetLoadedNote(StoredNote(chart, ymd, etc));
+    } catch (const PlatformError&) {
+        box.FailLoading();
+        throw;
+    }
 }
 
 void LoadVisitHistory(const QString& chart, const QString& /*yuhyung*/, const QString& /*ymd*/,
@@ -98,15 +105,15 @@ void LoadVisitHistory(const QString& chart, const QString& /*yuhyung*/, const QS
     const HistoryGrids& grids = RegisteredHistoryGrids();
     if (!grids.pictures || !grids.visits)
         return;
-    grids.pictures->BeginFill();
-    ClearPictureGrid(*grids.pictures, 2);
-    fpSpread& visits = *grids.visits;
-    visits.ClearRange(1, 1, 2, visits.DataRowCnt(), false);
-
+    // Asked first: a database that doesn't answer leaves the screen as it was.
     const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
                                    .Quoted(u" WHERE ca_chart = '", chart)
                                    .Quoted(u" AND ca_gubun = '", kind)
                                    .Piece(u" ORDER BY ca_ymd DESC "));
+    grids.pictures->BeginFill();
+    ClearPictureGrid(*grids.pictures, 2);
+    fpSpread& visits = *grids.visits;
+    visits.ClearRange(1, 1, 2, visits.DataRowCnt(), false);
     for (int line = 1; !rows->Eof(); rows->MoveNext(), ++line) {
         if (line > visits.MaxRows())
             visits.setMaxRows(line);

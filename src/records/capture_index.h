@@ -23,7 +23,7 @@ enum class NumberOrder { Any, Ascending };
 /// The numbers of the visit's pictures, as their rows say.
 QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order);
 
-/// The stored note of the visit as text, trimmed; empty without a row.
+/// The stored note of the visit as text, trimmed; null without a row.
 QString StoredNote(const QString& chart, const QString& ymd, const QString& etc);
 
 /// Brings the visit's note into the box. The box is empty, and knows that it holds no note, until it has been read.

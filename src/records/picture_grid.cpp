@@ -107,3 +107,50 @@ void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, in
     grid.setCellType(CellTypeStaticText);
     grid.setText(NumberText(pictureNumber));
 }
+
+std::optional<QPoint> FindPicture(fpSpread& grid, int gridNumber, int pictureNumber)
+{
+    const QString number = NumberText(pictureNumber);
+    for (int row = 1; row < grid.DataRowCnt(); row += 2) {
+        for (const int column : PictureColumns(gridNumber)) {
+            if (CellText(grid, column, row + 1) == number)
+                return QPoint(column, row);
+        }
+    }
+    return std::nullopt;
+}
+
+void MarkPicture(fpSpread& grid, int column, int row, const QString& mark)
+{
+    grid.setRow(row);
+    grid.setCol(column);
+    grid.setTypePictMark(mark);
+}
+
+void RemovePicture(fpSpread& grid, int pictureNumber)
+{
+    struct Shown
+    {
+        QImage picture;
+        QString mark;
+        int number;
+    };
+    QList<Shown> left;
+    for (int row = 1; row < grid.DataRowCnt(); row += 2) {
+        for (const int column : PictureColumns(1)) {
+            const QString number = CellText(grid, column, row + 1);
+            if (number.isEmpty() || number == NumberText(pictureNumber))
+                continue;
+            grid.setRow(row);
+            left.append({grid.TypePictPicture(), grid.TypePictMark(), WholeNumber(number)});
+        }
+    }
+    ClearPictureGrid(grid, 1);
+    for (const Shown& shown : left) {
+        int row = 0;
+        int column = 0;
+        NextGridSlot(shown.number, row, column, 1, grid);
+        PlacePicture(grid, row, column, shown.picture, shown.number);
+        MarkPicture(grid, column, row, shown.mark);
+    }
+}

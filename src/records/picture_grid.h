@@ -39,3 +39,10 @@ void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture);
 
 /// Puts a picture and its number into a place, and makes the grid longer when the place lies beyond it.
 void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber);
+
+/// Column and row of the cell that shows the picture of that number; nothing when none does.
+std::optional<QPoint> FindPicture(fpSpread& grid, int gridNumber, int pictureNumber);
+/// Puts words of warning over the picture of a cell, or takes them away.
+void MarkPicture(fpSpread& grid, int column, int row, const QString& mark);
+/// Takes one picture out of a grid that shows pictures without boxes; those behind it move up.
+void RemovePicture(fpSpread& grid, int pictureNumber);

@@ -7,11 +7,15 @@
 #include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
+#include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
+
+#include <fcntl.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -90,6 +94,21 @@ private Q_SLOTS:
         QCOMPARE(m_screen->sprCap(2).DataRowCnt(), 0);
         QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 2);
         QCOMPARE(m_box->Names(u"2025"_s, u"대장내시경Log"_s).size(), 2);
+    }
+
+    void ANoteOutlivesTheLastPictureInItsBox()
+    {
+        m_box->Desk().answers = {true};
+        ShowLine(u"20250301"_s);
+        m_box->Run(u"DELETE FROM cap WHERE cap_no > 1 AND cap_etc = '위내시경';"_s);
+        OpenMenu(1, 1, 1);
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca WHERE ca_etc = '위내시경'"_s), u"0"_s);
+        FakeVideoCap::Last()->live = true;
+        Run(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_etc = '위내시경'"_s), u"소견"_s);
+        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), u"소견"_s);
+        QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"옛 소견"_s);
     }
 
     void AllOfTheVisit()
@@ -218,9 +237,10 @@ private Q_SLOTS:
         const auto put = [this](int number) { WriteWholeFile(m_box->PicturePath(Day, Stomach, number), "orphan"); };
         for (const int number : {5, 6, 76})
             put(number);
-        QString claimed = m_box->PicturePath(Day, Stomach, 6);
-        claimed.chop(4);
-        const auto claim = NumberClaim::Take(claimed);
+        const auto claim = NumberClaim::Take(CaptureVisit::Current(), 6);
+        const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
+        const QString path = m_box->PicturePath(Day, Stomach, 6).chopped(4);
+        QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(NativePath(path)), longAgo, 0), 0);
         m_screen->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124005.jpg"_s});
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);

@@ -196,8 +196,8 @@ private Q_SLOTS:
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Desk().shown.size(), 2);
         QVERIFY(m_box->Desk().shown.first().startsWith(u"그림파일은 저장하였으나"_s));
-        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 2);
-        QCOMPARE(screen.sprCap(1).DataRowCnt(), 0);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 2);
+        QCOMPARE(CellText(screen.sprCap(1), 2, 2), u"002"_s);
 
         m_box->Run(u"ALTER TABLE cap_gone RENAME TO cap;"_s);
         Press(u"캡쳐"_s);
@@ -237,13 +237,15 @@ private Q_SLOTS:
             Press(u"캡쳐"_s);
             pressed = FakeVideoCap::Last()->frames;
             FakeVideoCap::Last()->frames = 40;
-            QCOMPARE(m_box->Names(u"2026"_s, Stomach).size() + m_box->Names(u"2026"_s, Colon).size(), 15);
+            // A kill in this moment would cost nothing but the thumbnail.
+            QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 16);
+            QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"16"_s);
+            QVERIFY(CellText(screen.sprCap(1), 1, 8).isEmpty());
         });
         ChooseSection(Colon);
-        QTRY_COMPARE(m_box->Names(u"2026"_s, Colon).size(), 16);
+        QTRY_COMPARE(CellText(screen.sprCap(1), 1, 8), u"016"_s);
         QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Colon, 16)), pressed);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"대장 소견"_s);
-        QCOMPARE(CellText(screen.sprCap(1), 1, 8), u"016"_s);
     }
 
     void ClosingDuringAFillFilesWhatWasPressed()

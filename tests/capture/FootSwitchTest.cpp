@@ -166,24 +166,21 @@ private Q_SLOTS:
         QCOMPARE(Stills(), 0);
     }
 
-    void APressDuringAMessageIsNone()
+    void APressUnderTheSwitchsOwnMessageIsAStill()
     {
         frmCapture& screen = Open();
         Press(u"연결"_s);
         screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
-        int boxes = 0;
         m_box->Desk().whileShown = [&] {
-            ++boxes;
-            m_cable->Send("more");
-            QTRY_VERIFY(Port().InBufferCount() > 0);
-            for (int i = 0; i < 20; ++i)
-                QCoreApplication::processEvents();
+            m_box->Desk().whileShown = nullptr;
+            FakeVideoCap::Last()->live = true;
+            m_cable->Send("2");
+            QTRY_COMPARE(Stills(), 1);
         };
         m_cable->Send("1");
-        QTRY_COMPARE(boxes, 1);
+        QTRY_COMPARE(Stills(), 1);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
         QTRY_VERIFY(Port().PortOpen());
-        QCOMPARE(boxes, 1);
-        m_box->Desk().whileShown = nullptr;
     }
 
     void APulledPlugComesBack_data()

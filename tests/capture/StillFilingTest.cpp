@@ -1,17 +1,24 @@
-#include "capture/StillFiling.h"
 #include "capture/capture_rows.h"
+#include "capture/frmCapture.h"
 #include "capture/NumberClaim.h"
 #include "contracts/components.h"
+#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
 #include "launch/context/VisitContext.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/files/posix_files.h"
+#include "records/capture_scheme.h"
+#include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QMenu>
 #include <QProcess>
 #include <QTest>
+#include <QToolButton>
 
+#include <csignal>
 #include <fcntl.h>
 #include <set>
 #include <sys/stat.h>
@@ -31,32 +38,68 @@ int StillsEach()
 
 StillFiling MakeFiling()
 {
-    return StillFiling([](const CaptureVisit&) { return StillFiling::Note{}; }, [](const StillFiling::Safe&) {});
+    return StillFiling([](const CaptureVisit&, bool) { return StillFiling::Note{}; }, [](const StillFiling::Safe&) {});
 }
 
-/// One station of the race: a process of its own that files its pictures one after the other.
+/// One station: a process of its own that files its pictures one after the other. With `dies` it is killed in the
+/// moment in which the last one's file stands and its rows don't.
 int RunStation(const QStringList& arguments)
 {
-    ScriptedDesktop::Install();
+    const bool dies = arguments.value(8) == u"dies"_s;
+    ScriptedDesktop::Install().folder = arguments.value(9);
     RegisterFiles();
     DatabaseSettings settings;
-    settings.driver = u"QMARIADB"_s;
+    settings.driver = arguments[2].isEmpty() ? u"QSQLITE"_s : u"QMARIADB"_s;
     settings.socket = arguments[2];
     settings.name = arguments[3];
     settings.user = arguments[4];
     Connection = OpenConnection(settings);
     const auto close = qScopeGuard([] { Connection.reset(); });
     CaptureVisit visit{u"00001234"_s, u"01"_s, u"11"_s, u"20261124"_s, u"위내시경"_s, arguments[5], u"jpg"_s, {}};
-    StillFiling filing = MakeFiling();
-    for (int still = 0; still < arguments[7].toInt(); ++still) {
-        const QByteArray content = (arguments[6] + u'-' + QString::number(still)).toUtf8();
-        const StillFiling::Filed filed = filing.File(visit, content);
-        if (!filed.rowsFault.isEmpty()) {
-            qWarning("%s", qPrintable(filed.rowsFault));
+    const int stills = arguments[7].toInt();
+    int filed = 0;
+    StillFiling filing(
+        [&](const CaptureVisit&, bool) {
+            if (dies && filed == stills - 1)
+                std::raise(SIGKILL);
+            return StillFiling::Note{u"쓰던 글"_s, dies};
+        },
+        [](const StillFiling::Safe&) {});
+    for (; filed < stills; ++filed) {
+        const QByteArray content =
+            dies ? StationInABox::Jpeg({64, 48}, Qt::red) : (arguments[6] + u'-' + QString::number(filed)).toUtf8();
+        const QString fault = filing.File(visit, content).rowsFault;
+        if (!fault.isEmpty() && !dies) {
+            qWarning("%s", qPrintable(fault));
             return 1;
         }
     }
     return 0;
+}
+
+/// An operation of the system that fails while it lives.
+template <class Call>
+class Failing
+{
+public:
+    Failing(Call& call, Call instead) : m_call(call), m_kept(call) { call = instead; }
+    ~Failing() { m_call = m_kept; }
+    Failing(const Failing&) = delete;
+    Failing& operator=(const Failing&) = delete;
+
+private:
+    Call& m_call;
+    Call m_kept;
+};
+
+int FailFolderSync(int handle)
+{
+    struct stat facts = {};
+    fstat(handle, &facts);
+    if (!S_ISDIR(facts.st_mode))
+        return fsync(handle);
+    errno = EIO;
+    return -1;
 }
 
 } // namespace
@@ -98,21 +141,160 @@ private Q_SLOTS:
         StationInABox box;
         const CaptureVisit visit = CaptureVisit::Current();
         StillFiling filing = MakeFiling();
-        const auto claim = NumberClaim::Take(ClaimOf(box, 1));
+        const auto claim = NumberClaim::Take(visit, 1);
         QVERIFY(claim != nullptr);
-        QVERIFY(NumberClaim::Take(ClaimOf(box, 1)) == nullptr);
+        QVERIFY(NumberClaim::Take(visit, 1) == nullptr);
         QCOMPARE(filing.File(visit, "x").number, 2);
     }
 
-    void AClaimOfADeadStationIsTakenOver()
+    /// What the sections' folders hold when the next station of the machine starts, and what is left of it.
+    void WhatStationsLeft_data()
+    {
+        QTest::addColumn<QString>("holder"); ///< Of the claim; empty for no claim.
+        QTest::addColumn<bool>("old");
+        QTest::addColumn<bool>("picture");
+        QTest::addColumn<bool>("found");
+        QTest::addColumn<bool>("claimStays");
+        QTest::newRow("a dead station's picture") << u"dead"_s << false << true << true << true;
+        QTest::newRow("a dead station's claim alone") << u"dead"_s << false << false << false << false;
+        QTest::newRow("this station's") << u"own"_s << true << false << false << true;
+        QTest::newRow("another machine's of today") << u"elsewhere"_s << false << false << false << true;
+        QTest::newRow("another machine's of long ago") << u"elsewhere"_s << true << false << false << false;
+        QTest::newRow("another machine's picture of long ago") << u"elsewhere"_s << true << true << false << true;
+    }
+
+    void WhatStationsLeft()
+    {
+        QFETCH(QString, holder);
+        QFETCH(bool, old);
+        QFETCH(bool, picture);
+        QFETCH(bool, found);
+        QFETCH(bool, claimStays);
+        StationInABox box;
+        const CaptureVisit visit = CaptureVisit::Current();
+        const QHash<QString, QString> marks = {
+            {u"own"_s, Files().ProcessMark()}, {u"dead"_s, DeadMark()}, {u"elsewhere"_s, u"other.boot.1.1"_s}};
+        const QString claim = ClaimOf(box, 7);
+        QVERIFY(Files().CreateExclusively(
+            claim, R"({"holder":"%1","yuhyung":"02","imageExt":"jpg"})"_L1.arg(marks[holder]).toUtf8()));
+        const QString part = claim.chopped(20) + u"\\.station-%1-3.part"_s.arg(marks[holder]);
+        WriteWholeFile(part, "half");
+        if (old) {
+            MakeOld(claim);
+            MakeOld(part);
+        }
+        if (picture)
+            WriteWholeFile(claim + u".jpg"_s, "x");
+        const QList<LeftoverNumber> numbers = LeftoverNumbers::FindIn({{visit.captureDir, visit.etc}}, {});
+        QCOMPARE(numbers.size(), found ? 1 : 0);
+        if (found) {
+            QCOMPARE(numbers[0].number, 7);
+            QCOMPARE(numbers[0].visit.yuhyung, u"02"_s);
+        }
+        QCOMPARE(FileExists(claim), claimStays);
+        QCOMPARE(FileExists(part), holder == u"own"_s || (holder == u"elsewhere"_s && !old));
+    }
+
+    void AStationThatDiesBetweenFileAndRowsLosesNothing()
     {
         StationInABox box;
-        QVERIFY(Files().CreateExclusively(ClaimOf(box, 1), "dead"));
-        const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
-        QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(NativePath(ClaimOf(box, 1))), longAgo, 0), 0);
+        const CaptureVisit visit = CaptureVisit::Current();
+        box.Run(u"INSERT INTO ca VALUES ('00001234','01','20261124','A','위내시경','남의 글','');"_s);
+        RunDyingStation(box, 3);
+        QVERIFY(NumberClaim::Stands(visit, 3));
+        QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"2"_s);
+
+        frmCapture& screen = Form<frmCapture>();
+        screen.Show();
+        Guarded([&] { screen.ShowStored(); });
+        QTRY_COMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
+        QTRY_COMPARE(box.Desk().shown, QStringList{u"비정상 종료로 기록되지 않은 캡쳐 1건을 복구하였습니다.!!"_s});
+        QVERIFY(FindPicture(screen.sprCap(1), 1, 3));
+        QVERIFY(!NumberClaim::Stands(visit, 3));
+        QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"쓰던 글"_s);
+        screen.Unload();
+        QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 3);
+    }
+
+    void TheListOfADeadStationIsTakenOver()
+    {
+        StationInABox box;
+        const CaptureVisit visit = CaptureVisit::Current();
+        StillFiling beside = MakeFiling();
+        QCOMPARE(beside.File(visit, "x").number, 1);
+        box.Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
+        RunDyingStation(box, 3);
+        QVERIFY(NumberClaim::Stands(visit, 2) && NumberClaim::Stands(visit, 3));
+        box.Run(u"ALTER TABLE cap_gone RENAME TO cap;"_s);
+        beside.Pending().End();
+
+        StillFiling next = MakeFiling();
+        QCOMPARE(next.Pending().NumbersOf(visit), (QList<int>{2, 3}));
+        QVERIFY(next.WritePending().isEmpty());
+        QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
+        QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"쓰던 글"_s);
+        QVERIFY(!NumberClaim::Stands(visit, 3));
+        next.Pending().LeftFoldersAreSettled();
+        next.Pending().End();
+        QCOMPARE(Files().FilesStartingWith(box.Desk().ProgramFolder() + u'\\', u"PendingRows"_s), QStringList());
+    }
+
+    void ARefusedEntryKeepsNoOtherAway()
+    {
+        StationInABox box;
+        const CaptureVisit visit = CaptureVisit::Current();
         StillFiling filing = MakeFiling();
-        QCOMPARE(filing.File(CaptureVisit::Current(), "x").number, 1);
-        QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s), QStringList{u"0000123420261124001.jpg"_s});
+        box.Run(u"CREATE TRIGGER no_first BEFORE INSERT ON cap WHEN NEW.cap_no = 1 BEGIN "
+                "SELECT RAISE(ABORT, 'not this one'); END;"_s);
+        QVERIFY(filing.File(visit, "1").rowsFault.contains(u"not this one"_s));
+        const StillFiling::Filed second = filing.File(visit, "2");
+        QVERIFY(second.rowsFault.isEmpty() && second.tidings.isEmpty());
+        QCOMPARE(filing.Pending().NumbersOf(visit), QList<int>{1});
+        box.Run(u"DROP TRIGGER no_first;"_s);
+        QCOMPARE(filing.File(visit, "3").number, 3);
+        QVERIFY(filing.Pending().IsEmpty());
+        QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
+    }
+
+    void AFileThatStandsGetsItsRowsWhateverTheDiskSays()
+    {
+        StationInABox box;
+        const Failing sync(posix_files::calls.fsync, FailFolderSync);
+        StillFiling filing = MakeFiling();
+        const StillFiling::Filed filed = filing.File(CaptureVisit::Current(), "x");
+        QVERIFY(filed.rowsFault.isEmpty());
+        QVERIFY2(filed.tidings.value(0).startsWith(u"파일은 저장하였으나"_s), qPrintable(filed.tidings.value(0)));
+        QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"1"_s);
+    }
+
+    void PicturesWhoseRowsWaitStandInTheGrid()
+    {
+        StationInABox box(u"QMARIADB"_s);
+        const CaptureVisit visit = CaptureVisit::Current();
+        frmCapture& screen = Form<frmCapture>();
+        screen.Show();
+        Guarded([&] { screen.ShowStored(); });
+        const auto press = [&](const QString& button) { screen.findChild<QToolButton*>(button)->click(); };
+        press(u"연결"_s);
+        press(u"캡쳐"_s);
+        StationInABox::Server().Stop();
+        for (int still = 0; still < 3; ++still)
+            press(u"캡쳐"_s);
+        QCOMPARE(Mark(screen, 1) + Mark(screen, 2) + Mark(screen, 4), u"기록 대기기록 대기"_s);
+
+        box.Desk().answers = {true};
+        Q_EMIT screen.sprCap(1).RightClick(0, 2, 1, 150, 150);
+        screen.findChild<QMenu*>(u"팝업메뉴"_s)->findChild<QAction*>(u"그림지우기"_s)->trigger();
+        QVERIFY(!FindPicture(screen.sprCap(1), 1, 2));
+        QCOMPARE(Mark(screen, 3), u"기록 대기"_s);
+        QVERIFY(!NumberClaim::Stands(visit, 2));
+        QVERIFY(FileExists(LogFolder(visit.captureDir, visit.etc) + u"0000123420261124002.jpg"_s));
+
+        QVERIFY(StationInABox::Server().Start());
+        press(u"캡쳐"_s);
+        QCOMPARE(Mark(screen, 3) + Mark(screen, 4), QString());
+        QCOMPARE(box.Value(u"SELECT GROUP_CONCAT(cap_no ORDER BY cap_no) AS v FROM cap"_s), u"1,3,4,5"_s);
+        QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 4);
     }
 
     void TheServerEndsAndComesBackBetweenStills()
@@ -151,21 +333,57 @@ private Q_SLOTS:
         const CaptureVisit visit = CaptureVisit::Current();
         StillFiling::Note note{u"내가 쓴 글"_s, true};
         {
-            StillFiling filing([&](const CaptureVisit&) { return note; }, [](const StillFiling::Safe&) {});
+            StillFiling filing([&](const CaptureVisit&, bool) { return note; }, [](const StillFiling::Safe&) {});
             box.Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
             QVERIFY(!filing.File(visit, "x").rowsFault.isEmpty());
         }
         box.Run(u"ALTER TABLE ca_gone RENAME TO ca;"_s);
         // The next run knows nothing of the text but what the list holds.
         note = {u"남이 쓴 글"_s, false};
-        StillFiling next([&](const CaptureVisit&) { return note; }, [](const StillFiling::Safe&) {});
+        StillFiling next([&](const CaptureVisit&, bool) { return note; }, [](const StillFiling::Safe&) {});
         QVERIFY(next.Pending().Holds(visit, 1));
-        next.WritePending();
+        QVERIFY(next.WritePending().isEmpty());
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"남이 쓴 글\n내가 쓴 글"_s);
         QVERIFY(next.Pending().IsEmpty());
     }
 
 private:
+    /// Of a process of this machine that has ended.
+    static QString DeadMark()
+    {
+        QStringList parts = Files().ProcessMark().split(u'.');
+        parts.last() += u'0';
+        return parts.join(u'.');
+    }
+
+    static void MakeOld(const QString& path)
+    {
+        const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
+        if (utimensat(AT_FDCWD, QFile::encodeName(NativePath(path)), longAgo, 0) != 0)
+            qFatal("no old file");
+    }
+
+    static void RunDyingStation(StationInABox& box, int stills)
+    {
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedChannels);
+        process.start(QCoreApplication::applicationFilePath(),
+                      {u"station"_s, QString(), box.Database().Settings().name, QString(), VisitContext.CaptureDir,
+                       u"0"_s, QString::number(stills), u"dies"_s, box.Desk().ProgramFolder()});
+        QVERIFY(process.waitForFinished());
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit);
+    }
+
+    static QString Mark(frmCapture& screen, int number)
+    {
+        const std::optional<QPoint> place = FindPicture(screen.sprCap(1), 1, number);
+        if (!place)
+            return u"no picture"_s;
+        screen.sprCap(1).setRow(place->y());
+        screen.sprCap(1).setCol(place->x());
+        return screen.sprCap(1).TypePictMark();
+    }
+
     static QString ClaimOf(const StationInABox& box, int number)
     {
         QString path = box.PicturePath(QString::fromUtf16(StationInABox::Today), u"위내시경"_s, number);

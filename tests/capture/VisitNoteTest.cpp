@@ -1,11 +1,14 @@
 #include "capture/frmCapture.h"
+#include "contracts/composition.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
 #include "launch/context/VisitContext.h"
 #include "records/NoteBox.h"
 #include "support/StationInABox.h"
 
+#include <QInputMethodEvent>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -52,6 +55,79 @@ private Q_SLOTS:
         Press(u"캡쳐"_s);
         QTEST(m_box->Value(StoredNoteQuery), "stored");
         QCOMPARE(Box().toPlainText(), typed);
+    }
+
+    void LinesKeepTheirEnds()
+    {
+        m_box->Run(u"UPDATE ca SET ca_chamgo = 'a' || char(13, 10) || 'b' WHERE ca_ymd = '20261124';"_s);
+        Press(u"취소"_s);
+        Box().appendPlainText(u"c"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"a\r\nb\r\nc"_s);
+    }
+
+    /// The last syllable of a Korean word is no text yet while the input method still composes it.
+    void ASyllableThatIsBeingComposed_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<bool>("stillComposed");
+        QTest::newRow("button") << u"저장"_s << false;
+        QTest::newRow("drop-down entry") << u"연결끊기"_s << false;
+        QTest::newRow("foot") << QString() << true;
+    }
+
+    void ASyllableThatIsBeingComposed()
+    {
+        QFETCH(QString, command);
+        QFETCH(bool, stillComposed);
+        Type(u"조직검"_s);
+        Box().moveCursor(QTextCursor::End);
+        QInputMethodEvent composing(u"사"_s, {});
+        QCoreApplication::sendEvent(&Box(), &composing);
+        for (int frame = 1; frame <= 3; ++frame)
+            Q_EMIT FakeVideoCap::Last()->OnFrame(frame, 0);
+        QCOMPARE(CompositionIn(&Box()), u"사"_s);
+        if (command.isEmpty())
+            Guarded([this] { m_screen->SetCaptureValues(); });
+        else if (auto* button = m_screen->findChild<QToolButton*>(command))
+            button->click();
+        else
+            m_screen->findChild<QAction*>(command)->trigger();
+        QCOMPARE(CompositionIn(&Box()), stillComposed ? u"사"_s : QString());
+        QCOMPARE(Box().toPlainText(), stillComposed ? u"조직검"_s : u"조직검사"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), command == u"연결끊기"_s ? u"처음"_s : u"조직검사"_s);
+        QVERIFY(!stillComposed || Box().IsTouched());
+    }
+
+    /// A column of the clinic's may be shorter than the note.
+    void ANoteThatIsCutIsSaidToBe()
+    {
+        m_box->Run(u"CREATE TRIGGER cut1 AFTER UPDATE ON ca WHEN length(NEW.ca_chamgo) > 255 BEGIN "
+                   "UPDATE ca SET ca_chamgo = substr(NEW.ca_chamgo, 1, 255); END;"
+                   "CREATE TRIGGER cut2 AFTER INSERT ON ca WHEN length(NEW.ca_chamgo) > 255 BEGIN "
+                   "UPDATE ca SET ca_chamgo = substr(NEW.ca_chamgo, 1, 255); END;"_s);
+        Type(QString(400, u'가'));
+        Press(u"캡쳐"_s);
+        QVERIFY(m_box->Desk().shown.isEmpty());
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Desk().shown,
+                 QStringList{u"캡쳐이미지를 저장하였습니다.\r\n참고사항이 길어 400자 중 255자만 저장되었습니다.!!"_s});
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery).size(), 255);
+        QCOMPARE(Box().toPlainText(), QString(400, u'가'));
+    }
+
+    void WaitingForANoteSaysNothing()
+    {
+        for (int number = 2; number <= 9; ++number)
+            m_box->AddPicture(Day, Stomach, number);
+        QString said = u"not asked"_s;
+        QTimer::singleShot(0, this, [&] { said = Box().placeholderText(); });
+        Press(u"취소"_s);
+        QCOMPARE(said, QString());
+        m_box->Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
+        Press(u"취소"_s);
+        QCOMPARE(Box().placeholderText(), u"참고사항을 읽지 못했습니다.!!"_s);
     }
 
     void SaveStoresTheNoteAndTheMark()

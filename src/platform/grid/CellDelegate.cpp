@@ -53,6 +53,18 @@ void PaintPicture(QPainter& painter, const QRect& room, const CellPicture& pictu
     painter.drawImage(QRectF(corner, size), picture.image);
 }
 
+void PaintMark(QPainter& painter, const QRect& room, const QString& mark, const QStyleOptionViewItem& option)
+{
+    painter.setFont(option.font);
+    QRect strip = room;
+    strip.setTop(strip.bottom() - option.fontMetrics.height() - 1);
+    painter.setClipping(false);
+    painter.fillRect(strip, QColor(NoticeColour));
+    painter.setPen(QColor(NoticeTextColour));
+    painter.drawText(strip, Qt::AlignCenter | Qt::TextSingleLine,
+                     option.fontMetrics.elidedText(mark, Qt::ElideRight, strip.width()));
+}
+
 void PaintTickBox(QPainter& painter, const QRect& cell, bool ticked, const QPalette& palette)
 {
     const int side = qBound(7, qMin(cell.width(), cell.height()) - 3, 13);
@@ -102,6 +114,8 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
                 PaintNoPicture(*painter, room, palette.color(QPalette::PlaceholderText));
             else
                 PaintPicture(*painter, room, *cell->picture);
+            if (!cell->picture->mark.isEmpty())
+                PaintMark(*painter, room, cell->picture->mark, option);
         }
     } else if (type == CellTypeCheckBox) {
         PaintTickBox(*painter, option.rect, cell != nullptr && cell->ticked, palette);

@@ -9,6 +9,7 @@
 struct CellPicture
 {
     QImage image;
+    QString mark;       ///< Words over its lower edge.
     bool given = false; ///< A picture was set, if only one that can't be shown.
     bool center = false;
     bool stretch = false;

@@ -203,6 +203,17 @@ QImage SpreadGrid::TypePictPicture() const
     return cell != nullptr && cell->picture != nullptr ? cell->picture->image : QImage();
 }
 
+void SpreadGrid::setTypePictMark(const QString& mark)
+{
+    m_model->Write(m_row - 1, m_column - 1, [&mark](SpreadCell& cell) { cell.Picture().mark = mark; });
+}
+
+QString SpreadGrid::TypePictMark() const
+{
+    const SpreadCell* cell = m_model->Cells().Find(m_row - 1, m_column - 1);
+    return cell != nullptr && cell->picture != nullptr ? cell->picture->mark : QString();
+}
+
 QString SpreadGrid::Text() const
 {
     const SpreadCell* cell = m_model->Cells().Find(m_row - 1, m_column - 1);

@@ -47,6 +47,8 @@ public:
     void setTypePictStretch(bool stretch) override;
     void setTypePictPicture(const QImage& picture) override;
     QImage TypePictPicture() const override;
+    void setTypePictMark(const QString& mark) override;
+    QString TypePictMark() const override;
     QString Text() const override;
     void setText(const QString& text) override;
     QString Value() const override;

@@ -16,6 +16,13 @@ constexpr int AccessDeniedWithoutPassword = 1698;
 constexpr int UnknownDatabase = 1049;
 constexpr int ServerNotReady = 1047; // a Galera node that is joining or cut off
 constexpr int ServerShutdown = 1053;
+constexpr int DiskFull = 1021;
+constexpr int WriteFailed = 1026;
+constexpr int TableFull = 1114;
+constexpr int LockWaitEnded = 1205;
+constexpr int ServerReadOnly = 1290;
+constexpr int TransactionReadOnly = 1792;
+constexpr int TableReadOnly = 1036;
 constexpr int Deadlock = 1213; // also a Galera commit that met another node's
 constexpr int QueryInterrupted = 1317;
 constexpr int ConnectionKilled = 1927;
@@ -93,6 +100,14 @@ FaultKind MariaDbEngine::Judge(const QSqlError& error) const
     case ServerNotReady:
     case Deadlock:
         return FaultKind::Contention;
+    case DiskFull:
+    case WriteFailed:
+    case TableFull:
+    case LockWaitEnded:
+    case ServerReadOnly:
+    case TransactionReadOnly:
+    case TableReadOnly:
+        return FaultKind::NotNow;
     default:
         return FaultKind::Final;
     }

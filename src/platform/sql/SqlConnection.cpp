@@ -24,9 +24,9 @@ QString DriverText(const QSqlError& error)
     return number.isEmpty() ? shown : u"%1 [%2]"_s.arg(shown, number);
 }
 
-PlatformError Fault(const QString& reason, const QSqlError& error)
+QString FaultText(const QString& reason, const QSqlError& error)
 {
-    return PlatformError(u"%1\n\n%2"_s.arg(reason, DriverText(error)));
+    return u"%1\n\n%2"_s.arg(reason, DriverText(error));
 }
 
 QString InstalledDriver(const SqlEngine& engine)
@@ -112,7 +112,10 @@ std::unique_ptr<AdoRecordset> SqlConnection::Execute(const QString& statement)
         } else {
             if (kind == FaultKind::Lost)
                 m_database.close();
-            throw Fault(u"데이터베이스 작업을 하지 못하였습니다.!!"_s, error);
+            const QString text = FaultText(u"데이터베이스 작업을 하지 못하였습니다.!!"_s, error);
+            if (kind != FaultKind::Final)
+                throw DatabaseAway(text);
+            throw PlatformError(text);
         }
     }
 }
@@ -126,13 +129,13 @@ void SqlConnection::Open()
 {
     if (!m_database.open()) {
         const QSqlError error = m_database.lastError();
-        throw Fault(m_engine->OpeningFault(error, m_settings), error);
+        throw DatabaseAway(FaultText(m_engine->OpeningFault(error, m_settings), error));
     }
     for (const QString& statement : m_engine->SessionStatements()) {
         const QSqlError error = Run(statement).lastError();
         if (error.isValid()) {
             m_database.close();
-            throw Fault(m_engine->OpeningFault(error, m_settings), error);
+            throw DatabaseAway(FaultText(m_engine->OpeningFault(error, m_settings), error));
         }
     }
 }

@@ -13,6 +13,7 @@ enum class FaultKind {
     Final,      ///< The statement is wrong, or refused: no use in repeating it.
     Lost,       ///< The connection is gone: open it again.
     Contention, ///< Another client or node was in the way: repeat after a short while.
+    NotNow,     ///< The server takes no such statement for the time being, such as with a full disk or a locked table.
 };
 
 /// What one kind of database does differently from the other.

@@ -9,6 +9,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+// Numbers of the engine's list of results.
+constexpr int Busy = 5;
+constexpr int Locked = 6;
+constexpr int ReadOnly = 8;
+constexpr int InputOutput = 10;
+constexpr int Full = 13;
+constexpr int CannotOpen = 14;
+} // namespace
+
 QStringList SqliteEngine::Drivers() const
 {
     return {u"QSQLITE"_s};
@@ -39,9 +49,20 @@ QString SqliteEngine::Translated(const QString& statement) const
     return sqlite::Translated(statement);
 }
 
-FaultKind SqliteEngine::Judge(const QSqlError& /*error*/) const
+FaultKind SqliteEngine::Judge(const QSqlError& error) const
 {
-    return FaultKind::Final;
+    // The upper bytes tell a kind more closely.
+    switch (error.nativeErrorCode().toInt() & 0xff) {
+    case Busy:
+    case Locked:
+    case ReadOnly:
+    case InputOutput:
+    case Full:
+    case CannotOpen:
+        return FaultKind::NotNow;
+    default:
+        return FaultKind::Final;
+    }
 }
 
 QString SqliteEngine::OpeningFault(const QSqlError& /*error*/, const DatabaseSettings& settings) const

@@ -1,0 +1,112 @@
+#include "capture/LeftoverNumbers.h"
+
+#include "capture/NumberClaim.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "records/capture_scheme.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Another machine's station may be in the middle of its filing for as long.
+constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
+
+constexpr int ChartSize = 8;
+constexpr int DateSize = 8;
+
+/// Chart, date and number in a claim's name; no number for any other name.
+LeftoverNumber FromClaimName(const QString& name, const PendingRows::Folder& folder)
+{
+    const QString digits = name.mid(ChartSize + DateSize);
+    bool isNumber = false;
+    const int number = digits.toInt(&isNumber);
+    if (digits.size() < 3 || !isNumber || number <= 0)
+        return {};
+    LeftoverNumber leftover;
+    leftover.visit.chart = name.left(ChartSize);
+    leftover.visit.ymd = name.mid(ChartSize, DateSize);
+    leftover.visit.etc = folder.etc;
+    leftover.visit.captureDir = folder.captureDir;
+    leftover.number = number;
+    return leftover;
+}
+
+bool HasPicture(const CaptureVisit& visit, int number)
+{
+    return FileExists(
+        PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
+}
+
+/// Another machine's claim, or one that doesn't say whose it is.
+void ClearForeignClaim(LeftoverNumber leftover, const QString& path)
+{
+    for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
+        leftover.visit.imageExt = extension;
+        if (HasPicture(leftover.visit, leftover.number))
+            return;
+    }
+    if (Files().AgeMs(path) > AbandonedMs)
+        DeleteFile(path);
+}
+
+void LookAtClaim(const QString& name, const PendingRows::Folder& folder, QList<LeftoverNumber>& found)
+{
+    LeftoverNumber leftover = FromClaimName(name, folder);
+    if (leftover.number == 0)
+        return;
+    const QString path = SectionFolder(folder.captureDir, folder.etc) + name;
+    const std::optional<NumberClaim::Facts> facts = NumberClaim::Read(path);
+    if (!facts)
+        return;
+    const Holder holder = Files().HolderOf(facts->holder);
+    if (holder == Holder::Elsewhere)
+        ClearForeignClaim(leftover, path);
+    if (holder != Holder::Dead)
+        return;
+    leftover.visit.yuhyung = facts->yuhyung;
+    leftover.visit.imageExt = facts->imageExt;
+    if (HasPicture(leftover.visit, leftover.number))
+        found.append(leftover);
+    else
+        DeleteFile(path);
+}
+
+void LookInFolder(const PendingRows::Folder& folder, const std::stop_token& stop, QList<LeftoverNumber>& found)
+{
+    const QString section = SectionFolder(folder.captureDir, folder.etc);
+    for (const QString& name : Files().FilesStartingWith(section, QString())) {
+        if (stop.stop_requested())
+            return;
+        try {
+            LookAtClaim(name, folder, found);
+        } catch (const PlatformError&) {
+            // A later start looks at it again.
+        }
+    }
+    Files().RemoveLeftovers(section);
+    Files().RemoveLeftovers(LogFolder(folder.captureDir, folder.etc));
+}
+
+} // namespace
+
+QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& folders, const std::stop_token& stop)
+{
+    QList<LeftoverNumber> found;
+    for (const PendingRows::Folder& folder : folders) {
+        try {
+            LookInFolder(folder, stop, found);
+        } catch (const PlatformError&) {
+            // A list of an earlier run may name a folder that can be none.
+        }
+    }
+    return found;
+}
+
+void LeftoverNumbers::LookIn(const QList<PendingRows::Folder>& folders)
+{
+    m_thread = std::jthread([this, folders](const std::stop_token& stop) {
+        const QList<LeftoverNumber> numbers = FindIn(folders, stop);
+        QMetaObject::invokeMethod(this, [this, numbers] { Q_EMIT Found(numbers); }, Qt::QueuedConnection);
+    });
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "capture/CaptureVisit.h"
+#include "capture/PendingRows.h"
+
+#include <QObject>
+
+#include <thread>
+
+/// A number that a dead station of this machine was filing: its claim stands, and its picture too.
+struct LeftoverNumber
+{
+    CaptureVisit visit;
+    int number = 0;
+};
+
+/// Looks for the numbers that dead stations of this machine were filing, and clears away what else they left: claims
+/// without a picture, and files that were half written. Works on a thread of its own, file by file; the database isn't
+/// asked.
+class LeftoverNumbers : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Begins to look in these sections' folders. `Found` follows once.
+    void LookIn(const QList<PendingRows::Folder>& folders);
+    /// Looks, and returns when that is done.
+    static QList<LeftoverNumber> FindIn(const QList<PendingRows::Folder>& folders, const std::stop_token& stop);
+
+Q_SIGNALS:
+    void Found(const QList<LeftoverNumber>& numbers);
+
+private:
+    std::jthread m_thread;
+};
