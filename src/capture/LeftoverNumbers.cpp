@@ -34,8 +34,7 @@ LeftoverNumber FromClaimName(const QString& name, const PendingRows::Folder& fol
 
 bool HasPicture(const CaptureVisit& visit, int number)
 {
-    return FileExists(
-        PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
+    return FileExists(PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
 }
 
 /// Another machine's claim, or one that doesn't say whose it is.
@@ -107,6 +106,7 @@ void LeftoverNumbers::LookIn(const QList<PendingRows::Folder>& folders)
 {
     m_thread = std::jthread([this, folders](const std::stop_token& stop) {
         const QList<LeftoverNumber> numbers = FindIn(folders, stop);
-        QMetaObject::invokeMethod(this, [this, numbers] { Q_EMIT Found(numbers); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, numbers] { Q_EMIT Found(numbers); }, Qt::QueuedConnection);
     });
 }

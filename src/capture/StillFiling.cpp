@@ -1,5 +1,6 @@
 #include "capture/StillFiling.h"
 
+#include "capture/capture_folders.h"
 #include "capture/capture_rows.h"
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
@@ -33,15 +34,6 @@ int LargestNumberOnDisk(const CaptureVisit& visit)
     return largest;
 }
 
-/// A section outside this client's list has no folder of its own yet. The year's folder must be there: if it is not,
-/// the share is gone, and a folder made now would lie on the wrong disk.
-void EnsureSectionFolder(const CaptureVisit& visit)
-{
-    const QString folder = SectionFolder(visit.captureDir, visit.etc);
-    if (!FolderExists(folder) && FolderExists(visit.captureDir))
-        MakeFolder(folder);
-}
-
 } // namespace
 
 StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByteArray& picture, QString& fault) const
@@ -57,7 +49,8 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
         return LargestNumberOnDisk(visit);
     };
 
-    EnsureSectionFolder(visit);
+    // A section outside this client's list has no folder of its own yet.
+    EnsureFolderOfYear(visit.captureDir, SectionFolder(visit.captureDir, visit.etc));
     for (int number = largestTaken() + 1; number <= LargestNumber; ++number) {
         auto claim = NumberClaim::Take(visit, number);
         if (claim == nullptr)

@@ -1,11 +1,14 @@
 #include "capture/capture_folders.h"
 
 #include "contracts/files.h"
+#include "contracts/PlatformError.h"
 #include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
 #include "records/text/text_routines.h"
 
 #include <QComboBox>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 void MakeMissingFolder(const QString& path)
@@ -34,4 +37,14 @@ void PrepareCaptureFolders(const QString& ymd, QComboBox& sections)
         MakeMissingFolder(LogFolder(year, section));
     }
     MakeMissingFolder(MovieFolder(year));
+}
+
+void EnsureFolderOfYear(const QString& yearFolder, const QString& folder)
+{
+    if (FolderExists(folder))
+        return;
+    if (!FolderExists(yearFolder))
+        throw PlatformError(
+            u"캡쳐 디렉토리가 없습니다.!! 공유 폴더의 연결을 확인하세요.!! (%1)"_s.arg(NativePath(yearFolder)));
+    Files().MakeOneFolder(folder);
 }

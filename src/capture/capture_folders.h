@@ -10,3 +10,7 @@ QStringList SectionsOfClient();
 /// Makes the folders of a date's year, and fills the list with the sections of this client. Throws PlatformError when a
 /// folder can't be made.
 void PrepareCaptureFolders(const QString& ymd, QComboBox& sections);
+
+/// Makes a folder inside a year's folder when it is missing. The year's folder itself is made only at the start: if it
+/// is gone later, so is the share, and a folder made now would lie on the disk under it. Throws PlatformError then.
+void EnsureFolderOfYear(const QString& yearFolder, const QString& folder);

@@ -1,5 +1,6 @@
 #include "capture/capture_wastebasket.h"
 
+#include "capture/capture_folders.h"
 #include "capture/capture_rows.h"
 #include "capture/CaptureVisit.h"
 #include "capture/NumberClaim.h"
@@ -8,6 +9,7 @@
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "launch/context/VisitContext.h"
 #include "records/capture_scheme.h"
 
 #include <QList>
@@ -39,6 +41,9 @@ void MoveToLogFolder(const CaptureVisit& visit, int number)
             return;
         throw;
     }
+    // A section outside this client's list has no Log folder yet; a year that is over gets none any more.
+    if (visit.captureDir == VisitContext.CaptureDir)
+        EnsureFolderOfYear(visit.captureDir, LogFolder(visit.captureDir, visit.etc));
     WriteWholeFile(moved, content);
     if (Files().ReadFile(moved) != content)
         throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));

@@ -4,8 +4,8 @@
 
 class QObject;
 
-/// What an input method is still composing, such as the last syllable of a Korean word: it shows in its text box, but is
-/// no part of the box's text yet.
+/// What an input method is still composing, such as the last syllable of a Korean word: it shows in its text box, but
+/// is no part of the box's text yet.
 
 /// Follows the compositions of all text boxes from here on. Called once, when the application is made.
 void FollowComposition();

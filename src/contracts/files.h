@@ -56,8 +56,11 @@ public:
     virtual ~FileStore() = default;
 
     virtual bool FolderExists(const QString& path) const = 0;
-    /// Makes the folder, and those above it that are missing. Throws PlatformError.
+    /// Makes the folder, and those above it that are missing. A new folder takes over the group of the one above, and
+    /// what that one lets its group do. Throws PlatformError.
     virtual void MakeFolder(const QString& path) = 0;
+    /// The same for a folder whose upper one must be there: a share that is gone gets none on the disk under it.
+    virtual void MakeOneFolder(const QString& path) = 0;
     /// True for a file that isn't a folder. A failing question (a share that went away) counts as no.
     virtual bool FileExists(const QString& path) const = 0;
     /// Names (not paths) of the files in a folder that begin with `prefix`, taken literally, sorted. Empty for a
@@ -78,8 +81,8 @@ public:
     /// that name exists. Throws PlatformError; StoredWithFault as above.
     virtual bool WriteNewFile(const QString& path, const QByteArray& content) = 0;
 
-    /// Makes a file only if none of that name exists. False when there is one. Throws PlatformError for any other
-    /// reason.
+    /// Makes a small file, with its content in it from the first moment on, only if none of that name exists; not
+    /// synced. False when there is one. Throws PlatformError for any other reason.
     virtual bool CreateExclusively(const QString& path, const QByteArray& content) = 0;
     /// Age of a file by the clock of the file system that holds it, in milliseconds; negative when there is none.
     virtual qint64 AgeMs(const QString& path) const = 0;

@@ -89,6 +89,9 @@ private Q_SLOTS:
         Press(u"연결"_s);
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Names(u"2026"_s, u"기관지경"_s), QStringList{u"0000123420261124001.jpg"_s});
+        m_box->Desk().answers = {true};
+        Press(u"삭제"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, u"기관지경Log"_s), QStringList{u"0000123420261124001.jpg"_s});
     }
 
     void ConnectWithoutADeviceEndsTheProgram()

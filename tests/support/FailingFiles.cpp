@@ -35,6 +35,12 @@ void FailingFiles::MakeFolder(const QString& path)
     m_real->MakeFolder(path);
 }
 
+void FailingFiles::MakeOneFolder(const QString& path)
+{
+    Step();
+    m_real->MakeOneFolder(path);
+}
+
 void FailingFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
     Step();

@@ -19,6 +19,7 @@ public:
 
     bool FolderExists(const QString& path) const override { return m_real->FolderExists(path); }
     void MakeFolder(const QString& path) override;
+    void MakeOneFolder(const QString& path) override;
     bool FileExists(const QString& path) const override { return m_real->FileExists(path); }
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override
     {

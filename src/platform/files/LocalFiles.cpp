@@ -20,6 +20,16 @@ using namespace posix_files;
 
 namespace {
 
+constexpr mode_t SharedMode = 0666;
+constexpr mode_t PrivateMode = 0600;
+
+QByteArray WithoutSlash(QByteArray native)
+{
+    while (native.size() > 1 && native.endsWith('/'))
+        native.chop(1);
+    return native;
+}
+
 /// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault
 /// nothing is left of it. False when the name is taken.
 template <class Place>
@@ -33,6 +43,8 @@ bool PutInPlace(const QString& path, const QByteArray& content, mode_t mode, Pla
     Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL, mode);
     if (!file.IsOpen())
         ThrowFault(fault, path, errno);
+    if (mode != PrivateMode)
+        ShareFile(file.Handle(), folder);
     int later = 0;
     const bool whole = file.Write(content) && file.Sync() && file.Close();
     const Placed placed = whole ? place(partial, target, later) : Placed::No;
@@ -69,11 +81,29 @@ bool LocalFiles::FolderExists(const QString& path) const
 
 void LocalFiles::MakeFolder(const QString& path)
 {
-    const QByteArray native = Native(path);
     if (FolderExists(path))
         return;
-    if (!QDir().mkpath(QFile::decodeName(native)) && !FolderExists(path))
-        ThrowFault(u"폴더를 만들 수 없습니다.!!"_s, path, errno);
+    const QByteArray native = WithoutSlash(Native(path));
+    const QByteArray above = FolderOf(native);
+    if (above != native && !FolderExists(QFile::decodeName(above)))
+        MakeFolder(QFile::decodeName(above));
+    MakeOneFolder(path);
+}
+
+void LocalFiles::MakeOneFolder(const QString& path)
+{
+    const QByteArray native = WithoutSlash(Native(path));
+    const QString fault = u"폴더를 만들 수 없습니다.!!"_s;
+    if (mkdir(native.constData(), 0777) != 0) {
+        const int error = errno;
+        // Another station was quicker.
+        if (error == EEXIST && FolderExists(path))
+            return;
+        ThrowFault(fault, path, error);
+    }
+    ShareFolder(native);
+    if (!SyncFolder(FolderOf(native)))
+        ThrowFault(fault, path, errno);
 }
 
 bool LocalFiles::FileExists(const QString& path) const
@@ -118,34 +148,53 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
 
 void LocalFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
-    PutInPlace(path, content, 0666, Replace);
+    PutInPlace(path, content, SharedMode, Replace);
 }
 
 void LocalFiles::WritePrivateFile(const QString& path, const QByteArray& content)
 {
-    PutInPlace(path, content, 0600, Replace);
+    PutInPlace(path, content, PrivateMode, Replace);
 }
 
 bool LocalFiles::WriteNewFile(const QString& path, const QByteArray& content)
 {
-    return PutInPlace(path, content, 0666, PlaceNew);
+    return PutInPlace(path, content, SharedMode, PlaceNew);
 }
 
 bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& content)
 {
-    const QByteArray native = Native(path);
-    Descriptor file(native, O_WRONLY | O_CREAT | O_EXCL);
-    if (!file.IsOpen()) {
-        if (errno == EEXIST)
-            return false;
-        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
+    const QString fault = u"파일을 만들 수 없습니다.!!"_s;
+    const QByteArray target = Native(path);
+    const QByteArray folder = FolderOf(target);
+    // Whoever finds the file finds its content in it, even if this process dies here: it gets its name last.
+    {
+        Descriptor file(folder, O_WRONLY | O_TMPFILE);
+        if (file.IsOpen()) {
+            ShareFile(file.Handle(), folder);
+            if (!file.Write(content))
+                ThrowFault(fault, path, errno);
+            const QByteArray nameless = "/proc/self/fd/" + QByteArray::number(file.Handle());
+            if (linkat(AT_FDCWD, nameless.constData(), AT_FDCWD, target.constData(), AT_SYMLINK_FOLLOW) == 0)
+                return true;
+            if (errno == EEXIST)
+                return false;
+        }
     }
-    if (!file.Write(content) || !file.Close()) {
-        const int error = errno;
-        calls.unlink(native.constData());
-        ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, error);
-    }
-    return true;
+    const QByteArray partial = BesideName(folder, ".part");
+    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL);
+    if (!file.IsOpen())
+        ThrowFault(fault, path, errno);
+    ShareFile(file.Handle(), folder);
+    int later = 0;
+    const bool whole = file.Write(content) && file.Close();
+    const Placed placed = whole ? PlaceNew(partial, target, later) : Placed::No;
+    if (placed == Placed::Yes)
+        return true;
+    const int error = errno;
+    calls.unlink(partial.constData());
+    if (placed == Placed::No)
+        ThrowFault(fault, path, error);
+    return false;
 }
 
 qint64 LocalFiles::AgeMs(const QString& path) const

@@ -9,6 +9,7 @@ class LocalFiles : public FileStore
 public:
     bool FolderExists(const QString& path) const override;
     void MakeFolder(const QString& path) override;
+    void MakeOneFolder(const QString& path) override;
     bool FileExists(const QString& path) const override;
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;

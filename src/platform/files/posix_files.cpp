@@ -68,6 +68,30 @@ QString posix_files::MarkInName(const QString& name)
     return name.mid(prefix.size()).section(u'-', 0, 0);
 }
 
+void posix_files::ShareFile(int handle, const QByteArray& folder)
+{
+    struct stat above = {};
+    struct stat facts = {};
+    if (stat(folder.constData(), &above) != 0 || fstat(handle, &facts) != 0)
+        return;
+    const mode_t wanted = (facts.st_mode & 07777) | 0640 | (above.st_mode & S_IWGRP);
+    if (wanted != (facts.st_mode & 07777)) [[maybe_unused]]
+        const int refused = fchmod(handle, wanted);
+}
+
+void posix_files::ShareFolder(const QByteArray& native)
+{
+    struct stat above = {};
+    struct stat facts = {};
+    if (stat(FolderOf(native).constData(), &above) != 0 || stat(native.constData(), &facts) != 0)
+        return;
+    if (above.st_gid != facts.st_gid) [[maybe_unused]]
+        const int refused = chown(native.constData(), static_cast<uid_t>(-1), above.st_gid);
+    const mode_t wanted = (facts.st_mode & 07777) | 0750 | (above.st_mode & (S_ISGID | S_IWGRP));
+    if (wanted != (facts.st_mode & 07777)) [[maybe_unused]]
+        const int refused = chmod(native.constData(), wanted);
+}
+
 bool posix_files::SyncFolder(const QByteArray& folder)
 {
     const Descriptor handle(folder, O_RDONLY | O_DIRECTORY);

@@ -33,6 +33,11 @@ QByteArray FolderOf(const QByteArray& native);
 QByteArray BesideName(const QByteArray& folder, const char* ending);
 /// Mark in a name that `BesideName` has made; empty for any other.
 QString MarkInName(const QString& name);
+/// A new file can be read by the group, and written by it where the folder can; a new folder takes over group, setgid
+/// and the group's right to write from the one above. So stations of several users can share a root. A share that has
+/// no such rights keeps what it gave.
+void ShareFile(int handle, const QByteArray& folder);
+void ShareFolder(const QByteArray& native);
 /// False, with errno, when the folder's entries can't be made durable; a share that has no such thing passes.
 bool SyncFolder(const QByteArray& folder);
 

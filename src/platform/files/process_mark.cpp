@@ -44,7 +44,8 @@ QString StartOf(const QString& pid)
     QFile file(u"/proc/%1/stat"_s.arg(pid));
     if (!file.open(QIODevice::ReadOnly))
         return {};
-    // The program's own name stands in brackets and may hold anything. Behind it: state, then 18 numbers, then the start.
+    // The program's own name stands in brackets and may hold anything. Behind it: state, then 18 numbers, then the
+    // start.
     const QByteArray line = file.readAll();
     const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
     const bool gone = fields.value(0) == "Z" || fields.value(0) == "X";

@@ -193,6 +193,28 @@ private Q_SLOTS:
         QCOMPARE(Names(), QStringList{u"claim"_s});
     }
 
+    /// Stations of several users file into one root.
+    void NewFoldersAndFilesAreSharedAsTheRootIs()
+    {
+        const QByteArray root = QFile::encodeName(m_folder->path());
+        QCOMPARE(chown(root.constData(), uid_t(-1), 4), geteuid() == 0 ? 0 : -1);
+        QCOMPARE(chmod(root.constData(), 02770), 0);
+        const mode_t before = umask(077);
+        m_files.MakeFolder(Path(u"2026\\위내시경\\"_s));
+        m_files.WriteWholeFile(Path(u"2026\\위내시경\\a"_s), "x");
+        m_files.WritePrivateFile(Path(u"2026\\위내시경\\b"_s), "x");
+        umask(before);
+        const auto facts = [&](const QString& name) {
+            struct stat found = {};
+            stat(QFile::encodeName(m_folder->filePath(name)).constData(), &found);
+            return found;
+        };
+        QCOMPARE(facts(u"2026/위내시경"_s).st_mode & 07777, mode_t(02770));
+        QCOMPARE(facts(u"2026/위내시경"_s).st_gid, facts(u"."_s).st_gid);
+        QCOMPARE(facts(u"2026/위내시경/a"_s).st_mode & 0777, mode_t(0660));
+        QCOMPARE(facts(u"2026/위내시경/b"_s).st_mode & 0777, mode_t(0600));
+    }
+
     void PrefixIsTakenLiterally()
     {
         for (const QString& name : {u"[1]*a"_s, u"[1]*b"_s, u"1xa"_s})
