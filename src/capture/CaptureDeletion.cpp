@@ -96,7 +96,10 @@ void CaptureDeletion::DeleteEmptyVisit(const CaptureVisit& visit)
 void CaptureDeletion::DeleteVisitCaptures(const CaptureVisit& visit)
 {
     const BusyPointer busy;
-    for (const int number : NumbersOf(visit))
+    const QList<int> numbers = NumbersOf(visit);
+    for (const int number : numbers + m_stills.Pending().NumbersOf(visit))
+        CheckMovable(visit, number);
+    for (const int number : numbers)
         MoveToLogFolder(visit, number);
     for (const int number : m_stills.Pending().NumbersOf(visit)) {
         MoveToLogFolder(visit, number);

@@ -159,7 +159,7 @@ QString CaptureHistory::FileBehind(int gridNumber, int column, int row)
     if (!IsNumericText(number))
         return {};
     const QString path = VisitPicturePath(ShownVisit(gridNumber), WholeNumber(number));
-    return FileExists(path) ? path : QString();
+    return PictureExists(path) ? path : QString();
 }
 
 CaptureVisit CaptureHistory::ShownVisit(int gridNumber) const

@@ -34,7 +34,7 @@ LeftoverNumber FromClaimName(const QString& name, const PendingRows::Folder& fol
 
 bool HasPicture(const CaptureVisit& visit, int number)
 {
-    return FileExists(PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
+    return PictureExists(PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
 }
 
 /// Another machine's claim, or one that doesn't say whose it is.

@@ -51,7 +51,7 @@ bool NumberClaim::Stands(const CaptureVisit& visit, int number)
 std::optional<NumberClaim::Facts> NumberClaim::Read(const QString& path)
 {
     try {
-        const QJsonObject facts = QJsonDocument::fromJson(Files().ReadFile(path)).object();
+        const QJsonObject facts = QJsonDocument::fromJson(Files().ReadArchivedFile(path)).object();
         const auto text = [&facts](const QString& key) { return facts.value(key).toString(); };
         return Facts{text(u"holder"_s), text(u"yuhyung"_s), text(u"imageExt"_s)};
     } catch (const PlatformError&) {

@@ -85,7 +85,7 @@ bool StillCapture::HasRoom()
     qsizetype pictures = m_filing.Pending().NumbersOf(visit).size();
     try {
         for (const int number : StoredNumbers(visit.chart, visit.ymd, visit.etc, NumberOrder::Any))
-            pictures += FileExists(VisitPicturePath(visit, number)) ? 1 : 0;
+            pictures += PictureExists(VisitPicturePath(visit, number)) ? 1 : 0;
     } catch (const PlatformError&) {
         // Better one picture too many than one lost.
         return true;
@@ -139,7 +139,7 @@ void StillCapture::ShowPending(const CaptureVisit& visit)
 {
     for (const int number : m_filing.Pending().NumbersOf(visit)) {
         const QString path = VisitPicturePath(visit, number);
-        if (FileExists(path) && !FindPicture(m_grid, 1, number))
+        if (PictureExists(path) && !FindPicture(m_grid, 1, number))
             PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
     }
 }

@@ -25,19 +25,27 @@ constexpr int RowsFollowMs = 2000;
 
 } // namespace
 
+void CheckMovable(const CaptureVisit& visit, int number)
+{
+    const QString live = VisitPicturePath(visit, number);
+    if (Files().KindOf(live) == FileKind::Other)
+        throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
+}
+
 void MoveToLogFolder(const CaptureVisit& visit, int number)
 {
     const QString live = VisitPicturePath(visit, number);
-    if (!FileExists(live))
+    CheckMovable(visit, number);
+    if (!PictureExists(live))
         return;
     const QString moved =
         LogFolder(visit.captureDir, visit.etc) + PictureStem(visit.chart, visit.ymd, number) + u'.' + visit.imageExt;
     QByteArray content;
     try {
-        content = Files().ReadFile(live);
+        content = Files().ReadArchivedFile(live);
     } catch (const PlatformError&) {
         // Another station was quicker with the same picture.
-        if (!FileExists(live))
+        if (!PictureExists(live))
             return;
         throw;
     }
@@ -45,7 +53,7 @@ void MoveToLogFolder(const CaptureVisit& visit, int number)
     if (visit.captureDir == VisitContext.CaptureDir)
         EnsureFolderOfYear(visit.captureDir, LogFolder(visit.captureDir, visit.etc));
     WriteWholeFile(moved, content);
-    if (Files().ReadFile(moved) != content)
+    if (Files().ReadArchivedFile(moved) != content)
         throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));
     DeleteFile(live);
 }
@@ -54,9 +62,14 @@ void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending)
 {
     QList<int> orphans;
     for (int number = 1; number <= LastSwept; ++number) {
-        if (FileExists(VisitPicturePath(visit, number)) && !NumberClaim::Stands(visit, number) &&
-            !pending.Holds(visit, number) && !HasPictureRow(visit, number))
+        const FileKind kind = Files().KindOf(VisitPicturePath(visit, number));
+        if (kind == FileKind::None || NumberClaim::Stands(visit, number) || pending.Holds(visit, number) ||
+            HasPictureRow(visit, number))
+            continue;
+        if (kind == FileKind::File)
             orphans.append(number);
+        else
+            qWarning("%s: no picture file", qPrintable(NativePath(VisitPicturePath(visit, number))));
     }
     if (orphans.isEmpty())
         return;

@@ -105,7 +105,7 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
         const std::optional<QImage> picture = AwaitPicture(&grid, fill, *batch, at);
         if (!picture)
             return;
-        if (!FileExists(paths[at]))
+        if (!PictureExists(paths[at]))
             continue;
         if (++column > grid.MaxCols()) {
             column = 1;
@@ -199,7 +199,7 @@ void frmCapCDAdd::StageSelection()
             if (IsUnloaded())
                 return;
             // A picture may have been deleted since it was listed.
-            if (!images || FileExists(path))
+            if (!images || PictureExists(path))
                 kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
         }
         m_barCount->setValue(qRound(100.0 * static_cast<double>(done + 1) / static_cast<double>(steps.size())));

@@ -41,6 +41,11 @@ bool FileExists(const QString& path)
     return Files().FileExists(path);
 }
 
+bool PictureExists(const QString& path)
+{
+    return Files().KindOf(path) == FileKind::File;
+}
+
 void WriteWholeFile(const QString& path, const QByteArray& content)
 {
     Files().WriteWholeFile(path, content);

@@ -30,6 +30,13 @@ struct FolderEntry
     bool IsLink = false; ///< A link, or anything else that is neither file nor folder; never followed.
 };
 
+/// What stands under a name, links not followed.
+enum class FileKind {
+    None,
+    File,  ///< A regular file.
+    Other, ///< A folder, a link, a pipe or the like.
+};
+
 enum class CopyOutcome { Copied, NameTaken, Stopped };
 
 /// Hears how many bytes of how many are done; false stops the work. May be called on a thread of its own.
@@ -63,12 +70,18 @@ public:
     virtual void MakeOneFolder(const QString& path) = 0;
     /// True for a file that isn't a folder. A failing question (a share that went away) counts as no.
     virtual bool FileExists(const QString& path) const = 0;
+    /// In the archive a picture is a regular file: what `Other` says is left alone. A failing question counts as
+    /// `None`.
+    virtual FileKind KindOf(const QString& path) const = 0;
     /// Names (not paths) of the files in a folder that begin with `prefix`, taken literally, sorted. Empty for a
     /// folder that isn't there.
     virtual QStringList FilesStartingWith(const QString& folder, const QString& prefix) const = 0;
 
     /// Throws PlatformError.
     virtual QByteArray ReadFile(const QString& path) const = 0;
+    /// The same for a file of the archive: opened without following a link and without waiting for a pipe's other end.
+    /// Anything but a regular file is a PlatformError.
+    virtual QByteArray ReadArchivedFile(const QString& path) const = 0;
 
     /// Puts a whole file under its final name, replacing what is there: written under another name beside it, every
     /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed;
@@ -125,6 +138,8 @@ public:
 bool FolderExists(const QString& path);
 void MakeFolder(const QString& path);
 bool FileExists(const QString& path);
+/// True when the archive holds a picture of that name: a regular file.
+bool PictureExists(const QString& path);
 void WriteWholeFile(const QString& path, const QByteArray& content);
 void DeleteFile(const QString& path);
 FileStore& Files();

@@ -30,7 +30,8 @@ class PictureReader
 public:
     virtual ~PictureReader() = default;
 
-    /// The picture at full size, turned as its orientation tag says; null when it can't be read.
+    /// The archive's picture at full size, turned as its orientation tag says; null when it can't be read, or is no
+    /// regular file. A link is not followed.
     virtual QImage Load(const QString& path) = 0;
     /// The same for a file from anywhere, in any format that the station knows at all; of several pages the first.
     /// Blocks for two seconds or so before it gives up; what a hostile file does to its decoder stays outside this

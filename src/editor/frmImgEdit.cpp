@@ -182,7 +182,7 @@ void frmImgEdit::ShowPointer()
 void frmImgEdit::Save()
 {
     const QString path = Trim(m_lblFilePath->text());
-    if (path.isEmpty() || !FileExists(path))
+    if (path.isEmpty() || !PictureExists(path))
         return;
     CopyPicture(imgImage(m_chain.HolderIndex()), *m_imgMain);
     m_imgMain->setTargetFileType(JpegFile);

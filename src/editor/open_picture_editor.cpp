@@ -14,7 +14,7 @@ void OpenPictureEditor(const QString& chart, const QString& /*yuhyung*/, const Q
     if (!IsNumericText(number))
         return;
     const QString path = PicturePath(captureDir, etc, chart, ymd, WholeNumber(number), VisitContext.ImageExt);
-    if (!FileExists(path))
+    if (!PictureExists(path))
         return;
     VisitContext.ImageSaved = false;
     frmImgEdit& editor = Form<frmImgEdit>();

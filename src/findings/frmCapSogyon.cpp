@@ -153,7 +153,7 @@ void frmCapSogyon::ShowPictures()
     size_t place = 0;
     for (size_t slot = 0; slot < FindingsRecord.PicPath.size(); ++slot) {
         const QString path = FindingsRecord.PicPath[slot];
-        if (Trim(path).isEmpty() || !FileExists(path))
+        if (Trim(path).isEmpty() || !PictureExists(path))
             continue;
         m_imgSogyon[place]->setPicture(LoadPicture(path));
         m_imgSogyon[place]->ZoomToFit(2);

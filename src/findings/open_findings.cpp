@@ -24,7 +24,7 @@ void FillSlots(const QStringList& numbers)
             continue;
         const QString path = PicturePath(folder, FindingsRecord.Etc, FindingsRecord.Chart, FindingsRecord.Ymd, number,
                                          VisitContext.ImageExt);
-        if (!FileExists(path))
+        if (!PictureExists(path))
             continue;
         FindingsRecord.PicPath[slot] = path;
         FindingsRecord.PicNo[slot] = number;

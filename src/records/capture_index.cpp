@@ -49,7 +49,7 @@ int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QStr
         if (!picture)
             return result;
         result = numbers[at];
-        if (!FileExists(paths[at]))
+        if (!PictureExists(paths[at]))
             continue;
         int row = 0;
         int column = 0;

@@ -111,7 +111,7 @@ QString CapShow::FileBehind(int column, int row)
         return {};
     const QString path = PicturePath(VisitContext.CaptureDir, VisitContext.Etc, VisitContext.Chart, VisitContext.Ymd,
                                      WholeNumber(number), VisitContext.ImageExt);
-    return FileExists(path) ? path : QString();
+    return PictureExists(path) ? path : QString();
 }
 
 void CapShow::OpenEditorFromCell(int column, int row)

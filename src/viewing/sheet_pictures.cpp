@@ -16,7 +16,7 @@ QStringList SheetPictures(fpSpread& grid, int gridNumber, const QString& yearFol
         if (!IsNumericText(number))
             continue;
         const QString path = PicturePath(yearFolder, etc, chart, ymd, WholeNumber(number), VisitContext.ImageExt);
-        if (FileExists(path))
+        if (PictureExists(path))
             paths.append(path);
     }
     return paths;

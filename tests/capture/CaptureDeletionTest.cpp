@@ -10,12 +10,14 @@
 #include <QFile>
 #include <QLabel>
 #include <QMenu>
+#include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
 #include <QToolButton>
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -252,6 +254,37 @@ private Q_SLOTS:
         QTimer::singleShot(300, this, [this] { m_box->AddPicture(Day, Stomach, 4); });
         m_screen->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList());
+    }
+
+    /// Under a picture's name may stand what leads elsewhere, or keeps its reader waiting.
+    void WhatIsNoPictureIsLeftAlone_data()
+    {
+        QTest::addColumn<bool>("pipe");
+        QTest::newRow("link") << false;
+        QTest::newRow("pipe") << true;
+    }
+
+    void WhatIsNoPictureIsLeftAlone()
+    {
+        QFETCH(bool, pipe);
+        const QByteArray path = QFile::encodeName(NativePath(m_box->PicturePath(Day, Stomach, 2)));
+        const QString secret = m_box->Root() + u"secret.jpg"_s;
+        WriteWholeFile(secret, StationInABox::Jpeg({64, 48}, Qt::red));
+        unlink(path.constData());
+        const QByteArray target = QFile::encodeName(NativePath(secret));
+        QCOMPARE(pipe ? mkfifo(path.constData(), 0666) : symlink(target.constData(), path.constData()), 0);
+        Guarded([this] { m_screen->ShowStored(); });
+        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), u"003"_s);
+        m_box->Desk().answers = {true};
+        Run(u"삭제"_s);
+        QVERIFY2(m_box->Desk().shown.last().contains(u"0000123420261124002.jpg"_s),
+                 qPrintable(m_box->Desk().shown.last()));
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
+        m_box->Run(u"DELETE FROM cap WHERE cap_no = 2 AND cap_etc = '위내시경';"_s);
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"0000123420261124002\\.jpg"_s));
+        m_screen->Unload();
+        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList());
+        QCOMPARE(Files().KindOf(m_box->PicturePath(Day, Stomach, 2)), FileKind::Other);
     }
 
     void ASweepThatCannotAskMovesNothing()

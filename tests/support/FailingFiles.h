@@ -21,11 +21,13 @@ public:
     void MakeFolder(const QString& path) override;
     void MakeOneFolder(const QString& path) override;
     bool FileExists(const QString& path) const override { return m_real->FileExists(path); }
+    FileKind KindOf(const QString& path) const override { return m_real->KindOf(path); }
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override
     {
         return m_real->FilesStartingWith(folder, prefix);
     }
     QByteArray ReadFile(const QString& path) const override { return m_real->ReadFile(path); }
+    QByteArray ReadArchivedFile(const QString& path) const override { return m_real->ReadArchivedFile(path); }
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
     void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;

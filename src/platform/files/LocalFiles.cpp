@@ -112,6 +112,14 @@ bool LocalFiles::FileExists(const QString& path) const
     return stat(Native(path).constData(), &facts) == 0 && !S_ISDIR(facts.st_mode);
 }
 
+FileKind LocalFiles::KindOf(const QString& path) const
+{
+    struct stat facts = {};
+    if (lstat(Native(path).constData(), &facts) != 0)
+        return FileKind::None;
+    return S_ISREG(facts.st_mode) ? FileKind::File : FileKind::Other;
+}
+
 QStringList LocalFiles::FilesStartingWith(const QString& folder, const QString& prefix) const
 {
     const QByteArray native = Native(folder);
@@ -143,6 +151,29 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
     QByteArray content = file.readAll();
     if (file.error() != QFileDevice::NoError)
         throw PlatformError(u"파일을 읽을 수 없습니다.!! (%1: %2)"_s.arg(NativePath(path), file.errorString()));
+    return content;
+}
+
+QByteArray LocalFiles::ReadArchivedFile(const QString& path) const
+{
+    const QString fault = u"파일을 읽을 수 없습니다.!!"_s;
+    const Descriptor handle(Native(path), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    if (!handle.IsOpen())
+        ThrowFault(fault, path, errno);
+    struct stat facts = {};
+    if (fstat(handle.Handle(), &facts) != 0 || !S_ISREG(facts.st_mode))
+        ThrowFault(fault, path, EINVAL);
+    QByteArray content(facts.st_size, Qt::Uninitialized);
+    qsizetype done = 0;
+    while (done < content.size()) {
+        const ssize_t got = handle.Read(content.data() + done, static_cast<size_t>(content.size() - done));
+        if (got < 0)
+            ThrowFault(fault, path, errno);
+        if (got == 0)
+            break;
+        done += got;
+    }
+    content.truncate(done);
     return content;
 }
 

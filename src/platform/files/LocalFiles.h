@@ -11,8 +11,10 @@ public:
     void MakeFolder(const QString& path) override;
     void MakeOneFolder(const QString& path) override;
     bool FileExists(const QString& path) const override;
+    FileKind KindOf(const QString& path) const override;
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;
+    QByteArray ReadArchivedFile(const QString& path) const override;
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
     void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;

@@ -122,9 +122,12 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
 {
     const QString fault = u"파일을 복사할 수 없습니다.!!"_s;
     const QByteArray target = Native(to);
-    const Descriptor source(Native(from), O_RDONLY);
-    if (!source.IsOpen())
+    const Descriptor source(Native(from), O_RDONLY | O_NONBLOCK);
+    struct stat facts = {};
+    if (!source.IsOpen() || fstat(source.Handle(), &facts) != 0)
         ThrowFault(fault, from, errno);
+    if (!S_ISREG(facts.st_mode))
+        ThrowFault(fault, from, EINVAL);
     const QByteArray partial = BesideName(FolderOf(target), ".part");
     Descriptor copy(partial, O_WRONLY | O_CREAT | O_EXCL);
     if (!copy.IsOpen())
@@ -148,12 +151,13 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
 
 bool LocalFiles::SameContent(const QString& one, const QString& other) const
 {
-    const Descriptor first(Native(one), O_RDONLY);
-    const Descriptor second(Native(other), O_RDONLY);
+    const Descriptor first(Native(one), O_RDONLY | O_NONBLOCK);
+    const Descriptor second(Native(other), O_RDONLY | O_NONBLOCK);
     struct stat firstFacts = {};
     struct stat secondFacts = {};
     if (!first.IsOpen() || !second.IsOpen() || fstat(first.Handle(), &firstFacts) != 0 ||
-        fstat(second.Handle(), &secondFacts) != 0 || firstFacts.st_size != secondFacts.st_size)
+        fstat(second.Handle(), &secondFacts) != 0 || !S_ISREG(firstFacts.st_mode) || !S_ISREG(secondFacts.st_mode) ||
+        firstFacts.st_size != secondFacts.st_size)
         return false;
     QFile left;
     QFile right;

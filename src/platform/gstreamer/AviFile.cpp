@@ -99,7 +99,9 @@ AviFile::AviFile(const QString& nativePath, const Format& format) : m_path(nativ
     m_partial = u"%1/.%2.%3.%4.%5.part"_s.arg(info.path(), info.fileName(), HostPart())
                     .arg(getpid())
                     .arg(StartOfProcess(getpid()));
-    Open(O_RDWR | O_CREAT | O_TRUNC);
+    // The name is this process's own: what stands there was left by an earlier try, or isn't ours to write into.
+    unlink(QFile::encodeName(m_partial).constData());
+    Open(O_RDWR | O_CREAT | O_EXCL);
     const QByteArray header = Header();
     Write(0, header);
     m_end = header.size();
@@ -132,7 +134,7 @@ AviFile::Partial AviFile::ReadPartialName(const QString& fileName)
 
 void AviFile::Open(int flags)
 {
-    m_fd = open(QFile::encodeName(m_partial).constData(), flags | O_CLOEXEC, 0666);
+    m_fd = open(QFile::encodeName(m_partial).constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
     if (m_fd < 0)
         ThrowFault(u"동영상 파일을 만들수 없습니다.!!"_s, errno);
 }

@@ -140,10 +140,11 @@ QImage Upright(const QByteArray& content, QSize room)
     picture.setDevicePixelRatio(1);
     return picture;
 }
-/// Opens a regular file to be read. A pipe would keep the opener waiting for its other end.
-bool OpenRegular(QFile& file, const QString& path)
+/// Opens a regular file to be read. A pipe would keep the opener waiting for its other end. `links` is 0, or O_NOFOLLOW
+/// for a file of the archive.
+bool OpenRegular(QFile& file, const QString& path, int links)
 {
-    const int handle = open(QFile::encodeName(NativePath(path)).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    const int handle = open(QFile::encodeName(NativePath(path)).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | links);
     if (handle < 0)
         return false;
     struct stat facts = {};
@@ -179,7 +180,7 @@ void MakeShowable(QImage& picture)
 QImage picturefile::Read(const QString& path, QSize room)
 {
     QFile file;
-    if ((room.isValid() && room.isEmpty()) || !OpenRegular(file, path))
+    if ((room.isValid() && room.isEmpty()) || !OpenRegular(file, path, O_NOFOLLOW))
         return {};
     return ReadOpened(file, room);
 }
@@ -187,7 +188,7 @@ QImage picturefile::Read(const QString& path, QSize room)
 QImage picturefile::ReadForeign(const QString& path)
 {
     QFile file;
-    if (!OpenRegular(file, path))
+    if (!OpenRegular(file, path, 0))
         return {};
     QImage picture = ReadOpened(file, {});
     if (picture.isNull())
