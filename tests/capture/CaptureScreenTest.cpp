@@ -295,6 +295,41 @@ private Q_SLOTS:
         QCOMPARE(date->text() + section->text(), QString());
     }
 
+    void AClickDuringAFillOfTheHistory_data()
+    {
+        QTest::addColumn<bool>("belowTheList");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("a tick in an empty row") << false << u"001 002 003 004 005 006 007 008"_s;
+        QTest::newRow("a double click below the list") << true << QString();
+    }
+
+    void AClickDuringAFillOfTheHistory()
+    {
+        QFETCH(bool, belowTheList);
+        for (int number = 1; number <= 8; ++number)
+            m_box->AddPicture(u"20250301"_s, Colon, number, u"정상"_s);
+        frmCapture& screen = Open();
+        fpSpread& pictures = screen.sprCap(2);
+        QTimer::singleShot(0, this, [&] {
+            if (belowTheList) {
+                DoubleClick(3, 1, 400);
+                return;
+            }
+            pictures.setRow(9);
+            pictures.setCol(1);
+            pictures.setValue(u"1"_s);
+        });
+        DoubleClick(3, 1, 1);
+        QStringList numbers;
+        for (int row = 2; row <= pictures.DataRowCnt(); row += 2) {
+            for (const int column : PictureColumns(2))
+                numbers << CellText(pictures, column, row);
+        }
+        numbers.removeAll(QString());
+        QTEST(numbers.join(u' '), "shown");
+        QCOMPARE(screen.txtCapChamgo().toPlainText(), belowTheList ? QString() : u"정상"_s);
+    }
+
     void ContextMenuOnFilledPicturesOnly_data()
     {
         QTest::addColumn<int>("element");
