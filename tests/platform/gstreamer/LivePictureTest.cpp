@@ -244,7 +244,7 @@ private Q_SLOTS:
         });
         control->Start();
         QTRY_VERIFY(last > 40);
-        QCOMPARE(deepest, 1);
+        QVERIFY2(deepest <= 2, qPrintable(QString::number(deepest)));
         QVERIFY(painted > 20);
     }
 
