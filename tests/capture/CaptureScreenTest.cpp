@@ -120,6 +120,28 @@ private Q_SLOTS:
         QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
+    void TheStartFollowsADialogThatFails_data()
+    {
+        QTest::addColumn<bool>("hasDevice");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("no device") << false << u"캡쳐 장치를 찾을수 없습니다.!!"_s;
+        QTest::newRow("the dialog alone fails") << true << u"장치를 열 수 없습니다.!!"_s;
+    }
+
+    void TheStartFollowsADialogThatFails()
+    {
+        QFETCH(bool, hasDevice);
+        QFETCH(QString, said);
+        Open();
+        FakeVideoCap& video = *FakeVideoCap::Last();
+        if (!hasDevice)
+            video.devices.clear();
+        video.dialogFault = u"장치를 열 수 없습니다.!!"_s;
+        Choose(u"기타설정1"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{said});
+        QCOMPARE(video.live, hasDevice);
+    }
+
     void FiftyStillsAndNoMore()
     {
         frmCapture& screen = Open();
