@@ -1,6 +1,7 @@
 #include "platform/desktop/prepare_application.h"
 
 #include "platform/desktop/look.h"
+#include "platform/desktop/WheelFilter.h"
 
 #include <QApplication>
 #include <QFont>
@@ -26,4 +27,5 @@ void PrepareApplication()
         QCoreApplication::installTranslator(texts);
 
     ApplyLook(*qApp);
+    qApp->installEventFilter(new WheelFilter(qApp));
 }
