@@ -8,8 +8,10 @@
 #include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
@@ -297,6 +299,27 @@ private Q_SLOTS:
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList{u"0000123420261124001.jpg"_s});
         QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 2);
+    }
+
+    void TheListOfSectionsGoesByTheSectionItShows()
+    {
+        ClientSetup.EtcList = u"위내시경,대장내시경,기관지경"_s;
+        VisitContext.Etc = Colon;
+        frmCapture& screen = Open();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        screen.txtCapChamgo().setPlainText(u"용종"_s);
+        screen.cmbEtc().setFocus();
+        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Return);
+        screen.txtCapChamgo().setFocus();
+        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"용종"_s);
+
+        QTest::mousePress(screen.cmbEtc().lineEdit(), Qt::LeftButton);
+        QTest::mouseRelease(screen.cmbEtc().view()->window(), Qt::LeftButton, {}, {10, -10});
+        QVERIFY(screen.cmbEtc().view()->isVisible());
+        QCOMPARE(screen.cmbEtc().view()->currentIndex().data().toString(), Colon);
+        screen.cmbEtc().hidePopup();
+        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Down);
+        QCOMPARE(VisitContext.Etc, u"기관지경"_s);
     }
 
     void HistoryLines()

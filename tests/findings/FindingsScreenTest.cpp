@@ -84,6 +84,35 @@ private Q_SLOTS:
         QCOMPARE(FindingsInABox::TextOf(u"txtHospital"_s), u"나래의원"_s);
     }
 
+    void KeysStepFromTheValueShown_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("month") << u"cmbPmm"_s << QString() << Qt::Key_Down << u"12"_s;
+        QTest::newRow("day, typed") << u"cmbPdd"_s << u"7"_s << Qt::Key_Down << u"08"_s;
+        QTest::newRow("doctor") << u"cmbJinchal"_s << QString() << Qt::Key_Up << u"11 나누리"_s;
+    }
+
+    void KeysStepFromTheValueShown()
+    {
+        QFETCH(QString, list);
+        QFETCH(QString, typed);
+        QFETCH(Qt::Key, key);
+        VisitContext.Jinchal = u"12"_s;
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        auto& shown = *m_box->Open().findChild<QComboBox*>(list);
+        if (!typed.isEmpty())
+            shown.setEditText(typed);
+        QTest::keyClick(&shown, key);
+        QTEST(shown.currentText(), "value");
+        const bool isDoctor = list == u"cmbJinchal";
+        QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), isDoctor ? u"나누리"_s : u"다온유"_s);
+        // Blue, and the print date orange.
+        QCOMPARE(shown.lineEdit()->palette().color(QPalette::Text).rgb(), isDoctor ? 0xff0000ffU : 0xffc24e00U);
+    }
+
     void ClearedAfterEachCommand_data()
     {
         QTest::addColumn<QString>("button");
