@@ -4,37 +4,16 @@
 #include "contracts/PlatformError.h"
 #include "platform/disc/XorrisoRun.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
-
-#include <cerrno>
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// No list of the station's files shows a name that begins so.
-constexpr char16_t PartialPrefix[] = u".station-burn-";
-constexpr char16_t PartialEnding[] = u".part";
-
 QString FolderOf(const QString& path)
 {
     return QFileInfo(NativePath(path)).absolutePath() + u'/';
-}
-
-/// Images that a crash of this station, or of the machine, left half done.
-void RemoveLeftovers(const QString& folder)
-{
-    const QString prefix = QString::fromUtf16(PartialPrefix);
-    const QStringList names = Files().FilesStartingWith(folder, prefix);
-    for (const QString& name : names) {
-        bool isNumber = false;
-        const int process = name.mid(prefix.size()).section(u'.', 0, 0).toInt(&isNumber);
-        if (isNumber && process > 0 && kill(process, 0) != 0 && errno == ESRCH)
-            DeleteFile(folder + name);
-    }
 }
 
 /// What xorriso tells of a drive's medium: profile, state, blocks, and the room left.
@@ -75,11 +54,8 @@ QString DiscTarget::Begin()
 {
     if (m_isImage) {
         const QString folder = FolderOf(m_path);
-        RemoveLeftovers(folder);
-        m_partial = folder + QString::fromUtf16(PartialPrefix) + QString::number(QCoreApplication::applicationPid()) +
-                    QString::fromUtf16(PartialEnding);
-        // One that is there would be taken for a medium with content.
-        DeleteFile(m_partial);
+        Files().RemoveLeftovers(folder);
+        m_partial = Files().PartialPath(folder);
     }
     return Address();
 }

@@ -105,6 +105,7 @@ QString DiscWriter::BurnArea() const
     const QString path =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/capture-station/cd/"_s;
     Files().MakePrivateFolder(path);
+    Files().RemoveLeftovers(path);
     return path;
 }
 
@@ -137,6 +138,9 @@ void DiscWriter::Prepare()
         throw PlatformError(u"CD드라이브가 없습니다.!!"_s);
     m_target = DiscTarget(drives.first().Path, !m_image.isEmpty());
     m_staged = ListStagedFiles(BurnArea());
+    if (!m_staged.unreadable.isEmpty())
+        throw PlatformError(u"CD에 쓸 수 없는 이름이 있습니다.!! 목록에서 삭제하거나 이름을 바꾸십시오.\n"_s +
+                            NameList(m_staged.unreadable));
     if (m_staged.files.isEmpty())
         throw PlatformError(u"CD에 저장할 파일이 없습니다.!!"_s);
     m_stagedBytes = 0;

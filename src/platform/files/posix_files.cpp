@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 
+#include <QDateTime>
 #include <QFile>
 
 #include <atomic>
@@ -33,14 +34,19 @@ QByteArray posix_files::FolderOf(const QByteArray& native)
     return slash == 0 ? QByteArray("/") : native.left(slash);
 }
 
-QByteArray posix_files::BesideName(const QByteArray& folder, const char* ending)
+QByteArray posix_files::MachinePrefix()
 {
-    static std::atomic<unsigned> counter = 0;
     char host[64] = {};
     if (gethostname(host, sizeof host - 1) != 0)
         host[0] = '\0';
-    return folder + '/' + PartialPrefix + QByteArray(host) + '-' + QByteArray::number(getpid()) + '-' +
-           QByteArray::number(++counter) + ending;
+    return PartialPrefix + QByteArray(host) + '-';
+}
+
+QByteArray posix_files::BesideName(const QByteArray& folder, const char* ending)
+{
+    // From the time of the start on: a dead program of the same number may have left its names behind.
+    static std::atomic<quint64> counter = static_cast<quint64>(QDateTime::currentMSecsSinceEpoch());
+    return folder + '/' + MachinePrefix() + QByteArray::number(getpid()) + '-' + QByteArray::number(++counter) + ending;
 }
 
 bool posix_files::SyncFolder(const QByteArray& folder)

@@ -14,6 +14,8 @@ inline constexpr char PartialPrefix[] = ".station-";
 /// Throws PlatformError for a path with a NUL.
 QByteArray Native(const QString& path);
 QByteArray FolderOf(const QByteArray& native);
+/// Begins the names of files that this machine is still writing; the number of the process follows.
+QByteArray MachinePrefix();
 /// A name for a file that is still being written, unique on every machine that shares the folder.
 QByteArray BesideName(const QByteArray& folder, const char* ending);
 /// False, with errno, when the folder's entries can't be made durable; a share that has no such thing passes.

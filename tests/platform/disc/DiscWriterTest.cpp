@@ -3,6 +3,7 @@
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QSysInfo>
 
 #include <csignal>
 
@@ -83,13 +84,14 @@ private Q_SLOTS:
     {
         m_box->Stage(u"a.jpg"_s, "first");
         WriteWholeFile(m_box->Images() + u"cd.iso"_s, "");
-        WriteWholeFile(m_box->Images() + u".station-burn-999999999.part"_s, "of a crash");
+        QFile named(m_box->staging + u"뒤\\빗금.jpg"_s);
+        QVERIFY(named.open(QIODevice::WriteOnly));
         QVERIFY(DiscInABox::Burn());
         m_box->Stage(u"b.jpg"_s, "second");
         QVERIFY(DiscInABox::Burn());
         QCOMPARE(m_box->ImageNames(), (QStringList{u"cd-2.iso"_s, u"cd.iso"_s}));
-        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false), QStringList{u"/a.jpg"_s});
-        QCOMPARE(m_box->NamesOn(u"cd-2.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s}));
+        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/뒤\\빗금.jpg"_s}));
+        QCOMPARE(m_box->NamesOn(u"cd-2.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s, u"/뒤\\빗금.jpg"_s}));
         QVERIFY(DiscInABox::Said().contains(u"cd-2.iso"_s));
 
         // What has come or changed since was not written, and stays.
@@ -97,6 +99,26 @@ private Q_SLOTS:
         m_box->Stage(u"c.jpg"_s, "fourth");
         DiscInABox::Press(u"cmdEmpty"_s);
         QCOMPARE(QDir(m_box->staging).entryList(QDir::Files), (QStringList{u"b.jpg"_s, u"c.jpg"_s}));
+    }
+
+    void LeftoversGoByMachineAndProcess()
+    {
+        const QString here = u".station-"_s + QSysInfo::machineHostName();
+        const QStringList gone{here + u"-999999999-1.part"_s, here + u"-1-1.part"_s};
+        const QStringList kept{here + u"-%1-1.part"_s.arg(QCoreApplication::applicationPid()),
+                               here + u"-5-999999999-1.part"_s, u".station-other-999999999-1.part"_s};
+        for (const QString& name : gone + kept) {
+            m_box->Stage(name, "half");
+            WriteWholeFile(m_box->Images() + name, "half");
+        }
+        m_box->Stage(u"a.jpg"_s, "a");
+        QVERIFY(DiscInABox::Burn());
+        QVERIFY2(DiscInABox::Said().startsWith(Done), qPrintable(DiscInABox::Said()));
+        QStringList left = m_box->ImageNames();
+        QVERIFY(left.removeOne(u"cd.iso"_s));
+        for (const QStringList& names :
+             {left, QDir(m_box->staging).entryList({u".station-*"_s}, QDir::Hidden | QDir::Files)})
+            QCOMPARE(QSet<QString>(names.begin(), names.end()), QSet<QString>(kept.begin(), kept.end()));
     }
 
     void WhatCanGoWrong_data()
@@ -118,7 +140,7 @@ private Q_SLOTS:
             << u"$REAL \"$@\"; code=$?; echo more >> \"$STAGED/b.jpg\"; exit $code"_s
             << QStringList{u"바뀌거나"_s, u"b.jpg"_s};
         QTest::newRow("one byte is another on the disc")
-            << u"$REAL \"$@\" || exit; %1 && printf '\\x55' | dd of=$(echo \"$IMAGES\".station-burn-*) bs=1 "
+            << u"$REAL \"$@\" || exit; %1 && printf '\\x55' | dd of=$(echo \"$IMAGES\".station-*) bs=1 "
                "seek=$((200 * 2048)) conv=notrunc status=none"_s.arg(writes)
             << QStringList{u"원본과 다릅니다.!!"_s, u"/a.jpg"_s};
         QTest::newRow("a file is not on the disc") << u"$REAL \"$@\" | grep -v \"'/b.jpg'\"; exit ${PIPESTATUS[0]}"_s

@@ -29,7 +29,9 @@ public:
     void DeleteFile(const QString&) override {}
     QList<FolderEntry> Entries(const QString&) const override { return {}; }
     void MakePrivateFolder(const QString&) override {}
-    void DeleteFolder(const QString&) override {}
+    void DeleteEntry(const QString&, const QString&) override {}
+    QString PartialPath(const QString&) const override { return {}; }
+    void RemoveLeftovers(const QString&) override {}
     CopyOutcome CopyToNewFile(const QString&, const QString&, const CopyProgress&) override
     {
         return CopyOutcome::Stopped;
