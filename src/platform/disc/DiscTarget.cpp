@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "platform/disc/xorriso_reasons.h"
 #include "platform/disc/XorrisoRun.h"
 
 #include <QFileInfo>
@@ -29,6 +30,12 @@ DiscMedium MediumFromReport(const QString& profile, const QString& status, const
     const qint64 sectors = medium.holdsData ? overall.match(blocks).captured(1).toLongLong()
                                             : QString(space).remove(u's').trimmed().toLongLong();
     medium.freeBytes = medium.writable ? sectors * SectorBytes : 0;
+    if (status.contains(u"is not present"_s))
+        medium.reason = QString::fromUtf16(NoDiscText);
+    else if (medium.holdsData)
+        medium.reason = QString::fromUtf16(NotBlankText);
+    else
+        medium.reason = QString::fromUtf16(UnsuitableText);
     return medium;
 }
 
@@ -41,11 +48,15 @@ DiscMedium DiscTarget::Medium() const
         DiscMedium medium;
         medium.writable = FolderExists(folder) && QFileInfo(NativePath(folder)).isWritable();
         medium.freeBytes = Files().FreeBytes(folder);
+        medium.reason = u"이미지를 저장할 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(NativePath(folder));
         return medium;
     }
     XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s});
-    if (!run.Await())
-        return {};
+    if (!run.Await()) {
+        DiscMedium none;
+        none.reason = run.Reason();
+        return none;
+    }
     return MediumFromReport(run.Told(u"Media current"_s), run.Told(u"Media status"_s), run.Told(u"Media blocks"_s),
                             run.Told(u"Media space"_s));
 }

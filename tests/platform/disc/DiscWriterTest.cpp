@@ -130,10 +130,22 @@ private Q_SLOTS:
         QTest::newRow("killed") << u"kill -9 $$"_s << QStringList{u"쓰지 못했습니다.!!"_s};
         QTest::newRow("fails at half") << u"%1 && { echo 'xorriso : UPDATE : Writing: 100s 50.0% fifo' >&2; "
                                           "echo 'libburn : FATAL : SCSI error on write' >&2; exit 5; }"_s.arg(writes)
-                                       << QStringList{u"쓰지 못했습니다.!!"_s, u"SCSI error on write"_s};
+                                       << QStringList{u"쓰지 못했습니다.!!"_s,
+                                                      u"다른 CD에 다시 저장하십시오.\n"
+                                                      "(libburn : FATAL : SCSI error on write)"_s};
+        const auto row = [&writes](const char* name, const QString& line, const QString& said) {
+            QTest::newRow(name) << u"%1 && { echo \"%2\" >&2; exit 5; }"_s.arg(writes, line)
+                                << QStringList{u"쓰지 못했습니다.!!\n"_s + said};
+        };
+        row("the disc was taken out", u"libburn : FATAL : SCSI error on write(0,16): [2 3A 01] Medium not present"_s,
+            u"CD드라이브에 CD가 없습니다.!!"_s);
+        row("in use", u"libburn : SORRY : Cannot open busy device '/dev/sr0'"_s,
+            u"다른 프로그램이 CD드라이브를 사용하고 있습니다.!!"_s);
+        row("for a reason never heard of", u"libburn : FATAL : <img src=x> "_s + QString(10000, u'x'),
+            u"xorriso가 오류를 알렸습니다.!!\n(libburn : FATAL : <img src=x> xx"_s);
         QTest::newRow("the image's disk is full")
             << u"trap '' XFSZ; %1 && ulimit -f 200; exec $REAL \"$@\""_s.arg(writes)
-            << QStringList{u"쓰지 못했습니다.!!"_s};
+            << QStringList{u"이미지를 저장할 디스크의 남은 공간이 부족합니다.!!\n(libburn"_s};
         QTest::newRow("a file vanishes before it is written")
             << u"rm -f \"$STAGED/b.jpg\"; exec $REAL \"$@\""_s << QStringList{u"없어진 파일"_s, u"b.jpg"_s};
         QTest::newRow("a file grows while it is written")
@@ -162,6 +174,7 @@ private Q_SLOTS:
         QVERIFY(DiscInABox::Burn());
         for (const QString& part : said + QStringList{Kept})
             QVERIFY2(DiscInABox::Said().contains(part), qPrintable(DiscInABox::Said()));
+        QVERIFY(DiscInABox::Said().size() < 500);
         QCOMPARE(m_box->ImageNames(), QStringList{});
         QVERIFY(QFile::exists(m_box->staging + u"a.jpg"_s));
         QVERIFY(!DiscInABox::Window()->findChild<QPushButton*>(u"cmdEmpty"_s)->isVisible());
