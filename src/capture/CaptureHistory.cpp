@@ -111,6 +111,9 @@ void CaptureHistory::ShowHistoryLine(int row)
         return;
     m_controls.lblHisYmd.clear();
     m_controls.lblHisEtc.clear();
+    // Whatever line is still coming in, its labels are gone.
+    const int line = ++m_lineShown;
+    m_controls.historyPictures.BeginFill();
     const QString ymd = CellText(m_controls.visits, 1, row);
     if (ymd.isEmpty())
         return;
@@ -119,7 +122,6 @@ void CaptureHistory::ShowHistoryLine(int row)
     m_controls.lblHisEtc.setText(etc);
     const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
 
-    const int line = ++m_lineShown;
     const StillCapture::Hold hold(m_stills);
     LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, m_controls.historyPictures, 2, false);
     if (line == m_lineShown)

@@ -1,5 +1,6 @@
 #include "capture/MovieRecording.h"
 
+#include "capture/capture_folders.h"
 #include "capture/device_link.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
@@ -45,8 +46,7 @@ void MovieRecording::Begin()
     if (m_capture.HoldFrame() == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
     const QString folder = MovieFolder(VisitContext.CaptureDir);
-    if (!FolderExists(folder))
-        MakeFolder(folder);
+    EnsureFolderOfYear(VisitContext.CaptureDir, folder);
     if (!m_capture.HasRoomForMovie(folder))
         throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
     m_lblMovie.setText(u"동영상 저장중..."_s);

@@ -1,6 +1,7 @@
 #include "capture/device_link.h"
 
 #include "contracts/desktop.h"
+#include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
 #include "devicesettings/frmCapSet.h"
 #include "launch/context/device_settings.h"
@@ -31,6 +32,19 @@ void ChooseDevice(VideoCap& capture)
     const int inputs = capture.VideoInputs().Count();
     if (inputs >= 1 && DeviceSettings.Sources <= inputs - 1)
         capture.setVideoInput(DeviceSettings.Sources);
+    StartDevice(capture);
+}
+
+void ShowDriverSettings(VideoCap& capture, int ownerHandle)
+{
+    try {
+        capture.ShowDriverDialog1(ownerHandle);
+    } catch (const PlatformError&) {
+        // What keeps the device from running says more than what kept the dialog away.
+        if (StartDevice(capture))
+            throw;
+        return;
+    }
     StartDevice(capture);
 }
 

@@ -9,5 +9,9 @@ bool StartDevice(VideoCap& capture);
 /// Lets the operator choose device, format and input, applies what the control has of them, and starts the device.
 void ChooseDevice(VideoCap& capture);
 
+/// Shows the driver's first settings dialog, and starts the device however that went. Tells, or throws as
+/// PlatformError, what keeps the device from running, or else what kept the dialog away.
+void ShowDriverSettings(VideoCap& capture, int ownerHandle);
+
 /// Ends a recording and stops the device.
 void StopDevice(VideoCap& capture);

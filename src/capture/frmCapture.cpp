@@ -161,10 +161,9 @@ void frmCapture::RunMenuEntry(const QString& entry)
         m_movie->End();
     else if (entry == u"장치설정"_s)
         ChooseDevice(*m_capCapture);
-    else if (entry == u"기타설정1"_s) {
-        m_capCapture->ShowDriverDialog1(static_cast<int>(winId()));
-        StartDevice(*m_capCapture);
-    } else if (entry == u"기타설정2"_s)
+    else if (entry == u"기타설정1"_s)
+        ShowDriverSettings(*m_capCapture, static_cast<int>(winId()));
+    else if (entry == u"기타설정2"_s)
         m_capCapture->ShowDriverDialog2(static_cast<int>(winId()));
     else if (entry == u"프린터설정"_s)
         UseService<Desktop>().ShowPrinterDialog();

@@ -8,8 +8,8 @@
 #include "contracts/twips.h"
 #include "contracts/VideoCap.h"
 #include "records/NoteBox.h"
+#include "records/ValueCombo.h"
 
-#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -59,10 +59,8 @@ void frmCapture::BuildControls()
     m_dtpYmd->setReadOnly(true);
     m_dtpYmd->setFocusPolicy(Qt::NoFocus);
     MakeLabel(this, u"lbl(1)"_s, u"장치종류"_s, RectFromTwips(12000, 690, 855, 315));
-    m_cmbEtc = Named(new QComboBox(this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
+    m_cmbEtc = Named(new ValueCombo(this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
     // A section outside the list stands as its text all the same; nothing can be typed.
-    m_cmbEtc->setEditable(true);
-    m_cmbEtc->setInsertPolicy(QComboBox::NoInsert);
     m_cmbEtc->lineEdit()->setReadOnly(true);
 
     MakeLabel(this, u"label(2)"_s, u"참고사항"_s, RectFromTwips(8490, 1035, 915, 315));

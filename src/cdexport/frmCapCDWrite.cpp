@@ -10,7 +10,6 @@
 #include "contracts/PlatformError.h"
 #include "contracts/twips.h"
 #include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
 #include "records/text/text_routines.h"
 
 #include <QComboBox>
@@ -18,6 +17,8 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QPushButton>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -182,14 +183,12 @@ void frmCapCDWrite::DeleteStagedFile()
     const QString name = m_sprCDDrive->TextAt(1, row);
     if (Trim(name).isEmpty())
         return;
-    const QString path = m_stagingPath + CheckedPathPart(name);
-    if (FolderExists(path) && !QFileInfo(NativePath(path)).isSymLink()) {
-        if (!AskYesNo(u"폴더와 그 안의 파일을 모두 삭제하시겠습니까?"_s))
-            return;
-        Files().DeleteFolder(path);
-    } else {
-        DeleteFile(path);
-    }
+    const QList<FolderEntry> entries = Files().Entries(m_stagingPath);
+    const bool isFolder = std::ranges::any_of(
+        entries, [&name](const FolderEntry& entry) { return entry.IsFolder && entry.Name == name; });
+    if (isFolder && !AskYesNo(u"폴더와 그 안의 파일을 모두 삭제하시겠습니까?"_s))
+        return;
+    Files().DeleteEntry(m_stagingPath, name);
     m_sprCDDrive->DeleteRows(row, 1);
 }
 

@@ -82,7 +82,8 @@ public:
     virtual void ShowDriverDialog2(int ownerHandle) = 0;
 
 Q_SIGNALS:
-    /// Frames processed so far, counted anew from each start and each movie file; and the time in milliseconds.
+    /// Frames processed so far, counted anew from each start and each movie file; and the time in milliseconds. While a
+    /// handler serves events further ones come in, one at a time.
     void OnFrame(int frames, int timeMs);
     /// The control has ended the movie by itself: the disk is full, or the file can't be written. `CaptureMode` is
     /// false, and what was recorded is whole unless the reason says otherwise. The text is for the operator.

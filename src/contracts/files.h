@@ -28,6 +28,8 @@ struct FolderEntry
     QDateTime DateLastModified; ///< Local time.
     bool IsFolder = false;
     bool IsLink = false; ///< A link, or anything else that is neither file nor folder; never followed.
+    /// The name is no text in the platform's encoding; `Name` has marks in the place of what can't be read.
+    bool IsNameBroken = false;
 };
 
 /// What stands under a name, links not followed.
@@ -111,8 +113,16 @@ public:
     /// Makes a folder that only this user can enter, and takes the rights of others away from one that is there.
     /// Throws PlatformError, also for a folder that belongs to another user, or a link.
     virtual void MakePrivateFolder(const QString& path) = 0;
-    /// Deletes a folder with all that it holds; links go, what they lead to stays. Throws PlatformError.
-    virtual void DeleteFolder(const QString& path) = 0;
+    /// Deletes what the folder lists under that name, a folder with all that it holds; links go, what they lead to
+    /// stays. The name is taken as it is listed, also one that no path leads to. One that isn't there is no fault.
+    /// Throws PlatformError.
+    virtual void DeleteEntry(const QString& folder, const QString& name) = 0;
+
+    /// A path in the folder for a file that another program writes for this one, hidden from lists until it is renamed.
+    virtual QString PartialPath(const QString& folder) const = 0;
+    /// Brings a file that another program has written in the folder under a name that must not exist yet. False when
+    /// one of that name exists; it then stays where it is. Throws PlatformError; StoredWithFault as above.
+    virtual bool PlaceNewFile(const QString& partial, const QString& path) = 0;
     /// Copies onto a name that must not exist yet, whole or not at all, with the file's time of change. Throws
     /// PlatformError.
     virtual CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) = 0;

@@ -1,9 +1,9 @@
 #include "editor/TextEntryBox.h"
 
+#include "contracts/composition.h"
+
 #include <QFocusEvent>
 #include <QFontMetrics>
-#include <QGuiApplication>
-#include <QInputMethod>
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 
@@ -31,7 +31,6 @@ TextEntryBox::TextEntryBox(QWidget* parent) : QLineEdit(parent)
 void TextEntryBox::Open(const QRect& place, qreal viewScale, const QColor& colour)
 {
     clear();
-    m_composing.clear();
     QFont shown = m_textFont;
     shown.setPixelSize(qMax(1, qRound(m_textFont.pointSizeF() * PictureDots / PointsPerInch * viewScale)));
     // The dark ground lets every colour be read, and the picture be seen.
@@ -50,32 +49,19 @@ void TextEntryBox::Close()
 {
     hide();
     clear();
-    m_composing.clear();
 }
 
 void TextEntryBox::GrowWithText()
 {
     const QFontMetrics metrics(font());
-    const QSize needed(metrics.horizontalAdvance(text() + m_composing) + CaretPixels, metrics.height());
+    const QSize needed(metrics.horizontalAdvance(text() + CompositionIn(this)) + CaretPixels, metrics.height());
     resize(m_leastSize.expandedTo(needed));
-}
-
-void TextEntryBox::TakeComposition()
-{
-    QGuiApplication::inputMethod()->commit();
-    if (m_composing.isEmpty())
-        return;
-    // The input method left it to us.
-    QInputMethodEvent taken;
-    taken.setCommitString(m_composing);
-    inputMethodEvent(&taken);
-    QGuiApplication::inputMethod()->reset();
 }
 
 void TextEntryBox::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        TakeComposition();
+        CommitComposition();
         Q_EMIT Entered();
         return;
     }
@@ -84,7 +70,6 @@ void TextEntryBox::keyPressEvent(QKeyEvent* event)
 
 void TextEntryBox::inputMethodEvent(QInputMethodEvent* event)
 {
-    m_composing = event->preeditString();
     QLineEdit::inputMethodEvent(event);
     GrowWithText();
 }

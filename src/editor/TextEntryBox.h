@@ -31,10 +31,8 @@ protected:
     void focusOutEvent(QFocusEvent* event) override;
 
 private:
-    void TakeComposition();
     void GrowWithText();
 
     QFont m_textFont;
-    QString m_composing;
     QSize m_leastSize;
 };

@@ -5,8 +5,8 @@
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "findings/UpDownArrows.h"
+#include "records/ValueCombo.h"
 
-#include <QComboBox>
 #include <QIntValidator>
 #include <QLabel>
 #include <QLineEdit>
@@ -59,10 +59,7 @@ QLineEdit* MakeBox(QWidget* parent, const BoxPlace& place)
 /// A list whose text can be one that it doesn't hold.
 QComboBox* MakeList(QWidget* parent, const QString& name, const QString& label, const QRect& place)
 {
-    auto* list = Named(new QComboBox(parent), name, label, place);
-    list->setEditable(true);
-    list->setInsertPolicy(QComboBox::NoInsert);
-    return list;
+    return Named(new ValueCombo(parent), name, label, place);
 }
 
 constexpr int SlotLeft[] = {120, 1560};

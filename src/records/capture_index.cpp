@@ -44,6 +44,7 @@ int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QStr
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
 
     int result = 0;
+    int placed = 0;
     for (int at = 0; at < numbers.size(); ++at) {
         const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
         if (!picture)
@@ -51,9 +52,7 @@ int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QStr
         result = numbers[at];
         if (!PictureExists(paths[at]))
             continue;
-        int row = 0;
-        int column = 0;
-        NextGridSlot(result, row, column, gridNumber, grid);
+        const auto [row, column] = PlaceAfter(placed++, gridNumber);
         PlacePicture(grid, row, column, *picture, result);
         if (!keepCursor)
             grid.SetActiveCell(1, row);

@@ -5,9 +5,23 @@
 #include "contracts/pictures.h"
 #include "records/text/text_routines.h"
 
+#include <algorithm>
+
 namespace {
 /// A picture takes far less; a file on a share that hangs must not hold the fill for good.
 constexpr int DecodeWaitMs = 30000;
+
+/// The last row in which a number stands, 0 when none does; a box ticked below it is no picture.
+int LastNumberRow(fpSpread& grid, const QList<int>& columns)
+{
+    const auto isEmpty = [&](int row) {
+        return std::ranges::all_of(columns, [&](int column) { return CellText(grid, column, row).isEmpty(); });
+    };
+    int row = grid.DataRowCnt();
+    while (row > 0 && isEmpty(row))
+        --row;
+    return row;
+}
 } // namespace
 
 QList<int> PictureColumns(int gridNumber)
@@ -52,7 +66,7 @@ void ClearPictureGrid(fpSpread& grid, int gridNumber)
 void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, fpSpread& grid)
 {
     const QList<int> columns = PictureColumns(gridNumber);
-    const int last = grid.DataRowCnt();
+    const int last = LastNumberRow(grid, columns);
     if (last == 0) {
         row = 1;
         column = columns.first();
@@ -67,6 +81,13 @@ void NextGridSlot(int /*pictureNumber*/, int& row, int& column, int gridNumber, 
     }
     row = last + 1;
     column = columns.first();
+}
+
+PicturePlace PlaceAfter(int pictures, int gridNumber)
+{
+    const QList<int> columns = PictureColumns(gridNumber);
+    const int across = static_cast<int>(columns.size());
+    return {2 * (pictures / across) + 1, columns[pictures % across]};
 }
 
 std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at)

@@ -30,6 +30,15 @@ void ClearPictureGrid(fpSpread& grid, int gridNumber);
 /// part.
 void NextGridSlot(int pictureNumber, int& row, int& column, int gridNumber, fpSpread& grid);
 
+struct PicturePlace
+{
+    int row = 0;
+    int column = 0;
+};
+/// Place of the picture that comes after so many others. A fill counts for itself: while it serves events the operator
+/// may tick a box in a row that it hasn't come to.
+PicturePlace PlaceAfter(int pictures, int gridNumber);
+
 /// Serves events until that picture of a grid's fill is decoded. Nothing when the fill has ended meanwhile, because the
 /// grid is gone or a newer one has begun; a null picture when it can't be read or takes too long.
 std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at);

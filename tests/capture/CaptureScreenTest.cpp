@@ -8,8 +8,10 @@
 #include "records/picture_grid.h"
 #include "support/StationInABox.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
@@ -121,6 +123,28 @@ private Q_SLOTS:
         for (const QString& silent : {u"설정"_s, u"기타"_s})
             Press(silent);
         QVERIFY(m_box->Desk().shown.isEmpty());
+    }
+
+    void TheStartFollowsADialogThatFails_data()
+    {
+        QTest::addColumn<bool>("hasDevice");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("no device") << false << u"캡쳐 장치를 찾을수 없습니다.!!"_s;
+        QTest::newRow("the dialog alone fails") << true << u"장치를 열 수 없습니다.!!"_s;
+    }
+
+    void TheStartFollowsADialogThatFails()
+    {
+        QFETCH(bool, hasDevice);
+        QFETCH(QString, said);
+        Open();
+        FakeVideoCap& video = *FakeVideoCap::Last();
+        if (!hasDevice)
+            video.devices.clear();
+        video.dialogFault = u"장치를 열 수 없습니다.!!"_s;
+        Choose(u"기타설정1"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{said});
+        QCOMPARE(video.live, hasDevice);
     }
 
     void FiftyStillsAndNoMore()
@@ -282,6 +306,27 @@ private Q_SLOTS:
         QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 2);
     }
 
+    void TheListOfSectionsGoesByTheSectionItShows()
+    {
+        ClientSetup.EtcList = u"위내시경,대장내시경,기관지경"_s;
+        VisitContext.Etc = Colon;
+        frmCapture& screen = Open();
+        QVERIFY(QTest::qWaitForWindowActive(&screen));
+        screen.txtCapChamgo().setPlainText(u"용종"_s);
+        screen.cmbEtc().setFocus();
+        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Return);
+        screen.txtCapChamgo().setFocus();
+        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"용종"_s);
+
+        QTest::mousePress(screen.cmbEtc().lineEdit(), Qt::LeftButton);
+        QTest::mouseRelease(screen.cmbEtc().view()->window(), Qt::LeftButton, {}, {10, -10});
+        QVERIFY(screen.cmbEtc().view()->isVisible());
+        QCOMPARE(screen.cmbEtc().view()->currentIndex().data().toString(), Colon);
+        screen.cmbEtc().hidePopup();
+        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Down);
+        QCOMPARE(VisitContext.Etc, u"기관지경"_s);
+    }
+
     void HistoryLines()
     {
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
@@ -298,6 +343,41 @@ private Q_SLOTS:
         QCOMPARE(date->text(), u"2025-03-01"_s);
         DoubleClick(3, 1, 400);
         QCOMPARE(date->text() + section->text(), QString());
+    }
+
+    void AClickDuringAFillOfTheHistory_data()
+    {
+        QTest::addColumn<bool>("belowTheList");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("a tick in an empty row") << false << u"001 002 003 004 005 006 007 008"_s;
+        QTest::newRow("a double click below the list") << true << QString();
+    }
+
+    void AClickDuringAFillOfTheHistory()
+    {
+        QFETCH(bool, belowTheList);
+        for (int number = 1; number <= 8; ++number)
+            m_box->AddPicture(u"20250301"_s, Colon, number, u"정상"_s);
+        frmCapture& screen = Open();
+        fpSpread& pictures = screen.sprCap(2);
+        QTimer::singleShot(0, this, [&] {
+            if (belowTheList) {
+                DoubleClick(3, 1, 400);
+                return;
+            }
+            pictures.setRow(9);
+            pictures.setCol(1);
+            pictures.setValue(u"1"_s);
+        });
+        DoubleClick(3, 1, 1);
+        QStringList numbers;
+        for (int row = 2; row <= pictures.DataRowCnt(); row += 2) {
+            for (const int column : PictureColumns(2))
+                numbers << CellText(pictures, column, row);
+        }
+        numbers.removeAll(QString());
+        QTEST(numbers.join(u' '), "shown");
+        QCOMPARE(screen.txtCapChamgo().toPlainText(), belowTheList ? QString() : u"정상"_s);
     }
 
     void ContextMenuOnFilledPicturesOnly_data()

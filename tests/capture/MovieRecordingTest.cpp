@@ -43,7 +43,9 @@ private Q_SLOTS:
             Q_EMIT m_video->OnFrame(frames, 0);
         QCOMPARE(Text(u"lblMovieStatus"_s), u"2500 Frame Processed"_s);
         QCOMPARE(m_video->movies, QStringList{Movie(1)});
-        Q_EMIT m_video->OnFrame(2501, 0);
+        AskInsideAFrameEvent([this] { Q_EMIT m_video->OnFrame(2501, 0); });
+        Q_EMIT m_video->OnFrame(2500, 0);
+        QCOMPARE(m_video->movies, (QStringList{Movie(1), Movie(2)}));
         Q_EMIT m_video->OnFrame(1, 0);
         Q_EMIT m_video->OnFrame(2502, 0);
         const QStringList three = {Movie(1), Movie(2), Movie(3)};
@@ -94,6 +96,16 @@ private Q_SLOTS:
         QVERIFY(!m_video->CaptureMode());
         QCOMPARE(Text(u"lblMovie"_s), QString());
         QCOMPARE(Files().ReadFile(Movie(1)), QByteArray("old"));
+    }
+
+    void AShareThatWentAwayGetsNoFolders()
+    {
+        Connect();
+        Files().RenameFile(VisitContext.CaptureDir, m_box->Root() + u"gone"_s);
+        Choose(u"동영상저장시작"_s);
+        QVERIFY2(m_box->Desk().shown.value(0).startsWith(u"캡쳐 디렉토리가 없습니다.!!"_s),
+                 qPrintable(m_box->Desk().shown.value(0)));
+        QVERIFY(!FolderExists(VisitContext.CaptureDir) && !m_video->CaptureMode());
     }
 
     void AFaultLeavesNoRecordingBehind_data()
@@ -198,6 +210,17 @@ private Q_SLOTS:
             QCOMPARE(test.m_box->Names(u"2026"_s, u"위내시경"_s).size(), 3);
         });
         row("a clock set back by an hour", [](MovieRecordingTest&) { WallClock::SetBack(3600); });
+        row("a question opened inside a frame event", [](MovieRecordingTest& test) {
+            bool wentOn = false;
+            test.AskInsideAFrameEvent([&] {
+                const int before = test.FramesTold();
+                wentOn = QTest::qWaitFor([&] { return test.FramesTold() > before + 20; });
+            });
+            QTRY_VERIFY(test.m_box->Desk().whilePumped == nullptr);
+            QVERIFY(wentOn);
+            test.m_box->Desk().whileShown = nullptr;
+            test.m_box->Desk().shown.clear();
+        });
         row("the close of the screen", [](MovieRecordingTest& test) { test.m_screen->close(); });
     }
 
@@ -238,6 +261,12 @@ private:
         m_screen->Show();
         DeviceSettings.Devices = m_screen->capCapture().Devices().Count() - 1;
         DeviceSettings.Sizes = 2;
+    }
+    /// The next frame event meets a click that opens a question, under which `work` runs.
+    void AskInsideAFrameEvent(const std::function<void()>& work)
+    {
+        m_box->Desk().whileShown = work;
+        m_box->Desk().whilePumped = [this] { m_screen->findChild<QToolButton*>(u"삭제"_s)->click(); };
     }
     int FramesTold() const { return Text(u"lblMovieStatus"_s).section(u' ', 0, 0).toInt(); }
     void Connect() { m_screen->findChild<QToolButton*>(u"연결"_s)->click(); }

@@ -19,6 +19,10 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -202,6 +206,32 @@ private Q_SLOTS:
         QTest::keyClick(list.findChild<QTableView*>(), Qt::Key_Delete);
         QCOMPARE(m_box->Desk().shown.size(), 2);
         QVERIFY(FileExists(m_box->Root() + u"kept.jpg"_s));
+    }
+
+    void NamesOfAllKinds()
+    {
+        const QByteArray longest = QString(83, u'가').toUtf8() + "x.jpg"; // 255 bytes
+        for (const QByteArray& name : {longest, QByteArray("a\\b.jpg"), QByteArray("\xb0\xa1.jpg")})
+            std::ofstream((stagingFolder.toUtf8() + name).toStdString()) << "x";
+        std::filesystem::create_directory((stagingFolder.toUtf8() + "c\\d").toStdString());
+        frmCapCDWrite& screen = *OpenByMenu();
+        fpSpread& list = screen.sprCDDrive();
+        QCOMPARE(list.DataRowCnt(), 4);
+        Press(screen, u"cmdStart"_s);
+        const auto windows = QApplication::topLevelWidgets();
+        const auto* said =
+            (*std::ranges::find(windows, u"burnWindow"_s, &QWidget::objectName))->findChild<QLabel*>(u"lblStage"_s);
+        QVERIFY2(said->text().contains(u"c\\d\n\xfffd"_s), qPrintable(said->text()));
+        QVERIFY(!QFile::exists(m_data->path() + u"/cd.iso"_s));
+
+        m_box->Desk().answers = {true};
+        for (int rows = 4; rows > 0; --rows) {
+            list.SetActiveCell(1, 1);
+            Press(screen, u"cmdDelFile"_s);
+            QCOMPARE(list.DataRowCnt(), rows - 1);
+        }
+        QVERIFY(std::filesystem::is_empty(stagingFolder.toStdString()));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
     }
 
     void PicturesOfTwoVisits()

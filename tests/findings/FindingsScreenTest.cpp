@@ -84,6 +84,32 @@ private Q_SLOTS:
         QCOMPARE(FindingsInABox::TextOf(u"txtHospital"_s), u"나래의원"_s);
     }
 
+    void KeysStepFromTheValueShown_data()
+    {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<Qt::Key>("key");
+        QTest::addColumn<QString>("value");
+        QTest::newRow("month") << u"cmbPmm"_s << QString() << Qt::Key_Down << u"12"_s;
+        QTest::newRow("day, typed") << u"cmbPdd"_s << u"7"_s << Qt::Key_Down << u"08"_s;
+        QTest::newRow("doctor") << u"cmbJinchal"_s << QString() << Qt::Key_Up << u"11 나누리"_s;
+    }
+
+    void KeysStepFromTheValueShown()
+    {
+        QFETCH(QString, list);
+        QFETCH(QString, typed);
+        QFETCH(Qt::Key, key);
+        VisitContext.Jinchal = u"12"_s;
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        auto& shown = *m_box->Open().findChild<QComboBox*>(list);
+        if (!typed.isEmpty())
+            shown.setEditText(typed);
+        QTest::keyClick(&shown, key);
+        QTEST(shown.currentText(), "value");
+        QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), list == u"cmbJinchal" ? u"나누리"_s : u"다온유"_s);
+    }
+
     void ClearedAfterEachCommand_data()
     {
         QTest::addColumn<QString>("button");

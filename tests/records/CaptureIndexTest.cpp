@@ -88,6 +88,14 @@ private Q_SLOTS:
         NextGridSlot(0, row, column, gridNumber, *grid);
         QTEST(column, "nextColumn");
         QTEST(row, "nextRow");
+        // A box ticked further down is no picture.
+        grid->setRow(15);
+        grid->setCol(1);
+        grid->setCellType(CellTypeCheckBox);
+        grid->setValue(u"1"_s);
+        NextGridSlot(0, row, column, gridNumber, *grid);
+        QTEST(column, "nextColumn");
+        QTEST(row, "nextRow");
     }
 
     void AMissingFileTakesNoPlaceButItsNumberCounts()

@@ -37,7 +37,12 @@ public:
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override { return m_real->Entries(folder); }
     void MakePrivateFolder(const QString& path) override;
-    void DeleteFolder(const QString& path) override { m_real->DeleteFolder(path); }
+    void DeleteEntry(const QString& folder, const QString& name) override { m_real->DeleteEntry(folder, name); }
+    QString PartialPath(const QString& folder) const override { return m_real->PartialPath(folder); }
+    bool PlaceNewFile(const QString& partial, const QString& path) override
+    {
+        return m_real->PlaceNewFile(partial, path);
+    }
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
     bool SameContent(const QString& one, const QString& other) const override
     {

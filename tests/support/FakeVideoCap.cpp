@@ -106,6 +106,13 @@ void FakeVideoCap::SnapShotJPEG(const QString& path, int quality)
     WriteWholeFile(path, frame->EncodeJPEG(quality));
 }
 
+void FakeVideoCap::ShowDialog(const QString& call)
+{
+    if (!dialogFault.isEmpty())
+        throw PlatformError(dialogFault);
+    calls << call;
+}
+
 int FakeVideoCap::FrameNumber(const QString& path)
 {
     QImageReader reader(NativePath(path));

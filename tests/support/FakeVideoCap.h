@@ -12,9 +12,10 @@ public:
     bool live = false; ///< A frame can be had.
     int frames = 0;    ///< Number of the last frame that was handed out.
     QSize frameSize{320, 240};
-    bool room = true;   ///< The disk has room for a movie.
-    QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
-    QStringList calls;  ///< Members called that change the device's state, in order.
+    QString dialogFault; ///< What its dialogs throw.
+    bool room = true;    ///< The disk has room for a movie.
+    QStringList movies;  ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
+    QStringList calls;   ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
     static void Register();
@@ -44,13 +45,15 @@ public:
     void setKeepMovieFormat(bool) override {}
     void SnapShotJPEG(const QString& path, int quality) override;
     std::shared_ptr<const StillFrame> HoldFrame() override;
-    void ShowDriverDialog1(int) override { calls << QStringLiteral("Dialog1"); }
-    void ShowDriverDialog2(int) override { calls << QStringLiteral("Dialog2"); }
+    void ShowDriverDialog1(int) override { ShowDialog(QStringLiteral("Dialog1")); }
+    void ShowDriverDialog2(int) override { ShowDialog(QStringLiteral("Dialog2")); }
 
     /// Number of the frame that a stored still holds.
     static int FrameNumber(const QString& path);
 
 private:
+    void ShowDialog(const QString& call);
+
     bool m_captureMode = false;
     QString m_movie;
 };

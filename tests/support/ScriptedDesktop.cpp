@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QTest>
 
+#include <utility>
+
 ScriptedDesktop& ScriptedDesktop::Install()
 {
     auto desktop = std::make_unique<ScriptedDesktop>();
@@ -42,6 +44,8 @@ std::optional<QString> ScriptedDesktop::ShowOpenDialog(const QString& /*folder*/
 
 void ScriptedDesktop::PumpEvents()
 {
+    if (const auto event = std::exchange(whilePumped, nullptr))
+        event();
     QCoreApplication::processEvents();
 }
 

@@ -15,6 +15,7 @@ public:
     std::deque<bool> answers;                 ///< For the questions to come; No when none is left.
     std::deque<std::optional<QString>> files; ///< Files chosen in the open dialogs to come; a cancel when none is left.
     std::function<void()> whileShown;         ///< Runs while a box stands open.
+    std::function<void()> whilePumped;        ///< Runs once, inside the next pump.
     QString filter;                           ///< Of the open dialog that was shown last.
     QString command;
     QString folder; ///< The program's own folder; a temporary one when empty.

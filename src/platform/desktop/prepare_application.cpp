@@ -2,6 +2,7 @@
 
 #include "contracts/composition.h"
 #include "platform/desktop/look.h"
+#include "platform/desktop/WheelFilter.h"
 
 #include <QApplication>
 #include <QFont>
@@ -28,4 +29,5 @@ void PrepareApplication()
 
     ApplyLook(*qApp);
     FollowComposition();
+    qApp->installEventFilter(new WheelFilter(qApp));
 }

@@ -2,39 +2,19 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "platform/disc/xorriso_reasons.h"
 #include "platform/disc/XorrisoRun.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
-
-#include <cerrno>
-#include <csignal>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// No list of the station's files shows a name that begins so.
-constexpr char16_t PartialPrefix[] = u".station-burn-";
-constexpr char16_t PartialEnding[] = u".part";
-
 QString FolderOf(const QString& path)
 {
     return QFileInfo(NativePath(path)).absolutePath() + u'/';
-}
-
-/// Images that a crash of this station, or of the machine, left half done.
-void RemoveLeftovers(const QString& folder)
-{
-    const QString prefix = QString::fromUtf16(PartialPrefix);
-    const QStringList names = Files().FilesStartingWith(folder, prefix);
-    for (const QString& name : names) {
-        bool isNumber = false;
-        const int process = name.mid(prefix.size()).section(u'.', 0, 0).toInt(&isNumber);
-        if (isNumber && process > 0 && kill(process, 0) != 0 && errno == ESRCH)
-            DeleteFile(folder + name);
-    }
 }
 
 /// What xorriso tells of a drive's medium: profile, state, blocks, and the room left.
@@ -50,6 +30,12 @@ DiscMedium MediumFromReport(const QString& profile, const QString& status, const
     const qint64 sectors = medium.holdsData ? overall.match(blocks).captured(1).toLongLong()
                                             : QString(space).remove(u's').trimmed().toLongLong();
     medium.freeBytes = medium.writable ? sectors * SectorBytes : 0;
+    if (status.contains(u"is not present"_s))
+        medium.reason = QString::fromUtf16(NoDiscText);
+    else if (medium.holdsData)
+        medium.reason = QString::fromUtf16(NotBlankText);
+    else
+        medium.reason = QString::fromUtf16(UnsuitableText);
     return medium;
 }
 
@@ -62,11 +48,15 @@ DiscMedium DiscTarget::Medium() const
         DiscMedium medium;
         medium.writable = FolderExists(folder) && QFileInfo(NativePath(folder)).isWritable();
         medium.freeBytes = Files().FreeBytes(folder);
+        medium.reason = u"이미지를 저장할 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(NativePath(folder));
         return medium;
     }
     XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s});
-    if (!run.Await())
-        return {};
+    if (!run.Await()) {
+        DiscMedium none;
+        none.reason = run.Reason();
+        return none;
+    }
     return MediumFromReport(run.Told(u"Media current"_s), run.Told(u"Media status"_s), run.Told(u"Media blocks"_s),
                             run.Told(u"Media space"_s));
 }
@@ -75,11 +65,8 @@ QString DiscTarget::Begin()
 {
     if (m_isImage) {
         const QString folder = FolderOf(m_path);
-        RemoveLeftovers(folder);
-        m_partial = folder + QString::fromUtf16(PartialPrefix) + QString::number(QCoreApplication::applicationPid()) +
-                    QString::fromUtf16(PartialEnding);
-        // One that is there would be taken for a medium with content.
-        DeleteFile(m_partial);
+        Files().RemoveLeftovers(folder);
+        m_partial = Files().PartialPath(folder);
     }
     return Address();
 }
@@ -99,10 +86,10 @@ QString DiscTarget::Keep()
     for (int number = 1;; ++number) {
         const QString name = image.completeBaseName() + (number > 1 ? u"-%1"_s.arg(number) : QString()) + ending;
         const QString path = folder + name;
-        if (!Files().CreateExclusively(path, {}) && (FolderExists(path) || QFileInfo(NativePath(path)).size() > 0))
+        if (Files().KindOf(path) == FileKind::File && QFileInfo(NativePath(path)).size() == 0)
+            DeleteFile(path);
+        if (!Files().PlaceNewFile(m_partial, path))
             continue;
-        // The empty file keeps the name until the image takes its place.
-        Files().RenameFile(m_partial, path);
         m_partial.clear();
         return path;
     }

@@ -9,6 +9,7 @@ struct DiscMedium
     bool holdsData = false; ///< It has to be blanked first.
     bool once = false;      ///< A write that is broken off spoils it.
     qint64 freeBytes = 0;   ///< After blanking, where that is needed.
+    QString reason;         ///< Why it can't be written to, for the operator.
 };
 
 /// What is written to: a drive of the machine, or an image file in the place of one. An image appears under its name

@@ -105,6 +105,7 @@ QString DiscWriter::BurnArea() const
     const QString path =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/capture-station/cd/"_s;
     Files().MakePrivateFolder(path);
+    Files().RemoveLeftovers(path);
     return path;
 }
 
@@ -137,6 +138,9 @@ void DiscWriter::Prepare()
         throw PlatformError(u"CD드라이브가 없습니다.!!"_s);
     m_target = DiscTarget(drives.first().Path, !m_image.isEmpty());
     m_staged = ListStagedFiles(BurnArea());
+    if (!m_staged.unreadable.isEmpty())
+        throw PlatformError(u"CD에 쓸 수 없는 이름이 있습니다.!! 목록에서 삭제하거나 이름을 바꾸십시오.\n"_s +
+                            NameList(m_staged.unreadable));
     if (m_staged.files.isEmpty())
         throw PlatformError(u"CD에 저장할 파일이 없습니다.!!"_s);
     m_stagedBytes = 0;
@@ -146,7 +150,7 @@ void DiscWriter::Prepare()
     Window().ShowStage(u"CD를 살펴보는 중입니다..."_s, false);
     const DiscMedium medium = m_target.Medium();
     if (!medium.writable)
-        throw PlatformError(u"CD에 쓸 수 없습니다.!!"_s);
+        throw PlatformError(u"CD에 쓸 수 없습니다.!!\n"_s + medium.reason);
     const qint64 needed = m_staged.DiscBytes();
     if (needed > medium.freeBytes)
         throw PlatformError(u"CD의 남은 공간이 부족합니다.!!\n필요한 공간 %1, 남은 공간 %2"_s.arg(
@@ -213,7 +217,7 @@ void DiscWriter::EndWriting()
     if (!changed.isEmpty())
         throw PlatformError(u"CD에 쓰는 동안 바뀌거나 없어진 파일이 있습니다.!!\n"_s + NameList(changed));
     if (!run.Succeeded())
-        throw PlatformError(u"CD에 쓰지 못했습니다.!!\n"_s + NameList(run.Faults()));
+        throw PlatformError(u"CD에 쓰지 못했습니다.!!\n"_s + run.Reason());
     if (m_target.IsImage())
         Check();
     else
@@ -252,9 +256,10 @@ void DiscWriter::EndChecking()
         if (line.startsWith(u"MD5 MISMATCH: "_s))
             bad << line.section(u'\'', 1, -2);
     }
-    if (bad.isEmpty() &&
-        !(run.Succeeded() && run.Results().contains(u"File contents and their MD5 checksums match."_s)))
-        throw PlatformError(u"CD에 쓴 내용을 확인하지 못했습니다.!!\n"_s + NameList(run.Faults()));
+    if (bad.isEmpty() && !run.Succeeded())
+        throw PlatformError(u"CD에 쓴 내용을 확인하지 못했습니다.!!\n"_s + run.Reason());
+    if (bad.isEmpty() && !run.Results().contains(u"File contents and their MD5 checksums match."_s))
+        throw PlatformError(u"CD에 쓴 내용을 확인하지 못했습니다.!!"_s);
     bad += Differences(m_staged.OnDisc(), FilesOfListing(run.Results()));
     bad.removeDuplicates();
     if (!bad.isEmpty())

@@ -1,5 +1,7 @@
 #include "platform/disc/XorrisoRun.h"
 
+#include "platform/disc/xorriso_reasons.h"
+
 #include <QEventLoop>
 #include <QFile>
 #include <QRegularExpression>
@@ -43,7 +45,7 @@ XorrisoRun::XorrisoRun(const QStringList& commands, QObject* parent) : QObject(p
     m_silence.setSingleShot(true);
     m_silence.setInterval(LongestSilenceMs);
     connect(&m_silence, &QTimer::timeout, this, [this] {
-        m_faults << u"xorriso: no answer from the drive"_s;
+        m_ownFault = u"CD드라이브가 응답하지 않습니다.!!"_s;
         m_process->kill();
         End(false);
     });
@@ -51,14 +53,14 @@ XorrisoRun::XorrisoRun(const QStringList& commands, QObject* parent) : QObject(p
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart)
             return;
-        m_faults << m_process->errorString();
+        m_ownFault = u"xorriso를 실행할 수 없습니다.!!\n(%1)"_s.arg(m_process->errorString());
         End(false);
     });
     connect(m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
         ReadNotes();
         m_results = QString::fromUtf8(m_process->readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
         if (status != QProcess::NormalExit)
-            m_faults << u"xorriso: ended from outside"_s;
+            m_ownFault = u"xorriso가 도중에 끝났습니다.!!"_s;
         End(status == QProcess::NormalExit && code == 0);
     });
 }
@@ -95,6 +97,11 @@ bool XorrisoRun::Await()
     return m_succeeded;
 }
 
+QString XorrisoRun::Reason() const
+{
+    return m_ownFault.isEmpty() ? KoreanReason(m_faults) : m_ownFault;
+}
+
 QString XorrisoRun::Told(const QString& label) const
 {
     for (const QStringList* lines : {&m_notes, &m_results}) {
@@ -129,15 +136,15 @@ void XorrisoRun::ReadNotes()
 void XorrisoRun::TakeNote(const QString& line)
 {
     static const QRegularExpression progress(uR"(Writing:\s+(\d+)s\s+([\d.]+)%)"_s);
-    static const QRegularExpression fault(uR"(^\w+ ?: (SORRY|MISHAP|FAILURE|FATAL|ABORT) : (.*))"_s);
+    static const QRegularExpression fault(uR"(^\w+ ?: (SORRY|MISHAP|FAILURE|FATAL|ABORT) : )"_s);
     if (const QRegularExpressionMatch match = progress.match(line); match.hasMatch()) {
         Q_EMIT Written(match.captured(1).toLongLong() * SectorBytes, match.captured(2).toDouble() / 100);
         return;
     }
     if (line.contains(u"patient"_s) || line.contains(u"Closing"_s))
         Q_EMIT Closing();
-    if (const QRegularExpressionMatch match = fault.match(line); match.hasMatch())
-        m_faults << match.captured(2);
+    if (line.contains(fault))
+        m_faults << line;
     if (!line.contains(u" UPDATE : "_s))
         m_notes << line;
 }

@@ -29,8 +29,8 @@ public:
 
     /// True when the program ended by itself and told of nothing that went wrong.
     bool Succeeded() const { return m_succeeded; }
-    /// What the program told of what went wrong, in its own words.
-    const QStringList& Faults() const { return m_faults; }
+    /// What went wrong, for the operator.
+    QString Reason() const;
     /// Lines of the result channel.
     const QStringList& Results() const { return m_results; }
     /// Value of a line such as "Media status : is blank", of either channel; empty when there was none.
@@ -57,7 +57,8 @@ private:
     QTimer m_silence;
     QByteArray m_noteBytes;
     QStringList m_notes;
-    QStringList m_faults;
+    QStringList m_faults; ///< What the program told of what went wrong, in its own words.
+    QString m_ownFault;   ///< What went wrong with the program itself.
     QStringList m_results;
     bool m_succeeded = false;
     bool m_ended = false;

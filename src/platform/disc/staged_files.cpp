@@ -13,6 +13,8 @@ namespace {
 
 /// Tables, padding and the record of checksums of a volume.
 constexpr qint64 VolumeBytes = 1024 * 1024;
+/// Of a name, in the file system and on a disc.
+constexpr qsizetype LongestNameBytes = 255;
 
 QString DiscName(const QString& name, QSet<QString>& taken)
 {
@@ -32,6 +34,11 @@ void ListInto(StagedFiles& staged, const QString& root, const QString& below, co
     for (const FolderEntry& entry : Files().Entries(root + below)) {
         if (entry.IsLink)
             continue;
+        // No path leads into a folder with a backslash in its name.
+        if (entry.IsNameBroken || (entry.IsFolder && !IsPathPart(entry.Name))) {
+            staged.unreadable << below + entry.Name;
+            continue;
+        }
         const QString name = DiscName(entry.Name, taken);
         if (name != entry.Name)
             staged.renames.append({discFolder + entry.Name, discFolder + name});
@@ -65,8 +72,11 @@ QString Unquoted(QStringView quoted)
 QString NumberedName(const QString& name, int number)
 {
     const qsizetype point = name.lastIndexOf(u'.');
-    const QString mark = u" (%1)"_s.arg(number);
-    return point > 0 ? name.left(point) + mark + name.mid(point) : name + mark;
+    const QString end = u" (%1)"_s.arg(number) + (point > 0 ? name.mid(point) : QString());
+    QString stem = point > 0 ? name.left(point) : name;
+    while (stem.size() > 1 && (stem + end).toUtf8().size() > LongestNameBytes)
+        stem.chop(stem.back().isLowSurrogate() ? 2 : 1);
+    return stem + end;
 }
 
 qint64 StagedFiles::DiscBytes() const
@@ -116,13 +126,17 @@ QStringList ChangedSince(const QString& folder, const StagedFiles& staged)
 void DeleteStagedFiles(const QString& folder, const StagedFiles& staged)
 {
     const QStringList changed = ChangedSince(folder, staged);
+    const auto deleteBelow = [&folder](const QString& path) {
+        const qsizetype name = path.lastIndexOf(u'/') + 1;
+        Files().DeleteEntry(folder + path.left(name), path.mid(name));
+    };
     for (const StagedFile& file : staged.files) {
         if (!changed.contains(file.path))
-            DeleteFile(folder + file.path);
+            deleteBelow(file.path);
     }
     for (auto below = staged.folders.crbegin(); below != staged.folders.crend(); ++below) {
         if (FolderExists(folder + *below) && Files().Entries(folder + *below).isEmpty())
-            Files().DeleteFolder(folder + *below);
+            deleteBelow(*below);
     }
 }
 

@@ -25,6 +25,7 @@ struct StagedFiles
     QList<StagedFile> files;
     QStringList folders; ///< Each after the one that holds it.
     QList<DiscRename> renames;
+    QStringList unreadable; ///< Files and folders whose names can't stand on a disc as they are.
 
     /// What they take on a disc: whole sectors, folder records, and the volume's own tables.
     qint64 DiscBytes() const;
@@ -45,5 +46,6 @@ void DeleteStagedFiles(const QString& folder, const StagedFiles& staged);
 /// Lines of a long listing of regular files, as xorriso writes them: path and size. Other lines are passed over.
 QHash<QString, qint64> FilesOfListing(const QStringList& lines);
 
-/// A name with a number before its extension: "a.jpg" and 2 are "a (2).jpg".
+/// A name with a number before its extension: "a.jpg" and 2 are "a (2).jpg". What becomes too long loses the end of
+/// its stem.
 QString NumberedName(const QString& name, int number);

@@ -30,40 +30,51 @@ QByteArray WithoutSlash(QByteArray native)
     return native;
 }
 
-/// Writes a partial file beside the target, whole and synced, and lets `place` bring it under its name. On a fault
-/// nothing is left of it. False when the name is taken.
-template <class Place>
-bool PutInPlace(const QString& path, const QByteArray& content, mode_t mode, Place place)
+/// The file stands under its name, whatever comes: makes that durable, and tells of a fault on the way.
+void Settle(const QString& path, int later)
 {
-    const QString fault = u"파일을 저장할 수 없습니다.!!"_s;
-    const QByteArray target = Native(path);
-    const QByteArray folder = FolderOf(target);
-    const QByteArray partial = BesideName(folder, ".part");
-
-    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL, mode);
-    if (!file.IsOpen())
-        ThrowFault(fault, path, errno);
-    if (mode != PrivateMode)
-        ShareFile(file.Handle(), folder);
-    int later = 0;
-    const bool whole = file.Write(content) && file.Sync() && file.Close();
-    const Placed placed = whole ? place(partial, target, later) : Placed::No;
-    if (placed != Placed::Yes) {
-        const int error = errno;
-        calls.unlink(partial.constData());
-        if (placed == Placed::No)
-            ThrowFault(fault, path, error);
-        return false;
-    }
-    // From here on the file stands under its name, whatever comes.
-    if (!SyncFolder(folder))
+    if (!SyncFolder(FolderOf(Native(path))))
         later = errno;
     if (later != 0) {
         throw StoredWithFault(
             u"파일은 저장하였으나 저장장치에서 오류가 발생하였습니다.!! 관리자에게 알리세요.!! (%1: %2)"_s.arg(
                 NativePath(path), QString::fromLocal8Bit(std::strerror(later))));
     }
+}
+
+/// Lets `place` bring a whole, synced file under its name. On a fault nothing is left of it. False when the name is
+/// taken.
+template <class PlaceCall>
+bool Place(const QString& path, const QByteArray& partial, bool whole, PlaceCall place)
+{
+    const QByteArray target = Native(path);
+    int later = 0;
+    const Placed placed = whole ? place(partial, target, later) : Placed::No;
+    if (placed != Placed::Yes) {
+        const int error = errno;
+        calls.unlink(partial.constData());
+        if (placed == Placed::No)
+            ThrowFault(u"파일을 저장할 수 없습니다.!!"_s, path, error);
+        return false;
+    }
+    Settle(path, later);
     return true;
+}
+
+/// The same for content that has to be written first.
+template <class PlaceCall>
+bool PutInPlace(const QString& path, const QByteArray& content, mode_t mode, PlaceCall place)
+{
+    const QByteArray folder = FolderOf(Native(path));
+    const QByteArray partial = BesideName(folder, ".part");
+
+    Descriptor file(partial, O_WRONLY | O_CREAT | O_EXCL, mode);
+    if (!file.IsOpen())
+        ThrowFault(u"파일을 저장할 수 없습니다.!!"_s, path, errno);
+    if (mode != PrivateMode)
+        ShareFile(file.Handle(), folder);
+    const bool whole = file.Write(content) && file.Sync() && file.Close();
+    return Place(path, partial, whole, place);
 }
 
 Placed Replace(const QByteArray& partial, const QByteArray& target, int& /*later*/)
@@ -190,6 +201,19 @@ void LocalFiles::WritePrivateFile(const QString& path, const QByteArray& content
 bool LocalFiles::WriteNewFile(const QString& path, const QByteArray& content)
 {
     return PutInPlace(path, content, SharedMode, PlaceNew);
+}
+
+bool LocalFiles::PlaceNewFile(const QString& partial, const QString& path)
+{
+    const QByteArray native = Native(partial);
+    const Descriptor file(native, O_RDONLY | O_NOFOLLOW);
+    int later = 0;
+    const Placed placed = file.IsOpen() && file.Sync() ? PlaceNew(native, Native(path), later) : Placed::No;
+    if (placed == Placed::No)
+        ThrowFault(u"파일을 저장할 수 없습니다.!!"_s, path, errno);
+    if (placed == Placed::Yes)
+        Settle(path, later);
+    return placed == Placed::Yes;
 }
 
 bool LocalFiles::CreateExclusively(const QString& path, const QByteArray& content)

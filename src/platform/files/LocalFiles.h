@@ -24,7 +24,9 @@ public:
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override;
     void MakePrivateFolder(const QString& path) override;
-    void DeleteFolder(const QString& path) override;
+    void DeleteEntry(const QString& folder, const QString& name) override;
+    QString PartialPath(const QString& folder) const override;
+    bool PlaceNewFile(const QString& partial, const QString& path) override;
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
     bool SameContent(const QString& one, const QString& other) const override;
     qint64 FreeBytes(const QString& folder) const override;

@@ -2,9 +2,7 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
 
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QScopeGuard>
 
 #include <cerrno>
@@ -21,23 +19,6 @@ using namespace posix_files;
 namespace {
 
 constexpr size_t ChunkBytes = 1024 * 1024;
-
-FolderEntry EntryOf(const QFileInfo& facts)
-{
-    FolderEntry entry;
-    entry.Name = facts.fileName();
-    entry.IsLink = facts.isSymLink() || !(facts.isFile() || facts.isDir());
-    entry.IsFolder = facts.isDir() && !entry.IsLink;
-    entry.Size = facts.isFile() && !entry.IsLink ? facts.size() : 0;
-    entry.DateLastModified = entry.IsLink ? QDateTime() : facts.lastModified();
-    if (entry.IsFolder)
-        entry.Type = u"파일 폴더"_s;
-    else if (entry.IsLink)
-        entry.Type = u"바로 가기"_s;
-    else
-        entry.Type = facts.suffix().isEmpty() ? u"파일"_s : facts.suffix().toUpper() + u" 파일"_s;
-    return entry;
-}
 
 /// Copies all bytes and the time of change. False, with errno, on a fault; `stopped` when the progress said so.
 bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress& progress, bool& stopped)
@@ -66,28 +47,6 @@ bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress&
 
 } // namespace
 
-QList<FolderEntry> LocalFiles::Entries(const QString& folder) const
-{
-    const QByteArray native = Native(folder);
-    {
-        const Descriptor handle(native, O_RDONLY | O_DIRECTORY);
-        if (!handle.IsOpen())
-            ThrowFault(u"폴더를 읽을 수 없습니다.!!"_s, folder, errno);
-    }
-    QList<FolderEntry> folders;
-    QList<FolderEntry> files;
-    const QFileInfoList all =
-        QDir(QFile::decodeName(native))
-            .entryInfoList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
-    for (const QFileInfo& facts : all) {
-        if (facts.fileName().startsWith(QLatin1String(PartialPrefix)))
-            continue;
-        const FolderEntry entry = EntryOf(facts);
-        (entry.IsFolder ? folders : files).append(entry);
-    }
-    return folders + files;
-}
-
 void LocalFiles::MakePrivateFolder(const QString& path)
 {
     const QString fault = u"폴더를 만들 수 없습니다.!!"_s;
@@ -106,16 +65,6 @@ void LocalFiles::MakePrivateFolder(const QString& path)
         ThrowFault(fault, path, EPERM);
     if ((facts.st_mode & 0777) != 0700 && chmod(native.constData(), 0700) != 0)
         ThrowFault(fault, path, errno);
-}
-
-void LocalFiles::DeleteFolder(const QString& path)
-{
-    const QByteArray native = Native(path);
-    struct stat facts = {};
-    if (lstat(native.constData(), &facts) != 0 && errno == ENOENT)
-        return;
-    if (!S_ISDIR(facts.st_mode) || !QDir(QFile::decodeName(native)).removeRecursively())
-        ThrowFault(u"폴더를 지울 수 없습니다.!!"_s, path, errno);
 }
 
 CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress)

@@ -151,19 +151,21 @@ void VideoControl::AnswerFrames()
     const std::shared_ptr<FrameExchange> exchange = m_live->session.Frames();
     if (exchange && exchange->HasPicture())
         update();
-    // A handler of the event may serve events itself: what comes meanwhile is told of once it is through, so that
-    // handlers never pile up on each other.
+    // A handler that serves events may be held up by one for as long as a question stands open, and a movie goes on
+    // under it: one further handler runs inside it, but handlers never pile up on each other.
+    constexpr int DeepestTelling = 2;
     const int frames = FrameCount();
-    if (m_live->isTelling || frames == m_live->toldFrames || m_live->session.Present() == LiveSession::State::Idle)
+    if (m_live->telling == DeepestTelling || frames == m_live->toldFrames ||
+        m_live->session.Present() == LiveSession::State::Idle)
         return;
-    m_live->isTelling = true;
+    ++m_live->telling;
     m_live->toldFrames = frames;
     const QPointer<VideoControl> self(this);
     Q_EMIT OnFrame(frames, m_live->session.FrameTimeMs());
     if (!self)
         return;
-    m_live->isTelling = false;
-    if (FrameCount() != frames)
+    --m_live->telling;
+    if (FrameCount() != m_live->toldFrames)
         QMetaObject::invokeMethod(this, &VideoControl::AnswerFrames, Qt::QueuedConnection);
 }
 

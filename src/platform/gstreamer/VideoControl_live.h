@@ -20,7 +20,7 @@ struct VideoControl::Live
     int runningFormat = -1;
     int runningInput = -1;
     int toldFrames = 0; ///< The count of the last frame event.
-    bool isTelling = false;
+    int telling = 0;    ///< Frame events that are being handled, one inside the other.
     StreamChoice choice;
     std::shared_ptr<MovieRecorder> recorder; ///< While a movie is written.
 };

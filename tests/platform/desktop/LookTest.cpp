@@ -5,13 +5,20 @@
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
+#include <QDateEdit>
 #include <QFontInfo>
 #include <QHelpEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QTabBar>
 #include <QTest>
 #include <QToolTip>
+#include <QWheelEvent>
 
 #include <cmath>
 
@@ -62,6 +69,7 @@ private Q_SLOTS:
     void TextsStandOut_data();
     void TextsStandOut();
     void HistoryNoteIsTinted();
+    void TheWheelChoosesNothing();
     void PanelsKeepAndShorten();
     void PanelRemark();
     void EveryKeyHasItsPicture();
@@ -131,6 +139,45 @@ void LookTest::HistoryNoteIsTinted()
         return box.grab().toImage().pixelColor(150, 20);
     };
     QVERIFY(ground(true) != ground(false));
+}
+
+void LookTest::TheWheelChoosesNothing()
+{
+    const auto notch = [](QWidget& under) {
+        const QPointF place = under.rect().center();
+        QWheelEvent event(place, under.mapToGlobal(place), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                          Qt::NoScrollPhase, false);
+        QSpontaneKeyEvent::setSpontaneous(&event);
+        qApp->notify(&under, &event);
+    };
+    QWidget form;
+    QLineEdit text(&form);
+    QComboBox list(&form);
+    QComboBox editable(&form);
+    editable.setEditable(true);
+    QDateEdit date(QDate(2026, 11, 24), &form);
+    QSlider slider(&form);
+    slider.setValue(9);
+    QTabBar tabs(&form);
+    for (int entry = 0; entry < 40; ++entry) {
+        list.addItem(QString::number(entry));
+        editable.addItem(QString::number(entry));
+        tabs.addTab(QString::number(entry));
+    }
+    form.show();
+    text.setFocus();
+    QVERIFY(QTest::qWaitForWindowActive(&form));
+    for (QWidget* under : {static_cast<QWidget*>(&list), static_cast<QWidget*>(editable.lineEdit()),
+                           date.findChild<QWidget*>(), static_cast<QWidget*>(&slider), static_cast<QWidget*>(&tabs)})
+        notch(*under);
+    QCOMPARE(list.currentIndex() + editable.currentIndex() + slider.value() + tabs.currentIndex(), 9);
+    QCOMPARE(date.date(), QDate(2026, 11, 24));
+    QVERIFY(text.hasFocus());
+
+    list.showPopup();
+    notch(*list.view()->viewport());
+    QVERIFY(list.view()->verticalScrollBar()->value() > 0);
+    QCOMPARE(list.currentIndex(), 0);
 }
 
 void LookTest::PanelsKeepAndShorten()

@@ -3,6 +3,7 @@
 
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QSysInfo>
 
 #include <csignal>
 
@@ -83,13 +84,14 @@ private Q_SLOTS:
     {
         m_box->Stage(u"a.jpg"_s, "first");
         WriteWholeFile(m_box->Images() + u"cd.iso"_s, "");
-        WriteWholeFile(m_box->Images() + u".station-burn-999999999.part"_s, "of a crash");
+        QFile named(m_box->staging + u"뒤\\빗금.jpg"_s);
+        QVERIFY(named.open(QIODevice::WriteOnly));
         QVERIFY(DiscInABox::Burn());
         m_box->Stage(u"b.jpg"_s, "second");
         QVERIFY(DiscInABox::Burn());
         QCOMPARE(m_box->ImageNames(), (QStringList{u"cd-2.iso"_s, u"cd.iso"_s}));
-        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false), QStringList{u"/a.jpg"_s});
-        QCOMPARE(m_box->NamesOn(u"cd-2.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s}));
+        QCOMPARE(m_box->NamesOn(u"cd.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/뒤\\빗금.jpg"_s}));
+        QCOMPARE(m_box->NamesOn(u"cd-2.iso"_s, false), (QStringList{u"/a.jpg"_s, u"/b.jpg"_s, u"/뒤\\빗금.jpg"_s}));
         QVERIFY(DiscInABox::Said().contains(u"cd-2.iso"_s));
 
         // What has come or changed since was not written, and stays.
@@ -97,6 +99,26 @@ private Q_SLOTS:
         m_box->Stage(u"c.jpg"_s, "fourth");
         DiscInABox::Press(u"cmdEmpty"_s);
         QCOMPARE(QDir(m_box->staging).entryList(QDir::Files), (QStringList{u"b.jpg"_s, u"c.jpg"_s}));
+    }
+
+    void LeftoversGoByMachineAndProcess()
+    {
+        const QString own = Files().ProcessMark();
+        const auto name = [](const QString& mark) { return u".station-%1-1.part"_s.arg(mark); };
+        const QStringList gone{name(own.section(u'.', 0, 1) + u".999999999.1"_s), name(own + u'0')};
+        const QStringList kept{name(own), name(u"other.boot.999999999.1"_s)};
+        for (const QString& left : gone + kept) {
+            m_box->Stage(left, "half");
+            WriteWholeFile(m_box->Images() + left, "half");
+        }
+        m_box->Stage(u"a.jpg"_s, "a");
+        QVERIFY(DiscInABox::Burn());
+        QVERIFY2(DiscInABox::Said().startsWith(Done), qPrintable(DiscInABox::Said()));
+        QStringList left = m_box->ImageNames();
+        QVERIFY(left.removeOne(u"cd.iso"_s));
+        for (const QStringList& names :
+             {left, QDir(m_box->staging).entryList({u".station-*"_s}, QDir::Hidden | QDir::Files)})
+            QCOMPARE(QSet<QString>(names.begin(), names.end()), QSet<QString>(kept.begin(), kept.end()));
     }
 
     void WhatCanGoWrong_data()
@@ -108,7 +130,19 @@ private Q_SLOTS:
         QTest::newRow("killed") << u"kill -9 $$"_s << QStringList{u"쓰지 못했습니다.!!"_s};
         QTest::newRow("fails at half") << u"%1 && { echo 'xorriso : UPDATE : Writing: 100s 50.0% fifo' >&2; "
                                           "echo 'libburn : FATAL : SCSI error on write' >&2; exit 5; }"_s.arg(writes)
-                                       << QStringList{u"쓰지 못했습니다.!!"_s, u"SCSI error on write"_s};
+                                       << QStringList{u"쓰지 못했습니다.!!"_s,
+                                                      u"다른 CD에 다시 저장하십시오.\n"
+                                                      "(libburn : FATAL : SCSI error on write)"_s};
+        const auto row = [&writes](const char* name, const QString& line, const QString& said) {
+            QTest::newRow(name) << u"%1 && { echo \"%2\" >&2; exit 5; }"_s.arg(writes, line)
+                                << QStringList{u"쓰지 못했습니다.!!\n"_s + said};
+        };
+        row("the disc was taken out", u"libburn : FATAL : SCSI error on write(0,16): [2 3A 01] Medium not present"_s,
+            u"CD드라이브에 CD가 없습니다.!!"_s);
+        row("in use", u"libburn : SORRY : Cannot open busy device '/dev/sr0'"_s,
+            u"다른 프로그램이 CD드라이브를 사용하고 있습니다.!!"_s);
+        row("for a reason never heard of", u"libburn : FATAL : <img src=x> "_s + QString(10000, u'x'),
+            u"xorriso가 오류를 알렸습니다.!!\n(libburn : FATAL : <img src=x> xx"_s);
         QTest::newRow("the image's disk is full")
             << u"trap '' XFSZ; %1 && ulimit -f 200; exec $REAL \"$@\""_s.arg(writes)
             << QStringList{u"쓰지 못했습니다.!!"_s};
@@ -118,7 +152,7 @@ private Q_SLOTS:
             << u"$REAL \"$@\"; code=$?; echo more >> \"$STAGED/b.jpg\"; exit $code"_s
             << QStringList{u"바뀌거나"_s, u"b.jpg"_s};
         QTest::newRow("one byte is another on the disc")
-            << u"$REAL \"$@\" || exit; %1 && printf '\\x55' | dd of=$(echo \"$IMAGES\".station-burn-*) bs=1 "
+            << u"$REAL \"$@\" || exit; %1 && printf '\\x55' | dd of=$(echo \"$IMAGES\".station-*) bs=1 "
                "seek=$((200 * 2048)) conv=notrunc status=none"_s.arg(writes)
             << QStringList{u"원본과 다릅니다.!!"_s, u"/a.jpg"_s};
         QTest::newRow("a file is not on the disc") << u"$REAL \"$@\" | grep -v \"'/b.jpg'\"; exit ${PIPESTATUS[0]}"_s
@@ -140,6 +174,7 @@ private Q_SLOTS:
         QVERIFY(DiscInABox::Burn());
         for (const QString& part : said + QStringList{Kept})
             QVERIFY2(DiscInABox::Said().contains(part), qPrintable(DiscInABox::Said()));
+        QVERIFY(DiscInABox::Said().size() < 500);
         QCOMPARE(m_box->ImageNames(), QStringList{});
         QVERIFY(QFile::exists(m_box->staging + u"a.jpg"_s));
         QVERIFY(!DiscInABox::Window()->findChild<QPushButton*>(u"cmdEmpty"_s)->isVisible());
