@@ -90,7 +90,6 @@ void frmCapture::Form_Unload()
     Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
     m_footSwitch->Close();
     m_capCapture->Stop();
-    EndProgram();
 }
 
 void frmCapture::ConnectControls()

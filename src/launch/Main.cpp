@@ -4,8 +4,8 @@
 #include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
+#include "contracts/guard.h"
 #include "contracts/MSComm.h"
-#include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
@@ -59,18 +59,18 @@ void ShowViewer()
                     VisitContext.Etc, viewer.sprCap(), 1, false);
 }
 
-/// True when a first screen is up.
-bool OpenVisit()
+/// Brings up the first screen, unless there is a reason not to.
+void OpenVisit()
 {
     const QString command = UseService<Desktop>().Command();
     if (Trim(command).isEmpty())
-        return false;
+        return;
     if (UseService<Desktop>().PrevInstance()) {
         ShowInformation(u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s);
-        return false;
+        return;
     }
     if (!ReadSetup())
-        return false;
+        return;
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
     UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
     UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
@@ -86,7 +86,7 @@ bool OpenVisit()
     VisitContext.Ymd = launch.ymd;
     VisitContext.Etc = launch.etc;
     if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
-        return false;
+        return;
     CheckVisitPaths();
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
 
@@ -94,19 +94,14 @@ bool OpenVisit()
         ShowViewer();
     else
         ShowCaptureScreen();
-    return true;
 }
 
 } // namespace
 
 void Main()
 {
-    try {
-        if (!OpenVisit())
-            EndProgram();
-    } catch (const PlatformError& error) {
-        ShowInformation(error.Text());
-        if (LoadedForms().isEmpty())
-            EndProgram();
-    }
+    Guarded([] { OpenVisit(); });
+    // Without a window nothing could end it any more.
+    if (LoadedForms().isEmpty())
+        EndProgram();
 }

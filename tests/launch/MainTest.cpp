@@ -1,5 +1,6 @@
 #include "launch/Main.h"
 #include "capture/frmCapture.h"
+#include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/setup_components.h"
@@ -10,7 +11,11 @@
 #include "viewing/CapShow.h"
 
 #include <QComboBox>
+#include <QMenu>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -41,6 +46,8 @@ public:
     void OfferTestPicture(bool) override {}
     void RepairMovies(const QString&) override {}
 };
+
+const QString Workstation = u"A01 00001234011120261124위내시경"_s;
 
 } // namespace
 
@@ -166,6 +173,54 @@ private Q_SLOTS:
         QVERIFY(LoadedForms().isEmpty());
     }
 
+    void AFormWhoseLoadFailsIsGone_data()
+    {
+        QTest::addColumn<QString>("fault"); // A column that is missing, or a component that can't be made.
+        QTest::newRow("CapShow") << u"wj_tel"_s;
+        QTest::newRow("frmCapture") << u"wj_tel"_s;
+        QTest::newRow("frmCapSet") << u"prjThemeShell.clsThemeShell"_s;
+        QTest::newRow("frmImgEdit") << u"IMAGXPR6LibCtl.ImagXpress"_s;
+        QTest::newRow("frmCapSogyon") << u"prjTableKeeper.clsTableKeeper"_s;
+        QTest::newRow("frmSoFind") << u"FPSpreadADO.fpSpread"_s;
+        QTest::newRow("frmCapCDAdd") << u"wj_tel"_s;
+        QTest::newRow("frmCapCDWrite") << u"BaydenBurn.XPBurn"_s;
+    }
+
+    void AFormWhoseLoadFailsIsGone()
+    {
+        QFETCH(QString, fault);
+        const QString form = QString::fromLatin1(QTest::currentDataTag());
+        qputenv("XDG_DATA_HOME", m_box->Root().toUtf8());
+        PreparedProfile::prepared.BurnerImage = m_box->Root() + u"cd.iso"_s;
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1, u""_s);
+        m_box->Run(u"INSERT INTO caso (caso_yeonno) VALUES ('2025000001');"_s);
+        const bool isFirst = form == u"CapShow"_s || form == u"frmCapture"_s;
+        m_box->Desk().command = form == u"CapShow"_s ? u"C"_s + Workstation.mid(1) : Workstation;
+        if (!isFirst)
+            Main();
+        if (form == u"frmCapCDAdd"_s)
+            Open(u"frmCapCDWrite"_s);
+        if (form == u"frmSoFind"_s)
+            Open(u"frmCapSogyon"_s);
+
+        const std::any maker = components::Find(fault);
+        if (maker.has_value())
+            components::Register(fault, {});
+        else
+            m_box->Run(u"ALTER TABLE wj RENAME COLUMN wj_tel TO gone;"_s);
+        QVERIFY(!Open(form));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QCOMPARE(FindForm(form), nullptr);
+        QCOMPARE(m_box->Desk().ended, isFirst);
+        QCOMPARE(LoadedForms().isEmpty(), isFirst);
+
+        if (maker.has_value())
+            components::Register(fault, maker);
+        else
+            m_box->Run(u"ALTER TABLE wj RENAME COLUMN gone TO wj_tel;"_s);
+        QVERIFY(Open(form));
+    }
+
     void AFaultWhileFillingLeavesTheScreen()
     {
         m_box->Run(u"DROP TABLE cap;"_s);
@@ -177,6 +232,40 @@ private Q_SLOTS:
     }
 
 private:
+    /// Opens a form as the operator does, a modal one only to close it again. False when it didn't come up.
+    static bool Open(const QString& form)
+    {
+        bool seen = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [&] {
+            StationForm* open = FindForm(form);
+            if (open == nullptr || !open->isModal() || !open->isVisible())
+                return;
+            seen = true;
+            open->Unload();
+        });
+        timer.start(1);
+        auto* capture = static_cast<frmCapture*>(FindForm(u"frmCapture"_s));
+        if (form == u"CapShow"_s || form == u"frmCapture"_s) {
+            Main();
+        } else if (form == u"frmCapSet"_s) {
+            FakeVideoCap::Last()->devices = {u"내시경"_s};
+            capture->findChild<QAction*>(u"장치설정"_s)->trigger();
+        } else if (form == u"frmImgEdit"_s) {
+            Q_EMIT capture->sprCap(3).DblClick(1, 1);
+            Q_EMIT capture->sprCap(2).DblClick(2, 1);
+        } else if (form == u"frmCapSogyon"_s) {
+            capture->findChild<QToolButton*>(u"기타"_s)->menu()->actions().first()->trigger();
+        } else if (form == u"frmSoFind"_s) {
+            FindForm(u"frmCapSogyon"_s)->findChild<QPushButton*>(u"cmdSogyon(0)"_s)->click();
+        } else if (form == u"frmCapCDWrite"_s) {
+            capture->findChild<QAction*>(u"CD저장"_s)->trigger();
+        } else {
+            FindForm(u"frmCapCDWrite"_s)->findChild<QPushButton*>(u"cmdAddFile"_s)->click();
+        }
+        return seen || (FindForm(form) != nullptr && FindForm(form)->isVisible());
+    }
+
     std::unique_ptr<StationInABox> m_box;
 };
 
