@@ -3,6 +3,7 @@
 #include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
+#include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "launch/context/VisitContext.h"
 #include "records/NoteBox.h"
@@ -45,6 +46,16 @@ class NoOptions : public VideoOptions
 public:
     void OfferTestPicture(bool) override {}
     void RepairMovies(const QString&) override {}
+};
+
+/// An account that may not make tables.
+class RefusingKeeper : public clsTableKeeper
+{
+public:
+    void tablecreate(ConnectionPointer&, const QString&, const QString&) override
+    {
+        throw PlatformError(u"CREATE command denied"_s);
+    }
 };
 
 const QString Workstation = u"A01 00001234011120261124위내시경"_s;
@@ -219,6 +230,31 @@ private Q_SLOTS:
         else
             m_box->Run(u"ALTER TABLE wj RENAME COLUMN gone TO wj_tel;"_s);
         QVERIFY(Open(form));
+    }
+
+    void ATableThatCantBeMade_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QString>("checkTable");
+        QTest::addColumn<int>("messages");
+        QTest::newRow("endo, not used") << u"endo"_s << u"1"_s << 0;
+        QTest::newRow("endo") << u"endo"_s << QString() << 1;
+    }
+
+    void ATableThatCantBeMade()
+    {
+        QFETCH(QString, table);
+        QFETCH(int, messages);
+        QFETCH(QString, checkTable);
+        RegisterComponent<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s,
+                                          [] { return std::make_unique<RefusingKeeper>(); });
+        m_box->Run(u"DROP TABLE %1;"_s.arg(table));
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1);
+        PreparedProfile::prepared.CheckTable = checkTable;
+        m_box->Desk().command = Workstation;
+        Main();
+        QVERIFY(IsFormLoaded(u"frmCapture"_s) && !m_box->Desk().ended);
+        QCOMPARE(m_box->Desk().shown.size(), messages);
     }
 
     void AFaultWhileFillingLeavesTheScreen()
