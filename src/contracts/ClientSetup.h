@@ -5,6 +5,13 @@
 
 #include <map>
 
+/// True for a section whose name the columns of the station's tables hold, 100 characters; the server would cut a
+/// longer one in silence.
+inline bool FitsSectionColumn(const QString& section)
+{
+    return section.toUcs4().size() <= 100;
+}
+
 /// The clinic's setup as the setup component delivers it. All fields are text.
 struct ClientSetupRecord
 {

@@ -6,6 +6,7 @@
 #include "contracts/desktop.h"
 #include "contracts/guard.h"
 #include "contracts/MSComm.h"
+#include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
@@ -31,9 +32,11 @@ bool ReadSetup()
     return profile->SetupRead(ClientSetup, SaupTable, true, Connection);
 }
 
-/// A visit that would lead out of the capture root is refused before anything is made.
-void CheckVisitPaths()
+/// A visit that would lead out of the capture root, or that its rows couldn't name, is refused before anything is made.
+void CheckVisit()
 {
+    if (!FitsSectionColumn(VisitContext.Etc))
+        throw PlatformError(u"검사 이름이 너무 깁니다.!! (%1)"_s.arg(VisitContext.Etc.left(60)));
     CheckedPathPart(VisitContext.Ymd.left(4));
     CheckedPathPart(VisitContext.Etc);
     CheckedPathPart(VisitContext.Chart + VisitContext.Ymd);
@@ -87,7 +90,7 @@ void OpenVisit()
     VisitContext.Etc = launch.etc;
     if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
         return;
-    CheckVisitPaths();
+    CheckVisit();
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
 
     if (Trim(launch.mode) == u"C"_s)

@@ -106,6 +106,10 @@ private Q_SLOTS:
         QTest::newRow("small c is the workstation") << u"c01 "_s + visit << 1 << true << u"위내시경"_s << 0;
         QTest::newRow("section that goes up") << u"A01 "_s + visit + u".."_s << 1 << false << QString() << 1;
         QTest::newRow("section with a slash") << u"A01 "_s + visit + u"a/b"_s << 1 << false << QString() << 1;
+        QTest::newRow("as long as its column")
+            << u"A01 "_s + visit + QString(100, u'a') << 1 << true << QString(100, u'a') << 0;
+        QTest::newRow("longer than its column")
+            << u"A01 "_s + visit + QString(101, u'a') << 1 << false << QString() << 1;
         QTest::newRow("10,000 characters") << u"A01 "_s + visit + QString(9976, u'가') << 1 << false << QString() << 1;
         QTest::newRow("date that goes up") << u"A01 000012340111..\\..\\01위내시경"_s << 1 << false << QString() << 1;
         QTest::newRow("date that is none") << u"A01 00001234011120269999위내시경"_s << 1 << true << u"위내시경"_s << 0;
