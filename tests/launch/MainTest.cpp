@@ -243,6 +243,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("messages");
         QTest::newRow("endo, not used") << u"endo"_s << u"1"_s << 0;
         QTest::newRow("endo") << u"endo"_s << QString() << 1;
+        QTest::newRow("caso") << u"caso"_s << QString() << 1;
     }
 
     void ATableThatCantBeMade()
@@ -258,6 +259,8 @@ private Q_SLOTS:
         m_box->Desk().command = Workstation;
         Main();
         QVERIFY(IsFormLoaded(u"frmCapture"_s) && !m_box->Desk().ended);
+        QCOMPARE(m_box->Desk().shown.size(), table == u"caso"_s ? 0 : messages);
+        QVERIFY(Open(u"frmCapSogyon"_s));
         QCOMPARE(m_box->Desk().shown.size(), messages);
     }
 
