@@ -11,6 +11,8 @@
 #include "records/Statement.h"
 #include "records/text/text_routines.h"
 
+#include <exception>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -108,8 +110,16 @@ void CaptureDeletion::DeleteVisitCaptures(const CaptureVisit& visit)
     Execute(OfVisit(u" DELETE FROM ca ", u"ca"_s, visit));
     Execute(OfVisit(u" DELETE FROM cap ", u"cap"_s, visit));
     // Another date's deletion says nothing of today's visit, whose pictures are still there.
-    if (visit.ymd == CaptureVisit::Current().ymd)
-        MarkVisitCaptured(CaptureVisit::Current(), u"0"_s);
+    std::exception_ptr markFault;
+    try {
+        if (visit.ymd == CaptureVisit::Current().ymd)
+            MarkVisitCaptured(CaptureVisit::Current(), u"0"_s);
+    } catch (const PlatformError&) {
+        // The pictures are gone all the same, and the screen has to show it.
+        markFault = std::current_exception();
+    }
     m_history.ShowVisits();
     m_history.ShowVisit();
+    if (markFault != nullptr)
+        std::rethrow_exception(markFault);
 }

@@ -66,9 +66,14 @@ void UpdateVisitNote(const CaptureVisit& visit, const QString& note)
                 .Piece(u" AND ca_gubun = 'A' "));
 }
 
+bool MarksInYk()
+{
+    return Trim(ClientSetup.CheckTable.left(1)) == u"1"_s;
+}
+
 void MarkVisitCaptured(const CaptureVisit& visit, const QString& mark)
 {
-    if (Trim(ClientSetup.CheckTable.left(1)) == u"1"_s) {
+    if (MarksInYk()) {
         Execute(Statement(u"update yk set ")
                     .Quoted(u"yk_check = '", mark)
                     .Then(u"where  yk_chart = '", visit.chart)

@@ -19,5 +19,7 @@ void SaveCaptureRows(const CaptureVisit& visit, int number, const QString& note)
 /// Stores the note in the visit's row; a visit without a row stays without one.
 void UpdateVisitNote(const CaptureVisit& visit, const QString& note);
 
+/// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
+bool MarksInYk();
 /// Sets the capture mark of the visit in the clinic's table, "1" or "0". A clinic without a matching row gets none.
 void MarkVisitCaptured(const CaptureVisit& visit, const QString& mark);

@@ -1,6 +1,7 @@
 #include "capture/frmCapture.h"
 
 #include "capture/capture_folders.h"
+#include "capture/capture_rows.h"
 #include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
@@ -75,12 +76,15 @@ void frmCapture::LoadSteps()
     m_cmbEtc->setEditText(VisitContext.Etc);
     m_cmbEtc->setVisible(m_cmbEtc->count() > 1);
     LoadDeviceSettings();
-    EnsureTable(Connection, QString(), u"endo"_s, true);
+    QString markFault;
+    EnsureTable(Connection, QString(), u"endo"_s, true, &markFault);
     m_dtpYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     ShowPatientPanels(*m_sbarCap);
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
     UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
+    if (!markFault.isEmpty() && !MarksInYk())
+        ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
 }
 
 void frmCapture::Form_Unload()
@@ -93,7 +97,6 @@ void frmCapture::Form_Unload()
         Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
     m_footSwitch->Close();
     m_capCapture->Stop();
-    EndProgram();
 }
 
 void frmCapture::ConnectControls()

@@ -51,6 +51,7 @@ public:
 protected:
     void Form_Load() override;
     void Form_Unload() override;
+    bool EndsProgram() const override { return true; }
 
 private:
     void BuildControls();

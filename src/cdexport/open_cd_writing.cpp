@@ -15,13 +15,7 @@ void OpenCdWriting(const QPoint& place)
         screen->activateWindow();
         return;
     }
-    try {
-        frmCapCDWrite& screen = Form<frmCapCDWrite>();
-        screen.move(place);
-        screen.Show();
-    } catch (...) {
-        if (StationForm* broken = FindForm(name))
-            broken->Unload();
-        throw;
-    }
+    frmCapCDWrite& screen = Form<frmCapCDWrite>();
+    screen.move(place);
+    screen.Show();
 }

@@ -5,6 +5,13 @@
 
 #include <map>
 
+/// True for a section whose name every column of the station's tables holds, whatever the server counts: 100 bytes of
+/// UTF-8. The server would cut a longer one in silence.
+inline bool FitsSectionColumn(const QString& section)
+{
+    return section.toUtf8().size() <= 100;
+}
+
 /// The clinic's setup as the setup component delivers it. All fields are text.
 struct ClientSetupRecord
 {

@@ -18,6 +18,8 @@ bool IsPathPart(const QString& part)
 {
     if (part.trimmed().isEmpty() || part == QLatin1String(".") || part == QLatin1String(".."))
         return false;
+    if (part.toUtf8().size() > LongestPathPartBytes)
+        return false;
     return !part.contains(QLatin1Char('/')) && !part.contains(QLatin1Char('\\')) && !part.contains(QChar(u'\0'));
 }
 

@@ -15,8 +15,11 @@
 /// lead to the same place.
 QString NativePath(const QString& stationPath);
 
-/// True when a text may stand as one part of a path: not empty, not `.` or `..`, and without a separator or a NUL.
-/// A drive letter's colon is no separator here.
+/// File systems take 255 bytes a name; the rest is for endings such as "Log".
+inline constexpr qsizetype LongestPathPartBytes = 240;
+
+/// True when a text may stand as one part of a path: not empty, not `.` or `..`, not too long for a name, and without a
+/// separator or a NUL. A drive letter's colon is no separator here.
 bool IsPathPart(const QString& part);
 
 /// One entry of a folder, as a list of it shows.

@@ -1,5 +1,6 @@
 #include "contracts/forms.h"
 
+#include "contracts/desktop.h"
 #include "contracts/guard.h"
 
 #include <QApplication>
@@ -36,7 +37,10 @@ void StationForm::Show()
 {
     if (m_unloaded)
         return;
-    show();
+    if (isMinimized())
+        showNormal();
+    else
+        show();
     raise();
 }
 
@@ -51,7 +55,27 @@ void StationForm::ShowModal()
     loop.exec();
 }
 
+void StationForm::Load()
+{
+    Collection().append(this);
+    try {
+        Form_Load();
+    } catch (...) {
+        TakeOut();
+        throw;
+    }
+}
+
 void StationForm::Unload()
+{
+    if (m_unloaded)
+        return;
+    TakeOut();
+    if (EndsProgram())
+        EndProgram();
+}
+
+void StationForm::TakeOut()
 {
     if (m_unloaded)
         return;
@@ -100,9 +124,4 @@ void forms::DeleteUnloaded()
     for (StationForm* form : gone)
         form->deleteLater();
     Unloaded().clear();
-}
-
-void forms::Add(StationForm* form)
-{
-    Collection().append(form);
 }

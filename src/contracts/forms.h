@@ -17,18 +17,22 @@ public:
     explicit StationForm(const QString& name);
     ~StationForm() override;
 
-    /// Shows the form modeless. A form that its own load has closed again stays away.
+    /// Shows the form modeless, in its normal size when it was minimised. A form that its own load has closed again
+    /// stays away.
     void Show();
     /// Shows the form, blocks the other forms, and returns when it has been unloaded or hidden.
     void ShowModal();
     /// Runs `Form_Unload` and takes the form out of the collection. The object itself goes when no guarded handler runs
-    /// any more, since the one that pumped the closing event may still be at work on it.
+    /// any more, since the one that pumped the closing event may still be at work on it. A first screen ends the
+    /// program.
     void Unload();
     bool IsUnloaded() const { return m_unloaded; }
 
 protected:
     virtual void Form_Load() {}
     virtual void Form_Unload() {}
+    /// True for a first screen: the program ends with it, whatever its unload meets.
+    virtual bool EndsProgram() const { return false; }
     void closeEvent(QCloseEvent* event) override;
 
 Q_SIGNALS:
@@ -37,6 +41,11 @@ Q_SIGNALS:
 private:
     template <class T>
     friend T& Form();
+
+    /// Puts the form into the collection and runs `Form_Load`. A form whose load fails is taken out again before the
+    /// fault goes on; it ends no program, since the operator hasn't read the message yet.
+    void Load();
+    void TakeOut();
 
     bool m_unloaded = false;
 };
@@ -50,21 +59,19 @@ StationForm* FindForm(const QString& name);
 void UnloadForms();
 
 namespace forms {
-void Add(StationForm* form);
 /// Deletes the unloaded forms, unless a guarded handler runs.
 void DeleteUnloaded();
 } // namespace forms
 
 /// The one instance of a form; touching it loads it. The reference is good until the form is unloaded and control
-/// has gone back to the event loop.
+/// has gone back to the event loop. A fault of the load is the caller's, and leaves no form behind.
 template <class T>
 T& Form()
 {
     if (StationForm* loaded = FindForm(QString::fromUtf16(T::FormName)))
         return *static_cast<T*>(loaded);
     T* form = new T;
-    forms::Add(form);
-    static_cast<StationForm*>(form)->Form_Load();
+    static_cast<StationForm*>(form)->Load();
     return *form;
 }
 

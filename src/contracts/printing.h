@@ -26,7 +26,8 @@ public:
     virtual void EndDoc() = 0;
 };
 
-/// The one printer of the process: the one chosen in the printer dialog, else the system's, or PDF files in a folder.
+/// The one printer of the process: the file or printer chosen in the printer dialog, else the system's, or PDF files in
+/// a folder.
 PrinterObject& Printer();
 
 /// Where printed pages go: decided by the clinic's setup and by the printer dialog.
@@ -34,10 +35,13 @@ class PrinterOptions
 {
 public:
     virtual ~PrinterOptions() = default;
-    /// Pages become numbered PDF files in that folder; empty: the printer.
+    /// Pages become numbered PDF files in that folder unless a file was chosen; empty: the printer.
     virtual void UseFolder(const QString& folder) = 0;
-    /// The printer that the operator has chosen; empty: the system's default.
+    /// The printer that the operator has chosen, in place of a file; empty: the system's default.
     virtual void UsePrinter(const QString& name) = 0;
+    /// The PDF file that the operator has chosen, and may be replaced. The next page goes there, each further one
+    /// beside it under the next number that is free: x.pdf, x-2.pdf, x-3.pdf.
+    virtual void UseFile(const QString& path) = 0;
 };
 
 /// Print positions in twips: columns X(0) to X(70) and rows Y(0) to Y(80) of the page.

@@ -4,6 +4,18 @@
 #include <QStringList>
 
 #include <array>
+#include <optional>
+
+/// What tells one report from another under the same number.
+struct FindingsOwner
+{
+    QString chart;
+    QString ymd;
+    QString jinchal;
+    QString etc;
+
+    bool operator==(const FindingsOwner&) const = default;
+};
 
 /// The findings report that is being worked on. Texts; dates are `yyyymmdd`.
 struct FindingsRecordFields
@@ -32,6 +44,9 @@ struct FindingsRecordFields
     std::array<int, 6> PicNo = {};  ///< 0 for an empty slot.
     QString Sogyon;                 ///< Findings, several lines.
     QString Bigo;                   ///< Remark, several lines.
+    /// The owner that the record's row had when it was last read or stored, since the doctor can be another one by now;
+    /// nothing for a report that has no row.
+    std::optional<FindingsOwner> Stored;
 };
 
 extern FindingsRecordFields FindingsRecord;

@@ -12,21 +12,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// What tells one report from another under the same number.
-struct Owner
-{
-    QString chart;
-    QString ymd;
-    QString jinchal;
-    QString etc;
+/// The new row that was sent last: it may have arrived although the answer didn't.
+QStringList unanswered;
 
-    bool operator==(const Owner&) const = default;
-};
-
-/// The owner that the record's row had when it was last read or stored: the doctor can be another one by now.
-Owner storedOwner;
-
-Owner RecordOwner()
+FindingsOwner RecordOwner()
 {
     return {Trim(FindingsRecord.Chart), Trim(FindingsRecord.Ymd), Trim(FindingsRecord.Jinchal),
             Trim(FindingsRecord.Etc)};
@@ -71,66 +60,49 @@ void ReadRow(const AdoRecordset& row)
     FindingsRecord.Sex = SexText(jumin);
     const QString years = AgeText(FindingsRecord.Ymd, jumin).left(3);
     FindingsRecord.Nai = IsNumericText(years) ? WholeNumberText(years) + u"세 "_s : QString();
-    storedOwner = RecordOwner();
+    FindingsRecord.Stored = RecordOwner();
 }
 
-/// True for a row that was only put there to claim its number.
-bool IsBare(const AdoRecordset& row)
+std::unique_ptr<AdoRecordset> RowOfNumber()
 {
-    return FieldText(row, u"caso_balymd"_s).isEmpty() && FieldText(row, u"caso_jinchal"_s).isEmpty();
+    return OpenRows(Statement(u" SELECT * FROM caso ").Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno),
+                    adOpenKeyset);
 }
 
-enum class NumberState { Free, Own, Foreign };
-
-NumberState StateOfNumber()
+/// By these a new row is known again.
+QStringList RowTexts()
 {
-    const auto row = OpenRows(Statement(u" SELECT caso_chart, caso_ymd, caso_jinchal, caso_etc, caso_balymd FROM caso ")
-                                  .Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno));
-    if (!HasRow(*row))
-        return NumberState::Free;
-    Owner owner = {FieldText(*row, u"caso_chart"_s), FieldText(*row, u"caso_ymd"_s), FieldText(*row, u"caso_jinchal"_s),
-                   FieldText(*row, u"caso_etc"_s)};
-    if (IsBare(*row))
-        owner.jinchal = RecordOwner().jinchal;
-    return owner == RecordOwner() || owner == storedOwner ? NumberState::Own : NumberState::Foreign;
+    const FindingsOwner owner = RecordOwner();
+    return {FindingsRecord.Yeonno,       owner.chart,           owner.ymd,          owner.jinchal, owner.etc,
+            Trim(FindingsRecord.Balymd), FindingsRecord.Sogyon, FindingsRecord.Bigo};
 }
 
-/// Puts a bare row under the record's number, which the key lets only one station do. False when another report was
-/// quicker.
-bool Claim()
+QStringList RowTexts(const AdoRecordset& row)
 {
-    try {
-        Execute(Statement(u" INSERT INTO caso ( caso_yeonno, caso_chart, caso_ymd, caso_etc ) ")
-                    .Then(u" VALUES ( '", FindingsRecord.Yeonno)
-                    .Then(u"', '", FindingsRecord.Chart)
-                    .Then(u"', '", FindingsRecord.Ymd)
-                    .Then(u"', '", FindingsRecord.Etc)
-                    .Piece(u"' ) "));
-        return true;
-    } catch (const PlatformError&) {
-        // Also a claim that had arrived before its connection was lost, and was repeated.
-        const NumberState state = StateOfNumber();
-        if (state == NumberState::Free)
-            throw;
-        return state == NumberState::Own;
-    }
+    QStringList texts;
+    for (const QString& column :
+         {u"caso_yeonno"_s, u"caso_chart"_s, u"caso_ymd"_s, u"caso_jinchal"_s, u"caso_etc"_s, u"caso_balymd"_s})
+        texts << FieldText(row, column);
+    return texts << row.Fields(u"caso_sogyon"_s).toString() << row.Fields(u"caso_bigo"_s).toString();
 }
 
-void RemoveClaim()
+/// True when the row under the record's number is the record's own. A report that was never stored has none, unless its
+/// row arrived without an answer.
+bool IsOwn(const AdoRecordset& row)
 {
-    try {
-        Execute(Statement(u" DELETE FROM caso ")
-                    .Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno)
-                    .Piece(u" AND caso_balymd = '' AND caso_jinchal = '' "));
-    } catch (const PlatformError&) {
-        // The next save knows the row as its own.
-    }
+    if (!FindingsRecord.Stored)
+        return RowTexts(row) == unanswered;
+    const FindingsOwner owner = {FieldText(row, u"caso_chart"_s), FieldText(row, u"caso_ymd"_s),
+                                 FieldText(row, u"caso_jinchal"_s), FieldText(row, u"caso_etc"_s)};
+    return owner == *FindingsRecord.Stored || owner == RecordOwner();
 }
 
-void WriteRow()
+/// The whole row, behind the word that says what happens to one of its number.
+void WriteRow(QStringView command)
 {
     const FindingsRecordFields& record = FindingsRecord;
-    Execute(Statement(u" REPLACE INTO caso VALUES ( ")
+    Execute(Statement(command)
+                .Piece(u" INTO caso VALUES ( ")
                 .Then(u" '", record.Yeonno)
                 .Then(u"', '", record.Chart)
                 .Then(u"', '", record.Yuhyung)
@@ -160,22 +132,51 @@ void WriteRow()
                 .Piece(u"' ) "));
 }
 
-/// The condition that a doctor's row is valid on the record's date of capture.
-Statement& ValidOnDate(Statement& statement, QStringView end)
+/// Puts the record under its number as a new row, whole, which the key lets only one station do. False when another
+/// report was quicker.
+bool InsertRow()
 {
-    return statement.Then(u"(( doctor_jungji = '' AND doctor_ymd <= '", FindingsRecord.Ymd)
-        .Piece(u"' ) ")
-        .Then(u" OR ( doctor_jungji <> '' AND doctor_ymd <= '", FindingsRecord.Ymd)
-        .Then(u"' AND doctor_jungji >= '", FindingsRecord.Ymd)
-        .Piece(end);
+    unanswered = RowTexts();
+    try {
+        WriteRow(u" INSERT");
+        return true;
+    } catch (const PlatformError&) {
+        const auto row = RowOfNumber();
+        if (!HasRow(*row))
+            throw;
+        // One that had arrived before its connection was lost was repeated, and met itself.
+        return RowTexts(*row) == unanswered;
+    }
 }
 
-Statement DoctorStatement(QStringView columns)
+/// The year's greatest number as text; "0" when the year has no report.
+QString GreatestNumber(const QString& year)
 {
-    Statement statement(columns);
-    statement.Quoted(u" WHERE doctor_code = '", FindingsRecord.Jinchal).Piece(u" AND ");
-    ValidOnDate(statement, u"' ))").Piece(u" ORDER BY doctor_ymd DESC ");
-    return statement;
+    const auto rows = OpenRows(Statement(u" SELECT IFNULL(MAX(caso_yeonno), 0) AS maxnum FROM caso ")
+                                   .Quoted(u" WHERE LEFT(caso_yeonno,4) = '", year),
+                               adOpenKeyset);
+    return HasRow(*rows) ? FieldText(*rows, u"maxnum"_s) : QString();
+}
+
+/// The number behind the greatest; the year's first when the greatest is none that can be counted on from.
+QString NumberBehind(const QString& greatest, const QString& year)
+{
+    const qlonglong number = greatest.toLongLong();
+    const QString next = QString::number(number + 1);
+    return number > 0 && next.startsWith(year) ? next : FirstFindingsNumber(year);
+}
+
+/// Gives the record the next number in place of one that is taken.
+void TakeNextNumber()
+{
+    const QString year = FindingsRecord.Ymd.left(4);
+    const QString greatest = GreatestNumber(year);
+    const QString next = NumberBehind(greatest, year);
+    // No way on from a number such as 2026000001A, which only an administrator can mend.
+    if (FindingsRecord.Yeonno.startsWith(year) && next <= FindingsRecord.Yeonno)
+        throw PlatformError(
+            u"다음 소견서 번호를 정할 수 없습니다. 소견서 번호 %1을(를) 확인하세요.!!"_s.arg(greatest.left(20)));
+    FindingsRecord.Yeonno = next;
 }
 
 } // namespace
@@ -188,12 +189,12 @@ bool ReadFindingsOfVisit()
         statement.Quoted(u" AND caso_jinchal = '", FindingsRecord.Jinchal);
     statement.Quoted(u" AND caso_etc = '", FindingsRecord.Etc).Piece(u" ORDER BY caso_yeonno ASC ");
     const auto rows = OpenRows(statement, adOpenKeyset);
-    if (!HasRow(*rows)) {
-        storedOwner = RecordOwner();
+    if (!HasRow(*rows))
         return false;
-    }
+    FindingsRecordRollback rollback;
     ClearFindingsRecord();
     ReadRow(*rows);
+    rollback.Keep();
     return true;
 }
 
@@ -201,94 +202,69 @@ bool ReadFindingsByNumber(const QString& number)
 {
     const auto rows =
         OpenRows(Statement(u" SELECT * FROM caso ").Quoted(u" WHERE caso_yeonno = '", number), adOpenKeyset);
+    FindingsRecordRollback rollback;
     ClearFindingsRecord();
-    if (!HasRow(*rows))
-        return false;
-    ReadRow(*rows);
-    return true;
+    const bool found = HasRow(*rows);
+    if (found)
+        ReadRow(*rows);
+    rollback.Keep();
+    return found;
+}
+
+QString FirstFindingsNumber(const QString& year)
+{
+    return year + LayIntoMask(u"1"_s, u"000000");
 }
 
 QString NextFindingsNumber(const QString& year)
 {
-    const auto rows = OpenRows(Statement(u" SELECT IFNULL(MAX(caso_yeonno), 0) AS maxnum FROM caso ")
-                                   .Quoted(u" WHERE LEFT(caso_yeonno,4) = '", year),
-                               adOpenKeyset);
-    const int largest = HasRow(*rows) ? FieldText(*rows, u"maxnum"_s).toInt() : 0;
-    return largest > 0 ? QString::number(largest + 1) : year + LayIntoMask(u"1"_s, u"000000");
+    return NumberBehind(GreatestNumber(year), year);
 }
 
 bool StoreFindings()
 {
-    if (FindingsRecord.Yeonno.toInt() <= 0 || FindingsRecord.Ymd.isEmpty())
+    const bool hasNumber = FindingsRecord.Stored || FindingsRecord.Yeonno.toLongLong() > 0;
+    if (!hasNumber || FindingsRecord.Ymd.isEmpty())
         throw PlatformError(u"열린 소견서가 없습니다. 소견서를 다시 여십시오.!!"_s);
+    FindingsRecordRollback rollback;
     const QString before = FindingsRecord.Yeonno;
-    bool claimed = false;
-    for (;;) {
-        const NumberState state = StateOfNumber();
-        if (state == NumberState::Own)
-            break;
-        claimed = state == NumberState::Free && Claim();
-        if (claimed)
-            break;
-        FindingsRecord.Yeonno = NextFindingsNumber(FindingsRecord.Ymd.left(4));
+    const auto row = RowOfNumber();
+    if (HasRow(*row) && IsOwn(*row)) {
+        WriteRow(u" REPLACE");
+    } else {
+        while (!InsertRow())
+            TakeNextNumber();
     }
-    try {
-        WriteRow();
-    } catch (const PlatformError&) {
-        if (claimed)
-            RemoveClaim();
-        throw;
-    }
-    storedOwner = RecordOwner();
+    FindingsRecord.Stored = RecordOwner();
+    rollback.Keep();
     return FindingsRecord.Yeonno != before;
+}
+
+QString CutTextsOfFindings()
+{
+    const auto row = RowOfNumber();
+    if (!HasRow(*row))
+        return {};
+    QStringList cut;
+    const auto compare = [&](const QString& name, const QString& column, const QString& text) {
+        // Characters, as the column counts them: one that it can't hold has become another.
+        const qsizetype stored = row->Fields(column).toString().toUcs4().size();
+        const qsizetype wanted = text.toUcs4().size();
+        if (stored < wanted)
+            cut << u"%1이(가) 길어 %2자 중 %3자만 저장되었습니다.!!"_s.arg(name).arg(wanted).arg(stored);
+    };
+    compare(u"소견"_s, u"caso_sogyon"_s, FindingsRecord.Sogyon);
+    compare(u"비고"_s, u"caso_bigo"_s, FindingsRecord.Bigo);
+    return cut.join(u"\r\n"_s);
 }
 
 void RemoveFindings()
 {
+    const auto row = RowOfNumber();
+    if (HasRow(*row) && !IsOwn(*row))
+        throw PlatformError(u"다른 곳에서 같은 번호로 저장한 소견서입니다. 삭제하지 않았습니다.!!"_s);
     Execute(Statement(u" DELETE FROM caso ").Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno));
-}
-
-bool ReadDoctor()
-{
-    const auto row = OpenRows(DoctorStatement(u" SELECT doctor_saup, doctor_name, doctor_meonheo FROM doctor "));
-    if (!HasRow(*row))
-        return false;
-    FindingsRecord.Doctor = FieldText(*row, u"doctor_name"_s);
-    FindingsRecord.Myonheo = FieldText(*row, u"doctor_meonheo"_s);
-    FindingsRecord.Saup = FieldText(*row, u"doctor_saup"_s);
-    const auto place =
-        IsNumericText(FindingsRecord.Saup) ? SaupTable.find(WholeNumber(FindingsRecord.Saup)) : SaupTable.end();
-    if (place != SaupTable.end()) {
-        FindingsRecord.Hospital = place->second.Hospital;
-        FindingsRecord.Yoyangno = place->second.Yoyangno;
-    }
-    return true;
-}
-
-QString DoctorListName()
-{
-    const auto row = OpenRows(DoctorStatement(u" SELECT doctor_myung FROM doctor "));
-    // Not null, if only empty, for a doctor without a name.
-    return HasRow(*row) ? u""_s + FieldText(*row, u"doctor_myung"_s) : QString();
-}
-
-QStringList DoctorEntries()
-{
-    Statement statement(u" SELECT doctor_code, doctor_myung FROM doctor ");
-    statement.Piece(u" WHERE ");
-    ValidOnDate(statement, u"' )) ")
-        .Piece(u" AND doctor_kwamok < '80' ")
-        .Piece(u" ORDER BY doctor_code ASC, doctor_ymd DESC ");
-    QStringList entries;
-    QString previous;
-    for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext()) {
-        const QString code = FieldText(*rows, u"doctor_code"_s);
-        if (code == previous)
-            continue;
-        entries << code + u' ' + FieldText(*rows, u"doctor_myung"_s);
-        previous = code;
-    }
-    return entries;
+    FindingsRecord.Stored.reset();
 }
 
 QString OpinionText(const QString& code)

@@ -22,6 +22,9 @@ public:
 
     frmCapSogyon();
 
+    /// Shows the report of the record's visit, or starts a new one. A fault leaves the screen as it was.
+    void OpenRecord();
+
     /// Empties the controls; the print date and the record stay.
     void SogyonClear();
 
@@ -34,6 +37,10 @@ protected:
     void Form_Load() override;
 
 private:
+    struct Surroundings;
+    /// With `Cut` a column was too short, and the screen keeps the whole texts.
+    enum class Saved { No, Whole, Cut };
+
     void BuildControls();
     void BuildHeader();
     void BuildBoxes();
@@ -42,18 +49,20 @@ private:
     void ConnectControls();
 
     void FillDateLists();
-    void StartNewReport();
-    bool LoadFindingsByVisit();
+    void StartNewReport(bool hasTable);
     void ShowFindings();
-    void ShowPictures();
-    void LookupDoctor();
+    static Surroundings ReadSurroundings();
+    void ShowRecord(const Surroundings& surroundings);
+    void ShowDoctor();
+    void ShowDoctorChoice(const QString& entry);
     void ChooseDoctor();
 
     void RunButton(int index);
-    bool SaveFindings();
+    Saved SaveFindings();
     void DeleteFindings();
     void TakeInput();
-    void PrintFindings();
+    Saved PrintFindings();
+    void OpenFromList();
     void FillFindingsList();
     void Close();
 
@@ -84,6 +93,7 @@ private:
     std::array<QPushButton*, 6> m_cmdSogyon = {};
     QPushButton* m_cmdSoFind = nullptr;
     QPushButton* m_cmdQry = nullptr;
+    QString m_doctorChoice; ///< The entry of `cmbJinchal` that the other boxes belong to.
     bool m_listing = false; ///< The list of reports is being filled or shown.
     bool m_printing = false;
 };

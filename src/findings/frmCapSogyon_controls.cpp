@@ -156,7 +156,7 @@ void frmCapSogyon::BuildButtons()
     }
     const QIcon find = UseService<ImageList>().Picture(u"Find"_s);
     m_cmdSoFind =
-        Named(new QPushButton(find, {}, this), u"cmdSoFind"_s, u"소견문구 찾기"_s, RectFromTwips(3960, 1290, 495, 255));
+        Named(new QPushButton(find, {}, this), u"cmdSoFind"_s, u"소견문구 찾기"_s, RectFromTwips(3960, 1320, 495, 255));
     m_cmdQry =
         Named(new QPushButton(find, {}, this), u"cmdQry"_s, u"과거소견 찾기"_s, RectFromTwips(7800, 5520, 495, 255));
     for (QPushButton* button : {m_cmdSoFind, m_cmdQry})

@@ -55,24 +55,18 @@ void OpenFindings(int gridNumber, const FindingsOrigin& origin)
 {
     if (origin.pictures.DataRowCnt() == 0)
         return;
-    if (StationForm* open = FindForm(QString::fromUtf16(frmCapSogyon::FormName))) {
-        auto* screen = static_cast<frmCapSogyon*>(open);
-        if (screen->HasUnsavedText() || screen->IsBusy()) {
-            screen->Show();
-            screen->activateWindow();
-            return;
-        }
-        screen->Unload();
+    auto* open = static_cast<frmCapSogyon*>(FindForm(QString::fromUtf16(frmCapSogyon::FormName)));
+    if (open != nullptr && (open->HasUnsavedText() || open->IsBusy())) {
+        open->Show();
+        open->activateWindow();
+        return;
     }
     FindingsRecordRollback rollback;
     PrepareRecord(gridNumber, origin);
-    try {
-        frmCapSogyon& screen = Form<frmCapSogyon>();
-        rollback.Keep();
-        screen.Show();
-    } catch (...) {
-        if (StationForm* broken = FindForm(QString::fromUtf16(frmCapSogyon::FormName)))
-            broken->Unload();
-        throw;
-    }
+    if (open != nullptr)
+        open->OpenRecord();
+    frmCapSogyon& screen = Form<frmCapSogyon>();
+    rollback.Keep();
+    screen.Show();
+    screen.activateWindow();
 }

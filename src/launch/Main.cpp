@@ -4,6 +4,7 @@
 #include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/desktop.h"
+#include "contracts/guard.h"
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
@@ -31,9 +32,11 @@ bool ReadSetup()
     return profile->SetupRead(ClientSetup, SaupTable, true, Connection);
 }
 
-/// A visit that would lead out of the capture root is refused before anything is made.
-void CheckVisitPaths()
+/// A visit that would lead out of the capture root, or that its rows couldn't name, is refused before anything is made.
+void CheckVisit()
 {
+    if (!FitsSectionColumn(VisitContext.Etc))
+        throw PlatformError(u"검사 이름이 너무 깁니다.!! (%1)"_s.arg(VisitContext.Etc.left(60)));
     CheckedPathPart(VisitContext.Ymd.left(4));
     CheckedPathPart(VisitContext.Etc);
     CheckedPathPart(VisitContext.Chart + VisitContext.Ymd);
@@ -59,18 +62,18 @@ void ShowViewer()
                     VisitContext.Etc, viewer.sprCap(), 1, false);
 }
 
-/// True when a first screen is up.
-bool OpenVisit()
+/// Brings up the first screen, unless there is a reason not to.
+void OpenVisit()
 {
     const QString command = UseService<Desktop>().Command();
     if (Trim(command).isEmpty())
-        return false;
+        return;
     if (UseService<Desktop>().PrevInstance()) {
         ShowInformation(u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s);
-        return false;
+        return;
     }
     if (!ReadSetup())
-        return false;
+        return;
     UseService<VideoOptions>().OfferTestPicture(ClientSetup.TestPicture);
     UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
     UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
@@ -86,27 +89,22 @@ bool OpenVisit()
     VisitContext.Ymd = launch.ymd;
     VisitContext.Etc = launch.etc;
     if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
-        return false;
-    CheckVisitPaths();
+        return;
+    CheckVisit();
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
 
     if (Trim(launch.mode) == u"C"_s)
         ShowViewer();
     else
         ShowCaptureScreen();
-    return true;
 }
 
 } // namespace
 
 void Main()
 {
-    try {
-        if (!OpenVisit())
-            EndProgram();
-    } catch (const PlatformError& error) {
-        ShowInformation(error.Text());
-        if (LoadedForms().isEmpty())
-            EndProgram();
-    }
+    Guarded([] { OpenVisit(); });
+    // Without a window nothing could end it any more.
+    if (LoadedForms().isEmpty())
+        EndProgram();
 }

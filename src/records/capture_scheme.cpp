@@ -6,16 +6,11 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-/// File systems take 255 bytes a name; the rest is for endings such as "Log".
-constexpr qsizetype LongestPartBytes = 240;
-} // namespace
-
 QString CheckedPathPart(const QString& part)
 {
     // An empty part leads back to the folder above it, which is inside the root all the same.
-    const bool empty = Trim(part).isEmpty();
-    if ((!empty && !IsPathPart(part)) || part.toUtf8().size() > LongestPartBytes)
+    const bool empty = Trim(part).isEmpty() && part.size() <= LongestPathPartBytes;
+    if (!empty && !IsPathPart(part))
         throw PlatformError(u"폴더나 파일 이름으로 쓸 수 없는 값입니다.!! (%1)"_s.arg(part.left(60)));
     return part;
 }

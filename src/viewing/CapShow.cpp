@@ -99,7 +99,6 @@ void CapShow::Form_Load()
 void CapShow::Form_Unload()
 {
     m_sprCap->BeginFill();
-    EndProgram();
 }
 
 QString CapShow::FileBehind(int column, int row)

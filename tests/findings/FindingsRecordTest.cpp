@@ -87,14 +87,44 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT caso_jinchal AS v FROM caso"_s), u"12"_s);
     }
 
-    void AClaimWhoseAnswerWasLostIsKnownAgain()
+    void ARowThatStandsUnderTheNumber_data()
     {
+        QTest::addColumn<QString>("findings");
+        QTest::addColumn<QString>("rows");
+        QTest::newRow("sent before, the answer lost") << u"내 소견"_s << u"1"_s;
+        QTest::newRow("of the same visit, by another station") << u"남의 소견"_s << u"2"_s;
+    }
+
+    void ARowThatStandsUnderTheNumber()
+    {
+        QFETCH(QString, findings);
         m_box->Open();
-        m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart, caso_ymd, caso_etc) VALUES ('2026000001', '00001234', "
-                   "'20261124', '위내시경');"_s);
-        Store(u"소견"_s);
-        QCOMPARE(Findings(u"2026000001"_s), u"소견"_s);
-        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"1"_s);
+        FindingsInABox::Findings().setText(u"내 소견"_s);
+        m_box->Desk().whileShown = [&] {
+            m_box->Desk().whileShown = {};
+            m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart, caso_ymd, caso_jinchal, caso_etc, caso_balymd, "
+                       "caso_sogyon, caso_bigo) VALUES ('2026000001', '00001234', '20261124', '11', '위내시경', "
+                       "'20261124', '%1', '');"_s.arg(findings));
+        };
+        m_box->Press(u"저장"_s);
+        QCOMPARE(Findings(u"2026000001"_s), findings);
+        QTEST(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), "rows");
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso WHERE caso_sogyon = '내 소견'"_s), u"1"_s);
+    }
+
+    void NoNumberBehindTheGreatest()
+    {
+        m_box->AddReport(u"2026000001A"_s, u"00000001"_s, u"가"_s);
+        m_box->Open();
+        m_box->AddReport(u"2026000001"_s, u"00000077"_s, u"남의 보고"_s);
+        Store(u"내 소견"_s);
+        QCOMPARE(m_box->Desk().shown.size(), 2);
+        QVERIFY2(m_box->Desk().shown.last().contains(u"2026000001A"_s), qPrintable(m_box->Desk().shown.last()));
+        QCOMPARE(FindingsInABox::Findings().Text(), u"내 소견"_s);
+        // Nor is the other report deleted in the place of this one.
+        m_box->Press(u"삭제"_s);
+        QCOMPARE(Findings(u"2026000001"_s), u"  정상."_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"2"_s);
     }
 
     void NothingIsLostWhenTheDatabaseRefuses()
@@ -113,14 +143,13 @@ private Q_SLOTS:
         QCOMPARE(Findings(u"2026000001"_s), u"긴 소견"_s);
     }
 
-    void ARowThatCannotBeStoredLeavesNoClaim()
+    /// A station that is killed at any moment leaves no row without a patient and a text.
+    void ANumberIsTakenByAWholeRow()
     {
         m_box->Open();
-        m_box->Run(Refusal());
-        FindingsInABox::Findings().setText(u"소견"_s);
-        m_box->Press(u"저장"_s);
-        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"0"_s);
-        QCOMPARE(FindingsInABox::Findings().Text(), u"소견"_s);
+        m_box->Run(RefusalOfBareRows());
+        Store(u"소견"_s);
+        QCOMPARE(Findings(u"2026000001"_s), u"소견"_s);
     }
 
     void AReportOfAnotherChartShowsItsOwnPatient()
@@ -146,14 +175,14 @@ private:
     {
         return m_box->Value(u"SELECT caso_sogyon AS v FROM caso WHERE caso_yeonno = '%1'"_s.arg(number));
     }
-    /// Refuses whole rows, and lets a bare one pass.
-    static QString Refusal()
+    static QString RefusalOfBareRows()
     {
         QFETCH_GLOBAL(QString, driver);
+        const QString bare = u"(caso_chart = '' OR caso_suname = '' OR IFNULL(caso_sogyon, '') = '')"_s;
         return driver == u"QSQLITE"_s
-                   ? u"CREATE TRIGGER full BEFORE INSERT ON caso WHEN NEW.caso_balymd <> '' BEGIN SELECT RAISE(ABORT, "
-                     "'full'); END;"_s
-                   : u"ALTER TABLE caso ADD CONSTRAINT full CHECK (caso_balymd = '');"_s;
+                   ? u"CREATE TRIGGER bare BEFORE INSERT ON caso WHEN %1 BEGIN SELECT "
+                     "RAISE(ABORT, 'bare'); END;"_s.arg(QString(bare).replace(u"caso_"_s, u"NEW.caso_"_s))
+                   : u"ALTER TABLE caso ADD CONSTRAINT bare CHECK (NOT %1);"_s.arg(bare);
     }
 
     std::unique_ptr<FindingsInABox> m_box;

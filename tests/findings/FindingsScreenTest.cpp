@@ -1,5 +1,7 @@
 #include "capture/frmCapture.h"
+#include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
+#include "findings/frmSoFind.h"
 #include "findings/UpDownArrows.h"
 #include "FindingsInABox.h"
 
@@ -169,6 +171,62 @@ private Q_SLOTS:
         QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2025-000001"_s);
     }
 
+    void AFaultLeavesAllAsItWas_data()
+    {
+        QTest::addColumn<std::function<void(FindingsScreenTest&)>>("work");
+        using Work = std::function<void(FindingsScreenTest&)>;
+        QTest::newRow("the list closed") << Work(
+            [](FindingsScreenTest& test) { test.InList([](frmSoFind& list) { list.close(); }); });
+        QTest::newRow("a report chosen") << Work(
+            [](FindingsScreenTest& test) { test.InList([](frmSoFind& list) { Q_EMIT list.sprSo().DblClick(1, 1); }); });
+        QTest::newRow("a doctor chosen") << Work([](FindingsScreenTest& test) {
+            test.StopServer();
+            auto* doctors = Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbJinchal"_s);
+            doctors->setCurrentIndex(1);
+            Q_EMIT doctors->activated(1);
+        });
+        QTest::newRow("opened for another visit") << Work([](FindingsScreenTest& test) {
+            test.StopServer();
+            VisitContext.Ymd = Earlier;
+            Guarded([&] { test.m_box->Open(); });
+        });
+    }
+
+    void AFaultLeavesAllAsItWas()
+    {
+        QFETCH(std::function<void(FindingsScreenTest&)>, work);
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"먼저 소견"_s);
+        m_box->Press(u"저장"_s);
+        m_box->AddReport(u"2026000002"_s, u"00000001"_s, u"가"_s);
+        m_box->Open();
+        m_box->Desk().shown.clear();
+        const QStringList before = Texts();
+        work(*this);
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(FindForm(u"frmCapSogyon"_s) != nullptr);
+        QCOMPARE(Texts(), before);
+        m_box->Run(u"ALTER TABLE doctor_gone RENAME TO doctor;"_s);
+        FindingsInABox::Findings().setText(u"나중 소견"_s);
+        m_box->Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT caso_sogyon || caso_jinchal || caso_doctor || caso_myonheo AS v FROM caso "
+                              "WHERE caso_yeonno = '2026000001'"_s),
+                 u"나중 소견11나누리10001"_s);
+    }
+
+    void AMinimisedScreenComesBack()
+    {
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        frmCapSogyon& screen = m_box->Open();
+        for (const QString& text : {QString(), u"쓰던 소견"_s}) {
+            FindingsInABox::Findings().setText(text);
+            screen.showMinimized();
+            m_box->Open();
+            QVERIFY(!screen.isMinimized());
+        }
+    }
+
     void APhraseIsAppended()
     {
         m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
@@ -228,6 +286,32 @@ private Q_SLOTS:
     }
 
 private:
+    void StopServer() { m_box->Run(u"ALTER TABLE doctor RENAME TO doctor_gone;"_s); }
+    /// Opens the list, stops the server, and goes on in the list.
+    void InList(const std::function<void(frmSoFind&)>& work)
+    {
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            if (FindForm(u"frmSoFind"_s) == nullptr || !Form<frmSoFind>().isActiveWindow())
+                return;
+            timer.stop();
+            StopServer();
+            work(Form<frmSoFind>());
+        });
+        timer.start(1);
+        m_box->Press(u"조회"_s);
+    }
+    /// All texts of screen and record.
+    static QStringList Texts()
+    {
+        const auto& screen = Form<frmCapSogyon>();
+        QStringList texts = Numbers();
+        for (const QLineEdit* box : screen.findChildren<QLineEdit*>())
+            texts << box->text();
+        const FindingsRecordFields& record = FindingsRecord;
+        return texts << FindingsInABox::Findings().Text() << record.Yeonno << record.Jinchal << record.Ymd
+                     << record.Doctor << record.Myonheo << record.Sogyon << record.Saup;
+    }
     static void Trigger(QMenu* menu)
     {
         for (QAction* action : menu->actions()) {

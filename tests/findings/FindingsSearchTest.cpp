@@ -1,6 +1,9 @@
 #include "findings/frmSoFind.h"
 #include "FindingsInABox.h"
 
+#include <QContextMenuEvent>
+#include <QScrollBar>
+#include <QTableView>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
@@ -84,6 +87,22 @@ private Q_SLOTS:
                 numbers.sort();
             QCOMPARE(numbers, found);
             QCOMPARE(list.sprSo().ActiveRow(), 1);
+        });
+    }
+
+    void ARightClickBesideTheColumnsDoesNothing()
+    {
+        InList([this](frmSoFind& list) {
+            bool menu = false;
+            QTimer::singleShot(0, this, [&menu] {
+                if (QWidget* popup = QApplication::activePopupWidget())
+                    menu = popup->close();
+            });
+            QScrollBar* bar = list.findChild<QTableView*>()->verticalScrollBar();
+            QContextMenuEvent event(QContextMenuEvent::Mouse, {1, 1}, bar->mapToGlobal(QPoint(1, 1)));
+            QCoreApplication::sendEvent(bar, &event);
+            QCoreApplication::processEvents();
+            QVERIFY(!menu);
         });
     }
 

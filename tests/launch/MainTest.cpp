@@ -1,7 +1,9 @@
 #include "launch/Main.h"
 #include "capture/frmCapture.h"
+#include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
+#include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "launch/context/VisitContext.h"
 #include "records/NoteBox.h"
@@ -10,7 +12,11 @@
 #include "viewing/CapShow.h"
 
 #include <QComboBox>
+#include <QMenu>
+#include <QPushButton>
 #include <QTest>
+#include <QTimer>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -41,6 +47,18 @@ public:
     void OfferTestPicture(bool) override {}
     void RepairMovies(const QString&) override {}
 };
+
+/// An account that may not make tables.
+class RefusingKeeper : public clsTableKeeper
+{
+public:
+    void tablecreate(ConnectionPointer&, const QString&, const QString&) override
+    {
+        throw PlatformError(u"CREATE command denied"_s);
+    }
+};
+
+const QString Workstation = u"A01 00001234011120261124위내시경"_s;
 
 } // namespace
 
@@ -88,6 +106,10 @@ private Q_SLOTS:
         QTest::newRow("small c is the workstation") << u"c01 "_s + visit << 1 << true << u"위내시경"_s << 0;
         QTest::newRow("section that goes up") << u"A01 "_s + visit + u".."_s << 1 << false << QString() << 1;
         QTest::newRow("section with a slash") << u"A01 "_s + visit + u"a/b"_s << 1 << false << QString() << 1;
+        QTest::newRow("as long as its column")
+            << u"A01 "_s + visit + QString(100, u'a') << 1 << true << QString(100, u'a') << 0;
+        QTest::newRow("longer than its column")
+            << u"A01 "_s + visit + QString(101, u'a') << 1 << false << QString() << 1;
         QTest::newRow("10,000 characters") << u"A01 "_s + visit + QString(9976, u'가') << 1 << false << QString() << 1;
         QTest::newRow("date that goes up") << u"A01 000012340111..\\..\\01위내시경"_s << 1 << false << QString() << 1;
         QTest::newRow("date that is none") << u"A01 00001234011120269999위내시경"_s << 1 << true << u"위내시경"_s << 0;
@@ -166,6 +188,82 @@ private Q_SLOTS:
         QVERIFY(LoadedForms().isEmpty());
     }
 
+    void AFormWhoseLoadFailsIsGone_data()
+    {
+        QTest::addColumn<QString>("fault"); // A column that is missing, or a component that can't be made.
+        QTest::newRow("CapShow") << u"wj_tel"_s;
+        QTest::newRow("frmCapture") << u"wj_tel"_s;
+        QTest::newRow("frmCapSet") << u"prjThemeShell.clsThemeShell"_s;
+        QTest::newRow("frmImgEdit") << u"IMAGXPR6LibCtl.ImagXpress"_s;
+        QTest::newRow("frmCapSogyon") << u"prjTableKeeper.clsTableKeeper"_s;
+        QTest::newRow("frmSoFind") << u"FPSpreadADO.fpSpread"_s;
+        QTest::newRow("frmCapCDAdd") << u"wj_tel"_s;
+        QTest::newRow("frmCapCDWrite") << u"BaydenBurn.XPBurn"_s;
+    }
+
+    void AFormWhoseLoadFailsIsGone()
+    {
+        QFETCH(QString, fault);
+        const QString form = QString::fromLatin1(QTest::currentDataTag());
+        qputenv("XDG_DATA_HOME", m_box->Root().toUtf8());
+        PreparedProfile::prepared.BurnerImage = m_box->Root() + u"cd.iso"_s;
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1, u""_s);
+        m_box->Run(u"INSERT INTO caso (caso_yeonno) VALUES ('2025000001');"_s);
+        const bool isFirst = form == u"CapShow"_s || form == u"frmCapture"_s;
+        m_box->Desk().command = form == u"CapShow"_s ? u"C"_s + Workstation.mid(1) : Workstation;
+        if (!isFirst)
+            Main();
+        if (form == u"frmCapCDAdd"_s)
+            Open(u"frmCapCDWrite"_s);
+        if (form == u"frmSoFind"_s)
+            Open(u"frmCapSogyon"_s);
+
+        const std::any maker = components::Find(fault);
+        if (maker.has_value())
+            components::Register(fault, {});
+        else
+            m_box->Run(u"ALTER TABLE wj RENAME COLUMN wj_tel TO gone;"_s);
+        QVERIFY(!Open(form));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QCOMPARE(FindForm(form), nullptr);
+        QCOMPARE(m_box->Desk().ended, isFirst);
+        QCOMPARE(LoadedForms().isEmpty(), isFirst);
+
+        if (maker.has_value())
+            components::Register(fault, maker);
+        else
+            m_box->Run(u"ALTER TABLE wj RENAME COLUMN gone TO wj_tel;"_s);
+        QVERIFY(Open(form));
+    }
+
+    void ATableThatCantBeMade_data()
+    {
+        QTest::addColumn<QString>("table");
+        QTest::addColumn<QString>("checkTable");
+        QTest::addColumn<int>("messages");
+        QTest::newRow("endo, not used") << u"endo"_s << u"1"_s << 0;
+        QTest::newRow("endo") << u"endo"_s << QString() << 1;
+        QTest::newRow("caso") << u"caso"_s << QString() << 1;
+    }
+
+    void ATableThatCantBeMade()
+    {
+        QFETCH(QString, table);
+        QFETCH(int, messages);
+        QFETCH(QString, checkTable);
+        RegisterComponent<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s,
+                                          [] { return std::make_unique<RefusingKeeper>(); });
+        m_box->Run(u"DROP TABLE %1;"_s.arg(table));
+        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1);
+        PreparedProfile::prepared.CheckTable = checkTable;
+        m_box->Desk().command = Workstation;
+        Main();
+        QVERIFY(IsFormLoaded(u"frmCapture"_s) && !m_box->Desk().ended);
+        QCOMPARE(m_box->Desk().shown.size(), table == u"caso"_s ? 0 : messages);
+        QVERIFY(Open(u"frmCapSogyon"_s));
+        QCOMPARE(m_box->Desk().shown.size(), messages);
+    }
+
     void AFaultWhileFillingLeavesTheScreen()
     {
         m_box->Run(u"DROP TABLE cap;"_s);
@@ -177,6 +275,40 @@ private Q_SLOTS:
     }
 
 private:
+    /// Opens a form as the operator does, a modal one only to close it again. False when it didn't come up.
+    static bool Open(const QString& form)
+    {
+        bool seen = false;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, &timer, [&] {
+            StationForm* open = FindForm(form);
+            if (open == nullptr || !open->isModal() || !open->isVisible())
+                return;
+            seen = true;
+            open->Unload();
+        });
+        timer.start(1);
+        auto* capture = static_cast<frmCapture*>(FindForm(u"frmCapture"_s));
+        if (form == u"CapShow"_s || form == u"frmCapture"_s) {
+            Main();
+        } else if (form == u"frmCapSet"_s) {
+            FakeVideoCap::Last()->devices = {u"내시경"_s};
+            capture->findChild<QAction*>(u"장치설정"_s)->trigger();
+        } else if (form == u"frmImgEdit"_s) {
+            Q_EMIT capture->sprCap(3).DblClick(1, 1);
+            Q_EMIT capture->sprCap(2).DblClick(2, 1);
+        } else if (form == u"frmCapSogyon"_s) {
+            capture->findChild<QToolButton*>(u"기타"_s)->menu()->actions().first()->trigger();
+        } else if (form == u"frmSoFind"_s) {
+            FindForm(u"frmCapSogyon"_s)->findChild<QPushButton*>(u"cmdSogyon(0)"_s)->click();
+        } else if (form == u"frmCapCDWrite"_s) {
+            capture->findChild<QAction*>(u"CD저장"_s)->trigger();
+        } else {
+            FindForm(u"frmCapCDWrite"_s)->findChild<QPushButton*>(u"cmdAddFile"_s)->click();
+        }
+        return seen || (FindForm(form) != nullptr && FindForm(form)->isVisible());
+    }
+
     std::unique_ptr<StationInABox> m_box;
 };
 

@@ -213,13 +213,21 @@ void QtDesktop::ShowPrinterDialog()
         QPrinter printer;
         if (!m_chosenPrinter.isEmpty())
             printer.setPrinterName(m_chosenPrinter);
+        if (!m_chosenPrintFile.isEmpty())
+            printer.setOutputFileName(m_chosenPrintFile);
         QPrintDialog dialog(&printer, QApplication::activeWindow());
         dialog.setObjectName(u"printerDialog"_s);
-        if (dialog.exec() == QDialog::Accepted) {
-            m_chosenPrinter = printer.printerName();
-            if (ServiceSlot<PrinterOptions>() != nullptr)
-                UseService<PrinterOptions>().UsePrinter(m_chosenPrinter);
-        }
+        if (dialog.exec() != QDialog::Accepted)
+            return;
+        const bool toFile = printer.outputFormat() == QPrinter::PdfFormat && !printer.outputFileName().isEmpty();
+        m_chosenPrintFile = toFile ? QFileInfo(printer.outputFileName()).absoluteFilePath() : QString();
+        m_chosenPrinter = toFile ? QString() : printer.printerName();
+        if (ServiceSlot<PrinterOptions>() == nullptr)
+            return;
+        if (toFile)
+            UseService<PrinterOptions>().UseFile(m_chosenPrintFile);
+        else
+            UseService<PrinterOptions>().UsePrinter(m_chosenPrinter);
     } catch (const std::exception&) {
         // A failing dialog counts as a cancelled one.
     }

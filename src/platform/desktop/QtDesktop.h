@@ -34,9 +34,6 @@ public:
     bool ProgramEnded() const override { return m_ended; }
     QDate Today() const override;
 
-    /// Name of the printer that the operator chose last; empty as long as none was chosen.
-    QString ChosenPrinter() const { return m_chosenPrinter; }
-
 private:
     class OpenBox;
 
@@ -46,8 +43,9 @@ private:
 
     QString m_command;
     QString m_programFolder;
-    QString m_chosenPrinter;
-    QString m_openFolder; ///< Of the file chosen last.
+    QString m_chosenPrinter;   ///< Empty as long as the operator chose none.
+    QString m_chosenPrintFile; ///< Chosen in place of a printer.
+    QString m_openFolder;      ///< Of the file chosen last.
     std::unique_ptr<InstanceLock> m_instance;
     std::optional<bool> m_prevInstance;
     bool m_busy = false;      ///< What the station asked for.

@@ -51,8 +51,11 @@ SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent)
     setSelectionMode(QAbstractItemView::ContiguousSelection);
     setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    verticalScrollBar()->setSingleStep(WheelLinePixels);
-    horizontalScrollBar()->setSingleStep(WheelLinePixels);
+    for (QScrollBar* bar : {verticalScrollBar(), horizontalScrollBar()}) {
+        bar->setSingleStep(WheelLinePixels);
+        // A right click means what the grid's owner makes of it, and nothing beside the cells.
+        bar->setContextMenuPolicy(Qt::NoContextMenu);
+    }
     setTabKeyNavigation(false);
     setWordWrap(false);
     setCornerButtonEnabled(false);

@@ -60,13 +60,15 @@ void PagePrinter::setFontSize(int points)
 void PagePrinter::EndDoc()
 {
     const std::vector<Drawing> drawings = std::exchange(m_drawings, {});
-    if (m_target->folder.isEmpty())
+    if (!m_target->file.isEmpty())
+        PrintToFile(drawings);
+    else if (m_target->folder.isEmpty())
         PrintToPrinter(drawings);
     else
         PrintToFolder(drawings);
 }
 
-void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
+QByteArray PagePrinter::PdfOf(const std::vector<Drawing>& drawings) const
 {
     QByteArray content;
     QBuffer buffer(&content);
@@ -75,7 +77,30 @@ void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
     writer.setResolution(DotsPerInch);
     if (!Paint(writer, DotsPerInch, drawings))
         throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
+    return content;
+}
 
+void PagePrinter::PrintToFile(const std::vector<Drawing>& drawings) const
+{
+    const QByteArray content = PdfOf(drawings);
+    const QString& file = m_target->file;
+    if (m_target->filePages == 0) {
+        WriteWholeFile(file, content);
+        m_target->filePages = 1;
+        return;
+    }
+    const QString ending = file.endsWith(u".pdf"_s, Qt::CaseInsensitive) ? file.last(4) : QString();
+    const QString stem = file.chopped(ending.size()) + u'-';
+    while (m_target->filePages < LastFileNumber) {
+        if (Files().WriteNewFile(stem + QString::number(++m_target->filePages) + ending, content))
+            return;
+    }
+    throw PlatformError(u"인쇄 폴더에 파일이 너무 많습니다.!!"_s);
+}
+
+void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
+{
+    const QByteArray content = PdfOf(drawings);
     const QString folder = m_target->folder + u'\\';
     MakeFolder(folder);
     // Other stations may print into the same folder.

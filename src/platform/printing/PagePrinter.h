@@ -14,8 +14,10 @@ class QPainter;
 /// Where pages go; shared by the printer and its options.
 struct PrintTarget
 {
-    QString folder;  ///< Pages become PDF files there; empty: the printer.
-    QString printer; ///< Empty: the system's default printer.
+    QString folder;    ///< Pages become PDF files there; empty: the printer.
+    QString printer;   ///< Empty: the system's default printer.
+    QString file;      ///< Pages become PDF files there and beside it; empty: the folder or the printer.
+    int filePages = 0; ///< Pages that have gone to `file`.
 };
 
 /// Keeps what is drawn until the sheet is sent, so that a printer is asked for only then and gets all of it or nothing.
@@ -40,6 +42,8 @@ public:
     void Draw(Drawing drawing) { m_drawings.push_back(std::move(drawing)); }
 
 private:
+    QByteArray PdfOf(const std::vector<Drawing>& drawings) const;
+    void PrintToFile(const std::vector<Drawing>& drawings) const;
     void PrintToFolder(const std::vector<Drawing>& drawings) const;
     void PrintToPrinter(const std::vector<Drawing>& drawings) const;
     bool Paint(QPagedPaintDevice& device, int dotsPerInch, const std::vector<Drawing>& drawings) const;

@@ -14,7 +14,16 @@ public:
     explicit PageDestination(std::shared_ptr<PrintTarget> target) : m_target(std::move(target)) {}
 
     void UseFolder(const QString& folder) override { m_target->folder = folder; }
-    void UsePrinter(const QString& name) override { m_target->printer = name; }
+    void UsePrinter(const QString& name) override
+    {
+        m_target->printer = name;
+        m_target->file.clear();
+    }
+    void UseFile(const QString& path) override
+    {
+        m_target->file = path;
+        m_target->filePages = 0;
+    }
 
 private:
     std::shared_ptr<PrintTarget> m_target;

@@ -107,8 +107,9 @@ void Reader::ReadSections(const QString& list)
         if (name.isEmpty())
             continue;
         // The name becomes the name of a folder below the root.
-        if (!IsPathPart(name))
-            m_setup.problems.append(u"[Client] EtcList의 \"%1\"은(는) 검사 이름으로 쓸 수 없습니다."_s.arg(name));
+        if (!IsPathPart(name) || !FitsSectionColumn(name))
+            m_setup.problems.append(
+                u"[Client] EtcList의 \"%1\"은(는) 검사 이름으로 쓸 수 없습니다."_s.arg(name.left(60)));
         names.append(name);
     }
     m_setup.client.EtcList = names.join(u',');

@@ -30,8 +30,9 @@ void Note(const QString& text)
 
 QStringList Candidates()
 {
-    if (qEnvironmentVariableIsSet(SetupVariable))
-        return {qEnvironmentVariable(SetupVariable)};
+    const QString named = qEnvironmentVariable(SetupVariable);
+    if (!named.trimmed().isEmpty())
+        return {named};
     return {UseService<Desktop>().ProgramFolder() + u"/Setup.ini"_s, u"/etc/capture-station/Setup.ini"_s};
 }
 

@@ -1,12 +1,17 @@
 #include "contracts/desktop.h"
 #include "contracts/components.h"
+#include "contracts/printing.h"
 #include "platform/desktop/program_folder.h"
 #include "platform/desktop/register_desktop.h"
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
+#include <QDialogButtonBox>
 #include <QDir>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
@@ -54,6 +59,7 @@ private Q_SLOTS:
     void PointerIsNormalUnderABox();
     void PumpsUntilDone();
     void PrinterDialogCancelled();
+    void PrinterDialogWithAFile();
     void ProgramFolder_data();
     void ProgramFolder();
     void ProgramEndsInThePump(); // The last: no event loop runs after it.
@@ -199,6 +205,35 @@ void DesktopTest::PrinterDialogCancelled()
     closer.start(5);
     UseService<Desktop>().ShowPrinterDialog();
     QVERIFY(seen);
+}
+
+void DesktopTest::PrinterDialogWithAFile()
+{
+    static QStringList used;
+    class KeptOptions final : public PrinterOptions
+    {
+        void UseFolder(const QString&) override {}
+        void UsePrinter(const QString& name) override { used << u"printer "_s + name; }
+        void UseFile(const QString& path) override { used << path; }
+    };
+    InstallService<PrinterOptions>(std::make_unique<KeptOptions>());
+    const QTemporaryDir folder;
+    QTimer chooser;
+    connect(&chooser, &QTimer::timeout, this, [&] {
+        QWidget* dialog = QApplication::activeModalWidget();
+        if (dialog == nullptr)
+            return;
+        chooser.stop();
+        auto* printers = dialog->findChild<QComboBox*>(u"printers"_s);
+        printers->setCurrentIndex(printers->count() - 1);
+        Q_EMIT printers->activated(printers->currentIndex());
+        dialog->findChild<QLineEdit*>(u"filename"_s)->setText(folder.filePath(u"소견.pdf"_s));
+        dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    });
+    chooser.start(5);
+    UseService<Desktop>().ShowPrinterDialog();
+    QCOMPARE(used, QStringList{folder.filePath(u"소견.pdf"_s)});
+    InstallService<PrinterOptions>(nullptr);
 }
 
 void DesktopTest::ProgramFolder_data()

@@ -130,6 +130,24 @@ private Q_SLOTS:
         QVERIFY(qAbs(rule.center().y() - m_grid.Y[8]) < 20);
     }
 
+    void PagesIntoOneChosenFile()
+    {
+        const QString chosen = m_folder->filePath(u"소견.PDF"_s);
+        WriteWholeFile(chosen, "replaced, as the dialog has asked");
+        WriteWholeFile(m_folder->filePath(u"소견-2.PDF"_s), "kept");
+        UseService<PrinterOptions>().UseFile(chosen);
+        for (const QString& text : {u"첫째 장"_s, u"둘째 장"_s, u"셋째 장"_s}) {
+            m_canvas->myCelText(m_grid, text, 3, 5, 2, 69, Printer(), u"C"_s);
+            Printer().EndDoc();
+        }
+        QCOMPARE(Files().ReadFile(m_folder->filePath(u"소견-2.PDF"_s)), "kept");
+        DeleteFile(m_folder->filePath(u"소견-2.PDF"_s));
+        const PdfPages pages(m_folder->path());
+        QCOMPARE(pages.Files(), (QStringList{u"소견-3.PDF"_s, u"소견-4.PDF"_s, u"소견.PDF"_s}));
+        QVERIFY(pages.Text(0).contains(u"둘째"_s) && pages.Text(1).contains(u"셋째"_s));
+        QVERIFY(pages.Text(2).contains(u"첫째"_s));
+    }
+
     void ASheetThatCannotBePrintedIsGone()
     {
         UseService<PrinterOptions>().UseFolder({});

@@ -213,6 +213,7 @@ void SetupTest::tellsWhatIsWrong_data()
         {"section above the root", u"EtcList"_s, u"EtcList=위내시경,.."_s, u"\"..\"은(는) 검사 이름으로"_s},
         {"section with a slash", u"EtcList"_s, u"EtcList=위/장"_s, u"\"위/장\""_s},
         {"section with a backslash", u"EtcList"_s, u"EtcList=..\\위"_s, u"\"..\\위\""_s},
+        {"section that its column would cut", u"EtcList"_s, u"EtcList="_s + QString(101, u'a'), u"검사 이름으로"_s},
         {"section with an end mark", u"EtcList"_s, u"EtcList=위"_s + QChar(u'\0') + u"장"_s,
          u"검사 이름으로 쓸 수 없습니다."_s},
     };
@@ -286,6 +287,8 @@ void SetupTest::findsTheFile()
     QVERIFY(nowhere.shown.first().contains(u"/etc/capture-station/Setup.ini"_s));
 
     Put("[Database]\nDriver=QSQLITE\nName=beside\n[Client]\nCaptureRoot=root/\n");
+    QVERIFY(SetupRead(false).started);
+    qputenv("CAPTURE_STATION_SETUP", "");
     QVERIFY(SetupRead(false).started);
     Put("[Database]\nDriver=QSQLITE\nName=named\n[Client]\nCaptureRoot=other/\n", u"다른 설정.ini"_s);
     qputenv("CAPTURE_STATION_SETUP", QFile::encodeName(m_folder->filePath(u"다른 설정.ini"_s)));

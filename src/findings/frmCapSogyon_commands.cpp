@@ -1,0 +1,208 @@
+#include "contracts/components.h"
+#include "contracts/desktop.h"
+#include "contracts/findings_popups.h"
+#include "contracts/guard.h"
+#include "findings/findings_print.h"
+#include "findings/findings_record.h"
+#include "findings/findings_rows.h"
+#include "findings/FindingsBox.h"
+#include "findings/frmCapSogyon.h"
+#include "findings/frmSoFind.h"
+#include "launch/context/VisitContext.h"
+#include "records/text/text_routines.h"
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QScopeGuard>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+enum Button : int { ButtonFind, ButtonSave, ButtonDelete, ButtonPrint, ButtonExit, ButtonCancel };
+
+const QString SaveQuestion = u"저장하시겠습니까?"_s;
+} // namespace
+
+void frmCapSogyon::RunButton(int index)
+{
+    // A fill and a print serve events: nothing else may change the record meanwhile.
+    if (m_listing || m_printing)
+        return;
+    switch (index) {
+    case ButtonFind:
+        OpenFromList();
+        break;
+    case ButtonSave:
+        if (AskYesNo(SaveQuestion) && SaveFindings() != Saved::Cut)
+            SogyonClear();
+        break;
+    case ButtonDelete:
+        DeleteFindings();
+        SogyonClear();
+        break;
+    case ButtonPrint:
+        if (PrintFindings() != Saved::Cut)
+            SogyonClear();
+        break;
+    case ButtonExit:
+        Close();
+        break;
+    case ButtonCancel:
+        SogyonClear();
+        break;
+    default:
+        break;
+    }
+}
+
+void frmCapSogyon::TakeInput()
+{
+    FindingsRecord.Balymd = LayIntoMask(m_txtPyy->text(), u"0000") + LayIntoMask(m_cmbPmm->currentText(), u"00") +
+                            LayIntoMask(m_cmbPdd->currentText(), u"00");
+    FindingsRecord.Jinchal = m_cmbJinchal->currentText().left(2);
+    FindingsRecord.Doctor = Trim(m_txtDoctor->text());
+    FindingsRecord.Myonheo = Trim(m_txtMyonheo->text());
+    FindingsRecord.Sogyon = m_txtSogyon->Text();
+    FindingsRecord.Bigo = m_txtBigo->Text();
+    FindingsRecord.Yoyangno = Trim(m_txtYoyangno->text());
+    FindingsRecord.Hospital = Trim(m_txtHospital->text());
+}
+
+frmCapSogyon::Saved frmCapSogyon::SaveFindings()
+{
+    FindingsRecordRollback rollback;
+    TakeInput();
+    if (Trim(FindingsRecord.Sogyon).isEmpty()) {
+        rollback.Keep();
+        ShowInformation(u"저장할 소견 내용이 없습니다.!!"_s);
+        return Saved::No;
+    }
+    const bool renumbered = StoreFindings();
+    rollback.Keep();
+    if (renumbered) {
+        m_txtYeonNo->setText(LayIntoMask(FindingsRecord.Yeonno, u"0000-000000"));
+        ShowInformation(u"다른 곳에서 같은 번호를 사용하여 새 번호로 저장합니다.!!"_s);
+    }
+    const QString cut = CutTextsOfFindings();
+    if (cut.isEmpty())
+        return Saved::Whole;
+    ShowInformation(cut);
+    return Saved::Cut;
+}
+
+void frmCapSogyon::DeleteFindings()
+{
+    if (Trim(FindingsRecord.Yeonno).isEmpty())
+        return;
+    if (AskYesNo(u"삭제하시겠습니까?"_s))
+        RemoveFindings();
+}
+
+void frmCapSogyon::Close()
+{
+    if (!Trim(m_txtSogyon->Text()).isEmpty() && AskYesNo(SaveQuestion))
+        SaveFindings();
+    Unload();
+}
+
+frmCapSogyon::Saved frmCapSogyon::PrintFindings()
+{
+    if (!AskYesNo(u"출력하시겠습니까?"_s))
+        return Saved::No;
+    if (Trim(FindingsRecord.Chart).isEmpty()) {
+        ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
+        return Saved::No;
+    }
+    const Saved saved = SaveFindings();
+    if (saved == Saved::No)
+        return saved;
+    SplitTextLines(*m_txtSogyon, FindingsRecord.SogyonLines);
+    SplitTextLines(*m_txtBigo, FindingsRecord.BigoLines);
+    m_printing = true;
+    const auto end = qScopeGuard([this] { m_printing = false; });
+    // The report is stored by now: a printer that refuses costs nothing but the paper.
+    Guarded([this] { PrintFindingsPages(m_imgSogyon, *this); });
+    return saved;
+}
+
+void frmCapSogyon::OpenFromList()
+{
+    // A report that was chosen, but can't be shown, isn't the one on the screen.
+    FindingsRecordRollback rollback;
+    FillFindingsList();
+    if (!IsUnloaded())
+        ShowFindings();
+    rollback.Keep();
+}
+
+void frmCapSogyon::FillFindingsList()
+{
+    m_listing = true;
+    const auto end = qScopeGuard([this] { m_listing = false; });
+    frmSoFind& list = Form<frmSoFind>();
+    try {
+        if (list.FillAll() && !IsUnloaded()) {
+            list.move(geometry().center() - list.rect().center());
+            list.ShowModal();
+        }
+    } catch (...) {
+        list.Unload();
+        throw;
+    }
+    list.Unload();
+}
+
+void frmCapSogyon::StepPrintYear(int years)
+{
+    if (Trim(m_txtPyy->text()).isEmpty()) {
+        ShowInformation(u"출력년도를 확인하세요.!!"_s);
+        m_txtPyy->setFocus();
+        return;
+    }
+    const int year = WholeNumber(m_txtPyy->text()) + years;
+    if (Trim(m_cmbPmm->currentText()).isEmpty()) {
+        ShowInformation(u"출력월를 확인하세요.!!"_s);
+        m_cmbPmm->setFocus();
+        return;
+    }
+    if (Trim(m_cmbPdd->currentText()).isEmpty()) {
+        ShowInformation(u"출력일를 확인하세요.!!"_s);
+        m_cmbPdd->setFocus();
+        return;
+    }
+    m_txtPyy->setText(LayIntoMask(QString::number(year), u"0000"));
+}
+
+void frmCapSogyon::ShowEarlierFindings()
+{
+    const QString text = Trim(m_txtSogyon->Text());
+    if (text.isEmpty())
+        return;
+    const auto picker = CreateObject<clsChartPicker>(u"prjChartPicker.clsChartPicker"_s);
+    picker->setkleft(3330);
+    picker->setktop(3330);
+    picker->Soapp(ClientSetup, Connection, text, 3);
+}
+
+void frmCapSogyon::ChooseOpinion()
+{
+    QString chosen;
+    const auto pad = CreateObject<clsOpinionPad>(u"prjOpinionPad.clsOpinionPad"_s);
+    pad->setJnleft(3690);
+    pad->setJntop(4275);
+    pad->Sosearch(ClientSetup, Connection, u"4"_s, chosen);
+    if (!Trim(chosen).isEmpty())
+        AppendOpinionText(chosen);
+}
+
+void frmCapSogyon::AppendOpinionText(const QString& code)
+{
+    const QString text = OpinionText(code.mid(2));
+    if (text.isNull())
+        return;
+    // As typed at the end, so that it can be undone like typing.
+    QTextCursor cursor(m_txtSogyon->document());
+    cursor.movePosition(QTextCursor::End);
+    cursor.insertText(text);
+    m_txtSogyon->setTextCursor(cursor);
+}
