@@ -59,7 +59,8 @@ void frmCapture::BuildControls()
     m_dtpYmd->setReadOnly(true);
     m_dtpYmd->setFocusPolicy(Qt::NoFocus);
     MakeLabel(this, u"lbl(1)"_s, u"장치종류"_s, RectFromTwips(12000, 690, 855, 315));
-    m_cmbEtc = Named(new ValueCombo(this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
+    m_cmbEtc =
+        Named(new ValueCombo(u"cmbEtc"_s, this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
     // A section outside the list stands as its text all the same; nothing can be typed.
     m_cmbEtc->lineEdit()->setReadOnly(true);
 

@@ -59,7 +59,7 @@ QLineEdit* MakeBox(QWidget* parent, const BoxPlace& place)
 /// A list whose text can be one that it doesn't hold.
 QComboBox* MakeList(QWidget* parent, const QString& name, const QString& label, const QRect& place)
 {
-    return Named(new ValueCombo(parent), name, label, place);
+    return Named(new ValueCombo(name, parent), name, label, place);
 }
 
 constexpr int SlotLeft[] = {120, 1560};

@@ -9,8 +9,10 @@
 #include <QSignalBlocker>
 #include <QStyleOption>
 
-ValueCombo::ValueCombo(QWidget* parent) : QComboBox(parent)
+ValueCombo::ValueCombo(const QString& name, QWidget* parent) : QComboBox(parent)
 {
+    // Before the line of text is made: rules of a style sheet that go by the name are looked up then, and kept.
+    setObjectName(name);
     setEditable(true);
     setInsertPolicy(QComboBox::NoInsert);
     lineEdit()->installEventFilter(this);

@@ -9,7 +9,8 @@ class ValueCombo : public QComboBox
     Q_OBJECT
 
 public:
-    explicit ValueCombo(QWidget* parent);
+    /// `name` becomes the object's name.
+    ValueCombo(const QString& name, QWidget* parent);
 
     void showPopup() override;
 

@@ -109,7 +109,10 @@ private Q_SLOTS:
             shown.setEditText(typed);
         QTest::keyClick(&shown, key);
         QTEST(shown.currentText(), "value");
-        QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), list == u"cmbJinchal" ? u"나누리"_s : u"다온유"_s);
+        const bool isDoctor = list == u"cmbJinchal";
+        QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), isDoctor ? u"나누리"_s : u"다온유"_s);
+        // Blue, and the print date orange.
+        QCOMPARE(shown.lineEdit()->palette().color(QPalette::Text).rgb(), isDoctor ? 0xff0000ffU : 0xffc24e00U);
     }
 
     void ClearedAfterEachCommand_data()

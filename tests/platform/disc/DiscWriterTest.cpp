@@ -145,7 +145,7 @@ private Q_SLOTS:
             u"xorriso가 오류를 알렸습니다.!!\n(libburn : FATAL : <img src=x> xx"_s);
         QTest::newRow("the image's disk is full")
             << u"trap '' XFSZ; %1 && ulimit -f 200; exec $REAL \"$@\""_s.arg(writes)
-            << QStringList{u"쓰지 못했습니다.!!"_s};
+            << QStringList{u"이미지를 저장할 디스크의 남은 공간이 부족합니다.!!\n(libburn"_s};
         QTest::newRow("a file vanishes before it is written")
             << u"rm -f \"$STAGED/b.jpg\"; exec $REAL \"$@\""_s << QStringList{u"없어진 파일"_s, u"b.jpg"_s};
         QTest::newRow("a file grows while it is written")
