@@ -2,6 +2,7 @@
 
 #include "contracts/components.h"
 #include "contracts/ImageList.h"
+#include "contracts/plain_text.h"
 
 #include <QMenu>
 #include <QResizeEvent>
@@ -19,7 +20,7 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
         auto* tool = new QToolButton(this);
         tool->setObjectName(button.caption);
         tool->setAccessibleName(button.caption);
-        tool->setText(button.caption);
+        tool->setText(CaptionText(button.caption));
         tool->setIcon(pictures.Picture(button.imageKey));
         tool->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         tool->setFocusPolicy(Qt::NoFocus);
@@ -27,7 +28,7 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
         if (!button.entries.isEmpty()) {
             auto* menu = new QMenu(tool);
             for (const QString& entry : button.entries) {
-                QAction* action = menu->addAction(entry);
+                QAction* action = menu->addAction(CaptionText(entry));
                 action->setObjectName(entry);
                 connect(action, &QAction::triggered, this, [this, entry] { Q_EMIT ButtonMenuClick(entry); });
             }

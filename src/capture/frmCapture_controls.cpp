@@ -4,6 +4,7 @@
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/MSComm.h"
+#include "contracts/plain_text.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/twips.h"
 #include "contracts/VideoCap.h"
@@ -33,7 +34,7 @@ const QList<CommandBar::Button> Commands = {
 
 QLabel* MakeLabel(QWidget* parent, const QString& name, const QString& text, const QRect& place)
 {
-    return Named(new QLabel(text, parent), name, text, place);
+    return Named(new PlainLabel(text, parent), name, text, place);
 }
 
 } // namespace
@@ -68,9 +69,9 @@ void frmCapture::BuildControls()
     m_txtCapChamgo = Named(new NoteBox(this), u"txtCapChamgo"_s, u"참고사항"_s, RectFromTwips(9480, 1035, 5730, 390));
     m_txtCapChamgo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_txtCapChamgo->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
-    m_lblMovie = Named(new QLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
+    m_lblMovie = Named(new PlainLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
     m_lblMovieStatus =
-        Named(new QLabel(this), u"lblMovieStatus"_s, u"동영상 프레임"_s, RectFromTwips(9480, 1695, 5745, 240));
+        Named(new PlainLabel(this), u"lblMovieStatus"_s, u"동영상 프레임"_s, RectFromTwips(9480, 1695, 5745, 240));
 
     m_picture1 = Named(&PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this), u"Picture1"_s, QString(),
                        RectFromTwips(15960, 1320, 10215, 8535));
@@ -78,8 +79,8 @@ void frmCapture::BuildControls()
 
     auto* pic = Named(new QWidget(this), u"pic"_s, u"캡쳐과거내역"_s, RectFromTwips(8415, 1950, 6810, 8535));
     MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));
-    m_lblHisYmd = Named(new QLabel(pic), u"lblHisYmd"_s, u"과거 캡쳐일자"_s, RectFromTwips(1680, 0, 1335, 240));
-    m_lblHisEtc = Named(new QLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
+    m_lblHisYmd = Named(new PlainLabel(pic), u"lblHisYmd"_s, u"과거 캡쳐일자"_s, RectFromTwips(1680, 0, 1335, 240));
+    m_lblHisEtc = Named(new PlainLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
     m_sprCap[2] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(3)"_s, u"캡쳐과거내역"_s,
                         RectFromTwips(15, 240, 6750, 3195));
     m_sprCap[1] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(2)"_s, u"과거 캡쳐그림"_s,

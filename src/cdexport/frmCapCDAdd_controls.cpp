@@ -3,6 +3,7 @@
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/twips.h"
 
@@ -37,7 +38,7 @@ void frmCapCDAdd::BuildControls()
     for (const QString& caption : {u"이미지"_s, u"동영상"_s}) {
         auto* panel = new QWidget(m_tabCapCD);
         panel->setObjectName(u"cszCapCD(%1)"_s.arg(m_tabCapCD->count()));
-        m_tabCapCD->addTab(panel, caption);
+        m_tabCapCD->addTab(panel, CaptionText(caption));
     }
     BuildLists();
 

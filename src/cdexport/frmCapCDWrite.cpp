@@ -7,6 +7,7 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
 #include "contracts/twips.h"
 #include "launch/context/VisitContext.h"
@@ -15,7 +16,6 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QFileInfo>
-#include <QLabel>
 #include <QPushButton>
 
 #include <algorithm>
@@ -42,7 +42,7 @@ void frmCapCDWrite::BuildControls()
     setWindowTitle(u"CD저장"_s);
     setFixedSize(PixelsFromTwips(9600), PixelsFromTwips(6600));
     const auto addLabel = [this](const QString& name, const QString& text, const QRect& place) {
-        auto* label = new QLabel(text, this);
+        auto* label = new PlainLabel(text, this);
         label->setObjectName(name);
         label->setGeometry(place);
         return label;
@@ -103,7 +103,7 @@ void frmCapCDWrite::Form_Load()
     m_cmbCDList->setCurrentIndex(0);
     m_stagingPath = NewBurner()->burnArea();
     m_lblStagingArea->setText(m_stagingPath);
-    m_lblStagingArea->setToolTip(m_stagingPath);
+    m_lblStagingArea->setToolTip(ToolTipText(m_stagingPath));
     ListStagingArea(m_stagingPath);
 }
 

@@ -3,6 +3,7 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
 #include "contracts/twips.h"
 #include "contracts/VideoCap.h"
@@ -11,7 +12,6 @@
 #include "records/text/text_routines.h"
 
 #include <QComboBox>
-#include <QLabel>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -53,13 +53,13 @@ void frmCapSet::BuildControls()
 {
     setWindowTitle(u"장치설정"_s);
     setFixedSize(PixelsFromTwips(6600), PixelsFromTwips(3600));
-    auto* heading = new QLabel(u"   장치설정..."_s, this);
+    auto* heading = new PlainLabel(u"   장치설정..."_s, this);
     heading->setObjectName(u"Label"_s);
     heading->setGeometry(RectFromTwips(120, 120, 6360, 360));
 
     int top = 600;
     const auto addList = [this, &top](const QString& name, const QString& caption) {
-        auto* label = new QLabel(caption, this);
+        auto* label = new PlainLabel(caption, this);
         label->setGeometry(RectFromTwips(240, top, 1200, 360));
         auto* list = new QComboBox(this);
         list->setObjectName(name);

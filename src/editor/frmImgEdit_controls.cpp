@@ -1,4 +1,5 @@
 #include "contracts/components.h"
+#include "contracts/plain_text.h"
 #include "contracts/twips.h"
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
@@ -44,11 +45,12 @@ void frmImgEdit::BuildControls()
     setWindowTitle(u"이미지편집"_s);
     setFixedSize(PixelsFromTwips(10815), PixelsFromTwips(8070));
 
-    auto* lbl = Named(new QLabel(u"이미지편집"_s, this), u"lbl"_s, u"이미지편집"_s, RectFromTwips(90, 0, 1350, 330));
+    auto* lbl =
+        Named(new PlainLabel(u"이미지편집"_s, this), u"lbl"_s, u"이미지편집"_s, RectFromTwips(90, 0, 1350, 330));
     QFont banner = lbl->font();
     banner.setBold(true);
     lbl->setFont(banner);
-    m_lblFilePath = Named(new QLabel(this), u"lblFilePath"_s, u"그림파일"_s, RectFromTwips(1500, 0, 9225, 330));
+    m_lblFilePath = Named(new PlainLabel(this), u"lblFilePath"_s, u"그림파일"_s, RectFromTwips(1500, 0, 9225, 330));
     m_lblFilePath->setTextFormat(Qt::PlainText);
     m_lblFilePath->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 

@@ -1,6 +1,7 @@
 #include "findings/OpinionPad.h"
 
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 #include "findings/popup_window.h"
 #include "records/Statement.h"
 
@@ -45,7 +46,7 @@ public:
     {
         auto* item = new QListWidgetItem(code + u"  "_s + text.simplified(), m_list);
         item->setData(CodeRole, code);
-        item->setToolTip(text);
+        item->setToolTip(ToolTipText(text));
         if (m_list->count() == 1)
             m_list->setCurrentRow(0);
     }

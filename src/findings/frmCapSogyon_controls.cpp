@@ -1,6 +1,7 @@
 #include "contracts/components.h"
 #include "contracts/ImageList.h"
 #include "contracts/ImagXpress.h"
+#include "contracts/plain_text.h"
 #include "contracts/twips.h"
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
@@ -31,7 +32,7 @@ constexpr char16_t Colours[] =
 
 QLabel* MakeLabel(QWidget* parent, const QString& text, const QRect& place)
 {
-    auto* label = new QLabel(text, parent);
+    auto* label = new PlainLabel(text, parent);
     label->setGeometry(place);
     return label;
 }
@@ -131,7 +132,7 @@ void frmCapSogyon::BuildPictures()
             Named(&PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this), u"imgSogyon(%1)"_s.arg(number),
                   u"소견그림 %1"_s.arg(number), RectFromTwips(left, top, 1335, 1095));
         m_imgSogyon[at]->setFocusPolicy(Qt::NoFocus);
-        m_lblSogyon[at] = Named(new QLabel(this), u"lblSogyon(%1)"_s.arg(number), u"그림번호 %1"_s.arg(number),
+        m_lblSogyon[at] = Named(new PlainLabel(this), u"lblSogyon(%1)"_s.arg(number), u"그림번호 %1"_s.arg(number),
                                 RectFromTwips(left, top + 1140, 1335, 255));
         m_lblSogyon[at]->setAlignment(Qt::AlignCenter);
     }

@@ -4,6 +4,7 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 #include "contracts/twips.h"
 #include "findings/findings_rows.h"
 #include "records/Statement.h"
@@ -11,7 +12,6 @@
 
 #include <QElapsedTimer>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPointer>
 #include <QScopeGuard>
@@ -72,7 +72,7 @@ void frmSoFind::BuildControls()
 {
     setWindowTitle(u"캡쳐소견서조회..."_s);
     setFixedSize(PixelsFromTwips(8100), PixelsFromTwips(4455));
-    auto* heading = new QLabel(u"캡쳐소견서 조회..."_s, this);
+    auto* heading = new PlainLabel(u"캡쳐소견서 조회..."_s, this);
     heading->setObjectName(u"lbl"_s);
     heading->setGeometry(RectFromTwips(0, 0, 8175, 375));
     heading->setStyleSheet(u"color: #ffffff; background: #008080; padding-left: 8px;"_s);

@@ -7,6 +7,7 @@
 #include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
+#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/twips.h"
@@ -19,7 +20,6 @@
 #include "viewing/CaptureSheet.h"
 #include "viewing/sheet_pictures.h"
 
-#include <QLabel>
 #include <QMenu>
 
 using namespace Qt::StringLiterals;
@@ -50,11 +50,11 @@ void CapShow::BuildControls()
     m_sbarCap->setAccessibleName(u"환자 정보"_s);
     m_sbarCap->setGeometry(RectFromTwips(0, 0, 12960, 285));
     m_sbarCap->setPanelCount(8);
-    m_lblYmd = new QLabel(this);
+    m_lblYmd = new PlainLabel(this);
     m_lblYmd->setObjectName(u"lblYmd"_s);
     m_lblYmd->setAccessibleName(u"캡쳐일자"_s);
     m_lblYmd->setGeometry(RectFromTwips(120, 300, 1500, 285));
-    m_lblEtc = new QLabel(this);
+    m_lblEtc = new PlainLabel(this);
     m_lblEtc->setObjectName(u"lblEtc"_s);
     m_lblEtc->setAccessibleName(u"캡쳐종류"_s);
     m_lblEtc->setGeometry(RectFromTwips(1680, 300, 6000, 285));

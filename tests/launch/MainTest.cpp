@@ -3,6 +3,7 @@
 #include "contracts/cd.h"
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
+#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "launch/context/VisitContext.h"
@@ -12,11 +13,17 @@
 #include "viewing/CapShow.h"
 
 #include <QComboBox>
+#include <QFile>
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
+#include <QTextDocumentFragment>
 #include <QTimer>
 #include <QToolButton>
+
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -234,6 +241,61 @@ private Q_SLOTS:
         else
             m_box->Run(u"ALTER TABLE wj RENAME COLUMN gone TO wj_tel;"_s);
         QVERIFY(Open(form));
+    }
+
+    /// Markup, and the mark of a shortcut, in every text that the database holds.
+    void WhatTheDatabaseHoldsShowsAsItStands()
+    {
+        const QString pipe = m_box->Root() + u"pipe"_s;
+        MakeFolder(m_box->Root());
+        QCOMPARE(mkfifo(QFile::encodeName(NativePath(pipe)).constData(), 0600), 0);
+        const int watch = inotify_init1(IN_NONBLOCK);
+        QVERIFY(inotify_add_watch(watch, QFile::encodeName(NativePath(pipe)).constData(), IN_OPEN) >= 0);
+        qputenv("XDG_DATA_HOME", m_box->Root().toUtf8());
+        PreparedProfile::prepared.BurnerImage = m_box->Root() + u"cd.iso"_s;
+        const QString text = u"<img src=\"%1\"><b>&x"_s.arg(NativePath(pipe));
+        const QString section = u"<b>&x<img src=p>"_s;
+        m_box->AddPicture(u"20261124"_s, section, 1, u""_s);
+        m_box->Run(
+            u"INSERT INTO caso (caso_yeonno, caso_chart, caso_ymd) VALUES ('2026000001', '00001234', '20261124');"
+            "INSERT INTO doctor (doctor_code, doctor_ymd, doctor_kwamok) VALUES ('11', '20200101', '01');"
+            "INSERT INTO so (so_code, so_gubun) VALUES ('1', '4');"_s);
+        const QStringList columns = {u"wj_suname"_s,   u"wj_tel"_s,       u"wj_bunji"_s,    u"pt_myung"_s,
+                                     u"ca_chamgo"_s,   u"doctor_myung"_s, u"doctor_name"_s, u"doctor_meonheo"_s,
+                                     u"so_myung"_s,    u"caso_suname"_s,  u"caso_sogyon"_s, u"caso_bigo"_s,
+                                     u"caso_doctor"_s, u"caso_hospital"_s};
+        for (const QString& column : columns)
+            m_box->Run(u"UPDATE %1 SET %2 = '%3';"_s.arg(column.section(u'_', 0, 0), column, text));
+
+        const QString etc = QString::fromUtf16(u"A01 00001234011120261124") + section;
+        for (const QString& first : {etc, u"C"_s + etc.mid(1)}) {
+            m_box->Desk().command = first;
+            Main();
+            QVERIFY(!m_box->Desk().ended);
+            if (first == etc) {
+                Q_EMIT static_cast<frmCapture*>(FindForm(u"frmCapture"_s))->sprCap(3).DblClick(1, 1);
+                for (const QString& form : {u"frmCapCDWrite"_s, u"frmCapCDAdd"_s, u"frmCapSogyon"_s, u"frmSoFind"_s})
+                    QVERIFY2(Open(form), qPrintable(form));
+            }
+            int texts = 0;
+            for (const QWidget* window : QApplication::topLevelWidgets()) {
+                for (const QLabel* label : window->findChildren<QLabel*>()) {
+                    QVERIFY2(label->textFormat() == Qt::PlainText, qPrintable(label->objectName()));
+                    texts += label->text() == text || label->text() == section ? 1 : 0;
+                }
+                for (const QWidget* widget : window->findChildren<QWidget*>())
+                    QVERIFY(!widget->toolTip().contains(u"<img"_s));
+            }
+            QVERIFY(texts >= 3);
+            QCOMPARE(QTextDocumentFragment::fromHtml(ToolTipText(text)).toPlainText(), text);
+            const QList<StationForm*> forms = LoadedForms();
+            for (StationForm* form : forms)
+                form->Unload();
+            m_box->Desk().ended = false;
+        }
+        char event[256];
+        QVERIFY(read(watch, event, sizeof event) < 0); // Nobody has opened the pipe.
+        close(watch);
     }
 
     void ATableThatCantBeMade_data()

@@ -1,5 +1,7 @@
 #include "platform/desktop/PanelBar.h"
 
+#include "contracts/plain_text.h"
+
 #include <QHBoxLayout>
 #include <QHelpEvent>
 #include <QLabel>
@@ -22,10 +24,10 @@ const std::array<QString, 7> Usual{u"00000000"_s,      u"00"_s, u"남궁대한�
                                    u"000000-0000000"_s};
 
 /// Keeps its whole text for those who ask, and paints what has room.
-class ElidedLabel final : public QLabel
+class ElidedLabel final : public PlainLabel
 {
 public:
-    using QLabel::QLabel;
+    using PlainLabel::PlainLabel;
 
     void setRemark(const QString& remark)
     {
@@ -55,13 +57,13 @@ protected:
     bool event(QEvent* event) override
     {
         if (event->type() != QEvent::ToolTip)
-            return QLabel::event(event);
+            return PlainLabel::event(event);
         QStringList lines;
         if (fontMetrics().horizontalAdvance(text()) > width() - 2 * TextMargin)
             lines << text();
         if (!m_remark.isEmpty())
             lines << m_remark;
-        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), lines.join(u'\n'), this);
+        QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), ToolTipText(lines.join(u'\n')), this);
         return true;
     }
 
@@ -84,7 +86,6 @@ void PanelBar::setPanelCount(int panels)
     while (m_panels.size() < panels) {
         auto* panel = new ElidedLabel(this);
         panel->setObjectName(u"panel(%1)"_s.arg(m_panels.size() + 1));
-        panel->setTextFormat(Qt::PlainText);
         panel->setProperty("statusPanel", true);
         m_row->addWidget(panel);
         m_panels << panel;

@@ -1,10 +1,10 @@
 #include "platform/disc/BurnWindow.h"
 
 #include "contracts/guard.h"
+#include "contracts/plain_text.h"
 
 #include <QApplication>
 #include <QCloseEvent>
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -29,11 +29,11 @@ BurnWindow::BurnWindow()
     setObjectName(u"burnWindow"_s);
     setWindowTitle(u"CD저장"_s);
     setAttribute(Qt::WA_StyledBackground);
-    m_lblStage = Named(new QLabel(this), u"lblStage"_s, u"상태"_s);
+    m_lblStage = Named(new PlainLabel(this), u"lblStage"_s, u"상태"_s);
     m_lblStage->setTextFormat(Qt::PlainText);
     m_lblStage->setWordWrap(true);
     m_barBurn = Named(new QProgressBar(this), u"barBurn"_s, u"진행"_s);
-    m_lblDetail = Named(new QLabel(this), u"lblDetail"_s, u"속도와 남은 시간"_s);
+    m_lblDetail = Named(new PlainLabel(this), u"lblDetail"_s, u"속도와 남은 시간"_s);
     m_cmdCancel = Named(new QPushButton(u"취소"_s, this), u"cmdCancel"_s, u"취소"_s);
     m_cmdEmpty = Named(new QPushButton(u"저장한 파일 비우기"_s, this), u"cmdEmpty"_s, u"저장한 파일 비우기"_s);
     m_cmdClose = Named(new QPushButton(u"닫기"_s, this), u"cmdClose"_s, u"닫기"_s);

@@ -3,12 +3,12 @@
 #include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
 #include "platform/disc/staged_files.h"
 
 #include <QApplication>
 #include <QEventLoop>
-#include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScopeGuard>
@@ -85,7 +85,7 @@ public:
         setAttribute(Qt::WA_StyledBackground);
         setMinimumWidth(380);
         auto* lines = new QVBoxLayout(this);
-        auto* label = new QLabel(name, this);
+        auto* label = new PlainLabel(name, this);
         label->setTextFormat(Qt::PlainText);
         m_bar.setRange(0, BarSteps);
         m_bar.setAccessibleName(u"복사 진행"_s);

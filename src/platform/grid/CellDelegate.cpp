@@ -1,6 +1,7 @@
 #include "platform/grid/CellDelegate.h"
 
 #include "contracts/colours.h"
+#include "contracts/plain_text.h"
 #include "platform/grid/SpreadModel.h"
 
 #include <QAbstractItemView>
@@ -148,6 +149,6 @@ bool CellDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view, const Q
     if (text.isEmpty() || !cut)
         QToolTip::hideText();
     else
-        QToolTip::showText(event->globalPos(), text.left(2000), view->viewport());
+        QToolTip::showText(event->globalPos(), ToolTipText(text), view->viewport());
     return true;
 }

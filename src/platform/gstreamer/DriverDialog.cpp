@@ -1,5 +1,6 @@
 #include "platform/gstreamer/DriverDialog.h"
 
+#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/TestPictureState.h"
 #include "platform/gstreamer/V4l2Device.h"
@@ -8,7 +9,6 @@
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QLabel>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalBlocker>
@@ -37,7 +37,7 @@ void DriverDialog::AddControl(const PictureControl& control, const Apply& apply)
 
 void DriverDialog::AddSwitch(const PictureControl& control, const Apply& apply)
 {
-    auto* box = new QCheckBox(control.name);
+    auto* box = new QCheckBox(CaptionText(control.name));
     box->setObjectName(control.name);
     box->setChecked(control.value != 0);
     connect(box, &QCheckBox::toggled, this, [box, control, apply](bool on) {
@@ -58,7 +58,7 @@ void DriverDialog::AddSlider(const PictureControl& control, const Apply& apply)
     slider->setRange(0, int((qint64(control.maximum) - control.minimum) / control.step));
     slider->setPageStep(qMax(1, slider->maximum() / 10));
     slider->setValue((control.value - control.minimum) / control.step);
-    auto* value = new QLabel(QString::number(control.value));
+    auto* value = new PlainLabel(QString::number(control.value), this);
     value->setMinimumWidth(48);
     value->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     auto* standard = new QPushButton(u"기본값"_s);
@@ -79,7 +79,7 @@ void DriverDialog::AddSlider(const PictureControl& control, const Apply& apply)
     row->addWidget(slider, 1);
     row->addWidget(value);
     row->addWidget(standard);
-    m_rows->addRow(control.name, row);
+    m_rows->addRow(new PlainLabel(control.name, this), row);
 }
 
 void DriverDialog::AddChoice(const QString& label, const QStringList& names, int present,
@@ -91,13 +91,13 @@ void DriverDialog::AddChoice(const QString& label, const QStringList& names, int
     box->addItems(names);
     box->setCurrentIndex(present);
     connect(box, &QComboBox::activated, this, choose);
-    m_rows->addRow(label, box);
+    m_rows->addRow(new PlainLabel(label, this), box);
 }
 
 void DriverDialog::Run()
 {
     if (m_rows->rowCount() == 0)
-        m_rows->addRow(new QLabel(u"바꿀수 있는 항목이 없습니다."_s));
+        m_rows->addRow(new PlainLabel(u"바꿀수 있는 항목이 없습니다."_s, this));
     exec();
 }
 
