@@ -54,6 +54,8 @@ public:
     virtual QPointF PictureFromView(QPointF point) const = 0;
     /// Shown size of one picture pixel, in widget pixels.
     virtual qreal ViewScale() const = 0;
+    /// Size of a font's point, in pixels of the picture: 1/360 of its height, at least 4/3.
+    virtual qreal PointSize() const = 0;
 
     virtual void setDrawMode(int mode) = 0;
     virtual void setDrawStyle(int style) = 0;
@@ -65,7 +67,7 @@ public:
     virtual void DrawArc(float x1, float y1, float x2, float y2, int start, int end, double colour) = 0;
     /// Text with its upper left corner at the point, in the drawing font.
     virtual void DrawText(float x, float y, const QString& text, double colour) = 0;
-    /// Sizes are points at 96 dots an inch of the picture. Strikethrough is not drawn.
+    /// Sizes are points of `PointSize` each. Strikethrough is not drawn.
     virtual QFont DrawFont() const = 0;
     virtual void setDrawFont(const QFont& font) = 0;
 

@@ -10,9 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-// Dots an inch of a picture, by which the font's points become pixels.
-constexpr qreal PictureDots = 96;
-constexpr qreal PointsPerInch = 72;
 constexpr int CaretPixels = 4;
 /// What the platform's line edit keeps free beside and above its text.
 constexpr int EditMarginX = 2;
@@ -28,11 +25,11 @@ TextEntryBox::TextEntryBox(QWidget* parent) : QLineEdit(parent)
     connect(this, &QLineEdit::textChanged, this, &TextEntryBox::GrowWithText);
 }
 
-void TextEntryBox::Open(const QRect& place, qreal viewScale, const QColor& colour)
+void TextEntryBox::Open(const QRect& place, qreal pointPixels, const QColor& colour)
 {
     clear();
     QFont shown = m_textFont;
-    shown.setPixelSize(qMax(1, qRound(m_textFont.pointSizeF() * PictureDots / PointsPerInch * viewScale)));
+    shown.setPixelSize(qMax(1, qRound(m_textFont.pointSizeF() * pointPixels)));
     // The dark ground lets every colour be read, and the picture be seen.
     setStyleSheet(u"QLineEdit { background: rgba(20, 25, 30, 150); color: %1; border: none; padding: 0px; }"_s.arg(
         colour.name()));

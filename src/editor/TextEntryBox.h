@@ -14,8 +14,9 @@ public:
     const QFont& TextFont() const { return m_textFont; }
     void setTextFont(const QFont& font) { m_textFont = font; }
 
-    /// Opens the box, empty, over that part of its parent. `viewScale` is the shown size of one picture pixel.
-    void Open(const QRect& place, qreal viewScale, const QColor& colour);
+    /// Opens the box, empty, over that part of its parent. `pointPixels` is the shown size of one point of
+    /// the font.
+    void Open(const QRect& place, qreal pointPixels, const QColor& colour);
     /// Hides the box and empties it.
     void Close();
 

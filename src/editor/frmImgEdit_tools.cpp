@@ -118,7 +118,7 @@ void frmImgEdit::OpenTextBox()
     const QPointF extent = (m_end - m_start) * m_imgMain->ViewScale();
     const QRect place(corner.toPoint(), QSize(qRound(qAbs(extent.x())), qRound(qAbs(extent.y()))));
     m_textOpen = true;
-    m_txtText->Open(place, m_imgMain->ViewScale(), ColourOf(m_colour));
+    m_txtText->Open(place, m_imgMain->PointSize() * m_imgMain->ViewScale(), ColourOf(m_colour));
 }
 
 void frmImgEdit::OnTextEntered()

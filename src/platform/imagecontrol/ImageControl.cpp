@@ -20,9 +20,10 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int JpegQuality = 90;
 constexpr int BarPixels = 15;
-/// Dots an inch of a picture, by which a font's points become pixels.
-constexpr qreal PictureDots = 96;
-constexpr qreal PointsPerInch = 72;
+/// Points in the height of a picture, so that a text takes the same share of a large one as of a small one.
+constexpr qreal PointsInHeight = 360;
+/// A point is no smaller than at 96 dots an inch, whatever the picture.
+constexpr qreal SmallestPoint = 96.0 / 72.0;
 
 /// The platform's colour number has red in its low byte.
 QRgb ColourOf(double number)
@@ -86,6 +87,11 @@ void ImageControl::setPicture(const QImage& picture)
 void ImageControl::setSourceFile(const QString& path)
 {
     setPicture(path.isEmpty() ? QImage() : Pictures().LoadForeign(path));
+}
+
+qreal ImageControl::PointSize() const
+{
+    return qMax(SmallestPoint, m_picture.height() / PointsInHeight);
 }
 
 void ImageControl::setTargetFileType(int type)
@@ -177,7 +183,7 @@ void ImageControl::DrawText(float x, float y, const QString& text, double colour
     MakeDrawable();
     QFont font = m_drawFont;
     if (font.pointSizeF() > 0)
-        font.setPixelSize(qMax(1, qRound(font.pointSizeF() * PictureDots / PointsPerInch)));
+        font.setPixelSize(qMax(1, qRound(font.pointSizeF() * PointSize())));
     font.setStrikeOut(false);
     const QPointF baseline(x, static_cast<qreal>(y) + QFontMetricsF(font, &m_picture).ascent());
     QPainter painter(&m_picture);

@@ -36,6 +36,7 @@ public:
     QPointF ViewFromPicture(QPointF point) const override { return m_view.ViewFromPicture(point); }
     QPointF PictureFromView(QPointF point) const override { return m_view.PictureFromView(point); }
     qreal ViewScale() const override { return m_view.Scale(); }
+    qreal PointSize() const override;
 
     void setDrawMode(int mode) override { m_drawMode = mode; }
     void setDrawStyle(int style) override { m_drawStyle = style; }
