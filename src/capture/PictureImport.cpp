@@ -6,6 +6,7 @@
 #include "contracts/files.h"
 #include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
+#include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "records/text/text_routines.h"
 
@@ -79,7 +80,7 @@ void PictureImport::ImportFile(const QString& path)
     m_carrier.setSourceFile(QString());
     m_carrier.setSourceFile(path);
     m_carrier.Refresh();
-    if (m_carrier.Picture().isNull())
-        throw PlatformError(u"읽을 수 없는 그림파일입니다.!!"_s);
+    if (!CutFileName(m_carrier.Picture()).isEmpty())
+        throw PlatformError(u"잘린 그림파일입니다.!!"_s);
     m_stills.FilePicture(m_carrier);
 }

@@ -25,8 +25,9 @@ public:
     /// Null for an empty control. Read gives the picture with all that was drawn on it.
     virtual QImage Picture() const = 0;
     virtual void setPicture(const QImage& picture) = 0;
-    /// Loads that file, upright, in whatever picture format it is; an empty text, or a file that can't be read, empties
-    /// the control.
+    /// Loads that file, upright, in whatever picture format it is. An empty text empties the control; so does a file
+    /// that can't be read, and then PlatformError is thrown with the reason. Of a JPEG so large that it is shown at a
+    /// lower scale the control keeps the file, and writes that until it is drawn on.
     virtual void setSourceFile(const QString& path) = 0;
 
     virtual void setTargetFile(const QString& path) = 0;

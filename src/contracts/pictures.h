@@ -24,6 +24,20 @@ Q_SIGNALS:
     void Ready();
 };
 
+/// Name of the file that a picture comes from, when that file's data end early: the picture shows what there was. Empty
+/// for a whole picture. It goes along with every copy.
+QString CutFileName(const QImage& picture);
+/// With an empty name the picture counts as whole.
+void MarkCut(QImage& picture, const QString& fileName);
+
+/// What a file from anywhere gave.
+struct ForeignPicture
+{
+    QImage picture;
+    /// The file itself, when it is a JPEG so large that the picture is shown at a lower scale; else empty.
+    QByteArray original;
+};
+
 /// Reads picture files by their content, whatever their name says.
 class PictureReader
 {
@@ -31,22 +45,29 @@ public:
     virtual ~PictureReader() = default;
 
     /// The archive's picture at full size, turned as its orientation tag says; null when it can't be read, or is no
-    /// regular file. A link is not followed.
+    /// regular file. A link is not followed. A JPEG of more than 64 megapixels comes at half or a quarter of its size.
     virtual QImage Load(const QString& path) = 0;
-    /// The same for a file from anywhere, in any format that the station knows at all; of several pages the first.
-    /// Blocks for two seconds or so before it gives up; what a hostile file does to its decoder stays outside this
-    /// program.
-    virtual QImage LoadForeign(const QString& path) = 0;
+    /// The same for one whose file will be replaced by what becomes of it: never at a lower scale. Throws PlatformError
+    /// with the reason.
+    virtual QImage LoadToEdit(const QString& path) = 0;
+    /// A file from anywhere, in any format that the station knows at all; of several pages the first. Throws
+    /// PlatformError with the reason. Blocks for two seconds or so before it gives up; what a hostile file does to its
+    /// decoder stays outside this program.
+    virtual ForeignPicture LoadForeign(const QString& path) = 0;
     /// The picture scaled to fit into `room` with its shape kept, never enlarged; null when it can't be read. Much
     /// faster than the full one.
     virtual QImage LoadWithin(const QString& path, QSize room) = 0;
-    /// Several pictures, each to fit into `room`, or at full size with an invalid one.
+    /// The picture at the smallest scale at which it still fills `room`, so less than twice as large; never enlarged.
+    virtual QImage LoadToPrint(const QString& path, QSize room) = 0;
+    /// Several pictures, each to fit into `room`.
     virtual std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) = 0;
+    /// Several pictures, each as `LoadToPrint` gives it; no more than two lie decoded before they are taken.
+    virtual std::unique_ptr<PictureBatch> LoadAllToPrint(const QStringList& paths, QSize room) = 0;
     /// The picture of a file that is still in memory, decoded like one of a list while the caller goes on.
     virtual std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) = 0;
 };
 
 PictureReader& Pictures();
 
-/// The picture of a file at full size; null for an empty path and for a file that can't be read.
+/// The picture of a file as `Load` gives it; null for an empty path and for a file that can't be read.
 QImage LoadPicture(const QString& path);

@@ -24,6 +24,8 @@ public:
     virtual void setFontUnderline(bool on) = 0;
     /// Sends the sheet to the printer. Throws PlatformError when there is none or it refuses; the sheet is then gone.
     virtual void EndDoc() = 0;
+    /// Drops what was drawn since the last `EndDoc`.
+    virtual void KillDoc() = 0;
 };
 
 /// The one printer of the process: the file or printer chosen in the printer dialog, else the system's, or PDF files in
@@ -76,7 +78,8 @@ public:
     /// Kind 4: a hairline rule between the two points. Column comes before row here.
     virtual void myDrawBox(const PrintGrid& grid, int kind, int column, int row, int column2, int row2,
                            PrinterObject& printer) = 0;
-    /// The control's picture, its shape kept, centred in the box, at full resolution. An empty control prints nothing.
+    /// The control's picture, its shape kept, centred in the box, at the resolution that it has. An empty control
+    /// prints nothing.
     virtual void myDrawPic(const PrintGrid& grid, int row, int row2, int column, int column2, PrinterObject& printer,
                            const ImagXpress& picture) = 0;
 };

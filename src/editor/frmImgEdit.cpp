@@ -117,15 +117,19 @@ void frmImgEdit::ReadPicture()
 {
     if (IsUnloaded())
         return;
-    const QImage picture = LoadPicture(Trim(m_lblFilePath->text()));
-    if (picture.isNull()) {
-        ShowInformation(u"그림을 읽을 수 없습니다.!!"_s);
+    QImage picture;
+    try {
+        picture = Pictures().LoadToEdit(Trim(m_lblFilePath->text()));
+    } catch (const PlatformError& error) {
+        ShowInformation(error.Text());
         Unload();
         return;
     }
     m_imgMain->setPicture(picture);
     m_imgMain->Refresh();
     CopyPicture(*m_imgMain, imgImage(m_chain.HolderIndex()));
+    if (!CutFileName(picture).isEmpty())
+        ShowInformation(u"잘린 그림파일입니다.!! 남아 있는 부분만 보입니다.!!"_s);
 }
 
 bool frmImgEdit::BeginCommand()

@@ -12,6 +12,8 @@ namespace {
 
 constexpr int FindingsLinesPerPage = 25;
 constexpr int RemarkLinesPerPage = 4;
+constexpr int PictureRows = 12;
+constexpr int PictureColumns = 20;
 /// From here on printing takes long enough to want a way out.
 constexpr int PagesWithProgress = 5;
 
@@ -49,7 +51,7 @@ void PrintPictures(const PrintedPage& page, const std::array<ImagXpress*, 6>& pi
     for (size_t slot = 0; slot < pictures.size(); ++slot) {
         const int row = slot < 3 ? 51 : 64;
         const int column = 4 + static_cast<int>(slot % 3) * 22;
-        page.Picture({row, row + 12, column, column + 20}, *pictures[slot]);
+        page.Picture({row, row + PictureRows, column, column + PictureColumns}, *pictures[slot]);
     }
 }
 
@@ -97,6 +99,11 @@ int PagesFor(const QStringList& lines, int perPage)
 }
 
 } // namespace
+
+QSize PrintedPictureSize()
+{
+    return PrintedPage::PrintedPixels({0, PictureRows, 0, PictureColumns});
+}
 
 void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& owner)
 {

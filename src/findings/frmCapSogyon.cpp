@@ -8,6 +8,7 @@
 #include "contracts/pictures.h"
 #include "contracts/twips.h"
 #include "findings/findings_doctors.h"
+#include "findings/findings_print.h"
 #include "findings/findings_record.h"
 #include "findings/findings_rows.h"
 #include "findings/FindingsBox.h"
@@ -139,7 +140,7 @@ frmCapSogyon::Surroundings frmCapSogyon::ReadSurroundings()
     for (size_t slot = 0; slot < FindingsRecord.PicPath.size(); ++slot) {
         const QString path = FindingsRecord.PicPath[slot];
         if (!Trim(path).isEmpty() && PictureExists(path))
-            read.pictures.emplace_back(LoadPicture(path), FindingsRecord.PicNo[slot]);
+            read.pictures.emplace_back(Pictures().LoadToPrint(path, PrintedPictureSize()), FindingsRecord.PicNo[slot]);
     }
     return read;
 }

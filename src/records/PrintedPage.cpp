@@ -1,6 +1,8 @@
 #include "records/PrintedPage.h"
 
 #include "contracts/components.h"
+#include "contracts/ImagXpress.h"
+#include "contracts/pictures.h"
 #include "records/text/text_routines.h"
 
 using namespace Qt::StringLiterals;
@@ -9,6 +11,8 @@ namespace {
 constexpr float PageWidthTwips = 11184;
 constexpr float PageHeightTwips = 16243;
 constexpr int PlainRule = 4;
+constexpr int TwipsPerInch = 1440;
+constexpr int PictureDotsPerInch = 300;
 } // namespace
 
 PrintedPage::PrintedPage()
@@ -18,7 +22,10 @@ PrintedPage::PrintedPage()
     Printer().setWidth(PageWidthTwips);
 }
 
-PrintedPage::~PrintedPage() = default;
+PrintedPage::~PrintedPage()
+{
+    Printer().KillDoc();
+}
 
 void PrintedPage::Font(int size, bool underlined) const
 {
@@ -46,6 +53,28 @@ void PrintedPage::Line(int column, int row, int column2, int row2) const
 void PrintedPage::Picture(const PrintedPlace& at, const ImagXpress& picture) const
 {
     m_canvas->myDrawPic(m_grid, at.row, at.row2, at.column, at.column2, Printer(), picture);
+    if (const QString name = CutFileName(picture.Picture()); !name.isEmpty())
+        FrameWithName(at, name);
+}
+
+void PrintedPage::FrameWithName(const PrintedPlace& at, const QString& fileName) const
+{
+    Line(at.column, at.row, at.column2, at.row);
+    Line(at.column, at.row2, at.column2, at.row2);
+    Line(at.column, at.row, at.column, at.row2);
+    Line(at.column2, at.row, at.column2, at.row2);
+    Font(11);
+    const int middle = (at.row + at.row2) / 2;
+    Text({middle, middle + 1, at.column, at.column2}, fileName, u"C"_s);
+}
+
+QSize PrintedPage::PrintedPixels(const PrintedPlace& place)
+{
+    const PrintGrid grid(PageWidthTwips, PageHeightTwips);
+    const auto pixels = [](float twips) { return qRound(twips * PictureDotsPerInch / TwipsPerInch); };
+    const auto column = [&grid](int index) { return grid.X.at(static_cast<size_t>(index)); };
+    const auto row = [&grid](int index) { return grid.Y.at(static_cast<size_t>(index)); };
+    return {pixels(column(place.column2) - column(place.column)), pixels(row(place.row2) - row(place.row))};
 }
 
 void PrintedPage::Head(const PrintedHead& head, int pageNumber) const

@@ -2,6 +2,8 @@
 
 #include "contracts/printing.h"
 
+#include <QSize>
+
 #include <memory>
 
 class ImagXpress;
@@ -37,6 +39,7 @@ class PrintedPage
 public:
     /// Sets the printer's page.
     PrintedPage();
+    /// What was drawn since the last `EndDoc` never comes onto the next page.
     ~PrintedPage();
     PrintedPage(const PrintedPage&) = delete;
     PrintedPage& operator=(const PrintedPage&) = delete;
@@ -47,7 +50,12 @@ public:
     /// A horizontal rule from column 2 on.
     void Rule(int row, int lastColumn = 69) const;
     void Line(int column, int row, int column2, int row2) const;
+    /// One whose file was cut short shows what there is, and its frame and its file's name with it.
     void Picture(const PrintedPlace& at, const ImagXpress& picture) const;
+    /// In the place of a picture that can't be read, or over one that is not all there.
+    void FrameWithName(const PrintedPlace& at, const QString& fileName) const;
+    /// Size of a place at the resolution that a printed picture needs.
+    static QSize PrintedPixels(const PrintedPlace& place);
 
     /// Title, date, page number and patient, between two rules; leaves the font at 11 points.
     void Head(const PrintedHead& head, int pageNumber) const;

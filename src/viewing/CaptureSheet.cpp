@@ -38,18 +38,6 @@ PrintedHead HeadOf(const CaptureSheetRecord& sheet)
             .address = sheet.Address};
 }
 
-/// In the place of a picture that can't be read.
-void FrameMissingPicture(const PrintedPage& page, const PrintedPlace& at, const QString& path)
-{
-    page.Line(at.column, at.row, at.column2, at.row);
-    page.Line(at.column, at.row2, at.column2, at.row2);
-    page.Line(at.column, at.row, at.column, at.row2);
-    page.Line(at.column2, at.row, at.column2, at.row2);
-    page.Font(11);
-    const int middle = (at.row + at.row2) / 2;
-    page.Text({middle, middle + 1, at.column, at.column2}, path.section(u'\\', -1), u"C"_s);
-}
-
 void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBatch& pictures, ImagXpress& carrier)
 {
     for (int place = 0; place < paths.size(); ++place) {
@@ -59,7 +47,7 @@ void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBat
         carrier.setPicture(LoadPicture(QString()));
         carrier.setPicture(pictures.Take(place));
         if (carrier.Picture().isNull())
-            FrameMissingPicture(page, at, paths[place]);
+            page.FrameWithName(at, paths[place].section(u'\\', -1));
         else
             page.Picture(at, carrier);
     }
@@ -96,14 +84,15 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
     const auto pathsOf = [&sheet](int number) {
         return sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
     };
-    std::unique_ptr<PictureBatch> pictures = Pictures().LoadAll(pathsOf(1), QSize());
+    const QSize room = PrintedPage::PrintedPixels({0, PictureRows, 0, PictureColumns});
+    std::unique_ptr<PictureBatch> pictures = Pictures().LoadAllToPrint(pathsOf(1), room);
     for (int number = 1; number <= pages; ++number) {
         page.Head(HeadOf(sheet), number);
         page.Font(12);
         page.Text({13, 14, 2, 12}, u"Findings"_s);
         PrintPictures(page, pathsOf(number), *pictures, carrier);
         // Decoded while this page is written; no further ahead, so that a long visit takes no more memory.
-        pictures = Pictures().LoadAll(pathsOf(number + 1), QSize());
+        pictures = Pictures().LoadAllToPrint(pathsOf(number + 1), room);
         page.Rule(77);
         Printer().EndDoc();
     }

@@ -9,6 +9,7 @@
 #include "launch/context/VisitContext.h"
 #include "records/text/text_routines.h"
 #include "support/EditorInABox.h"
+#include "support/PictureFiles.h"
 
 #include <QColorDialog>
 #include <QFontDialog>
@@ -115,27 +116,47 @@ private Q_SLOTS:
     void BadPicturesCloseTheEditor_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QByteArray huge = StationInABox::Jpeg({64, 64}, Qt::red);
-        const qsizetype frame = huge.indexOf("\xFF\xC0");
-        huge.replace(frame + 5, 4, "\xFD\xE8\xFD\xE8");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("cut in its header") << huge.left(40);
-        QTest::newRow("65,000 pixels square") << huge;
-        QTest::newRow("no picture") << QByteArray("GIF? no.");
+        QTest::addColumn<QString>("shown");
+        const QString unreadable = u"그림을 읽을 수 없습니다.!!"_s;
+        const QByteArray huge = PictureFiles::Promising(StationInABox::Jpeg({64, 64}, Qt::red), 65000, 65000);
+        QTest::newRow("empty") << QByteArray() << unreadable;
+        QTest::newRow("cut in its header") << huge.left(40) << unreadable;
+        QTest::newRow("65,000 pixels square") << huge << u"그림이 너무 큽니다.!! (65000 x 65000, 한도 200메가픽셀)"_s;
+        QTest::newRow("66 megapixels")
+            << PictureFiles::Blank({8200, 8000}, "jpeg")
+            << u"큰 그림은 줄어들게 되므로 편집할 수 없습니다.!! (8200 x 8000, 한도 64메가픽셀)"_s;
+        QTest::newRow("no picture") << QByteArray("GIF? no.") << unreadable;
     }
 
     void BadPicturesCloseTheEditor()
     {
         QFETCH(QByteArray, content);
+        QFETCH(QString, shown);
         const QString path = m_box->PicturePath(Day, Stomach, 1);
         m_box->AddPicture(Day, Stomach, 1);
         WriteWholeFile(path, content);
         frmImgEdit& editor = Form<frmImgEdit>();
         editor.lblFilePath().setText(path);
         editor.ShowModal();
-        QCOMPARE(m_box->Desk().shown, QStringList{u"그림을 읽을 수 없습니다.!!"_s});
+        QCOMPARE(m_box->Desk().shown, QStringList{shown});
         QCOMPARE(Files().ReadFile(path), content);
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
+    }
+
+    void ACutPictureOpensWithAMessage()
+    {
+        m_box->AddPicture(Day, Stomach, 1);
+        const QString path = m_box->PicturePath(Day, Stomach, 1);
+        const QByteArray whole = PictureFiles::Blank({640, 480}, "jpeg");
+        WriteWholeFile(path, whole.left(whole.size() * 3 / 4));
+        m_box->OnceOpen([this](frmImgEdit& editor) {
+            QCOMPARE(editor.imgMain().Picture().size(), QSize(640, 480));
+            m_box->Click(u"cmdIExit"_s);
+        });
+        frmImgEdit& editor = Form<frmImgEdit>();
+        editor.lblFilePath().setText(path);
+        editor.ShowModal();
+        QCOMPARE(m_box->Desk().shown, QStringList{u"잘린 그림파일입니다.!! 남아 있는 부분만 보입니다.!!"_s});
     }
 
     void AFailedSaveKeepsTheFile()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QBuffer>
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -25,6 +26,33 @@ public:
         QPainter(&lines).fillRect(0, 0, Size.width() / 2, Size.height() / 2, Qt::black);
         if (!colours.save(Path(QStringLiteral("colours.png"))) || !lines.save(Path(QStringLiteral("lines.png"))))
             qFatal("no picture files");
+    }
+
+    /// A picture file of one grey, or of black alone, cheap to make in any size.
+    static QByteArray Blank(QSize size, const char* format)
+    {
+        const bool jpeg = QByteArray(format) == "jpeg";
+        QImage blank(size, jpeg ? QImage::Format_Grayscale8 : QImage::Format_Mono);
+        blank.fill(jpeg ? 90 : 0);
+        QByteArray content;
+        QBuffer buffer(&content);
+        if (!blank.save(&buffer, format))
+            qFatal("no picture file");
+        return content;
+    }
+
+    /// Names another size in the frame header of a JPEG than the one that its data have.
+    static QByteArray Promising(QByteArray jpeg, quint16 width, quint16 height)
+    {
+        for (int at = 2; at + 9 < jpeg.size();) {
+            const auto marker = uchar(jpeg[at + 1]);
+            if (marker == 0xC0 || marker == 0xC2) {
+                const char size[] = {char(height >> 8), char(height), char(width >> 8), char(width)};
+                return jpeg.replace(at + 5, 4, size, 4);
+            }
+            at += 2 + (uchar(jpeg[at + 2]) << 8) + uchar(jpeg[at + 3]);
+        }
+        return jpeg;
     }
 
     QString Path(const QString& name) const { return m_folder.filePath(name); }

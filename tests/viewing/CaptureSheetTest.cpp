@@ -2,10 +2,12 @@
 #include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/guard.h"
+#include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "launch/context/VisitContext.h"
 #include "platform/desktop/prepare_application.h"
 #include "records/capture_index.h"
+#include "records/PrintedPage.h"
 #include "support/PdfPages.h"
 #include "support/StationInABox.h"
 #include "viewing/CapShow.h"
@@ -95,13 +97,30 @@ private Q_SLOTS:
         for (const int number : {1, 2, 3})
             m_box->AddPicture(Day, Stomach, number);
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 2), "no picture");
+        // What is there of it is printed, and can't be taken for the whole.
+        const QByteArray whole = Files().ReadFile(m_box->PicturePath(Day, Stomach, 1));
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 1), whole.left(whole.size() * 3 / 4));
         frmCapture& screen = OpenCapture();
         DeleteFile(m_box->PicturePath(Day, Stomach, 3));
         screen.findChild<QToolButton*>(u"출력"_s)->click();
         const PdfPages pages(m_printed->path());
         QCOMPARE(pages.Pictures(0).count(u" image "_s), 1);
+        QVERIFY(pages.Text(0).contains(u"0000123420261124001.jpg"_s));
         QVERIFY(pages.Text(0).contains(u"0000123420261124002.jpg"_s));
         QVERIFY(!pages.Text(0).contains(u"003.jpg"_s));
+    }
+
+    void WhatAFaultLeftUnprintedIsGone()
+    {
+        m_box->AddPicture(Day, Stomach, 1);
+        Guarded([] {
+            const PrintedPage page;
+            page.Font(11);
+            page.Text({3, 5, 2, 69}, u"다른 환자"_s);
+            throw PlatformError(u"고장.!!"_s);
+        });
+        OpenViewer().findChild<QAction*>(u"출력"_s)->trigger();
+        QVERIFY(!PdfPages(m_printed->path()).Text(0).contains(u"다른 환자"_s));
     }
 
     void AFullDiskPrintsNothingAndSaysSo()

@@ -73,6 +73,7 @@ ImageControl::ImageControl()
 void ImageControl::setPicture(const QImage& picture)
 {
     const bool sameSize = picture.size() == m_picture.size();
+    m_original.clear();
     m_picture = picture;
     // What the screen paints fastest, and whose pixels are whole words.
     if (!m_picture.isNull() && m_picture.depth() != 32)
@@ -86,7 +87,12 @@ void ImageControl::setPicture(const QImage& picture)
 
 void ImageControl::setSourceFile(const QString& path)
 {
-    setPicture(path.isEmpty() ? QImage() : Pictures().LoadForeign(path));
+    setPicture(QImage());
+    if (path.isEmpty())
+        return;
+    const ForeignPicture file = Pictures().LoadForeign(path);
+    setPicture(file.picture);
+    m_original = file.original;
 }
 
 qreal ImageControl::PointSize() const
@@ -104,11 +110,17 @@ QByteArray ImageControl::TargetContent() const
 {
     if (m_picture.isNull())
         throw PlatformError(u"저장할 그림이 없습니다.!!"_s);
+    // Written anew it would come out smaller than it is.
+    if (!m_original.isEmpty())
+        return m_original;
     QByteArray content;
     QBuffer buffer(&content);
     QImageWriter writer(&buffer, "jpeg");
     writer.setQuality(JpegQuality);
-    if (!writer.write(OnWhite(m_picture)))
+    // What is written is whole, whatever the file was that it came from.
+    QImage whole = OnWhite(m_picture);
+    MarkCut(whole, QString());
+    if (!writer.write(whole))
         throw PlatformError(u"그림을 저장할 수 없습니다.!! (%1)"_s.arg(writer.errorString()));
     return content;
 }
@@ -213,6 +225,7 @@ void ImageControl::Draw(const outline::Spans& spans, double colour)
 
 void ImageControl::MakeDrawable()
 {
+    m_original.clear();
     if (m_picture.format() != QImage::Format_RGB32)
         m_picture = OnWhite(m_picture);
 }

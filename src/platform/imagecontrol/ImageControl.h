@@ -69,6 +69,7 @@ private:
     void LayOutView();
 
     QImage m_picture;
+    QByteArray m_original; ///< The file behind a picture that is shown at a lower scale, until something is drawn.
     QString m_targetFile;
     PictureView m_view;
     ReducedPicture m_reduced;

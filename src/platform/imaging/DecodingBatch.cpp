@@ -10,14 +10,11 @@
 #include <vector>
 
 namespace {
-/// Pictures that may lie decoded and not yet taken: enough to keep two threads busy, few enough for full-size ones.
-constexpr int LookAhead = 12;
-
-QImage ReadOrNull(const PictureSource& source, QSize room)
+QImage ReadOrNull(const PictureSource& source, const picturefile::Wish& wish)
 {
     try {
-        return source.path.isEmpty() ? picturefile::ReadContent(source.content, room)
-                                     : picturefile::Read(source.path, room);
+        return source.path.isEmpty() ? picturefile::ReadContent(source.content, wish).picture
+                                     : picturefile::Read(source.path, wish).picture;
     } catch (const std::bad_alloc&) {
         return {};
     }
@@ -33,7 +30,8 @@ struct DecodingBatch::Work
         bool ready = false;
     };
 
-    QSize room;
+    picturefile::Wish wish;
+    size_t lookAhead = 1;
     mutable QMutex mutex;
     QWaitCondition ready;
     std::vector<Entry> entries;
@@ -42,14 +40,16 @@ struct DecodingBatch::Work
     DecodingBatch* batch = nullptr; ///< Null once the batch has gone.
 };
 
-DecodingBatch::DecodingBatch(const QList<PictureSource>& sources, QSize room, std::shared_ptr<QThreadPool> pool)
+DecodingBatch::DecodingBatch(const QList<PictureSource>& sources, const picturefile::Wish& wish, int lookAhead,
+                             std::shared_ptr<QThreadPool> pool)
     : m_work(std::make_shared<Work>()), m_pool(std::move(pool))
 {
-    m_work->room = room;
+    m_work->wish = wish;
+    m_work->lookAhead = static_cast<size_t>(lookAhead);
     m_work->batch = this;
     for (const PictureSource& source : sources)
         m_work->entries.push_back({source, {}, false});
-    m_work->end = qMin<size_t>(LookAhead, m_work->entries.size());
+    m_work->end = qMin(m_work->lookAhead, m_work->entries.size());
     StartWorkers();
 }
 
@@ -72,7 +72,7 @@ QImage DecodingBatch::Take(int index)
     QMutexLocker lock(&m_work->mutex);
     if (place >= m_work->entries.size())
         return {};
-    const size_t end = qMin(m_work->entries.size(), place + 1 + LookAhead);
+    const size_t end = qMin(m_work->entries.size(), place + 1 + m_work->lookAhead);
     if (end > m_work->end) {
         m_work->end = end;
         lock.unlock();
@@ -98,7 +98,7 @@ void DecodingBatch::DecodeNext(const std::shared_ptr<Work>& work)
         const size_t place = work->next++;
         const PictureSource source = work->entries[place].source;
         lock.unlock();
-        QImage picture = ReadOrNull(source, work->room);
+        QImage picture = ReadOrNull(source, work->wish);
         lock.relock();
         work->entries[place].picture = std::move(picture);
         work->entries[place].ready = true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contracts/pictures.h"
+#include "platform/imaging/picture_content.h"
 
 class QThreadPool;
 
@@ -11,13 +12,15 @@ struct PictureSource
     QByteArray content;
 };
 
-/// Decodes a list of picture files on a pool's threads, a few pictures ahead of the one that was taken last.
+/// Decodes a list of picture files on a pool's threads, `lookAhead` pictures ahead of the one that was taken
+/// last.
 class DecodingBatch final : public PictureBatch
 {
     Q_OBJECT
 
 public:
-    DecodingBatch(const QList<PictureSource>& sources, QSize room, std::shared_ptr<QThreadPool> pool);
+    DecodingBatch(const QList<PictureSource>& sources, const picturecontent::Wish& wish, int lookAhead,
+                  std::shared_ptr<QThreadPool> pool);
     /// Doesn't wait: a picture that is being decoded is dropped when it is done.
     ~DecodingBatch() override;
 

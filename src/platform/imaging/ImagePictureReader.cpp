@@ -1,9 +1,29 @@
 #include "platform/imaging/ImagePictureReader.h"
 
+#include "contracts/PlatformError.h"
 #include "platform/imaging/DecodingBatch.h"
 #include "platform/imaging/picture_file.h"
 
 #include <QThreadPool>
+
+using namespace Qt::StringLiterals;
+using picturefile::Fit;
+using picturefile::Wish;
+
+namespace {
+/// Pictures that may lie decoded and not yet taken: enough to keep two threads busy.
+constexpr int LookAhead = 12;
+/// Those to be printed are larger.
+constexpr int PrintedLookAhead = 2;
+
+QList<PictureSource> SourcesOf(const QStringList& paths)
+{
+    QList<PictureSource> sources;
+    for (const QString& path : paths)
+        sources.append({path, {}});
+    return sources;
+}
+} // namespace
 
 ImagePictureReader::ImagePictureReader() : m_pool(std::make_shared<QThreadPool>())
 {
@@ -12,28 +32,55 @@ ImagePictureReader::ImagePictureReader() : m_pool(std::make_shared<QThreadPool>(
 
 QImage ImagePictureReader::Load(const QString& path)
 {
-    return picturefile::Read(path);
+    return picturefile::Read(path).picture;
 }
 
-QImage ImagePictureReader::LoadForeign(const QString& path)
+QImage ImagePictureReader::LoadToEdit(const QString& path)
 {
-    return picturefile::ReadForeign(path);
+    const picturefile::Result result = picturefile::Read(path);
+    if (result.fault == picturefile::UnreadableText())
+        throw PlatformError(u"그림을 읽을 수 없습니다.!!"_s);
+    if (!result.fault.isEmpty())
+        throw PlatformError(result.fault);
+    if (!result.size.isEmpty()) {
+        throw PlatformError(
+            u"큰 그림은 줄어들게 되므로 편집할 수 없습니다.!! (%1 x %2, 한도 %3메가픽셀)"_s.arg(result.size.width())
+                .arg(result.size.height())
+                .arg(picturelimits::LargestMegapixels));
+    }
+    return result.picture;
+}
+
+ForeignPicture ImagePictureReader::LoadForeign(const QString& path)
+{
+    const picturefile::Result result = picturefile::ReadForeign(path);
+    if (!result.fault.isEmpty())
+        throw PlatformError(result.fault);
+    return {result.picture, result.content};
 }
 
 QImage ImagePictureReader::LoadWithin(const QString& path, QSize room)
 {
-    return room.isEmpty() ? QImage() : picturefile::Read(path, room);
+    return picturefile::Read(path, {Fit::Within, room}).picture;
+}
+
+QImage ImagePictureReader::LoadToPrint(const QString& path, QSize room)
+{
+    return picturefile::Read(path, {Fit::AtLeast, room}).picture;
 }
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadAll(const QStringList& paths, QSize room)
 {
-    QList<PictureSource> sources;
-    for (const QString& path : paths)
-        sources.append({path, {}});
-    return std::make_unique<DecodingBatch>(sources, room, m_pool);
+    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::Within, room}, LookAhead, m_pool);
+}
+
+std::unique_ptr<PictureBatch> ImagePictureReader::LoadAllToPrint(const QStringList& paths, QSize room)
+{
+    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::AtLeast, room}, PrintedLookAhead, m_pool);
 }
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadContent(const QByteArray& content, QSize room)
 {
-    return std::make_unique<DecodingBatch>(QList<PictureSource>{{{}, content}}, room, m_pool);
+    return std::make_unique<DecodingBatch>(QList<PictureSource>{{{}, content}}, Wish{Fit::Within, room}, LookAhead,
+                                           m_pool);
 }

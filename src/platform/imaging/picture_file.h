@@ -1,23 +1,33 @@
 #pragma once
 
-#include <QImage>
-#include <QSize>
+#include "platform/imaging/picture_content.h"
+
 #include <QString>
 
 /// Reading one picture file. Safe to call from any thread.
 namespace picturefile {
-/// Largest picture that is decoded: more than any camera gives.
-inline constexpr qint64 LargestPicture = 200'000'000;
-/// The same for the decoder, at four bytes a pixel.
-inline constexpr int LimitMegabytes = LargestPicture * 4 / (1024 * 1024) + 1;
 
-/// The picture at `path`, a path of the station, turned upright by its orientation tag. With a valid `room` it is
-/// scaled to fit in there, its shape kept, never enlarged. A JPEG that was cut shows as far as it reaches. Null when
-/// nothing of it can be read, or when its header promises more than the limit or than the file can hold.
-QImage Read(const QString& path, QSize room = {});
+using picturecontent::Fit;
+using picturecontent::Wish;
+
+struct Result
+{
+    QImage picture = {};     ///< Null when there is a fault.
+    bool cut = false;        ///< The file's data end early; a picture from a file is marked with its name, too.
+    QString fault = {};      ///< Why there is no picture, for the operator.
+    QSize size = {};         ///< That the file names, where the picture is a JPEG shown at a lower scale; else empty.
+    QByteArray content = {}; ///< Of that file, if it may be one from anywhere.
+};
+
+/// The picture at `path`, a path of the station, turned upright by its orientation tag, in a format that Qt knows. A
+/// JPEG that was cut shows as far as it reaches.
+Result Read(const QString& path, const Wish& wish = {});
 /// The same for the content of a file.
-QImage ReadContent(const QByteArray& content, QSize room);
-/// A file of any origin at full size, also in the formats that take another process to read. Null when it can't be
-/// read.
-QImage ReadForeign(const QString& path);
+Result ReadContent(const QByteArray& content, const Wish& wish);
+/// A file of any origin at full size, also in the formats that Qt doesn't know.
+Result ReadForeign(const QString& path);
+
+/// The fault of a file that is no picture, or a broken one.
+QString UnreadableText();
+
 } // namespace picturefile

@@ -2,12 +2,12 @@
 
 #include "contracts/components.h"
 #include "platform/imaging/ImagePictureReader.h"
-#include "platform/imaging/picture_file.h"
+#include "platform/imaging/picture_limits.h"
 
 #include <QImageReader>
 
 void RegisterImaging()
 {
-    QImageReader::setAllocationLimit(picturefile::LimitMegabytes);
+    QImageReader::setAllocationLimit(static_cast<int>(picturelimits::LargestInStation / (1024 * 1024)) + 1);
     InstallService<PictureReader>(std::make_unique<ImagePictureReader>());
 }

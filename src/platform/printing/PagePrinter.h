@@ -36,6 +36,7 @@ public:
     void setFontBold(bool on) override { m_font.setBold(on); }
     void setFontUnderline(bool on) override { m_font.setUnderline(on); }
     void EndDoc() override;
+    void KillDoc() override { m_drawings.clear(); }
 
     /// The font as it is set now, in twips.
     const QFont& Font() const { return m_font; }

@@ -356,7 +356,7 @@ private Q_SLOTS:
         other->setSourceFile(path);
         QCOMPARE(other->Picture().size(), QSize(640, 480));
         QVERIFY(other->Picture().pixelColor(300, 100).green() > 120);
-        other->setSourceFile(m_box->Root() + u"none.jpg"_s);
+        QVERIFY_EXCEPTION_THROWN(other->setSourceFile(m_box->Root() + u"none.jpg"_s), PlatformError);
         QVERIFY(other->Picture().isNull());
     }
 

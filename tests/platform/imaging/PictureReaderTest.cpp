@@ -1,5 +1,6 @@
 #include "contracts/pictures.h"
 #include "platform/imaging/register_imaging.h"
+#include "support/PictureFiles.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -47,20 +48,6 @@ QByteArray WithOrientation(QByteArray jpeg, char orientation)
     return jpeg.insert(2, exif);
 }
 
-/// Names another size in the frame header of a JPEG than the one that its data have.
-QByteArray Promising(QByteArray jpeg, quint16 width, quint16 height)
-{
-    for (int at = 2; at + 9 < jpeg.size();) {
-        const auto marker = uchar(jpeg[at + 1]);
-        if (marker == 0xC0 || marker == 0xC2) {
-            const char size[] = {char(height >> 8), char(height), char(width >> 8), char(width)};
-            return jpeg.replace(at + 5, 4, size, 4);
-        }
-        at += 2 + (uchar(jpeg[at + 2]) << 8) + uchar(jpeg[at + 3]);
-    }
-    return jpeg;
-}
-
 qsizetype PeakKilobytes()
 {
     QFile status(u"/proc/self/status"_s);
@@ -87,7 +74,9 @@ private Q_SLOTS:
     void TurnsByOrientation();
     void BadFiles_data();
     void BadFiles();
+    void CutJpegShowsWhatIsThere_data();
     void CutJpegShowsWhatIsThere();
+    void LargePicturesTakeNoMemoryHere();
     void BatchKeepsOrderAndReportsOnItsThread();
     void BatchIsTakenInAnyOrder();
     void BatchCanBeLeftAtAnyMoment();
@@ -187,10 +176,10 @@ void PictureReaderTest::BadFiles_data()
     QTest::newRow("jpeg, cut in its tables") << jpeg.left(scan / 2);
     QTest::newRow("jpeg, cut before its data") << jpeg.left(scan + 14);
     QTest::newRow("jpeg, zeros behind the start") << jpeg.left(3) + QByteArray(5000, '\0');
-    QTest::newRow("jpeg of 65000 x 65000") << Promising(jpeg, 65000, 65000);
-    QTest::newRow("progressive of 65000 x 65000") << Promising(progressive, 65000, 65000);
-    QTest::newRow("progressive of 8000 x 8000") << Promising(progressive.left(9000), 8000, 8000);
-    QTest::newRow("jpeg without width") << Promising(jpeg, 0, 480);
+    QTest::newRow("jpeg of 65000 x 65000") << PictureFiles::Promising(jpeg, 65000, 65000);
+    QTest::newRow("progressive of 65000 x 65000") << PictureFiles::Promising(progressive, 65000, 65000);
+    QTest::newRow("progressive of 8000 x 8000") << PictureFiles::Promising(progressive.left(9000), 8000, 8000);
+    QTest::newRow("jpeg without width") << PictureFiles::Promising(jpeg, 0, 480);
     QTest::newRow("png, cut") << png.left(png.size() / 3);
     QTest::newRow("png of 65000 x 65000") << QByteArray(png).replace(16, 8, QByteArray("\0\0\xFD\xE8\0\0\xFD\xE8", 8));
     QTest::newRow("bmp, header alone") << bmp.left(54);
@@ -213,15 +202,61 @@ void PictureReaderTest::BadFiles()
     QVERIFY2(PeakKilobytes() - before < 60 * 1024, "a bad file made the program grow");
 }
 
+void PictureReaderTest::CutJpegShowsWhatIsThere_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("cut");
+
+    const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
+    const QByteArray progressive = Encoded(Sample({640, 480}), "jpeg", true);
+    const QByteArray grey = PictureFiles::Blank({4000, 3000}, "jpeg");
+    QTest::newRow("whole") << jpeg << false;
+    QTest::newRow("half") << jpeg.left(jpeg.size() / 2) << true;
+    QTest::newRow("half, with the mark of the end") << jpeg.left(jpeg.size() / 2) + "\xFF\xD9" << true;
+    QTest::newRow("progressive") << progressive.left(progressive.size() / 2) << true;
+    QTest::newRow("last row missing") << grey.left(grey.size() - 40) << true;
+    // What cameras do.
+    QTest::newRow("without the mark of the end") << jpeg.chopped(2) << false;
+    QTest::newRow("bytes behind the end") << jpeg + QByteArray(999, '\7') << false;
+    QTest::newRow("bytes between the segments") << QByteArray(jpeg).insert(20, "\0\0\0"_ba) << false;
+    QTest::newRow("a wrong byte amid the data") << QByteArray(jpeg).replace(jpeg.size() / 2, 2, "\xFF\xD5") << false;
+}
+
 void PictureReaderTest::CutJpegShowsWhatIsThere()
 {
-    const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
-    const QString path = Write(jpeg.left(jpeg.size() / 2), u"cut.jpg"_s);
+    QFETCH(QByteArray, content);
+    QFETCH(bool, cut);
+    const QString path = Write(content, u"cut.jpg"_s);
 
-    QCOMPARE(Pictures().Load(path).size(), QSize(640, 480));
+    const QImage full = Pictures().Load(path);
+    QVERIFY(!full.isNull());
+    QCOMPARE(CutFileName(full), cut ? u"cut.jpg"_s : QString());
     const QImage small = Pictures().LoadWithin(path, {64, 48});
     QCOMPARE(small.size(), QSize(64, 48));
-    QVERIFY(qRed(small.pixel(10, 3)) > 200);
+    if (full.width() == 640)
+        QVERIFY(qRed(small.pixel(10, 3)) > 200);
+}
+
+/// Ones that the limits let through.
+void PictureReaderTest::LargePicturesTakeNoMemoryHere()
+{
+    QByteArray progressive;
+    {
+        // Its decoder keeps every coefficient until the last scan.
+        QBuffer buffer(&progressive);
+        QImageWriter writer(&buffer, "jpeg");
+        writer.setProgressiveScanWrite(true);
+        writer.write(QImage({8000, 7900}, QImage::Format_Grayscale8));
+    }
+    const QString png = Write(PictureFiles::Blank({8000, 8000}, "png"), u"large.png"_s);
+    const QString jpeg = Write(progressive, u"large.jpg"_s);
+    const qsizetype before = PeakKilobytes();
+    QFile peak(u"/proc/self/clear_refs"_s);
+    QVERIFY(peak.open(QIODevice::WriteOnly) && peak.write("5") == 1 && peak.flush());
+    const auto batch = Pictures().LoadAll({png, png, jpeg, jpeg}, {107, 71});
+    for (int index = 0; index < 4; ++index)
+        QCOMPARE(batch->Take(index).height(), 71);
+    QVERIFY2(PeakKilobytes() < before, "a large picture made the program grow");
 }
 
 void PictureReaderTest::BatchKeepsOrderAndReportsOnItsThread()

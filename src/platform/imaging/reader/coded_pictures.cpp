@@ -1,4 +1,4 @@
-#include "platform/imaging/pixel_stream.h"
+#include "platform/imaging/picture_limits.h"
 #include "platform/imaging/reader/decoders.h"
 
 extern "C" {
@@ -69,7 +69,7 @@ std::optional<Raster> Decode(AVCodecID id, Bytes content, int threads = 1)
     const Owned<AVCodecContext> context(avcodec_alloc_context3(codec));
     const Owned<AVPacket> packet(av_packet_alloc());
     const Owned<AVFrame> frame(av_frame_alloc());
-    context->max_pixels = LargestForeignPicture;
+    context->max_pixels = picturelimits::LargestPicture;
     context->err_recognition = AV_EF_EXPLODE;
     context->thread_count = threads;
     context->thread_type = FF_THREAD_SLICE;
@@ -128,7 +128,11 @@ std::optional<Raster> DecodeFourPlanePcx(Bytes content)
 
 bool IsSizeWithinLimit(std::uint64_t width, std::uint64_t height)
 {
-    return width > 0 && height > 0 && width <= LargestForeignPicture / height;
+    if (width == 0 || height == 0)
+        return false;
+    if (width > picturelimits::LargestPicture / height)
+        throw TooLarge{width, height};
+    return true;
 }
 
 std::optional<Raster> DecodeLosslessJpeg(Bytes content)

@@ -23,26 +23,74 @@ std::uint32_t DoubleWord(Bytes content, size_t at)
     return Word(content, at) | std::uint32_t{Word(content, at + 2)} << 16;
 }
 
-/// By the marker of the frame: the ways of coding that the usual decoders leave out.
-ContentKind KindOfJpeg(Bytes content)
+std::uint32_t BigDoubleWord(Bytes content, size_t at)
 {
-    for (size_t at = 2; at + 4 <= content.size();) {
+    return std::uint32_t{content[at]} << 24 | std::uint32_t{content[at + 1]} << 16 |
+           std::uint32_t{content[at + 2]} << 8 | content[at + 3];
+}
+
+/// Where the frame header of a way of coding that the usual decoders leave out stands; 0 when there is none.
+size_t FrameOfJpeg(Bytes content)
+{
+    for (size_t at = 2; at + 9 <= content.size();) {
         if (content[at] != 0xFF)
-            return ContentKind::None;
+            return 0;
         const std::uint8_t marker = content[at + 1];
         if (marker == 0xFF) {
             ++at;
             continue;
         }
-        if (marker == 0xC3)
-            return ContentKind::LosslessJpeg;
-        if (marker == 0xF7)
-            return ContentKind::JpegLs;
+        if (marker == 0xC3 || marker == 0xF7)
+            return at;
         if (marker == 0xDA || marker == 0xD9)
-            return ContentKind::None;
+            return 0;
         at += 2 + (size_t{content[at + 2]} << 8 | content[at + 3]);
     }
-    return ContentKind::None;
+    return 0;
+}
+
+ContentKind KindOfJpeg(Bytes content)
+{
+    const size_t frame = FrameOfJpeg(content);
+    if (frame == 0)
+        return ContentKind::None;
+    return content[frame + 1] == 0xC3 ? ContentKind::LosslessJpeg : ContentKind::JpegLs;
+}
+
+NamedSize SizeOfJpeg2000(Bytes content)
+{
+    // The code stream begins with its size, wherever the boxes around it put it.
+    const auto start = std::ranges::search(content, "\xFF\x4F\xFF\x51"sv, {}, [](auto byte) { return char(byte); });
+    const size_t at = static_cast<size_t>(start.begin() - content.begin());
+    if (start.empty() || at + 24 > content.size())
+        return {};
+    const auto extent = [&](size_t offset) {
+        const std::uint32_t end = BigDoubleWord(content, at + offset);
+        const std::uint32_t begin = BigDoubleWord(content, at + offset + 8);
+        return end > begin ? end - begin : 0;
+    };
+    return {extent(8), extent(12)};
+}
+
+/// Of the first page, which stands in a segment of its own.
+NamedSize SizeOfJbig2(Bytes content)
+{
+    constexpr unsigned PageInformation = 48;
+    if (content.size() < 13)
+        return {};
+    const bool countsPages = (content[8] & 2) == 0;
+    for (size_t at = countsPages ? 13 : 9; at + 19 <= content.size();) {
+        // One byte tells how many segments this one refers to; more than four are rare, and never stand before a page.
+        const std::uint8_t flags = content[at + 4];
+        const size_t referred = content[at + 5] >> 5;
+        const size_t length = at + 6 + referred + ((flags & 0x40) != 0 ? 4 : 1);
+        if (referred > 4 || length + 12 > content.size())
+            return {};
+        if ((flags & 0x3F) == PageInformation)
+            return {BigDoubleWord(content, length + 4), BigDoubleWord(content, length + 8)};
+        at = length + 4 + BigDoubleWord(content, length);
+    }
+    return {};
 }
 
 bool IsPcx(Bytes content)
@@ -106,6 +154,30 @@ ContentKind KindOf(Bytes content)
     if (IsPcx(content))
         return ContentKind::Pcx;
     return IsTarga(content) ? ContentKind::Targa : ContentKind::None;
+}
+
+NamedSize SizeOf(ContentKind kind, Bytes content)
+{
+    switch (kind) {
+    case ContentKind::LosslessJpeg: {
+        const size_t frame = FrameOfJpeg(content);
+        return {content[frame + 7] * 256U + content[frame + 8], content[frame + 5] * 256U + content[frame + 6]};
+    }
+    case ContentKind::Jpeg2000:
+        return SizeOfJpeg2000(content);
+    case ContentKind::Pcx:
+        return {Word(content, 8) - Word(content, 4) + 1, Word(content, 10) - Word(content, 6) + 1};
+    case ContentKind::Dcx: {
+        const Bytes first = FirstPictureOfDcx(content);
+        return IsPcx(first) ? SizeOf(ContentKind::Pcx, first) : NamedSize();
+    }
+    case ContentKind::Targa:
+        return {Word(content, 12), Word(content, 14)};
+    case ContentKind::Jbig2:
+        return SizeOfJbig2(content);
+    default:
+        return {};
+    }
 }
 
 Bytes FirstPictureOfDcx(Bytes content)

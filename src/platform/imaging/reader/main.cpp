@@ -1,5 +1,6 @@
 #include "platform/imaging/pixel_stream.h"
 #include "platform/imaging/reader/decoders.h"
+#include "platform/imaging/reader/known_pictures.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -7,6 +8,7 @@ extern "C" {
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <new>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -22,7 +24,7 @@ constexpr rlim_t DataLimit = RLIM_INFINITY; // The sanitizer's own maps are far 
 constexpr rlim_t DataLimit = 480 << 20;
 #endif
 /// The station ends the process much earlier; this is for one that has lost its station.
-constexpr rlim_t SecondsLimit = 12;
+constexpr rlim_t SecondsLimit = 6;
 
 bool Limit(__rlimit_resource resource, rlim_t most)
 {
@@ -30,14 +32,19 @@ bool Limit(__rlimit_resource resource, rlim_t most)
     return setrlimit(resource, &limit) == 0;
 }
 
-/// From here on the process reads its input, computes and writes its output, and can do little else.
+/// Holds for this program and for those that it runs.
 bool ConfineProcess()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // No further file is opened, no core is left, nothing is gained by starting another program.
+    // No core is left, no file is written, nothing is gained by starting another program.
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && Limit(RLIMIT_DATA, DataLimit) &&
-           Limit(RLIMIT_CPU, SecondsLimit) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0) &&
-           Limit(RLIMIT_NOFILE, 0);
+           Limit(RLIMIT_CPU, SecondsLimit) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0);
+}
+
+/// From here on the process reads its input, computes and writes its output, and can do little else.
+bool OpenNoMoreFiles()
+{
+    return Limit(RLIMIT_NOFILE, 0);
 }
 
 std::vector<std::uint8_t> ReadInput()
@@ -102,23 +109,61 @@ std::optional<Raster> DecodeAs(ContentKind kind, Bytes content)
     return {};
 }
 
-} // namespace
+bool WritePicture(std::uint32_t content, std::uint32_t width, std::uint32_t height, bool cut, const void* pixels)
+{
+    PixelStreamHeader header;
+    header.content = content;
+    header.width = width;
+    header.height = height;
+    header.cut = cut ? 1 : 0;
+    return Write(&header, sizeof header) && (pixels == nullptr || Write(pixels, size_t{width} * height * 4));
+}
 
-/// Standard input is the picture file, standard output the pixels.
-int main()
-try {
-    if (!ConfineProcess())
-        return 2;
+bool ReadForeign()
+{
+    if (!OpenNoMoreFiles())
+        return false;
     av_log_set_level(AV_LOG_QUIET);
     std::vector<std::uint8_t> input = ReadInput();
     const size_t size = input.size();
     input.resize(size + PaddingBytes);
     const Bytes content(input.data(), size);
-    const std::optional<Raster> raster = DecodeAs(KindOf(content), content);
-    if (!raster)
-        return 1;
-    const PixelStreamHeader header{PixelStreamHeader::Mark, raster->width, raster->height, raster->hasAlpha ? 1U : 0U};
-    return Write(&header, sizeof header) && Write(raster->pixels.data(), raster->pixels.size() * 4) ? 0 : 1;
+    const ContentKind kind = KindOf(content);
+    const NamedSize named = SizeOf(kind, content);
+    IsSizeWithinLimit(named.width, named.height);
+    const std::optional<Raster> raster = DecodeAs(kind, content);
+    return raster && WritePicture(raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque,
+                                  raster->width, raster->height, false, raster->pixels.data());
+}
+
+bool ReadKnown(char** wish)
+{
+    LoadKnownFormats();
+    if (!OpenNoMoreFiles())
+        return false;
+    const picturecontent::Decoded decoded = DecodeKnown(
+        STDIN_FILENO, {static_cast<picturecontent::Fit>(std::atoi(wish[0])), {std::atoi(wish[1]), std::atoi(wish[2])}});
+    const QImage& picture = decoded.picture;
+    return !picture.isNull() &&
+           WritePicture(picture.hasAlphaChannel() ? PixelStreamHeader::PremultipliedAlpha : PixelStreamHeader::Opaque,
+                        static_cast<std::uint32_t>(picture.width()), static_cast<std::uint32_t>(picture.height()),
+                        decoded.cut, picture.constBits());
+}
+
+} // namespace
+
+/// Standard input is the picture file, standard output the pixels. Without arguments the file is in a format that Qt
+/// doesn't know; otherwise they are how the picture is wanted, and width and height of its room.
+int main(int argc, char** argv)
+try {
+    if (!ConfineProcess())
+        return 2;
+    return (argc == 4 ? ReadKnown(argv + 1) : ReadForeign()) ? 0 : 1;
+} catch (const TooLarge& size) {
+    return WritePicture(PixelStreamHeader::TooLarge, static_cast<std::uint32_t>(size.width),
+                        static_cast<std::uint32_t>(size.height), false, nullptr)
+               ? 0
+               : 1;
 } catch (const std::bad_alloc&) {
     return 1;
 }

@@ -1,4 +1,4 @@
-#include "platform/imaging/foreign_picture.h"
+#include "platform/imaging/confined_reader.h"
 
 #include "platform/imaging/pixel_stream.h"
 
@@ -8,17 +8,13 @@
 #include <QFileInfo>
 #include <QProcess>
 
-#include <cstring>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
+using confinedreader::Answer;
+using confinedreader::Outcome;
 
 namespace {
-
-constexpr qint64 BaseTimeMs = 1600;
-/// Decoding takes longer the more there is to decode: a bomb is small.
-constexpr qint64 TimeMsPerMegabyte = 400;
-constexpr qint64 LongestTimeMs = 10000;
 
 /// Beside the program in its build folder, or under the prefix that both were installed to.
 QString ReaderProgram()
@@ -50,38 +46,69 @@ bool ReadExactly(QProcess& process, void* target, qint64 bytes, const QDeadlineT
     return true;
 }
 
-QImage ReadPixels(QProcess& process, const QDeadlineTimer& deadline)
+QImage::Format FormatOf(std::uint32_t content)
+{
+    switch (content) {
+    case PixelStreamHeader::Opaque:
+        return QImage::Format_RGB32;
+    case PixelStreamHeader::Alpha:
+        return QImage::Format_ARGB32;
+    case PixelStreamHeader::PremultipliedAlpha:
+        return QImage::Format_ARGB32_Premultiplied;
+    default:
+        return QImage::Format_Invalid;
+    }
+}
+
+Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
 {
     PixelStreamHeader header;
     if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark ||
-        header.width == 0 || header.height == 0 || header.width > LargestForeignPicture / header.height)
+        header.width == 0 || header.height == 0)
         return {};
-    QImage picture(static_cast<int>(header.width), static_cast<int>(header.height),
-                   header.hasAlpha != 0 ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    const QSize size(static_cast<int>(header.width & 0x7FFFFFFF), static_cast<int>(header.height & 0x7FFFFFFF));
+    if (header.content == PixelStreamHeader::TooLarge)
+        return {Outcome::TooLarge, {}, false, size};
+    const QImage::Format format = FormatOf(header.content);
+    if (format == QImage::Format_Invalid || header.width > picturelimits::LargestPicture / header.height)
+        return {};
+    QImage picture(size, format);
     // The rows of 32-bit pixels lie one behind the other.
     if (picture.isNull() || !ReadExactly(process, picture.bits(), picture.sizeInBytes(), deadline))
         return {};
-    return picture;
+    return {Outcome::Read, picture, header.cut != 0, {}};
 }
 
-} // namespace
-
-QImage foreignpicture::Read(int descriptor, qint64 fileBytes)
+Answer Run(int descriptor, const QStringList& arguments)
 {
     const QString program = ReaderProgram();
     if (program.isEmpty() || lseek(descriptor, 0, SEEK_SET) != 0)
         return {};
-    const qint64 timeMs = qMin(LongestTimeMs, BaseTimeMs + fileBytes / (1024 * 1024) * TimeMsPerMegabyte);
-    const QDeadlineTimer deadline(timeMs);
+    const QDeadlineTimer deadline(picturelimits::LongestDecodingMs);
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setProcessEnvironment(QProcessEnvironment());
     process.setChildProcessModifier([descriptor] { dup2(descriptor, STDIN_FILENO); });
-    process.start(program, QStringList());
-    QImage picture;
-    if (process.waitForStarted(static_cast<int>(timeMs)))
-        picture = ReadPixels(process, deadline);
+    process.start(program, arguments);
+    Answer answer;
+    if (process.waitForStarted(picturelimits::LongestDecodingMs))
+        answer = ReadAnswer(process, deadline);
+    if (answer.outcome == Outcome::Unreadable && deadline.hasExpired())
+        answer.outcome = Outcome::TooSlow;
     process.kill();
     process.waitForFinished();
-    return picture;
+    return answer;
+}
+
+} // namespace
+
+Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish)
+{
+    return Run(descriptor, {QString::number(static_cast<int>(wish.fit)), QString::number(wish.room.width()),
+                            QString::number(wish.room.height())});
+}
+
+Answer confinedreader::ReadForeign(int descriptor)
+{
+    return Run(descriptor, {});
 }

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/imaging/picture_content.h"
+
+/// Reading a picture file in a process of its own, with a limit on its memory and its time. Safe to call from any
+/// thread.
+namespace confinedreader {
+
+enum class Outcome { Read, Unreadable, TooLarge, TooSlow };
+
+struct Answer
+{
+    Outcome outcome = Outcome::Unreadable;
+    QImage picture;
+    bool cut = false; ///< The file's data end early: the picture shows what there is.
+    QSize size;       ///< That the file of a picture that is too large names.
+};
+
+/// Reads the regular file behind an open descriptor from its start, in a format that Qt knows.
+Answer ReadKnown(int descriptor, const picturecontent::Wish& wish);
+/// The same in the formats that Qt doesn't know, at full size.
+Answer ReadForeign(int descriptor);
+
+} // namespace confinedreader

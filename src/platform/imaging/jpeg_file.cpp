@@ -1,0 +1,189 @@
+#include "platform/imaging/jpeg_file.h"
+
+#include <QtEndian>
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include <jerror.h>
+#include <jpeglib.h>
+
+namespace {
+
+/// Words of the picture have blue in the low byte.
+constexpr J_COLOR_SPACE PixelWords = QSysInfo::ByteOrder == QSysInfo::LittleEndian ? JCS_EXT_BGRA : JCS_EXT_ARGB;
+constexpr int CmykComponents = 4;
+
+struct ErrorManager
+{
+    jpeg_error_mgr base;
+    jmp_buf leave;
+    bool cut;
+};
+
+ErrorManager& ErrorsOf(j_common_ptr decoder)
+{
+    return *reinterpret_cast<ErrorManager*>(decoder->err);
+}
+
+void LeaveDecoder(j_common_ptr decoder)
+{
+    longjmp(ErrorsOf(decoder).leave, 1);
+}
+
+/// Cameras' files draw warnings of many kinds. The one that counts is that bits were wanted where the data had ended;
+/// that the mark of the end alone is missing costs no pixel.
+void NoteWarning(j_common_ptr common, int level)
+{
+    if (level >= 0)
+        return;
+    const auto* decoder = reinterpret_cast<j_decompress_ptr>(common);
+    ErrorManager& errors = ErrorsOf(common);
+    // Where scans follow each other, a missing end may be a missing scan; and arithmetic coding warns of nothing else.
+    const bool severalScans = decoder->progressive_mode || decoder->comps_in_scan < decoder->num_components;
+    if (errors.base.msg_code == JWRN_HIT_MARKER && decoder->unread_marker == JPEG_EOI)
+        errors.cut = true;
+    else if (errors.base.msg_code == JWRN_JPEG_EOF && (severalScans || decoder->arith_code))
+        errors.cut = true;
+}
+
+/// The decoder leaves a fault by a jump, so that no step may hold anything that would have to be released.
+class Decoder
+{
+public:
+    explicit Decoder(const QByteArray& content) : m_content(content)
+    {
+        m_info.err = jpeg_std_error(&m_errors.base);
+        m_errors.base.error_exit = &LeaveDecoder;
+        m_errors.base.emit_message = &NoteWarning;
+        m_errors.base.output_message = [](j_common_ptr) {};
+        m_errors.cut = false;
+        m_ready = Run([](Decoder& self) { jpeg_create_decompress(&self.m_info); });
+    }
+    ~Decoder() { jpeg_destroy_decompress(&m_info); }
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
+
+    bool ReadHeader()
+    {
+        return m_ready && Run([](Decoder& self) {
+                   const auto* bytes = reinterpret_cast<const unsigned char*>(self.m_content.constData());
+                   jpeg_mem_src(&self.m_info, bytes, static_cast<unsigned long>(self.m_content.size()));
+                   jpeg_read_header(&self.m_info, TRUE);
+               });
+    }
+
+    jpegfile::Decoded Read(int divisor)
+    {
+        m_info.scale_num = 1;
+        m_info.scale_denom = static_cast<unsigned>(divisor);
+        m_info.out_color_space = m_info.num_components == CmykComponents ? JCS_CMYK : PixelWords;
+        if (!Run([](Decoder& self) { jpeg_start_decompress(&self.m_info); }))
+            return {};
+        QImage picture(static_cast<int>(m_info.output_width), static_cast<int>(m_info.output_height),
+                       QImage::Format_RGB32);
+        if (picture.isNull())
+            return {};
+        m_bits = picture.bits();
+        m_stride = picture.bytesPerLine();
+        m_cmyk.resize(m_info.out_color_space == JCS_CMYK ? size_t{m_info.output_width} * CmykComponents : 0);
+        if (!Run([](Decoder& self) { self.ReadRows(); }))
+            return {};
+        return {picture, m_errors.cut};
+    }
+
+    const jpeg_decompress_struct& Info() const { return m_info; }
+    bool HasMultipleScans() { return jpeg_has_multiple_scans(&m_info) != 0; }
+
+private:
+    bool Run(void (*step)(Decoder&))
+    {
+        if (setjmp(m_errors.leave) != 0)
+            return false;
+        step(*this);
+        return true;
+    }
+
+    void ReadRows()
+    {
+        while (m_info.output_scanline < m_info.output_height) {
+            uchar* target = m_bits + m_info.output_scanline * m_stride;
+            JSAMPROW row = m_cmyk.empty() ? target : m_cmyk.data();
+            if (jpeg_read_scanlines(&m_info, &row, 1) == 0)
+                return;
+            if (!m_cmyk.empty())
+                TakeCmyk(reinterpret_cast<QRgb*>(target));
+        }
+    }
+
+    /// Stored inverted, as every program writes it.
+    void TakeCmyk(QRgb* target) const
+    {
+        for (const uchar* at = m_cmyk.data(); at < m_cmyk.data() + m_cmyk.size(); at += CmykComponents)
+            *target++ = qRgb(at[0] * at[3] / 255, at[1] * at[3] / 255, at[2] * at[3] / 255);
+    }
+
+    const QByteArray& m_content;
+    jpeg_decompress_struct m_info = {};
+    ErrorManager m_errors = {};
+    bool m_ready = false;
+    uchar* m_bits = nullptr;
+    qsizetype m_stride = 0;
+    std::vector<uchar> m_cmyk;
+};
+
+void CountScans(const QByteArray& content, jpegfile::Layout& layout)
+{
+    const auto* bytes = reinterpret_cast<const uchar*>(content.constData());
+    const qsizetype size = content.size();
+    qsizetype at = 2;
+    while (at + 4 <= size) {
+        if (bytes[at] != 0xFF) {
+            const void* next = std::memchr(bytes + at, 0xFF, static_cast<size_t>(size - at));
+            if (next == nullptr)
+                break;
+            at = static_cast<const uchar*>(next) - bytes;
+            continue;
+        }
+        const uchar marker = bytes[at + 1];
+        const bool standsAlone = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
+        if (marker == 0xFF) {
+            ++at;
+        } else if (standsAlone) {
+            at += 2;
+        } else {
+            const qsizetype next = at + 2 + qFromBigEndian<quint16>(bytes + at + 2);
+            if (marker == 0xDA && ++layout.scans == 1)
+                layout.scanBytes = qMax<qsizetype>(0, size - next);
+            at = next;
+        }
+    }
+}
+
+} // namespace
+
+jpegfile::Layout jpegfile::LayoutOf(const QByteArray& content)
+{
+    Layout layout;
+    Decoder decoder(content);
+    if (!decoder.ReadHeader())
+        return layout;
+    const jpeg_decompress_struct& info = decoder.Info();
+    layout.size = QSize(static_cast<int>(info.image_width), static_cast<int>(info.image_height));
+    if (decoder.HasMultipleScans()) {
+        for (int index = 0; index < info.num_components; ++index) {
+            const jpeg_component_info& component = info.comp_info[index];
+            layout.keptBytes += qint64{component.width_in_blocks} * component.height_in_blocks * qint64{sizeof(JBLOCK)};
+        }
+    }
+    CountScans(content, layout);
+    return layout;
+}
+
+jpegfile::Decoded jpegfile::Decode(const QByteArray& content, int divisor)
+{
+    Decoder decoder(content);
+    return decoder.ReadHeader() ? decoder.Read(divisor) : Decoded();
+}
