@@ -8,17 +8,11 @@
 #include <string_view>
 
 #include <tiffio.h>
-// Last, since it makes nothing of a keyword.
-extern "C" {
-#include <jbig2.h>
-}
-#undef inline
 
 using namespace std::string_view_literals;
 
 namespace {
 
-constexpr std::uint32_t White = 0xFFFFFFFF;
 constexpr std::uint32_t Black = 0xFF000000;
 
 /// A file in memory as libtiff reads and writes one.
@@ -142,35 +136,5 @@ std::optional<Raster> DecodeCals(Bytes content)
     // Upside down scans: the pixels of a line then run leftwards, the lines upwards.
     if (raster && across == 180 && down == 90)
         std::ranges::reverse(raster->pixels);
-    return raster;
-}
-
-std::optional<Raster> DecodeJbig2(Bytes content)
-{
-    const auto silent = [](void*, const char*, Jbig2Severity, std::uint32_t) {};
-    Jbig2Ctx* context = jbig2_ctx_new(nullptr, static_cast<Jbig2Options>(0), nullptr, +silent, nullptr);
-    if (context == nullptr)
-        return {};
-    const std::unique_ptr<Jbig2Ctx, Jbig2Allocator* (*)(Jbig2Ctx*)> owner(context, &jbig2_ctx_free);
-    if (jbig2_data_in(context, content.data(), content.size()) < 0)
-        return {};
-    Jbig2Image* page = jbig2_page_out(context);
-    if (page == nullptr) {
-        // The mark of the page's end is missing.
-        jbig2_complete_page(context);
-        page = jbig2_page_out(context);
-    }
-    if (page == nullptr || !IsSizeWithinLimit(page->width, page->height))
-        return {};
-    Raster raster;
-    raster.width = page->width;
-    raster.height = page->height;
-    raster.pixels.reserve(size_t{page->width} * page->height);
-    for (std::uint32_t y = 0; y < page->height; ++y) {
-        const std::uint8_t* row = page->data + size_t{y} * page->stride;
-        for (std::uint32_t x = 0; x < page->width; ++x)
-            raster.pixels.push_back(row[x / 8] >> (7 - x % 8) & 1 ? Black : White);
-    }
-    jbig2_release_page(context, page);
     return raster;
 }

@@ -2,10 +2,6 @@
 #include "platform/imaging/reader/decoders.h"
 #include "platform/imaging/reader/known_pictures.h"
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
@@ -82,31 +78,20 @@ bool Write(const void* data, size_t bytes)
     return true;
 }
 
-std::optional<Raster> DecodeAs(ContentKind kind, Bytes content)
+std::optional<Raster> Decode(ContentKind kind, Bytes content, OutsideDecoder* program)
 {
     switch (kind) {
-    case ContentKind::LosslessJpeg:
-        return DecodeLosslessJpeg(content);
     case ContentKind::JpegLs:
         return DecodeJpegLs(content);
     case ContentKind::Jpeg2000:
         return DecodeJpeg2000(content);
-    case ContentKind::Pcx:
-        return DecodePcx(content);
-    case ContentKind::Dcx:
-        return DecodePcx(FirstPictureOfDcx(content));
-    case ContentKind::Targa:
-        return DecodeTarga(content);
-    case ContentKind::Jbig2:
-        return DecodeJbig2(content);
     case ContentKind::Cals:
         return DecodeCals(content);
     case ContentKind::Tiff:
         return DecodeTiff(content);
-    case ContentKind::None:
-        break;
+    default:
+        return DecodeOutside(kind, content, program);
     }
-    return {};
 }
 
 bool WritePicture(std::uint32_t content, std::uint32_t width, std::uint32_t height, bool cut, const void* pixels)
@@ -121,17 +106,14 @@ bool WritePicture(std::uint32_t content, std::uint32_t width, std::uint32_t heig
 
 bool ReadForeign()
 {
-    if (!OpenNoMoreFiles())
-        return false;
-    av_log_set_level(AV_LOG_QUIET);
-    std::vector<std::uint8_t> input = ReadInput();
-    const size_t size = input.size();
-    input.resize(size + PaddingBytes);
-    const Bytes content(input.data(), size);
+    const std::vector<std::uint8_t> content = ReadInput();
     const ContentKind kind = KindOf(content);
     const NamedSize named = SizeOf(kind, content);
     IsSizeWithinLimit(named.width, named.height);
-    const std::optional<Raster> raster = DecodeAs(kind, content);
+    const std::unique_ptr<OutsideDecoder> program = StartOutsideDecoder(kind, content);
+    if (!OpenNoMoreFiles())
+        return false;
+    const std::optional<Raster> raster = Decode(kind, content, program.get());
     return raster && WritePicture(raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque,
                                   raster->width, raster->height, false, raster->pixels.data());
 }

@@ -1,0 +1,55 @@
+#include "platform/imaging/reader/OutsideDecoder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+OutsideDecoder::OutsideDecoder(std::vector<std::string> arguments, std::size_t offset)
+{
+    std::vector<char*> words;
+    for (std::string& argument : arguments)
+        words.push_back(argument.data());
+    words.push_back(nullptr);
+    int ends[2];
+    if (lseek(STDIN_FILENO, static_cast<off_t>(offset), SEEK_SET) < 0 || pipe2(ends, O_CLOEXEC) != 0)
+        return;
+    const pid_t parent = getpid();
+    m_process = fork();
+    if (m_process == 0) {
+        char* environment[] = {nullptr};
+        // The parent may have been ended before this.
+        if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent && dup2(ends[1], STDOUT_FILENO) >= 0)
+            execve(words.front(), words.data(), environment);
+        _exit(1);
+    }
+    close(ends[1]);
+    m_output = ends[0];
+}
+
+OutsideDecoder::~OutsideDecoder()
+{
+    if (m_output >= 0)
+        close(m_output);
+    if (m_process > 0) {
+        kill(m_process, SIGKILL);
+        waitpid(m_process, nullptr, 0);
+    }
+}
+
+bool OutsideDecoder::Read(void* target, std::size_t bytes)
+{
+    auto* at = static_cast<char*>(target);
+    while (bytes > 0) {
+        const ssize_t got = read(m_output, at, bytes);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return false;
+        at += got;
+        bytes -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
