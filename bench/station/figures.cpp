@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <sys/resource.h>
 #include <unistd.h>
 
 void PrintFigure(const QString& what, const QString& figure, const QString& reference)
@@ -30,6 +31,29 @@ double ResidentMb()
         return 0;
     const double pages = QString::fromLatin1(statm.readAll()).split(QLatin1Char(' ')).value(1).toDouble();
     return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+void ForgetPeak()
+{
+    QFile clear(QStringLiteral("/proc/self/clear_refs"));
+    if (clear.open(QIODevice::WriteOnly))
+        clear.write("5");
+}
+
+double PeakMb()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = status.readAll();
+    return text.mid(text.indexOf("VmHWM:") + 6, 20).simplified().split(' ').first().toDouble() / 1024;
+}
+
+double ChildrenPeakMb()
+{
+    rusage used = {};
+    getrusage(RUSAGE_CHILDREN, &used);
+    return static_cast<double>(used.ru_maxrss) / 1024;
 }
 
 double NowMs()

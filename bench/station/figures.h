@@ -11,6 +11,13 @@ double Median(QList<double> values);
 /// Resident memory of this process in megabytes.
 double ResidentMb();
 
+/// Forgets the most memory that this process ever had.
+void ForgetPeak();
+/// The most resident memory since then, in megabytes.
+double PeakMb();
+/// The most that any child that has ended ever had.
+double ChildrenPeakMb();
+
 /// Time by a monotonic clock, in milliseconds.
 double NowMs();
 
@@ -18,6 +25,8 @@ int BenchStill();
 int BenchThumbnails();
 int BenchFindings();
 int BenchSheet();
+int BenchSheetMemory();
+int BenchBombs();
 int BenchImport();
 int BenchDelete();
 int BenchStart(const QString& mode);

@@ -20,6 +20,10 @@ int main(int argc, char* argv[])
         return BenchFindings();
     if (work == u"sheet"_s)
         return BenchSheet();
+    if (work == u"sheetmemory"_s)
+        return BenchSheetMemory();
+    if (work == u"bombs"_s)
+        return BenchBombs();
     if (work == u"import"_s)
         return BenchImport();
     if (work == u"delete"_s)
@@ -28,6 +32,7 @@ int main(int argc, char* argv[])
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
-    std::fputs("usage: bench_station still|thumbnails|findings|sheet|import|delete|start|memory\n", stderr);
+    std::fputs("usage: bench_station still|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|start|memory\n",
+               stderr);
     return 2;
 }

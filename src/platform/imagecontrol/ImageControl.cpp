@@ -119,7 +119,8 @@ QByteArray ImageControl::TargetContent() const
     writer.setQuality(JpegQuality);
     // What is written is whole, whatever the file was that it came from.
     QImage whole = OnWhite(m_picture);
-    MarkCut(whole, QString());
+    if (!CutFileName(whole).isEmpty())
+        MarkCut(whole, QString());
     if (!writer.write(whole))
         throw PlatformError(u"그림을 저장할 수 없습니다.!! (%1)"_s.arg(writer.errorString()));
     return content;
