@@ -52,20 +52,27 @@ void PrintedPage::Line(int column, int row, int column2, int row2) const
 
 void PrintedPage::Picture(const PrintedPlace& at, const ImagXpress& picture) const
 {
-    m_canvas->myDrawPic(m_grid, at.row, at.row2, at.column, at.column2, Printer(), picture);
-    if (const QString name = CutFileName(picture.Picture()); !name.isEmpty())
-        FrameWithName(at, name);
+    const QString cutFile = CutFileName(picture.Picture());
+    // A name across a picture can't be read: it stands below.
+    const int lastRow = cutFile.isEmpty() ? at.row2 : at.row2 - 1;
+    m_canvas->myDrawPic(m_grid, at.row, lastRow, at.column, at.column2, Printer(), picture);
+    if (!cutFile.isEmpty())
+        FrameWithName(at, cutFile, lastRow);
 }
 
 void PrintedPage::FrameWithName(const PrintedPlace& at, const QString& fileName) const
+{
+    FrameWithName(at, fileName, (at.row + at.row2) / 2);
+}
+
+void PrintedPage::FrameWithName(const PrintedPlace& at, const QString& fileName, int row) const
 {
     Line(at.column, at.row, at.column2, at.row);
     Line(at.column, at.row2, at.column2, at.row2);
     Line(at.column, at.row, at.column, at.row2);
     Line(at.column2, at.row, at.column2, at.row2);
     Font(11);
-    const int middle = (at.row + at.row2) / 2;
-    Text({middle, middle + 1, at.column, at.column2}, fileName, u"C"_s);
+    Text({row, row + 1, at.column, at.column2}, fileName, u"C"_s);
 }
 
 QSize PrintedPage::PrintedPixels(const PrintedPlace& place)

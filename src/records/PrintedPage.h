@@ -50,9 +50,9 @@ public:
     /// A horizontal rule from column 2 on.
     void Rule(int row, int lastColumn = 69) const;
     void Line(int column, int row, int column2, int row2) const;
-    /// One whose file was cut short shows what there is, and its frame and its file's name with it.
+    /// One whose file was cut short shows what there is, in a frame with its file's name.
     void Picture(const PrintedPlace& at, const ImagXpress& picture) const;
-    /// In the place of a picture that can't be read, or over one that is not all there.
+    /// In the place of a picture that can't be read.
     void FrameWithName(const PrintedPlace& at, const QString& fileName) const;
     /// Size of a place at the resolution that a printed picture needs.
     static QSize PrintedPixels(const PrintedPlace& place);
@@ -61,6 +61,8 @@ public:
     void Head(const PrintedHead& head, int pageNumber) const;
 
 private:
+    void FrameWithName(const PrintedPlace& at, const QString& fileName, int row) const;
+
     PrintGrid m_grid;
     std::unique_ptr<clsPageCanvas> m_canvas;
 };
