@@ -1,5 +1,6 @@
 #include "contracts/components.h"
 #include "contracts/ImageList.h"
+#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "platform/desktop/prepare_application.h"
@@ -207,7 +208,7 @@ void LookTest::PanelsKeepAndShorten()
 
     QHelpEvent hover(QEvent::ToolTip, {5, 5}, labels.last()->mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(labels.last(), &hover);
-    QCOMPARE(QToolTip::text(), texts.last());
+    QCOMPARE(QToolTip::text(), ToolTipText(texts.last()));
     QCOMPARE(bar->Text(9), QString());
     bar->setText(9, u"x"_s);
     bar->setRemark(0, u"x"_s);
@@ -229,7 +230,7 @@ void LookTest::PanelRemark()
     QCOMPARE(name.accessibleDescription(), u"유형이 없습니다. 확인하세요."_s);
     QHelpEvent hover(QEvent::ToolTip, {5, 5}, name.mapToGlobal(QPoint(5, 5)));
     QApplication::sendEvent(&name, &hover);
-    QCOMPARE(QToolTip::text(), u"유형이 없습니다. 확인하세요."_s);
+    QCOMPARE(QToolTip::text(), ToolTipText(u"유형이 없습니다. 확인하세요."_s));
 
     bar->setRemark(3, {});
     QCOMPARE(name.grab().toImage(), plain);
