@@ -1,10 +1,10 @@
 #include "launch/Main.h"
-#include "contracts/components.h"
 #include "contracts/desktop.h"
-#include "contracts/forms.h"
-#include "contracts/guard.h"
 #include "findings/register_popups.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/forms.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/disc/register_disc.h"
@@ -18,6 +18,7 @@
 #include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
+#include "visit/VisitContext.h"
 
 #include <QApplication>
 #include <QStringDecoder>

@@ -1,6 +1,6 @@
 #include "contracts/cd.h"
-#include "contracts/components.h"
-#include "contracts/files.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "station/figures.h"

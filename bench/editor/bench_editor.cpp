@@ -1,6 +1,5 @@
-#include "contracts/files.h"
-#include "contracts/pictures.h"
 #include "editor/frmImgEdit.h"
+#include "frame/services.h"
 #include "station/figures.h"
 #include "support/StationInABox.h"
 

@@ -1,12 +1,12 @@
 // The live picture of the test device at 1920x1080, 60 frames a second: which frames were painted, and what it costs
 // beside the same source into a null sink. Argument: seconds of each run, 60 unless told.
 
-#include "contracts/components.h"
 #include "contracts/VideoCap.h"
-#include "platform/gstreamer/LivePipeline.h"
+#include "frame/components.h"
+#include "platform/gstreamer/live/LivePipeline.h"
 #include "platform/gstreamer/register_video.h"
-#include "platform/gstreamer/TestPictureHooks.h"
-#include "platform/gstreamer/TestPictureSource.h"
+#include "platform/gstreamer/testpicture/TestPictureHooks.h"
+#include "platform/gstreamer/testpicture/TestPictureSource.h"
 #include "platform/gstreamer/VideoControl.h"
 
 #include <gst/gst.h>

@@ -1,8 +1,8 @@
 #include "movies/works.h"
-#include "platform/gstreamer/LivePipeline.h"
-#include "platform/gstreamer/MovieRecorder.h"
-#include "platform/gstreamer/TestPictureHooks.h"
-#include "platform/gstreamer/TestPicturePainter.h"
+#include "platform/gstreamer/live/LivePipeline.h"
+#include "platform/gstreamer/movies/MovieRecorder.h"
+#include "platform/gstreamer/testpicture/TestPictureHooks.h"
+#include "platform/gstreamer/testpicture/TestPicturePainter.h"
 #include "station/figures.h"
 #include "support/MovieReader.h"
 

@@ -1,15 +1,15 @@
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
-#include "contracts/guard.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "movies/works.h"
 #include "platform/gstreamer/register_video.h"
-#include "platform/gstreamer/TestPictureHooks.h"
-#include "records/capture_scheme.h"
+#include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "station/figures.h"
 #include "support/MovieReader.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QAction>
 #include <QEventLoop>
@@ -60,7 +60,7 @@ struct Steps
 Steps ReadMovie(quint32 largestExplained)
 {
     Steps steps;
-    const QString stem = MovieStem(VisitContext.CaptureDir, VisitContext.Chart, VisitContext.Ymd);
+    const QString stem = CurrentVisit().MovieStem();
     quint32 last = 0;
     for (int segment = 1; FileExists(MoviePath(stem, segment)); ++segment) {
         const MovieReader movie(NativePath(MoviePath(stem, segment)));

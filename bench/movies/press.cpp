@@ -1,14 +1,13 @@
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/MSComm.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
 #include "movies/works.h"
 #include "platform/gstreamer/register_video.h"
-#include "records/capture_scheme.h"
 #include "station/figures.h"
 #include "support/PseudoTerminal.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QCoreApplication>

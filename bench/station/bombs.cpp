@@ -2,11 +2,11 @@
 
 #include "capture/frmCapture.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "contracts/pictures.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_index.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "screenparts/fill_routines.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QImageWriter>
@@ -96,7 +96,7 @@ int BenchBombs()
     });
     beat.start(0);
     const double start = NowMs();
-    LoadCaptureList(VisitContext.Chart, {}, ymd, VisitContext.CaptureDir, VisitContext.Etc, screen.sprCap(1), 1, false);
+    LoadCaptureList(CurrentVisit(), screen.sprCap(1), 1, false);
     PrintFigure(u"30 of them as thumbnails"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0),
                 u"%1 MB more (at most 300)"_s.arg(PeakMb() - before, 0, 'f', 0));
     PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 1));

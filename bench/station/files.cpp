@@ -2,10 +2,10 @@
 #include "scene.h"
 
 #include "capture/frmCapture.h"
-#include "contracts/guard.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QFile>

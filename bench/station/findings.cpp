@@ -1,12 +1,12 @@
 #include "figures.h"
 
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/printing.h"
 #include "findings/findings_print.h"
 #include "findings/findings_record.h"
 #include "findings/frmSoFind.h"
+#include "frame/components.h"
 #include "support/StationInABox.h"
 
 #include <QApplication>

@@ -1,12 +1,13 @@
 #include "figures.h"
 #include "scene.h"
 
-#include "contracts/components.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/printing.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "support/StationInABox.h"
 #include "viewing/CaptureSheet.h"
+#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -57,8 +58,7 @@ int BenchSheet()
         scenes << ScenePicture(seed, {1920, 1080});
     CaptureSheetRecord sheet;
     ClearCaptureSheetRecord(sheet);
-    sheet.Etc = VisitContext.Etc;
-    sheet.Ymd = VisitContext.Ymd;
+    sheet.Of = CurrentVisit();
     sheet.PrintYmd = VisitContext.Ymd;
     for (int number = 1; number <= Pictures; ++number) {
         const QString path = box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number);

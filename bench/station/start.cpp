@@ -1,9 +1,8 @@
 #include "figures.h"
 
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
-#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
+#include "frame/components.h"
 #include "launch/Main.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"

@@ -1,14 +1,15 @@
 #include "figures.h"
 
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "platform/gstreamer/register_video.h"
 #include "records/Statement.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QCoreApplication>
 #include <QTableView>

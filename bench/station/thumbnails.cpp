@@ -1,12 +1,13 @@
 #include "figures.h"
 #include "scene.h"
 
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_index.h"
-#include "records/picture_grid.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QImageReader>
 #include <QTimer>
@@ -67,7 +68,7 @@ int BenchThumbnails()
                 first = last - start;
         });
         beat.start(0);
-        LoadCaptureList(VisitContext.Chart, {}, ymd, VisitContext.CaptureDir, etc, *grid, 1, false);
+        LoadCaptureList(VisitOf(VisitContext.Chart, {}, ymd, etc), *grid, 1, false);
         grid->repaint();
         fills << NowMs() - start;
         longestGap = qMax(longestGap, NowMs() - last);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/CaptureVisit.h"
+#include "visit/Visit.h"
 
 class CaptureHistory;
 class StillCapture;
@@ -23,9 +23,9 @@ public:
     void DeleteShownVisit(int gridNumber);
 
 private:
-    void DeleteOnePicture(const CaptureVisit& visit, int number, int gridNumber);
-    void DeleteEmptyVisit(const CaptureVisit& visit);
-    void DeleteVisitCaptures(const CaptureVisit& visit);
+    void DeleteOnePicture(const Visit& visit, int number, int gridNumber);
+    void DeleteEmptyVisit(const Visit& visit);
+    void DeleteVisitCaptures(const Visit& visit);
 
     CaptureHistory& m_history;
     StillCapture& m_stills;

@@ -1,15 +1,15 @@
 #include "capture/CaptureHistory.h"
 
-#include "capture/capture_rows.h"
 #include "capture/VisitNote.h"
-#include "contracts/files.h"
 #include "contracts/fpSpread.h"
 #include "editor/open_picture_editor.h"
-#include "launch/context/VisitContext.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
-#include "records/capture_scheme.h"
-#include "records/picture_grid.h"
-#include "records/text/text_routines.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
+#include "text/text_routines.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QLabel>
 #include <QScopeGuard>
@@ -80,11 +80,11 @@ void CaptureHistory::EndFills()
 
 void CaptureHistory::ShowVisit()
 {
-    const StillCapture::Hold hold(m_stills);
+    const FillLine::Hold hold(m_stills.Line());
     m_note.AwaitVisit();
     const QString section = VisitContext.Etc;
     auto failed = qScopeGuard([this] { m_note.FailVisit(); });
-    m_stills.ShowPictures(CaptureVisit::Current(), false);
+    m_stills.ShowPictures(CurrentVisit(), false);
     failed.dismiss();
     // A section chosen meanwhile has its own fill, and its own note.
     if (section == VisitContext.Etc)
@@ -101,14 +101,14 @@ void CaptureHistory::ShowSection()
 void CaptureHistory::ShowVisits()
 {
     ++m_lineShown;
-    LoadVisitHistory(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
-                     VisitContext.Etc, u"A"_s);
+    LoadVisitHistory(CurrentVisit(), u"A"_s);
 }
 
 void CaptureHistory::ShowHistoryLine(int row)
 {
     if (Trim(VisitContext.Chart).isEmpty())
         return;
+    m_chosen.reset();
     m_controls.lblHisYmd.clear();
     m_controls.lblHisEtc.clear();
     // Whatever line is still coming in, its labels are gone.
@@ -117,25 +117,24 @@ void CaptureHistory::ShowHistoryLine(int row)
     const QString ymd = CellText(m_controls.visits, 1, row);
     if (ymd.isEmpty())
         return;
-    m_controls.lblHisYmd.setText(LayIntoMask(ymd, u"0000-00-00"));
-    const QString etc = CellText(m_controls.visits, 2, row);
-    m_controls.lblHisEtc.setText(etc);
-    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
+    const Visit visit = VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, CellText(m_controls.visits, 2, row));
+    m_chosen = visit;
+    m_controls.lblHisYmd.setText(LayIntoMask(visit.ymd, u"0000-00-00"));
+    m_controls.lblHisEtc.setText(visit.etc);
 
-    const StillCapture::Hold hold(m_stills);
-    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, ymd, folder, etc, m_controls.historyPictures, 2, false);
+    const FillLine::Hold hold(m_stills.Line());
+    LoadCaptureList(visit, m_controls.historyPictures, 2, false);
     if (line == m_lineShown)
-        m_note.ShowHistoryNote(ymd, etc, folder);
+        m_note.ShowHistoryNote(visit);
 }
 
 void CaptureHistory::EditHistoryPicture(int column, int row)
 {
     const bool pictureCell = row % 2 == 1 && PictureColumns(2).contains(column);
-    if (Trim(VisitContext.Chart).isEmpty() || !pictureCell)
+    if (!m_chosen || !pictureCell)
         return;
-    const CaptureVisit visit = ShownVisit(2);
-    VisitContext.ImageSaved = false;
-    OpenPictureEditor(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, Grid(2), column, row);
+    const Visit visit = *m_chosen;
+    OpenPictureEditor(visit, Grid(2), column, row);
     if (!VisitContext.ImageSaved)
         return;
     ++m_lineShown;
@@ -157,31 +156,21 @@ QString CaptureHistory::NumberUnder(int gridNumber, int column, int row)
 
 QString CaptureHistory::FileBehind(int gridNumber, int column, int row)
 {
-    const QString number = NumberUnder(gridNumber, column, row);
-    if (!IsNumericText(number))
-        return {};
-    const QString path = VisitPicturePath(ShownVisit(gridNumber), WholeNumber(number));
-    return PictureExists(path) ? path : QString();
+    const std::optional<Visit> visit = ShownVisit(gridNumber);
+    return visit ? PictureFileBehind(Grid(gridNumber), column, row, *visit) : QString();
 }
 
-CaptureVisit CaptureHistory::ShownVisit(int gridNumber) const
+std::optional<Visit> CaptureHistory::ShownVisit(int gridNumber) const
 {
-    CaptureVisit visit = CaptureVisit::Current();
-    if (gridNumber != 1) {
-        visit.ymd = m_controls.lblHisYmd.text().remove(u'-');
-        visit.etc = Trim(m_controls.lblHisEtc.text());
-    }
-    visit.captureDir = YearFolder(ClientSetup.CaptureRoot, visit.ymd);
-    return visit;
+    return gridNumber == 1 ? CurrentVisit() : m_chosen;
 }
 
-void CaptureHistory::FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor)
+void CaptureHistory::FillPictures(const Visit& visit, int gridNumber, bool keepCursor)
 {
     if (gridNumber == 1) {
         m_stills.ShowPictures(visit, keepCursor);
         return;
     }
-    const StillCapture::Hold hold(m_stills);
-    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, m_controls.historyPictures,
-                    gridNumber, keepCursor);
+    const FillLine::Hold hold(m_stills.Line());
+    LoadCaptureList(visit, m_controls.historyPictures, gridNumber, keepCursor);
 }

@@ -4,12 +4,14 @@
 
 #include <QObject>
 
+#include <optional>
+
 class fpSpread;
 class QLabel;
 class VisitNote;
 
-/// The three grids of the capture screen, and what the mouse does on the two of the history. The grids and the two
-/// labels of the selection are all the memory there is.
+/// The three grids of the capture screen, and what the mouse does on the two of the history. What
+/// they show stands in the grids; the history line that was chosen is a value beside its two labels.
 class CaptureHistory : public QObject
 {
     Q_OBJECT
@@ -42,10 +44,10 @@ public:
     /// Shows the visit of a line of `sprCap(3)`; a line without a date only empties the selection.
     void ShowHistoryLine(int row);
 
-    /// The visit that grid 1 or 2 shows: the current one, or the history line on display.
-    CaptureVisit ShownVisit(int gridNumber) const;
+    /// The visit that grid 1 or 2 shows: the current one, or the history line that was chosen, if one was.
+    std::optional<Visit> ShownVisit(int gridNumber) const;
     fpSpread& VisitPictures() { return m_controls.visitPictures; }
-    void FillPictures(const CaptureVisit& visit, int gridNumber, bool keepCursor);
+    void FillPictures(const Visit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);
     /// Path of the picture file that a cell of grid 1 or 2 shows; empty when there is none.
@@ -63,5 +65,6 @@ private:
     Controls m_controls;
     VisitNote& m_note;
     StillCapture& m_stills;
-    int m_lineShown = 0; ///< Rises with each line that is shown, so that an overtaken one knows.
+    std::optional<Visit> m_chosen; ///< The history line on display; comes and goes with the two labels.
+    int m_lineShown = 0;           ///< Rises with each line that is shown, so that an overtaken one knows.
 };

@@ -1,8 +1,8 @@
 #include "capture/CommandBar.h"
 
-#include "contracts/components.h"
 #include "contracts/ImageList.h"
-#include "contracts/plain_text.h"
+#include "frame/components.h"
+#include "frame/plain_text.h"
 
 #include <QMenu>
 #include <QResizeEvent>

@@ -1,12 +1,12 @@
 #include "capture/FootSwitch.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
-#include "contracts/guard.h"
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QElapsedTimer>
 #include <QScopeGuard>

@@ -3,7 +3,8 @@
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "records/capture_scheme.h"
+#include "frame/services.h"
+#include "visit/Visit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -32,9 +33,9 @@ LeftoverNumber FromClaimName(const QString& name, const PendingRows::Folder& fol
     return leftover;
 }
 
-bool HasPicture(const CaptureVisit& visit, int number)
+bool HasPicture(const Visit& visit, int number)
 {
-    return PictureExists(PicturePath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number, visit.imageExt));
+    return PictureExists(visit.PicturePath(number));
 }
 
 /// Another machine's claim, or one that doesn't say whose it is.

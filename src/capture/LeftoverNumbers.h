@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/CaptureVisit.h"
 #include "capture/PendingRows.h"
+#include "visit/Visit.h"
 
 #include <QObject>
 
@@ -10,7 +10,7 @@
 /// A number that a dead station of this machine was filing: its claim stands, and its picture too.
 struct LeftoverNumber
 {
-    CaptureVisit visit;
+    Visit visit;
     int number = 0;
 };
 

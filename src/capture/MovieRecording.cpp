@@ -2,12 +2,12 @@
 
 #include "capture/capture_folders.h"
 #include "capture/device_link.h"
-#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
+#include "frame/services.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QLabel>
 #include <QScopeGuard>
@@ -67,7 +67,7 @@ void MovieRecording::StartMovieRecording()
     // The files of a recording that still runs can only go once they are closed.
     if (m_capture.CaptureMode())
         m_capture.setCaptureMode(false);
-    m_movieBase = MovieStem(VisitContext.CaptureDir, VisitContext.Chart, VisitContext.Ymd);
+    m_movieBase = CurrentVisit().MovieStem();
     DeleteEarlierMovies();
     m_movieSegment = 1;
     PrepareMovieCapture(m_capture, MoviePath(m_movieBase, m_movieSegment));

@@ -1,9 +1,10 @@
 #include "capture/NumberClaim.h"
 
-#include "capture/CaptureVisit.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "records/capture_scheme.h"
+#include "frame/services.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,11 +12,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString PathOf(const CaptureVisit& visit, int number)
-{
-    return ClaimPath(visit.captureDir, visit.etc, visit.chart, visit.ymd, number);
-}
 
 void Delete(const QString& path)
 {
@@ -28,9 +24,9 @@ void Delete(const QString& path)
 
 } // namespace
 
-std::unique_ptr<NumberClaim> NumberClaim::Take(const CaptureVisit& visit, int number)
+std::unique_ptr<NumberClaim> NumberClaim::Take(const Visit& visit, int number)
 {
-    const QString path = PathOf(visit, number);
+    const QString path = visit.ClaimPath(number);
     const QJsonObject facts{
         {u"holder"_s, Files().ProcessMark()}, {u"yuhyung"_s, visit.yuhyung}, {u"imageExt"_s, visit.imageExt}};
     if (!Files().CreateExclusively(path, QJsonDocument(facts).toJson(QJsonDocument::Compact)))
@@ -38,14 +34,14 @@ std::unique_ptr<NumberClaim> NumberClaim::Take(const CaptureVisit& visit, int nu
     return std::unique_ptr<NumberClaim>(new NumberClaim(path));
 }
 
-void NumberClaim::Release(const CaptureVisit& visit, int number)
+void NumberClaim::Release(const Visit& visit, int number)
 {
-    Delete(PathOf(visit, number));
+    Delete(visit.ClaimPath(number));
 }
 
-bool NumberClaim::Stands(const CaptureVisit& visit, int number)
+bool NumberClaim::Stands(const Visit& visit, int number)
 {
-    return FileExists(PathOf(visit, number));
+    return FileExists(visit.ClaimPath(number));
 }
 
 std::optional<NumberClaim::Facts> NumberClaim::Read(const QString& path)

@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-struct CaptureVisit;
+struct Visit;
 
 /// A picture number held by this station while it files the picture: a small file in the section's folder, created
 /// exclusively, so that two stations on one visit never take the same number. It stands until the picture's rows are
@@ -22,10 +22,10 @@ public:
     };
 
     /// Null when the number is claimed already, by whomever. Throws PlatformError when the folder refuses.
-    static std::unique_ptr<NumberClaim> Take(const CaptureVisit& visit, int number);
+    static std::unique_ptr<NumberClaim> Take(const Visit& visit, int number);
     /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
-    static void Release(const CaptureVisit& visit, int number);
-    static bool Stands(const CaptureVisit& visit, int number);
+    static void Release(const Visit& visit, int number);
+    static bool Stands(const Visit& visit, int number);
     /// Empty facts for a claim that holds none; nothing when it can't be read, or has gone.
     static std::optional<Facts> Read(const QString& path);
 

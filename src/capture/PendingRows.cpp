@@ -1,10 +1,11 @@
 #include "capture/PendingRows.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -45,26 +46,26 @@ void IgnoringFaults(const std::function<void()>& step)
 
 QJsonObject ToJson(const PendingRows::Entry& entry)
 {
-    const CaptureVisit& visit = entry.visit;
-    return {{u"chart"_s, visit.chart},       {u"yuhyung"_s, visit.yuhyung}, {u"jinchal"_s, visit.jinchal},
-            {u"ymd"_s, visit.ymd},           {u"etc"_s, visit.etc},         {u"captureDir"_s, visit.captureDir},
-            {u"imageExt"_s, visit.imageExt}, {u"extra"_s, visit.extra},     {u"number"_s, entry.number},
-            {u"note"_s, entry.note},         {u"refused"_s, entry.refused}};
+    const Visit& visit = entry.visit;
+    return {{u"chart"_s, visit.chart},
+            {u"yuhyung"_s, visit.yuhyung},
+            {u"ymd"_s, visit.ymd},
+            {u"etc"_s, visit.etc},
+            {u"captureDir"_s, visit.captureDir},
+            {u"imageExt"_s, visit.imageExt},
+            {u"number"_s, entry.number},
+            {u"note"_s, entry.note},
+            {u"refused"_s, entry.refused}};
 }
 
 PendingRows::Entry FromJson(const QJsonObject& json)
 {
     const auto text = [&json](const QString& key) { return json.value(key).toString(); };
-    return {{text(u"chart"_s), text(u"yuhyung"_s), text(u"jinchal"_s), text(u"ymd"_s), text(u"etc"_s),
-             text(u"captureDir"_s), text(u"imageExt"_s), text(u"extra"_s)},
+    return {{text(u"chart"_s), text(u"yuhyung"_s), text(u"ymd"_s), text(u"etc"_s), text(u"captureDir"_s),
+             text(u"imageExt"_s)},
             json.value(u"number"_s).toInt(),
             text(u"note"_s),
             json.value(u"refused"_s).toBool()};
-}
-
-bool IsOf(const PendingRows::Entry& entry, const CaptureVisit& visit)
-{
-    return entry.visit.chart == visit.chart && entry.visit.ymd == visit.ymd && entry.visit.etc == visit.etc;
 }
 
 QString RefusalText(const PendingRows::Entry& entry, const QString& reason)
@@ -182,16 +183,16 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
     }
 }
 
-bool PendingRows::Holds(const CaptureVisit& visit, int number) const
+bool PendingRows::Holds(const Visit& visit, int number) const
 {
     return NumbersOf(visit).contains(number);
 }
 
-QList<int> PendingRows::NumbersOf(const CaptureVisit& visit) const
+QList<int> PendingRows::NumbersOf(const Visit& visit) const
 {
     QList<int> numbers;
     for (const Entry& entry : m_entries) {
-        if (IsOf(entry, visit))
+        if (entry.visit == visit)
             numbers.append(entry.number);
     }
     return numbers;
@@ -203,9 +204,9 @@ QString PendingRows::Add(const Entry& entry)
     return Store();
 }
 
-void PendingRows::Remove(const CaptureVisit& visit, int number)
+void PendingRows::Remove(const Visit& visit, int number)
 {
-    m_entries.removeIf([&](const Entry& entry) { return entry.number == number && IsOf(entry, visit); });
+    m_entries.removeIf([&](const Entry& entry) { return entry.number == number && entry.visit == visit; });
     Store();
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/CaptureVisit.h"
+#include "visit/Visit.h"
 
 #include <QList>
 #include <QStringList>
@@ -19,7 +19,7 @@ class PendingRows
 public:
     struct Entry
     {
-        CaptureVisit visit;
+        Visit visit;
         int number = 0;
         QString note;         ///< Typed note that was to be stored with the picture; empty when there was none.
         bool refused = false; ///< The server has refused the rows, and the operator has been told.
@@ -49,13 +49,13 @@ public:
 
     bool IsEmpty() const { return m_entries.isEmpty(); }
     int Count() const { return static_cast<int>(m_entries.size()); }
-    bool Holds(const CaptureVisit& visit, int number) const;
+    bool Holds(const Visit& visit, int number) const;
     /// Numbers of the visit's pictures that wait, in the order in which they came.
-    QList<int> NumbersOf(const CaptureVisit& visit) const;
+    QList<int> NumbersOf(const Visit& visit) const;
 
     /// Gives the reason, for the operator, when the list can't be written; it then stands in memory alone.
     [[nodiscard]] QString Add(const Entry& entry);
-    void Remove(const CaptureVisit& visit, int number);
+    void Remove(const Visit& visit, int number);
 
     /// Hands each entry to `write`, and drops it when that is done with it. An entry that the server refuses stays, and
     /// the next one's turn comes; gives a text for the operator for each that was refused for the first time. Throws

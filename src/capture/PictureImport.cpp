@@ -1,14 +1,15 @@
 #include "capture/PictureImport.h"
 
 #include "capture/StillCapture.h"
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
-#include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,20 +1,20 @@
 #include "capture/StillCapture.h"
+#include "visit/VisitContext.h"
 
 #include "capture/capture_folders.h"
-#include "capture/capture_rows.h"
 #include "capture/NumberClaim.h"
 #include "capture/VisitNote.h"
-#include "contracts/desktop.h"
-#include "contracts/files.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
-#include "records/picture_grid.h"
-#include "records/text/text_routines.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
+#include "text/text_routines.h"
 
 using namespace Qt::StringLiterals;
 
@@ -36,11 +36,11 @@ bool IsGridFull(fpSpread& grid)
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
     : m_grid(visitGrid), m_note(note),
-      m_filing([this](const CaptureVisit& visit, bool mayAsk) { return m_note.NoteToStore(visit, mayAsk); },
+      m_filing([this](const Visit& visit, bool mayAsk) { return m_note.NoteToStore(visit, mayAsk); },
                [this](const StillFiling::Safe& picture) { ShowSafe(picture); })
 {
     connect(&m_leftovers, &LeftoverNumbers::Found, this, [this](const QList<LeftoverNumber>& numbers) {
-        Guarded([&] { WhenFree([this, numbers] { Settle(numbers); }); });
+        Guarded([&] { m_line.Command([this, numbers] { Settle(numbers); }); });
     });
 }
 
@@ -56,7 +56,7 @@ void StillCapture::SetCaptureValues(VideoCap& capture)
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    FileStill(CaptureVisit::Current(), frame->EncodeJPEG(StillQuality));
+    FileStill(CurrentVisit(), frame->EncodeJPEG(StillQuality));
 }
 
 void StillCapture::FilePicture(const ImagXpress& picture)
@@ -65,12 +65,12 @@ void StillCapture::FilePicture(const ImagXpress& picture)
         return;
     const BusyPointer busy;
     if (HasRoom())
-        FileStill(CaptureVisit::Current(), picture.TargetContent());
+        FileStill(CurrentVisit(), picture.TargetContent());
 }
 
 bool StillCapture::HasChart() const
 {
-    if (!Trim(CaptureVisit::Current().chart).isEmpty())
+    if (!Trim(CurrentVisit().chart).isEmpty())
         return true;
     ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
     return false;
@@ -78,14 +78,14 @@ bool StillCapture::HasChart() const
 
 bool StillCapture::HasRoom()
 {
-    if (m_holds == 0)
+    if (!m_line.IsHeld())
         return !IsGridFull(m_grid);
     // A grid that is being filled tells nothing: what it is filled from does.
-    const CaptureVisit visit = CaptureVisit::Current();
+    const Visit visit = CurrentVisit();
     qsizetype pictures = m_filing.Pending().NumbersOf(visit).size();
     try {
-        for (const int number : StoredNumbers(visit.chart, visit.ymd, visit.etc, NumberOrder::Any))
-            pictures += PictureExists(VisitPicturePath(visit, number)) ? 1 : 0;
+        for (const int number : StoredNumbers(visit, NumberOrder::Any))
+            pictures += PictureExists(visit.PicturePath(number)) ? 1 : 0;
     } catch (const PlatformError&) {
         // Better one picture too many than one lost.
         return true;
@@ -93,7 +93,7 @@ bool StillCapture::HasRoom()
     return pictures < MostPictures;
 }
 
-void StillCapture::FileStill(const CaptureVisit& visit, const QByteArray& picture)
+void StillCapture::FileStill(const Visit& visit, const QByteArray& picture)
 {
     m_note.BringBack();
     const std::shared_ptr<PictureBatch> thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
@@ -109,11 +109,11 @@ void StillCapture::FileStill(const CaptureVisit& visit, const QByteArray& pictur
         throw PlatformError(tidings.join(u"\r\n\r\n"_s));
 }
 
-void StillCapture::ShowStill(const CaptureVisit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail)
+void StillCapture::ShowStill(const Visit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail)
 {
-    const bool waits = m_holds > 0;
-    InLine([this, visit, number, thumbnail, waits] {
-        if (visit != CaptureVisit::Current())
+    const bool waits = m_line.IsHeld();
+    m_line.Show([this, visit, number, thumbnail, waits] {
+        if (visit != CurrentVisit())
             return;
         // A fill that it waited for may have found it already.
         std::optional<QPoint> place = waits ? FindPicture(m_grid, 1, number) : std::nullopt;
@@ -124,7 +124,7 @@ void StillCapture::ShowStill(const CaptureVisit& visit, int number, const std::s
     });
 }
 
-QPoint StillCapture::PlaceThumbnail(const CaptureVisit& visit, int number, const QImage& thumbnail)
+QPoint StillCapture::PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail)
 {
     int row = 0;
     int column = 0;
@@ -135,19 +135,19 @@ QPoint StillCapture::PlaceThumbnail(const CaptureVisit& visit, int number, const
     return {column, row};
 }
 
-void StillCapture::ShowPending(const CaptureVisit& visit)
+void StillCapture::ShowPending(const Visit& visit)
 {
     for (const int number : m_filing.Pending().NumbersOf(visit)) {
-        const QString path = VisitPicturePath(visit, number);
+        const QString path = visit.PicturePath(number);
         if (PictureExists(path) && !FindPicture(m_grid, 1, number))
             PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
     }
 }
 
-void StillCapture::ShowPictures(const CaptureVisit& visit, bool keepCursor)
+void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
-    const Hold hold(*this);
-    LoadCaptureList(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, m_grid, 1, keepCursor);
+    const FillLine::Hold hold(m_line);
+    LoadCaptureList(visit, m_grid, 1, keepCursor);
     ShowPending(visit);
 }
 
@@ -162,22 +162,21 @@ void StillCapture::ShowSafe(const StillFiling::Safe& picture)
     }
     if (!picture.waited)
         return;
-    InLine([this, visit = picture.visit, number = picture.number] {
-        if (visit != CaptureVisit::Current())
+    m_line.Show([this, visit = picture.visit, number = picture.number] {
+        if (visit != CurrentVisit())
             return;
         if (const std::optional<QPoint> place = FindPicture(m_grid, 1, number))
             MarkPicture(m_grid, place->x(), place->y(), QString());
         else
-            PlaceThumbnail(visit, number,
-                           Pictures().LoadWithin(VisitPicturePath(visit, number), m_grid.CellPixels(1, 1)));
+            PlaceThumbnail(visit, number, Pictures().LoadWithin(visit.PicturePath(number), m_grid.CellPixels(1, 1)));
     });
 }
 
 void StillCapture::SaveVisitNote()
 {
-    const CaptureVisit visit = CaptureVisit::Current();
+    const Visit visit = CurrentVisit();
     m_note.BringBack();
-    QStringList tidings = WritePending();
+    QStringList tidings = m_filing.WritePending();
     const QString text = m_note.NoteToStore(visit, true).text;
     UpdateVisitNote(visit, text);
     const VisitNote::Kept kept = m_note.CheckStored(visit, text);
@@ -185,29 +184,24 @@ void StillCapture::SaveVisitNote()
     if (kept.hasRow && !kept.IsWhole()) {
         tidings.insert(1, u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
     }
-    WhenFree([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
+    m_line.Command([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
 }
 
-void StillCapture::ShowSaved(const CaptureVisit& visit, const QString& message)
+void StillCapture::ShowSaved(const Visit& visit, const QString& message)
 {
     {
-        const Hold hold(*this);
-        LoadVisitHistory(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc, u"A"_s);
-        if (visit == CaptureVisit::Current())
+        const FillLine::Hold hold(m_line);
+        LoadVisitHistory(visit, u"A"_s);
+        if (visit == CurrentVisit())
             ShowPictures(visit, false);
     }
     MarkVisitCaptured(visit, u"1"_s);
     ShowInformation(message);
 }
 
-QStringList StillCapture::WritePending()
-{
-    return m_filing.WritePending();
-}
-
 void StillCapture::SettleLeftovers()
 {
-    const CaptureVisit visit = CaptureVisit::Current();
+    const Visit visit = CurrentVisit();
     QList<PendingRows::Folder> folders = m_filing.Pending().LeftFolders();
     const auto add = [&](const QString& section) {
         const PendingRows::Folder folder{visit.captureDir, section};
@@ -226,7 +220,7 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
         return;
     QStringList tidings;
     try {
-        tidings = WritePending();
+        tidings = m_filing.WritePending();
         const int settled = WriteLeftoverRows(numbers);
         m_filing.Pending().LeftFoldersAreSettled();
         if (settled > 0)
@@ -247,17 +241,16 @@ int StillCapture::WriteLeftoverRows(const QList<LeftoverNumber>& numbers)
     bool shown = false;
     const auto show = qScopeGuard([&] {
         if (shown)
-            Guarded([this] { ShowPictures(CaptureVisit::Current(), false); });
+            Guarded([this] { ShowPictures(CurrentVisit(), false); });
     });
     for (const auto& [visit, number] : numbers) {
         if (m_filing.Pending().Holds(visit, number))
             continue;
         try {
             if (!HasPictureRow(visit, number)) {
-                SaveCaptureRows(visit, number, StoredNote(visit.chart, visit.ymd, visit.etc));
+                SaveCaptureRows(visit, number, StoredNote(visit));
                 ++settled;
-                const CaptureVisit current = CaptureVisit::Current();
-                shown |= visit.chart == current.chart && visit.ymd == current.ymd && visit.etc == current.etc;
+                shown |= visit == CurrentVisit();
             }
             NumberClaim::Release(visit, number);
         } catch (const DatabaseAway&) {
@@ -269,61 +262,14 @@ int StillCapture::WriteLeftoverRows(const QList<LeftoverNumber>& numbers)
     return settled;
 }
 
-void StillCapture::InLine(const std::function<void()>& work)
-{
-    m_line.push_back(work);
-    if (m_holds == 0)
-        WorkOffLine();
-}
-
-void StillCapture::WhenFree(const std::function<void()>& command)
-{
-    if (m_holds > 0)
-        m_commands.push_back(command);
-    else
-        command();
-}
-
-void StillCapture::Release()
-{
-    if (--m_holds == 0 && !(m_line.empty() && m_commands.empty()))
-        QMetaObject::invokeMethod(this, &StillCapture::WorkOff, Qt::QueuedConnection);
-}
-
-void StillCapture::WorkOff()
-{
-    if (m_holds == 0)
-        WorkOffLine();
-    // A message of one command serves events, and the next may be worked off from there.
-    while (m_holds == 0 && !m_commands.empty()) {
-        const std::function<void()> command = m_commands.front();
-        m_commands.pop_front();
-        Guarded(command);
-    }
-}
-
-void StillCapture::WorkOffLine()
-{
-    while (!m_line.empty()) {
-        const std::function<void()> work = m_line.front();
-        m_line.pop_front();
-        work();
-    }
-}
-
 void StillCapture::Finish()
 {
     m_finished = true;
-    m_line.clear();
-    while (!m_commands.empty()) {
-        const std::function<void()> command = m_commands.front();
-        m_commands.pop_front();
-        Guarded(command);
-    }
+    m_line.Finish();
     Guarded([this] {
         QStringList tidings;
         try {
-            tidings = WritePending();
+            tidings = m_filing.WritePending();
         } catch (const DatabaseAway&) {
         }
         if (!m_filing.Pending().IsEmpty()) {

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "capture/FillLine.h"
 #include "capture/LeftoverNumbers.h"
 #include "capture/StillFiling.h"
 
 #include <QObject>
 #include <QPoint>
 
-#include <deque>
-#include <functional>
 #include <memory>
 
 class fpSpread;
@@ -37,20 +36,10 @@ public:
 
     /// Fills the visit's grid with the pictures of a visit, serving events; pictures whose rows wait stand behind the
     /// others, marked.
-    void ShowPictures(const CaptureVisit& visit, bool keepCursor);
+    void ShowPictures(const Visit& visit, bool keepCursor);
 
-    /// While one of these lives, the screen is being filled and the line waits.
-    class Hold
-    {
-    public:
-        explicit Hold(StillCapture& line) : m_line(&line) { ++line.m_holds; }
-        ~Hold() { m_line->Release(); }
-        Hold(const Hold&) = delete;
-        Hold& operator=(const Hold&) = delete;
-
-    private:
-        StillCapture* m_line;
-    };
+    /// Where the screen's changes wait while it is being filled.
+    FillLine& Line() { return m_line; }
 
     /// Brings to their end the stills that dead stations of this machine were filing: in the sections of the visit's
     /// year, and wherever their lists say. The operator is told once how many came back.
@@ -62,26 +51,18 @@ public:
 
     const PendingRows& Pending() { return m_filing.Pending(); }
     /// A picture whose rows wait has been deleted.
-    void Forget(const CaptureVisit& visit, int number) { m_filing.Forget(visit, number); }
+    void Forget(const Visit& visit, int number) { m_filing.Forget(visit, number); }
 
 private:
-    /// Changes a still's place on the screen, at once unless a fill is under way. May not throw, nor serve events.
-    void InLine(const std::function<void()>& work);
-    /// Runs a command's last part, at once unless a fill is under way.
-    void WhenFree(const std::function<void()>& command);
-    void Release();
-    void WorkOff();
-    void WorkOffLine();
     bool HasChart() const;
     bool HasRoom();
-    void FileStill(const CaptureVisit& visit, const QByteArray& picture);
-    void ShowStill(const CaptureVisit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail);
-    void ShowPending(const CaptureVisit& visit);
+    void FileStill(const Visit& visit, const QByteArray& picture);
+    void ShowStill(const Visit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail);
+    void ShowPending(const Visit& visit);
     /// Gives the column and row of its cell.
-    QPoint PlaceThumbnail(const CaptureVisit& visit, int number, const QImage& thumbnail);
+    QPoint PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail);
     void ShowSafe(const StillFiling::Safe& picture);
-    void ShowSaved(const CaptureVisit& visit, const QString& message);
-    QStringList WritePending();
+    void ShowSaved(const Visit& visit, const QString& message);
     void Settle(const QList<LeftoverNumber>& numbers);
     int WriteLeftoverRows(const QList<LeftoverNumber>& numbers);
 
@@ -89,8 +70,6 @@ private:
     VisitNote& m_note;
     StillFiling m_filing;
     LeftoverNumbers m_leftovers;
-    std::deque<std::function<void()>> m_line;     ///< Of thumbnails and marks, for the end of the fill.
-    std::deque<std::function<void()>> m_commands; ///< That come behind them.
-    int m_holds = 0;
+    FillLine m_line;
     bool m_finished = false;
 };

@@ -1,13 +1,13 @@
 #include "capture/StillFiling.h"
 
 #include "capture/capture_folders.h"
-#include "capture/capture_rows.h"
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
-#include "records/capture_scheme.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
+#include "visit/Visit.h"
 
 #include <limits>
 
@@ -18,30 +18,24 @@ namespace {
 /// Picture numbers are 16-bit.
 constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 
-int LargestStoredNumber(const CaptureVisit& visit)
-{
-    return NextCaptureNo(visit.chart, visit.yuhyung, visit.ymd, visit.captureDir, visit.etc);
-}
-
 /// The largest number among the picture files, for the time in which the database can't be asked.
-int LargestNumberOnDisk(const CaptureVisit& visit)
+int LargestNumberOnDisk(const Visit& visit)
 {
     int largest = 0;
-    const QString folder = SectionFolder(visit.captureDir, visit.etc);
-    const QStringList names = Files().FilesStartingWith(folder, visit.chart + visit.ymd);
+    const QStringList names = Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix());
     for (const QString& name : names)
-        largest = qMax(largest, PictureNumber(name, visit.chart, visit.ymd, visit.imageExt));
+        largest = qMax(largest, visit.PictureNumber(name));
     return largest;
 }
 
 } // namespace
 
-StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByteArray& picture, QString& fault) const
+StillFiling::Placed StillFiling::PlaceFile(const Visit& visit, const QByteArray& picture, QString& fault) const
 {
     const auto largestTaken = [&] {
         if (fault.isEmpty()) {
             try {
-                return LargestStoredNumber(visit);
+                return NextCaptureNo(visit);
             } catch (const PlatformError& error) {
                 fault = error.Text();
             }
@@ -50,7 +44,7 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
     };
 
     // A section outside this client's list has no folder of its own yet.
-    EnsureFolderOfYear(visit.captureDir, SectionFolder(visit.captureDir, visit.etc));
+    EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
     for (int number = largestTaken() + 1; number <= LargestNumber; ++number) {
         auto claim = NumberClaim::Take(visit, number);
         if (claim == nullptr)
@@ -61,7 +55,7 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
             number = largest;
             continue;
         }
-        const QString path = VisitPicturePath(visit, number);
+        const QString path = visit.PicturePath(number);
         if (FileExists(path))
             continue;
         try {
@@ -74,7 +68,7 @@ StillFiling::Placed StillFiling::PlaceFile(const CaptureVisit& visit, const QByt
     throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
 }
 
-StillFiling::Filed StillFiling::File(const CaptureVisit& visit, const QByteArray& picture)
+StillFiling::Filed StillFiling::File(const Visit& visit, const QByteArray& picture)
 {
     Filed filed;
     try {
@@ -119,10 +113,10 @@ QStringList StillFiling::WritePending()
 
 PendingRows::Outcome StillFiling::WriteRows(const PendingRows::Entry& entry)
 {
-    const CaptureVisit& visit = entry.visit;
-    if (!FileExists(VisitPicturePath(visit, entry.number))) {
+    const Visit& visit = entry.visit;
+    if (!FileExists(visit.PicturePath(entry.number))) {
         // Without its folder there is no share to tell what became of the picture.
-        if (!FolderExists(SectionFolder(visit.captureDir, visit.etc)))
+        if (!FolderExists(visit.SectionFolder()))
             return PendingRows::Outcome::Later;
         NumberClaim::Release(visit, entry.number);
         return PendingRows::Outcome::Gone;
@@ -139,7 +133,7 @@ PendingRows::Outcome StillFiling::WriteRows(const PendingRows::Entry& entry)
     return PendingRows::Outcome::Written;
 }
 
-void StillFiling::Forget(const CaptureVisit& visit, int number)
+void StillFiling::Forget(const Visit& visit, int number)
 {
     m_pending.Remove(visit, number);
     NumberClaim::Release(visit, number);

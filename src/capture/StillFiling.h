@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/CaptureVisit.h"
 #include "capture/PendingRows.h"
+#include "visit/Visit.h"
 
 #include <functional>
 #include <memory>
@@ -21,7 +21,7 @@ public:
     };
     /// Asked right before the rows are written; may throw. Without `mayAsk` the database isn't asked: an untyped note
     /// is then empty.
-    using NoteSource = std::function<Note(const CaptureVisit&, bool mayAsk)>;
+    using NoteSource = std::function<Note(const Visit&, bool mayAsk)>;
 
     struct Filed
     {
@@ -36,7 +36,7 @@ public:
     /// A picture whose file and rows are safe.
     struct Safe
     {
-        CaptureVisit visit;
+        Visit visit;
         int number = 0;
         Note note;           ///< Stored with it.
         bool waited = false; ///< Its rows had to wait; it is not the picture that is being filed.
@@ -48,13 +48,13 @@ public:
 
     /// Files one picture, after the rows that wait. Throws PlatformError when no file could be written; nothing is left
     /// behind then.
-    Filed File(const CaptureVisit& visit, const QByteArray& picture);
+    Filed File(const Visit& visit, const QByteArray& picture);
 
     /// Writes the rows that wait. Those that the server refuses keep no others from their turn; gives a text for the
     /// operator for each that it hasn't refused before. Throws DatabaseAway when the others have to wait on.
     QStringList WritePending();
     /// A picture that waits has been deleted: its entry and its claim go.
-    void Forget(const CaptureVisit& visit, int number);
+    void Forget(const Visit& visit, int number);
     PendingRows& Pending() { return m_pending; }
 
 private:
@@ -66,7 +66,7 @@ private:
     };
 
     /// `fault` tells why the database doesn't answer; while it is empty the database is asked.
-    Placed PlaceFile(const CaptureVisit& visit, const QByteArray& picture, QString& fault) const;
+    Placed PlaceFile(const Visit& visit, const QByteArray& picture, QString& fault) const;
     PendingRows::Outcome WriteRows(const PendingRows::Entry& entry);
 
     NoteSource m_note;

@@ -21,14 +21,14 @@ public:
     void FailVisit();
     /// Shows the note of a history line, read-only, with the visit's own text kept aside. The visit's own line leaves
     /// the box as it is, but for bringing its own text back.
-    void ShowHistoryNote(const QString& ymd, const QString& etc, const QString& yearFolder);
+    void ShowHistoryNote(const Visit& visit);
     /// Brings the visit's own text back into the box.
     void BringBack();
 
     /// The note to store for a visit: the typed text when the box holds one for it, with what is still being composed;
     /// else the stored one, read afresh and shown, or, where the database may not be asked, nothing. Throws
     /// PlatformError when that read fails.
-    StillFiling::Note NoteToStore(const CaptureVisit& visit, bool mayAsk);
+    StillFiling::Note NoteToStore(const Visit& visit, bool mayAsk);
 
     /// What became of a note that was to be stored.
     struct Kept
@@ -41,22 +41,21 @@ public:
     };
     /// Reads back what has been stored of the text. When it is whole, the box holds nothing of its own any more;
     /// otherwise the text in the box goes on counting as typed. Throws PlatformError.
-    Kept CheckStored(const CaptureVisit& visit, const QString& text);
+    Kept CheckStored(const Visit& visit, const QString& text);
 
     /// The visit's row is gone: the text in the box, if it is that visit's own, is stored nowhere now.
-    void RowIsGone(const CaptureVisit& visit);
+    void RowIsGone(const Visit& visit);
 
 private:
     struct Aside
     {
-        QString ymd;
-        QString etc;
+        Visit visit;
         QString text;
         bool touched = false;
         bool loaded = false;
     };
 
-    bool IsInBox(const CaptureVisit& visit) const;
+    bool IsInBox(const Visit& visit) const;
 
     NoteBox& m_box;
     std::optional<Aside> m_aside; ///< The visit's own text while a history line has the box.

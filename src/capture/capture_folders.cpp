@@ -2,9 +2,10 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
-#include "records/text/text_routines.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 

@@ -1,16 +1,16 @@
 #include "capture/capture_wastebasket.h"
 
 #include "capture/capture_folders.h"
-#include "capture/capture_rows.h"
-#include "capture/CaptureVisit.h"
 #include "capture/NumberClaim.h"
 #include "capture/PendingRows.h"
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "records/capture_index.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QList>
 
@@ -25,21 +25,20 @@ constexpr int RowsFollowMs = 2000;
 
 } // namespace
 
-void CheckMovable(const CaptureVisit& visit, int number)
+void CheckMovable(const Visit& visit, int number)
 {
-    const QString live = VisitPicturePath(visit, number);
+    const QString live = visit.PicturePath(number);
     if (Files().KindOf(live) == FileKind::Other)
         throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
 }
 
-void MoveToLogFolder(const CaptureVisit& visit, int number)
+void MoveToLogFolder(const Visit& visit, int number)
 {
-    const QString live = VisitPicturePath(visit, number);
+    const QString live = visit.PicturePath(number);
     CheckMovable(visit, number);
     if (!PictureExists(live))
         return;
-    const QString moved =
-        LogFolder(visit.captureDir, visit.etc) + PictureStem(visit.chart, visit.ymd, number) + u'.' + visit.imageExt;
+    const QString moved = visit.DeletedPicturePath(number);
     QByteArray content;
     try {
         content = Files().ReadArchivedFile(live);
@@ -51,25 +50,25 @@ void MoveToLogFolder(const CaptureVisit& visit, int number)
     }
     // A section outside this client's list has no Log folder yet; a year that is over gets none any more.
     if (visit.captureDir == VisitContext.CaptureDir)
-        EnsureFolderOfYear(visit.captureDir, LogFolder(visit.captureDir, visit.etc));
+        EnsureFolderOfYear(visit.captureDir, visit.LogFolder());
     WriteWholeFile(moved, content);
     if (Files().ReadArchivedFile(moved) != content)
         throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));
     DeleteFile(live);
 }
 
-void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending)
+void SweepOrphanPictures(const Visit& visit, const PendingRows& pending)
 {
     QList<int> orphans;
     for (int number = 1; number <= LastSwept; ++number) {
-        const FileKind kind = Files().KindOf(VisitPicturePath(visit, number));
+        const FileKind kind = Files().KindOf(visit.PicturePath(number));
         if (kind == FileKind::None || NumberClaim::Stands(visit, number) || pending.Holds(visit, number) ||
             HasPictureRow(visit, number))
             continue;
         if (kind == FileKind::File)
             orphans.append(number);
         else
-            qWarning("%s: no picture file", qPrintable(NativePath(VisitPicturePath(visit, number))));
+            qWarning("%s: no picture file", qPrintable(NativePath(visit.PicturePath(number))));
     }
     if (orphans.isEmpty())
         return;

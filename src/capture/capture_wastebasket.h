@@ -3,18 +3,18 @@
 #include <QString>
 
 class PendingRows;
-struct CaptureVisit;
+struct Visit;
 
 /// The section's Log folder is the station's wastebasket: what is deleted goes there under its own name, over what lies
 /// there. Nothing reads it, nothing empties it.
 
 /// Throws PlatformError for a name under which a link, a pipe or the like stands: it is no picture and stays.
-void CheckMovable(const CaptureVisit& visit, int number);
+void CheckMovable(const Visit& visit, int number);
 /// Moves a picture into the Log folder: copied, compared, and only then deleted. A picture that isn't there is no
 /// fault. Throws PlatformError when it can't be moved, or is none; what is there then stays.
-void MoveToLogFolder(const CaptureVisit& visit, int number);
+void MoveToLogFolder(const Visit& visit, int number);
 
 /// Moves the pictures of the visit and section that have no row into the Log folder. Since another station's rows may
 /// be on their way, it waits two seconds once, and asks again. Numbers that are claimed, however long ago, or whose
 /// rows wait are left alone. Throws PlatformError at the first query that fails, with nothing moved after it.
-void SweepOrphanPictures(const CaptureVisit& visit, const PendingRows& pending);
+void SweepOrphanPictures(const Visit& visit, const PendingRows& pending);

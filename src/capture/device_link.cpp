@@ -1,10 +1,10 @@
 #include "capture/device_link.h"
 
-#include "contracts/desktop.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
 #include "devicesettings/frmCapSet.h"
-#include "launch/context/device_settings.h"
+#include "frame/services.h"
+#include "visit/device_settings.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,30 +1,30 @@
 #include "capture/frmCapture.h"
 
 #include "capture/capture_folders.h"
-#include "capture/capture_rows.h"
 #include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
 #include "cdexport/open_cd_writing.h"
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
 #include "findings/open_findings.h"
-#include "launch/context/device_settings.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
-#include "records/history_grids.h"
-#include "records/NoteBox.h"
-#include "records/patient_lookup.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "records/capture_index.h"
 #include "records/tables.h"
-#include "records/text/text_routines.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/NoteBox.h"
+#include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
 #include "viewing/sheet_pictures.h"
+#include "visit/device_settings.h"
+#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -94,7 +94,7 @@ void frmCapture::Form_Unload()
     m_stills->Finish();
     // A system that ends the program has no time for it; the next closing has.
     if (!UseService<Desktop>().EndIsRequested())
-        Guarded([this] { SweepOrphanPictures(CaptureVisit::Current(), m_stills->Pending()); });
+        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
     m_footSwitch->Close();
     m_capCapture->Stop();
 }
@@ -176,8 +176,8 @@ void frmCapture::RunMenuEntry(const QString& entry)
 
 void frmCapture::OpenFindingsScreen(int gridNumber)
 {
-    const CaptureVisit visit = m_history->ShownVisit(gridNumber);
-    OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, visit.ymd, visit.etc});
+    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
+        OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, *visit});
 }
 
 void frmCapture::RunPopupEntry(const QString& entry)
@@ -194,13 +194,13 @@ void frmCapture::RunPopupEntry(const QString& entry)
 
 void frmCapture::PrintGridCaptures(int gridNumber)
 {
+    const std::optional<Visit> visit = m_history->ShownVisit(gridNumber);
+    if (!visit)
+        return;
     CaptureSheetRecord sheet;
     ClearCaptureSheetRecord(sheet);
-    FillCaptureSheetRecord(sheet, *m_sbarCap);
-    const CaptureVisit visit = m_history->ShownVisit(gridNumber);
-    sheet.Ymd = visit.ymd;
-    sheet.Etc = visit.etc;
-    sheet.Pictures = SheetPictures(sprCap(gridNumber), gridNumber, visit.captureDir, visit.etc, visit.chart, visit.ymd);
+    FillCaptureSheetRecord(sheet, *visit, *m_sbarCap);
+    sheet.Pictures = SheetPictures(sprCap(gridNumber), gridNumber, *visit);
     if (sheet.Pictures.isEmpty())
         return;
     const BusyPointer busy;

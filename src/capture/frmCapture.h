@@ -7,7 +7,7 @@
 #include "capture/PictureImport.h"
 #include "capture/StillCapture.h"
 #include "capture/VisitNote.h"
-#include "contracts/forms.h"
+#include "frame/forms.h"
 
 #include <array>
 #include <memory>

@@ -1,15 +1,16 @@
 #include "capture/CommandBar.h"
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/MSComm.h"
-#include "contracts/plain_text.h"
 #include "contracts/StatusPanels.h"
-#include "contracts/twips.h"
 #include "contracts/VideoCap.h"
-#include "records/NoteBox.h"
-#include "records/ValueCombo.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/plain_text.h"
+#include "frame/twips.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/ValueCombo.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -2,18 +2,16 @@
 
 #include "cdexport/file_rows.h"
 #include "contracts/cd.h"
-#include "contracts/components.h"
-#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
-#include "records/capture_scheme.h"
-#include "records/patient_lookup.h"
-#include "records/picture_grid.h"
-#include "records/Statement.h"
-#include "records/text/text_routines.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QFileInfo>
 #include <QProgressBar>
@@ -28,12 +26,11 @@ constexpr int TabImages = 0;
 constexpr int MovieRows = 9999;
 constexpr qsizetype ChartColumns = 8;
 
-QStringList StoredPictures(const QString& ymd, const QString& etc)
+QStringList StoredPictures(const Visit& visit)
 {
-    const QString folder = YearFolder(ClientSetup.CaptureRoot, ymd);
     QStringList paths;
-    for (const int number : StoredNumbers(VisitContext.Chart, ymd, etc, NumberOrder::Ascending))
-        paths << PicturePath(folder, etc, VisitContext.Chart, ymd, number, VisitContext.ImageExt);
+    for (const int number : StoredNumbers(visit, NumberOrder::Ascending))
+        paths << visit.PicturePath(number);
     return paths;
 }
 
@@ -67,21 +64,11 @@ void frmCapCDAdd::ShowTab(int tab)
 void frmCapCDAdd::ListCdVisits()
 {
     m_sprCapList->DeleteRows(1, m_sprCapList->DataRowCnt());
-    const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
-                                   .Quoted(u" WHERE ca_chart = '", VisitContext.Chart)
-                                   .Piece(u" AND ca_gubun = 'A' ")
-                                   .Piece(u" ORDER BY ca_ymd DESC "));
-    for (int row = 1; !rows->Eof(); rows->MoveNext(), ++row) {
-        if (row > m_sprCapList->MaxRows())
-            m_sprCapList->setMaxRows(m_sprCapList->MaxRows() * 2);
-        m_sprCapList->setRow(row);
-        int column = 0;
-        for (const QString& field : {u"ca_ymd"_s, u"ca_etc"_s, u"ca_chamgo"_s}) {
-            m_sprCapList->setCol(++column);
-            m_sprCapList->setText(FieldText(*rows, field));
-        }
-    }
-    rows->Close();
+    const QList<VisitLine> lines = StoredVisits(VisitContext.Chart, u"A"_s);
+    while (lines.size() > m_sprCapList->MaxRows())
+        m_sprCapList->setMaxRows(m_sprCapList->MaxRows() * 2);
+    for (int row = 1; row <= lines.size(); ++row)
+        WriteVisitLine(*m_sprCapList, row, lines[row - 1]);
 }
 
 void frmCapCDAdd::ListVisitImages(int row)
@@ -91,7 +78,7 @@ void frmCapCDAdd::ListVisitImages(int row)
     if (Trim(ymd).isEmpty() || etc.isEmpty())
         return;
     m_sprImageList->DeleteRows(1, m_sprImageList->MaxRows());
-    FillImages(StoredPictures(ymd, etc));
+    FillImages(StoredPictures(VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc)));
 }
 
 void frmCapCDAdd::FillImages(const QStringList& paths)

@@ -1,11 +1,12 @@
 #include "cdexport/file_rows.h"
 #include "cdexport/frmCapCDAdd.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "contracts/plain_text.h"
 #include "contracts/StatusPanels.h"
-#include "contracts/twips.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
+#include "frame/twips.h"
 
 #include <QProgressBar>
 #include <QPushButton>

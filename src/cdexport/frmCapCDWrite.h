@@ -1,7 +1,7 @@
 #pragma once
 
 #include "contracts/files.h"
-#include "contracts/forms.h"
+#include "frame/forms.h"
 
 class fpSpread;
 class QComboBox;

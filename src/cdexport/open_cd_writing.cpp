@@ -1,7 +1,8 @@
 #include "cdexport/open_cd_writing.h"
 
 #include "cdexport/frmCapCDWrite.h"
-#include "records/text/text_routines.h"
+#include "frame/forms.h"
+#include "text/text_routines.h"
 
 #include <QPoint>
 

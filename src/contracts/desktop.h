@@ -69,19 +69,3 @@ public:
     /// Today's date by the machine's clock.
     virtual QDate Today() const = 0;
 };
-
-void ShowInformation(const QString& text);
-bool AskYesNo(const QString& question);
-void SetMousePointer(MousePointer pointer);
-void PumpEvents();
-void EndProgram();
-
-/// Busy pointer for the length of a routine.
-class BusyPointer
-{
-public:
-    BusyPointer() { SetMousePointer(PointerBusy); }
-    ~BusyPointer() { SetMousePointer(PointerNormal); }
-    BusyPointer(const BusyPointer&) = delete;
-    BusyPointer& operator=(const BusyPointer&) = delete;
-};

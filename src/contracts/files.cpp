@@ -1,7 +1,5 @@
 #include "contracts/files.h"
 
-#include "contracts/components.h"
-
 #include <QDir>
 
 QString NativePath(const QString& stationPath)
@@ -21,39 +19,4 @@ bool IsPathPart(const QString& part)
     if (part.toUtf8().size() > LongestPathPartBytes)
         return false;
     return !part.contains(QLatin1Char('/')) && !part.contains(QLatin1Char('\\')) && !part.contains(QChar(u'\0'));
-}
-
-FileStore& Files()
-{
-    return UseService<FileStore>();
-}
-
-bool FolderExists(const QString& path)
-{
-    return Files().FolderExists(path);
-}
-
-void MakeFolder(const QString& path)
-{
-    Files().MakeFolder(path);
-}
-
-bool FileExists(const QString& path)
-{
-    return Files().FileExists(path);
-}
-
-bool PictureExists(const QString& path)
-{
-    return Files().KindOf(path) == FileKind::File;
-}
-
-void WriteWholeFile(const QString& path, const QByteArray& content)
-{
-    Files().WriteWholeFile(path, content);
-}
-
-void DeleteFile(const QString& path)
-{
-    Files().DeleteFile(path);
 }

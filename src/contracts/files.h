@@ -147,12 +147,3 @@ public:
     /// more than a day ago. What can't be judged or deleted stays.
     virtual void RemoveLeftovers(const QString& folder) = 0;
 };
-
-bool FolderExists(const QString& path);
-void MakeFolder(const QString& path);
-bool FileExists(const QString& path);
-/// True when the archive holds a picture of that name: a regular file.
-bool PictureExists(const QString& path);
-void WriteWholeFile(const QString& path, const QByteArray& content);
-void DeleteFile(const QString& path);
-FileStore& Files();

@@ -1,7 +1,5 @@
 #include "contracts/pictures.h"
 
-#include "contracts/components.h"
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -17,14 +15,4 @@ QString CutFileName(const QImage& picture)
 void MarkCut(QImage& picture, const QString& fileName)
 {
     picture.setText(CutKey, fileName);
-}
-
-PictureReader& Pictures()
-{
-    return UseService<PictureReader>();
-}
-
-QImage LoadPicture(const QString& path)
-{
-    return path.isEmpty() ? QImage() : Pictures().Load(path);
 }

@@ -66,8 +66,3 @@ public:
     /// The picture of a file that is still in memory, decoded like one of a list while the caller goes on.
     virtual std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) = 0;
 };
-
-PictureReader& Pictures();
-
-/// The picture of a file as `Load` gives it; null for an empty path and for a file that can't be read.
-QImage LoadPicture(const QString& path);

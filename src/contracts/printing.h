@@ -28,10 +28,6 @@ public:
     virtual void KillDoc() = 0;
 };
 
-/// The one printer of the process: the file or printer chosen in the printer dialog, else the system's, or PDF files in
-/// a folder.
-PrinterObject& Printer();
-
 /// Where printed pages go: decided by the clinic's setup and by the printer dialog.
 class PrinterOptions
 {

@@ -1,15 +1,15 @@
 #include "devicesettings/frmCapSet.h"
 
-#include "contracts/components.h"
-#include "contracts/desktop.h"
-#include "contracts/guard.h"
-#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
-#include "contracts/twips.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/device_settings.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
+#include "frame/services.h"
+#include "frame/twips.h"
+#include "text/text_routines.h"
+#include "visit/device_settings.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QPushButton>

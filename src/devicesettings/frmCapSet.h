@@ -1,6 +1,6 @@
 #pragma once
 
-#include "contracts/forms.h"
+#include "frame/forms.h"
 
 class QComboBox;
 class VideoCap;

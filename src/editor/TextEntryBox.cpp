@@ -1,6 +1,6 @@
 #include "editor/TextEntryBox.h"
 
-#include "contracts/composition.h"
+#include "frame/composition.h"
 
 #include <QFocusEvent>
 #include <QFontMetrics>

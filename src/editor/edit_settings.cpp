@@ -1,7 +1,7 @@
 #include "editor/edit_settings.h"
 
-#include "launch/context/settings_file.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
+#include "visit/settings_file.h"
 
 #include <limits>
 

@@ -1,18 +1,19 @@
 #include "editor/frmImgEdit.h"
 
-#include "contracts/components.h"
-#include "contracts/desktop.h"
-#include "contracts/files.h"
-#include "contracts/guard.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "editor/edit_settings.h"
 #include "editor/TextEntryBox.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QShortcut>
 #include <QToolButton>
+
+#include <exception>
 
 using namespace Qt::StringLiterals;
 
@@ -191,13 +192,15 @@ void frmImgEdit::Save()
     CopyPicture(imgImage(m_chain.HolderIndex()), *m_imgMain);
     m_imgMain->setTargetFileType(JpegFile);
     m_imgMain->setTargetFile(path);
+    std::exception_ptr fault;
     try {
         m_imgMain->WriteTargetFile();
     } catch (const StoredWithFault&) {
-        VisitContext.ImageSaved = true;
-        throw;
+        fault = std::current_exception();
     }
     VisitContext.ImageSaved = true;
+    if (fault != nullptr)
+        std::rethrow_exception(fault);
 }
 
 void frmImgEdit::Exit()

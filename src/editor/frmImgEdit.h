@@ -1,9 +1,9 @@
 #pragma once
 
-#include "contracts/forms.h"
 #include "contracts/ImagXpress.h"
 #include "editor/drawing_tools.h"
 #include "editor/SnapshotChain.h"
+#include "frame/forms.h"
 
 #include <QLabel>
 

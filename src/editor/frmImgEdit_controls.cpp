@@ -1,8 +1,9 @@
-#include "contracts/components.h"
-#include "contracts/plain_text.h"
-#include "contracts/twips.h"
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/plain_text.h"
+#include "frame/twips.h"
 
 #include <QFrame>
 #include <QToolButton>

@@ -1,10 +1,10 @@
-#include "contracts/desktop.h"
-#include "contracts/guard.h"
-#include "contracts/twips.h"
 #include "editor/edit_settings.h"
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
-#include "records/text/text_routines.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "frame/twips.h"
+#include "text/text_routines.h"
 
 #include <QColorDialog>
 #include <QFontDialog>

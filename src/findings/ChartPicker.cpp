@@ -1,9 +1,9 @@
 #include "findings/ChartPicker.h"
 
-#include "contracts/guard.h"
 #include "findings/popup_window.h"
+#include "frame/guard.h"
 #include "records/Statement.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
 
 #include <QApplication>
 #include <QDialog>

@@ -1,6 +1,6 @@
 #include "findings/FindingsBox.h"
 
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QTextBlock>

@@ -1,8 +1,8 @@
 #include "findings/OpinionPad.h"
 
-#include "contracts/guard.h"
-#include "contracts/plain_text.h"
 #include "findings/popup_window.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
 #include "records/Statement.h"
 
 #include <QApplication>

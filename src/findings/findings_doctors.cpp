@@ -1,9 +1,9 @@
 #include "findings/findings_doctors.h"
 
 #include "findings/findings_record.h"
-#include "launch/context/VisitContext.h"
 #include "records/Statement.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 

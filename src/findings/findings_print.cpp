@@ -2,7 +2,8 @@
 
 #include "contracts/desktop.h"
 #include "findings/findings_record.h"
-#include "records/PrintedPage.h"
+#include "frame/services.h"
+#include "screenparts/PrintedPage.h"
 
 #include <QProgressDialog>
 

@@ -1,8 +1,15 @@
 #include "findings/findings_record.h"
 
+#include "visit/VisitContext.h"
+
 using namespace Qt::StringLiterals;
 
 FindingsRecordFields FindingsRecord;
+
+Visit VisitOfFindings()
+{
+    return VisitOf(FindingsRecord.Chart, FindingsRecord.Yuhyung, FindingsRecord.Ymd, FindingsRecord.Etc);
+}
 
 void ClearFindingsRecord()
 {

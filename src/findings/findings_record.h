@@ -1,5 +1,7 @@
 #pragma once
 
+#include "visit/Visit.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -9,10 +11,8 @@
 /// What tells one report from another under the same number.
 struct FindingsOwner
 {
-    QString chart;
-    QString ymd;
-    QString jinchal;
-    QString etc;
+    Visit visit;
+    QString jinchal; ///< Code of the report's doctor.
 
     bool operator==(const FindingsOwner&) const = default;
 };
@@ -50,6 +50,10 @@ struct FindingsRecordFields
 };
 
 extern FindingsRecordFields FindingsRecord;
+
+/// The visit that the record reports on, with the place of its files. Throws PlatformError for a date that is no name
+/// of a folder.
+Visit VisitOfFindings();
 
 /// Empties the record but for `Saup`.
 void ClearFindingsRecord();

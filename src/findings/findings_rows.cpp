@@ -2,11 +2,10 @@
 
 #include "contracts/PlatformError.h"
 #include "findings/findings_record.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,15 +16,26 @@ QStringList unanswered;
 
 FindingsOwner RecordOwner()
 {
-    return {Trim(FindingsRecord.Chart), Trim(FindingsRecord.Ymd), Trim(FindingsRecord.Jinchal),
-            Trim(FindingsRecord.Etc)};
+    Visit visit;
+    visit.chart = Trim(FindingsRecord.Chart);
+    visit.ymd = Trim(FindingsRecord.Ymd);
+    visit.etc = Trim(FindingsRecord.Etc);
+    return {visit, Trim(FindingsRecord.Jinchal)};
+}
+
+FindingsOwner RowOwner(const AdoRecordset& row)
+{
+    Visit visit;
+    visit.chart = FieldText(row, u"caso_chart"_s);
+    visit.ymd = FieldText(row, u"caso_ymd"_s);
+    visit.etc = FieldText(row, u"caso_etc"_s);
+    return {visit, FieldText(row, u"caso_jinchal"_s)};
 }
 
 QString PicturePathOf(int number)
 {
     try {
-        return PicturePath(YearFolder(ClientSetup.CaptureRoot, FindingsRecord.Ymd), FindingsRecord.Etc,
-                           FindingsRecord.Chart, FindingsRecord.Ymd, number, VisitContext.ImageExt);
+        return VisitOfFindings().PicturePath(number);
     } catch (const PlatformError&) {
         // A row whose section or chart is no name of a folder has no pictures here.
         return {};
@@ -73,8 +83,8 @@ std::unique_ptr<AdoRecordset> RowOfNumber()
 QStringList RowTexts()
 {
     const FindingsOwner owner = RecordOwner();
-    return {FindingsRecord.Yeonno,       owner.chart,           owner.ymd,          owner.jinchal, owner.etc,
-            Trim(FindingsRecord.Balymd), FindingsRecord.Sogyon, FindingsRecord.Bigo};
+    return {FindingsRecord.Yeonno, owner.visit.chart,           owner.visit.ymd,       owner.jinchal,
+            owner.visit.etc,       Trim(FindingsRecord.Balymd), FindingsRecord.Sogyon, FindingsRecord.Bigo};
 }
 
 QStringList RowTexts(const AdoRecordset& row)
@@ -92,8 +102,7 @@ bool IsOwn(const AdoRecordset& row)
 {
     if (!FindingsRecord.Stored)
         return RowTexts(row) == unanswered;
-    const FindingsOwner owner = {FieldText(row, u"caso_chart"_s), FieldText(row, u"caso_ymd"_s),
-                                 FieldText(row, u"caso_jinchal"_s), FieldText(row, u"caso_etc"_s)};
+    const FindingsOwner owner = RowOwner(row);
     return owner == *FindingsRecord.Stored || owner == RecordOwner();
 }
 

@@ -1,15 +1,15 @@
-#include "contracts/components.h"
-#include "contracts/desktop.h"
 #include "contracts/findings_popups.h"
-#include "contracts/guard.h"
 #include "findings/findings_print.h"
 #include "findings/findings_record.h"
 #include "findings/findings_rows.h"
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "findings/frmSoFind.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QLineEdit>

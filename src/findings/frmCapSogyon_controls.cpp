@@ -1,12 +1,13 @@
-#include "contracts/components.h"
 #include "contracts/ImageList.h"
 #include "contracts/ImagXpress.h"
-#include "contracts/plain_text.h"
-#include "contracts/twips.h"
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "findings/UpDownArrows.h"
-#include "records/ValueCombo.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/plain_text.h"
+#include "frame/twips.h"
+#include "screenparts/ValueCombo.h"
 
 #include <QIntValidator>
 #include <QLabel>

@@ -1,14 +1,15 @@
 #include "findings/frmSoFind.h"
 
-#include "contracts/components.h"
-#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "contracts/plain_text.h"
-#include "contracts/twips.h"
 #include "findings/findings_rows.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
+#include "frame/services.h"
+#include "frame/twips.h"
 #include "records/Statement.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
 
 #include <QElapsedTimer>
 #include <QKeyEvent>

@@ -1,29 +1,26 @@
 #include "findings/open_findings.h"
 
-#include "contracts/files.h"
 #include "contracts/fpSpread.h"
 #include "contracts/StatusPanels.h"
 #include "findings/findings_record.h"
 #include "findings/frmCapSogyon.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
-#include "records/picture_grid.h"
-#include "records/text/text_routines.h"
+#include "frame/services.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 namespace {
 
-enum PatientPanel { PanelSuname = 3, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
-
 void FillSlots(const QStringList& numbers)
 {
-    const QString folder = YearFolder(ClientSetup.CaptureRoot, FindingsRecord.Ymd);
+    const Visit visit = VisitOfFindings();
     size_t slot = 0;
     for (const QString& text : numbers) {
         const int number = WholeNumber(text);
         if (number <= 0 || slot == FindingsRecord.PicNo.size())
             continue;
-        const QString path = PicturePath(folder, FindingsRecord.Etc, FindingsRecord.Chart, FindingsRecord.Ymd, number,
-                                         VisitContext.ImageExt);
+        const QString path = visit.PicturePath(number);
         if (!PictureExists(path))
             continue;
         FindingsRecord.PicPath[slot] = path;
@@ -35,8 +32,8 @@ void FillSlots(const QStringList& numbers)
 void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
 {
     ClearFindingsRecord();
-    FindingsRecord.Chart = VisitContext.Chart;
-    FindingsRecord.Yuhyung = VisitContext.Yuhyung;
+    FindingsRecord.Chart = origin.visit.chart;
+    FindingsRecord.Yuhyung = origin.visit.yuhyung;
     FindingsRecord.Jinchal = VisitContext.Jinchal;
     FindingsRecord.Suname = origin.panels.Text(PanelSuname);
     FindingsRecord.Sex = origin.panels.Text(PanelSex);
@@ -44,8 +41,8 @@ void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
     FindingsRecord.Phone = origin.panels.Text(PanelTel);
     FindingsRecord.Jumin = origin.panels.Text(PanelJumin);
     FindingsRecord.Address = origin.panels.Text(PanelAddress);
-    FindingsRecord.Ymd = origin.ymd;
-    FindingsRecord.Etc = origin.etc;
+    FindingsRecord.Ymd = origin.visit.ymd;
+    FindingsRecord.Etc = origin.visit.etc;
     FillSlots(ChosenNumbers(origin.pictures, gridNumber));
 }
 

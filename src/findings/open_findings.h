@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "visit/Visit.h"
 
 class fpSpread;
 class StatusPanels;
@@ -10,8 +10,7 @@ struct FindingsOrigin
 {
     fpSpread& pictures;   ///< The grid whose pictures go into a new report.
     StatusPanels& panels; ///< Patient data, as `ShowPatientPanels` fills them.
-    QString ymd;          ///< Date of capture.
-    QString etc;          ///< Examination section.
+    Visit visit;          ///< The visit that the grid shows.
 };
 
 /// Brings up the findings screen for what the grid shows. Number 1 is the grid of the current visit, whose first six

@@ -1,6 +1,6 @@
 #include "findings/popup_window.h"
 
-#include "contracts/twips.h"
+#include "frame/twips.h"
 
 #include <QDialog>
 #include <QScreen>

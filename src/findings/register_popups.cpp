@@ -1,8 +1,8 @@
 #include "findings/register_popups.h"
 
-#include "contracts/components.h"
 #include "findings/ChartPicker.h"
 #include "findings/OpinionPad.h"
+#include "frame/components.h"
 
 using namespace Qt::StringLiterals;
 

@@ -2,20 +2,20 @@
 
 #include "capture/frmCapture.h"
 #include "contracts/cd.h"
-#include "contracts/components.h"
 #include "contracts/desktop.h"
-#include "contracts/guard.h"
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "launch/launch_string.h"
-#include "records/capture_index.h"
-#include "records/capture_scheme.h"
-#include "records/text/text_routines.h"
+#include "screenparts/fill_routines.h"
+#include "text/text_routines.h"
 #include "viewing/CapShow.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 
@@ -58,8 +58,7 @@ void ShowViewer()
 {
     CapShow& viewer = Form<CapShow>();
     viewer.Show();
-    LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
-                    VisitContext.Etc, viewer.sprCap(), 1, false);
+    LoadCaptureList(CurrentVisit(), viewer.sprCap(), 1, false);
 }
 
 /// Brings up the first screen, unless there is a reason not to.

@@ -1,6 +1,6 @@
 #include "launch/launch_string.h"
 
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
 
 LaunchString CutLaunchString(const QString& command)
 {

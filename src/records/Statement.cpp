@@ -1,8 +1,8 @@
 #include "records/Statement.h"
 
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +37,14 @@ Statement& Statement::Value(int number)
 Statement& Statement::Quoted(QStringView piece, const QString& text)
 {
     return Piece(piece).Value(text).Piece(u"' ");
+}
+
+Statement& Statement::OfVisit(const QString& prefix, const Visit& visit)
+{
+    return Quoted(u" WHERE "_s + prefix + u"_chart = '"_s, visit.chart)
+        .Quoted(u" AND "_s + prefix + u"_ymd = '"_s, visit.ymd)
+        .Quoted(u" AND "_s + prefix + u"_etc = '"_s, visit.etc)
+        .Piece(u" AND "_s + prefix + u"_gubun = 'A' "_s);
 }
 
 std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor)

@@ -6,6 +6,8 @@
 
 #include <memory>
 
+struct Visit;
+
 /// A statement joined from literal pieces and values. A text value goes between the apostrophes that the pieces around
 /// it hold, with an apostrophe inside it doubled, which is all that the connection's dialect needs; a number stands
 /// bare.
@@ -25,6 +27,8 @@ public:
     }
     /// A piece that opens an apostrophe, a text, and the piece "' " behind it.
     Statement& Quoted(QStringView piece, const QString& text);
+    /// The condition that a row is one of the visit's captures, in a table whose columns have that prefix.
+    Statement& OfVisit(const QString& prefix, const Visit& visit);
 
     const QString& Text() const { return m_text; }
 

@@ -1,128 +1,132 @@
 #include "records/capture_index.h"
 
-#include "contracts/files.h"
-#include "contracts/pictures.h"
-#include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
-#include "records/history_grids.h"
-#include "records/NoteBox.h"
-#include "records/picture_grid.h"
 #include "records/Statement.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
-QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order)
+namespace {
+const QString Pictures = u"cap"_s;
+const QString Visits = u"ca"_s;
+} // namespace
+
+int NextCaptureNo(const Visit& visit)
+{
+    const auto rows =
+        OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ").OfVisit(Pictures, visit));
+    return HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
+}
+
+QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
 {
     Statement statement(u" SELECT * FROM cap ");
-    statement.Quoted(u" WHERE cap_chart = '", chart)
-        .Quoted(u" AND cap_ymd = '", ymd)
-        .Quoted(u" AND cap_etc = '", etc)
-        .Piece(u" AND cap_gubun = 'A' ");
+    statement.OfVisit(Pictures, visit);
     if (order == NumberOrder::Ascending)
         statement.Piece(u" ORDER BY cap_no ASC ");
-    const auto rows = OpenRows(statement);
     QList<int> numbers;
-    for (; !rows->Eof(); rows->MoveNext())
+    for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext())
         numbers.append(FieldNumber(*rows, u"cap_no"_s));
-    rows->Close();
     return numbers;
 }
 
-int LoadCaptureList(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& captureDir,
-                    const QString& etc, fpSpread& grid, int gridNumber, bool keepCursor)
+bool HasPictureRow(const Visit& visit, int number)
 {
-    const QPointer<fpSpread> there(&grid);
-    const int fill = grid.BeginFill();
-    ClearPictureGrid(grid, gridNumber);
-
-    const QList<int> numbers = StoredNumbers(chart, ymd, etc, NumberOrder::Ascending);
-    QStringList paths;
-    for (const int number : numbers)
-        paths.append(PicturePath(captureDir, etc, chart, ymd, number, VisitContext.ImageExt));
-    const QSize room = grid.CellPixels(PictureColumns(gridNumber).first(), 1);
-    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
-
-    int result = 0;
-    int placed = 0;
-    for (int at = 0; at < numbers.size(); ++at) {
-        const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
-        if (!picture)
-            return result;
-        result = numbers[at];
-        if (!PictureExists(paths[at]))
-            continue;
-        const auto [row, column] = PlaceAfter(placed++, gridNumber);
-        PlacePicture(grid, row, column, *picture, result);
-        if (!keepCursor)
-            grid.SetActiveCell(1, row);
-    }
-    return result;
+    return HasRow(*OpenRows(
+        Statement(u" SELECT * FROM cap ").OfVisit(Pictures, visit).Then(u" AND cap_no = ", number).Piece(u" ")));
 }
 
-int NextCaptureNo(const QString& chart, const QString& /*yuhyung*/, const QString& ymd, const QString& /*captureDir*/,
-                  const QString& etc)
+QString StoredNote(const Visit& visit)
 {
-    const auto rows = OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ")
-                                   .Quoted(u" WHERE cap_chart = '", chart)
-                                   .Quoted(u" AND cap_ymd = '", ymd)
-                                   .Quoted(u" AND cap_etc = '", etc)
-                                   .Piece(u" AND cap_gubun = 'A' "));
-    const int largest = HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
-    rows->Close();
-    return largest;
-}
-
-QString StoredNote(const QString& chart, const QString& ymd, const QString& etc)
-{
-    const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ")
-                                   .Quoted(u" WHERE ca_chart = '", chart)
-                                   .Quoted(u" AND ca_ymd = '", ymd)
-                                   .Quoted(u" AND ca_etc = '", etc)
-                                   .Piece(u" AND ca_gubun = 'A' "));
+    const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ").OfVisit(Visits, visit));
     // Not null, if only empty, for a row without a note.
-    const QString note = HasRow(*rows) ? u""_s + FieldText(*rows, u"ca_chamgo"_s) : QString();
-    rows->Close();
-    return note;
+    return HasRow(*rows) ? u""_s + FieldText(*rows, u"ca_chamgo"_s) : QString();
 }
 
-void LoadCaptureNote(const QString& chart, const QString& /*yuhyung*/, const QString& ymd,
-                     const QString& /*captureDir*/, const QString& etc, NoteBox& box)
+QList<VisitLine> StoredVisits(const QString& chart, const QString& kind)
 {
-    box.BeginLoading(ymd, etc);
-    try {
-        box.SetLoadedNote(StoredNote(chart, ymd, etc));
-    } catch (const PlatformError&) {
-        box.FailLoading();
-        throw;
-    }
+    QList<VisitLine> lines;
+    for (const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
+                                        .Quoted(u" WHERE ca_chart = '", chart)
+                                        .Quoted(u" AND ca_gubun = '", kind)
+                                        .Piece(u" ORDER BY ca_ymd DESC "));
+         !rows->Eof(); rows->MoveNext())
+        lines.append({FieldText(*rows, u"ca_ymd"_s), FieldText(*rows, u"ca_etc"_s), FieldText(*rows, u"ca_chamgo"_s)});
+    return lines;
 }
 
-void LoadVisitHistory(const QString& chart, const QString& /*yuhyung*/, const QString& /*ymd*/,
-                      const QString& /*captureDir*/, const QString& /*etc*/, const QString& kind)
+QString NoteForStore(const QString& typed)
 {
-    const HistoryGrids& grids = RegisteredHistoryGrids();
-    if (!grids.pictures || !grids.visits)
+    return CleanText(Trim(typed), static_cast<int>(typed.size()));
+}
+
+void SaveCaptureRows(const Visit& visit, int number, const QString& note)
+{
+    QString path = visit.PicturePath(number);
+    path.replace(u'\\', u'/');
+    Execute(Statement(u" REPLACE INTO ca VALUES ( ")
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Then(u"', 'A', '", visit.etc)
+                .Piece(u"', ")
+                .Then(u" '", NoteForStore(note))
+                .Then(u"', '", VisitContext.CaExtra)
+                .Piece(u"' ) "));
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Piece(u"', ")
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
+                .Piece(u"') "));
+}
+
+void UpdateVisitNote(const Visit& visit, const QString& note)
+{
+    Execute(
+        Statement(u" UPDATE ca SET ").Then(u" ca_chamgo = '", NoteForStore(note)).Piece(u"' ").OfVisit(Visits, visit));
+}
+
+void DeletePictureRow(const Visit& visit, int number)
+{
+    Execute(Statement(u" DELETE FROM cap ").OfVisit(Pictures, visit).Then(u" AND cap_no = ", number).Piece(u" "));
+}
+
+void DeletePictureRows(const Visit& visit)
+{
+    Execute(Statement(u" DELETE FROM cap ").OfVisit(Pictures, visit));
+}
+
+void DeleteVisitRow(const Visit& visit)
+{
+    Execute(Statement(u" DELETE FROM ca ").OfVisit(Visits, visit));
+}
+
+bool MarksInYk()
+{
+    return Trim(ClientSetup.CheckTable.left(1)) == u"1"_s;
+}
+
+void MarkVisitCaptured(const Visit& visit, const QString& mark)
+{
+    if (MarksInYk()) {
+        Execute(Statement(u"update yk set ")
+                    .Quoted(u"yk_check = '", mark)
+                    .Then(u"where  yk_chart = '", visit.chart)
+                    .Quoted(u"'  and yk_jinchal = '", VisitContext.Jinchal)
+                    .Then(u" and yk_ykymd = '", visit.ymd)
+                    .Piece(u"' AND  yk_sayugubun = '6'  "));
         return;
-    // Asked first: a database that doesn't answer leaves the screen as it was.
-    const auto rows = OpenRows(Statement(u" SELECT * FROM ca ")
-                                   .Quoted(u" WHERE ca_chart = '", chart)
-                                   .Quoted(u" AND ca_gubun = '", kind)
-                                   .Piece(u" ORDER BY ca_ymd DESC "));
-    grids.pictures->BeginFill();
-    ClearPictureGrid(*grids.pictures, 2);
-    fpSpread& visits = *grids.visits;
-    visits.ClearRange(1, 1, 2, visits.DataRowCnt(), false);
-    for (int line = 1; !rows->Eof(); rows->MoveNext(), ++line) {
-        if (line > visits.MaxRows())
-            visits.setMaxRows(line);
-        visits.setRow(line);
-        visits.setCol(1);
-        visits.setText(FieldText(*rows, u"ca_ymd"_s));
-        visits.setCol(2);
-        visits.setText(FieldText(*rows, u"ca_etc"_s));
-        visits.setCol(3);
-        visits.setText(FieldText(*rows, u"ca_chamgo"_s));
     }
-    rows->Close();
+    Execute(Statement(u" UPDATE endo  SET  ")
+                .Then(u" endo_check = '", mark)
+                .Piece(u"'   ")
+                .Then(u" WHERE endo_ykymd = '", visit.ymd)
+                .Piece(u"'  ")
+                .Then(u" AND endo_chart = '", visit.chart)
+                .Piece(u"'  ")
+                .Quoted(u" AND endo_jinchal = '", VisitContext.Jinchal));
 }

@@ -1,35 +1,48 @@
 #pragma once
 
-#include "contracts/fpSpread.h"
-
+#include <QList>
 #include <QString>
 
-class NoteBox;
+struct Visit;
 
-/// What the rows of `cap` and `ca` say, brought onto the screens. The first five arguments are everywhere chart, type,
-/// date, year folder and section; the type plays no part. A failing statement is a PlatformError.
-
-/// Fills the grid with the pictures of a visit, serving events between them. Rows whose file is missing take no place;
-/// a file that is no picture shows a mark. With `keepCursor` the grid stays where it is, otherwise its active cell
-/// follows the pictures. A later fill of the same grid ends this one. Gives the number of the last row read.
-int LoadCaptureList(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& captureDir,
-                    const QString& etc, fpSpread& grid, int gridNumber, bool keepCursor);
+/// The rows of `cap` and `ca`, and the clinic's mark of a visit. A failing statement is a PlatformError.
 
 /// The largest picture number of the visit, 0 when it has none.
-int NextCaptureNo(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& captureDir,
-                  const QString& etc);
+int NextCaptureNo(const Visit& visit);
 
 enum class NumberOrder { Any, Ascending };
 /// The numbers of the visit's pictures, as their rows say.
-QList<int> StoredNumbers(const QString& chart, const QString& ymd, const QString& etc, NumberOrder order);
+QList<int> StoredNumbers(const Visit& visit, NumberOrder order);
+/// True when the picture has a `cap` row.
+bool HasPictureRow(const Visit& visit, int number);
 
 /// The stored note of the visit as text, trimmed; null without a row.
-QString StoredNote(const QString& chart, const QString& ymd, const QString& etc);
+QString StoredNote(const Visit& visit);
 
-/// Brings the visit's note into the box. The box is empty, and knows that it holds no note, until it has been read.
-void LoadCaptureNote(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& captureDir,
-                     const QString& etc, NoteBox& box);
+/// A visit as a list of visits shows it: trimmed texts.
+struct VisitLine
+{
+    QString ymd;
+    QString etc;
+    QString note;
+};
+/// All visits of a chart, newest first, all sections. Kind "A" is what the station files.
+QList<VisitLine> StoredVisits(const QString& chart, const QString& kind);
 
-/// Empties the picture grid of the history and fills the list of the chart's visits, newest first, all sections.
-void LoadVisitHistory(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& captureDir,
-                      const QString& etc, const QString& kind);
+/// A note as it is stored: cleaned, as many characters long as it was typed.
+QString NoteForStore(const QString& typed);
+/// Writes the `ca` row with the note, then the `cap` row of a picture.
+void SaveCaptureRows(const Visit& visit, int number, const QString& note);
+/// Stores the note in the visit's row; a visit without a row stays without one.
+void UpdateVisitNote(const Visit& visit, const QString& note);
+
+void DeletePictureRow(const Visit& visit, int number);
+/// The rows of all pictures of the visit.
+void DeletePictureRows(const Visit& visit);
+/// The `ca` row, with the note.
+void DeleteVisitRow(const Visit& visit);
+
+/// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
+bool MarksInYk();
+/// Sets the capture mark of the visit in the clinic's table, "1" or "0". A clinic without a matching row gets none.
+void MarkVisitCaptured(const Visit& visit, const QString& mark);

@@ -1,10 +1,8 @@
 #include "records/patient_lookup.h"
 
-#include "contracts/StatusPanels.h"
-#include "launch/context/VisitContext.h"
 #include "records/Statement.h"
-#include "records/text/date_routines.h"
-#include "records/text/text_routines.h"
+#include "text/date_routines.h"
+#include "text/text_routines.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,15 +15,6 @@ QString NormalisedRate(const QString& text)
     if (!IsNumericText(text))
         return u"0"_s;
     return WholeNumber(text) > 100 ? u"100"_s : WholeNumberText(text);
-}
-
-QString AddressText(const PatientRecordFields& patient)
-{
-    const QString post = Trim(patient.Post);
-    if (post.isEmpty())
-        return {};
-    const auto rows = OpenRows(Statement(u" SELECT pt_myung FROM pt ").Quoted(u" WHERE pt_post = '", post));
-    return HasRow(*rows) ? FieldText(*rows, u"pt_myung"_s) + u' ' + patient.Bunji : QString();
 }
 
 Statement PatientStatement(const QString& chart)
@@ -86,6 +75,15 @@ QString Verdict(const PatientRecordFields& patient, const QString& ymd)
 }
 
 } // namespace
+
+QString AddressText(const PatientRecordFields& patient)
+{
+    const QString post = Trim(patient.Post);
+    if (post.isEmpty())
+        return {};
+    const auto rows = OpenRows(Statement(u" SELECT pt_myung FROM pt ").Quoted(u" WHERE pt_post = '", post));
+    return HasRow(*rows) ? FieldText(*rows, u"pt_myung"_s) + u' ' + patient.Bunji : QString();
+}
 
 QString LookupPatient(const QString& chart, const QString& yuhyung, PatientRecordFields& patient, const QString& ymd)
 {
@@ -161,19 +159,4 @@ QString SexText(const QString& jumin)
 {
     const QString digit = Trim(jumin.mid(6, 1));
     return !digit.isEmpty() && u"13579"_s.contains(digit) ? u"M"_s : u"F"_s;
-}
-
-void ShowPatientPanels(StatusPanels& bar)
-{
-    bar.setText(PanelChart, VisitContext.Chart);
-    bar.setText(PanelYuhyung, VisitContext.Yuhyung);
-    const QString verdict = LookupPatient(VisitContext.Chart, VisitContext.Yuhyung, PatientRecord, VisitContext.Ymd);
-    bar.setText(PanelSuname, PatientRecord.Suname);
-    bar.setRemark(PanelSuname, Trim(verdict.mid(2)));
-    bar.setText(PanelSex, SexText(PatientRecord.Jumin));
-    const QString years = AgeText(VisitContext.Ymd, PatientRecord.Jumin).left(3);
-    bar.setText(PanelAge, IsNumericText(years) ? WholeNumberText(years) + u"세"_s : QString());
-    bar.setText(PanelTel, PatientRecord.Tel);
-    bar.setText(PanelJumin, LayIntoMask(PatientRecord.Jumin, u"000000-0000000"));
-    bar.setText(PanelAddress, AddressText(PatientRecord));
 }

@@ -2,8 +2,6 @@
 
 #include <QString>
 
-class StatusPanels;
-
 /// Patient and insurance data of the visit, as far as the station reads them. All texts, trimmed. A look-up that finds
 /// nobody leaves the record as it was.
 struct PatientRecordFields
@@ -17,16 +15,12 @@ struct PatientRecordFields
 
 extern PatientRecordFields PatientRecord;
 
-/// Panels of a screen's status bar.
-enum PatientPanel { PanelChart = 1, PanelYuhyung, PanelSuname, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
-
-/// Fills the eight panels from the visit and its patient. What the look-up has to say about the patient's data stands
-/// as the remark of panel 3.
-void ShowPatientPanels(StatusPanels& bar);
-
 /// Reads the patient and the insurance row that applies on the date, and checks them. The verdict is empty when all is
 /// well, otherwise a code and a blank before the message: "N" nobody found, "Y" something to correct.
 QString LookupPatient(const QString& chart, const QString& yuhyung, PatientRecordFields& patient, const QString& ymd);
+
+/// Place name and house number of a patient; empty for a post code that isn't known.
+QString AddressText(const PatientRecordFields& patient);
 
 /// Age on a date `yyyymmdd` from a resident number: three digits of years, a blank, the months. "000 00" for a number
 /// that isn't numeric; empty for a date that is none.

@@ -1,8 +1,8 @@
 #include "records/tables.h"
 
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
+#include "frame/components.h"
 #include "records/Statement.h"
 
 using namespace Qt::StringLiterals;

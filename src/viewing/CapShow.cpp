@@ -1,24 +1,23 @@
 #include "viewing/CapShow.h"
 
-#include "contracts/components.h"
-#include "contracts/desktop.h"
-#include "contracts/files.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
-#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
-#include "contracts/twips.h"
 #include "editor/open_picture_editor.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
-#include "records/patient_lookup.h"
-#include "records/picture_grid.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
+#include "frame/services.h"
+#include "frame/twips.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
+#include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
 #include "viewing/sheet_pictures.h"
+#include "visit/VisitContext.h"
 
 #include <QMenu>
 
@@ -103,14 +102,7 @@ void CapShow::Form_Unload()
 
 QString CapShow::FileBehind(int column, int row)
 {
-    if (row % 2 == 0)
-        return {};
-    const QString number = CellText(*m_sprCap, column, row + 1);
-    if (!IsNumericText(number))
-        return {};
-    const QString path = PicturePath(VisitContext.CaptureDir, VisitContext.Etc, VisitContext.Chart, VisitContext.Ymd,
-                                     WholeNumber(number), VisitContext.ImageExt);
-    return PictureExists(path) ? path : QString();
+    return PictureFileBehind(*m_sprCap, column, row, CurrentVisit());
 }
 
 void CapShow::OpenEditorFromCell(int column, int row)
@@ -118,8 +110,7 @@ void CapShow::OpenEditorFromCell(int column, int row)
     const QString path = FileBehind(column, row);
     if (path.isEmpty())
         return;
-    OpenPictureEditor(VisitContext.Chart, VisitContext.Yuhyung, VisitContext.Ymd, VisitContext.CaptureDir,
-                      VisitContext.Etc, *m_sprCap, column, row);
+    OpenPictureEditor(CurrentVisit(), *m_sprCap, column, row);
     ShowPicture(*m_sprCap, row, column, Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
 }
 
@@ -127,8 +118,8 @@ void CapShow::PrintShownCaptures()
 {
     CaptureSheetRecord sheet;
     ClearCaptureSheetRecord(sheet);
-    FillCaptureSheetRecord(sheet, *m_sbarCap);
-    sheet.Pictures = SheetPictures(*m_sprCap, 1, VisitContext.CaptureDir, sheet.Etc, sheet.Chart, sheet.Ymd);
+    FillCaptureSheetRecord(sheet, CurrentVisit(), *m_sbarCap);
+    sheet.Pictures = SheetPictures(*m_sprCap, 1, sheet.Of);
     if (sheet.Pictures.isEmpty())
         return;
     const BusyPointer busy;

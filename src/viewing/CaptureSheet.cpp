@@ -1,15 +1,16 @@
 #include "viewing/CaptureSheet.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/StatusPanels.h"
-#include "launch/context/VisitContext.h"
-#include "records/patient_lookup.h"
-#include "records/PrintedPage.h"
-#include "records/text/date_routines.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/PrintedPage.h"
+#include "text/date_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
@@ -25,16 +26,16 @@ constexpr int RightColumn = 36;
 
 PrintedHead HeadOf(const CaptureSheetRecord& sheet)
 {
-    return {.title = sheet.Etc + u"  F i n d i n g s"_s,
+    return {.title = sheet.Of.etc + u"  F i n d i n g s"_s,
             .printYmd = sheet.PrintYmd,
-            .chart = sheet.Chart + u'-' + sheet.Yuhyung,
+            .chart = sheet.Of.chart + u'-' + sheet.Of.yuhyung,
             .suname = sheet.Suname,
             .sex = sheet.Sex,
             .age = sheet.Nai,
             .phone = sheet.Phone,
             .jumin = sheet.Jumin,
             .lastLabel = u"검사일자 : "_s,
-            .lastValue = LayIntoMask(sheet.Ymd, u"0000/00/00"),
+            .lastValue = LayIntoMask(sheet.Of.ymd, u"0000/00/00"),
             .address = sheet.Address};
 }
 
@@ -58,16 +59,13 @@ void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBat
 void ClearCaptureSheetRecord(CaptureSheetRecord& sheet)
 {
     sheet = {};
-    sheet.Chart = u"0"_s;
+    sheet.Of.chart = u"0"_s;
 }
 
-void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const StatusPanels& patient)
+void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const Visit& visit, const StatusPanels& patient)
 {
-    sheet.Chart = VisitContext.Chart;
-    sheet.Yuhyung = VisitContext.Yuhyung;
+    sheet.Of = visit;
     sheet.Jinchal = VisitContext.Jinchal;
-    sheet.Etc = VisitContext.Etc;
-    sheet.Ymd = VisitContext.Ymd;
     sheet.Suname = patient.Text(PanelSuname);
     sheet.Sex = patient.Text(PanelSex);
     sheet.Nai = patient.Text(PanelAge);

@@ -1,11 +1,12 @@
 #include "capture/frmCapture.h"
 #include "capture/NumberClaim.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "launch/context/VisitContext.h"
-#include "records/NoteBox.h"
-#include "records/picture_grid.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QFile>
 #include <QLabel>
@@ -239,7 +240,7 @@ private Q_SLOTS:
         const auto put = [this](int number) { WriteWholeFile(m_box->PicturePath(Day, Stomach, number), "orphan"); };
         for (const int number : {5, 6, 76})
             put(number);
-        const auto claim = NumberClaim::Take(CaptureVisit::Current(), 6);
+        const auto claim = NumberClaim::Take(CurrentVisit(), 6);
         const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
         const QString path = m_box->PicturePath(Day, Stomach, 6).chopped(4);
         QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(NativePath(path)), longAgo, 0), 0);

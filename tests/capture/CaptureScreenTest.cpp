@@ -1,12 +1,13 @@
 #include "capture/frmCapture.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/StatusPanels.h"
-#include "launch/context/device_settings.h"
-#include "launch/context/VisitContext.h"
-#include "records/NoteBox.h"
-#include "records/picture_grid.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
+#include "visit/device_settings.h"
+#include "visit/VisitContext.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>

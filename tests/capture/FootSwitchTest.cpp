@@ -1,11 +1,11 @@
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/MSComm.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
 #include "support/PseudoTerminal.h"
 #include "support/StationInABox.h"
 #include "support/WallClock.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>

@@ -1,14 +1,14 @@
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/VideoCap.h"
-#include "launch/context/device_settings.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/gstreamer/register_video.h"
-#include "records/capture_scheme.h"
 #include "support/MovieReader.h"
 #include "support/StationInABox.h"
 #include "support/WallClock.h"
+#include "visit/device_settings.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -272,10 +272,7 @@ private:
     void Connect() { m_screen->findChild<QToolButton*>(u"연결"_s)->click(); }
     void Choose(const QString& entry) { m_screen->findChild<QAction*>(entry)->trigger(); }
     QString Text(const QString& label) const { return m_screen->findChild<QLabel*>(label)->text(); }
-    QString Movie(int segment) const
-    {
-        return MoviePath(MovieStem(VisitContext.CaptureDir, VisitContext.Chart, VisitContext.Ymd), segment);
-    }
+    QString Movie(int segment) const { return MoviePath(CurrentVisit().MovieStem(), segment); }
     QStringList MovieFiles() const { return m_box->Names(u"2026"_s, u"movie"_s); }
 
     std::unique_ptr<StationInABox> m_box;

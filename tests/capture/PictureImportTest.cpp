@@ -1,12 +1,12 @@
 #include "capture/frmCapture.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "contracts/pictures.h"
-#include "launch/context/VisitContext.h"
-#include "records/NoteBox.h"
-#include "records/picture_grid.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
 #include "support/PictureFiles.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QAbstractItemView>
 #include <QDrag>

@@ -1,15 +1,15 @@
-#include "capture/capture_rows.h"
 #include "capture/frmCapture.h"
 #include "capture/NumberClaim.h"
-#include "contracts/components.h"
-#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
-#include "records/capture_scheme.h"
-#include "records/picture_grid.h"
+#include "records/capture_index.h"
+#include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QApplication>
 #include <QFile>
@@ -38,7 +38,7 @@ int StillsEach()
 
 StillFiling MakeFiling()
 {
-    return StillFiling([](const CaptureVisit&, bool) { return StillFiling::Note{}; }, [](const StillFiling::Safe&) {});
+    return StillFiling([](const Visit&, bool) { return StillFiling::Note{}; }, [](const StillFiling::Safe&) {});
 }
 
 /// One station: a process of its own that files its pictures one after the other. With `dies` it is killed in the
@@ -55,11 +55,11 @@ int RunStation(const QStringList& arguments)
     settings.user = arguments[4];
     Connection = OpenConnection(settings);
     const auto close = qScopeGuard([] { Connection.reset(); });
-    CaptureVisit visit{u"00001234"_s, u"01"_s, u"11"_s, u"20261124"_s, u"위내시경"_s, arguments[5], u"jpg"_s, {}};
+    Visit visit{u"00001234"_s, u"01"_s, u"20261124"_s, u"위내시경"_s, arguments[5], u"jpg"_s};
     const int stills = arguments[7].toInt();
     int filed = 0;
     StillFiling filing(
-        [&](const CaptureVisit&, bool) {
+        [&](const Visit&, bool) {
             if (dies && filed == stills - 1)
                 std::raise(SIGKILL);
             return StillFiling::Note{u"쓰던 글"_s, dies};
@@ -139,7 +139,7 @@ private Q_SLOTS:
     void AClaimedNumberIsLeftToItsHolder()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling filing = MakeFiling();
         const auto claim = NumberClaim::Take(visit, 1);
         QVERIFY(claim != nullptr);
@@ -171,7 +171,7 @@ private Q_SLOTS:
         QFETCH(bool, found);
         QFETCH(bool, claimStays);
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         const QHash<QString, QString> marks = {
             {u"own"_s, Files().ProcessMark()}, {u"dead"_s, DeadMark()}, {u"elsewhere"_s, u"other.boot.1.1"_s}};
         const QString claim = ClaimOf(box, 7);
@@ -198,7 +198,7 @@ private Q_SLOTS:
     void AStationThatDiesBetweenFileAndRowsLosesNothing()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         box.Run(u"INSERT INTO ca VALUES ('00001234','01','20261124','A','위내시경','남의 글','');"_s);
         RunDyingStation(box, 3);
         QVERIFY(NumberClaim::Stands(visit, 3));
@@ -219,7 +219,7 @@ private Q_SLOTS:
     void TheListOfADeadStationIsTakenOver()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling beside = MakeFiling();
         QCOMPARE(beside.File(visit, "x").number, 1);
         box.Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
@@ -242,7 +242,7 @@ private Q_SLOTS:
     void ARefusedEntryKeepsNoOtherAway()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling filing = MakeFiling();
         box.Run(u"CREATE TRIGGER no_first BEFORE INSERT ON cap WHEN NEW.cap_no = 1 BEGIN "
                 "SELECT RAISE(ABORT, 'not this one'); END;"_s);
@@ -261,7 +261,7 @@ private Q_SLOTS:
         StationInABox box;
         const Failing sync(posix_files::calls.fsync, FailFolderSync);
         StillFiling filing = MakeFiling();
-        const StillFiling::Filed filed = filing.File(CaptureVisit::Current(), "x");
+        const StillFiling::Filed filed = filing.File(CurrentVisit(), "x");
         QVERIFY(filed.rowsFault.isEmpty());
         QVERIFY2(filed.tidings.value(0).startsWith(u"파일은 저장하였으나"_s), qPrintable(filed.tidings.value(0)));
         QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"1"_s);
@@ -270,7 +270,7 @@ private Q_SLOTS:
     void PicturesWhoseRowsWaitStandInTheGrid()
     {
         StationInABox box(u"QMARIADB"_s);
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         frmCapture& screen = Form<frmCapture>();
         screen.Show();
         Guarded([&] { screen.ShowStored(); });
@@ -300,7 +300,7 @@ private Q_SLOTS:
     void TheServerEndsAndComesBackBetweenStills()
     {
         StationInABox box(u"QMARIADB"_s);
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling filing = MakeFiling();
         QVERIFY(filing.File(visit, "1").rowsFault.isEmpty());
         StationInABox::Server().Stop();
@@ -319,7 +319,7 @@ private Q_SLOTS:
     void AShareThatWentAwayGetsNoFolders()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling filing = MakeFiling();
         Files().RenameFile(visit.captureDir, box.Root() + u"gone"_s);
         QVERIFY_EXCEPTION_THROWN(filing.File(visit, "x"), PlatformError);
@@ -330,17 +330,17 @@ private Q_SLOTS:
     void PendingRowsKeepWhatWasTypedBesideWhatOthersStored()
     {
         StationInABox box;
-        const CaptureVisit visit = CaptureVisit::Current();
+        const Visit visit = CurrentVisit();
         StillFiling::Note note{u"내가 쓴 글"_s, true};
         {
-            StillFiling filing([&](const CaptureVisit&, bool) { return note; }, [](const StillFiling::Safe&) {});
+            StillFiling filing([&](const Visit&, bool) { return note; }, [](const StillFiling::Safe&) {});
             box.Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
             QVERIFY(!filing.File(visit, "x").rowsFault.isEmpty());
         }
         box.Run(u"ALTER TABLE ca_gone RENAME TO ca;"_s);
         // The next run knows nothing of the text but what the list holds.
         note = {u"남이 쓴 글"_s, false};
-        StillFiling next([&](const CaptureVisit&, bool) { return note; }, [](const StillFiling::Safe&) {});
+        StillFiling next([&](const Visit&, bool) { return note; }, [](const StillFiling::Safe&) {});
         QVERIFY(next.Pending().Holds(visit, 1));
         QVERIFY(next.WritePending().isEmpty());
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"남이 쓴 글\n내가 쓴 글"_s);

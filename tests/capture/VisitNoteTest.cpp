@@ -1,10 +1,10 @@
 #include "capture/frmCapture.h"
-#include "contracts/composition.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
-#include "launch/context/VisitContext.h"
-#include "records/NoteBox.h"
+#include "frame/composition.h"
+#include "frame/guard.h"
+#include "screenparts/NoteBox.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QInputMethodEvent>
 #include <QTest>

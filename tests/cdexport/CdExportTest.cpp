@@ -2,11 +2,11 @@
 #include "cdexport/frmCapCDAdd.h"
 #include "cdexport/frmCapCDWrite.h"
 #include "contracts/cd.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_scheme.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QApplication>
 #include <QComboBox>

@@ -1,7 +1,6 @@
 #include "capture/frmCapture.h"
-#include "contracts/files.h"
-#include "launch/context/device_settings.h"
 #include "support/StationInABox.h"
+#include "visit/device_settings.h"
 
 #include <QComboBox>
 #include <QFile>

@@ -1,7 +1,7 @@
-#include "contracts/pictures.h"
 #include "editor/TextEntryBox.h"
-#include "launch/context/VisitContext.h"
+#include "frame/services.h"
 #include "support/EditorInABox.h"
+#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,15 +1,15 @@
 #include "capture/frmCapture.h"
 #include "contracts/fpSpread.h"
-#include "contracts/pictures.h"
-#include "contracts/twips.h"
 #include "editor/edit_settings.h"
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
-#include "launch/context/settings_file.h"
-#include "launch/context/VisitContext.h"
-#include "records/text/text_routines.h"
+#include "frame/services.h"
+#include "frame/twips.h"
 #include "support/EditorInABox.h"
 #include "support/PictureFiles.h"
+#include "text/text_routines.h"
+#include "visit/settings_file.h"
+#include "visit/VisitContext.h"
 
 #include <QColorDialog>
 #include <QFontDialog>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/StatusPanels.h"
 #include "findings/findings_record.h"
@@ -8,10 +7,10 @@
 #include "findings/frmCapSogyon.h"
 #include "findings/open_findings.h"
 #include "findings/register_popups.h"
-#include "launch/context/VisitContext.h"
-#include "records/capture_index.h"
-#include "records/patient_lookup.h"
+#include "frame/components.h"
+#include "screenparts/fill_routines.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -59,9 +58,8 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
     frmCapSogyon& Open(int gridNumber = 1)
     {
         if (m_grid->DataRowCnt() == 0)
-            LoadCaptureList(VisitContext.Chart, {}, VisitContext.Ymd, VisitContext.CaptureDir, VisitContext.Etc,
-                            *m_grid, gridNumber, false);
-        OpenFindings(gridNumber, {*m_grid, *m_panels, VisitContext.Ymd, VisitContext.Etc});
+            LoadCaptureList(CurrentVisit(), *m_grid, gridNumber, false);
+        OpenFindings(gridNumber, {*m_grid, *m_panels, CurrentVisit()});
         return Form<frmCapSogyon>();
     }
 

@@ -1,9 +1,12 @@
 #include "capture/frmCapture.h"
-#include "contracts/guard.h"
 #include "contracts/ImagXpress.h"
 #include "findings/frmSoFind.h"
 #include "findings/UpDownArrows.h"
 #include "FindingsInABox.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "screenparts/fill_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -44,8 +47,7 @@ private Q_SLOTS:
     {
         for (int number = 1; number <= 8; ++number)
             m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
-        LoadCaptureList(VisitContext.Chart, {}, VisitContext.Ymd, VisitContext.CaptureDir, VisitContext.Etc,
-                        m_box->Grid(), 2, false);
+        LoadCaptureList(CurrentVisit(), m_box->Grid(), 2, false);
         for (const QPoint& box : {QPoint(3, 1), QPoint(1, 3), QPoint(5, 3)}) {
             m_box->Grid().setCol(box.x());
             m_box->Grid().setRow(box.y());

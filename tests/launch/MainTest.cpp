@@ -1,16 +1,18 @@
 #include "launch/Main.h"
 #include "capture/frmCapture.h"
 #include "contracts/cd.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
-#include "launch/context/VisitContext.h"
-#include "records/NoteBox.h"
-#include "records/text/text_routines.h"
+#include "frame/components.h"
+#include "frame/forms.h"
+#include "frame/plain_text.h"
+#include "frame/services.h"
+#include "screenparts/NoteBox.h"
 #include "support/StationInABox.h"
+#include "text/text_routines.h"
 #include "viewing/CapShow.h"
+#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QFile>

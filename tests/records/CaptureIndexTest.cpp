@@ -1,14 +1,14 @@
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
-#include "records/capture_scheme.h"
-#include "records/history_grids.h"
-#include "records/NoteBox.h"
-#include "records/picture_grid.h"
 #include "records/tables.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QTest>
 #include <QTimer>
@@ -36,10 +36,14 @@ bool HasPicture(fpSpread& grid, int column, int row)
     return grid.CellType() == CellTypePicture && !grid.TypePictPicture().isNull();
 }
 
+Visit On(const QString& ymd, const QString& etc = Stomach)
+{
+    return VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc);
+}
+
 int Fill(fpSpread& grid, int gridNumber)
 {
-    return LoadCaptureList(VisitContext.Chart, VisitContext.Yuhyung, Day, VisitContext.CaptureDir, Stomach, grid,
-                           gridNumber, false);
+    return LoadCaptureList(On(Day), grid, gridNumber, false);
 }
 
 } // namespace
@@ -107,8 +111,8 @@ private Q_SLOTS:
         QCOMPARE(Fill(*grid, 1), 1000);
         QCOMPARE(CellText(*grid, 2, 2), u"003"_s);
         QCOMPARE(CellText(*grid, 3, 2), u"1000"_s);
-        QCOMPARE(NextCaptureNo(VisitContext.Chart, {}, Day, {}, Stomach), 1000);
-        QCOMPARE(NextCaptureNo(VisitContext.Chart, {}, Day, {}, u"대장내시경"_s), 0);
+        QCOMPARE(NextCaptureNo(On(Day)), 1000);
+        QCOMPARE(NextCaptureNo(On(Day, u"대장내시경"_s)), 0);
     }
 
     void FilesThatAreNoPictures_data()
@@ -154,8 +158,7 @@ private Q_SLOTS:
         bool inner = false;
         QTimer::singleShot(0, this, [&] {
             inner = true;
-            LoadCaptureList(VisitContext.Chart, {}, u"20251231"_s, YearFolder(m_box->Root(), u"2025"_s), Stomach, *grid,
-                            1, false);
+            LoadCaptureList(On(u"20251231"_s), *grid, 1, false);
         });
         Fill(*grid, 1);
         QVERIFY(inner);
@@ -178,12 +181,12 @@ private Q_SLOTS:
     {
         NoteBox box;
         m_box->AddPicture(Day, Stomach, 1, u"  염증 있음 "_s);
-        LoadCaptureNote(VisitContext.Chart, {}, Day, {}, Stomach, box);
+        LoadCaptureNote(On(Day), box);
         QCOMPARE(box.toPlainText(), u"염증 있음"_s);
         QVERIFY(box.IsLoaded() && !box.IsTouched());
 
         m_box->Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
-        QVERIFY_EXCEPTION_THROWN(LoadCaptureNote(VisitContext.Chart, {}, Day, {}, u"x"_s, box), PlatformError);
+        QVERIFY_EXCEPTION_THROWN(LoadCaptureNote(On(Day, u"x"_s), box), PlatformError);
         QVERIFY(!box.IsLoaded() && box.isReadOnly());
         QCOMPARE(box.toPlainText(), QString());
     }
@@ -196,14 +199,14 @@ private Q_SLOTS:
         m_box->AddPicture(u"20240105"_s, Stomach, 1, u"old"_s);
         m_box->AddPicture(u"20250607"_s, u"대장내시경"_s, 1, u"middle"_s);
         m_box->AddPicture(Day, Stomach, 1, u"new"_s);
-        LoadVisitHistory(VisitContext.Chart, {}, {}, {}, {}, u"A"_s);
+        LoadVisitHistory(CurrentVisit(), u"A"_s);
         QCOMPARE(visits->MaxRows(), 3);
         QCOMPARE(CellText(*visits, 1, 1), Day);
         QCOMPARE(CellText(*visits, 2, 2), u"대장내시경"_s);
         QCOMPARE(CellText(*visits, 3, 3), u"old"_s);
 
         m_box->Run(u"DELETE FROM ca WHERE ca_ymd < '20260101';"_s);
-        LoadVisitHistory(VisitContext.Chart, {}, {}, {}, {}, u"A"_s);
+        LoadVisitHistory(CurrentVisit(), u"A"_s);
         QCOMPARE(CellText(*visits, 1, 2), QString());
         QCOMPARE(CellText(*visits, 3, 2), u"middle"_s);
         QCOMPARE(visits->DataRowCnt(), 3);
@@ -220,17 +223,19 @@ private Q_SLOTS:
 
     void PathsStayBelowTheRoot()
     {
-        QCOMPARE(PicturePath(u"R\\2026\\"_s, Stomach, u"00001234"_s, Day, 7, u"jpg"_s),
+        QCOMPARE((Visit{u"00001234"_s, {}, Day, Stomach, u"R\\2026\\"_s, u"jpg"_s}.PicturePath(7)),
                  u"R\\2026\\위내시경\\0000123420261124007.jpg"_s);
         QCOMPARE(LogFolder(u"R\\2026\\"_s, Stomach), u"R\\2026\\위내시경Log\\"_s);
         QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\2026\\"_s, u".."_s), PlatformError);
         QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\2026\\"_s, u"a/../../b"_s), PlatformError);
         QVERIFY_EXCEPTION_THROWN(YearFolder(u"R\\"_s, u"..\\.0101"_s), PlatformError);
         QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\"_s, QString(10000, u'가')), PlatformError);
-        QVERIFY_EXCEPTION_THROWN(PicturePath(u"R\\"_s, Stomach, u"../../x"_s, Day, 1, u"jpg"_s), PlatformError);
-        QCOMPARE(PictureNumber(u"0000123420261124012.jpg"_s, u"00001234"_s, Day, u"jpg"_s), 12);
-        QCOMPARE(PictureNumber(u"0000123420261124012.bmp"_s, u"00001234"_s, Day, u"jpg"_s), 0);
-        QCOMPARE(PictureNumber(u"00001234202611240x2.jpg"_s, u"00001234"_s, Day, u"jpg"_s), 0);
+        const Visit hostile{u"../../x"_s, {}, Day, Stomach, u"R\\"_s, u"jpg"_s};
+        QVERIFY_EXCEPTION_THROWN(hostile.PicturePath(1), PlatformError);
+        const Visit visit{u"00001234"_s, {}, Day, Stomach, {}, u"jpg"_s};
+        QCOMPARE(visit.PictureNumber(u"0000123420261124012.jpg"_s), 12);
+        QCOMPARE(visit.PictureNumber(u"0000123420261124012.bmp"_s), 0);
+        QCOMPARE(visit.PictureNumber(u"00001234202611240x2.jpg"_s), 0);
     }
 
 private:

@@ -1,8 +1,9 @@
-#include "contracts/components.h"
 #include "contracts/StatusPanels.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
 #include "records/patient_lookup.h"
+#include "screenparts/fill_routines.h"
 #include "support/StationInABox.h"
+#include "visit/VisitContext.h"
 
 #include <QTest>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "contracts/files.h"
 #include "editor/frmImgEdit.h"
+#include "frame/services.h"
 #include "support/StationInABox.h"
 
 #include <QApplication>

@@ -1,7 +1,7 @@
 #include "support/FailingFiles.h"
 
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,8 +1,9 @@
 #include "support/FakeVideoCap.h"
 
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 
 #include <QBuffer>
 #include <QImageReader>

@@ -1,6 +1,7 @@
 #include "support/ScriptedDesktop.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
+#include "frame/services.h"
 
 #include <QCoreApplication>
 #include <QTest>

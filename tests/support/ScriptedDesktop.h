@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contracts/desktop.h"
+#include "frame/services.h"
 
 #include <QStringList>
 #include <QTemporaryDir>

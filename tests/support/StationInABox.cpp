@@ -1,12 +1,11 @@
 #include "support/StationInABox.h"
 
-#include "contracts/components.h"
-#include "contracts/composition.h"
-#include "contracts/forms.h"
 #include "contracts/ImageList.h"
 #include "contracts/setup_components.h"
-#include "launch/context/device_settings.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/composition.h"
+#include "frame/forms.h"
+#include "frame/services.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
@@ -17,8 +16,9 @@
 #include "platform/profile/PrivateProfile.h"
 #include "platform/serial/register_serial.h"
 #include "platform/sql/register_sql.h"
-#include "records/capture_scheme.h"
 #include "records/patient_lookup.h"
+#include "visit/device_settings.h"
+#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -109,7 +109,7 @@ QString StationInABox::Root() const
 
 QString StationInABox::PicturePath(const QString& ymd, const QString& etc, int number) const
 {
-    return ::PicturePath(YearFolder(Root(), ymd), etc, QString::fromUtf16(Chart), ymd, number, VisitContext.ImageExt);
+    return VisitOf(QString::fromUtf16(Chart), {}, ymd, etc).PicturePath(number);
 }
 
 QStringList StationInABox::Names(const QString& year, const QString& etc) const

@@ -1,16 +1,17 @@
 #include "capture/frmCapture.h"
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
-#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
-#include "launch/context/VisitContext.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
-#include "records/capture_index.h"
-#include "records/PrintedPage.h"
+#include "screenparts/fill_routines.h"
+#include "screenparts/PrintedPage.h"
 #include "support/PdfPages.h"
 #include "support/StationInABox.h"
 #include "viewing/CapShow.h"
+#include "visit/VisitContext.h"
 
 #include <QMenu>
 #include <QRegularExpression>
@@ -154,9 +155,7 @@ private:
     {
         CapShow& viewer = Form<CapShow>();
         viewer.Show();
-        Guarded([&] {
-            LoadCaptureList(VisitContext.Chart, {}, Day, VisitContext.CaptureDir, Stomach, viewer.sprCap(), 1, false);
-        });
+        Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.sprCap(), 1, false); });
         return viewer;
     }
 

@@ -1,6 +1,6 @@
 #include "platform/desktop/PanelBar.h"
 
-#include "contracts/plain_text.h"
+#include "frame/plain_text.h"
 
 #include <QHBoxLayout>
 #include <QHelpEvent>

@@ -1,8 +1,8 @@
 #include "platform/desktop/QtDesktop.h"
 
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/printing.h"
+#include "frame/components.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/program_folder.h"

@@ -1,6 +1,6 @@
 #include "platform/desktop/look.h"
 
-#include "contracts/colours.h"
+#include "frame/colours.h"
 
 #include <QApplication>
 #include <QFile>

@@ -1,6 +1,6 @@
 #include "platform/desktop/prepare_application.h"
 
-#include "contracts/composition.h"
+#include "frame/composition.h"
 #include "platform/desktop/look.h"
 #include "platform/desktop/WheelFilter.h"
 

@@ -1,6 +1,6 @@
 #include "platform/desktop/register_desktop.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/desktop/IconList.h"
 #include "platform/desktop/PanelBar.h"
 #include "platform/desktop/QtDesktop.h"

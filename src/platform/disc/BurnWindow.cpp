@@ -1,7 +1,8 @@
 #include "platform/disc/BurnWindow.h"
 
-#include "contracts/guard.h"
-#include "contracts/plain_text.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
 
 #include <QApplication>
 #include <QCloseEvent>

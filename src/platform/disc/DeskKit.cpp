@@ -1,10 +1,11 @@
 #include "platform/disc/DeskKit.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
-#include "contracts/plain_text.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/plain_text.h"
+#include "frame/services.h"
 #include "platform/disc/staged_files.h"
 
 #include <QApplication>

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 #include "platform/disc/xorriso_reasons.h"
 #include "platform/disc/XorrisoRun.h"
 

@@ -1,10 +1,11 @@
 #include "platform/disc/DiscWriter.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
-#include "contracts/guard.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/services.h"
 #include "platform/disc/BurnWindow.h"
 #include "platform/disc/disc_drives.h"
 #include "platform/disc/XorrisoRun.h"

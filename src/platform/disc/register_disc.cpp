@@ -1,6 +1,6 @@
 #include "platform/disc/register_disc.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/disc/DeskKit.h"
 #include "platform/disc/DiscWriter.h"
 

@@ -1,6 +1,7 @@
 #include "platform/disc/staged_files.h"
 
 #include "contracts/files.h"
+#include "frame/services.h"
 #include "platform/disc/XorrisoRun.h"
 
 #include <QHash>

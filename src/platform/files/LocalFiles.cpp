@@ -1,7 +1,8 @@
 #include "platform/files/LocalFiles.h"
 
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/files/posix_files.h"
 
 #include <QDir>

@@ -1,4 +1,5 @@
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
 #include "platform/files/process_mark.h"

@@ -1,7 +1,7 @@
 #include "platform/grid/CellDelegate.h"
 
-#include "contracts/colours.h"
-#include "contracts/plain_text.h"
+#include "frame/colours.h"
+#include "frame/plain_text.h"
 #include "platform/grid/SpreadModel.h"
 
 #include <QAbstractItemView>

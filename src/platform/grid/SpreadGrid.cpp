@@ -1,6 +1,6 @@
 #include "platform/grid/SpreadGrid.h"
 
-#include "contracts/twips.h"
+#include "frame/twips.h"
 #include "platform/grid/CellDelegate.h"
 #include "platform/grid/SpreadModel.h"
 #include "platform/grid/SpreadView.h"

@@ -1,7 +1,7 @@
 #include "platform/grid/SpreadView.h"
 
 #include "contracts/files.h"
-#include "contracts/guard.h"
+#include "frame/guard.h"
 #include "platform/grid/key_codes.h"
 #include "platform/grid/SpreadModel.h"
 

@@ -1,6 +1,6 @@
 #include "platform/grid/register_grid.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/grid/SpreadGrid.h"
 
 using namespace Qt::StringLiterals;

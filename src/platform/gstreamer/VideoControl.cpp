@@ -1,11 +1,11 @@
 #include "platform/gstreamer/VideoControl.h"
 
-#include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "platform/gstreamer/DriverDialog.h"
-#include "platform/gstreamer/V4l2Device.h"
+#include "frame/services.h"
+#include "platform/gstreamer/devices/DriverDialog.h"
+#include "platform/gstreamer/devices/V4l2Device.h"
+#include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/VideoControl_live.h"
-#include "platform/gstreamer/VideoDevices.h"
 
 #include <QPainter>
 #include <QPointer>

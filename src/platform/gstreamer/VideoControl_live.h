@@ -1,9 +1,9 @@
 #pragma once
 
-#include "platform/gstreamer/LiveSession.h"
-#include "platform/gstreamer/LiveView.h"
-#include "platform/gstreamer/MovieRecorder.h"
-#include "platform/gstreamer/StreamChoice.h"
+#include "platform/gstreamer/devices/StreamChoice.h"
+#include "platform/gstreamer/live/LiveSession.h"
+#include "platform/gstreamer/live/LiveView.h"
+#include "platform/gstreamer/movies/MovieRecorder.h"
 #include "platform/gstreamer/VideoControl.h"
 
 #include <thread>

@@ -1,6 +1,6 @@
 #include "contracts/files.h"
+#include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/VideoControl_live.h"
-#include "platform/gstreamer/VideoDevices.h"
 
 #include <QPainter>
 

@@ -1,9 +1,9 @@
 #include "platform/gstreamer/register_video.h"
 
-#include "contracts/components.h"
-#include "platform/gstreamer/movie_repair.h"
+#include "frame/components.h"
+#include "platform/gstreamer/devices/VideoDevices.h"
+#include "platform/gstreamer/movies/movie_repair.h"
 #include "platform/gstreamer/VideoControl.h"
-#include "platform/gstreamer/VideoDevices.h"
 
 using namespace Qt::StringLiterals;
 

@@ -1,8 +1,8 @@
 #include "platform/imagecontrol/ImageControl.h"
 
-#include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 
 #include <QBuffer>
 #include <QFontMetricsF>

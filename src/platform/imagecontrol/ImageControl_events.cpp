@@ -1,4 +1,4 @@
-#include "contracts/twips.h"
+#include "frame/twips.h"
 #include "platform/imagecontrol/ImageControl.h"
 
 #include <QMouseEvent>

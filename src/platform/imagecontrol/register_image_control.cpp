@@ -1,6 +1,6 @@
 #include "platform/imagecontrol/register_image_control.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/imagecontrol/ImageControl.h"
 
 using namespace Qt::StringLiterals;

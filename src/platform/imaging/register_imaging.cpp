@@ -1,6 +1,6 @@
 #include "platform/imaging/register_imaging.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/imaging/ImagePictureReader.h"
 #include "platform/imaging/picture_limits.h"
 

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 
 #include <QBuffer>
 #include <QPainter>

@@ -1,6 +1,6 @@
 #include "platform/printing/register_printing.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/printing/PageCanvas.h"
 #include "platform/printing/PagePrinter.h"
 

@@ -1,8 +1,9 @@
 #include "platform/profile/PrivateProfile.h"
 
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/profile/IniFile.h"
 #include "platform/profile/windows949.h"
 

@@ -1,6 +1,6 @@
 #include "platform/serial/register_serial.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/serial/SerialPort.h"
 
 using namespace Qt::StringLiterals;

@@ -1,9 +1,10 @@
 #include "platform/setup/StartProfile.h"
 
-#include "contracts/components.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>

@@ -1,6 +1,6 @@
 #include "platform/setup/register_setup.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/setup/StartProfile.h"
 
 using namespace Qt::StringLiterals;

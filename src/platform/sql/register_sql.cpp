@@ -1,6 +1,6 @@
 #include "platform/sql/register_sql.h"
 
-#include "contracts/components.h"
+#include "frame/components.h"
 #include "platform/sql/TableKeeper.h"
 
 using namespace Qt::StringLiterals;

@@ -1,6 +1,7 @@
 #include "contracts/desktop.h"
-#include "contracts/components.h"
 #include "contracts/printing.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/desktop/program_folder.h"
 #include "platform/desktop/register_desktop.h"
 

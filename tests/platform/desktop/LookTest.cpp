@@ -1,8 +1,8 @@
-#include "contracts/components.h"
 #include "contracts/ImageList.h"
-#include "contracts/plain_text.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
+#include "frame/components.h"
+#include "frame/plain_text.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 

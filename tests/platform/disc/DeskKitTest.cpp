@@ -1,4 +1,6 @@
 #include "DiscInABox.h"
+#include "frame/controls.h"
+#include "frame/services.h"
 
 #include <QTimer>
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "contracts/cd.h"
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "support/FailingFiles.h"

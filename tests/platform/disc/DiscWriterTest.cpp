@@ -1,5 +1,6 @@
 #include "platform/disc/DiscWriter.h"
 #include "DiscInABox.h"
+#include "frame/services.h"
 
 #include <QRandomGenerator>
 #include <QSignalSpy>

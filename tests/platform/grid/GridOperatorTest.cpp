@@ -1,5 +1,5 @@
-#include "contracts/colours.h"
-#include "contracts/twips.h"
+#include "frame/colours.h"
+#include "frame/twips.h"
 #include "platform/grid/register_grid.h"
 #include "station_grids.h"
 

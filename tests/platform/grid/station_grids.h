@@ -1,7 +1,7 @@
 #pragma once
 
-#include "contracts/components.h"
 #include "contracts/fpSpread.h"
+#include "frame/components.h"
 
 #include <QStringList>
 

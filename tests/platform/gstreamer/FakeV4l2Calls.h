@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/gstreamer/V4l2Calls.h"
+#include "platform/gstreamer/devices/V4l2Calls.h"
 
 #include <linux/videodev2.h>
 

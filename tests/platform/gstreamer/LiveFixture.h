@@ -1,9 +1,9 @@
 #pragma once
 
 #include "FakeV4l2Calls.h"
-#include "platform/gstreamer/TestPictureHooks.h"
+#include "platform/gstreamer/devices/VideoDevices.h"
+#include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/VideoControl.h"
-#include "platform/gstreamer/VideoDevices.h"
 
 /// A control on a machine whose only device is the test picture.
 struct LiveFixture

@@ -1,8 +1,9 @@
+#include "frame/services.h"
 #include "LiveFixture.h"
 
-#include "contracts/components.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
 #include "platform/files/LocalFiles.h"
 
 #include <QDir>

@@ -1,6 +1,6 @@
-#include "platform/gstreamer/LivePipeline.h"
+#include "platform/gstreamer/live/LivePipeline.h"
 #include "contracts/PlatformError.h"
-#include "platform/gstreamer/FrameExchange.h"
+#include "platform/gstreamer/live/FrameExchange.h"
 
 #include <linux/videodev2.h>
 

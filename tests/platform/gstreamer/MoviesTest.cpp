@@ -1,9 +1,9 @@
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
 #include "LiveFixture.h"
-#include "platform/gstreamer/LivePipeline.h"
-#include "platform/gstreamer/movie_repair.h"
-#include "platform/gstreamer/MovieRecorder.h"
+#include "platform/gstreamer/live/LivePipeline.h"
+#include "platform/gstreamer/movies/movie_repair.h"
+#include "platform/gstreamer/movies/MovieRecorder.h"
 #include "support/MovieReader.h"
 
 #include <QDir>

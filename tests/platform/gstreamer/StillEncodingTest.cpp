@@ -1,5 +1,5 @@
-#include "platform/gstreamer/DisplayScaler.h"
-#include "platform/gstreamer/GstStillFrame.h"
+#include "platform/gstreamer/live/DisplayScaler.h"
+#include "platform/gstreamer/stills/GstStillFrame.h"
 
 #include <QTest>
 

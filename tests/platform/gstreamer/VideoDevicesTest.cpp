@@ -1,10 +1,10 @@
 #include "FakeV4l2Calls.h"
 
 #include "contracts/PlatformError.h"
-#include "platform/gstreamer/TestPictureHooks.h"
-#include "platform/gstreamer/V4l2Device.h"
+#include "platform/gstreamer/devices/V4l2Device.h"
+#include "platform/gstreamer/devices/VideoDevices.h"
+#include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/VideoControl.h"
-#include "platform/gstreamer/VideoDevices.h"
 
 #include <QFile>
 #include <QSignalSpy>

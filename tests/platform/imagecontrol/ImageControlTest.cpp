@@ -1,7 +1,7 @@
-#include "contracts/components.h"
 #include "contracts/ImagXpress.h"
-#include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "support/StationInABox.h"
 
 #include <QLineF>

@@ -1,4 +1,5 @@
 #include "contracts/pictures.h"
+#include "frame/services.h"
 #include "platform/imaging/register_imaging.h"
 #include "support/PictureFiles.h"
 

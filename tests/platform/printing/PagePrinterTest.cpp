@@ -1,6 +1,7 @@
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/imagecontrol/ImageControl.h"

@@ -1,6 +1,6 @@
-#include "contracts/components.h"
-#include "contracts/files.h"
 #include "contracts/setup_components.h"
+#include "frame/components.h"
+#include "frame/services.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/profile/windows949.h"
 #include "platform/setup/register_setup.h"

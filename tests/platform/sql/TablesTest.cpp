@@ -1,6 +1,6 @@
-#include "contracts/components.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
+#include "frame/components.h"
 #include "platform/sql/register_sql.h"
 #include "support/ClinicDatabase.h"
 

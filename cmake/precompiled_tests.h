@@ -1,0 +1,5 @@
+#include "precompiled_widgets.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>

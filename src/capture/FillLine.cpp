@@ -1,0 +1,47 @@
+#include "capture/FillLine.h"
+
+#include "frame/guard.h"
+
+namespace {
+/// A message of one piece of work serves events, and the next may be worked off from there.
+void Drain(std::deque<FillLine::Work>& line, const std::function<bool()>& goesOn)
+{
+    while (goesOn() && !line.empty()) {
+        const FillLine::Work work = line.front();
+        line.pop_front();
+        Guarded(work);
+    }
+}
+} // namespace
+
+void FillLine::Show(const Work& change)
+{
+    m_changes.push_back(change);
+    Drain(m_changes, [this] { return !IsHeld(); });
+}
+
+void FillLine::Command(const Work& command)
+{
+    if (IsHeld())
+        m_commands.push_back(command);
+    else
+        command();
+}
+
+void FillLine::Release()
+{
+    if (--m_holds == 0 && !(m_changes.empty() && m_commands.empty()))
+        QMetaObject::invokeMethod(this, &FillLine::WorkOff, Qt::QueuedConnection);
+}
+
+void FillLine::WorkOff()
+{
+    Drain(m_changes, [this] { return !IsHeld(); });
+    Drain(m_commands, [this] { return !IsHeld(); });
+}
+
+void FillLine::Finish()
+{
+    m_changes.clear();
+    Drain(m_commands, [] { return true; });
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QObject>
+
+#include <deque>
+#include <functional>
+
+/// What waits for the end of the fill that is under way: changes of the pictures that are shown first, then the last
+/// parts of commands. With no fill under way neither waits.
+class FillLine : public QObject
+{
+public:
+    using Work = std::function<void()>;
+
+    /// While one of these lives, the screen is being filled and the line waits.
+    class Hold
+    {
+    public:
+        explicit Hold(FillLine& line) : m_line(line) { ++line.m_holds; }
+        ~Hold() { m_line.Release(); }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+    private:
+        FillLine& m_line;
+    };
+
+    bool IsHeld() const { return m_holds > 0; }
+    /// Changes a picture's place on the screen. May not serve events.
+    void Show(const Work& change);
+    /// Does a command's last part, which may.
+    void Command(const Work& command);
+    /// The screen closes: what it would show is dropped, commands come to their end now, fill or no fill.
+    void Finish();
+
+private:
+    void Release();
+    void WorkOff();
+
+    std::deque<Work> m_changes;
+    std::deque<Work> m_commands;
+    int m_holds = 0;
+};

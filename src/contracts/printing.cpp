@@ -1,8 +1,0 @@
-#include "contracts/printing.h"
-
-#include "contracts/components.h"
-
-PrinterObject& Printer()
-{
-    return UseService<PrinterObject>();
-}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "frame/components.h"
+
+#include <QRect>
+#include <QString>
+
+/// Makes a control by the name of its component and gives it to its parent widget, which owns it from then on.
+template <class Control, class Parent>
+Control& PlaceControl(const QString& component, Parent* parent)
+{
+    Control* control = CreateObject<Control>(component).release();
+    control->setParent(parent);
+    return *control;
+}
+
+/// A control of a form under its name in the system, which is also how an outside driver finds it, and its caption or
+/// label, by which a screen reader does. `place` is in pixels.
+template <class Control>
+Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
+{
+    control->setObjectName(name);
+    control->setAccessibleName(accessibleName);
+    control->setGeometry(place);
+    return control;
+}

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "frame/composition.h"
+
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace guard {
+/// Answers the exception that is in flight: pointer back to normal, message to the operator.
+void AnswerFault();
+/// Does the work as soon as no guarded handler runs: what a handler up the stack may still be using must outlive it.
+/// From within none that is when events are next served.
+void WhenIdle(std::function<void()> work);
+
+class Entered
+{
+public:
+    Entered();
+    ~Entered();
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+};
+} // namespace guard
+
+/// The one way into the station's code from an event: a fault of the outside world ends the handler with a message,
+/// and the program goes on. Gives true when the handler ran to its end.
+template <class Handler>
+bool Guarded(Handler&& handler)
+{
+    const guard::Entered entered;
+    try {
+        std::forward<Handler>(handler)();
+        return true;
+    } catch (...) {
+        guard::AnswerFault();
+        return false;
+    }
+}
+
+/// A slot that runs `handler` under `Guarded`, with the signal's arguments or, where it takes none, without them.
+template <class Handler>
+auto GuardedSlot(Handler handler)
+{
+    return [handler](auto&&... arguments) {
+        Guarded([&] {
+            if constexpr (std::is_invocable_v<const Handler&, decltype(arguments)...>)
+                handler(std::forward<decltype(arguments)>(arguments)...);
+            else
+                handler();
+        });
+    };
+}
+
+/// The same for what the operator asks for by button, menu, list or key: what he is composing becomes text first.
+template <class Handler>
+auto CommandSlot(Handler handler)
+{
+    return [slot = GuardedSlot(handler)](auto&&... arguments) {
+        CommitComposition();
+        slot(std::forward<decltype(arguments)>(arguments)...);
+    };
+}

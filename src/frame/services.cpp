@@ -1,0 +1,81 @@
+#include "frame/services.h"
+
+#include "contracts/files.h"
+#include "contracts/pictures.h"
+#include "contracts/printing.h"
+#include "frame/components.h"
+
+void ShowInformation(const QString& text)
+{
+    UseService<Desktop>().ShowInformation(text);
+}
+
+bool AskYesNo(const QString& question)
+{
+    return UseService<Desktop>().AskYesNo(question);
+}
+
+void SetMousePointer(MousePointer pointer)
+{
+    UseService<Desktop>().SetMousePointer(pointer);
+}
+
+void PumpEvents()
+{
+    UseService<Desktop>().PumpEvents();
+}
+
+void EndProgram()
+{
+    UseService<Desktop>().EndProgram();
+}
+
+FileStore& Files()
+{
+    return UseService<FileStore>();
+}
+
+bool FolderExists(const QString& path)
+{
+    return Files().FolderExists(path);
+}
+
+void MakeFolder(const QString& path)
+{
+    Files().MakeFolder(path);
+}
+
+bool FileExists(const QString& path)
+{
+    return Files().FileExists(path);
+}
+
+bool PictureExists(const QString& path)
+{
+    return Files().KindOf(path) == FileKind::File;
+}
+
+void WriteWholeFile(const QString& path, const QByteArray& content)
+{
+    Files().WriteWholeFile(path, content);
+}
+
+void DeleteFile(const QString& path)
+{
+    Files().DeleteFile(path);
+}
+
+PictureReader& Pictures()
+{
+    return UseService<PictureReader>();
+}
+
+QImage LoadPicture(const QString& path)
+{
+    return path.isEmpty() ? QImage() : Pictures().Load(path);
+}
+
+PrinterObject& Printer()
+{
+    return UseService<PrinterObject>();
+}

@@ -1,6 +1,0 @@
-#include "launch/context/VisitContext.h"
-
-VisitContextRecord VisitContext;
-ClientSetupRecord ClientSetup;
-SaupRecords SaupTable;
-ConnectionPointer Connection;

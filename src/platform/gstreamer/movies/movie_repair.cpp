@@ -1,0 +1,32 @@
+#include "platform/gstreamer/movies/movie_repair.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "platform/gstreamer/movies/AviFile.h"
+
+#include <QDir>
+
+#include <thread>
+
+using namespace Qt::StringLiterals;
+
+void RepairMovies(const QString& folder)
+{
+    const QDir native(NativePath(folder));
+    for (const QString& name : native.entryList({u".*.part"_s}, QDir::Files | QDir::Hidden)) {
+        const AviFile::Partial partial = AviFile::ReadPartialName(name);
+        if (!partial.isAbandoned || !IsPathPart(partial.name))
+            continue;
+        try {
+            AviFile::Repair(native.filePath(name), native.filePath(partial.name));
+        } catch (const PlatformError&) {
+            // It stays as it is, for the next start.
+        }
+    }
+}
+
+void RepairMoviesInBackground(const QString& folder)
+{
+    static std::jthread worker;
+    worker = std::jthread([folder] { RepairMovies(folder); });
+}

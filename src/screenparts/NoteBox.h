@@ -1,0 +1,55 @@
+#pragma once
+
+#include "visit/Visit.h"
+
+#include <QPlainTextEdit>
+
+/// A text box that shows the note of one visit and section, and knows whose note it is and whether it may stand in the
+/// place of the stored one.
+class NoteBox : public QPlainTextEdit
+{
+    Q_OBJECT
+    /// What the look shows: the note of a history line, which can't be edited here.
+    Q_PROPERTY(bool historyNote READ IsHistoryNote)
+
+public:
+    explicit NoteBox(QWidget* parent = nullptr);
+
+    /// Whose note it is.
+    const Visit& Of() const { return m_visit; }
+
+    /// The note as it would be stored: with what is being composed in it, and with the line ends of the stored one.
+    QString Text() const;
+    /// False from the moment that a note is asked for until it has been read: nothing of it may then be written.
+    bool IsLoaded() const { return m_state == State::Loaded; }
+    /// The stored note has been asked for and may still come.
+    bool IsAwaited() const { return m_state == State::Awaited; }
+    /// The operator has changed the text since it was loaded, or is about to.
+    bool IsTouched() const { return document()->isModified() || IsComposing(); }
+    bool IsComposing() const;
+    bool IsHistoryNote() const { return m_historyNote; }
+
+    /// Empties the box for the note of that visit, which is about to be read.
+    void BeginLoading(const Visit& visit);
+    /// The stored note. The box can be edited from here on, unless it shows a history line.
+    void SetLoadedNote(const QString& note);
+    /// The note that was asked for can't be read.
+    void FailLoading();
+    /// What the box holds is what is stored.
+    void MarkUntouched() { document()->setModified(false); }
+    /// What the box holds is stored nowhere.
+    void MarkTouched() { document()->setModified(true); }
+    /// Back to an own text kept aside earlier, as `Text` gave it.
+    void RestoreNote(const Visit& visit, const QString& text, bool touched);
+    void setHistoryNote(bool on);
+
+private:
+    enum class State { Awaited, Failed, Loaded };
+
+    void ShowState();
+
+    Visit m_visit;
+    State m_state = State::Awaited;
+    bool m_crlf = false; ///< Lines of the stored note end in CR and LF.
+    bool m_historyNote = false;
+};

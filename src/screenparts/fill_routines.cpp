@@ -1,0 +1,133 @@
+#include "screenparts/fill_routines.h"
+
+#include "contracts/fpSpread.h"
+#include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
+#include "contracts/StatusPanels.h"
+#include "frame/services.h"
+#include "records/capture_index.h"
+#include "records/patient_lookup.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
+#include "text/date_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
+
+#include <QComboBox>
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+struct HistoryGrids
+{
+    QPointer<fpSpread> pictures;
+    QPointer<fpSpread> visits;
+};
+
+HistoryGrids& RegisteredHistoryGrids()
+{
+    static HistoryGrids grids;
+    return grids;
+}
+} // namespace
+
+int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor)
+{
+    const QPointer<fpSpread> there(&grid);
+    const int fill = grid.BeginFill();
+    ClearPictureGrid(grid, gridNumber);
+
+    const QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
+    QStringList paths;
+    for (const int number : numbers)
+        paths.append(visit.PicturePath(number));
+    const QSize room = grid.CellPixels(PictureColumns(gridNumber).first(), 1);
+    const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
+
+    int result = 0;
+    int placed = 0;
+    for (int at = 0; at < numbers.size(); ++at) {
+        const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
+        if (!picture)
+            return result;
+        result = numbers[at];
+        if (!PictureExists(paths[at]))
+            continue;
+        const auto [row, column] = PlaceAfter(placed++, gridNumber);
+        PlacePicture(grid, row, column, *picture, result);
+        if (!keepCursor)
+            grid.SetActiveCell(1, row);
+    }
+    return result;
+}
+
+void LoadCaptureNote(const Visit& visit, NoteBox& box)
+{
+    box.BeginLoading(visit);
+    try {
+        box.SetLoadedNote(StoredNote(visit));
+    } catch (const PlatformError&) {
+        box.FailLoading();
+        throw;
+    }
+}
+
+void RegisterHistoryGrids(fpSpread* pictures, fpSpread* visits)
+{
+    RegisteredHistoryGrids() = {pictures, visits};
+}
+
+void LoadVisitHistory(const Visit& visit, const QString& kind)
+{
+    const auto& [pictures, visits] = RegisteredHistoryGrids();
+    if (!pictures || !visits)
+        return;
+    // Asked first: a database that doesn't answer leaves the screen as it was.
+    const QList<VisitLine> lines = StoredVisits(visit.chart, kind);
+    pictures->BeginFill();
+    ClearPictureGrid(*pictures, 2);
+    visits->ClearRange(1, 1, 2, visits->DataRowCnt(), false);
+    if (lines.size() > visits->MaxRows())
+        visits->setMaxRows(static_cast<int>(lines.size()));
+    for (int row = 1; row <= lines.size(); ++row)
+        WriteVisitLine(*visits, row, lines[row - 1]);
+}
+
+void WriteVisitLine(fpSpread& list, int row, const VisitLine& line)
+{
+    list.setRow(row);
+    int column = 0;
+    for (const QString& text : {line.ymd, line.etc, line.note}) {
+        list.setCol(++column);
+        list.setText(text);
+    }
+}
+
+void ShowPatientPanels(StatusPanels& bar)
+{
+    bar.setText(PanelChart, VisitContext.Chart);
+    bar.setText(PanelYuhyung, VisitContext.Yuhyung);
+    const QString verdict = LookupPatient(VisitContext.Chart, VisitContext.Yuhyung, PatientRecord, VisitContext.Ymd);
+    bar.setText(PanelSuname, PatientRecord.Suname);
+    bar.setRemark(PanelSuname, Trim(verdict.mid(2)));
+    bar.setText(PanelSex, SexText(PatientRecord.Jumin));
+    const QString years = AgeText(VisitContext.Ymd, PatientRecord.Jumin).left(3);
+    bar.setText(PanelAge, IsNumericText(years) ? WholeNumberText(years) + u"세"_s : QString());
+    bar.setText(PanelTel, PatientRecord.Tel);
+    bar.setText(PanelJumin, LayIntoMask(PatientRecord.Jumin, u"000000-0000000"));
+    bar.setText(PanelAddress, AddressText(PatientRecord));
+}
+
+void FillDayCombo(const QString& year, const QString& month, const QString& currentDay, QComboBox& list)
+{
+    const QString last = LastDayOfMonth(year, month);
+    if (!IsNumericText(last))
+        return;
+    const int days = WholeNumber(last);
+    list.clear();
+    for (int day = 1; day <= days; ++day)
+        list.addItem(LayIntoMask(QString::number(day), u"00"));
+    const int current = WholeNumber(currentDay);
+    list.setCurrentIndex(current >= 1 && current <= days ? current - 1 : 0);
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "contracts/ado.h"
+#include "contracts/ClientSetup.h"
+#include "visit/Visit.h"
+
+#include <QString>
+
+/// The one record of the current visit. Filled once from the launch string; afterwards only `Etc` and `ImageSaved`
+/// change.
+struct VisitContextRecord
+{
+    QString LaunchCode;      ///< Kept as launched.
+    QString LaunchFlag;      ///< Kept as launched.
+    QString Chart;           ///< Chart number, eight columns.
+    QString Yuhyung;         ///< Patient type code.
+    QString Jinchal;         ///< Examining doctor's code.
+    QString Ymd;             ///< Visit date, `yyyymmdd`.
+    QString Etc;             ///< Examination section.
+    QString CaptureDir;      ///< Year folder of the visit, with a backslash at its end.
+    QString ImageExt;        ///< "jpg" or "bmp", without a point.
+    bool ImageSaved = false; ///< The image editor has written its picture.
+    QString CaExtra;         ///< Last value of the `ca` row; always empty.
+};
+
+extern VisitContextRecord VisitContext;
+extern ClientSetupRecord ClientSetup;
+extern SaupRecords SaupTable;
+/// The one database connection of the process.
+extern ConnectionPointer Connection;
+
+/// The current visit in its present section.
+Visit CurrentVisit();
+/// Any visit, its files where the setup has them. Throws PlatformError for a date that leads out of the root.
+Visit VisitOf(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& etc);
