@@ -1,6 +1,6 @@
 #include "launch/Main.h"
 #include "contracts/desktop.h"
-#include "findings/register_popups.h"
+#include "findings/findings_popups.h"
 #include "frame/components.h"
 #include "frame/forms.h"
 #include "frame/guard.h"

@@ -2,7 +2,7 @@
 
 #include "capture/VisitNote.h"
 #include "contracts/fpSpread.h"
-#include "editor/open_picture_editor.h"
+#include "editor/frmImgEdit.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"

@@ -2,6 +2,8 @@
 
 #include "contracts/ImageList.h"
 #include "frame/components.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
 #include "frame/plain_text.h"
 
 #include <QMenu>
@@ -18,19 +20,19 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
         if (button.caption != buttons.first().caption)
             addSeparator();
         auto* tool = new QToolButton(this);
-        tool->setObjectName(button.caption);
-        tool->setAccessibleName(button.caption);
+        Named(tool, button.caption, button.caption);
         tool->setText(CaptionText(button.caption));
         tool->setIcon(pictures.Picture(button.imageKey));
         tool->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         tool->setFocusPolicy(Qt::NoFocus);
-        connect(tool, &QToolButton::clicked, this, [this, caption = button.caption] { Q_EMIT ButtonClick(caption); });
+        if (button.run)
+            connect(tool, &QToolButton::clicked, this, CommandSlot([run = button.run](bool) { run(); }));
         if (!button.entries.isEmpty()) {
             auto* menu = new QMenu(tool);
-            for (const QString& entry : button.entries) {
-                QAction* action = menu->addAction(CaptionText(entry));
-                action->setObjectName(entry);
-                connect(action, &QAction::triggered, this, [this, entry] { Q_EMIT ButtonMenuClick(entry); });
+            for (const Entry& entry : button.entries) {
+                QAction* action = menu->addAction(CaptionText(entry.caption));
+                action->setObjectName(entry.caption);
+                connect(action, &QAction::triggered, this, CommandSlot([run = entry.run](bool) { run(); }));
             }
             tool->setMenu(menu);
             tool->setPopupMode(QToolButton::MenuButtonPopup);

@@ -4,7 +4,7 @@
 #include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
-#include "cdexport/open_cd_writing.h"
+#include "cdexport/frmCapCDWrite.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -13,15 +13,16 @@
 #include "contracts/VideoCap.h"
 #include "findings/open_findings.h"
 #include "frame/components.h"
+#include "frame/controls.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "frame/twips.h"
 #include "records/capture_index.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
-#include "viewing/sheet_pictures.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
@@ -35,6 +36,7 @@ using namespace Qt::StringLiterals;
 
 frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
 {
+    BuildCommands();
     BuildControls();
     BuildPopupMenu();
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo);
@@ -101,12 +103,6 @@ void frmCapture::Form_Unload()
 
 void frmCapture::ConnectControls()
 {
-    connect(m_tbarCap, &CommandBar::ButtonClick, this,
-            CommandSlot([this](const QString& caption) { RunButton(caption); }));
-    connect(m_tbarCap, &CommandBar::ButtonMenuClick, this,
-            CommandSlot([this](const QString& entry) { RunMenuEntry(Trim(entry)); }));
-    connect(m_popup, &QMenu::triggered, this,
-            CommandSlot([this](const QAction* entry) { RunPopupEntry(entry->objectName()); }));
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
@@ -131,65 +127,56 @@ void frmCapture::ConnectControls()
     }
 }
 
-void frmCapture::RunButton(const QString& caption)
+void frmCapture::BuildCommands()
 {
-    if (caption == u"연결"_s)
-        Connect();
-    else if (caption == u"캡쳐"_s)
-        SetCaptureValues();
-    else if (caption == u"저장"_s)
-        m_stills->SaveVisitNote();
-    else if (caption == u"삭제"_s)
-        m_deletion->DeleteCurrentVisit();
-    else if (caption == u"출력"_s)
-        PrintGridCaptures(1);
-    else if (caption == u"파일"_s)
-        m_import->ImportPictureFile();
-    else if (caption == u"취소"_s) {
+    const CommandBar::Entry endConnection{u"연결끊기"_s, [this] { StopDevice(*m_capCapture); }};
+    const QList<CommandBar::Entry> saving{{u"CD저장"_s, [this] { OpenCdWriting(pos()); }},
+                                          {u"동영상저장시작"_s, [this] { m_movie->Begin(); }},
+                                          {u"동영상저장종료"_s, [this] { m_movie->End(); }}};
+    const QList<CommandBar::Entry> settings{
+        {u"장치설정"_s, [this] { ChooseDevice(*m_capCapture); }},
+        {u"기타설정1"_s, [this] { ShowDriverSettings(*m_capCapture, static_cast<int>(winId())); }},
+        {u"기타설정2"_s, [this] { m_capCapture->ShowDriverDialog2(static_cast<int>(winId())); }},
+        {u"프린터설정"_s, [] { UseService<Desktop>().ShowPrinterDialog(); }}};
+    const auto showAnew = [this] {
         Clear();
         ShowStored();
-    } else if (caption == u"종료"_s)
-        Unload();
+    };
+    const QList<CommandBar::Button> commands{
+        {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
+        {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(); }, {}},
+        {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
+        {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
+        {u"취소"_s, u"Clear"_s, showAnew, {}},
+        {u"출력"_s, u"Print"_s, [this] { PrintGridCaptures(1); }, {}},
+        {u"설정"_s, u"Tool"_s, {}, settings},
+        {u"파일"_s, u"Find"_s, [this] { m_import->ImportPictureFile(); }, {}},
+        {u"기타"_s, u"Happy"_s, {}, {{u"소견서입력"_s, [this] { OpenFindingsScreen(1); }}}},
+        {u"종료"_s, u"Exit"_s, [this] { Unload(); }, {}},
+    };
+    m_tbarCap = Named(new CommandBar(commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
 }
 
-void frmCapture::RunMenuEntry(const QString& entry)
+void frmCapture::BuildPopupMenu()
 {
-    if (entry == u"연결끊기"_s)
-        StopDevice(*m_capCapture);
-    else if (entry == u"CD저장"_s)
-        OpenCdWriting(pos());
-    else if (entry == u"동영상저장시작"_s)
-        m_movie->Begin();
-    else if (entry == u"동영상저장종료"_s)
-        m_movie->End();
-    else if (entry == u"장치설정"_s)
-        ChooseDevice(*m_capCapture);
-    else if (entry == u"기타설정1"_s)
-        ShowDriverSettings(*m_capCapture, static_cast<int>(winId()));
-    else if (entry == u"기타설정2"_s)
-        m_capCapture->ShowDriverDialog2(static_cast<int>(winId()));
-    else if (entry == u"프린터설정"_s)
-        UseService<Desktop>().ShowPrinterDialog();
-    else if (entry == u"소견서입력"_s)
-        OpenFindingsScreen(1);
+    m_popup = new QMenu(this);
+    m_popup->setObjectName(u"팝업메뉴"_s);
+    const auto add = [this](const QString& caption, const std::function<void()>& run) {
+        QAction* action = m_popup->addAction(caption);
+        action->setObjectName(caption);
+        connect(action, &QAction::triggered, this, CommandSlot([run](bool) { run(); }));
+    };
+    add(u"그림지우기"_s, [this] { m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow); });
+    add(u"전체지우기"_s, [this] { m_deletion->DeleteShownVisit(m_popupGrid); });
+    m_popup->addSeparator()->setObjectName(u"mnuSep"_s);
+    add(u"소견서입력"_s, [this] { OpenFindingsScreen(2); });
+    add(u"출력"_s, [this] { PrintGridCaptures(2); });
 }
 
 void frmCapture::OpenFindingsScreen(int gridNumber)
 {
     if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
         OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, *visit});
-}
-
-void frmCapture::RunPopupEntry(const QString& entry)
-{
-    if (entry == u"그림지우기"_s)
-        m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow);
-    else if (entry == u"전체지우기"_s)
-        m_deletion->DeleteShownVisit(m_popupGrid);
-    else if (entry == u"소견서입력"_s)
-        OpenFindingsScreen(2);
-    else if (entry == u"출력"_s)
-        PrintGridCaptures(2);
 }
 
 void frmCapture::PrintGridCaptures(int gridNumber)
@@ -257,5 +244,5 @@ void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y
         if (action->objectName() == u"소견서입력"_s)
             action->setEnabled(element == 2);
     }
-    m_popup->popup(sprCap(element).mapToGlobal(QPoint(x, y) / 15));
+    m_popup->popup(sprCap(element).mapToGlobal(QPoint(PixelsFromTwips(x), PixelsFromTwips(y))));
 }

@@ -55,17 +55,14 @@ protected:
 
 private:
     void BuildControls();
+    void BuildCommands();
     void BuildPopupMenu();
     void ConnectControls();
     void LoadSteps();
 
-    void RunButton(const QString& caption);
-    void RunMenuEntry(const QString& entry);
-    void RunPopupEntry(const QString& entry);
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
     void PrintGridCaptures(int gridNumber);
     void Connect();
-    void ShowDriverDialog(int dialog);
     void OpenFindingsScreen(int gridNumber);
 
     void OnGridDblClick(int element, int column, int row);

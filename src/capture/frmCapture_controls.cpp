@@ -1,4 +1,3 @@
-#include "capture/CommandBar.h"
 #include "capture/frmCapture.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
@@ -14,24 +13,10 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-const QList<CommandBar::Button> Commands = {
-    {u"연결"_s, u"Connect"_s, {u"연결끊기"_s}},
-    {u"캡쳐"_s, u"Movie"_s, {}},
-    {u"저장"_s, u"Save2"_s, {u"CD저장"_s, u"동영상저장시작"_s, u"동영상저장종료"_s}},
-    {u"삭제"_s, u"Delete"_s, {}},
-    {u"취소"_s, u"Clear"_s, {}},
-    {u"출력"_s, u"Print"_s, {}},
-    {u"설정"_s, u"Tool"_s, {u"장치설정"_s, u"기타설정1"_s, u"기타설정2"_s, u"프린터설정"_s}},
-    {u"파일"_s, u"Find"_s, {}},
-    {u"기타"_s, u"Happy"_s, {u"소견서입력"_s}},
-    {u"종료"_s, u"Exit"_s, {}},
-};
 
 QLabel* MakeLabel(QWidget* parent, const QString& name, const QString& text, const QRect& place)
 {
@@ -45,7 +30,6 @@ void frmCapture::BuildControls()
     setWindowTitle(u"캡쳐화면"_s);
     setFixedSize(PixelsFromTwips(15240), PixelsFromTwips(10500));
 
-    m_tbarCap = Named(new CommandBar(Commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
     m_sbarCap = Named(&PlaceControl<StatusPanels>(u"MSComctlLib.StatusBar"_s, this), u"sbarCap"_s, u"환자 정보"_s,
                       RectFromTwips(0, 405, 15240, 270));
     m_sbarCap->setPanelCount(8);
@@ -86,14 +70,4 @@ void frmCapture::BuildControls()
                         RectFromTwips(15, 240, 6750, 3195));
     m_sprCap[1] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(2)"_s, u"과거 캡쳐그림"_s,
                         RectFromTwips(15, 3450, 6750, 5040));
-}
-
-void frmCapture::BuildPopupMenu()
-{
-    m_popup = new QMenu(this);
-    m_popup->setObjectName(u"팝업메뉴"_s);
-    for (const QString& entry : {u"그림지우기"_s, u"전체지우기"_s, u"mnuSep"_s, u"소견서입력"_s, u"출력"_s}) {
-        QAction* action = entry == u"mnuSep"_s ? m_popup->addSeparator() : m_popup->addAction(entry);
-        action->setObjectName(entry);
-    }
 }

@@ -19,6 +19,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QFileInfo>
+#include <QPoint>
 #include <QPushButton>
 
 #include <algorithm>
@@ -45,25 +46,16 @@ void frmCapCDWrite::BuildControls()
     setWindowTitle(u"CD저장"_s);
     setFixedSize(PixelsFromTwips(9600), PixelsFromTwips(6600));
     const auto addLabel = [this](const QString& name, const QString& text, const QRect& place) {
-        auto* label = new PlainLabel(text, this);
-        label->setObjectName(name);
-        label->setGeometry(place);
-        return label;
+        return Named(new PlainLabel(text, this), name, text, place);
     };
     addLabel(u"lblDrive"_s, u"Dirve :"_s, RectFromTwips(120, 120, 1320, 330));
-    m_cmbCDList = new QComboBox(this);
-    m_cmbCDList->setObjectName(u"cmbCDList"_s);
-    m_cmbCDList->setAccessibleName(u"Dirve :"_s);
-    m_cmbCDList->setGeometry(RectFromTwips(1500, 120, 7980, 330));
+    m_cmbCDList = Named(new QComboBox(this), u"cmbCDList"_s, u"Dirve :"_s, RectFromTwips(1500, 120, 7980, 330));
     addLabel(u"lblStaging"_s, u"Staging Area :"_s, RectFromTwips(120, 510, 1320, 330));
     m_lblStagingArea = addLabel(u"lblStagingArea"_s, QString(), RectFromTwips(1500, 510, 7980, 330));
-    m_lblStagingArea->setTextFormat(Qt::PlainText);
     m_lblStagingArea->setAccessibleName(u"Staging Area :"_s);
 
-    m_sprCDDrive = &PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this);
-    m_sprCDDrive->setObjectName(u"sprCDDrive"_s);
-    m_sprCDDrive->setAccessibleName(u"CD에 저장할 파일"_s);
-    m_sprCDDrive->setGeometry(RectFromTwips(120, 930, 9360, 4950));
+    m_sprCDDrive = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCDDrive"_s,
+                         u"CD에 저장할 파일"_s, RectFromTwips(120, 930, 9360, 4950));
     LayOutFileList(*m_sprCDDrive);
     connect(m_sprCDDrive, &fpSpread::KeyDown, this, CommandSlot([this](int keyCode, int) {
                 if (keyCode == KeyCodeDelete)
@@ -82,11 +74,7 @@ void frmCapCDWrite::BuildControls()
 
 QPushButton* frmCapCDWrite::AddButton(const QString& name, const QString& caption, int left)
 {
-    auto* button = new QPushButton(caption, this);
-    button->setObjectName(name);
-    button->setAccessibleName(caption);
-    button->setGeometry(RectFromTwips(left, 6030, 1440, 420));
-    return button;
+    return Named(new QPushButton(caption, this), name, caption, RectFromTwips(left, 6030, 1440, 420));
 }
 
 void frmCapCDWrite::Form_Load()
@@ -214,4 +202,19 @@ void frmCapCDWrite::StartBurning()
     Desktop& desktop = UseService<Desktop>();
     while (burner->isburning() && !desktop.ProgramEnded())
         desktop.PumpEventsUntil([&burner] { return !burner->isburning(); }, BurnLookMs);
+}
+
+void OpenCdWriting(const QPoint& place)
+{
+    const QString name = QString::fromUtf16(frmCapCDWrite::FormName);
+    if (IsFormLoaded(name)) {
+        StationForm* screen = FindForm(name);
+        screen->showNormal();
+        screen->raise();
+        screen->activateWindow();
+        return;
+    }
+    frmCapCDWrite& screen = Form<frmCapCDWrite>();
+    screen.move(place);
+    screen.Show();
 }

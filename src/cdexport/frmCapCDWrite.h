@@ -6,6 +6,7 @@
 class fpSpread;
 class QComboBox;
 class QLabel;
+class QPoint;
 class QPushButton;
 
 /// "CD저장": the staging folder of the CD writer. What lies in that folder is the selection.
@@ -42,3 +43,7 @@ private:
     fpSpread* m_sprCDDrive = nullptr;
     QString m_stagingPath; ///< Ends in a separator.
 };
+
+/// Brings up the screen of the CD writer, at that place when it isn't open yet. Without a CD drive it tells so and
+/// stays away.
+void OpenCdWriting(const QPoint& place);

@@ -3,6 +3,7 @@
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
+#include "frame/controls.h"
 #include "frame/guard.h"
 #include "frame/plain_text.h"
 #include "frame/services.h"
@@ -53,18 +54,13 @@ void frmCapSet::BuildControls()
 {
     setWindowTitle(u"장치설정"_s);
     setFixedSize(PixelsFromTwips(6600), PixelsFromTwips(3600));
-    auto* heading = new PlainLabel(u"   장치설정..."_s, this);
-    heading->setObjectName(u"Label"_s);
-    heading->setGeometry(RectFromTwips(120, 120, 6360, 360));
+    Named(new PlainLabel(u"   장치설정..."_s, this), u"Label"_s, u"장치설정"_s, RectFromTwips(120, 120, 6360, 360));
 
     int top = 600;
     const auto addList = [this, &top](const QString& name, const QString& caption) {
         auto* label = new PlainLabel(caption, this);
         label->setGeometry(RectFromTwips(240, top, 1200, 360));
-        auto* list = new QComboBox(this);
-        list->setObjectName(name);
-        list->setAccessibleName(caption);
-        list->setGeometry(RectFromTwips(1500, top, 4860, 360));
+        auto* list = Named(new QComboBox(this), name, caption, RectFromTwips(1500, top, 4860, 360));
         top += 510;
         return list;
     };
@@ -74,11 +70,7 @@ void frmCapSet::BuildControls()
     m_cmbSources = addList(u"cmbSources"_s, u"캡쳐소스"_s);
 
     const auto addButton = [this](const QString& name, const QString& caption, int left) {
-        auto* button = new QPushButton(caption, this);
-        button->setObjectName(name);
-        button->setAccessibleName(caption);
-        button->setGeometry(RectFromTwips(left, 2880, 1350, 450));
-        return button;
+        return Named(new QPushButton(caption, this), name, caption, RectFromTwips(left, 2880, 1350, 450));
     };
     connect(addButton(u"cmdSet"_s, u"설정"_s, 3510), &QPushButton::clicked, this, CommandSlot([this](bool) {
                 TakePositions();

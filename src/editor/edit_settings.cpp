@@ -1,7 +1,7 @@
 #include "editor/edit_settings.h"
 
 #include "text/text_routines.h"
-#include "visit/settings_file.h"
+#include "visit/device_settings.h"
 
 #include <limits>
 

@@ -7,6 +7,7 @@
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
@@ -208,4 +209,15 @@ void frmImgEdit::Exit()
     SaveFontSettings(m_txtText->TextFont());
     SaveColorSetting(m_colour);
     Unload();
+}
+
+void OpenPictureEditor(const Visit& visit, fpSpread& grid, int column, int row)
+{
+    VisitContext.ImageSaved = false;
+    const QString path = PictureFileBehind(grid, column, row, visit);
+    if (path.isEmpty())
+        return;
+    frmImgEdit& editor = Form<frmImgEdit>();
+    editor.lblFilePath().setText(path);
+    editor.ShowModal();
 }

@@ -9,8 +9,10 @@
 
 #include <array>
 
+class fpSpread;
 class QToolButton;
 class TextEntryBox;
+struct Visit;
 
 /// Marks up one stored picture in place. The caller puts the picture's path into `lblFilePath` and shows the form
 /// modally; the file is read once it is shown.
@@ -97,3 +99,7 @@ private:
 
 /// The way in which a picture passes from one image control to another; the target shows it fitted.
 void CopyPicture(const ImagXpress& source, ImagXpress& target);
+
+/// Opens the editor on the picture of a cell, and returns when it is closed; `VisitContext.ImageSaved` then tells
+/// whether it has written the file. Nothing happens for a cell without a number under it, or without a file.
+void OpenPictureEditor(const Visit& visit, fpSpread& grid, int column, int row);

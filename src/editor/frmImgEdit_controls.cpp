@@ -52,7 +52,6 @@ void frmImgEdit::BuildControls()
     banner.setBold(true);
     lbl->setFont(banner);
     m_lblFilePath = Named(new PlainLabel(this), u"lblFilePath"_s, u"그림파일"_s, RectFromTwips(1500, 0, 9225, 330));
-    m_lblFilePath->setTextFormat(Qt::PlainText);
     m_lblFilePath->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     auto* fraTool = Named(new QFrame(this), u"fraTool"_s, u"편집 도구"_s, RectFromTwips(0, 345, 10815, 495));
@@ -66,9 +65,7 @@ void frmImgEdit::BuildControls()
         image->hide();
         m_imgImage[static_cast<size_t>(holder - 1)] = image;
     }
-    m_txtText = new TextEntryBox(m_imgMain);
-    m_txtText->setObjectName(u"txtText"_s);
-    m_txtText->setAccessibleName(u"글씨입력"_s);
+    m_txtText = Named(new TextEntryBox(m_imgMain), u"txtText"_s, u"글씨입력"_s);
 }
 
 void frmImgEdit::BuildTools(QWidget* strip)

@@ -1,6 +1,7 @@
 #include "editor/edit_settings.h"
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
+#include "frame/colours.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
@@ -24,17 +25,6 @@ QPointF PixelsFromTwips(float x, float y)
     return QPointF(x, y) / TwipsPerPixel;
 }
 
-/// The platform's colour number has red in its low byte.
-QColor ColourOf(int number)
-{
-    return {number & 0xFF, (number >> 8) & 0xFF, (number >> 16) & 0xFF};
-}
-
-int NumberOf(const QColor& colour)
-{
-    return colour.red() | colour.green() << 8 | colour.blue() << 16;
-}
-
 void Draw(DrawingTool tool, ImagXpress& target, QPointF from, QPointF to, int colour, Pen pen)
 {
     DrawFigure(tool, target, float(from.x()), float(from.y()), float(to.x()), float(to.y()), colour, pen);
@@ -43,7 +33,7 @@ void Draw(DrawingTool tool, ImagXpress& target, QPointF from, QPointF to, int co
 void GiveBackground(QToolButton& button, int colour)
 {
     // Dark letters, as the pictures on the buttons are.
-    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(ColourOf(colour).name()));
+    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(QColor(ColourOf(colour)).name()));
 }
 } // namespace
 
@@ -118,7 +108,7 @@ void frmImgEdit::OpenTextBox()
     const QPointF extent = (m_end - m_start) * m_imgMain->ViewScale();
     const QRect place(corner.toPoint(), QSize(qRound(qAbs(extent.x())), qRound(qAbs(extent.y()))));
     m_textOpen = true;
-    m_txtText->Open(place, m_imgMain->PointSize() * m_imgMain->ViewScale(), ColourOf(m_colour));
+    m_txtText->Open(place, m_imgMain->PointSize() * m_imgMain->ViewScale(), QColor(ColourOf(m_colour)));
 }
 
 void frmImgEdit::OnTextEntered()
@@ -169,13 +159,13 @@ void frmImgEdit::setColour(int colour)
 
 void frmImgEdit::ChooseColour()
 {
-    QColorDialog dialog(ColourOf(m_colour), this);
+    QColorDialog dialog(QColor(ColourOf(m_colour)), this);
     dialog.setObjectName(u"cdlgCap"_s);
     dialog.setWindowTitle(u"글자색 지정..."_s);
     dialog.setOption(QColorDialog::DontUseNativeDialog);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    setColour(NumberOf(dialog.currentColor()));
+    setColour(NumberOf((dialog.currentColor()).rgb()));
     SaveColorSetting(m_colour);
 }
 

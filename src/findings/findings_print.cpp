@@ -13,8 +13,8 @@ namespace {
 
 constexpr int FindingsLinesPerPage = 25;
 constexpr int RemarkLinesPerPage = 4;
-constexpr int PictureRows = 12;
-constexpr int PictureColumns = 20;
+constexpr int RoomRows = 12;
+constexpr int RoomColumns = 20;
 /// From here on printing takes long enough to want a way out.
 constexpr int PagesWithProgress = 5;
 
@@ -52,7 +52,7 @@ void PrintPictures(const PrintedPage& page, const std::array<ImagXpress*, 6>& pi
     for (size_t slot = 0; slot < pictures.size(); ++slot) {
         const int row = slot < 3 ? 51 : 64;
         const int column = 4 + static_cast<int>(slot % 3) * 22;
-        page.Picture({row, row + PictureRows, column, column + PictureColumns}, *pictures[slot]);
+        page.Picture({row, row + RoomRows, column, column + RoomColumns}, *pictures[slot]);
     }
 }
 
@@ -103,7 +103,7 @@ int PagesFor(const QStringList& lines, int perPage)
 
 QSize PrintedPictureSize()
 {
-    return PrintedPage::PrintedPixels({0, PictureRows, 0, PictureColumns});
+    return PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns});
 }
 
 void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& owner)

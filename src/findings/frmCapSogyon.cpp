@@ -52,10 +52,6 @@ frmCapSogyon::frmCapSogyon() : StationForm(QString::fromUtf16(FormName))
 
 void frmCapSogyon::ConnectControls()
 {
-    for (size_t index = 0; index < m_cmdSogyon.size(); ++index) {
-        connect(m_cmdSogyon[index], &QPushButton::clicked, this,
-                CommandSlot([this, index](bool) { RunButton(static_cast<int>(index)); }));
-    }
     connect(m_cmbJinchal, &QComboBox::activated, this, CommandSlot([this](int) { ChooseDoctor(); }));
     connect(m_udPYY, &UpDownArrows::UpClick, this, CommandSlot([this] { StepPrintYear(1); }));
     connect(m_udPYY, &UpDownArrows::DownClick, this, CommandSlot([this] { StepPrintYear(-1); }));

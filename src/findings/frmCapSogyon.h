@@ -57,7 +57,11 @@ private:
     void ShowDoctorChoice(const QString& entry);
     void ChooseDoctor();
 
-    void RunButton(int index);
+    /// Runs the command of a button, unless a list or a print is under way.
+    void Run(void (frmCapSogyon::*command)());
+    void SaveAndClear();
+    void DeleteAndClear();
+    void PrintAndClear();
     Saved SaveFindings();
     void DeleteFindings();
     void TakeInput();
@@ -90,7 +94,6 @@ private:
     UpDownArrows* m_udPYY = nullptr;
     std::array<ImagXpress*, 6> m_imgSogyon = {};
     std::array<QLabel*, 6> m_lblSogyon = {};
-    std::array<QPushButton*, 6> m_cmdSogyon = {};
     QPushButton* m_cmdSoFind = nullptr;
     QPushButton* m_cmdQry = nullptr;
     QString m_doctorChoice; ///< The entry of `cmbJinchal` that the other boxes belong to.

@@ -18,41 +18,32 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-enum Button : int { ButtonFind, ButtonSave, ButtonDelete, ButtonPrint, ButtonExit, ButtonCancel };
-
 const QString SaveQuestion = u"저장하시겠습니까?"_s;
 } // namespace
 
-void frmCapSogyon::RunButton(int index)
+void frmCapSogyon::Run(void (frmCapSogyon::*command)())
 {
     // A fill and a print serve events: nothing else may change the record meanwhile.
-    if (m_listing || m_printing)
-        return;
-    switch (index) {
-    case ButtonFind:
-        OpenFromList();
-        break;
-    case ButtonSave:
-        if (AskYesNo(SaveQuestion) && SaveFindings() != Saved::Cut)
-            SogyonClear();
-        break;
-    case ButtonDelete:
-        DeleteFindings();
+    if (!m_listing && !m_printing)
+        (this->*command)();
+}
+
+void frmCapSogyon::SaveAndClear()
+{
+    if (AskYesNo(SaveQuestion) && SaveFindings() != Saved::Cut)
         SogyonClear();
-        break;
-    case ButtonPrint:
-        if (PrintFindings() != Saved::Cut)
-            SogyonClear();
-        break;
-    case ButtonExit:
-        Close();
-        break;
-    case ButtonCancel:
+}
+
+void frmCapSogyon::DeleteAndClear()
+{
+    DeleteFindings();
+    SogyonClear();
+}
+
+void frmCapSogyon::PrintAndClear()
+{
+    if (PrintFindings() != Saved::Cut)
         SogyonClear();
-        break;
-    default:
-        break;
-    }
 }
 
 void frmCapSogyon::TakeInput()

@@ -5,6 +5,7 @@
 #include "findings/UpDownArrows.h"
 #include "frame/components.h"
 #include "frame/controls.h"
+#include "frame/guard.h"
 #include "frame/plain_text.h"
 #include "frame/twips.h"
 #include "screenparts/ValueCombo.h"
@@ -147,14 +148,18 @@ void frmCapSogyon::BuildButtons()
         const char16_t* caption;
         int left;
         int top;
+        void (frmCapSogyon::*run)();
     };
-    for (const Command& command :
-         {Command{0, u"조회", 8565, 1545}, Command{1, u"저장", 8565, 2160}, Command{3, u"출력", 8560, 2775},
-          Command{2, u"삭제", 8560, 3390}, Command{5, u"취소", 8560, 4005}, Command{4, u"종료", 8560, 4620}}) {
+    for (const Command& command : {Command{0, u"조회", 8565, 1545, &frmCapSogyon::OpenFromList},
+                                   {1, u"저장", 8565, 2160, &frmCapSogyon::SaveAndClear},
+                                   {3, u"출력", 8560, 2775, &frmCapSogyon::PrintAndClear},
+                                   {2, u"삭제", 8560, 3390, &frmCapSogyon::DeleteAndClear},
+                                   {5, u"취소", 8560, 4005, &frmCapSogyon::SogyonClear},
+                                   {4, u"종료", 8560, 4620, &frmCapSogyon::Close}}) {
         const QString caption = QString::fromUtf16(command.caption);
-        m_cmdSogyon[static_cast<size_t>(command.index)] =
-            Named(new QPushButton(caption, this), u"cmdSogyon(%1)"_s.arg(command.index), caption,
-                  RectFromTwips(command.left, command.top, 735, 615));
+        auto* button = Named(new QPushButton(caption, this), u"cmdSogyon(%1)"_s.arg(command.index), caption,
+                             RectFromTwips(command.left, command.top, 735, 615));
+        connect(button, &QPushButton::clicked, this, CommandSlot([this, run = command.run](bool) { Run(run); }));
     }
     const QIcon find = UseService<ImageList>().Picture(u"Find"_s);
     m_cmdSoFind =

@@ -73,15 +73,12 @@ void frmSoFind::BuildControls()
 {
     setWindowTitle(u"캡쳐소견서조회..."_s);
     setFixedSize(PixelsFromTwips(8100), PixelsFromTwips(4455));
-    auto* heading = new PlainLabel(u"캡쳐소견서 조회..."_s, this);
-    heading->setObjectName(u"lbl"_s);
-    heading->setGeometry(RectFromTwips(0, 0, 8175, 375));
+    auto* heading = Named(new PlainLabel(u"캡쳐소견서 조회..."_s, this), u"lbl"_s, u"캡쳐소견서 조회"_s,
+                          RectFromTwips(0, 0, 8175, 375));
     heading->setStyleSheet(u"color: #ffffff; background: #008080; padding-left: 8px;"_s);
 
-    m_sprSo = &PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this);
-    m_sprSo->setObjectName(u"sprSo"_s);
-    m_sprSo->setAccessibleName(u"캡쳐소견서 목록"_s);
-    m_sprSo->setGeometry(RectFromTwips(0, 360, 8100, 4095));
+    m_sprSo = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprSo"_s, u"캡쳐소견서 목록"_s,
+                    RectFromTwips(0, 360, 8100, 4095));
     // Headings without padding: the column of the type is just as wide as its two syllables.
     m_sprSo->setStyleSheet(u"QTableView, QHeaderView, QHeaderView::section { font-family: \"돋움체\"; font-size: 9pt; }"
                            "QHeaderView::section { font-size: 8pt; padding: 0px; }"_s);
@@ -93,10 +90,8 @@ void frmSoFind::BuildControls()
         const int key = static_cast<int>(at) + 1;
         headings << QString::fromUtf16(column.heading);
         m_sprSo->setColWidth(key, column.width);
-        auto* box = new QLineEdit(this);
-        box->setObjectName(u"txtSoFind(%1)"_s.arg(key));
-        box->setAccessibleName(headings.last() + u" 찾기"_s);
-        box->setGeometry(RectFromTwips(column.boxLeft, 360, column.boxWidth, 280));
+        auto* box = Named(new QLineEdit(this), u"txtSoFind(%1)"_s.arg(key), headings.last() + u" 찾기"_s,
+                          RectFromTwips(column.boxLeft, 360, column.boxWidth, 280));
         box->setMaxLength(column.longest);
         box->setStyleSheet(u"padding: 0px;"_s);
         box->setInputMethodHints(key == KeyName ? Qt::ImhNone : Qt::ImhPreferLatin);

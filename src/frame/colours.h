@@ -2,6 +2,16 @@
 
 #include <QRgb>
 
+/// The station's colour numbers are the platform's, red in the low byte: 255 is red, 65535 yellow.
+constexpr QRgb ColourOf(int number)
+{
+    return qRgb(number & 0xFF, (number >> 8) & 0xFF, (number >> 16) & 0xFF);
+}
+constexpr int NumberOf(QRgb colour)
+{
+    return qRed(colour) | qGreen(colour) << 8 | qBlue(colour) << 16;
+}
+
 /// Colours that more than one place must agree on.
 
 /// The station's one accent: focus, a chosen tool, the frame of a picture that was just filed. A cyan, since the

@@ -15,12 +15,18 @@ Control& PlaceControl(const QString& component, Parent* parent)
 }
 
 /// A control of a form under its name in the system, which is also how an outside driver finds it, and its caption or
-/// label, by which a screen reader does. `place` is in pixels.
+/// label, by which a screen reader does.
 template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
+Control* Named(Control* control, const QString& name, const QString& accessibleName)
 {
     control->setObjectName(name);
     control->setAccessibleName(accessibleName);
-    control->setGeometry(place);
     return control;
+}
+/// The same at a place of its own, in pixels.
+template <class Control>
+Control* Named(Control* control, const QString& name, const QString& accessibleName, const QRect& place)
+{
+    control->setGeometry(place);
+    return Named(control, name, accessibleName);
 }

@@ -5,7 +5,7 @@
 #include "contracts/pictures.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
-#include "editor/open_picture_editor.h"
+#include "editor/frmImgEdit.h"
 #include "frame/components.h"
 #include "frame/controls.h"
 #include "frame/guard.h"
@@ -16,7 +16,6 @@
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
-#include "viewing/sheet_pictures.h"
 #include "visit/VisitContext.h"
 
 #include <QMenu>
@@ -44,23 +43,13 @@ void CapShow::BuildControls()
 {
     setWindowTitle(u"캡쳐이미지 "_s);
     setFixedSize(PixelsFromTwips(12960), PixelsFromTwips(9750));
-    m_sbarCap = &PlaceControl<StatusPanels>(u"MSComctlLib.StatusBar"_s, this);
-    m_sbarCap->setObjectName(u"sbarCap"_s);
-    m_sbarCap->setAccessibleName(u"환자 정보"_s);
-    m_sbarCap->setGeometry(RectFromTwips(0, 0, 12960, 285));
+    m_sbarCap = Named(&PlaceControl<StatusPanels>(u"MSComctlLib.StatusBar"_s, this), u"sbarCap"_s, u"환자 정보"_s,
+                      RectFromTwips(0, 0, 12960, 285));
     m_sbarCap->setPanelCount(8);
-    m_lblYmd = new PlainLabel(this);
-    m_lblYmd->setObjectName(u"lblYmd"_s);
-    m_lblYmd->setAccessibleName(u"캡쳐일자"_s);
-    m_lblYmd->setGeometry(RectFromTwips(120, 300, 1500, 285));
-    m_lblEtc = new PlainLabel(this);
-    m_lblEtc->setObjectName(u"lblEtc"_s);
-    m_lblEtc->setAccessibleName(u"캡쳐종류"_s);
-    m_lblEtc->setGeometry(RectFromTwips(1680, 300, 6000, 285));
-    m_sprCap = &PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this);
-    m_sprCap->setObjectName(u"sprCap"_s);
-    m_sprCap->setAccessibleName(u"캡쳐그림"_s);
-    m_sprCap->setGeometry(RectFromTwips(0, 600, 12960, 9120));
+    m_lblYmd = Named(new PlainLabel(this), u"lblYmd"_s, u"캡쳐일자"_s, RectFromTwips(120, 300, 1500, 285));
+    m_lblEtc = Named(new PlainLabel(this), u"lblEtc"_s, u"캡쳐종류"_s, RectFromTwips(1680, 300, 6000, 285));
+    m_sprCap = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap"_s, u"캡쳐그림"_s,
+                     RectFromTwips(0, 600, 12960, 9120));
     m_picture1 = &PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this);
     m_picture1->setObjectName(u"Picture1"_s);
     m_picture1->hide();

@@ -1,15 +1,18 @@
 #include "viewing/CaptureSheet.h"
 
 #include "contracts/desktop.h"
+#include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/StatusPanels.h"
 #include "frame/components.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/picture_grid.h"
 #include "screenparts/PrintedPage.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
+#include "visit/Visit.h"
 #include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
@@ -19,8 +22,8 @@ namespace {
 constexpr int PicturesOnPage = 6;
 constexpr int FirstBandRow = 15;
 constexpr int BandRows = 21;
-constexpr int PictureRows = 20;
-constexpr int PictureColumns = 32;
+constexpr int RoomRows = 20;
+constexpr int RoomColumns = 32;
 constexpr int LeftColumn = 2;
 constexpr int RightColumn = 36;
 
@@ -44,7 +47,7 @@ void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBat
     for (int place = 0; place < paths.size(); ++place) {
         const int row = FirstBandRow + place / 2 * BandRows;
         const int column = place % 2 == 0 ? LeftColumn : RightColumn;
-        const PrintedPlace at = {row, row + PictureRows, column, column + PictureColumns};
+        const PrintedPlace at = {row, row + RoomRows, column, column + RoomColumns};
         carrier.setPicture(LoadPicture(QString()));
         carrier.setPicture(pictures.Take(place));
         if (carrier.Picture().isNull())
@@ -82,7 +85,7 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
     const auto pathsOf = [&sheet](int number) {
         return sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
     };
-    const QSize room = PrintedPage::PrintedPixels({0, PictureRows, 0, PictureColumns});
+    const QSize room = PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns});
     std::unique_ptr<PictureBatch> pictures = Pictures().LoadAllToPrint(pathsOf(1), room);
     for (int number = 1; number <= pages; ++number) {
         page.Head(HeadOf(sheet), number);
@@ -94,4 +97,18 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
         page.Rule(77);
         Printer().EndDoc();
     }
+}
+
+QStringList SheetPictures(fpSpread& grid, int gridNumber, const Visit& visit)
+{
+    QStringList paths;
+    const QStringList numbers = ChosenNumbers(grid, gridNumber);
+    for (const QString& number : numbers) {
+        if (!IsNumericText(number))
+            continue;
+        const QString path = visit.PicturePath(WholeNumber(number));
+        if (PictureExists(path))
+            paths.append(path);
+    }
+    return paths;
 }

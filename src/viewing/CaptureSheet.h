@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+class fpSpread;
 class ImagXpress;
 class StatusPanels;
 
@@ -33,3 +34,7 @@ void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const Visit& visit, const
 /// page. A picture that can't be read leaves a frame with its file's name. There is at least one picture. Throws
 /// PlatformError when the printer refuses.
 void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier);
+
+/// Paths of the pictures that a sheet takes from a grid, in the grid's order, as far as their files exist. Layout 1
+/// gives the pictures of columns 1 to 3, whatever is ticked; any other layout the ticked ones.
+QStringList SheetPictures(fpSpread& grid, int gridNumber, const Visit& visit);

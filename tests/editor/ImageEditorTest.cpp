@@ -8,7 +8,7 @@
 #include "support/EditorInABox.h"
 #include "support/PictureFiles.h"
 #include "text/text_routines.h"
-#include "visit/settings_file.h"
+#include "visit/device_settings.h"
 #include "visit/VisitContext.h"
 
 #include <QColorDialog>

@@ -2,11 +2,11 @@
 
 #include "contracts/fpSpread.h"
 #include "contracts/StatusPanels.h"
+#include "findings/findings_popups.h"
 #include "findings/findings_record.h"
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "findings/open_findings.h"
-#include "findings/register_popups.h"
 #include "frame/components.h"
 #include "screenparts/fill_routines.h"
 #include "support/StationInABox.h"

@@ -2,6 +2,9 @@
 
 #include "platform/desktop/look.h"
 
+#include <QApplication>
+#include <QWidget>
+
 using namespace Qt::StringLiterals;
 
 QStringList IconList::Keys() const
@@ -16,4 +19,10 @@ QIcon IconList::Picture(const QString& key) const
         return {};
     LoadLookResources();
     return QIcon(u":/station/pictures/%1.svg"_s.arg(key.toLower()));
+}
+
+void ThemeShell::skinchang(QWidget& form, int, ConnectionPointer&)
+{
+    ApplyLook(*qApp);
+    form.setAttribute(Qt::WA_StyledBackground);
 }

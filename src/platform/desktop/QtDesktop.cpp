@@ -5,7 +5,7 @@
 #include "frame/components.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/InstanceLock.h"
-#include "platform/desktop/program_folder.h"
+#include "platform/desktop/prepare_application.h"
 
 #include <QApplication>
 #include <QDir>

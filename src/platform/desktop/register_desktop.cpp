@@ -4,7 +4,6 @@
 #include "platform/desktop/IconList.h"
 #include "platform/desktop/PanelBar.h"
 #include "platform/desktop/QtDesktop.h"
-#include "platform/desktop/ThemeShell.h"
 
 using namespace Qt::StringLiterals;
 

@@ -16,13 +16,6 @@ namespace {
 constexpr int WidthPixels = 460;
 constexpr int BarSteps = 1000;
 
-template <class Control>
-Control* Named(Control* control, const QString& name, const QString& accessibleName)
-{
-    control->setObjectName(name);
-    control->setAccessibleName(accessibleName);
-    return control;
-}
 } // namespace
 
 BurnWindow::BurnWindow()

@@ -4,18 +4,18 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/controls.h"
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "platform/disc/staged_files.h"
 
 #include <QApplication>
 #include <QEventLoop>
-#include <QProgressBar>
+#include <QProgressDialog>
 #include <QPushButton>
 #include <QScopeGuard>
 #include <QThread>
 #include <QTimer>
-#include <QVBoxLayout>
 
 #include <atomic>
 
@@ -74,41 +74,30 @@ void CopyBeside(const QString& source, const QString& target, CopyState& state)
     }
 }
 
-/// Modal, but not a box with an answer: it goes when the copy is over.
-class CopyWindow : public QWidget
+/// Goes when the copy is over; a cancel ends the copy first.
+class CopyWindow : public QProgressDialog
 {
 public:
-    CopyWindow(const QString& name, CopyState& state) : QWidget(QApplication::activeWindow(), Qt::Dialog)
+    CopyWindow(const QString& name, CopyState& state) : QProgressDialog(QApplication::activeWindow())
     {
         setObjectName(u"copyWindow"_s);
         setWindowTitle(u"파일 복사"_s);
         setWindowModality(Qt::ApplicationModal);
-        setAttribute(Qt::WA_StyledBackground);
         setMinimumWidth(380);
-        auto* lines = new QVBoxLayout(this);
-        auto* label = new PlainLabel(name, this);
-        label->setTextFormat(Qt::PlainText);
-        m_bar.setRange(0, BarSteps);
-        m_bar.setAccessibleName(u"복사 진행"_s);
-        auto* cancel = new QPushButton(u"취소"_s, this);
-        cancel->setObjectName(u"cmdCancel"_s);
-        cancel->setAccessibleName(cancel->text());
-        lines->addWidget(label);
-        lines->addWidget(&m_bar);
-        lines->addWidget(cancel, 0, Qt::AlignRight);
-        connect(cancel, &QPushButton::clicked, this, [&state, cancel] {
-            state.stop = true;
-            cancel->setEnabled(false);
-        });
+        setMinimumDuration(0);
+        setAutoReset(false);
+        setLabel(new PlainLabel(name, this));
+        setRange(0, BarSteps);
+        setCancelButton(Named(new QPushButton(u"취소"_s, this), u"cmdCancel"_s, u"취소"_s));
+        connect(this, &QProgressDialog::canceled, this, [&state] { state.stop = true; });
         connect(&m_look, &QTimer::timeout, this, [this, &state] {
             if (state.total > 0)
-                m_bar.setValue(static_cast<int>(state.done * BarSteps / state.total));
+                setValue(static_cast<int>(state.done * BarSteps / state.total));
         });
         m_look.start(LookMs);
     }
 
 private:
-    QProgressBar m_bar;
     QTimer m_look;
 };
 

@@ -3,11 +3,13 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
-#include "platform/disc/xorriso_reasons.h"
 #include "platform/disc/XorrisoRun.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -101,4 +103,18 @@ void DiscTarget::Discard()
     if (!m_partial.isEmpty())
         DeleteFile(m_partial);
     m_partial.clear();
+}
+
+QList<DriveEntry> ListDiscDrives(const QString& image, const QString& devices)
+{
+    if (!image.isEmpty())
+        return {{DriveTypeCd, NativePath(image)}};
+    QStringList names = QDir(devices).entryList({u"sr[0-9]*"_s}, QDir::Files | QDir::System);
+    const auto number = [](const QString& name) { return name.mid(2).toInt(); };
+    std::sort(names.begin(), names.end(),
+              [&](const QString& one, const QString& other) { return number(one) < number(other); });
+    QList<DriveEntry> drives;
+    for (const QString& name : names)
+        drives.append({DriveTypeCd, devices + name});
+    return drives;
 }

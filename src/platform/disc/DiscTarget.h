@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contracts/cd.h"
+
 #include <QString>
 
 /// A medium as it was found in the drive.
@@ -38,3 +40,7 @@ private:
     bool m_isImage;
     QString m_partial;
 };
+
+/// The CD drives that can be written to: the image file when one is set, otherwise the drives of the machine, which
+/// stand in the folder of devices, in the order of their numbers.
+QList<DriveEntry> ListDiscDrives(const QString& image, const QString& devices);

@@ -7,7 +7,7 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "platform/disc/BurnWindow.h"
-#include "platform/disc/disc_drives.h"
+#include "platform/disc/DiscTarget.h"
 #include "platform/disc/XorrisoRun.h"
 
 #include <QCoreApplication>
@@ -18,6 +18,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString FilesRemain = u"\n\n저장할 파일은 그대로 있습니다."_s;
 constexpr int CheckLookMs = 500;
 constexpr int ReloadRetryMs = 3000;
 constexpr qsizetype NamesShown = 5;
@@ -71,7 +72,7 @@ DiscWriter::DiscWriter(QString devices) : m_devices(std::move(devices))
     connect(&m_reloadTimer, &QTimer::timeout, this, GuardedSlot([this] { Attempt([this] { Check(); }); }));
     if (qApp != nullptr)
         connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
-            if (m_burning)
+            if (IsBurning())
                 Guarded([this] { End(); });
             delete m_window;
         });
@@ -79,7 +80,7 @@ DiscWriter::DiscWriter(QString devices) : m_devices(std::move(devices))
 
 DiscWriter::~DiscWriter()
 {
-    if (m_burning)
+    if (IsBurning())
         Guarded([this] { End(); });
     // The registry outlives the application, which a window can't.
     if (qApp != nullptr)
@@ -93,7 +94,7 @@ QList<DriveEntry> DiscWriter::Drives() const
 
 bool DiscWriter::Equipped() const
 {
-    if (m_burning)
+    if (IsBurning())
         return true;
     const QList<DriveEntry> drives = Drives();
     if (drives.isEmpty() || XorrisoRun::Program().isEmpty())
@@ -112,10 +113,9 @@ QString DiscWriter::BurnArea() const
 
 void DiscWriter::StartBurn()
 {
-    if (m_burning)
+    if (IsBurning())
         return;
-    m_burning = true;
-    m_cancelled = false;
+    m_stage = Stage::Preparing;
     Attempt([this] { Prepare(); });
 }
 
@@ -157,8 +157,8 @@ void DiscWriter::Prepare()
         throw PlatformError(u"CD의 남은 공간이 부족합니다.!!\n필요한 공간 %1, 남은 공간 %2"_s.arg(
             Megabytes(needed), Megabytes(medium.freeBytes)));
     if (medium.holdsData && !AskYesNo(u"CD에 이미 기록된 내용이 있습니다. 모두 지우고 새로 쓰시겠습니까?"_s)) {
-        m_cancelled = true;
-        throw PlatformError(QString());
+        EndCancelled();
+        return;
     }
     Write(medium);
 }
@@ -181,27 +181,43 @@ void DiscWriter::Write(const DiscMedium& medium)
     commands << u"-find"_s << u"/"_s << u"-exec"_s << u"mkisofs_r"_s << u"--"_s << u"-commit"_s;
 
     Window().ShowStage(u"CD에 쓰는 중입니다..."_s, m_target.IsImage() || !medium.once);
-    Run(commands, &DiscWriter::EndWriting);
+    Run(Stage::Writing, commands);
     connect(m_run.get(), &XorrisoRun::Written, this,
             GuardedSlot([this](qint64 bytes, double share) { ShowBytes(bytes, share); }));
     connect(m_run.get(), &XorrisoRun::Closing, this,
             GuardedSlot([this] { Window().ShowProgress(-1, u"CD를 마무리하는 중입니다."_s); }));
 }
 
-void DiscWriter::Run(const QStringList& commands, void (DiscWriter::*ended)())
+void DiscWriter::Run(Stage stage, const QStringList& commands)
 {
     if (XorrisoRun::Program().isEmpty())
         throw PlatformError(u"CD를 쓰는 프로그램(xorriso)이 설치되어 있지 않습니다.!!"_s);
+    m_stage = stage;
     m_run = std::make_unique<XorrisoRun>(commands);
     m_stageTime.start();
-    connect(m_run.get(), &XorrisoRun::Ended, this, GuardedSlot([this, ended] {
-                Attempt([this, ended] {
-                    if (m_cancelled)
-                        throw PlatformError(QString());
-                    (this->*ended)();
-                });
-            }));
+    connect(m_run.get(), &XorrisoRun::Ended, this, GuardedSlot([this] { Attempt([this] { EndStage(); }); }));
     m_run->Start();
+}
+
+void DiscWriter::EndStage()
+{
+    switch (m_stage) {
+    case Stage::Writing:
+        EndWriting();
+        break;
+    case Stage::Reloading:
+        Check();
+        break;
+    case Stage::Checking:
+        EndChecking();
+        break;
+    case Stage::Cancelling:
+        EndCancelled();
+        break;
+    case Stage::Idle:
+    case Stage::Preparing:
+        break;
+    }
 }
 
 XorrisoRun& DiscWriter::TakeRun()
@@ -228,7 +244,7 @@ void DiscWriter::EndWriting()
 /// What a drive still has in its memory would be read back instead of the disc.
 void DiscWriter::Reload()
 {
-    Run({u"-outdev"_s, m_target.Address(), u"-eject"_s, u"all"_s}, &DiscWriter::Check);
+    Run(Stage::Reloading, {u"-outdev"_s, m_target.Address(), u"-eject"_s, u"all"_s});
 }
 
 void DiscWriter::Check()
@@ -236,9 +252,8 @@ void DiscWriter::Check()
     if (m_run != nullptr)
         TakeRun();
     Window().ShowStage(u"CD를 확인하는 중입니다..."_s, true);
-    Run({u"-indev"_s, m_target.Address(), u"-check_md5_r"_s, u"SORRY"_s, u"/"_s, u"--"_s, u"-find"_s, u"/"_s,
-         u"-type"_s, u"f"_s, u"-exec"_s, u"lsdl"_s, u"--"_s},
-        &DiscWriter::EndChecking);
+    Run(Stage::Checking, {u"-indev"_s, m_target.Address(), u"-check_md5_r"_s, u"SORRY"_s, u"/"_s, u"--"_s, u"-find"_s,
+                          u"/"_s, u"-type"_s, u"f"_s, u"-exec"_s, u"lsdl"_s, u"--"_s});
     m_checkTimer.start();
 }
 
@@ -270,14 +285,15 @@ void DiscWriter::EndChecking()
 
 void DiscWriter::Cancel()
 {
-    if (!m_burning)
+    if (!IsBurning())
         return;
-    m_cancelled = true;
     m_reloadTimer.stop();
-    if (m_run != nullptr)
-        m_run->Kill();
-    else
-        Fail(QString());
+    if (m_run == nullptr) {
+        EndCancelled();
+        return;
+    }
+    m_stage = Stage::Cancelling;
+    m_run->Kill();
 }
 
 void DiscWriter::Succeed()
@@ -292,15 +308,19 @@ void DiscWriter::Succeed()
 
 void DiscWriter::Fail(const QString& what)
 {
-    const bool cancelled = m_cancelled;
     End();
-    const QString head = cancelled ? u"CD저장을 취소하였습니다."_s : u"CD저장에 실패하였습니다.!!\n\n"_s + what;
-    Window().ShowEnd(head + u"\n\n저장할 파일은 그대로 있습니다."_s, false);
+    Window().ShowEnd(u"CD저장에 실패하였습니다.!!\n\n"_s + what + FilesRemain, false);
+}
+
+void DiscWriter::EndCancelled()
+{
+    End();
+    Window().ShowEnd(u"CD저장을 취소하였습니다."_s + FilesRemain, false);
 }
 
 void DiscWriter::End()
 {
-    m_burning = false;
+    m_stage = Stage::Idle;
     m_checkTimer.stop();
     m_reloadTimer.stop();
     if (m_run != nullptr)
@@ -310,7 +330,7 @@ void DiscWriter::End()
 
 void DiscWriter::EmptyStaging()
 {
-    if (m_burning)
+    if (IsBurning())
         return;
     DeleteStagedFiles(BurnArea(), m_staged);
     Window().ShowEnd(u"CD에 저장한 파일을 저장 폴더에서 비웠습니다."_s, false);

@@ -28,10 +28,12 @@ public:
 
     bool Equipped() const;
     QString BurnArea() const;
-    bool IsBurning() const { return m_burning; }
+    bool IsBurning() const { return m_stage != Stage::Idle; }
     void StartBurn();
 
 private:
+    enum class Stage { Idle, Preparing, Writing, Reloading, Checking, Cancelling };
+
     void Prepare();
     void Write(const DiscMedium& medium);
     void EndWriting();
@@ -39,8 +41,9 @@ private:
     void Check();
     void EndChecking();
 
-    /// Starts the program; `ended` follows under the eye of `Attempt`.
-    void Run(const QStringList& commands, void (DiscWriter::*ended)());
+    /// Starts the program for a stage; `EndStage` follows under the eye of `Attempt`.
+    void Run(Stage stage, const QStringList& commands);
+    void EndStage();
     /// Runs a step; a fault of it ends the burn.
     template <class Step>
     void Attempt(Step&& step);
@@ -50,6 +53,7 @@ private:
     void Cancel();
     void Succeed();
     void Fail(const QString& what);
+    void EndCancelled();
     void End();
     void EmptyStaging();
 
@@ -58,8 +62,7 @@ private:
 
     QString m_devices;
     QString m_image;
-    bool m_burning = false;
-    bool m_cancelled = false;
+    Stage m_stage = Stage::Idle;
     DiscTarget m_target{QString(), false};
     StagedFiles m_staged;
     qint64 m_stagedBytes = 0;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/gstreamer/devices/StreamChoice.h"
+#include "platform/gstreamer/devices/VideoMode.h"
 #include "platform/gstreamer/live/LiveSession.h"
 #include "platform/gstreamer/live/LiveView.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"

@@ -2,6 +2,7 @@
 
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "frame/colours.h"
 #include "frame/services.h"
 
 #include <QBuffer>
@@ -23,12 +24,10 @@ constexpr qreal PointsInHeight = 360;
 /// A point is no smaller than at 96 dots an inch, whatever the picture.
 constexpr qreal SmallestPoint = 96.0 / 72.0;
 
-/// The platform's colour number has red in its low byte.
-QRgb ColourOf(double number)
+/// Numbers reach the control as floating ones.
+QRgb ColourOfNumber(double number)
 {
-    const auto value = static_cast<quint32>(qBound(0.0, number, double(0xFFFFFF)));
-    return qRgb(static_cast<int>(value & 0xFF), static_cast<int>((value >> 8) & 0xFF),
-                static_cast<int>((value >> 16) & 0xFF));
+    return ColourOf(static_cast<int>(qBound(0.0, number, double(0xFFFFFF))));
 }
 
 QImage OnWhite(const QImage& picture)
@@ -187,7 +186,7 @@ void ImageControl::DrawText(float x, float y, const QString& text, double colour
     const QPointF baseline(x, static_cast<qreal>(y) + QFontMetricsF(font, &m_picture).ascent());
     QPainter painter(&m_picture);
     painter.setFont(font);
-    painter.setPen(QColor(ColourOf(colour)));
+    painter.setPen(QColor(ColourOfNumber(colour)));
     painter.drawText(baseline, text);
     painter.end();
     const QRectF box = QFontMetricsF(font, &m_picture).boundingRect(text).translated(baseline);
@@ -204,7 +203,7 @@ void ImageControl::Draw(const outline::Spans& spans, double colour)
     if (m_drawMode == DrawModeInvert)
         outline::Invert(m_picture, spans);
     else
-        outline::Paint(m_picture, spans, ColourOf(colour));
+        outline::Paint(m_picture, spans, ColourOfNumber(colour));
     // A shown pixel is mixed from its neighbours, too.
     const int margin = static_cast<int>(std::ceil(3 / m_view.Scale())) + 1;
     ShowPart(outline::Covered(spans, m_picture.size(), margin));

@@ -1,10 +1,9 @@
 #include "platform/imaging/jpeg_file.h"
 
-#include <QtEndian>
+#include "platform/imaging/jpeg_segments.h"
 
 #include <csetjmp>
 #include <cstdio>
-#include <cstring>
 #include <vector>
 
 #include <jerror.h>
@@ -136,29 +135,12 @@ private:
 
 void CountScans(const QByteArray& content, jpegfile::Layout& layout)
 {
-    const auto* bytes = reinterpret_cast<const uchar*>(content.constData());
-    const qsizetype size = content.size();
-    qsizetype at = 2;
-    while (at + 4 <= size) {
-        if (bytes[at] != 0xFF) {
-            const void* next = std::memchr(bytes + at, 0xFF, static_cast<size_t>(size - at));
-            if (next == nullptr)
-                break;
-            at = static_cast<const uchar*>(next) - bytes;
-            continue;
-        }
-        const uchar marker = bytes[at + 1];
-        const bool standsAlone = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
-        if (marker == 0xFF) {
-            ++at;
-        } else if (standsAlone) {
-            at += 2;
-        } else {
-            const qsizetype next = at + 2 + qFromBigEndian<quint16>(bytes + at + 2);
-            if (marker == 0xDA && ++layout.scans == 1)
-                layout.scanBytes = qMax<qsizetype>(0, size - next);
-            at = next;
-        }
+    const std::span file(reinterpret_cast<const std::uint8_t*>(content.constData()),
+                         static_cast<size_t>(content.size()));
+    for (auto segment = NextJpegSegment(file, FirstJpegSegment); segment;
+         segment = NextJpegSegment(file, segment->end)) {
+        if (segment->marker == JpegSegment::Scan && ++layout.scans == 1)
+            layout.scanBytes = qMax<qint64>(0, content.size() - static_cast<qint64>(segment->end));
     }
 }
 

@@ -1,7 +1,6 @@
 #include "platform/sql/TableKeeper.h"
 
 #include "contracts/PlatformError.h"
-#include "platform/sql/sql_script.h"
 #include "platform/sql/SqlConnection.h"
 
 #include <QFile>
@@ -18,4 +17,23 @@ void TableKeeper::tablecreate(ConnectionPointer& connection, const QString& tabl
         throw PlatformError(u"%1은(는) 만들 수 있는 테이블이 아닙니다.!!"_s.arg(table));
     for (const QString& statement : StatementsOfScript(QString::fromUtf8(definition.readAll())))
         database->Execute(statement);
+}
+
+QStringList StatementsOfScript(const QString& script)
+{
+    QStringList statements;
+    QString statement;
+    for (const QString& line : script.split(u'\n')) {
+        const QString text = line.trimmed();
+        if (text.isEmpty() || text.startsWith(u"--"_s))
+            continue;
+        statement += line + u'\n';
+        if (text.endsWith(u';')) {
+            statements.append(statement.trimmed().chopped(1));
+            statement.clear();
+        }
+    }
+    if (!statement.trimmed().isEmpty())
+        statements.append(statement.trimmed());
+    return statements;
 }

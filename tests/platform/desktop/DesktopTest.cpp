@@ -2,7 +2,7 @@
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "frame/services.h"
-#include "platform/desktop/program_folder.h"
+#include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 
 #include <QAbstractButton>

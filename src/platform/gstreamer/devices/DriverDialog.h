@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/gstreamer/devices/PictureControl.h"
-#include "platform/gstreamer/devices/StreamChoice.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
+#include "platform/gstreamer/devices/VideoMode.h"
 
 #include <QDialog>
 

@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/live/DisplayScaler.h"
+#include "platform/gstreamer/video_range.h"
 
 #include <array>
 #include <cstring>
@@ -30,21 +31,6 @@ GstStructure* Options(QRect place)
                              GST_VIDEO_CONVERTER_OPT_FILL_BORDER, G_TYPE_BOOLEAN, FALSE, nullptr);
 }
 
-/// From the limited range to the full one.
-void ExpandRange(QByteArray& planes, qsizetype lumaSize)
-{
-    static const auto tables = [] {
-        std::array<std::array<uchar, 256>, 2> made = {};
-        for (int value = 0; value < 256; ++value) {
-            made[0][size_t(value)] = uchar(qBound(0, ((value - 16) * 255 + 109) / 219, 255));
-            made[1][size_t(value)] = uchar(qBound(0, qRound((value - 128) * 255.0 / 224) + 128, 255));
-        }
-        return made;
-    }();
-    auto* bytes = reinterpret_cast<uchar*>(planes.data());
-    for (qsizetype at = 0; at < planes.size(); ++at)
-        bytes[at] = tables[at < lumaSize ? 0 : 1][bytes[at]];
-}
 } // namespace
 
 MovieFrameMaker::MovieFrameMaker(QSize size)
@@ -101,8 +87,11 @@ QByteArray MovieFrameMaker::Shrink(GstSample* sample)
         return {};
     gst_video_converter_frame(m_shrink.get(), frame.Frame(), small.Frame());
     gst_video_converter_frame(m_place.get(), small.Frame(), target.Frame());
-    if (m_isLimited)
-        ExpandRange(planes, lumaSize);
+    if (m_isLimited) {
+        auto* bytes = reinterpret_cast<std::uint8_t*>(planes.data());
+        videorange::ExpandLuma(bytes, bytes, lumaSize);
+        videorange::ExpandChroma(bytes + lumaSize, bytes + lumaSize, planes.size() - lumaSize);
+    }
     return planes;
 }
 

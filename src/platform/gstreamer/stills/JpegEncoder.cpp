@@ -1,6 +1,7 @@
 #include "platform/gstreamer/stills/JpegEncoder.h"
 
 #include "contracts/PlatformError.h"
+#include "platform/imaging/jpeg_segments.h"
 
 #include <QThread>
 
@@ -76,22 +77,20 @@ Encoded EncodeRows(const YuvPlanes& planes, int quality, int firstRow, int rows)
 
 std::optional<Layout> Read(const Encoded& file)
 {
-    const unsigned char* bytes = file.bytes.get();
+    const std::span<const std::uint8_t> bytes(file.bytes.get(), file.size);
     Layout layout;
-    for (unsigned long at = 2; at + 4 <= file.size && bytes[at] == 0xff;) {
-        const int marker = bytes[at + 1];
-        const unsigned long length = (static_cast<unsigned long>(bytes[at + 2]) << 8) | bytes[at + 3];
-        if (marker == 0xc0)
-            layout.heightAt = at + 5;
-        if (marker == 0xda) {
-            layout.scanHeader = at;
-            layout.scanData = at + 2 + length;
-            layout.scanEnd = file.size - 2;
-            if (layout.heightAt == 0 || layout.scanData > layout.scanEnd)
-                return std::nullopt;
-            return layout;
-        }
-        at += 2 + length;
+    for (auto segment = NextJpegSegment(bytes, FirstJpegSegment); segment;
+         segment = NextJpegSegment(bytes, segment->end)) {
+        if (segment->marker == JpegSegment::BaselineFrame)
+            layout.heightAt = segment->begin + 5;
+        if (segment->marker != JpegSegment::Scan)
+            continue;
+        layout.scanHeader = segment->begin;
+        layout.scanData = segment->end;
+        layout.scanEnd = file.size - 2;
+        if (layout.heightAt == 0 || layout.scanData > layout.scanEnd)
+            return std::nullopt;
+        return layout;
     }
     return std::nullopt;
 }

@@ -1,6 +1,7 @@
 #include "platform/gstreamer/stills/YuvPlanes.h"
 
 #include "contracts/PlatformError.h"
+#include "platform/gstreamer/video_range.h"
 
 #include <algorithm>
 
@@ -39,18 +40,6 @@ bool HasJpegMatrix(const GstVideoInfo& info)
             info.colorimetry.matrix == GST_VIDEO_COLOR_MATRIX_UNKNOWN || GST_VIDEO_INFO_IS_GRAY(&info));
 }
 
-// 255/219 and 255/224 as fractions of 2^14. Plain arithmetic instead of a table: the compiler makes it a vector loop.
-constexpr int LumaScale = 19077;
-constexpr int ChromaScale = 18651;
-
-void ExpandRow(const std::uint8_t* __restrict from, std::uint8_t* __restrict to, int count, int offset, int scale,
-               int base)
-{
-    for (int i = 0; i < count; ++i) {
-        const int value = (((int(from[i]) - offset) * scale + (1 << 13)) >> 14) + base;
-        to[i] = std::uint8_t(std::clamp(value, 0, 255));
-    }
-}
 } // namespace
 
 YuvPlanes::YuvPlanes(GstVideoFrame* frame) : m_width(frame->info.width), m_height(frame->info.height)
@@ -123,9 +112,9 @@ void YuvPlanes::ExpandRange()
         for (int y = 0; y < height; ++y, to += width) {
             const std::uint8_t* from = m_planes[plane] + std::ptrdiff_t(y) * m_strides[plane];
             if (plane == 0)
-                ExpandRow(from, to, width, 16, LumaScale, 0);
+                videorange::ExpandLuma(from, to, width);
             else
-                ExpandRow(from, to, width, 128, ChromaScale, 128);
+                videorange::ExpandChroma(from, to, width);
         }
         m_planes[plane] = first;
         m_strides[plane] = width;

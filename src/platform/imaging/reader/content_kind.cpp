@@ -1,5 +1,7 @@
 #include "platform/imaging/reader/content_kind.h"
 
+#include "platform/imaging/jpeg_segments.h"
+
 #include <algorithm>
 #include <cstring>
 #include <string_view>
@@ -32,19 +34,18 @@ std::uint32_t BigDoubleWord(Bytes content, size_t at)
 /// Where the frame header of a way of coding that the usual decoders leave out stands; 0 when there is none.
 size_t FrameOfJpeg(Bytes content)
 {
-    for (size_t at = 2; at + 9 <= content.size();) {
-        if (content[at] != 0xFF)
+    for (auto segment = NextJpegSegment(content, FirstJpegSegment); segment && segment->begin + 9 <= content.size();
+         segment = NextJpegSegment(content, segment->end)) {
+        switch (segment->marker) {
+        case JpegSegment::LosslessFrame:
+        case JpegSegment::JpegLsFrame:
+            return segment->begin;
+        case JpegSegment::Scan:
+        case JpegSegment::EndOfImage:
             return 0;
-        const std::uint8_t marker = content[at + 1];
-        if (marker == 0xFF) {
-            ++at;
-            continue;
+        default:
+            break;
         }
-        if (marker == 0xC3 || marker == 0xF7)
-            return at;
-        if (marker == 0xDA || marker == 0xD9)
-            return 0;
-        at += 2 + (size_t{content[at + 2]} << 8 | content[at + 3]);
     }
     return 0;
 }
@@ -54,7 +55,7 @@ ContentKind KindOfJpeg(Bytes content)
     const size_t frame = FrameOfJpeg(content);
     if (frame == 0)
         return ContentKind::None;
-    return content[frame + 1] == 0xC3 ? ContentKind::LosslessJpeg : ContentKind::JpegLs;
+    return content[frame + 1] == JpegSegment::LosslessFrame ? ContentKind::LosslessJpeg : ContentKind::JpegLs;
 }
 
 NamedSize SizeOfJpeg2000(Bytes content)

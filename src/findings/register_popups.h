@@ -1,4 +1,0 @@
-#pragma once
-
-/// Registers the findings screen's two popups.
-void RegisterFindingsPopups();
