@@ -1,5 +1,4 @@
 #include "precompiled_widgets.h"
 
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include <QtTest>
+#include <QtWidgets>

@@ -1,20 +1,5 @@
-#include "capture/frmCapture.h"
 #include "capture/NumberClaim.h"
-#include "contracts/fpSpread.h"
-#include "frame/guard.h"
-#include "frame/services.h"
-#include "screenparts/NoteBox.h"
-#include "screenparts/picture_grid.h"
-#include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QFile>
-#include <QLabel>
-#include <QMenu>
-#include <QRegularExpression>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
+#include "support/CaptureScreen.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,9 +8,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-const QString Stomach = u"위내시경"_s;
-const QString Colon = u"대장내시경"_s;
-const QString Day = u"20261124"_s;
 const QString Numbers = u"SELECT GROUP_CONCAT(cap_no) AS v FROM cap WHERE cap_ymd = '%1' AND cap_etc = '%2'"_s;
 } // namespace
 
@@ -42,17 +24,14 @@ private Q_SLOTS:
         m_box->AddPicture(Day, Colon, 1, u"대장"_s);
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"옛 소견"_s);
         m_box->AddPicture(u"20250301"_s, Colon, 2);
-        m_screen = &Form<frmCapture>();
-        m_screen->Show();
-        Guarded([this] { m_screen->ShowStored(); });
+        OpenScreen();
         MakeFolder(m_box->Root() + u"2025\\대장내시경Log"_s);
     }
     void cleanup() { m_box.reset(); }
 
     void NoMeansNo_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("question");
+        Columns<QString, QString>("command", "question");
         QTest::newRow("button") << u"삭제"_s << u"2026년 11월 24일, 위내시경 캡쳐자료를 삭제하시겠습니까?"_s;
         QTest::newRow("one") << u"그림지우기"_s << u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s;
         QTest::newRow("all") << u"전체지우기"_s << u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s;
@@ -77,10 +56,10 @@ private Q_SLOTS:
                  (QStringList{u"0000123420261124001.jpg"_s, u"0000123420261124003.jpg"_s}));
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124002.jpg"_s});
         QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,3"_s);
-        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), u"003"_s);
+        QCOMPARE(CellText(opened->sprCap(1), 2, 2), u"003"_s);
         FakeVideoCap::Last()->live = true;
         Run(u"캡쳐"_s);
-        QCOMPARE(CellText(m_screen->sprCap(1), 3, 2), u"004"_s);
+        QCOMPARE(CellText(opened->sprCap(1), 3, 2), u"004"_s);
     }
 
     void TheLastPictureTakesTheNoteWithIt()
@@ -94,8 +73,8 @@ private Q_SLOTS:
         OpenMenu(2, 2, 1);
         Run(u"그림지우기"_s);
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"0"_s);
-        QCOMPARE(m_screen->sprCap(2).DataRowCnt(), 0);
-        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 2);
+        QCOMPARE(opened->sprCap(2).DataRowCnt(), 0);
+        QCOMPARE(opened->sprCap(1).DataRowCnt(), 2);
         QCOMPARE(m_box->Names(u"2025"_s, u"대장내시경Log"_s).size(), 2);
     }
 
@@ -110,7 +89,7 @@ private Q_SLOTS:
         FakeVideoCap::Last()->live = true;
         Run(u"캡쳐"_s);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_etc = '위내시경'"_s), u"소견"_s);
-        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), u"소견"_s);
+        QCOMPARE(opened->txtCapChamgo().toPlainText(), u"소견"_s);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"옛 소견"_s);
     }
 
@@ -123,8 +102,8 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca WHERE ca_ymd = '20261124'"_s), u"1"_s);
         QCOMPARE(m_box->Value(Numbers.arg(Day, Colon)), u"1"_s);
         QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
-        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 0);
-        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), QString());
+        QCOMPARE(opened->sprCap(1).DataRowCnt(), 0);
+        QCOMPARE(opened->txtCapChamgo().toPlainText(), QString());
     }
 
     void AllOfAHistoryLineLeavesTodaysMark()
@@ -136,28 +115,14 @@ private Q_SLOTS:
         Run(u"전체지우기"_s);
         QCOMPARE(m_box->Names(u"2025"_s, Colon), QStringList());
         QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"1"_s);
-        QCOMPARE(m_screen->sprCap(1).DataRowCnt(), 2);
-        QCOMPARE(m_screen->findChild<QLabel*>(u"lblHisYmd"_s)->text(), u"2025-03-01"_s);
-        QCOMPARE(m_screen->txtCapChamgo().toPlainText(), u"소견"_s);
-    }
-
-    void APictureThatCannotBeMovedStaysWithItsRow()
-    {
-        m_box->Desk().answers = {true};
-        ShowLine(u"20250301"_s);
-        m_box->FaultyFiles().FailAt(1);
-        OpenMenu(2, 2, 1);
-        Run(u"그림지우기"_s);
-        QCOMPARE(m_box->Desk().shown.size(), 2);
-        QCOMPARE(m_box->Names(u"2025"_s, Colon).size(), 2);
-        QCOMPARE(m_box->Value(Numbers.arg(u"20250301"_s, Colon)), u"1,2"_s);
+        QCOMPARE(opened->sprCap(1).DataRowCnt(), 2);
+        QCOMPARE(opened->findChild<QLabel*>(u"lblHisYmd"_s)->text(), u"2025-03-01"_s);
+        QCOMPARE(opened->txtCapChamgo().toPlainText(), u"소견"_s);
     }
 
     void AFullLogFolderKeepsFilesWithTheirRows_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("failing");
-        QTest::addColumn<int>("moved");
+        Columns<QString, int, int>("command", "failing", "moved");
         QTest::newRow("one picture") << u"그림지우기"_s << 1 << 0;
         QTest::newRow("the visit, at its first picture") << u"삭제"_s << 1 << 0;
         QTest::newRow("the visit, in the middle") << u"삭제"_s << 3 << 2;
@@ -166,9 +131,7 @@ private Q_SLOTS:
 
     void AFullLogFolderKeepsFilesWithTheirRows()
     {
-        QFETCH(QString, command);
-        QFETCH(int, failing);
-        QFETCH(int, moved);
+        QFETCH3(QString, command, int, failing, int, moved);
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "orphan");
         m_box->Desk().answers = {true};
         OpenMenu(1, 2, 1);
@@ -182,18 +145,58 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().ended, command == u"종료"_s);
     }
 
+    void AFaultOfTheDiskKeepsThePictureWithItsRow_data()
+    {
+        Columns<int, QString>("fault", "said");
+        QTest::newRow("it can't be read") << int(FailingFiles::Reads) << u"디스크가 가득 찼습니다.!!"_s;
+        QTest::newRow("it can't be deleted") << int(FailingFiles::Deletes) << u"디스크가 가득 찼습니다.!!"_s;
+        QTest::newRow("its copy is another") << -1 << u"그림파일을 옮기지 못했습니다.!!"_s;
+    }
+
+    void AFaultOfTheDiskKeepsThePictureWithItsRow()
+    {
+        QFETCH2(int, fault, QString, said);
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 2, 1);
+        m_box->FaultyFiles().spoilsWrites = fault < 0;
+        if (fault >= 0)
+            m_box->FaultyFiles().FailAt(1, true, FailingFiles::Kind(fault));
+        Run(u"그림지우기"_s);
+        QVERIFY2(m_box->Desk().shown.last().startsWith(said), qPrintable(m_box->Desk().shown.last()));
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
+    }
+
+    void TheServerTakesTheSameStatements()
+    {
+        m_box.reset();
+        m_box = std::make_unique<StationInABox>(u"QMARIADB"_s);
+        for (const int number : {1, 2, 3})
+            m_box->AddPicture(Day, Stomach, number, u"소견"_s);
+        OpenScreen().txtCapChamgo().setPlainText(u"it's \\ 용종"_s);
+        opened->txtCapChamgo().document()->setModified(true);
+        Press(u"저장"_s);
+        QCOMPARE(m_box->Value(u"SELECT CONCAT(endo_check, ca_chamgo) AS v FROM endo, ca"_s), u"1it s / 용종"_s);
+        m_box->Desk().answers = {true, true};
+        ChooseOver(1, 2, 1, u"그림지우기"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,3"_s);
+        Press(u"삭제"_s);
+        QCOMPARE(m_box->Value(u"SELECT CONCAT(COUNT(*), endo_check) AS v FROM cap RIGHT JOIN endo ON 1 = 0"_s),
+                 u"10"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM ca"_s), u"0"_s);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
+    }
+
     void AnotherStationDeletesTheSame_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<QString>("left");
+        Columns<QString, QString>("command", "left");
         QTest::newRow("one picture") << u"그림지우기"_s << u"1,3"_s;
         QTest::newRow("the visit") << u"삭제"_s << QString();
     }
 
     void AnotherStationDeletesTheSame()
     {
-        QFETCH(QString, command);
-        QFETCH(QString, left);
+        QFETCH2(QString, command, QString, left);
         m_box->Desk().answers = {true};
         OpenMenu(1, 2, 1);
         m_box->Desk().whileShown = [this] {
@@ -203,22 +206,7 @@ private Q_SLOTS:
         Run(command);
         QCOMPARE(m_box->Desk().shown.size(), 1);
         QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), left);
-        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), left.isEmpty() ? QString() : u"003"_s);
-    }
-
-    void LargeNumbersGoLikeSmallOnes()
-    {
-        for (const int number : {75, 76, 999, 1000})
-            m_box->AddPicture(Day, Stomach, number);
-        Guarded([this] { m_screen->ShowStored(); });
-        m_box->Desk().answers = {true, true};
-        OpenMenu(1, 2, 3);
-        Run(u"그림지우기"_s);
-        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3,75,76,999"_s);
-        Run(u"삭제"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
-        QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s).filter(u"20261124999.jpg"_s).size(), 1);
-        QVERIFY(m_box->Names(u"2026"_s, u"위내시경Log"_s).contains(u"00001234202611241000.jpg"_s));
+        QCOMPARE(CellText(opened->sprCap(1), 2, 2), left.isEmpty() ? QString() : u"003"_s);
     }
 
     void TheCellMayHaveChangedBehindTheQuestion()
@@ -227,9 +215,9 @@ private Q_SLOTS:
         OpenMenu(1, 1, 1);
         m_box->Desk().whileShown = [this] {
             m_box->Desk().whileShown = {};
-            m_screen->sprCap(1).setRow(2);
-            m_screen->sprCap(1).setCol(1);
-            m_screen->sprCap(1).setText(u"002"_s);
+            opened->sprCap(1).setRow(2);
+            opened->sprCap(1).setCol(1);
+            opened->sprCap(1).setText(u"002"_s);
         };
         Run(u"그림지우기"_s);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
@@ -244,7 +232,7 @@ private Q_SLOTS:
         const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
         const QString path = m_box->PicturePath(Day, Stomach, 6).chopped(4);
         QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(NativePath(path)), longAgo, 0), 0);
-        m_screen->Unload();
+        opened->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList{u"0000123420261124005.jpg"_s});
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
     }
@@ -253,7 +241,7 @@ private Q_SLOTS:
     {
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "of another station");
         QTimer::singleShot(300, this, [this] { m_box->AddPicture(Day, Stomach, 4); });
-        m_screen->Unload();
+        opened->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList());
     }
 
@@ -274,8 +262,8 @@ private Q_SLOTS:
         unlink(path.constData());
         const QByteArray target = QFile::encodeName(NativePath(secret));
         QCOMPARE(pipe ? mkfifo(path.constData(), 0666) : symlink(target.constData(), path.constData()), 0);
-        Guarded([this] { m_screen->ShowStored(); });
-        QCOMPARE(CellText(m_screen->sprCap(1), 2, 2), u"003"_s);
+        Guarded([this] { opened->ShowStored(); });
+        QCOMPARE(CellText(opened->sprCap(1), 2, 2), u"003"_s);
         m_box->Desk().answers = {true};
         Run(u"삭제"_s);
         QVERIFY2(m_box->Desk().shown.last().contains(u"0000123420261124002.jpg"_s),
@@ -283,7 +271,7 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
         m_box->Run(u"DELETE FROM cap WHERE cap_no = 2 AND cap_etc = '위내시경';"_s);
         QTest::ignoreMessage(QtWarningMsg, QRegularExpression(u"0000123420261124002\\.jpg"_s));
-        m_screen->Unload();
+        opened->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, u"위내시경Log"_s), QStringList());
         QCOMPARE(Files().KindOf(m_box->PicturePath(Day, Stomach, 2)), FileKind::Other);
     }
@@ -292,38 +280,27 @@ private Q_SLOTS:
     {
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), "orphan");
         m_box->Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
-        m_screen->Unload();
+        opened->Unload();
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 4);
         QVERIFY(m_box->Desk().ended);
     }
 
 private:
-    void ShowLine(const QString& ymd)
+    /// By a button of the toolbar, or else over the picture that the menu was opened on.
+    static void Run(const QString& command)
     {
-        fpSpread& visits = m_screen->sprCap(3);
-        for (int row = 1; row <= visits.DataRowCnt(); ++row) {
-            if (CellText(visits, 1, row) == ymd)
-                Q_EMIT visits.DblClick(1, row);
-        }
-    }
-
-    void OpenMenu(int element, int column, int row)
-    {
-        Q_EMIT m_screen->sprCap(element).RightClick(0, column, row, 150, 150);
-    }
-
-    void Run(const QString& command)
-    {
-        auto* menu = m_screen->findChild<QMenu*>(u"팝업메뉴"_s);
-        if (auto* entry = menu->findChild<QAction*>(command))
-            entry->trigger();
+        if (auto* button = opened->findChild<QToolButton*>(command))
+            button->click();
         else
-            m_screen->findChild<QToolButton*>(command)->click();
-        menu->hide();
+            Choose(command, u"팝업메뉴"_s);
+        opened->findChild<QMenu*>(u"팝업메뉴"_s)->hide();
+    }
+    static void OpenMenu(int element, int column, int row)
+    {
+        Q_EMIT opened->sprCap(element).RightClick(0, column, row, 150, 150);
     }
 
     std::unique_ptr<StationInABox> m_box;
-    frmCapture* m_screen = nullptr;
 };
 
 QTEST_MAIN(CaptureDeletionTest)

@@ -1,33 +1,10 @@
-#include "capture/frmCapture.h"
-#include "contracts/fpSpread.h"
+#include "support/CaptureScreen.h"
 #include "contracts/StatusPanels.h"
-#include "frame/guard.h"
-#include "frame/services.h"
-#include "screenparts/NoteBox.h"
-#include "screenparts/picture_grid.h"
-#include "support/StationInABox.h"
 #include "visit/device_settings.h"
-#include "visit/VisitContext.h"
-
-#include <QAbstractItemView>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMenu>
-#include <QSignalSpy>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-const QString Stomach = u"위내시경"_s;
-const QString Colon = u"대장내시경"_s;
-const QString Day = u"20261124"_s;
-
-} // namespace
+/// The screen as the operator reaches it: through the menu of the capture screen.
 
 class CaptureScreenTest : public QObject
 {
@@ -42,7 +19,7 @@ private Q_SLOTS:
         m_box->AddPicture(Day, Stomach, 1, u"염증"_s);
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
         m_box->Run(u"DROP TABLE endo;"_s);
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         QVERIFY(screen.isVisible());
         QCOMPARE(screen.size(), QSize(1016, 700));
         QCOMPARE(screen.sbarCap().Text(3), u"홍길동"_s);
@@ -57,8 +34,7 @@ private Q_SLOTS:
 
     void SectionsOfTheClient_data()
     {
-        QTest::addColumn<QString>("list");
-        QTest::addColumn<QStringList>("entries");
+        Columns<QString, QStringList>("list", "entries");
         QTest::newRow("empty pieces are no sections") << u",위내시경,,대장내시경,"_s << QStringList{Stomach, Colon};
         QTest::newRow("one alone hides the list") << u"위내시경"_s << QStringList{Stomach};
         QTest::newRow("none") << u" , "_s << QStringList{};
@@ -67,10 +43,9 @@ private Q_SLOTS:
 
     void SectionsOfTheClient()
     {
-        QFETCH(QString, list);
-        QFETCH(QStringList, entries);
+        QFETCH2(QString, list, QStringList, entries);
         ClientSetup.EtcList = list;
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         QCOMPARE(screen.IsUnloaded(), entries.isEmpty());
         QCOMPARE(m_box->Desk().ended, entries.isEmpty());
         if (entries.isEmpty()) {
@@ -84,22 +59,9 @@ private Q_SLOTS:
         QCOMPARE(screen.cmbEtc().isVisible(), entries.size() > 1);
     }
 
-    void ASectionOutsideTheListWorksAllTheSame()
-    {
-        VisitContext.Etc = u"기관지경"_s;
-        frmCapture& screen = Open();
-        QCOMPARE(screen.cmbEtc().currentText(), u"기관지경"_s);
-        Press(u"연결"_s);
-        Press(u"캡쳐"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, u"기관지경"_s), QStringList{u"0000123420261124001.jpg"_s});
-        m_box->Desk().answers = {true};
-        Press(u"삭제"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, u"기관지경Log"_s), QStringList{u"0000123420261124001.jpg"_s});
-    }
-
     void ConnectWithoutADeviceEndsTheProgram()
     {
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         FakeVideoCap::Last()->devices.clear();
         Press(u"연결"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐 장치를 찾을수 없습니다.!!"_s});
@@ -110,7 +72,7 @@ private Q_SLOTS:
     void TheDeviceTakesTheStoredSettings()
     {
         DeviceSettings = {};
-        Open();
+        OpenScreen();
         DeviceSettings = {1, 2, 3, 4};
         FakeVideoCap& video = *FakeVideoCap::Last();
         Press(u"연결"_s);
@@ -126,31 +88,9 @@ private Q_SLOTS:
         QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
-    void TheStartFollowsADialogThatFails_data()
-    {
-        QTest::addColumn<bool>("hasDevice");
-        QTest::addColumn<QString>("said");
-        QTest::newRow("no device") << false << u"캡쳐 장치를 찾을수 없습니다.!!"_s;
-        QTest::newRow("the dialog alone fails") << true << u"장치를 열 수 없습니다.!!"_s;
-    }
-
-    void TheStartFollowsADialogThatFails()
-    {
-        QFETCH(bool, hasDevice);
-        QFETCH(QString, said);
-        Open();
-        FakeVideoCap& video = *FakeVideoCap::Last();
-        if (!hasDevice)
-            video.devices.clear();
-        video.dialogFault = u"장치를 열 수 없습니다.!!"_s;
-        Choose(u"기타설정1"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{said});
-        QCOMPARE(video.live, hasDevice);
-    }
-
     void FiftyStillsAndNoMore()
     {
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         Press(u"연결"_s);
         for (int press = 1; press <= 51; ++press)
             Press(u"캡쳐"_s);
@@ -170,23 +110,9 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
     }
 
-    void NumbersGoOnAfterTheHighest()
-    {
-        for (const int number : {1, 2, 60})
-            m_box->AddPicture(Day, Stomach, number);
-        WriteWholeFile(m_box->PicturePath(Day, Stomach, 61), "an orphan that must not be overwritten");
-        frmCapture& screen = Open();
-        Press(u"연결"_s);
-        Press(u"캡쳐"_s);
-        QCOMPARE(CellText(screen.sprCap(1), 4, 2), u"062"_s);
-        QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, 61)).left(9), QByteArray("an orphan"));
-    }
-
     void WithoutAPictureNothingIsFiled_data()
     {
-        QTest::addColumn<bool>("connected");
-        QTest::addColumn<int>("failingStep");
-        QTest::addColumn<QString>("message");
+        Columns<bool, int, QString>("connected", "failingStep", "message");
         QTest::newRow("idle") << false << 0 << u"캡쳐할 영상이 없습니다.!!"_s;
         QTest::newRow("the claim can't be made") << true << 1 << u"디스크가 가득 찼습니다.!!"_s;
         QTest::newRow("the file can't be written") << true << 2 << u"디스크가 가득 찼습니다.!!"_s;
@@ -194,10 +120,8 @@ private Q_SLOTS:
 
     void WithoutAPictureNothingIsFiled()
     {
-        QFETCH(bool, connected);
-        QFETCH(int, failingStep);
-        QFETCH(QString, message);
-        frmCapture& screen = Open();
+        QFETCH3(bool, connected, int, failingStep, QString, message);
+        frmCapture& screen = OpenScreen();
         if (connected)
             Press(u"연결"_s);
         m_box->FaultyFiles().FailAt(failingStep);
@@ -215,7 +139,7 @@ private Q_SLOTS:
 
     void RowsThatFailWaitWithTheirFile()
     {
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         Press(u"연결"_s);
         screen.txtCapChamgo().setPlainText(u"용종"_s);
         screen.txtCapChamgo().document()->setModified(true);
@@ -235,30 +159,11 @@ private Q_SLOTS:
         QCOMPARE(CellText(screen.sprCap(1), 3, 2), u"003"_s);
     }
 
-    void RowsThatFailUntilTheEndAreWrittenAtTheNextStart()
-    {
-        {
-            Open();
-            Press(u"연결"_s);
-            m_box->Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
-            Press(u"캡쳐"_s);
-            Press(u"종료"_s);
-            QVERIFY(m_box->Desk().shown.last().contains(u"다음 실행시"_s));
-            QVERIFY(m_box->Desk().ended);
-        }
-        m_box->Run(u"ALTER TABLE cap_gone RENAME TO cap;"_s);
-        frmCapture& screen = Open();
-        Press(u"저장"_s);
-        QCOMPARE(m_box->Value(u"SELECT cap_no AS v FROM cap"_s), u"1"_s);
-        QCOMPARE(CellText(screen.sprCap(1), 1, 2), u"001"_s);
-        QCOMPARE(m_box->Value(u"SELECT ca_etc AS v FROM ca"_s), Stomach);
-    }
-
     void AStillDuringAFillKeepsItsFrameAndItsSection()
     {
         for (int number = 1; number <= 15; ++number)
             m_box->AddPicture(Day, Colon, number, u"대장 소견"_s);
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         Press(u"연결"_s);
         int pressed = 0;
         QTimer::singleShot(0, this, [&] {
@@ -276,63 +181,11 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"대장 소견"_s);
     }
 
-    void ClosingDuringAFillFilesWhatWasPressed()
-    {
-        for (int number = 1; number <= 30; ++number)
-            m_box->AddPicture(Day, Colon, number);
-        frmCapture& screen = Open();
-        Press(u"연결"_s);
-        QTimer::singleShot(0, this, [&] {
-            Press(u"캡쳐"_s);
-            screen.close();
-        });
-        ChooseSection(Colon);
-        QVERIFY(m_box->Desk().ended);
-        QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 31);
-        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"31"_s);
-        QVERIFY(m_box->Desk().shown.isEmpty());
-    }
-
-    void SectionsHavePicturesAndNotesOfTheirOwn()
-    {
-        m_box->AddPicture(Day, Colon, 1, u"대장 소견"_s);
-        frmCapture& screen = Open();
-        Press(u"연결"_s);
-        Press(u"캡쳐"_s);
-        ChooseSection(Colon);
-        QCOMPARE(VisitContext.Etc, Colon);
-        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"대장 소견"_s);
-        Press(u"캡쳐"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList{u"0000123420261124001.jpg"_s});
-        QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 2);
-    }
-
-    void TheListOfSectionsGoesByTheSectionItShows()
-    {
-        ClientSetup.EtcList = u"위내시경,대장내시경,기관지경"_s;
-        VisitContext.Etc = Colon;
-        frmCapture& screen = Open();
-        QVERIFY(QTest::qWaitForWindowActive(&screen));
-        screen.txtCapChamgo().setPlainText(u"용종"_s);
-        screen.cmbEtc().setFocus();
-        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Return);
-        screen.txtCapChamgo().setFocus();
-        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"용종"_s);
-
-        QTest::mousePress(screen.cmbEtc().lineEdit(), Qt::LeftButton);
-        QTest::mouseRelease(screen.cmbEtc().view()->window(), Qt::LeftButton, {}, {10, -10});
-        QVERIFY(screen.cmbEtc().view()->isVisible());
-        QCOMPARE(screen.cmbEtc().view()->currentIndex().data().toString(), Colon);
-        screen.cmbEtc().hidePopup();
-        QTest::keyClick(&screen.cmbEtc(), Qt::Key_Down);
-        QCOMPARE(VisitContext.Etc, u"기관지경"_s);
-    }
-
     void HistoryLines()
     {
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
         m_box->AddPicture(u"20250301"_s, Colon, 2);
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         auto* date = screen.findChild<QLabel*>(u"lblHisYmd"_s);
         auto* section = screen.findChild<QLabel*>(u"lblHisEtc"_s);
         DoubleClick(3, 1, 1);
@@ -348,8 +201,7 @@ private Q_SLOTS:
 
     void AClickDuringAFillOfTheHistory_data()
     {
-        QTest::addColumn<bool>("belowTheList");
-        QTest::addColumn<QString>("shown");
+        Columns<bool, QString>("belowTheList", "shown");
         QTest::newRow("a tick in an empty row") << false << u"001 002 003 004 005 006 007 008"_s;
         QTest::newRow("a double click below the list") << true << QString();
     }
@@ -359,7 +211,7 @@ private Q_SLOTS:
         QFETCH(bool, belowTheList);
         for (int number = 1; number <= 8; ++number)
             m_box->AddPicture(u"20250301"_s, Colon, number, u"정상"_s);
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         fpSpread& pictures = screen.sprCap(2);
         QTimer::singleShot(0, this, [&] {
             if (belowTheList) {
@@ -381,70 +233,100 @@ private Q_SLOTS:
         QCOMPARE(screen.txtCapChamgo().toPlainText(), belowTheList ? QString() : u"정상"_s);
     }
 
-    void ContextMenuOnFilledPicturesOnly_data()
+    void StoredPositionsAreSelected_data()
     {
-        QTest::addColumn<int>("element");
-        QTest::addColumn<int>("column");
-        QTest::addColumn<int>("row");
-        QTest::addColumn<bool>("opens");
-        QTest::newRow("picture of the visit") << 1 << 1 << 1 << true;
-        QTest::newRow("its number") << 1 << 1 << 2 << false;
-        QTest::newRow("empty place") << 1 << 2 << 1 << false;
-        QTest::newRow("picture of the history") << 2 << 2 << 1 << true;
-        QTest::newRow("tick box") << 2 << 1 << 1 << false;
-        QTest::newRow("list of visits") << 3 << 1 << 1 << false;
-        QTest::newRow("beyond the grid") << 1 << 1 << 21 << false;
+        Columns<QByteArray, int, int, int, QByteArray>("file", "device", "size", "source", "saved");
+        const auto saved = [](int device, int size, int source) {
+            return u"Devices=%1 Sizes=%2 Colors=0 sources=%3"_s.arg(device).arg(size).arg(source).toLatin1();
+        };
+        QTest::newRow("no file") << QByteArray() << 0 << 0 << 0 << saved(0, 0, 0);
+        QTest::newRow("second device") << QByteArray("Devices=1\nColors=7\n") << 1 << 0 << 0 << saved(1, 0, 0);
+        QTest::newRow("beyond the lists")
+            << QByteArray("Devices=2\nSizes=5\nSources=-1\n") << -1 << -1 << -1 << saved(0, 0, 0);
     }
 
-    void ContextMenuOnFilledPicturesOnly()
+    void StoredPositionsAreSelected()
     {
-        QFETCH(int, element);
-        QFETCH(int, column);
-        QFETCH(int, row);
-        QFETCH(bool, opens);
-        m_box->AddPicture(Day, Stomach, 1, u""_s);
-        frmCapture& screen = Open();
-        DoubleClick(3, 1, 1);
-        Q_EMIT screen.sprCap(element).RightClick(0, column, row, 150, 150);
-        auto* menu = screen.findChild<QMenu*>(u"팝업메뉴"_s);
-        QCOMPARE(menu->isVisible(), opens);
-        if (opens)
-            QCOMPARE(menu->findChild<QAction*>(u"소견서입력"_s)->isEnabled(), element == 2);
-        menu->hide();
+        QFETCH5(QByteArray, file, int, device, int, size, int, source, QByteArray, saved);
+        Store(file);
+        InDialog([&](QWidget& dialog) {
+            auto& devices = *dialog.findChild<QComboBox*>(u"cmbDevices"_s);
+            QCOMPARE(devices.itemText(0), u"00 내시경"_s);
+            QCOMPARE(devices.itemText(1), u"01 웹캠"_s);
+            QCOMPARE(devices.currentIndex(), device);
+            QCOMPARE(dialog.findChild<QComboBox*>(u"cmbSizes"_s)->currentIndex(), size);
+            QCOMPARE(dialog.findChild<QComboBox*>(u"cmbSources"_s)->currentIndex(), source);
+            QCOMPARE(dialog.findChild<QComboBox*>(u"cmbColors"_s)->count(), 0);
+            dialog.findChild<QPushButton*>(u"cmdSet"_s)->click();
+        });
+        QFile settings(SettingsFile());
+        QVERIFY(settings.open(QIODevice::ReadOnly));
+        const QByteArray content = settings.readAll();
+        for (const QByteArray& key : saved.split(' '))
+            QVERIFY2(content.toLower().contains(key.toLower()), content.constData());
+        QCOMPARE(FakeVideoCap::Last()->calls.last(), u"Start"_s);
+        QVERIFY(FakeVideoCap::Last()->calls.contains(u"Device %1"_s.arg(qMax(0, device))));
+    }
+
+    void CancelSavesNothingAndStartsTheDevice()
+    {
+        const QByteArray file = "Devices=1\nSizes=4\n";
+        Store(file);
+        InDialog([](QWidget& dialog) {
+            dialog.findChild<QComboBox*>(u"cmbDevices"_s)->setCurrentIndex(0);
+            dialog.findChild<QPushButton*>(u"cmdCancel"_s)->click();
+        });
+        QCOMPARE(DeviceSettings.Devices, 1);
+        QVERIFY(Stored().endsWith(file));
+        // The format that the list doesn't have is left out once, and then applied by the start.
+        const QStringList calls = {u"Device 1"_s,      u"VideoInput 0"_s, u"Device 1"_s,
+                                   u"VideoFormat 4"_s, u"VideoInput 0"_s, u"Start"_s};
+        QCOMPARE(FakeVideoCap::Last()->calls, calls);
+    }
+
+    void NoDevice()
+    {
+        OpenScreen();
+        FakeVideoCap::Last()->devices.clear();
+        Choose(u"장치설정"_s);
+        const QStringList texts = {u"캡쳐장치를 찾을수 없습니다.!!"_s, u"캡쳐 장치를 찾을수 없습니다.!!"_s};
+        QCOMPARE(m_box->Desk().shown, texts);
+        QVERIFY(!opened->IsUnloaded());
+        QVERIFY(FindForm(u"frmCapSet"_s) == nullptr);
     }
 
 private:
-    frmCapture& Open()
-    {
-        frmCapture& screen = Form<frmCapture>();
-        screen.Show();
-        if (!screen.IsUnloaded())
-            Guarded([&] { screen.ShowStored(); });
-        m_screen = &screen;
-        return screen;
-    }
-
-    void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
-
-    void Choose(const QString& entry)
-    {
-        for (QAction* action : m_screen->findChildren<QAction*>(entry)) {
-            if (qobject_cast<QMenu*>(action->parent())->objectName() != u"팝업메뉴"_s)
-                action->trigger();
-        }
-    }
-
-    void ChooseSection(const QString& section)
-    {
-        QComboBox& list = m_screen->cmbEtc();
-        list.setCurrentIndex(list.findText(section));
-        Q_EMIT list.activated(list.currentIndex());
-    }
-
-    void DoubleClick(int element, int column, int row) { Q_EMIT m_screen->sprCap(element).DblClick(column, row); }
-
     std::unique_ptr<StationInABox> m_box;
-    frmCapture* m_screen = nullptr;
+    /// Opens the screen and does that in it.
+    void InDialog(const std::function<void(QWidget&)>& work)
+    {
+        OpenScreen();
+        FakeVideoCap::Last()->devices = {u"내시경"_s, u"웹캠"_s};
+        bool done = false;
+        QTimer::singleShot(0, this, [&] {
+            StationForm* dialog = FindForm(u"frmCapSet"_s);
+            QVERIFY(dialog != nullptr);
+            work(*dialog);
+            if (!dialog->IsUnloaded())
+                dialog->Unload();
+            done = true;
+        });
+        Choose(u"장치설정"_s);
+        QVERIFY(done);
+    }
+
+    QString SettingsFile() const { return m_box->Desk().ProgramFolder() + u"/CapSet.ini"_s; }
+    void Store(const QByteArray& keys)
+    {
+        QFile file(SettingsFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[Capture Setting]\n" + keys);
+    }
+    QByteArray Stored() const
+    {
+        QFile file(SettingsFile());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
 };
 
 QTEST_MAIN(CaptureScreenTest)

@@ -1,25 +1,8 @@
-#include "capture/frmCapture.h"
-#include "contracts/fpSpread.h"
 #include "contracts/MSComm.h"
-#include "frame/components.h"
+#include "support/CaptureScreen.h"
 #include "support/PseudoTerminal.h"
-#include "support/StationInABox.h"
-#include "support/WallClock.h"
-#include "visit/VisitContext.h"
-
-#include <QComboBox>
-#include <QElapsedTimer>
-#include <QSet>
-#include <QSignalSpy>
-#include <QTest>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-const QString Stomach = u"위내시경"_s;
-const QString Day = u"20261124"_s;
-} // namespace
 
 /// A foot on a real terminal pair, and the real screen.
 class FootSwitchTest : public QObject
@@ -38,35 +21,27 @@ private Q_SLOTS:
     }
     void cleanup()
     {
-        WallClock::SetBack(0);
         m_box.reset();
         m_cable.reset();
     }
 
     void APressIsAStill_data()
     {
-        QTest::addColumn<QString>("port");
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<int>("stills");
+        Columns<QString, QByteArray, int>("port", "bytes", "stills");
         QTest::newRow("no port told is the first") << u""_s << QByteArray("1") << 1;
-        QTest::newRow("port three") << u" 3 "_s << QByteArray("1", 1) << 1;
         QTest::newRow("a zero byte") << u"1"_s << QByteArray("\0", 1) << 1;
         QTest::newRow("what the line discipline would take for itself") << u"1"_s << QByteArray("\3\r\n\21\23\4") << 1;
         QTest::newRow("a burst") << u"1"_s << QByteArray(300, 'x') << 1;
         QTest::newRow("a port that doesn't exist") << u"7"_s << QByteArray("1") << 0;
-        QTest::newRow("a file that is no port") << u"5"_s << QByteArray("1") << 0;
         QTest::newRow("no number") << u"COM1"_s << QByteArray("1") << 1; // Stays with the first port.
         QTest::newRow("a number out of range") << u"70000"_s << QByteArray("1") << 1;
-        QTest::newRow("none that a port can have") << u"-2"_s << QByteArray("1") << 1;
     }
 
     void APressIsAStill()
     {
-        QFETCH(QString, port);
-        QFETCH(QByteArray, bytes);
-        QFETCH(int, stills);
+        QFETCH3(QString, port, QByteArray, bytes, int, stills);
         ClientSetup.CommPort = port;
-        Open();
+        OpenScreen();
         m_cable->Send("noise while the port is closed");
         Press(u"연결"_s);
         QCOMPARE(Stills(), 0);
@@ -83,7 +58,7 @@ private Q_SLOTS:
     void PressesOfOneStillAreOne()
     {
         // The switch chatters on through the still and the pause after it.
-        Open();
+        OpenScreen();
         Press(u"연결"_s);
         m_cable->Send("1");
         QTRY_COMPARE(Stills(), 1);
@@ -103,62 +78,16 @@ private Q_SLOTS:
         QVERIFY(before <= 2); // One byte may have come just as the port opened again.
     }
 
-    void TwoHundredPressesOverFourSections()
-    {
-        ClientSetup.EtcList = u"위내시경,대장내시경,초음파,기관지"_s;
-        frmCapture& screen = Open();
-        Press(u"연결"_s);
-        QSet<int> frames;
-        for (int section = 0; section < 4; ++section) {
-            screen.cmbEtc().setCurrentIndex(section);
-            Q_EMIT screen.cmbEtc().activated(section);
-            for (int press = 1; press <= 50; ++press) {
-                // As a clock that somebody sets: an hour back, and forth again.
-                WallClock::SetBack(press % 2 * 3600);
-                m_cable->Send("1");
-                QVERIFY(QTest::qWaitFor([this, press] { return Stills(VisitContext.Etc) == press; }));
-                QVERIFY(QTest::qWaitFor([this] { return Port().PortOpen(); }));
-            }
-            const QSignalSpy arrivals(&Port(), &MSComm::OnComm);
-            m_cable->Send("one more than the grid takes");
-            QVERIFY(QTest::qWaitFor([&arrivals] { return arrivals.count() > 0; }));
-            QVERIFY(QTest::qWaitFor([this] { return Port().PortOpen(); }));
-            QCOMPARE(Stills(VisitContext.Etc), 50);
-            for (int number = 1; number <= 50; ++number)
-                frames.insert(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, VisitContext.Etc, number)));
-        }
-        QCOMPARE(frames.size(), 200);
-        QVERIFY(!frames.contains(-1));
-        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"200"_s);
-        QVERIFY(m_box->Desk().shown.isEmpty());
-    }
-
-    void AFloodIsDiscarded()
-    {
-        Open();
-        Press(u"연결"_s);
-        std::thread flood([this] { m_cable->Send(QByteArray(1'000'000, 'x')); });
-        QTRY_VERIFY(Stills() >= 1);
-        // Each time the port is open again the rest of the flood is another press, until it has run dry.
-        QTRY_VERIFY_WITH_TIMEOUT(m_cable->IsDrained(), 30000);
-        flood.join();
-        QTRY_VERIFY(Port().PortOpen());
-        QTRY_COMPARE(Port().InBufferCount(), 0);
-        const int before = Stills();
-        m_cable->Send("1");
-        QTRY_COMPARE(Stills(), before + 1);
-    }
-
     void DeadBeforeConnectAndArmedAfterDisconnect()
     {
-        frmCapture& screen = Open();
+        OpenScreen();
         m_cable->Send("1");
         QTest::qWait(0);
         QVERIFY(!Port().PortOpen());
         Press(u"연결"_s);
         Press(u"연결"_s);
         QVERIFY(Port().PortOpen());
-        screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+        Choose(u"연결끊기"_s);
         QVERIFY(Port().PortOpen());
         m_cable->Send("1");
         QTRY_COMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
@@ -168,9 +97,9 @@ private Q_SLOTS:
 
     void APressUnderTheSwitchsOwnMessageIsAStill()
     {
-        frmCapture& screen = Open();
+        OpenScreen();
         Press(u"연결"_s);
-        screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+        Choose(u"연결끊기"_s);
         m_box->Desk().whileShown = [&] {
             m_box->Desk().whileShown = nullptr;
             FakeVideoCap::Last()->live = true;
@@ -193,10 +122,10 @@ private Q_SLOTS:
     void APulledPlugComesBack()
     {
         QFETCH(bool, duringStill);
-        frmCapture& screen = Open();
+        OpenScreen();
         Press(u"연결"_s);
         if (duringStill) {
-            screen.findChild<QAction*>(u"연결끊기"_s)->trigger();
+            Choose(u"연결끊기"_s);
             m_box->Desk().whileShown = [&] { m_cable.reset(); };
             m_cable->Send("1");
             QTRY_VERIFY(m_cable == nullptr);
@@ -215,7 +144,7 @@ private Q_SLOTS:
 
     void TheScreenClosesThePort()
     {
-        frmCapture& screen = Open();
+        frmCapture& screen = OpenScreen();
         Press(u"연결"_s);
         m_cable->Send("1");
         QTRY_COMPARE(Stills(), 1);
@@ -226,15 +155,7 @@ private Q_SLOTS:
     }
 
 private:
-    frmCapture& Open()
-    {
-        m_screen = &Form<frmCapture>();
-        m_screen->Show();
-        return *m_screen;
-    }
-
-    MSComm& Port() const { return *m_screen->findChild<MSComm*>(u"commCapture"_s); }
-    void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
+    MSComm& Port() const { return *opened->findChild<MSComm*>(u"commCapture"_s); }
     int Stills(const QString& section = Stomach) const
     {
         return int(m_box->Names(u"2026"_s, section).filter(u".jpg"_s).size());
@@ -244,7 +165,6 @@ private:
     QString m_device;
     std::unique_ptr<StationInABox> m_box;
     std::unique_ptr<PseudoTerminal> m_cable;
-    frmCapture* m_screen = nullptr;
 };
 
 QTEST_MAIN(FootSwitchTest)

@@ -1,21 +1,8 @@
-#include "capture/frmCapture.h"
-#include "contracts/files.h"
 #include "contracts/VideoCap.h"
-#include "frame/components.h"
-#include "frame/services.h"
 #include "platform/gstreamer/register_video.h"
+#include "support/CaptureScreen.h"
 #include "support/MovieReader.h"
-#include "support/StationInABox.h"
-#include "support/WallClock.h"
 #include "visit/device_settings.h"
-#include "visit/VisitContext.h"
-
-#include <QComboBox>
-#include <QLabel>
-#include <QScopeGuard>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -27,15 +14,14 @@ private Q_SLOTS:
     void init()
     {
         m_box = std::make_unique<StationInABox>();
-        m_screen = &Form<frmCapture>();
-        m_screen->Show();
+        OpenScreen();
         m_video = FakeVideoCap::Last();
     }
     void cleanup() { m_box.reset(); }
 
     void ARecordingIsCutIntoFiles()
     {
-        Connect();
+        Press(u"연결"_s);
         Choose(u"동영상저장시작"_s);
         QCOMPARE(Text(u"lblMovie"_s), u"동영상 저장중..."_s);
         QVERIFY(m_video->CaptureMode());
@@ -66,8 +52,8 @@ private Q_SLOTS:
         for (const QString& name : {stem + u"001.avi"_s, stem + u"007.AVI"_s, u"."_s + stem + u"001.avi.h.1.2.part"_s,
                                     u"0000123420261123001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s})
             WriteWholeFile(folder + name, "old");
-        m_screen->cmbEtc().setCurrentIndex(1);
-        Connect();
+        opened->cmbEtc().setCurrentIndex(1);
+        Press(u"연결"_s);
         Choose(u"동영상저장시작"_s);
         const QStringList left = {u"."_s + stem + u"001.avi.h.1.2.part"_s, u"0000123420261123001.avi"_s,
                                   stem + u"001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s};
@@ -77,19 +63,17 @@ private Q_SLOTS:
 
     void AStartThatCantSucceedDeletesNothing_data()
     {
-        QTest::addColumn<bool>("live");
-        QTest::addColumn<QString>("message");
+        Columns<bool, QString>("live", "message");
         QTest::newRow("no picture") << false << u"캡쳐할 영상이 없습니다.!!"_s;
         QTest::newRow("a full disk") << true << u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s;
     }
 
     void AStartThatCantSucceedDeletesNothing()
     {
-        QFETCH(bool, live);
-        QFETCH(QString, message);
+        QFETCH2(bool, live, QString, message);
         WriteWholeFile(Movie(1), "old");
         if (live)
-            Connect();
+            Press(u"연결"_s);
         m_video->room = false;
         Choose(u"동영상저장시작"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{message});
@@ -100,7 +84,7 @@ private Q_SLOTS:
 
     void AShareThatWentAwayGetsNoFolders()
     {
-        Connect();
+        Press(u"연결"_s);
         Files().RenameFile(VisitContext.CaptureDir, m_box->Root() + u"gone"_s);
         Choose(u"동영상저장시작"_s);
         QVERIFY2(m_box->Desk().shown.value(0).startsWith(u"캡쳐 디렉토리가 없습니다.!!"_s),
@@ -118,7 +102,7 @@ private Q_SLOTS:
     void AFaultLeavesNoRecordingBehind()
     {
         QFETCH(bool, atStart);
-        Connect();
+        Press(u"연결"_s);
         if (!atStart)
             Choose(u"동영상저장시작"_s);
         m_box->FaultyFiles().FailAt(1, true);
@@ -134,7 +118,7 @@ private Q_SLOTS:
 
     void TheControlEndsTheMovieItself()
     {
-        Connect();
+        Press(u"연결"_s);
         Choose(u"동영상저장시작"_s);
         m_video->setCaptureMode(false);
         Q_EMIT m_video->OnMovieFault(u"남은 공간이 부족합니다.!!"_s);
@@ -142,21 +126,9 @@ private Q_SLOTS:
         QCOMPARE(Text(u"lblMovie"_s), QString());
     }
 
-    void DisconnectKeepsTheText()
-    {
-        Connect();
-        Choose(u"동영상저장시작"_s);
-        Choose(u"연결끊기"_s);
-        QVERIFY(!m_video->CaptureMode());
-        QCOMPARE(Text(u"lblMovie"_s), u"동영상 저장중..."_s);
-        Choose(u"동영상저장종료"_s);
-        QCOMPARE(Text(u"lblMovie"_s), QString());
-        QVERIFY(m_video->live);
-    }
-
     void FrameEventsServeEventsAndDontNest()
     {
-        Connect();
+        Press(u"연결"_s);
         int served = 0;
         int depth = 0;
         int deepest = 0;
@@ -180,7 +152,7 @@ private Q_SLOTS:
 
     void AClickInsideTheStartCounts()
     {
-        Connect();
+        Press(u"연결"_s);
         QTimer::singleShot(0, this, [this] { Choose(u"동영상저장종료"_s); });
         Choose(u"동영상저장시작"_s);
         QVERIFY(!m_video->CaptureMode());
@@ -193,23 +165,20 @@ private Q_SLOTS:
         const auto row = [](const char* name, const std::function<void(MovieRecordingTest&)>& event) {
             QTest::newRow(name) << event;
         };
-        row("a change of section", [](MovieRecordingTest& test) {
-            QComboBox& sections = test.m_screen->cmbEtc();
-            sections.setCurrentIndex(1);
-            Q_EMIT sections.activated(1);
-            QCOMPARE(VisitContext.Etc, u"대장내시경"_s);
+        row("a change of section", [](MovieRecordingTest&) {
+            ChooseSection(Colon);
+            QCOMPARE(VisitContext.Etc, Colon);
         });
-        row("another connect", [](MovieRecordingTest& test) { test.Connect(); });
-        row("another format", [](MovieRecordingTest& test) {
+        row("another connect", [](MovieRecordingTest&) { Press(u"연결"_s); });
+        row("another format", [](MovieRecordingTest&) {
             DeviceSettings.Sizes = 1;
-            test.Connect();
+            Press(u"연결"_s);
         });
         row("stills", [](MovieRecordingTest& test) {
             for (int still = 0; still < 3; ++still)
-                test.m_screen->findChild<QToolButton*>(u"캡쳐"_s)->click();
+                Press(u"캡쳐"_s);
             QCOMPARE(test.m_box->Names(u"2026"_s, u"위내시경"_s).size(), 3);
         });
-        row("a clock set back by an hour", [](MovieRecordingTest&) { WallClock::SetBack(3600); });
         row("a question opened inside a frame event", [](MovieRecordingTest& test) {
             bool wentOn = false;
             test.AskInsideAFrameEvent([&] {
@@ -221,16 +190,15 @@ private Q_SLOTS:
             test.m_box->Desk().whileShown = nullptr;
             test.m_box->Desk().shown.clear();
         });
-        row("the close of the screen", [](MovieRecordingTest& test) { test.m_screen->close(); });
+        row("the close of the screen", [](MovieRecordingTest&) { opened->close(); });
     }
 
     void TheRecordingGoesOnThrough()
     {
         QFETCH(std::function<void(MovieRecordingTest&)>, event);
-        const auto right = qScopeGuard([] { WallClock::SetBack(0); });
         OpenWithTestPicture();
-        Connect();
-        QTRY_VERIFY(m_screen->capCapture().HoldFrame());
+        Press(u"연결"_s);
+        QTRY_VERIFY(opened->capCapture().HoldFrame());
         Choose(u"동영상저장시작"_s);
         QTRY_VERIFY(FramesTold() > 20);
         event(*this);
@@ -239,7 +207,7 @@ private Q_SLOTS:
             QVERIFY(before > 20);
             QTRY_VERIFY(FramesTold() > before + 20);
             Choose(u"동영상저장종료"_s);
-            QTRY_VERIFY(m_screen->capCapture().HoldFrame());
+            QTRY_VERIFY(opened->capCapture().HoldFrame());
         }
         QCOMPARE(MovieFiles().size(), 1);
         const MovieReader movie(NativePath(Movie(1)));
@@ -257,26 +225,22 @@ private:
         m_box = std::make_unique<StationInABox>();
         RegisterVideo();
         UseService<VideoOptions>().OfferTestPicture(true);
-        m_screen = &Form<frmCapture>();
-        m_screen->Show();
-        DeviceSettings.Devices = m_screen->capCapture().Devices().Count() - 1;
+        OpenScreen();
+        DeviceSettings.Devices = opened->capCapture().Devices().Count() - 1;
         DeviceSettings.Sizes = 2;
     }
     /// The next frame event meets a click that opens a question, under which `work` runs.
     void AskInsideAFrameEvent(const std::function<void()>& work)
     {
         m_box->Desk().whileShown = work;
-        m_box->Desk().whilePumped = [this] { m_screen->findChild<QToolButton*>(u"삭제"_s)->click(); };
+        m_box->Desk().whilePumped = [this] { Press(u"삭제"_s); };
     }
     int FramesTold() const { return Text(u"lblMovieStatus"_s).section(u' ', 0, 0).toInt(); }
-    void Connect() { m_screen->findChild<QToolButton*>(u"연결"_s)->click(); }
-    void Choose(const QString& entry) { m_screen->findChild<QAction*>(entry)->trigger(); }
-    QString Text(const QString& label) const { return m_screen->findChild<QLabel*>(label)->text(); }
+    QString Text(const QString& label) const { return opened->findChild<QLabel*>(label)->text(); }
     QString Movie(int segment) const { return MoviePath(CurrentVisit().MovieStem(), segment); }
     QStringList MovieFiles() const { return m_box->Names(u"2026"_s, u"movie"_s); }
 
     std::unique_ptr<StationInABox> m_box;
-    frmCapture* m_screen = nullptr;
     FakeVideoCap* m_video = nullptr;
 };
 

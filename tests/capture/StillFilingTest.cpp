@@ -1,22 +1,8 @@
-#include "capture/frmCapture.h"
 #include "capture/NumberClaim.h"
-#include "contracts/PlatformError.h"
-#include "frame/components.h"
-#include "frame/guard.h"
-#include "frame/services.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
 #include "records/capture_index.h"
-#include "screenparts/picture_grid.h"
-#include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QApplication>
-#include <QFile>
-#include <QMenu>
-#include <QProcess>
-#include <QTest>
-#include <QToolButton>
+#include "support/CaptureScreen.h"
 
 #include <csignal>
 #include <fcntl.h>
@@ -136,25 +122,11 @@ private Q_SLOTS:
         QCOMPARE(box.Value(u"SELECT COUNT(DISTINCT cap_no) AS v FROM cap"_s).toInt(), Stations * StillsEach());
     }
 
-    void AClaimedNumberIsLeftToItsHolder()
-    {
-        StationInABox box;
-        const Visit visit = CurrentVisit();
-        StillFiling filing = MakeFiling();
-        const auto claim = NumberClaim::Take(visit, 1);
-        QVERIFY(claim != nullptr);
-        QVERIFY(NumberClaim::Take(visit, 1) == nullptr);
-        QCOMPARE(filing.File(visit, "x").number, 2);
-    }
-
     /// What the sections' folders hold when the next station of the machine starts, and what is left of it.
     void WhatStationsLeft_data()
     {
         QTest::addColumn<QString>("holder"); ///< Of the claim; empty for no claim.
-        QTest::addColumn<bool>("old");
-        QTest::addColumn<bool>("picture");
-        QTest::addColumn<bool>("found");
-        QTest::addColumn<bool>("claimStays");
+        Columns<bool, bool, bool, bool>("old", "picture", "found", "claimStays");
         QTest::newRow("a dead station's picture") << u"dead"_s << false << true << true << true;
         QTest::newRow("a dead station's claim alone") << u"dead"_s << false << false << false << false;
         QTest::newRow("this station's") << u"own"_s << true << false << false << true;
@@ -165,11 +137,7 @@ private Q_SLOTS:
 
     void WhatStationsLeft()
     {
-        QFETCH(QString, holder);
-        QFETCH(bool, old);
-        QFETCH(bool, picture);
-        QFETCH(bool, found);
-        QFETCH(bool, claimStays);
+        QFETCH5(QString, holder, bool, old, bool, picture, bool, found, bool, claimStays);
         StationInABox box;
         const Visit visit = CurrentVisit();
         const QHash<QString, QString> marks = {
@@ -204,9 +172,7 @@ private Q_SLOTS:
         QVERIFY(NumberClaim::Stands(visit, 3));
         QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"2"_s);
 
-        frmCapture& screen = Form<frmCapture>();
-        screen.Show();
-        Guarded([&] { screen.ShowStored(); });
+        frmCapture& screen = OpenScreen();
         QTRY_COMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
         QTRY_COMPARE(box.Desk().shown, QStringList{u"비정상 종료로 기록되지 않은 캡쳐 1건을 복구하였습니다.!!"_s});
         QVERIFY(FindPicture(screen.sprCap(1), 1, 3));
@@ -247,8 +213,10 @@ private Q_SLOTS:
         box.Run(u"CREATE TRIGGER no_first BEFORE INSERT ON cap WHEN NEW.cap_no = 1 BEGIN "
                 "SELECT RAISE(ABORT, 'not this one'); END;"_s);
         QVERIFY(filing.File(visit, "1").rowsFault.contains(u"not this one"_s));
-        const StillFiling::Filed second = filing.File(visit, "2");
-        QVERIFY(second.rowsFault.isEmpty() && second.tidings.isEmpty());
+        box.Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
+        QVERIFY(!filing.File(visit, "2").rowsFault.isEmpty());
+        box.Run(u"ALTER TABLE ca_gone RENAME TO ca;"_s);
+        QVERIFY(filing.WritePending().isEmpty());
         QCOMPARE(filing.Pending().NumbersOf(visit), QList<int>{1});
         box.Run(u"DROP TRIGGER no_first;"_s);
         QCOMPARE(filing.File(visit, "3").number, 3);
@@ -271,49 +239,40 @@ private Q_SLOTS:
     {
         StationInABox box(u"QMARIADB"_s);
         const Visit visit = CurrentVisit();
-        frmCapture& screen = Form<frmCapture>();
-        screen.Show();
-        Guarded([&] { screen.ShowStored(); });
-        const auto press = [&](const QString& button) { screen.findChild<QToolButton*>(button)->click(); };
-        press(u"연결"_s);
-        press(u"캡쳐"_s);
+        frmCapture& screen = OpenScreen();
+        Press(u"연결"_s);
+        Press(u"캡쳐"_s);
         StationInABox::Server().Stop();
         for (int still = 0; still < 3; ++still)
-            press(u"캡쳐"_s);
+            Press(u"캡쳐"_s);
         QCOMPARE(Mark(screen, 1) + Mark(screen, 2) + Mark(screen, 4), u"기록 대기기록 대기"_s);
 
         box.Desk().answers = {true};
-        Q_EMIT screen.sprCap(1).RightClick(0, 2, 1, 150, 150);
-        screen.findChild<QMenu*>(u"팝업메뉴"_s)->findChild<QAction*>(u"그림지우기"_s)->trigger();
+        ChooseOver(1, 2, 1, u"그림지우기"_s);
         QVERIFY(!FindPicture(screen.sprCap(1), 1, 2));
         QCOMPARE(Mark(screen, 3), u"기록 대기"_s);
         QVERIFY(!NumberClaim::Stands(visit, 2));
         QVERIFY(FileExists(LogFolder(visit.captureDir, visit.etc) + u"0000123420261124002.jpg"_s));
 
         QVERIFY(StationInABox::Server().Start());
-        press(u"캡쳐"_s);
+        Press(u"캡쳐"_s);
         QCOMPARE(Mark(screen, 3) + Mark(screen, 4), QString());
         QCOMPARE(box.Value(u"SELECT GROUP_CONCAT(cap_no ORDER BY cap_no) AS v FROM cap"_s), u"1,3,4,5"_s);
         QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 4);
     }
 
-    void TheServerEndsAndComesBackBetweenStills()
+    /// Without the database the folder tells the numbers: one that can't be listed gives none away.
+    void AFolderThatCannotBeListedTakesNoNumber()
     {
-        StationInABox box(u"QMARIADB"_s);
-        const Visit visit = CurrentVisit();
+        StationInABox box;
         StillFiling filing = MakeFiling();
-        QVERIFY(filing.File(visit, "1").rowsFault.isEmpty());
-        StationInABox::Server().Stop();
-        QVERIFY(!filing.File(visit, "2").rowsFault.isEmpty());
-        QVERIFY(!filing.File(visit, "3").rowsFault.isEmpty());
-        QVERIFY(StationInABox::Server().Start());
-        QVERIFY(filing.File(visit, "4").rowsFault.isEmpty());
-        QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"4"_s);
-        for (int number = 1; number <= 4; ++number)
-            QCOMPARE(Files().ReadFile(box.PicturePath(visit.ymd, visit.etc, number)), QByteArray::number(number));
-        StationInABox::Server().Stop();
-        QVERIFY(StationInABox::Server().Start());
-        QVERIFY(filing.File(visit, "5").rowsFault.isEmpty());
+        QCOMPARE(filing.File(CurrentVisit(), "1").number, 1);
+        box.Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
+        box.FaultyFiles().FailAt(1, true, FailingFiles::Lists);
+        QVERIFY_EXCEPTION_THROWN(filing.File(CurrentVisit(), "2"), PlatformError);
+        box.FaultyFiles().Recover();
+        QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 1);
+        QCOMPARE(filing.File(CurrentVisit(), "2").number, 2);
     }
 
     void AShareThatWentAwayGetsNoFolders()

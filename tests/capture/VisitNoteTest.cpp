@@ -1,21 +1,9 @@
-#include "capture/frmCapture.h"
-#include "contracts/fpSpread.h"
 #include "frame/composition.h"
-#include "frame/guard.h"
-#include "screenparts/NoteBox.h"
-#include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QInputMethodEvent>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
+#include "support/CaptureScreen.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
-const QString Stomach = u"위내시경"_s;
-const QString Day = u"20261124"_s;
 const QString StoredNoteQuery = u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20261124' AND ca_etc = '위내시경'"_s;
 } // namespace
 
@@ -30,17 +18,14 @@ private Q_SLOTS:
         m_box = std::make_unique<StationInABox>();
         m_box->AddPicture(Day, Stomach, 1, u"처음"_s);
         m_box->AddPicture(u"20250301"_s, u"대장내시경"_s, 1, u"옛 소견"_s);
-        m_screen = &Form<frmCapture>();
-        m_screen->Show();
-        Guarded([this] { m_screen->ShowStored(); });
+        OpenScreen();
         Press(u"연결"_s);
     }
     void cleanup() { m_box.reset(); }
 
     void WhatIsStored_data()
     {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("stored");
+        Columns<QString, QString>("typed", "stored");
         QTest::newRow("apostrophe and backslash are cleaned") << u"a'b\\c"_s << u"a b/c"_s;
         QTest::newRow("blanks around it move to the end") << u"  염증 "_s << u"염증   "_s;
         QTest::newRow("several lines") << u"한 줄\n두 줄"_s << u"한 줄\n두 줄"_s;
@@ -69,8 +54,7 @@ private Q_SLOTS:
     /// The last syllable of a Korean word is no text yet while the input method still composes it.
     void ASyllableThatIsBeingComposed_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<bool>("stillComposed");
+        Columns<QString, bool>("command", "stillComposed");
         QTest::newRow("button") << u"저장"_s << false;
         QTest::newRow("drop-down entry") << u"연결끊기"_s << false;
         QTest::newRow("foot") << QString() << true;
@@ -78,8 +62,7 @@ private Q_SLOTS:
 
     void ASyllableThatIsBeingComposed()
     {
-        QFETCH(QString, command);
-        QFETCH(bool, stillComposed);
+        QFETCH2(QString, command, bool, stillComposed);
         Type(u"조직검"_s);
         Box().moveCursor(QTextCursor::End);
         QInputMethodEvent composing(u"사"_s, {});
@@ -88,11 +71,11 @@ private Q_SLOTS:
             Q_EMIT FakeVideoCap::Last()->OnFrame(frame, 0);
         QCOMPARE(CompositionIn(&Box()), u"사"_s);
         if (command.isEmpty())
-            Guarded([this] { m_screen->SetCaptureValues(); });
-        else if (auto* button = m_screen->findChild<QToolButton*>(command))
+            Guarded([] { opened->SetCaptureValues(); });
+        else if (auto* button = opened->findChild<QToolButton*>(command))
             button->click();
         else
-            m_screen->findChild<QAction*>(command)->trigger();
+            opened->findChild<QAction*>(command)->trigger();
         QCOMPARE(CompositionIn(&Box()), stillComposed ? u"사"_s : QString());
         QCOMPARE(Box().toPlainText(), stillComposed ? u"조직검"_s : u"조직검사"_s);
         QCOMPARE(m_box->Value(StoredNoteQuery), command == u"연결끊기"_s ? u"처음"_s : u"조직검사"_s);
@@ -130,15 +113,6 @@ private Q_SLOTS:
         QCOMPARE(Box().placeholderText(), u"참고사항을 읽지 못했습니다.!!"_s);
     }
 
-    void SaveStoresTheNoteAndTheMark()
-    {
-        Type(u"용종 2개"_s);
-        Press(u"저장"_s);
-        QCOMPARE(m_box->Value(StoredNoteQuery), u"용종 2개"_s);
-        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"1"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐이미지를 저장하였습니다."_s});
-    }
-
     void TheMarkGoesWhereTheSetupSays()
     {
         ClientSetup.CheckTable = u"1"_s;
@@ -165,18 +139,10 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(StoredNoteQuery), u"다시 다른 방"_s);
     }
 
-    void CancelBringsTheStoredNoteBack()
-    {
-        Type(u"버릴 것"_s);
-        Press(u"취소"_s);
-        QCOMPARE(Box().toPlainText(), u"처음"_s);
-        QVERIFY(!Box().isReadOnly());
-    }
-
     void AHistoryNoteNeverReachesTheVisit()
     {
         Type(u"쓰던 글"_s);
-        ShowLine(2);
+        DoubleClick(3, 1, 2);
         QCOMPARE(Box().toPlainText(), u"옛 소견"_s);
         QVERIFY(Box().isReadOnly() && Box().IsHistoryNote());
         Press(u"캡쳐"_s);
@@ -184,7 +150,7 @@ private Q_SLOTS:
         QCOMPARE(Box().toPlainText(), u"쓰던 글"_s);
         QVERIFY(!Box().isReadOnly());
 
-        ShowLine(2);
+        DoubleClick(3, 1, 2);
         Press(u"저장"_s);
         QCOMPARE(m_box->Value(StoredNoteQuery), u"쓰던 글"_s);
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20250301'"_s), u"옛 소견"_s);
@@ -193,8 +159,8 @@ private Q_SLOTS:
     void TheVisitsOwnLineLeavesTheBox()
     {
         Type(u"쓰던 글"_s);
-        ShowLine(2);
-        ShowLine(1);
+        DoubleClick(3, 1, 2);
+        DoubleClick(3, 1, 1);
         QCOMPARE(Box().toPlainText(), u"쓰던 글"_s);
         QVERIFY(!Box().isReadOnly() && Box().IsTouched());
     }
@@ -223,9 +189,7 @@ private Q_SLOTS:
     }
 
 private:
-    NoteBox& Box() { return m_screen->txtCapChamgo(); }
-    void Press(const QString& caption) { m_screen->findChild<QToolButton*>(caption)->click(); }
-    void ShowLine(int row) { Q_EMIT m_screen->sprCap(3).DblClick(1, row); }
+    NoteBox& Box() { return opened->txtCapChamgo(); }
 
     void Type(const QString& text)
     {
@@ -239,7 +203,6 @@ private:
     }
 
     std::unique_ptr<StationInABox> m_box;
-    frmCapture* m_screen = nullptr;
 };
 
 QTEST_MAIN(VisitNoteTest)

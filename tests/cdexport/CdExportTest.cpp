@@ -1,23 +1,7 @@
-#include "capture/frmCapture.h"
 #include "cdexport/frmCapCDAdd.h"
 #include "cdexport/frmCapCDWrite.h"
 #include "contracts/cd.h"
-#include "contracts/fpSpread.h"
-#include "frame/components.h"
-#include "frame/services.h"
-#include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QApplication>
-#include <QComboBox>
-#include <QDir>
-#include <QLabel>
-#include <QProgressBar>
-#include <QPushButton>
-#include <QTableView>
-#include <QTabWidget>
-#include <QTest>
-#include <QTimer>
+#include "support/CaptureScreen.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -31,9 +15,7 @@ namespace {
 struct WriterState
 {
     bool equipped = true;
-    bool burning = false;
     int made = 0;
-    int starts = 0;
 };
 WriterState writer;
 QString stagingFolder;
@@ -44,12 +26,8 @@ public:
     KeptBurner() { ++writer.made; }
     bool Equipped() override { return writer.equipped; }
     QString burnArea() override { return stagingFolder; }
-    bool isburning() const override { return writer.burning; }
-    void Startburn() override
-    {
-        ++writer.starts;
-        writer.burning = true;
-    }
+    bool isburning() const override { return false; }
+    void Startburn() override {}
 };
 
 class ListedDrives final : public FileSystemObject
@@ -98,59 +76,9 @@ private Q_SLOTS:
         QVERIFY(!screen.isMinimized());
     }
 
-    void AStagingFolderThatCantBeMade()
-    {
-        QVERIFY(QDir(stagingFolder).removeRecursively());
-        Form<frmCapture>().Show();
-        m_box->FaultyFiles().FailAt(1);
-        QCOMPARE(OpenByMenu(), nullptr);
-        QCOMPARE(m_box->Desk().shown.size(), 1);
-        QVERIFY(OpenByMenu() != nullptr);
-    }
-
-    void TheOrderOfTheTestsAtStart_data()
-    {
-        QTest::addColumn<bool>("equipped");
-        QTest::addColumn<bool>("burning");
-        QTest::addColumn<int>("files");
-        QTest::addColumn<QString>("said");
-        QTest::newRow("no writer, busy, empty") << false << true << 0 << NotReady;
-        QTest::newRow("busy, empty") << true << true << 0 << u"CD저장 장치를 사용중입니다.!!"_s;
-        QTest::newRow("empty") << true << false << 0 << u"추가된 파일이 없습니다."_s;
-        QTest::newRow("ready") << true << false << 1 << QString();
-    }
-
-    void TheOrderOfTheTestsAtStart()
-    {
-        QFETCH(bool, equipped);
-        QFETCH(bool, burning);
-        QFETCH(int, files);
-        QFETCH(QString, said);
-        KeepWriter();
-        for (int file = 0; file < files; ++file)
-            WriteWholeFile(stagingFolder + u"a.jpg"_s, "a");
-        frmCapCDWrite& screen = *OpenByMenu();
-        writer.equipped = equipped;
-        writer.burning = burning;
-        // While it waits the buttons work: a second start meets the busy writer.
-        QTimer::singleShot(0, &screen, [&] {
-            if (writer.starts == 1) {
-                Press(screen, u"cmdStart"_s);
-                writer.burning = false;
-            }
-        });
-        Press(screen, u"cmdStart"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{files > 0 ? u"CD저장 장치를 사용중입니다.!!"_s : said});
-        QCOMPARE(writer.starts, files);
-    }
-
     void OneFileByTheDialog_data()
     {
-        QTest::addColumn<bool>("cancelled");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<bool>("equipped");
-        QTest::addColumn<QString>("said");
-        QTest::addColumn<int>("staged");
+        Columns<bool, QString, bool, QString, int>("cancelled", "name", "equipped", "said", "staged");
         QTest::newRow("cancelled") << true << QString() << true << QString() << 0;
         QTest::newRow("no name") << false << u" "_s << true << u"선택된 파일이 없습니다.!!"_s << 0;
         QTest::newRow("not there") << false << u"x.jpg"_s << false << u"선택된 파일이 없습니다.!!"_s << 0;
@@ -160,22 +88,18 @@ private Q_SLOTS:
 
     void OneFileByTheDialog()
     {
-        QFETCH(bool, cancelled);
-        QFETCH(QString, name);
-        QFETCH(bool, equipped);
-        QFETCH(QString, said);
-        QFETCH(int, staged);
+        QFETCH5(bool, cancelled, QString, name, bool, equipped, QString, said, int, staged);
         KeepWriter();
         WriteWholeFile(m_box->Root() + u"있음.jpg"_s, QByteArray(1536, 'x'));
         frmCapCDWrite& screen = *OpenByMenu();
         writer.equipped = equipped;
         if (!cancelled)
             m_box->Desk().files = {name.trimmed().isEmpty() ? name : m_box->Root() + name};
-        Press(screen, u"cmdFind"_s);
+        PressIn(screen, u"cmdFind"_s);
         QCOMPARE(m_box->Desk().shown, said.isEmpty() ? QStringList{} : QStringList{said});
         QCOMPARE(screen.sprCDDrive().DataRowCnt(), staged);
-        QCOMPARE(Cell(screen.sprCDDrive(), 2, 1), staged > 0 ? u"2"_s : QString());
-        QCOMPARE(Cell(screen.sprCDDrive(), 3, 1), staged > 0 ? u"JPG 파일"_s : QString());
+        QCOMPARE(CellText(screen.sprCDDrive(), 2, 1), staged > 0 ? u"2"_s : QString());
+        QCOMPARE(CellText(screen.sprCDDrive(), 3, 1), staged > 0 ? u"JPG 파일"_s : QString());
     }
 
     void ThinningOut()
@@ -189,14 +113,14 @@ private Q_SLOTS:
         frmCapCDWrite& screen = *OpenByMenu();
         fpSpread& list = screen.sprCDDrive();
         QCOMPARE(list.DataRowCnt(), 4);
-        QCOMPARE(Cell(list, 1, 1) + Cell(list, 2, 1) + Cell(list, 3, 1), u"폴더파일 폴더"_s);
+        QCOMPARE(CellText(list, 1, 1) + CellText(list, 2, 1) + CellText(list, 3, 1), u"폴더파일 폴더"_s);
 
         list.SetActiveCell(3, 1);
-        Press(screen, u"cmdDelFile"_s);
+        PressIn(screen, u"cmdDelFile"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{u"폴더와 그 안의 파일을 모두 삭제하시겠습니까?"_s});
         QCOMPARE(list.DataRowCnt(), 4);
         m_box->Desk().answers = {true};
-        Press(screen, u"cmdDelFile"_s);
+        PressIn(screen, u"cmdDelFile"_s);
         QCOMPARE(Staged(), (QStringList{u" b.jpg"_s, u"a.jpg"_s, u"link"_s}));
         for (const QStringList& left : {QStringList{u"a.jpg"_s, u"link"_s}, QStringList{u"link"_s}, QStringList{}}) {
             QTest::keyClick(list.findChild<QTableView*>(), Qt::Key_Delete);
@@ -208,62 +132,34 @@ private Q_SLOTS:
         QVERIFY(FileExists(m_box->Root() + u"kept.jpg"_s));
     }
 
-    void NamesOfAllKinds()
-    {
-        const QByteArray longest = QString(83, u'가').toUtf8() + "x.jpg"; // 255 bytes
-        for (const QByteArray& name : {longest, QByteArray("a\\b.jpg"), QByteArray("\xb0\xa1.jpg")})
-            std::ofstream((stagingFolder.toUtf8() + name).toStdString()) << "x";
-        std::filesystem::create_directory((stagingFolder.toUtf8() + "c\\d").toStdString());
-        frmCapCDWrite& screen = *OpenByMenu();
-        fpSpread& list = screen.sprCDDrive();
-        QCOMPARE(list.DataRowCnt(), 4);
-        Press(screen, u"cmdStart"_s);
-        const auto windows = QApplication::topLevelWidgets();
-        const auto* said =
-            (*std::ranges::find(windows, u"burnWindow"_s, &QWidget::objectName))->findChild<QLabel*>(u"lblStage"_s);
-        QVERIFY2(said->text().contains(u"c\\d\n\xfffd"_s), qPrintable(said->text()));
-        QVERIFY(!QFile::exists(m_data->path() + u"/cd.iso"_s));
-
-        m_box->Desk().answers = {true};
-        for (int rows = 4; rows > 0; --rows) {
-            list.SetActiveCell(1, 1);
-            Press(screen, u"cmdDelFile"_s);
-            QCOMPARE(list.DataRowCnt(), rows - 1);
-        }
-        QVERIFY(std::filesystem::is_empty(stagingFolder.toStdString()));
-        QCOMPARE(m_box->Desk().shown.size(), 1);
-    }
-
     void PicturesOfTwoVisits()
     {
-        const QString stomach = u"위내시경"_s;
-        const QString colon = u"대장내시경"_s;
         for (int number = 1; number <= 103; ++number)
-            m_box->AddPicture(u"20250301"_s, stomach, number, u"지난해"_s);
-        m_box->AddPicture(u"20261101"_s, stomach, 1, u"위"_s);
-        m_box->AddPicture(u"20261101"_s, colon, 1, u"장"_s);
-        WriteWholeFile(m_box->PicturePath(u"20261101"_s, colon, 1), StationInABox::Jpeg({64, 64}, Qt::blue));
-        DeleteFile(m_box->PicturePath(u"20250301"_s, stomach, 2));
+            m_box->AddPicture(u"20250301"_s, Stomach, number, u"지난해"_s);
+        m_box->AddPicture(u"20261101"_s, Stomach, 1, u"위"_s);
+        m_box->AddPicture(u"20261101"_s, Colon, 1, u"장"_s);
+        WriteWholeFile(m_box->PicturePath(u"20261101"_s, Colon, 1), StationInABox::Jpeg({64, 64}, Qt::blue));
+        DeleteFile(m_box->PicturePath(u"20250301"_s, Stomach, 2));
         frmCapCDWrite& screen = *OpenByMenu();
 
         InAdd(screen, [&](frmCapCDAdd& add) {
             QCOMPARE(add.sprCapList().DataRowCnt(), 3);
-            QCOMPARE(Cell(add.sprCapList(), 1, 3), u"20250301"_s);
-            Press(add, u"cmdAddFile"_s);
+            QCOMPARE(CellText(add.sprCapList(), 1, 3), u"20250301"_s);
+            PressIn(add, u"cmdAddFile"_s);
             QCOMPARE(m_box->Desk().shown, QStringList{u"추가할 자료가 없습니다.!!"_s});
             Q_EMIT add.sprCapList().DblClick(3, 3);
             Q_EMIT add.sprCapList().DblClick(1, 4); // An empty row changes nothing.
             fpSpread& pictures = add.sprImageList();
             QCOMPARE(pictures.DataRowCnt(), 21); // 102 pictures, five to a row.
-            QVERIFY(Cell(pictures, 2, 1).endsWith(u"\\2025\\위내시경\\0000123420250301003.jpg"_s));
+            QVERIFY(CellText(pictures, 2, 1).endsWith(u"\\2025\\위내시경\\0000123420250301003.jpg"_s));
             pictures.setCol(2);
             QVERIFY(!pictures.TypePictPicture().isNull());
             Click(pictures, 1, 1);
             Click(pictures, 3, 2, Qt::ControlModifier);
             Click(pictures, 5, 3, Qt::ControlModifier);
             // Gone since it was listed: left out without a word.
-            DeleteFile(m_box->PicturePath(u"20250301"_s, stomach, 16));
-            Press(add, u"cmdAddFile"_s);
+            DeleteFile(m_box->PicturePath(u"20250301"_s, Stomach, 16));
+            PressIn(add, u"cmdAddFile"_s);
             QVERIFY(add.IsUnloaded());
             QCOMPARE(add.findChild<QProgressBar*>(u"barCount"_s)->value(), 100);
         });
@@ -275,7 +171,7 @@ private Q_SLOTS:
                 Q_EMIT add.sprCapList().DblClick(1, visit);
                 QCOMPARE(add.sprImageList().DataRowCnt(), 1);
                 Click(add.sprImageList(), 1, 1);
-                Press(add, u"cmdAddFile"_s);
+                PressIn(add, u"cmdAddFile"_s);
             });
         }
         QCOMPARE(Staged().mid(2), (QStringList{u"0000123420261101001 (2).jpg"_s, u"0000123420261101001.jpg"_s}));
@@ -305,14 +201,14 @@ private Q_SLOTS:
             QCOMPARE(list.MaxRows(), 4);
             QStringList sizes;
             for (int row = 1; row <= 4; ++row)
-                sizes << Cell(list, 2, row);
+                sizes << CellText(list, 2, row);
             QCOMPARE(sizes, (QStringList{u"0"_s, u"2"_s, u"2"_s, u"3"_s}));
-            QCOMPARE(Cell(list, 5, 1), folder + movies[0].first);
+            QCOMPARE(CellText(list, 5, 1), folder + movies[0].first);
             Click(list, 1, 2);
             Click(list, 3, 4, Qt::ShiftModifier);
             QCOMPARE(list.SelectionCount(), 3);
             DeleteFile(folder + movies[2].first);
-            Press(add, u"cmdAddFile"_s);
+            PressIn(add, u"cmdAddFile"_s);
         });
         QCOMPARE(Staged(), (QStringList{movies[1].first, movies[3].first}));
         QCOMPARE(m_box->Desk().shown.size(), 1);
@@ -320,16 +216,6 @@ private Q_SLOTS:
 
         VisitContext.Chart = u"1234    "_s; // Too short to match eight characters.
         inMovies([](frmCapCDAdd& add) { QCOMPARE(add.sprMovieList().DataRowCnt(), 0); });
-        KeepWriter();
-        writer.equipped = false;
-        VisitContext.Chart = QString::fromUtf16(StationInABox::Chart);
-        inMovies([&](frmCapCDAdd& add) {
-            Click(add.sprMovieList(), 1, 1);
-            Press(add, u"cmdAddFile"_s);
-            QCOMPARE(m_box->Desk().shown.last(), NotReady);
-            QVERIFY(!add.IsUnloaded());
-            Press(add, u"cmdExit"_s);
-        });
     }
 
     /// The writer's own window has emptied the folder.
@@ -350,10 +236,10 @@ private Q_SLOTS:
         frmCapCDWrite& screen = *OpenByMenu();
         QCOMPARE(screen.findChild<QComboBox*>(u"cmbCDList"_s)->currentText(), m_data->path() + u"/cd.iso"_s);
         QTimer::singleShot(0, &screen, [&] {
-            Press(screen, u"cmdStart"_s);
+            PressIn(screen, u"cmdStart"_s);
             screen.Unload();
         });
-        Press(screen, u"cmdStart"_s);
+        PressIn(screen, u"cmdStart"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{u"CD저장 장치를 사용중입니다.!!"_s});
         QVERIFY(QFileInfo(m_data->path() + u"/cd.iso"_s).size() > 3000000);
         QVERIFY(FindForm(u"frmCapture"_s) != nullptr);
@@ -368,9 +254,8 @@ private:
     }
     static frmCapCDWrite* OpenByMenu()
     {
-        frmCapture& capture = Form<frmCapture>();
-        capture.Show();
-        capture.findChild<QAction*>(u"CD저장"_s)->trigger();
+        OpenScreen();
+        Choose(u"CD저장"_s);
         return static_cast<frmCapCDWrite*>(FindForm(u"frmCapCDWrite"_s));
     }
     /// Opens the choice of files by its button and runs `work` on it.
@@ -388,10 +273,10 @@ private:
             add->Unload();
         });
         timer.start(1);
-        Press(screen, u"cmdAddFile"_s);
+        PressIn(screen, u"cmdAddFile"_s);
         QVERIFY(worked);
     }
-    static void Press(QWidget& form, const QString& button)
+    static void PressIn(QWidget& form, const QString& button)
     {
         QTest::mouseClick(form.findChild<QPushButton*>(button), Qt::LeftButton);
     }
@@ -400,12 +285,6 @@ private:
         auto* view = grid.findChild<QTableView*>();
         QTest::mouseClick(view->viewport(), Qt::LeftButton, keys,
                           view->visualRect(view->model()->index(row - 1, column - 1)).center());
-    }
-    static QString Cell(fpSpread& grid, int column, int row)
-    {
-        grid.setRow(row);
-        grid.setCol(column);
-        return grid.Text();
     }
     static QStringList Staged()
     {

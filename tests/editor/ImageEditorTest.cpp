@@ -1,30 +1,54 @@
-#include "capture/frmCapture.h"
-#include "contracts/fpSpread.h"
 #include "editor/edit_settings.h"
 #include "editor/frmImgEdit.h"
+#include "editor/SnapshotChain.h"
 #include "editor/TextEntryBox.h"
-#include "frame/services.h"
 #include "frame/twips.h"
+#include "support/CaptureScreen.h"
 #include "support/EditorInABox.h"
 #include "support/PictureFiles.h"
+#include "support/testing.h"
 #include "text/text_routines.h"
 #include "visit/device_settings.h"
-#include "visit/VisitContext.h"
 
-#include <QColorDialog>
-#include <QFontDialog>
-#include <QRandomGenerator>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
+#include <array>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-const QString Stomach = u"위내시경"_s;
-const QString Day = u"20250301"_s;
+const QString Earlier = u"20250301"_s;
 const QString Refused = u"확대나 축소시에는 이미지를 편집할수 없습니다.!!"_s;
 
+/// Canvas and holders with numbers for pictures: 0 is the opened one, each stroke paints the next number.
+class Desk
+{
+public:
+    SnapshotChain chain;
+    int canvas = 0;
+    int strokes = 0;
+    std::array<int, SnapshotChain::Holders + 1> holders;
+
+    Desk()
+    {
+        holders.fill(-1);
+        holders[1] = 0;
+    }
+
+    void Step(QChar step)
+    {
+        if (step == u's') {
+            holders[At(chain.Press())] = canvas;
+            canvas = ++strokes;
+            holders[At(chain.HolderIndex())] = canvas;
+        } else if (step == u't') { // a text entry that is left again
+            holders[At(chain.Press())] = canvas;
+            chain.TakeBackPress();
+        } else if (const auto holder = step == u'u' ? chain.Undo() : chain.Redo()) {
+            canvas = holders[At(*holder)];
+        }
+    }
+
+    static size_t At(int holder) { return static_cast<size_t>(holder); }
+};
 } // namespace
 
 class ImageEditorTest : public QObject
@@ -37,11 +61,9 @@ private Q_SLOTS:
 
     void AHistoryPictureIsMarkedAndShownAnew()
     {
-        m_box->AddPicture(Day, Stomach, 1);
-        m_box->AddPicture(Day, Stomach, 2, u"용종"_s);
-        frmCapture& screen = Form<frmCapture>();
-        screen.Show();
-        screen.ShowStored();
+        m_box->AddPicture(Earlier, Stomach, 1);
+        m_box->AddPicture(Earlier, Stomach, 2, u"용종"_s);
+        frmCapture& screen = OpenScreen();
         Q_EMIT screen.sprCap(3).DblClick(1, 1);
         Q_EMIT screen.sprCap(2).DblClick(2, 2);
         Q_EMIT screen.sprCap(2).DblClick(1, 1);
@@ -55,11 +77,11 @@ private Q_SLOTS:
         };
         const QImage before = thumbnail();
         QVERIFY(!before.isNull());
-        const QByteArray stored = Files().ReadFile(m_box->PicturePath(Day, Stomach, 2));
+        const QByteArray stored = Files().ReadFile(m_box->PicturePath(Earlier, Stomach, 2));
         for (const bool save : {false, true}) {
             m_box->OnceOpen([this, save](frmImgEdit& editor) {
                 QCOMPARE(editor.windowModality(), Qt::ApplicationModal);
-                QCOMPARE(editor.lblFilePath().text(), m_box->PicturePath(Day, Stomach, 2));
+                QCOMPARE(editor.lblFilePath().text(), m_box->PicturePath(Earlier, Stomach, 2));
                 m_box->Tool(3);
                 m_box->Drag({100, 100}, {540, 380});
                 if (save)
@@ -69,10 +91,10 @@ private Q_SLOTS:
             Q_EMIT screen.sprCap(2).DblClick(4, 1);
             QCOMPARE(VisitContext.ImageSaved, save);
             QCOMPARE(thumbnail() != before, save);
-            QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, 2)) != stored, save);
+            QCOMPARE(Files().ReadFile(m_box->PicturePath(Earlier, Stomach, 2)) != stored, save);
         }
         QVERIFY(m_box->Desk().shown.isEmpty());
-        QVERIFY(IsYellow(LoadPicture(m_box->PicturePath(Day, Stomach, 2)), {300, 100}));
+        QVERIFY(IsYellow(LoadPicture(m_box->PicturePath(Earlier, Stomach, 2)), {300, 100}));
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
     }
 
@@ -96,44 +118,23 @@ private Q_SLOTS:
         QVERIFY(!m_box->Button(u"cmdReDo"_s).isEnabled());
     }
 
-    void ZoomEndsAtBothEnds()
-    {
-        frmImgEdit& editor = m_box->Open({640, 480});
-        for (int click = 0; click < 6; ++click)
-            m_box->Click(u"cmdZoomOut"_s);
-        QCOMPARE(editor.ZoomLevel(), 9);
-        QCOMPARE(editor.imgMain().ViewScale(), 2.0);
-        QVERIFY(!m_box->Button(u"cmdZoomOut"_s).isEnabled());
-        QCOMPARE(editor.imgMain().cursor().shape(), Qt::OpenHandCursor);
-        QCOMPARE(editor.imgMain().size(), QSize(720, 480));
-        for (int click = 0; click < 9; ++click)
-            m_box->Click(u"cmdZoomIn"_s);
-        QCOMPARE(editor.ZoomLevel(), 1);
-        QVERIFY(!m_box->Button(u"cmdZoomIn"_s).isEnabled());
-        QVERIFY(m_box->Button(u"cmdZoomOut"_s).isEnabled());
-    }
-
     void BadPicturesCloseTheEditor_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("shown");
+        Columns<QByteArray, QString>("content", "shown");
         const QString unreadable = u"그림을 읽을 수 없습니다.!!"_s;
         const QByteArray huge = PictureFiles::Promising(StationInABox::Jpeg({64, 64}, Qt::red), 65000, 65000);
-        QTest::newRow("empty") << QByteArray() << unreadable;
         QTest::newRow("cut in its header") << huge.left(40) << unreadable;
         QTest::newRow("65,000 pixels square") << huge << u"그림이 너무 큽니다.!! (65000 x 65000, 한도 200메가픽셀)"_s;
         QTest::newRow("66 megapixels")
             << PictureFiles::Blank({8200, 8000}, "jpeg")
             << u"큰 그림은 줄어들게 되므로 편집할 수 없습니다.!! (8200 x 8000, 한도 64메가픽셀)"_s;
-        QTest::newRow("no picture") << QByteArray("GIF? no.") << unreadable;
     }
 
     void BadPicturesCloseTheEditor()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(QString, shown);
-        const QString path = m_box->PicturePath(Day, Stomach, 1);
-        m_box->AddPicture(Day, Stomach, 1);
+        QFETCH2(QByteArray, content, QString, shown);
+        const QString path = m_box->PicturePath(Earlier, Stomach, 1);
+        m_box->AddPicture(Earlier, Stomach, 1);
         WriteWholeFile(path, content);
         frmImgEdit& editor = Form<frmImgEdit>();
         editor.lblFilePath().setText(path);
@@ -145,8 +146,8 @@ private Q_SLOTS:
 
     void ACutPictureOpensWithAMessage()
     {
-        m_box->AddPicture(Day, Stomach, 1);
-        const QString path = m_box->PicturePath(Day, Stomach, 1);
+        m_box->AddPicture(Earlier, Stomach, 1);
+        const QString path = m_box->PicturePath(Earlier, Stomach, 1);
         const QByteArray whole = PictureFiles::Blank({640, 480}, "jpeg");
         WriteWholeFile(path, whole.left(whole.size() * 3 / 4));
         m_box->OnceOpen([this](frmImgEdit& editor) {
@@ -178,52 +179,6 @@ private Q_SLOTS:
         m_box->Click(u"cmdISave"_s);
         QVERIFY(!VisitContext.ImageSaved && !FileExists(path));
         QCOMPARE(m_box->Desk().shown.size(), 1);
-    }
-
-    void Settings_data()
-    {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value");
-        QTest::addColumn<QString>("text"); // name, bold, size, italic, underline, strikethrough, colour
-        const QString standing = u"바탕 0 16 0 0 0 65535"_s;
-        QTest::newRow("none") << QString() << QString() << standing;
-        QTest::newRow("a name") << u"Font Name"_s << u"굴림"_s << u"굴림 0 16 0 0 0 65535"_s;
-        QTest::newRow("a long name") << u"Font Name"_s << u"NanumGothicCoding"_s << u"NanumGothi 0 16 0 0 0 65535"_s;
-        QTest::newRow("a name of rubbish") << u"Font Name"_s << u"a\\b'c"_s << u"a/b c 0 16 0 0 0 65535"_s;
-        QTest::newRow("no name") << u"Font Name"_s << u"   "_s << standing;
-        QTest::newRow("bold") << u"Font Bold"_s << u"Y"_s << u"바탕 1 16 0 0 0 65535"_s;
-        QTest::newRow("nearly bold") << u"Font Bold"_s << u"y"_s << standing;
-        QTest::newRow("size") << u"Font Size"_s << u"24"_s << u"바탕 0 24 0 0 0 65535"_s;
-        QTest::newRow("size of nothing") << u"Font Size"_s << u"0"_s << standing;
-        QTest::newRow("size below nothing") << u"Font Size"_s << u"-3"_s << standing;
-        QTest::newRow("size beyond all") << u"Font Size"_s << u"999999999"_s << standing;
-        QTest::newRow("size of rubbish") << u"Font Size"_s << u"12pt"_s << standing;
-        QTest::newRow("italic") << u"Font Italic"_s << u"Y"_s << u"바탕 0 16 1 0 0 65535"_s;
-        QTest::newRow("underline") << u"Font Underline"_s << u"Y"_s << u"바탕 0 16 0 1 0 65535"_s;
-        QTest::newRow("strikethrough") << u"Font Strikethrough"_s << u"Y"_s << u"바탕 0 16 0 0 1 65535"_s;
-        QTest::newRow("colour") << u"Color"_s << u"255"_s << u"바탕 0 16 0 0 0 255"_s;
-        QTest::newRow("black") << u"Color"_s << u"0"_s << standing;
-        QTest::newRow("no colour") << u"Color"_s << u"-1"_s << standing;
-        QTest::newRow("colour beyond all") << u"Color"_s << u"999999999"_s << standing;
-        QTest::newRow("colour of rubbish") << u"Color"_s << u"빨강"_s << standing;
-    }
-
-    void Settings()
-    {
-        QFETCH(QString, key);
-        QFETCH(QString, value);
-        if (!key.isEmpty())
-            WriteSetting(u"Image Edit Setting"_s, key, value);
-        const EditSettings settings = LoadEditSettings();
-        const QFont& font = settings.font;
-        QTEST(u"%1 %2 %3 %4 %5 %6 %7"_s.arg(font.family())
-                  .arg(font.bold() ? 1 : 0)
-                  .arg(font.pointSize())
-                  .arg(font.italic() ? 1 : 0)
-                  .arg(font.underline() ? 1 : 0)
-                  .arg(font.strikeOut() ? 1 : 0)
-                  .arg(settings.colour),
-              "text");
     }
 
     void ColourAndFontOutlastTheEditor()
@@ -258,83 +213,207 @@ private Q_SLOTS:
         QCOMPARE(again.imgMain().Picture().pixelColor(150, 100), QColor(0, 200, 100));
     }
 
-    /// Whatever is pressed, the canvas shows what a plain list of the five holders says, and a save stores that.
-    void AnythingInAnyOrder()
+    void MarksLandUnderThePointer_data()
     {
-        frmImgEdit& editor = m_box->Open({96, 64});
-        QRandomGenerator random(17);
-        std::array<QImage, 6> holders;
-        QImage canvas = editor.imgMain().Picture();
-        holders[1] = canvas;
-        size_t index = 1;
-        size_t lastPress = 1;
-        int level = 5;
-        const auto point = [&] { return QPoint(int(random.bounded(900)) - 90, int(random.bounded(600)) - 60); };
-        for (int step = 0; step < 10000; ++step) {
-            switch (random.bounded(12)) {
-            case 0:
-            case 1:
-            case 2: {
-                const int tool = std::array{0, 2, 3, 4, 5}[random.bounded(5u)];
-                m_box->Tool(tool);
-                const QImage before = editor.imgMain().Picture();
-                m_box->Drag(point(), point(), point());
-                if (level != 5) {
-                    QCOMPARE(editor.imgMain().Picture(), before);
-                    break;
-                }
-                holders[index] = canvas;
-                lastPress = index;
-                index = index < 5 ? index + 1 : 1;
-                canvas = editor.imgMain().Picture();
-                holders[index] = canvas;
-                break;
+        Columns<QSize, int, bool>("size", "tool", "zoomedAndBack");
+        for (const QSize& size : {QSize(640, 480), QSize(1920, 1080), QSize(1080, 1920)}) {
+            for (const int tool : {0, 2, 3, 4, 5}) {
+                QTest::addRow("%dx%d tool %d", size.width(), size.height(), tool) << size << tool << false;
+                QTest::addRow("%dx%d tool %d natural", size.width(), size.height(), tool) << size << tool << true;
             }
-            case 3:
-            case 4:
-                if (m_box->Button(u"cmdUnDo"_s).isEnabled() && index > 1)
-                    canvas = holders[--index];
-                m_box->Click(u"cmdUnDo"_s);
-                break;
-            case 5:
-            case 6:
-                if (m_box->Button(u"cmdReDo"_s).isEnabled() && index < 5 && index <= lastPress)
-                    canvas = holders[++index];
-                m_box->Click(u"cmdReDo"_s);
-                break;
-            case 7:
-                level = qMin(9, level + 1);
-                m_box->Click(u"cmdZoomOut"_s);
-                break;
-            case 8:
-                level = qMax(1, level - 1);
-                m_box->Click(u"cmdZoomIn"_s);
-                break;
-            case 9:
-                while (editor.ZoomLevel() != 5)
-                    m_box->Click(editor.ZoomLevel() > 5 ? u"cmdZoomIn"_s : u"cmdZoomOut"_s);
-                level = 5;
-                break;
-            case 10: // a text that is left again
-                if (level == 5) {
-                    m_box->Tool(1);
-                    m_box->Drag(point(), point());
-                    m_box->Tool(0);
-                }
-                break;
-            default:
-                if (step % 10 == 0)
-                    m_box->Click(u"cmdISave"_s);
-            }
-            QCOMPARE(editor.ZoomLevel(), level);
-            QCOMPARE(editor.Chain().HolderIndex(), int(index));
-            QCOMPARE(editor.imgMain().Picture(), canvas);
-            QCOMPARE(editor.imgImage(int(index)).Picture(), canvas);
         }
-        m_box->Click(u"cmdISave"_s);
-        QCOMPARE(LoadPicture(editor.lblFilePath().text()).size(), canvas.size());
-        for (const QString& text : std::as_const(m_box->Desk().shown))
-            QCOMPARE(text, Refused);
+    }
+
+    void MarksLandUnderThePointer()
+    {
+        QFETCH3(QSize, size, int, tool, bool, zoomedAndBack);
+        frmImgEdit& editor = m_box->Open(size);
+        if (zoomedAndBack) {
+            m_box->Click(u"cmdZoomOut"_s);
+            m_box->Click(u"cmdZoomIn"_s);
+            QCOMPARE(editor.imgMain().ViewScale(), 1.0);
+        }
+        m_box->Tool(tool);
+        for (const bool backwards : {false, true}) {
+            const QPoint one(50, 60);
+            const QPoint two(200, 220);
+            const QPointF from = editor.imgMain().PictureFromView(one);
+            const QPointF to = editor.imgMain().PictureFromView(two);
+            const QPointF by = editor.imgMain().PictureFromView(QPoint(250, 300));
+            if (backwards)
+                m_box->Drag(two, one, {250, 300});
+            else
+                m_box->Drag(one, two, {250, 300});
+            const QRect marked = Marked(editor.imgMain().Picture());
+            const QRect expected = QRectF(from, to).toAlignedRect();
+            // The free line went by way of the third point.
+            const QRect way(by.toPoint(), QSize(1, 1));
+            const QRect reached = (tool == 0 ? expected | way : expected) & QRect(QPoint(), size);
+            QVERIFY2(reached.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
+            QVERIFY2(marked.adjusted(-8, -8, 8, 8).contains(reached), qPrintable(QDebug::toString(marked)));
+            m_box->Click(u"cmdISave"_s);
+            const QImage read = LoadPicture(editor.lblFilePath().text());
+            QCOMPARE(read.size(), size);
+            QVERIFY(Marked(read).intersects(marked));
+            m_box->Click(u"cmdUnDo"_s);
+            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
+            if (zoomedAndBack) {
+                // Undo fits the picture; natural size is a zoom step away and back.
+                m_box->Click(u"cmdZoomOut"_s);
+                m_box->Click(u"cmdZoomIn"_s);
+            }
+        }
+    }
+
+    void AStrokeMayLeaveTheCanvas()
+    {
+        frmImgEdit& editor = m_box->Open({640, 480});
+        for (const int tool : {0, 2, 3, 4, 5}) {
+            m_box->Tool(tool);
+            m_box->Drag({300, 200}, {-900, 3000}, {5000, -70});
+            QVERIFY(!Marked(editor.imgMain().Picture()).isNull());
+            m_box->Click(u"cmdUnDo"_s);
+            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
+        }
+    }
+
+    void TextStandsWhereItsBoxWas_data()
+    {
+        Columns<QSize, QPoint, QPoint>("size", "from", "to");
+        QTest::newRow("to the lower right") << QSize(640, 480) << QPoint(100, 80) << QPoint(300, 140);
+        QTest::newRow("to the upper left") << QSize(640, 480) << QPoint(300, 140) << QPoint(100, 80);
+        QTest::newRow("fitted") << QSize(1920, 1080) << QPoint(300, 140) << QPoint(100, 80);
+        QTest::newRow("one point") << QSize(640, 480) << QPoint(100, 80) << QPoint(100, 80);
+    }
+
+    void TextStandsWhereItsBoxWas()
+    {
+        QFETCH3(QSize, size, QPoint, from, QPoint, to);
+        frmImgEdit& editor = m_box->Open(size);
+        m_box->Tool(1);
+        QCOMPARE(editor.imgMain().cursor().shape(), Qt::IBeamCursor);
+        m_box->Drag(from, to);
+        TextEntryBox& box = editor.txtText();
+        QVERIFY(box.isVisible());
+        QCOMPARE(box.pos(), QPoint(100, 80));
+        QVERIFY(box.width() >= qAbs(to.x() - from.x()) && box.height() >= qAbs(to.y() - from.y()));
+        QCOMPARE(QApplication::focusWidget(), &box);
+        QTest::keyClicks(&box, u"  polyp "_s);
+        // What an input method has put together, and what it has still in hand.
+        QInputMethodEvent whole;
+        whole.setCommitString(u"용"_s);
+        QCoreApplication::sendEvent(&box, &whole);
+        QInputMethodEvent composing(u"종"_s, {});
+        QCoreApplication::sendEvent(&box, &composing);
+        QCOMPARE(box.text(), u"  polyp 용"_s);
+        const QSize seen = box.size();
+        QTest::keyClick(&box, Qt::Key_Return);
+        QVERIFY(!box.isVisible());
+        QVERIFY(box.text().isEmpty());
+        const QImage drawn = editor.imgMain().Picture();
+        const QRect marked = Marked(drawn);
+        const qreal scale = editor.imgMain().ViewScale();
+        const QRect place = QRectF(QPointF(100, 80) / scale, QSizeF(seen) / scale).toAlignedRect();
+        QVERIFY2(place.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
+        QVERIFY(marked.left() < place.left() + 6);
+        // The same share of every picture, so that it can be read on paper.
+        QVERIFY2(marked.height() * 480 > 12 * size.height(), qPrintable(QDebug::toString(marked)));
+    }
+
+    void ATextThatIsLeftLeavesNothing_data()
+    {
+        QTest::addColumn<QString>("button");
+        QTest::newRow("another tool") << u"cmdDMode(4)"_s;
+        QTest::newRow("save") << u"cmdISave"_s;
+        QTest::newRow("zoom") << u"cmdZoomOut"_s;
+        QTest::newRow("redo") << u"cmdReDo"_s;
+        QTest::newRow("a press on the canvas") << QString();
+    }
+
+    void ATextThatIsLeftLeavesNothing()
+    {
+        QFETCH(QString, button);
+        frmImgEdit& editor = m_box->Open({640, 480});
+        m_box->Tool(4);
+        for (int stroke = 0; stroke < 4; ++stroke)
+            m_box->Drag({10, 20 * stroke + 20}, {600, 20 * stroke + 20});
+        m_box->Click(u"cmdUnDo"_s);
+        const QImage before = editor.imgMain().Picture();
+        m_box->Tool(1);
+        m_box->Drag({100, 200}, {300, 260});
+        QTest::keyClicks(&editor.txtText(), u"never mind"_s);
+        if (button.isEmpty())
+            QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {250, 300});
+        else
+            m_box->Click(button);
+        QVERIFY(!editor.txtText().isVisible() || button.isEmpty());
+        if (button.isEmpty())
+            m_box->Tool(4);
+        QCOMPARE(editor.Chain().HolderIndex(), button == u"cmdReDo"_s ? 5 : 4);
+        if (button == u"cmdISave"_s) {
+            const QImage saved = LoadPicture(editor.lblFilePath().text());
+            QVERIFY(IsYellow(saved, {300, 60}));
+            QVERIFY(!IsYellow(saved, {300, 80}));
+        }
+        if (button != u"cmdReDo"_s) {
+            QCOMPARE(editor.imgMain().Picture(), before);
+            m_box->Click(u"cmdReDo"_s);
+        }
+        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 80}));
+    }
+
+    void KeysWaitForStrokeAndText()
+    {
+        frmImgEdit& editor = m_box->Open({640, 480});
+        m_box->Tool(4);
+        m_box->Drag({10, 20}, {600, 20});
+        const QImage one = editor.imgMain().Picture();
+        QTest::mousePress(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {10, 90});
+        QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
+        QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(editor.imgMain().Picture(), one);
+        QTest::mouseRelease(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 90});
+        QVERIFY(!VisitContext.ImageSaved);
+        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
+        QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
+        QCOMPARE(editor.imgMain().Picture(), one);
+        QTest::keyClick(&editor, Qt::Key_Y, Qt::ControlModifier);
+        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
+        m_box->Tool(1);
+        m_box->Drag({100, 200}, {300, 260});
+        QTest::keyClick(&editor.txtText(), Qt::Key_S, Qt::ControlModifier);
+        QVERIFY(!VisitContext.ImageSaved);
+        QVERIFY(editor.txtText().isVisible());
+        m_box->Tool(4);
+        QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
+        QVERIFY(VisitContext.ImageSaved);
+    }
+
+    void Sequences_data()
+    {
+        Columns<QString, int, bool, bool>("steps", "shown", "undo", "redo");
+        QTest::newRow("undone") << u"su"_s << 0 << false << true;
+        QTest::newRow("and back") << u"sur"_s << 1 << true << true;
+        QTest::newRow("four strokes are undone") << u"ssssuuuu"_s << 0 << false << true;
+        QTest::newRow("redo ends at the fifth holder") << u"ssssuuuurrrr"_s << 4 << true << false;
+        QTest::newRow("redo stays enabled through strokes") << u"suss"_s << 3 << true << true;
+        QTest::newRow("the fifth stroke turns the chain") << u"sssss"_s << 5 << true << false;
+        QTest::newRow("nothing before the turn") << u"sssssu"_s << 5 << false << false;
+        QTest::newRow("the old holders lie above the turn") << u"sssssrr"_s << 2 << true << false;
+        QTest::newRow("a text left at once") << u"t"_s << 0 << false << false;
+        QTest::newRow("then undo goes one stroke back") << u"sstu"_s << 1 << true << true;
+        QTest::newRow("a text left at the turn") << u"sssstu"_s << 3 << true << true;
+    }
+
+    void Sequences()
+    {
+        QFETCH(QString, steps);
+        Desk desk;
+        for (const QChar step : steps)
+            desk.Step(step);
+        QTEST(desk.canvas, "shown");
+        QTEST(desk.chain.UndoEnabled(), "undo");
+        QTEST(desk.chain.RedoEnabled(), "redo");
     }
 
 private:

@@ -1,20 +1,13 @@
 #pragma once
 
-#include "contracts/fpSpread.h"
 #include "contracts/StatusPanels.h"
 #include "findings/findings_popups.h"
 #include "findings/findings_record.h"
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "findings/open_findings.h"
-#include "frame/components.h"
 #include "screenparts/fill_routines.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QLineEdit>
-#include <QPushButton>
-#include <QTest>
 
 /// A station with doctors, and the findings screen opened on the visit as the capture screen opens it.
 class FindingsInABox : public StationInABox

@@ -3,9 +3,6 @@
 #include "platform/desktop/prepare_application.h"
 #include "support/PdfPages.h"
 
-#include <QProgressDialog>
-#include <QTimer>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -37,9 +34,7 @@ private Q_SLOTS:
 
     void PagesByTheLines_data()
     {
-        QTest::addColumn<int>("findings");
-        QTest::addColumn<int>("remarks");
-        QTest::addColumn<int>("pages");
+        Columns<int, int, int>("findings", "remarks", "pages");
         QTest::newRow("one line") << 1 << 0 << 1;
         QTest::newRow("a full page") << 25 << 4 << 1;
         QTest::newRow("the 26th line") << 26 << 0 << 2;
@@ -48,9 +43,7 @@ private Q_SLOTS:
 
     void PagesByTheLines()
     {
-        QFETCH(int, findings);
-        QFETCH(int, remarks);
-        QFETCH(int, pages);
+        QFETCH3(int, findings, int, remarks, int, pages);
         FindingsInABox::Findings().setText(Lines(findings, u"소견 "_s));
         FindingsInABox::Remark().setText(Lines(remarks, u"비고 "_s));
         m_box->Press(u"출력"_s);

@@ -2,8 +2,6 @@
 
 #include "findings/findings_rows.h"
 
-#include <QComboBox>
-
 using namespace Qt::StringLiterals;
 
 class FindingsRecordTest : public QObject
@@ -89,8 +87,7 @@ private Q_SLOTS:
 
     void ARowThatStandsUnderTheNumber_data()
     {
-        QTest::addColumn<QString>("findings");
-        QTest::addColumn<QString>("rows");
+        Columns<QString, QString>("findings", "rows");
         QTest::newRow("sent before, the answer lost") << u"내 소견"_s << u"1"_s;
         QTest::newRow("of the same visit, by another station") << u"남의 소견"_s << u"2"_s;
     }
@@ -150,19 +147,6 @@ private Q_SLOTS:
         m_box->Run(RefusalOfBareRows());
         Store(u"소견"_s);
         QCOMPARE(Findings(u"2026000001"_s), u"소견"_s);
-    }
-
-    void AReportOfAnotherChartShowsItsOwnPatient()
-    {
-        m_box->AddReport(u"2026000001"_s, u"00000001"_s, u"가나다"_s);
-        QVERIFY(ReadFindingsByNumber(u"2026000001"_s));
-        QCOMPARE(FindingsRecord.Sex, u"M"_s);
-        QCOMPARE(FindingsRecord.Nai, u"53세 "_s);
-        QCOMPARE(FindingsRecord.PicNo[1], 5);
-        QVERIFY(FindingsRecord.PicPath[0].isEmpty());
-        QVERIFY(FindingsRecord.PicPath[1].endsWith(u"2026\\위내시경\\0000000120260303005.jpg"_s));
-        QVERIFY(!ReadFindingsByNumber(u"2026000009"_s));
-        QCOMPARE(FindingsRecord.Chart, u"0"_s);
     }
 
 private:

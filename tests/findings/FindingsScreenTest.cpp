@@ -4,17 +4,7 @@
 #include "findings/UpDownArrows.h"
 #include "FindingsInABox.h"
 #include "frame/guard.h"
-#include "frame/services.h"
 #include "screenparts/fill_routines.h"
-#include "visit/VisitContext.h"
-
-#include <QComboBox>
-#include <QDialog>
-#include <QLabel>
-#include <QListWidget>
-#include <QMenu>
-#include <QTimer>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -27,7 +17,11 @@ class FindingsScreenTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { m_box = std::make_unique<FindingsInABox>(); }
+    void init()
+    {
+        m_box = std::make_unique<FindingsInABox>();
+        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+    }
     void cleanup() { m_box.reset(); }
 
     void ANewReportTakesSixPicturesOfThreeColumns()
@@ -74,7 +68,6 @@ private Q_SLOTS:
 
     void DoctorsValidOnTheDay()
     {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         m_box->Open();
         auto& doctors = *Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbJinchal"_s);
         QStringList entries;
@@ -90,10 +83,7 @@ private Q_SLOTS:
 
     void KeysStepFromTheValueShown_data()
     {
-        QTest::addColumn<QString>("list");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<Qt::Key>("key");
-        QTest::addColumn<QString>("value");
+        Columns<QString, QString, Qt::Key, QString>("list", "typed", "key", "value");
         QTest::newRow("month") << u"cmbPmm"_s << QString() << Qt::Key_Down << u"12"_s;
         QTest::newRow("day, typed") << u"cmbPdd"_s << u"7"_s << Qt::Key_Down << u"08"_s;
         QTest::newRow("doctor") << u"cmbJinchal"_s << QString() << Qt::Key_Up << u"11 나누리"_s;
@@ -101,11 +91,8 @@ private Q_SLOTS:
 
     void KeysStepFromTheValueShown()
     {
-        QFETCH(QString, list);
-        QFETCH(QString, typed);
-        QFETCH(Qt::Key, key);
+        QFETCH3(QString, list, QString, typed, Qt::Key, key);
         VisitContext.Jinchal = u"12"_s;
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         auto& shown = *m_box->Open().findChild<QComboBox*>(list);
         if (!typed.isEmpty())
             shown.setEditText(typed);
@@ -119,25 +106,16 @@ private Q_SLOTS:
 
     void ClearedAfterEachCommand_data()
     {
-        QTest::addColumn<QString>("button");
-        QTest::addColumn<bool>("answer");
-        QTest::addColumn<int>("messages");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("left");
+        Columns<QString, bool, int, QString, QString>("button", "answer", "messages", "text", "left");
         QTest::newRow("save, no") << u"저장"_s << false << 1 << u"소견"_s << u"소견"_s;
         QTest::newRow("save, nothing typed") << u"저장"_s << true << 2 << u"  "_s << QString();
         QTest::newRow("delete, no") << u"삭제"_s << false << 1 << u"소견"_s << QString();
-        QTest::newRow("print, no") << u"출력"_s << false << 1 << u"소견"_s << QString();
-        QTest::newRow("print, nothing typed") << u"출력"_s << true << 2 << QString() << QString();
         QTest::newRow("cancel") << u"취소"_s << false << 0 << u"소견"_s << QString();
     }
 
     void ClearedAfterEachCommand()
     {
-        QFETCH(QString, button);
-        QFETCH(bool, answer);
-        QFETCH(QString, text);
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
+        QFETCH3(QString, button, bool, answer, QString, text);
         m_box->Open();
         FindingsInABox::Findings().setText(text);
         m_box->Press(button, answer);
@@ -147,22 +125,8 @@ private Q_SLOTS:
         QCOMPARE(FindingsRecord.Yeonno, u"2026000001"_s);
     }
 
-    void ThePrintYearSteps()
-    {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
-        m_box->Open();
-        auto& arrows = *Form<frmCapSogyon>().findChild<UpDownArrows*>();
-        Q_EMIT arrows.UpClick();
-        QCOMPARE(FindingsInABox::TextOf(u"txtPyy"_s), u"2027"_s);
-        Form<frmCapSogyon>().findChild<QComboBox*>(u"cmbPmm"_s)->setEditText(QString());
-        Q_EMIT arrows.DownClick();
-        QCOMPARE(m_box->Desk().shown.last(), u"출력월를 확인하세요.!!"_s);
-        QCOMPARE(FindingsInABox::TextOf(u"txtPyy"_s), u"2027"_s);
-    }
-
     void OpeningAgainNeverPutsATextUnderAnotherVisit()
     {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         m_box->AddPicture(Earlier, VisitContext.Etc, 1);
         m_box->Open();
         FindingsInABox::Findings().setText(u"쓰던 소견"_s);
@@ -200,7 +164,6 @@ private Q_SLOTS:
     void AFaultLeavesAllAsItWas()
     {
         QFETCH(std::function<void(FindingsScreenTest&)>, work);
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         m_box->Open();
         FindingsInABox::Findings().setText(u"먼저 소견"_s);
         m_box->Press(u"저장"_s);
@@ -220,21 +183,8 @@ private Q_SLOTS:
                  u"나중 소견11나누리10001"_s);
     }
 
-    void AMinimisedScreenComesBack()
-    {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
-        frmCapSogyon& screen = m_box->Open();
-        for (const QString& text : {QString(), u"쓰던 소견"_s}) {
-            FindingsInABox::Findings().setText(text);
-            screen.showMinimized();
-            m_box->Open();
-            QVERIFY(!screen.isMinimized());
-        }
-    }
-
     void APhraseIsAppended()
     {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         m_box->Open();
         FindingsInABox::Findings().setText(u"앞."_s);
         for (int time = 0; time < 2; ++time) {
@@ -250,7 +200,6 @@ private Q_SLOTS:
 
     void EarlierFindingsWithTheSameWords()
     {
-        m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, 1);
         m_box->AddReport(u"2026000001"_s, u"00000001"_s, u"가"_s, u"20260101"_s);
         m_box->AddReport(u"2026000002"_s, u"00000002"_s, u"나"_s, u"20260202"_s);
         m_box->Run(u"UPDATE caso SET caso_sogyon = '100%_용종' WHERE caso_yeonno = '2026000001';"_s);

@@ -1,11 +1,6 @@
 #include "findings/frmSoFind.h"
 #include "FindingsInABox.h"
 
-#include <QContextMenuEvent>
-#include <QScrollBar>
-#include <QTableView>
-#include <QTimer>
-
 using namespace Qt::StringLiterals;
 
 class FindingsSearchTest : public QObject
@@ -42,21 +37,15 @@ private Q_SLOTS:
 
     void EachColumnIsAKey_data()
     {
-        QTest::addColumn<int>("x");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QStringList>("found");
+        Columns<int, int, QString, QStringList>("x", "key", "typed", "found");
         const QString first = u"2025-000001"_s;
         const QString second = u"2026-000001"_s;
         const QString third = u"2026-000002"_s;
         QTest::newRow("number") << 615 << 1 << u"2026"_s << QStringList{second, third};
         QTest::newRow("chart, padded") << 2085 << 2 << u"123"_s << QStringList{first, second};
-        QTest::newRow("type") << 3554 << 3 << u"01"_s << QStringList{first, second, third};
         QTest::newRow("name") << 4679 << 4 << u"나"_s << QStringList{second};
         QTest::newRow("name with a quote") << 3555 << 4 << u"O'"_s << QStringList{third, first, second};
-        QTest::newRow("resident number") << 4680 << 5 << u"7205"_s << QStringList{first, second, third};
         QTest::newRow("date") << 7814 << 6 << u"20250505"_s << QStringList{first, second};
-        QTest::newRow("nothing after it") << 6480 << 6 << u"2027"_s << QStringList{third, second, first};
         QTest::newRow("nothing typed") << 6480 << 6 << u"  "_s << QStringList{third, second, first};
         QTest::newRow("row numbers") << 614 << 0 << QString() << QStringList{};
         QTest::newRow("right of the columns") << 7815 << 0 << QString() << QStringList{};
@@ -64,10 +53,7 @@ private Q_SLOTS:
 
     void EachColumnIsAKey()
     {
-        QFETCH(int, x);
-        QFETCH(int, key);
-        QFETCH(QString, typed);
-        QFETCH(QStringList, found);
+        QFETCH4(int, x, int, key, QString, typed, QStringList, found);
         InList([&](frmSoFind& list) {
             Q_EMIT list.sprSo().RightClick(0, 1, 1, x, 256);
             QCOMPARE(ShownBox(list), nullptr);
@@ -87,34 +73,6 @@ private Q_SLOTS:
                 numbers.sort();
             QCOMPARE(numbers, found);
             QCOMPARE(list.sprSo().ActiveRow(), 1);
-        });
-    }
-
-    void ARightClickBesideTheColumnsDoesNothing()
-    {
-        InList([this](frmSoFind& list) {
-            bool menu = false;
-            QTimer::singleShot(0, this, [&menu] {
-                if (QWidget* popup = QApplication::activePopupWidget())
-                    menu = popup->close();
-            });
-            QScrollBar* bar = list.findChild<QTableView*>()->verticalScrollBar();
-            QContextMenuEvent event(QContextMenuEvent::Mouse, {1, 1}, bar->mapToGlobal(QPoint(1, 1)));
-            QCoreApplication::sendEvent(bar, &event);
-            QCoreApplication::processEvents();
-            QVERIFY(!menu);
-        });
-    }
-
-    void LeavingTheBoxCancels()
-    {
-        InList([](frmSoFind& list) {
-            Q_EMIT list.sprSo().RightClick(0, 1, 0, 700, 100);
-            QLineEdit* box = ShownBox(list);
-            QTest::keyClicks(box, u"2026"_s);
-            list.sprSo().setFocus();
-            QCOMPARE(ShownBox(list), nullptr);
-            QCOMPARE(box->text(), QString());
         });
     }
 
@@ -152,14 +110,6 @@ private Q_SLOTS:
             QCOMPARE(list.sprSo().MaxRows(), 1293);
             QCOMPARE(list.sprSo().TextAt(1, 1293), u"2025-000001"_s);
         });
-    }
-
-    void NoReports()
-    {
-        m_box->Run(u"DELETE FROM caso;"_s);
-        m_box->Open();
-        m_box->Press(u"조회"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{u" 캡쳐소견서가 없습니다.!!"_s});
     }
 
 private:

@@ -1,31 +1,12 @@
 #include "launch/Main.h"
 #include "capture/frmCapture.h"
 #include "contracts/cd.h"
-#include "contracts/fpSpread.h"
-#include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
-#include "frame/components.h"
-#include "frame/forms.h"
 #include "frame/plain_text.h"
-#include "frame/services.h"
 #include "screenparts/NoteBox.h"
 #include "support/StationInABox.h"
 #include "text/text_routines.h"
 #include "viewing/CapShow.h"
-#include "visit/VisitContext.h"
-
-#include <QComboBox>
-#include <QFile>
-#include <QMenu>
-#include <QPushButton>
-#include <QTest>
-#include <QTextDocumentFragment>
-#include <QTimer>
-#include <QToolButton>
-
-#include <sys/inotify.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -48,13 +29,6 @@ public:
             handed = connection;
         return answer;
     }
-};
-
-class NoOptions : public VideoOptions
-{
-public:
-    void OfferTestPicture(bool) override {}
-    void RepairMovies(const QString&) override {}
 };
 
 /// An account that may not make tables.
@@ -85,7 +59,6 @@ private Q_SLOTS:
         PreparedProfile::connection = Connection;
         RegisterComponent<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s,
                                            [] { return std::make_unique<PreparedProfile>(); });
-        InstallService<VideoOptions>(std::make_unique<NoOptions>());
         VisitContext = {};
         VisitContext.ImageExt = u"jpg"_s;
     }
@@ -97,26 +70,15 @@ private Q_SLOTS:
 
     void Launches_data()
     {
-        QTest::addColumn<QString>("command");
-        QTest::addColumn<int>("setupCalls");
-        QTest::addColumn<bool>("opens");
-        QTest::addColumn<QString>("etc");
-        QTest::addColumn<int>("messages");
+        Columns<QString, int, bool, QString, int>("command", "setupCalls", "opens", "etc", "messages");
         const QString visit = u"00001234011120261124"_s;
         QTest::newRow("empty") << QString() << 0 << false << QString() << 0;
-        QTest::newRow("blanks") << u"      "_s << 0 << false << QString() << 0;
-        QTest::newRow("one character") << u"A"_s << 1 << false << QString() << 0;
         QTest::newRow("cut inside the chart") << u"A01 0000"_s << 1 << true << u"위내시경"_s << 0;
-        QTest::newRow("cut inside the date") << u"A01 000012340111202"_s << 1 << true << u"위내시경"_s << 0;
         QTest::newRow("eight zeros") << u"A01 00000000011120261124위내시경"_s << 1 << false << QString() << 0;
-        QTest::newRow("seven zeros and a blank") << u"A01 0000000 011120261124"_s << 1 << true << u"위내시경"_s << 0;
         QTest::newRow("Korean section") << u"A01 "_s + visit + u"대장내시경  "_s << 1 << true << u"대장내시경"_s << 0;
         QTest::newRow("no section takes the first") << u"A01 "_s + visit << 1 << true << u"위내시경"_s << 0;
-        QTest::newRow("small c is the workstation") << u"c01 "_s + visit << 1 << true << u"위내시경"_s << 0;
         QTest::newRow("section that goes up") << u"A01 "_s + visit + u".."_s << 1 << false << QString() << 1;
         QTest::newRow("section with a slash") << u"A01 "_s + visit + u"a/b"_s << 1 << false << QString() << 1;
-        QTest::newRow("as long as its column")
-            << u"A01 "_s + visit + QString(100, u'a') << 1 << true << QString(100, u'a') << 0;
         QTest::newRow("longer than its column")
             << u"A01 "_s + visit + QString(101, u'a') << 1 << false << QString() << 1;
         QTest::newRow("10,000 characters") << u"A01 "_s + visit + QString(9976, u'가') << 1 << false << QString() << 1;
@@ -126,8 +88,7 @@ private Q_SLOTS:
 
     void Launches()
     {
-        QFETCH(QString, command);
-        QFETCH(bool, opens);
+        QFETCH2(QString, command, bool, opens);
         m_box->Desk().command = command;
         Main();
         QTEST(PreparedProfile::calls, "setupCalls");
@@ -164,17 +125,6 @@ private Q_SLOTS:
         QCOMPARE(VisitContext.Etc, u"대장내시경"_s);
         QCOMPARE(VisitContext.ImageExt, u"bmp"_s);
         QCOMPARE(VisitContext.CaptureDir, m_box->Root() + u"2026\\"_s);
-    }
-
-    void TheScreenIsFilled()
-    {
-        m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1, u"소견"_s);
-        m_box->Desk().command = u"A01 00001234011120261124위내시경"_s;
-        Main();
-        frmCapture& screen = Form<frmCapture>();
-        QCOMPARE(screen.sprCap(1).DataRowCnt(), 2);
-        QCOMPARE(screen.sprCap(3).DataRowCnt(), 1);
-        QCOMPARE(screen.txtCapChamgo().toPlainText(), u"소견"_s);
     }
 
     void ASecondInstanceSaysSoAndEnds()
@@ -250,9 +200,6 @@ private Q_SLOTS:
     {
         const QString pipe = m_box->Root() + u"pipe"_s;
         MakeFolder(m_box->Root());
-        QCOMPARE(mkfifo(QFile::encodeName(NativePath(pipe)).constData(), 0600), 0);
-        const int watch = inotify_init1(IN_NONBLOCK);
-        QVERIFY(inotify_add_watch(watch, QFile::encodeName(NativePath(pipe)).constData(), IN_OPEN) >= 0);
         qputenv("XDG_DATA_HOME", m_box->Root().toUtf8());
         PreparedProfile::prepared.BurnerImage = m_box->Root() + u"cd.iso"_s;
         const QString text = u"<img src=\"%1\"><b>&x"_s.arg(NativePath(pipe));
@@ -295,16 +242,11 @@ private Q_SLOTS:
                 form->Unload();
             m_box->Desk().ended = false;
         }
-        char event[256];
-        QVERIFY(read(watch, event, sizeof event) < 0); // Nobody has opened the pipe.
-        close(watch);
     }
 
     void ATableThatCantBeMade_data()
     {
-        QTest::addColumn<QString>("table");
-        QTest::addColumn<QString>("checkTable");
-        QTest::addColumn<int>("messages");
+        Columns<QString, QString, int>("table", "checkTable", "messages");
         QTest::newRow("endo, not used") << u"endo"_s << u"1"_s << 0;
         QTest::newRow("endo") << u"endo"_s << QString() << 1;
         QTest::newRow("caso") << u"caso"_s << QString() << 1;
@@ -312,9 +254,7 @@ private Q_SLOTS:
 
     void ATableThatCantBeMade()
     {
-        QFETCH(QString, table);
-        QFETCH(int, messages);
-        QFETCH(QString, checkTable);
+        QFETCH3(QString, table, int, messages, QString, checkTable);
         RegisterComponent<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s,
                                           [] { return std::make_unique<RefusingKeeper>(); });
         m_box->Run(u"DROP TABLE %1;"_s.arg(table));
@@ -326,16 +266,6 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().shown.size(), table == u"caso"_s ? 0 : messages);
         QVERIFY(Open(u"frmCapSogyon"_s));
         QCOMPARE(m_box->Desk().shown.size(), messages);
-    }
-
-    void AFaultWhileFillingLeavesTheScreen()
-    {
-        m_box->Run(u"DROP TABLE cap;"_s);
-        m_box->Desk().command = u"A01 00001234011120261124위내시경"_s;
-        Main();
-        QCOMPARE(m_box->Desk().shown.size(), 1);
-        QVERIFY(IsFormLoaded(u"frmCapture"_s));
-        QVERIFY(!m_box->Desk().ended);
     }
 
 private:

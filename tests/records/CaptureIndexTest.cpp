@@ -1,17 +1,11 @@
-#include "contracts/fpSpread.h"
-#include "contracts/PlatformError.h"
-#include "frame/components.h"
-#include "frame/services.h"
+#include "contracts/StatusPanels.h"
 #include "records/capture_index.h"
+#include "records/patient_lookup.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/picture_grid.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
-
-#include <QTest>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -58,12 +52,8 @@ private Q_SLOTS:
 
     void PicturesFillTheGridInPairs_data()
     {
-        QTest::addColumn<int>("gridNumber");
-        QTest::addColumn<int>("pictures");
-        QTest::addColumn<int>("lastColumn");
-        QTest::addColumn<int>("lastRow");
-        QTest::addColumn<int>("nextColumn");
-        QTest::addColumn<int>("nextRow");
+        Columns<int, int, int, int, int, int>("gridNumber", "pictures", "lastColumn", "lastRow", "nextColumn",
+                                              "nextRow");
         QTest::newRow("none") << 1 << 0 << 0 << 0 << 1 << 1;
         QTest::newRow("seven across five columns") << 1 << 7 << 2 << 3 << 3 << 3;
         QTest::newRow("a full pair") << 1 << 5 << 5 << 1 << 1 << 3;
@@ -73,10 +63,7 @@ private Q_SLOTS:
 
     void PicturesFillTheGridInPairs()
     {
-        QFETCH(int, gridNumber);
-        QFETCH(int, pictures);
-        QFETCH(int, lastColumn);
-        QFETCH(int, lastRow);
+        QFETCH4(int, gridNumber, int, pictures, int, lastColumn, int, lastRow);
         const auto grid = MakeGrid(6, 20);
         for (int number = 1; number <= pictures; ++number)
             m_box->AddPicture(Day, Stomach, number);
@@ -115,40 +102,6 @@ private Q_SLOTS:
         QCOMPARE(NextCaptureNo(On(Day, u"대장내시경"_s)), 0);
     }
 
-    void FilesThatAreNoPictures_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("text") << QByteArray("not a picture at all");
-        QTest::newRow("cut in the header") << StationInABox::Jpeg({640, 480}, Qt::red).left(60);
-        QByteArray huge = StationInABox::Jpeg({64, 48}, Qt::red);
-        const qsizetype frame = huge.indexOf("\xff\xc0");
-        huge.replace(frame + 5, 4, QByteArray("\xfd\xe8\xfd\xe8", 4));
-        QTest::newRow("65,000 pixels high and wide by its header") << huge;
-    }
-
-    void FilesThatAreNoPictures()
-    {
-        QFETCH(QByteArray, content);
-        m_box->AddPicture(Day, Stomach, 1);
-        m_box->AddPicture(Day, Stomach, 2);
-        WriteWholeFile(m_box->PicturePath(Day, Stomach, 1), content);
-        const auto grid = MakeGrid(5, 20);
-        Fill(*grid, 1);
-        QCOMPARE(CellText(*grid, 1, 2), u"001"_s);
-        QVERIFY(HasPicture(*grid, 2, 1));
-    }
-
-    void TheGridGrowsForALongVisit()
-    {
-        for (int number = 1; number <= 11; ++number)
-            m_box->AddPicture(Day, Stomach, number);
-        const auto grid = MakeGrid(6, 4);
-        Fill(*grid, 2);
-        QCOMPARE(grid->MaxRows(), 8);
-        QCOMPARE(CellText(*grid, 4, 8), u"011"_s);
-    }
-
     void ANewerFillEndsTheOlder()
     {
         for (int number = 1; number <= 20; ++number)
@@ -177,50 +130,6 @@ private Q_SLOTS:
         QVERIFY(grid == nullptr);
     }
 
-    void NoteOfAVisit()
-    {
-        NoteBox box;
-        m_box->AddPicture(Day, Stomach, 1, u"  염증 있음 "_s);
-        LoadCaptureNote(On(Day), box);
-        QCOMPARE(box.toPlainText(), u"염증 있음"_s);
-        QVERIFY(box.IsLoaded() && !box.IsTouched());
-
-        m_box->Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
-        QVERIFY_EXCEPTION_THROWN(LoadCaptureNote(On(Day, u"x"_s), box), PlatformError);
-        QVERIFY(!box.IsLoaded() && box.isReadOnly());
-        QCOMPARE(box.toPlainText(), QString());
-    }
-
-    void HistoryIsNewestFirstAndLeavesOldNotesBelow()
-    {
-        const auto pictures = MakeGrid(6, 50);
-        const auto visits = MakeGrid(3, 2);
-        RegisterHistoryGrids(pictures.get(), visits.get());
-        m_box->AddPicture(u"20240105"_s, Stomach, 1, u"old"_s);
-        m_box->AddPicture(u"20250607"_s, u"대장내시경"_s, 1, u"middle"_s);
-        m_box->AddPicture(Day, Stomach, 1, u"new"_s);
-        LoadVisitHistory(CurrentVisit(), u"A"_s);
-        QCOMPARE(visits->MaxRows(), 3);
-        QCOMPARE(CellText(*visits, 1, 1), Day);
-        QCOMPARE(CellText(*visits, 2, 2), u"대장내시경"_s);
-        QCOMPARE(CellText(*visits, 3, 3), u"old"_s);
-
-        m_box->Run(u"DELETE FROM ca WHERE ca_ymd < '20260101';"_s);
-        LoadVisitHistory(CurrentVisit(), u"A"_s);
-        QCOMPARE(CellText(*visits, 1, 2), QString());
-        QCOMPARE(CellText(*visits, 3, 2), u"middle"_s);
-        QCOMPARE(visits->DataRowCnt(), 3);
-    }
-
-    void EndoIsMadeWhenItIsMissing()
-    {
-        QVERIFY(EnsureTable(Connection, {}, u"endo"_s, false));
-        m_box->Run(u"DROP TABLE endo;"_s);
-        QVERIFY(!EnsureTable(Connection, {}, u"endo"_s, false));
-        QVERIFY(EnsureTable(Connection, {}, u"endo"_s, true));
-        QVERIFY(EnsureTable(Connection, {}, u"endo"_s, false));
-    }
-
     void PathsStayBelowTheRoot()
     {
         QCOMPARE((Visit{u"00001234"_s, {}, Day, Stomach, u"R\\2026\\"_s, u"jpg"_s}.PicturePath(7)),
@@ -236,6 +145,83 @@ private Q_SLOTS:
         QCOMPARE(visit.PictureNumber(u"0000123420261124012.jpg"_s), 12);
         QCOMPARE(visit.PictureNumber(u"0000123420261124012.bmp"_s), 0);
         QCOMPARE(visit.PictureNumber(u"00001234202611240x2.jpg"_s), 0);
+    }
+
+    void AgeAndSex_data()
+    {
+        Columns<QString, QString, QString, QString>("ymd", "jumin", "age", "sex");
+        QTest::newRow("birthday") << u"20261124"_s << u"8011241234567"_s << u"046 0"_s << u"M"_s;
+        QTest::newRow("day before the birthday") << u"20261123"_s << u"8011242234567"_s << u"045 12"_s << u"F"_s;
+        QTest::newRow("months of a birthday to come") << u"20260301"_s << u"8011241234567"_s << u"045 4"_s << u"M"_s;
+        QTest::newRow("5 is the last century") << u"20261124"_s << u"8001015234567"_s << u"046 10"_s << u"M"_s;
+        QTest::newRow("7 is this century") << u"20261124"_s << u"0501017234567"_s << u"021 10"_s << u"M"_s;
+        QTest::newRow("9 is the one before") << u"20261124"_s << u"9901019234567"_s << u"127 10"_s << u"M"_s;
+        QTest::newRow("dash inside") << u"20261124"_s << u"800101-1234567"_s << u"000 00"_s << u"F"_s;
+        QTest::newRow("no number") << u"20261124"_s << QString() << u"000 00"_s << u"F"_s;
+        QTest::newRow("no date") << u"20261399"_s << u"8001011234567"_s << QString() << u"M"_s;
+    }
+
+    void AgeAndSex()
+    {
+        QFETCH2(QString, ymd, QString, jumin);
+        QTEST(AgeText(ymd, jumin), "age");
+        QTEST(SexText(jumin), "sex");
+    }
+
+    void InsuranceRowAndVerdict_data()
+    {
+        Columns<QString, QString, QString, QString, QString>("rows", "yuhyung", "ymd", "rowFound", "verdict");
+        const QString insurance = u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung, bh_saupkiho, bh_jongbl) VALUES "
+                                  "('00001234', '%1', '%2', '%3', '%4');"_s;
+        const QString other = insurance.arg(u"20210601"_s, u"05"_s, u"S"_s, u"00"_s);
+        QTest::newRow("newest of the type up to the date")
+            << insurance.arg(u"20220101"_s, u"01"_s, u"S"_s, QString()) + other +
+                   insurance.arg(u"20270101"_s, u"01"_s, u"S"_s, QString())
+            << u"01"_s << u"20261124"_s << u"20220101"_s << QString();
+        QTest::newRow("no type takes any") << other << QString() << u"20261124"_s << u"20210601"_s << QString();
+        QTest::newRow("only later rows") << QString() << u"01"_s << u"20190315"_s << u"20200101"_s
+                                         << u"Y 2019년 03월 15일 이후에 등록되었습니다. \r\n적용일자를 확인하세요."_s;
+        QTest::newRow("no workplace") << insurance.arg(u"20230101"_s, u"01"_s, QString(), QString()) << u"01"_s
+                                      << u"20261124"_s << u"20230101"_s
+                                      << u"Y 사업장기호가 없습니다. \r\n사업장기호를 확인하세요."_s;
+        QTest::newRow("type 05 without its kind")
+            << insurance.arg(u"20230101"_s, u"05"_s, u"S"_s, QString()) << u"05"_s << u"20261124"_s << u"20230101"_s
+            << u"Y 의료급여 종별이 없습니다. \r\n의료급여 종별을 확인하세요."_s;
+        QTest::newRow("no resident number") << u"UPDATE wj SET wj_jumin = NULL;"_s << u"01"_s << u"20261124"_s
+                                            << u"20200101"_s << u"Y 주민번호가 없습니다. \r\n주민번호를 확인하세요."_s;
+        QTest::newRow("nobody") << u"DELETE FROM wj;"_s << u"01"_s << u"20261124"_s << QString()
+                                << u"N 인적사항이 없습니다. 확인하세요. "_s;
+    }
+
+    void InsuranceRowAndVerdict()
+    {
+        QFETCH3(QString, rows, QString, yuhyung, QString, ymd);
+        for (const QString& driver : {u"QSQLITE"_s, u"QMARIADB"_s}) {
+            StationInABox box(driver);
+            if (!rows.isEmpty())
+                box.Run(rows);
+            PatientRecordFields patient;
+            QTEST(LookupPatient(u"00001234"_s, yuhyung, patient, ymd), "verdict");
+            QTEST(patient.Chymd, "rowFound");
+        }
+    }
+
+    void PanelsShowThePatient()
+    {
+        const auto bar = CreateObject<StatusPanels>(u"MSComctlLib.StatusBar"_s);
+        bar->setPanelCount(8);
+        ShowPatientPanels(*bar);
+        QStringList texts;
+        for (int panel = 1; panel <= 8; ++panel)
+            texts << bar->Text(panel);
+        QCOMPARE(texts, (QStringList{u"00001234"_s, u"01"_s, u"홍길동"_s, u"M"_s, u"46세"_s, u"02-123-4567"_s,
+                                     u"800101-1234567"_s, u"서울 강남구 역삼동 12-3번지"_s}));
+
+        m_box->Run(u"DELETE FROM pt; UPDATE wj SET wj_suname = 'O''Brien', wj_tel = NULL;"_s);
+        ShowPatientPanels(*bar);
+        QCOMPARE(bar->Text(3), u"O'Brien"_s);
+        QCOMPARE(bar->Text(6), QString());
+        QCOMPARE(bar->Text(8), QString());
     }
 
 private:

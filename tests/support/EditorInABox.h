@@ -1,14 +1,7 @@
 #pragma once
 
 #include "editor/frmImgEdit.h"
-#include "frame/services.h"
 #include "support/StationInABox.h"
-
-#include <QApplication>
-#include <QMouseEvent>
-#include <QTest>
-#include <QTimer>
-#include <QToolButton>
 
 /// The editor in a station of its own, and the operator's hand on it.
 class EditorInABox : public StationInABox

@@ -1,64 +1,84 @@
 #pragma once
 
-#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "platform/files/LocalFiles.h"
 
-#include <memory>
-
-/// Files that fail when told to, over the real ones.
-class FailingFiles : public FileStore
+/// The real files, which fail when told to.
+class FailingFiles final : public LocalFiles
 {
 public:
-    /// Installs one over the file service that stands there.
-    static FailingFiles& InstallOver();
+    enum Kind { Writes, Deletes, Reads, Lists }; ///< `Writes` are also new folders, claims, renames and copies.
 
-    explicit FailingFiles(std::unique_ptr<FileStore> real) : m_real(std::move(real)) {}
+    /// Installs one as the station's files.
+    static FailingFiles& Install()
+    {
+        auto files = std::make_unique<FailingFiles>();
+        FailingFiles& installed = *files;
+        InstallService<FileStore>(std::move(files));
+        return installed;
+    }
 
-    /// The operation that changes something and is the `countdown`th from now fails, and each after it while `lasting`.
-    void FailAt(int countdown, bool lasting = false);
+    /// The operation of that kind that is the `countdown`th from now fails, and each after it while `lasting`.
+    void FailAt(int countdown, bool lasting = false, Kind kind = Writes)
+    {
+        m_countdown = countdown;
+        m_lasting = lasting;
+        m_kind = kind;
+    }
     void Recover() { m_countdown = 0; }
+    bool spoilsWrites = false; ///< What stands after a write differs from what was to be written.
 
-    bool FolderExists(const QString& path) const override { return m_real->FolderExists(path); }
-    void MakeFolder(const QString& path) override;
-    void MakeOneFolder(const QString& path) override;
-    bool FileExists(const QString& path) const override { return m_real->FileExists(path); }
-    FileKind KindOf(const QString& path) const override { return m_real->KindOf(path); }
+    void MakeFolder(const QString& path) override { Step(Writes), LocalFiles::MakeFolder(path); }
+    void MakeOneFolder(const QString& path) override { Step(Writes), LocalFiles::MakeOneFolder(path); }
+    void MakePrivateFolder(const QString& path) override { Step(Writes), LocalFiles::MakePrivateFolder(path); }
+    void WriteWholeFile(const QString& path, const QByteArray& content) override
+    {
+        Step(Writes), LocalFiles::WriteWholeFile(path, spoilsWrites ? content.chopped(1) + '?' : content);
+    }
+    bool WriteNewFile(const QString& path, const QByteArray& content) override
+    {
+        return Step(Writes), LocalFiles::WriteNewFile(path, content);
+    }
+    bool CreateExclusively(const QString& path, const QByteArray& content) override
+    {
+        return Step(Writes), LocalFiles::CreateExclusively(path, content);
+    }
+    void RenameFile(const QString& from, const QString& to) override { Step(Writes), LocalFiles::RenameFile(from, to); }
+    CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override
+    {
+        return Step(Writes), LocalFiles::CopyToNewFile(from, to, progress);
+    }
+    void DeleteFile(const QString& path) override { Step(Deletes), LocalFiles::DeleteFile(path); }
+    void DeleteEntry(const QString& folder, const QString& name) override
+    {
+        Step(Deletes), LocalFiles::DeleteEntry(folder, name);
+    }
+    QByteArray ReadFile(const QString& path) const override { return Step(Reads), LocalFiles::ReadFile(path); }
+    QByteArray ReadArchivedFile(const QString& path) const override
+    {
+        return Step(Reads), LocalFiles::ReadArchivedFile(path);
+    }
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override
     {
-        return m_real->FilesStartingWith(folder, prefix);
+        return Step(Lists), LocalFiles::FilesStartingWith(folder, prefix);
     }
-    QByteArray ReadFile(const QString& path) const override { return m_real->ReadFile(path); }
-    QByteArray ReadArchivedFile(const QString& path) const override { return m_real->ReadArchivedFile(path); }
-    void WriteWholeFile(const QString& path, const QByteArray& content) override;
-    void WritePrivateFile(const QString& path, const QByteArray& content) override;
-    bool WriteNewFile(const QString& path, const QByteArray& content) override;
-    bool CreateExclusively(const QString& path, const QByteArray& content) override;
-    qint64 AgeMs(const QString& path) const override { return m_real->AgeMs(path); }
-    void RenameFile(const QString& from, const QString& to) override;
-    void DeleteFile(const QString& path) override;
-    QList<FolderEntry> Entries(const QString& folder) const override { return m_real->Entries(folder); }
-    void MakePrivateFolder(const QString& path) override;
-    void DeleteEntry(const QString& folder, const QString& name) override { m_real->DeleteEntry(folder, name); }
-    QString PartialPath(const QString& folder) const override { return m_real->PartialPath(folder); }
-    bool PlaceNewFile(const QString& partial, const QString& path) override
+    QList<FolderEntry> Entries(const QString& folder) const override
     {
-        return m_real->PlaceNewFile(partial, path);
+        return Step(Lists), LocalFiles::Entries(folder);
     }
-    CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
-    bool SameContent(const QString& one, const QString& other) const override
-    {
-        return m_real->SameContent(one, other);
-    }
-    qint64 FreeBytes(const QString& folder) const override { return m_real->FreeBytes(folder); }
-    QString ProcessMark() const override { return m_real->ProcessMark(); }
-    Holder HolderOf(const QString& mark) const override { return m_real->HolderOf(mark); }
-    std::unique_ptr<FileLock> Lock(const QString& path) override { return m_real->Lock(path); }
-    QString ForeignOwner(const QString& path) const override { return m_real->ForeignOwner(path); }
-    void RemoveLeftovers(const QString& folder) override { m_real->RemoveLeftovers(folder); }
 
 private:
-    void Step();
+    void Step(Kind kind) const
+    {
+        if (kind != m_kind || m_countdown == 0 || --m_countdown > 0)
+            return;
+        if (m_lasting)
+            m_countdown = 1;
+        throw PlatformError(QStringLiteral("디스크가 가득 찼습니다.!!"));
+    }
 
-    std::unique_ptr<FileStore> m_real;
-    int m_countdown = 0;
+    mutable std::atomic<int> m_countdown = 0;
     bool m_lasting = false;
+    Kind m_kind = Writes;
 };

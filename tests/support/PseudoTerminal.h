@@ -8,7 +8,6 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <termios.h>
-#include <thread>
 #include <unistd.h>
 
 /// The far end of a serial cable: a terminal pair of the kernel's, its near end reachable under a name of the test's.
@@ -48,11 +47,7 @@ public:
                 return;
             done += sent;
         }
-        m_sent = true;
     }
-    /// All that was sent has gone into the cable.
-    bool IsDrained() const { return m_sent; }
-
     /// Somebody has the near end open.
     bool IsHeld() const
     {
@@ -63,5 +58,4 @@ public:
 private:
     QString m_name;
     int m_far;
-    std::atomic<bool> m_sent = false;
 };

@@ -8,7 +8,6 @@
 #include "frame/services.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/disc/register_disc.h"
-#include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
 #include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
@@ -43,8 +42,7 @@ StationInABox::StationInABox(const QString& driver)
     FollowComposition();
     RegisterDesktop(QString());
     m_desktop = &ScriptedDesktop::Install();
-    RegisterFiles();
-    m_files = &FailingFiles::InstallOver();
+    m_files = &FailingFiles::Install();
     RegisterProfile();
     RegisterSql();
     RegisterGrid();

@@ -21,9 +21,9 @@ set_target_properties(station_test_support PROPERTIES AUTOMOC OFF)
 
 # A whole station for the tests of its rooms.
 add_library(station_box STATIC
-    "${support}/FailingFiles.cpp" "${support}/FakeVideoCap.cpp" "${support}/FakeVideoCap.h" "${support}/StationInABox.cpp")
+    "${support}/FakeVideoCap.cpp" "${support}/FakeVideoCap.h" "${support}/StationInABox.cpp")
 target_link_libraries(station_box
-    PUBLIC station_test_support station_records
+    PUBLIC station_test_support station_records platform_files
     PRIVATE station_strict platform_desktop platform_disc platform_files platform_grid platform_imagecontrol
         platform_imaging platform_printing platform_profile platform_serial)
 

@@ -1,29 +1,12 @@
-#include "capture/frmCapture.h"
-#include "contracts/fpSpread.h"
-#include "contracts/PlatformError.h"
 #include "contracts/printing.h"
-#include "frame/components.h"
-#include "frame/guard.h"
-#include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/PrintedPage.h"
+#include "support/CaptureScreen.h"
 #include "support/PdfPages.h"
-#include "support/StationInABox.h"
 #include "viewing/CapShow.h"
-#include "visit/VisitContext.h"
-
-#include <QMenu>
-#include <QRegularExpression>
-#include <QTest>
-#include <QToolButton>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-const QString Stomach = u"위내시경"_s;
-const QString Day = u"20261124"_s;
-} // namespace
 
 class CaptureSheetTest : public QObject
 {
@@ -41,8 +24,7 @@ private Q_SLOTS:
 
     void TheViewerPrintsThreeColumns_data()
     {
-        QTest::addColumn<int>("pictures");
-        QTest::addColumn<QList<int>>("onPages");
+        Columns<int, QList<int>>("pictures", "onPages");
         QTest::newRow("none") << 0 << QList<int>{};
         QTest::newRow("three of five in a row") << 5 << QList<int>{3};
         QTest::newRow("six of ten") << 10 << QList<int>{6};
@@ -51,8 +33,7 @@ private Q_SLOTS:
 
     void TheViewerPrintsThreeColumns()
     {
-        QFETCH(int, pictures);
-        QFETCH(QList<int>, onPages);
+        QFETCH2(int, pictures, QList<int>, onPages);
         for (int number = 1; number <= pictures; ++number)
             m_box->AddPicture(Day, Stomach, number);
         OpenViewer().findChild<QAction*>(u"출력"_s)->trigger();
@@ -75,7 +56,7 @@ private Q_SLOTS:
     {
         for (const int number : {1, 2, 3, 4})
             m_box->AddPicture(u"20250301"_s, u"대장내시경"_s, number, u""_s);
-        frmCapture& screen = OpenCapture();
+        frmCapture& screen = OpenScreen();
         Q_EMIT screen.sprCap(3).DblClick(1, 1);
         auto* print = screen.findChild<QMenu*>(u"팝업메뉴"_s)->findChild<QAction*>(u"출력"_s);
         print->trigger();
@@ -101,7 +82,7 @@ private Q_SLOTS:
         // What is there of it is printed, and can't be taken for the whole.
         const QByteArray whole = Files().ReadFile(m_box->PicturePath(Day, Stomach, 1));
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 1), whole.left(whole.size() * 3 / 4));
-        frmCapture& screen = OpenCapture();
+        frmCapture& screen = OpenScreen();
         DeleteFile(m_box->PicturePath(Day, Stomach, 3));
         screen.findChild<QToolButton*>(u"출력"_s)->click();
         const PdfPages pages(m_printed->path());
@@ -134,22 +115,6 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
     }
 
-    void TheViewerGrowsAndItsMenuComesAnywhere()
-    {
-        for (int number = 1; number <= 130; ++number)
-            m_box->AddPicture(Day, Stomach, number);
-        CapShow& viewer = OpenViewer();
-        QCOMPARE(viewer.windowTitle(), u"캡쳐이미지 "_s);
-        QCOMPARE(viewer.sprCap().DataRowCnt(), 52);
-        Q_EMIT viewer.sprCap().DblClick(1, 2);
-        Q_EMIT viewer.sprCap().RightClick(0, 5, 51, 300, 300);
-        auto* menu = viewer.findChild<QMenu*>(u"이미지팝업"_s);
-        QVERIFY(menu->isVisible());
-        menu->hide();
-        viewer.close();
-        QVERIFY(m_box->Desk().ended);
-    }
-
 private:
     CapShow& OpenViewer()
     {
@@ -157,14 +122,6 @@ private:
         viewer.Show();
         Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.sprCap(), 1, false); });
         return viewer;
-    }
-
-    frmCapture& OpenCapture()
-    {
-        frmCapture& screen = Form<frmCapture>();
-        screen.Show();
-        Guarded([&] { screen.ShowStored(); });
-        return screen;
     }
 
     std::unique_ptr<StationInABox> m_box;

@@ -9,8 +9,6 @@
 #include <QFileInfo>
 #include <QStorageInfo>
 
-#include <cstdio>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -26,7 +24,7 @@ const QStringList& NeededTables()
 
 void Note(const QString& text)
 {
-    std::fprintf(stderr, "capture-station: %s\n", text.toUtf8().constData());
+    qWarning("capture-station: %s", qUtf8Printable(text));
 }
 
 QStringList Candidates()

@@ -1,21 +1,16 @@
 #include "contracts/desktop.h"
+#include "contracts/ImageList.h"
 #include "contracts/printing.h"
+#include "contracts/setup_components.h"
+#include "contracts/StatusPanels.h"
 #include "frame/components.h"
+#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
+#include "support/testing.h"
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QComboBox>
-#include <QDialogButtonBox>
-#include <QDir>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
+#include <cmath>
 
 using namespace Qt::StringLiterals;
 
@@ -52,136 +47,233 @@ class DesktopTest : public QObject
 private Q_SLOTS:
     void init() { RegisterDesktop(u"00012345 01 02"_s); }
 
-    void QuestionMeansNoUnlessYesIsChosen_data();
-    void QuestionMeansNoUnlessYesIsChosen();
-    void BoxesLookAsTold();
-    void MarkupIsShownAsItStands();
-    void PointerIsNotCounted();
-    void PointerIsNormalUnderABox();
-    void PumpsUntilDone();
-    void PrinterDialogCancelled();
-    void PrinterDialogWithAFile();
-    void ProgramFolder_data();
-    void ProgramFolder();
+    void QuestionMeansNoUnlessYesIsChosen_data()
+    {
+        QTest::addColumn<QList<Qt::Key>>("keys");
+        QTest::addColumn<QString>("button"); // Clicked after the keys; "close" is the window's close box.
+        QTest::addColumn<bool>("answer");
+
+        QTest::newRow("return") << QList{Qt::Key_Return} << QString() << false;
+        QTest::newRow("enter of the number pad") << QList{Qt::Key_Enter} << QString() << false;
+        QTest::newRow("space") << QList{Qt::Key_Space} << QString() << false;
+        QTest::newRow("escape") << QList{Qt::Key_Escape} << QString() << false;
+        QTest::newRow("close box") << QList<Qt::Key>() << u"close"_s << false;
+        QTest::newRow("no") << QList<Qt::Key>() << u"cmdNo"_s << false;
+        QTest::newRow("yes") << QList<Qt::Key>() << u"cmdYes"_s << true;
+        QTest::newRow("moved to yes by key") << QList{Qt::Key_Tab, Qt::Key_Return} << QString() << true;
+        QTest::newRow("moved to yes and left") << QList{Qt::Key_Tab, Qt::Key_Escape} << QString() << false;
+    }
+
+    void QuestionMeansNoUnlessYesIsChosen()
+    {
+        QFETCH2(QList<Qt::Key>, keys, QString, button);
+        WhenBoxOpens([&](QMessageBox& box) {
+            for (const Qt::Key key : keys) {
+                QWidget* focus = QApplication::focusWidget();
+                QTest::keyClick(focus != nullptr ? focus : &box, key);
+            }
+            if (button == u"close")
+                box.close();
+            else if (!button.isEmpty())
+                QTest::mouseClick(box.findChild<QAbstractButton*>(button), Qt::LeftButton);
+        });
+        QTEST(AskYesNo(u"삭제하시겠습니까?"_s), "answer");
+    }
+
+    void BoxesHaveTheirTitleTextAndButtons()
+    {
+        QStringList seen;
+        const auto note = [&](QMessageBox& box) {
+            QStringList captions;
+            for (const QAbstractButton* button : box.buttons())
+                captions << button->text();
+            captions.sort();
+            seen = {box.windowTitle(), box.text(), captions.join(u'|')};
+            seen << (box.icon() == QMessageBox::Information ? u"i"_s
+                     : box.icon() == QMessageBox::NoIcon    ? u"-"_s
+                                                            : u"?"_s);
+            box.reject();
+        };
+        const QString title = u"나 래 온 빛 터 (주)"_s;
+        WhenBoxOpens(note);
+        ShowInformation(u"캡쳐할 영상이 없습니다.!!"_s);
+        QCOMPARE(seen, QStringList({title, u"캡쳐할 영상이 없습니다.!!"_s, u"확인"_s, u"i"_s}));
+        WhenBoxOpens(note);
+        AskYesNo(u"삭제하시겠습니까?"_s);
+        QCOMPARE(seen, QStringList({title, u"삭제하시겠습니까?"_s, u"아니오|예"_s, u"-"_s}));
+        WhenBoxOpens(note);
+        UseService<Desktop>().ShowPlain(u"오류"_s);
+        QVERIFY(seen.first() != title);
+        QCOMPARE(seen.mid(1), QStringList({u"오류"_s, u"확인"_s, u"-"_s}));
+    }
+
+    void PointerIsNormalUnderABox()
+    {
+        bool busyUnderBox = true;
+        const BusyPointer busy;
+        WhenBoxOpens([&](QMessageBox& box) {
+            busyUnderBox = QApplication::overrideCursor() != nullptr;
+            box.reject();
+        });
+        ShowInformation(u"잠시"_s);
+        QVERIFY(!busyUnderBox);
+        QVERIFY(QApplication::overrideCursor() != nullptr);
+
+        // What a handler sets meanwhile counts from the box's end on.
+        WhenBoxOpens([&](QMessageBox& box) {
+            SetMousePointer(PointerNormal);
+            box.reject();
+        });
+        ShowInformation(u"잠시"_s);
+        QVERIFY(QApplication::overrideCursor() == nullptr);
+    }
+
+    void PrinterDialogWithAFile()
+    {
+        static QStringList used;
+        class KeptOptions final : public PrinterOptions
+        {
+            void UseFolder(const QString&) override {}
+            void UsePrinter(const QString& name) override { used << u"printer "_s + name; }
+            void UseFile(const QString& path) override { used << path; }
+        };
+        InstallService<PrinterOptions>(std::make_unique<KeptOptions>());
+        const QTemporaryDir folder;
+        QTimer chooser;
+        connect(&chooser, &QTimer::timeout, this, [&] {
+            QWidget* dialog = QApplication::activeModalWidget();
+            if (dialog == nullptr)
+                return;
+            chooser.stop();
+            auto* printers = dialog->findChild<QComboBox*>(u"printers"_s);
+            printers->setCurrentIndex(printers->count() - 1);
+            Q_EMIT printers->activated(printers->currentIndex());
+            dialog->findChild<QLineEdit*>(u"filename"_s)->setText(folder.filePath(u"소견.pdf"_s));
+            dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+        });
+        chooser.start(5);
+        UseService<Desktop>().ShowPrinterDialog();
+        QCOMPARE(used, QStringList{folder.filePath(u"소견.pdf"_s)});
+        InstallService<PrinterOptions>(nullptr);
+    }
+
+    void ProgramFolder_data()
+    {
+        Columns<QString, QString, QString>("chosen", "executableFolder", "expected");
+
+        // %1 is a folder that can be written.
+        QTest::newRow("chosen, made at need") << u"%1/a/b//"_s << u"%1"_s << u"%1/a/b"_s;
+        QTest::newRow("beside the program") << QString() << u"%1/"_s << u"%1"_s;
+        QTest::newRow("program lies where none may write")
+            << QString() << u"/proc/1"_s << u"%1/config/capture-station"_s;
+        QTest::newRow("blank choice") << u"  "_s << u"/proc/1"_s << u"%1/config/capture-station"_s;
+    }
+
+    void ProgramFolder()
+    {
+        QFETCH3(QString, chosen, QString, executableFolder, QString, expected);
+        const QTemporaryDir folder;
+        const auto placed = [&](QString path) { return path.replace(u"%1"_s, folder.path()); };
+
+        const QString found = FindProgramFolder(placed(chosen), placed(executableFolder), placed(u"%1/config"_s));
+        QCOMPARE(found, placed(expected));
+        QVERIFY(QDir(found).exists());
+    }
+
     void ProgramEndsInThePump(); // The last: no event loop runs after it.
-};
 
-void DesktopTest::QuestionMeansNoUnlessYesIsChosen_data()
-{
-    QTest::addColumn<QList<Qt::Key>>("keys");
-    QTest::addColumn<QString>("button"); // Clicked after the keys; "close" is the window's close box.
-    QTest::addColumn<bool>("answer");
+    void initTestCase()
+    {
+        RegisterDesktop({});
+        PrepareApplication();
+    }
 
-    QTest::newRow("return") << QList{Qt::Key_Return} << QString() << false;
-    QTest::newRow("enter of the number pad") << QList{Qt::Key_Enter} << QString() << false;
-    QTest::newRow("space") << QList{Qt::Key_Space} << QString() << false;
-    QTest::newRow("escape") << QList{Qt::Key_Escape} << QString() << false;
-    QTest::newRow("close box") << QList<Qt::Key>() << u"close"_s << false;
-    QTest::newRow("no") << QList<Qt::Key>() << u"cmdNo"_s << false;
-    QTest::newRow("yes") << QList<Qt::Key>() << u"cmdYes"_s << true;
-    QTest::newRow("moved to yes by key") << QList{Qt::Key_Tab, Qt::Key_Return} << QString() << true;
-    QTest::newRow("moved to yes and left") << QList{Qt::Key_Tab, Qt::Key_Escape} << QString() << false;
-}
+    void WindowsFontsHaveKoreanLetters_data()
+    {
+        Columns<QString, QString>("family", "found");
+        QTest::newRow("dotum") << u"돋움"_s << u"UnDotum"_s;
+        QTest::newRow("gulim") << u"굴림"_s << u"UnDotum"_s;
+        QTest::newRow("batang") << u"바탕"_s << u"UnBatang"_s;
+        QTest::newRow("dotumche") << u"돋움체"_s << u"NanumGothicCoding"_s;
+    }
 
-void DesktopTest::QuestionMeansNoUnlessYesIsChosen()
-{
-    QFETCH(QList<Qt::Key>, keys);
-    QFETCH(QString, button);
-    WhenBoxOpens([&](QMessageBox& box) {
-        for (const Qt::Key key : keys) {
-            QWidget* focus = QApplication::focusWidget();
-            QTest::keyClick(focus != nullptr ? focus : &box, key);
+    void WindowsFontsHaveKoreanLetters()
+    {
+        QFETCH(QString, family);
+        QTEST(QFontInfo(QFont(family, 9)).family(), "found");
+        QVERIFY(QFontMetrics(QFont(family, 9)).inFont(u'쳐'));
+    }
+
+    void TheWheelChoosesNothing()
+    {
+        const auto notch = [](QWidget& under) {
+            const QPointF place = under.rect().center();
+            QWheelEvent event(place, under.mapToGlobal(place), {}, {0, -120}, Qt::NoButton, Qt::NoModifier,
+                              Qt::NoScrollPhase, false);
+            QSpontaneKeyEvent::setSpontaneous(&event);
+            qApp->notify(&under, &event);
+        };
+        QWidget form;
+        QLineEdit text(&form);
+        QComboBox list(&form);
+        QComboBox editable(&form);
+        editable.setEditable(true);
+        QDateEdit date(QDate(2026, 11, 24), &form);
+        QSlider slider(&form);
+        slider.setValue(9);
+        QTabBar tabs(&form);
+        for (int entry = 0; entry < 40; ++entry) {
+            list.addItem(QString::number(entry));
+            editable.addItem(QString::number(entry));
+            tabs.addTab(QString::number(entry));
         }
-        if (button == u"close")
-            box.close();
-        else if (!button.isEmpty())
-            QTest::mouseClick(box.findChild<QAbstractButton*>(button), Qt::LeftButton);
-    });
-    QTEST(AskYesNo(u"삭제하시겠습니까?"_s), "answer");
-}
+        form.show();
+        text.setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        for (QWidget* under :
+             {static_cast<QWidget*>(&list), static_cast<QWidget*>(editable.lineEdit()), date.findChild<QWidget*>(),
+              static_cast<QWidget*>(&slider), static_cast<QWidget*>(&tabs)})
+            notch(*under);
+        QCOMPARE(list.currentIndex() + editable.currentIndex() + slider.value() + tabs.currentIndex(), 9);
+        QCOMPARE(date.date(), QDate(2026, 11, 24));
+        QVERIFY(text.hasFocus());
 
-void DesktopTest::BoxesLookAsTold()
-{
-    QStringList seen;
-    const auto note = [&](QMessageBox& box) {
-        QStringList captions;
-        for (const QAbstractButton* button : box.buttons())
-            captions << button->text();
-        captions.sort();
-        seen = {box.windowTitle(), box.text(), captions.join(u'|')};
-        seen << (box.icon() == QMessageBox::Information ? u"i"_s : box.icon() == QMessageBox::NoIcon ? u"-"_s : u"?"_s);
-        box.reject();
-    };
-    const QString title = u"나 래 온 빛 터 (주)"_s;
-    WhenBoxOpens(note);
-    ShowInformation(u"캡쳐할 영상이 없습니다.!!"_s);
-    QCOMPARE(seen, QStringList({title, u"캡쳐할 영상이 없습니다.!!"_s, u"확인"_s, u"i"_s}));
-    WhenBoxOpens(note);
-    AskYesNo(u"삭제하시겠습니까?"_s);
-    QCOMPARE(seen, QStringList({title, u"삭제하시겠습니까?"_s, u"아니오|예"_s, u"-"_s}));
-    WhenBoxOpens(note);
-    UseService<Desktop>().ShowPlain(u"오류"_s);
-    QVERIFY(seen.first() != title);
-    QCOMPARE(seen.mid(1), QStringList({u"오류"_s, u"확인"_s, u"-"_s}));
-}
+        list.showPopup();
+        notch(*list.view()->viewport());
+        QVERIFY(list.view()->verticalScrollBar()->value() > 0);
+        QCOMPARE(list.currentIndex(), 0);
+    }
 
-void DesktopTest::MarkupIsShownAsItStands()
-{
-    QString shown;
-    WhenBoxOpens([&](QMessageBox& box) {
-        shown = box.textFormat() == Qt::PlainText ? box.text() : QString();
-        box.reject();
-    });
-    ShowInformation(u"<b>a</b>\r\nb"_s);
-    QCOMPARE(shown, u"<b>a</b>\r\nb"_s);
-}
+    void PanelsKeepAndShorten()
+    {
+        const auto bar = CreateObject<StatusPanels>(u"MSComctlLib.StatusBar"_s);
+        bar->setPanelCount(8);
+        bar->resize(1016, 18);
+        const QStringList texts{u"00012345"_s,       u"01"_s,
+                                u"홍길동"_s,         u"M"_s,
+                                u"63세"_s,           u"010-1234-5678"_s,
+                                u"600101-1234567"_s, u"서울특별시 종로구 세종대로 "_s.repeated(8)};
+        for (int panel = 1; panel <= 8; ++panel)
+            bar->setText(panel, texts[panel - 1]);
+        bar->show();
+        QVERIFY(QTest::qWaitForWindowExposed(bar.get()));
 
-void DesktopTest::PointerIsNotCounted()
-{
-    SetMousePointer(PointerBusy);
-    SetMousePointer(PointerBusy);
-    QVERIFY(QApplication::overrideCursor() != nullptr);
-    SetMousePointer(PointerNormal);
-    QVERIFY(QApplication::overrideCursor() == nullptr);
-    SetMousePointer(PointerNormal);
-    QVERIFY(QApplication::overrideCursor() == nullptr);
-}
+        const auto labels = bar->findChildren<QLabel*>();
+        QCOMPARE(labels.size(), 8);
+        for (int panel = 1; panel <= 8; ++panel) {
+            QCOMPARE(bar->Text(panel), texts[panel - 1]);
+            const QLabel& label = *labels[panel - 1];
+            QCOMPARE(label.height(), 18);
+            const QString shown = label.fontMetrics().elidedText(texts[panel - 1], Qt::ElideRight, label.width() - 12);
+            QCOMPARE(shown == texts[panel - 1], panel < 8);
+        }
+        QCOMPARE(labels.last()->geometry().right(), 1015);
 
-void DesktopTest::PointerIsNormalUnderABox()
-{
-    bool busyUnderBox = true;
-    const BusyPointer busy;
-    WhenBoxOpens([&](QMessageBox& box) {
-        busyUnderBox = QApplication::overrideCursor() != nullptr;
-        box.reject();
-    });
-    ShowInformation(u"잠시"_s);
-    QVERIFY(!busyUnderBox);
-    QVERIFY(QApplication::overrideCursor() != nullptr);
-
-    // What a handler sets meanwhile counts from the box's end on.
-    WhenBoxOpens([&](QMessageBox& box) {
-        SetMousePointer(PointerNormal);
-        box.reject();
-    });
-    ShowInformation(u"잠시"_s);
-    QVERIFY(QApplication::overrideCursor() == nullptr);
-}
-
-void DesktopTest::PumpsUntilDone()
-{
-    Desktop& desktop = UseService<Desktop>();
-    bool rang = false;
-    int asked = 0;
-    QTimer::singleShot(80, [&] { rang = true; });
-    QVERIFY(desktop.PumpEventsUntil([&] { return ++asked, rang; }, 20000));
-    // It sleeps while nothing happens.
-    QVERIFY2(asked < 40, qPrintable(QString::number(asked)));
-
-    QVERIFY(!desktop.PumpEventsUntil([] { return false; }, 30));
-    QVERIFY(desktop.PumpEventsUntil([] { return true; }, 0));
-    QVERIFY(!desktop.PumpEventsUntil([] { return false; }, 0));
-}
+        QHelpEvent hover(QEvent::ToolTip, {5, 5}, labels.last()->mapToGlobal(QPoint(5, 5)));
+        QApplication::sendEvent(labels.last(), &hover);
+        QCOMPARE(QToolTip::text(), ToolTipText(texts.last()));
+    }
+};
 
 void DesktopTest::ProgramEndsInThePump()
 {
@@ -191,76 +283,6 @@ void DesktopTest::ProgramEndsInThePump()
     QTimer::singleShot(0, [] { EndProgram(); });
     QVERIFY(!desktop.PumpEventsUntil([] { return false; }, 60000));
     QVERIFY(desktop.ProgramEnded());
-}
-
-void DesktopTest::PrinterDialogCancelled()
-{
-    QTimer closer;
-    bool seen = false;
-    connect(&closer, &QTimer::timeout, this, [&] {
-        if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
-            seen = true;
-            dialog->reject();
-        }
-    });
-    closer.start(5);
-    UseService<Desktop>().ShowPrinterDialog();
-    QVERIFY(seen);
-}
-
-void DesktopTest::PrinterDialogWithAFile()
-{
-    static QStringList used;
-    class KeptOptions final : public PrinterOptions
-    {
-        void UseFolder(const QString&) override {}
-        void UsePrinter(const QString& name) override { used << u"printer "_s + name; }
-        void UseFile(const QString& path) override { used << path; }
-    };
-    InstallService<PrinterOptions>(std::make_unique<KeptOptions>());
-    const QTemporaryDir folder;
-    QTimer chooser;
-    connect(&chooser, &QTimer::timeout, this, [&] {
-        QWidget* dialog = QApplication::activeModalWidget();
-        if (dialog == nullptr)
-            return;
-        chooser.stop();
-        auto* printers = dialog->findChild<QComboBox*>(u"printers"_s);
-        printers->setCurrentIndex(printers->count() - 1);
-        Q_EMIT printers->activated(printers->currentIndex());
-        dialog->findChild<QLineEdit*>(u"filename"_s)->setText(folder.filePath(u"소견.pdf"_s));
-        dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-    });
-    chooser.start(5);
-    UseService<Desktop>().ShowPrinterDialog();
-    QCOMPARE(used, QStringList{folder.filePath(u"소견.pdf"_s)});
-    InstallService<PrinterOptions>(nullptr);
-}
-
-void DesktopTest::ProgramFolder_data()
-{
-    QTest::addColumn<QString>("chosen");
-    QTest::addColumn<QString>("executableFolder");
-    QTest::addColumn<QString>("expected");
-
-    // %1 is a folder that can be written.
-    QTest::newRow("chosen, made at need") << u"%1/a/b//"_s << u"%1"_s << u"%1/a/b"_s;
-    QTest::newRow("beside the program") << QString() << u"%1/"_s << u"%1"_s;
-    QTest::newRow("program lies where none may write") << QString() << u"/proc/1"_s << u"%1/config/capture-station"_s;
-    QTest::newRow("blank choice") << u"  "_s << u"/proc/1"_s << u"%1/config/capture-station"_s;
-}
-
-void DesktopTest::ProgramFolder()
-{
-    QFETCH(QString, chosen);
-    QFETCH(QString, executableFolder);
-    QFETCH(QString, expected);
-    const QTemporaryDir folder;
-    const auto placed = [&](QString path) { return path.replace(u"%1"_s, folder.path()); };
-
-    const QString found = FindProgramFolder(placed(chosen), placed(executableFolder), placed(u"%1/config"_s));
-    QCOMPARE(found, placed(expected));
-    QVERIFY(QDir(found).exists());
 }
 
 QTEST_MAIN(DesktopTest)

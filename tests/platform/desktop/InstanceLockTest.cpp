@@ -1,10 +1,5 @@
 #include "platform/desktop/InstanceLock.h"
-
-#include <QCoreApplication>
-#include <QDir>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
+#include "support/testing.h"
 
 #include <cstdio>
 
@@ -28,9 +23,45 @@ class InstanceLockTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void OneAtATime_data();
-    void OneAtATime();
-    void NoFolderToLockIn();
+    void OneAtATime_data()
+    {
+        QTest::addColumn<QString>("runtimeFolder");
+        QTest::newRow("folder of the session") << u"session"_s;
+        QTest::newRow("no session") << QString();
+    }
+
+    void OneAtATime()
+    {
+        QFETCH(QString, runtimeFolder);
+        const QTemporaryDir root;
+        QDir(root.path()).mkdir(u"session"_s);
+        QDir(root.path()).mkdir(u"program"_s);
+        const QStringList folders{runtimeFolder.isEmpty() ? QString() : root.filePath(runtimeFolder),
+                                  root.filePath(u"program"_s)};
+        InstanceLock own(folders[0], folders[1]);
+
+        QProcess other;
+        QCOMPARE(Start(other, folders), "first"_ba);
+        QVERIFY(own.HeldByAnother());
+        QVERIFY(own.HeldByAnother());
+
+        // Nothing of a killed instance stands in the way.
+        other.kill();
+        QVERIFY(other.waitForFinished());
+        QVERIFY(!own.HeldByAnother());
+        QVERIFY(!own.HeldByAnother());
+
+        QProcess late;
+        QCOMPARE(Start(late, folders), "second"_ba);
+        late.closeWriteChannel();
+        QVERIFY(late.waitForFinished());
+    }
+
+    void NoFolderToLockIn()
+    {
+        InstanceLock lock(QString(), u"/proc/1/none"_s);
+        QVERIFY(!lock.HeldByAnother());
+    }
 
 private:
     static QByteArray Start(QProcess& other, const QStringList& folders)
@@ -39,47 +70,6 @@ private:
         return other.waitForReadyRead(20000) ? other.readLine().trimmed() : "silent";
     }
 };
-
-void InstanceLockTest::OneAtATime_data()
-{
-    QTest::addColumn<QString>("runtimeFolder");
-    QTest::newRow("folder of the session") << u"session"_s;
-    QTest::newRow("no session") << QString();
-    QTest::newRow("session's folder is gone") << u"absent"_s;
-}
-
-void InstanceLockTest::OneAtATime()
-{
-    QFETCH(QString, runtimeFolder);
-    const QTemporaryDir root;
-    QDir(root.path()).mkdir(u"session"_s);
-    QDir(root.path()).mkdir(u"program"_s);
-    const QStringList folders{runtimeFolder.isEmpty() ? QString() : root.filePath(runtimeFolder),
-                              root.filePath(u"program"_s)};
-    InstanceLock own(folders[0], folders[1]);
-
-    QProcess other;
-    QCOMPARE(Start(other, folders), "first"_ba);
-    QVERIFY(own.HeldByAnother());
-    QVERIFY(own.HeldByAnother());
-
-    // Nothing of a killed instance stands in the way.
-    other.kill();
-    QVERIFY(other.waitForFinished());
-    QVERIFY(!own.HeldByAnother());
-    QVERIFY(!own.HeldByAnother());
-
-    QProcess late;
-    QCOMPARE(Start(late, folders), "second"_ba);
-    late.closeWriteChannel();
-    QVERIFY(late.waitForFinished());
-}
-
-void InstanceLockTest::NoFolderToLockIn()
-{
-    InstanceLock lock(QString(), u"/proc/1/none"_s);
-    QVERIFY(!lock.HeldByAnother());
-}
 
 int main(int argc, char** argv)
 {

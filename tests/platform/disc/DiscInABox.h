@@ -9,14 +9,7 @@
 #include "platform/files/LocalFiles.h"
 #include "support/FailingFiles.h"
 #include "support/ScriptedDesktop.h"
-
-#include <QApplication>
-#include <QDir>
-#include <QLabel>
-#include <QProcess>
-#include <QPushButton>
-#include <QStandardPaths>
-#include <QTest>
+#include "support/testing.h"
 
 /// A CD writer with a staging folder and an image of its own. Before the program xorriso a script can be put, which
 /// gets its arguments and has `REAL`, `STAGED` and `IMAGES` to work with.
@@ -29,7 +22,7 @@ public:
         QDir().mkpath(Images());
         desk = &ScriptedDesktop::Install();
         RegisterFiles();
-        files = &FailingFiles::InstallOver();
+        files = &FailingFiles::Install();
         RegisterDisc();
         UseService<BurnerOptions>().UseImage(Images() + QStringLiteral("cd.iso"));
         staging = Burner()->burnArea();

@@ -4,6 +4,7 @@
 #include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/VideoControl.h"
+#include "support/testing.h"
 
 /// A control on a machine whose only device is the test picture.
 struct LiveFixture

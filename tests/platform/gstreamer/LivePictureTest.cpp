@@ -1,16 +1,11 @@
 #include "frame/services.h"
 #include "LiveFixture.h"
+#include "support/testing.h"
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "platform/files/LocalFiles.h"
-
-#include <QDir>
-#include <QPointer>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -116,9 +111,7 @@ private Q_SLOTS:
 
     void KeepsTheShapeOverBlack_data()
     {
-        QTest::addColumn<int>("format");
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<QRect>("picture");
+        Columns<int, QSize, QRect>("format", "size", "picture");
         QTest::newRow("wide picture") << int(LiveFixture::At720p60) << QSize(560, 420) << QRect(0, 52, 560, 315);
         QTest::newRow("fills") << int(LiveFixture::At480p30) << QSize(560, 420) << QRect(0, 0, 560, 420);
         QTest::newRow("wide control") << int(LiveFixture::At480p30) << QSize(800, 300) << QRect(200, 0, 400, 300);
@@ -128,9 +121,7 @@ private Q_SLOTS:
 
     void KeepsTheShapeOverBlack()
     {
-        QFETCH(int, format);
-        QFETCH(QSize, size);
-        QFETCH(QRect, picture);
+        QFETCH3(int, format, QSize, size, QRect, picture);
         const LiveFixture fixture;
         const auto control = fixture.NewControl(format);
         QSignalSpy painted(control.get(), &VideoControl::Painted);

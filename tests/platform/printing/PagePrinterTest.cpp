@@ -7,9 +7,7 @@
 #include "platform/imagecontrol/ImageControl.h"
 #include "platform/printing/register_printing.h"
 #include "support/PdfPages.h"
-
-#include <QTemporaryDir>
-#include <QTest>
+#include "support/testing.h"
 
 using namespace Qt::StringLiterals;
 
@@ -78,9 +76,7 @@ private Q_SLOTS:
 
     void TextKeepsInsideItsCell_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("alignment");
-        QTest::addColumn<bool>("whole");
+        Columns<QString, QString, bool>("text", "alignment", "whole");
         QTest::newRow("short, left") << u"가나"_s << u"L"_s << true;
         QTest::newRow("short, right") << u"가나"_s << u"R"_s << true;
         QTest::newRow("a tenth too wide") << u"가나다라마바사아자차카타파하"_s << u"L"_s << true;
@@ -90,9 +86,7 @@ private Q_SLOTS:
 
     void TextKeepsInsideItsCell()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, alignment);
-        QFETCH(bool, whole);
+        QFETCH3(QString, text, QString, alignment, bool, whole);
         m_canvas->myCelText(m_grid, text, 20, 21, 10, 28, Printer(), alignment);
         Printer().EndDoc();
         const PdfPages pages(m_folder->path());

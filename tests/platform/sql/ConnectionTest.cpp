@@ -1,8 +1,11 @@
 #include "contracts/PlatformError.h"
+#include "contracts/setup_components.h"
+#include "frame/components.h"
+#include "platform/sql/register_sql.h"
 #include "support/ClinicDatabase.h"
+#include "support/testing.h"
 
 #include <QSqlDatabase>
-#include <QTest>
 
 using namespace Qt::StringLiterals;
 
@@ -47,433 +50,345 @@ class ConnectionTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void cleanup();
+    void initTestCase()
+    {
+        RegisterSql();
+        QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
+    }
 
-    void keepsTexts_data();
-    void keepsTexts();
-    void replacesByPosition_data() { Engines(); }
-    void replacesByPosition();
+    void cleanup()
+    {
+        m_connection.reset();
+        m_clinic.reset();
+    }
+
+    void keepsTexts_data()
+    {
+        Columns<QString, QString>("driver", "text");
+        const QList<std::pair<const char*, QString>> texts{
+            {"apostrophes", u"'O''Brien' '"_s},     {"backslashes", u"C:\\캡쳐\\'\\"_s},
+            {"like a comment", u"-- ; /* # */"_s},  {"line ends", u"\r\n  첫째\n둘째\t "_s},
+            {"outside the first plane", u"😀 𠀀"_s}, {"10 kB of Korean", u"위 점막에 발적이 관찰됨. "_s.repeated(300)},
+        };
+        for (const auto& [name, text] : texts) {
+            QTest::addRow("MariaDB, %s", name) << u"QMARIADB"_s << text;
+            QTest::addRow("SQLite, %s", name) << u"QSQLITE"_s << text;
+        }
+    }
+
+    void keepsTexts()
+    {
+        Begin({u"ca"_s});
+        QFETCH(QString, text);
+        m_connection->Execute(
+            u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '위내시경', %1, '') "_s.arg(Literal(text)));
+
+        const auto rows = m_connection->Execute(u" SELECT ca_chamgo FROM ca  WHERE ca_etc = '위내시경' "_s);
+        QCOMPARE(rows->Fields(u"ca_chamgo"_s).typeId(), int(QMetaType::QString));
+        QCOMPARE(rows->Fields(u"ca_chamgo"_s).toString(), text);
+    }
+
     void readsRows_data() { Engines(); }
-    void readsRows();
-    void numbersAndLeft_data() { Engines(); }
-    void numbersAndLeft();
-    void comparesTextsAlike_data() { Engines(); }
-    void comparesTextsAlike();
-    void listsTables_data() { Engines(); }
-    void listsTables();
-    void tellsWhatFailed_data() { Engines(); }
-    void tellsWhatFailed();
-    void seesOtherClientsRows_data() { Engines(); }
-    void seesOtherClientsRows();
-    void tellsWhyItCantOpen_data();
-    void tellsWhyItCantOpen();
-    void leavesNoConnectionBehind_data() { Engines(); }
-    void leavesNoConnectionBehind();
+    void readsRows()
+    {
+        Begin({u"clinic"_s});
+        QVERIFY2(m_clinic->Run(u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung) VALUES ('1', '20250101', '01'), "
+                               "('1', '20260101', '05');"_s),
+                 qPrintable(m_clinic->Fault()));
+        const auto rows = m_connection->NewRecordset();
+        rows->setCursorLocation(adUseClient);
+        rows->setCursorType(adOpenKeyset);
+        rows->setLockType(adLockReadOnly);
+        rows->Open(u" SELECT bh_yuhyung, bh_jongbl, bh_chymd AS bh_yuhyung FROM bh  ORDER BY  bh_chymd  desc "_s,
+                   *m_connection);
 
-    void outlivesTheServer_data();
-    void outlivesTheServer();
-    void serverThatStaysAway();
-    void repeatsOnlyWhatHelps_data();
-    void repeatsOnlyWhatHelps();
-    void waitsForNoLockForever();
-    void filesTextThatAnOldTableCantHold();
-    void databaseWithAHyphen();
-    void damagedFileGivesNoShortList();
+        QVERIFY(!rows->Bof() && !rows->Eof());
+        QCOMPARE(rows->Fields(u"BH_Yuhyung"_s).toString(), u"05"_s); // of two columns of one name, the first
+        QVERIFY(!rows->Fields(u"bh_jongbl"_s).isValid());
+        QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_nothing"_s), PlatformError);
+        // Other statements run while the rows are open.
+        m_connection->Execute(u" DELETE FROM bh "_s);
+        rows->MoveNext();
+        QCOMPARE(rows->Fields(u"bh_yuhyung"_s).toString(), u"01"_s);
+        rows->MoveNext();
+        QVERIFY(rows->Eof() && !rows->Bof());
+        QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_yuhyung"_s), PlatformError);
+    }
+
+    void numbersAndLeft_data() { Engines(); }
+    void numbersAndLeft()
+    {
+        Begin({u"cap"_s, u"caso"_s});
+        const QString highest = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap  WHERE cap_chart = '1' "_s;
+        QCOMPARE(m_connection->Execute(highest)->Fields(u"maxno"_s), QVariant(0LL));
+        m_connection->Execute(u" REPLACE INTO cap VALUES ( '1', '01', '20260302', 'A', '위', 32767, '') "_s);
+        QCOMPARE(m_connection->Execute(highest)->Fields(u"maxno"_s), QVariant(32767LL));
+
+        const QString serial =
+            u" SELECT IFNULL(MAX(caso_yeonno), 0) AS maxnum FROM caso  WHERE LEFT(caso_yeonno,4) = '2026' "_s;
+        QCOMPARE(m_connection->Execute(serial)->Fields(u"maxnum"_s).toString(), u"0"_s);
+        for (const QString& number : {u"2025000009"_s, u"2026000001"_s, u"2026000002"_s})
+            m_connection->Execute(
+                u" REPLACE INTO caso VALUES (  '%1', '1', '01', '20260302', '김', '', '11', '위', 1, 0, "
+                u"0,  0, 0, 5, '소견',  '', "
+                "'', '', '', '', '' ) "_s.arg(number));
+        QCOMPARE(m_connection->Execute(serial)->Fields(u"maxnum"_s).toString(), u"2026000002"_s);
+        const auto report = m_connection->Execute(u" SELECT * FROM caso  WHERE caso_yeonno = '2026000001' "_s);
+        QCOMPARE(report->Fields(u"caso_no6"_s), QVariant(5LL));
+    }
+
+    void comparesTextsAlike_data() { Engines(); }
+    void comparesTextsAlike()
+    {
+        Begin({u"clinic"_s});
+        QVERIFY2(m_clinic->Run(
+                     u"INSERT INTO wj (wj_chart, wj_suname) VALUES ('00001234', '가'), ('a', '나'), ('A', '다');"_s),
+                 qPrintable(m_clinic->Fault()));
+        const auto nameOf = [this](const QString& chart) {
+            return ColumnOf(*m_connection->Execute(u" SELECT wj_suname FROM wj WHERE wj_chart = '%1' "_s.arg(chart)),
+                            u"wj_suname"_s);
+        };
+        QCOMPARE(nameOf(u"a"_s), QStringList{u"나"_s});
+        QCOMPARE(nameOf(u"00001234  "_s), QStringList{u"가"_s}); // columns of the launch string are padded with blanks
+        QCOMPARE(nameOf(u" 00001234"_s), QStringList());
+    }
+
+    void tellsWhyItCantOpen_data()
+    {
+        Columns<QString, QString, QString>("field", "value", "expected");
+        QTest::newRow("no such driver") << u"driver"_s << u"QODBC"_s << u"QODBC"_s;
+        QTest::newRow("no such server") << u"socket"_s << u"/nonexistent/mariadb.sock"_s
+                                        << u"서버에 연결할 수 없습니다.!!"_s;
+        QTest::newRow("no such database") << u"name"_s << u"nowhere"_s << u"nowhere이(가) 서버에 없습니다.!!"_s;
+        QTest::newRow("wrong password") << u"password"_s << u"틀림"_s << u"암호가 맞지 않습니다.!!"_s;
+        QTest::newRow("no such file") << u"file"_s << u"/tmp/없는 자료.sqlite"_s << u"/tmp/없는 자료.sqlite"_s;
+        QTest::newRow("no database file")
+            << u"file"_s << u"" STATION_SOURCE_FOLDER "/CMakeLists.txt"_s << u"not a database"_s;
+    }
+
+    void tellsWhyItCantOpen()
+    {
+        QFETCH3(QString, field, QString, value, QString, expected);
+        DatabaseSettings settings{
+            .driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"mysql"_s, .user = u"root"_s};
+        if (field == u"driver")
+            settings.driver = value;
+        else if (field == u"socket")
+            settings.socket = value;
+        else if (field == u"host")
+            settings = {
+                .driver = u"QMARIADB"_s, .host = value, .port = 9}; // the discard service: nothing listens there
+        else if (field == u"name")
+            settings.name = value;
+        else if (field == u"password")
+            settings.password = value;
+        else
+            settings = {.driver = u"QSQLITE"_s, .name = value};
+        const QString fault = OpeningFaultOf(settings);
+        QVERIFY2(fault.contains(expected) && fault.contains(u".!!"_s), qPrintable(fault));
+        QVERIFY(!QFile::exists(u"/tmp/없는 자료.sqlite"_s));
+        QVERIFY(QSqlDatabase::connectionNames().isEmpty());
+    }
+
+    void outlivesTheServer_data()
+    {
+        Columns<QString, QString>("driver", "how");
+        for (const QString& how : {u"shutdown"_s, u"power cut"_s, u"connection killed"_s})
+            QTest::newRow(qPrintable(how)) << u"QMARIADB"_s << how;
+    }
+
+    void outlivesTheServer()
+    {
+        Begin({u"ca"_s});
+        QFETCH(QString, how);
+        const QString row = u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '\\''', '' ) "_s;
+        m_connection->Execute(row.arg(u"위내시경"_s));
+        if (how == u"connection killed") {
+            const QString id = m_connection->Execute(u" SELECT CONNECTION_ID() AS id "_s)->Fields(u"id"_s).toString();
+            QVERIFY2(m_server.Run(u"KILL %1;"_s.arg(id)), qPrintable(m_server.Fault()));
+        } else {
+            how == u"shutdown" ? m_server.Stop() : m_server.Kill();
+            QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
+        }
+        // The backslash would swallow an apostrophe on a connection that has lost its settings.
+        m_connection->Execute(row.arg(u"대장내시경"_s));
+        const auto rows = m_connection->Execute(u" SELECT * FROM ca  ORDER BY ca_etc "_s);
+        QCOMPARE(ColumnOf(*rows, u"ca_etc"_s), (QStringList{u"대장내시경"_s, u"위내시경"_s}));
+        rows->setFilter(u"ca_chamgo = '\\'''"_s);
+        QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s).size(), 2);
+    }
+
+    void serverThatStaysAway()
+    {
+        m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
+        QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
+        m_connection = OpenConnection(m_clinic->Settings());
+        m_server.Stop();
+        for (int again = 0; again < 2; ++again) {
+            const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
+            QVERIFY2(fault.contains(u"서버에 연결할 수 없습니다.!!"_s), qPrintable(fault));
+        }
+        QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
+        QCOMPARE(FaultOf(*m_connection, u" SELECT * FROM ca "_s), QString());
+    }
+
+    void repeatsOnlyWhatHelps_data()
+    {
+        Columns<QString, int, int, int, bool>("driver", "number", "failures", "runs", "succeeds");
+        QTest::newRow("deadlock with another node") << u"QMARIADB"_s << 1213 << 2 << 3 << true;
+        QTest::newRow("cluster that doesn't come back") << u"QMARIADB"_s << 1047 << 1000 << 6 << false;
+        QTest::newRow("server that shuts down") << u"QMARIADB"_s << 1053 << 1 << 2 << true;
+        QTest::newRow("connection lost twice") << u"QMARIADB"_s << 1927 << 1000 << 2 << false;
+        QTest::newRow("any other fault") << u"QMARIADB"_s << 1644 << 1 << 1 << false;
+    }
+
+    void repeatsOnlyWhatHelps()
+    {
+        Begin({});
+        QFETCH4(int, number, int, failures, int, runs, bool, succeeds);
+        // The count stands in a table without transactions, so that a failed run counts.
+        m_connection->Execute(u"CREATE TABLE calls (n INT) ENGINE = Aria"_s);
+        m_connection->Execute(u"INSERT INTO calls VALUES (0)"_s);
+        m_connection->Execute(
+            u"CREATE FUNCTION unsure() RETURNS INT BEGIN UPDATE calls SET n = n + 1; IF (SELECT n FROM calls) <= %1 "
+            u"THEN "
+            "SIGNAL SQLSTATE '45000' SET MYSQL_ERRNO = %2, MESSAGE_TEXT = '일부러 냄'; END IF; RETURN 1; END"_s
+                .arg(failures)
+                .arg(number));
+
+        const QString fault = FaultOf(*m_connection, u" SELECT unsure() "_s);
+        QCOMPARE(fault.isEmpty(), succeeds);
+        QCOMPARE(fault.contains(u"일부러 냄"_s), !succeeds);
+        QCOMPARE(m_connection->Execute(u" SELECT n FROM calls "_s)->Fields(u"n"_s).toInt(), runs);
+    }
+
+    void waitsForNoLockForever()
+    {
+        m_connection = OpenConnection(
+            {.driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"mysql"_s, .user = u"root"_s});
+        const auto rows = m_connection->Execute(
+            u" SELECT @@sql_mode AS mode, @@innodb_lock_wait_timeout AS rowWait, @@lock_wait_timeout AS tableWait "_s);
+        const int replyLimit = DatabaseSettings().replyTimeoutSeconds;
+        QVERIFY(rows->Fields(u"rowWait"_s).toInt() < replyLimit);
+        QVERIFY(rows->Fields(u"tableWait"_s).toInt() < replyLimit);
+        QVERIFY(!rows->Fields(u"mode"_s).toString().contains(u"STRICT"_s));
+    }
+
+    void filesTextThatAnOldTableCantHold()
+    {
+        m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
+        QVERIFY2(m_clinic->Make({}), qPrintable(m_clinic->Fault()));
+        QVERIFY2(
+            m_clinic->Run(u"CREATE TABLE ca (ca_chart CHAR(8), ca_yuhyung CHAR(2), ca_ymd CHAR(8), ca_gubun CHAR(1), "
+                          "ca_etc CHAR(20), ca_chamgo VARCHAR(10), ca_extra VARCHAR(10), "
+                          "PRIMARY KEY (ca_chart, ca_ymd, ca_gubun, ca_etc)) CHARSET = euckr;"_s),
+            qPrintable(m_clinic->Fault()));
+        m_connection = OpenConnection(m_clinic->Settings());
+        const QString row = u" REPLACE INTO ca VALUES ( '00001234', '01', '%1', 'A', '위내시경', '%2', '' ) "_s;
+        m_connection->Execute(row.arg(u"20260302"_s, u"펲똠 ☆😀."_s));
+        m_connection->Execute(row.arg(u"20260303"_s, u"열 글자보다 긴 참고사항"_s));
+
+        const auto rows = m_connection->Execute(u" SELECT * FROM ca  WHERE ca_etc = '위내시경'  ORDER BY ca_ymd "_s);
+        QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s), (QStringList{u"펲똠 ☆?."_s, u"열 글자보다 긴 참"_s}));
+    }
+
+    void damagedFileGivesNoShortList()
+    {
+        m_clinic = std::make_unique<ClinicDatabase>(u"QSQLITE"_s, nullptr);
+        QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
+        m_connection = OpenConnection(m_clinic->Settings());
+        for (int section = 100; section < 200; ++section)
+            m_connection->Execute(
+                u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '%2', '' ) "_s.arg(section).arg(
+                    QString(3000, u'x')));
+        m_connection.reset();
+        QFile file(m_clinic->Settings().name);
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        constexpr qint64 PageBytes = 4096;
+        const QByteArray damage(10 * PageBytes, '\xFF');
+        QVERIFY(file.seek(file.size() / PageBytes * 6 / 10 * PageBytes)); // behind the first rows
+        QCOMPARE(file.write(damage), damage.size());
+        file.close();
+
+        m_connection = OpenConnection(m_clinic->Settings());
+        const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
+        QVERIFY2(fault.contains(u"malformed"_s), qPrintable(fault));
+    }
+
+    void keeperMakesATable_data()
+    {
+        Columns<QString, QString, QString, int>("driver", "table", "row", "columns");
+        const QList<std::tuple<QString, QString, int>> tables{
+            {u"ca"_s, u"'1', '01', '20260302', 'A', '위', '참고', ''"_s, 7},
+            {u"cap"_s, u"'1', '01', '20260302', 'A', '위', 1, '/a'"_s, 7},
+            {u"caso"_s,
+             u"'2026000001', '1', '01', '20260302', '김', '', '11', '위', 1, 2, 3, 4, 5, 6, 'a', 'b', '', '', '', '', ''"_s,
+             21},
+            {u"endo"_s, u"'20260302', '1', '11', ''"_s, 4},
+        };
+        for (const QString& driver : {u"QMARIADB"_s, u"QSQLITE"_s}) {
+            for (const auto& [table, row, columns] : tables)
+                QTest::addRow("%s %s", qPrintable(driver), qPrintable(table)) << driver << table << row << columns;
+        }
+    }
+
+    void keeperMakesATable()
+    {
+        QFETCH3(QString, driver, QString, table, QString, row);
+        ClinicDatabase clinic(driver, &m_server);
+        // SQLite's client makes the file at its first statement.
+        QVERIFY2(clinic.Make({}) && clinic.Run(u"CREATE TABLE other (x INT);"_s), qPrintable(clinic.Fault()));
+        ConnectionPointer connection = OpenConnection(clinic.Settings());
+        const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
+
+        const QString replace = u" REPLACE INTO %1 VALUES ( %2 ) "_s.arg(table, row);
+        keeper->tablecreate(connection, table, QString());
+        connection->Execute(replace);
+        connection->Execute(replace);
+        keeper->tablecreate(connection, table, QString()); // another station was quicker: the row stays
+        const auto count = connection->Execute(u" SELECT COUNT(*) AS n FROM %1 "_s.arg(table));
+        QCOMPARE(count->Fields(u"n"_s).toInt(), 1);
+        const auto tables = connection->Execute(u" SHOW TABLES FROM "_s + connection->DefaultDatabase());
+        int made = 0;
+        for (; !tables->Eof(); tables->MoveNext())
+            ++made;
+        QCOMPARE(made, 2);
+    }
+
+    void keeperRefusesATableOfTheClinic()
+    {
+        ClinicDatabase clinic(u"QSQLITE"_s, nullptr);
+        QVERIFY2(clinic.Make({u"ca"_s}), qPrintable(clinic.Fault()));
+        ConnectionPointer connection = OpenConnection(clinic.Settings());
+        const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
+        for (const QString& table : {u"wj"_s, u"clinic"_s, u"../tables"_s, u""_s})
+            QVERIFY_EXCEPTION_THROWN(keeper->tablecreate(connection, table, QString()), PlatformError);
+        ConnectionPointer none;
+        QVERIFY_EXCEPTION_THROWN(keeper->tablecreate(none, u"endo"_s, QString()), PlatformError);
+    }
 
 private:
-    static void Engines();
-    void Begin(const QStringList& tables);
+    static void Engines()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("MariaDB") << u"QMARIADB"_s;
+        QTest::newRow("SQLite") << u"QSQLITE"_s;
+    }
+
+    /// A fresh database with some tables and a connection to it, on the engine of the test's row.
+    void Begin(const QStringList& tables)
+    {
+        QFETCH(QString, driver);
+        m_clinic = std::make_unique<ClinicDatabase>(driver, &m_server);
+        if (!m_clinic->Make(tables))
+            throw PlatformError(m_clinic->Fault());
+        m_connection = OpenConnection(m_clinic->Settings());
+    }
 
     PrivateMariaDb m_server;
     std::unique_ptr<ClinicDatabase> m_clinic;
     ConnectionPointer m_connection;
 };
-
-void ConnectionTest::Engines()
-{
-    QTest::addColumn<QString>("driver");
-    QTest::newRow("MariaDB") << u"QMARIADB"_s;
-    QTest::newRow("SQLite") << u"QSQLITE"_s;
-}
-
-void ConnectionTest::initTestCase()
-{
-    QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
-}
-
-void ConnectionTest::cleanup()
-{
-    m_connection.reset();
-    m_clinic.reset();
-}
-
-/// A fresh database with some tables and a connection to it, on the engine of the test's row.
-void ConnectionTest::Begin(const QStringList& tables)
-{
-    QFETCH(QString, driver);
-    m_clinic = std::make_unique<ClinicDatabase>(driver, &m_server);
-    if (!m_clinic->Make(tables))
-        throw PlatformError(m_clinic->Fault());
-    m_connection = OpenConnection(m_clinic->Settings());
-}
-
-void ConnectionTest::keepsTexts_data()
-{
-    QTest::addColumn<QString>("driver");
-    QTest::addColumn<QString>("text");
-    const QList<std::pair<const char*, QString>> texts{
-        {"empty", u""_s},
-        {"apostrophes", u"'O''Brien' '"_s},
-        {"backslashes", u"C:\\캡쳐\\'\\"_s},
-        {"question marks", u"왜? :name @p1 %s ?"_s},
-        {"like a comment", u"-- ; /* # */"_s},
-        {"like a call", u"LEFT('가', 1) IFNULL( SHOW TABLES FROM x"_s},
-        {"line ends", u"\r\n  첫째\n둘째\t "_s},
-        {"outside the first plane", u"😀 𠀀"_s},
-        {"10 kB of Korean", u"위 점막에 발적이 관찰됨. "_s.repeated(300)},
-    };
-    for (const auto& [name, text] : texts) {
-        QTest::addRow("MariaDB, %s", name) << u"QMARIADB"_s << text;
-        QTest::addRow("SQLite, %s", name) << u"QSQLITE"_s << text;
-    }
-}
-
-void ConnectionTest::keepsTexts()
-{
-    Begin({u"ca"_s});
-    QFETCH(QString, text);
-    m_connection->Execute(
-        u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '위내시경', %1, '') "_s.arg(Literal(text)));
-
-    const auto rows = m_connection->Execute(u" SELECT ca_chamgo FROM ca  WHERE ca_etc = '위내시경' "_s);
-    QCOMPARE(rows->Fields(u"ca_chamgo"_s).typeId(), int(QMetaType::QString));
-    QCOMPARE(rows->Fields(u"ca_chamgo"_s).toString(), text);
-}
-
-void ConnectionTest::replacesByPosition()
-{
-    Begin({u"ca"_s, u"cap"_s});
-    const QString row = u" REPLACE INTO ca VALUES ( '00001234', '01', '20260302', 'A', '%1',  '%2', '' ) "_s;
-    m_connection->Execute(row.arg(u"위내시경"_s, u"먼저"_s));
-    m_connection->Execute(row.arg(u"위내시경"_s, u"나중"_s));
-    m_connection->Execute(row.arg(u"초음파"_s, u"다른 검사"_s));
-    for (int number : {1, 2, 2, 3})
-        m_connection->Execute(
-            u" REPLACE INTO cap VALUES ( '00001234', '01', '20260302',  'A', '위내시경', %1, '/a/b.jpg') "_s.arg(
-                number));
-
-    const auto notes = m_connection->Execute(u" SELECT * FROM ca  ORDER BY ca_chamgo "_s);
-    QCOMPARE(ColumnOf(*notes, u"ca_chamgo"_s), (QStringList{u"나중"_s, u"다른 검사"_s}));
-    const auto pictures = m_connection->Execute(u" SELECT * FROM cap  ORDER BY cap_no ASC "_s);
-    QCOMPARE(pictures->Fields(u"cap_path"_s).toString(), u"/a/b.jpg"_s);
-    QCOMPARE(ColumnOf(*pictures, u"cap_no"_s), (QStringList{u"1"_s, u"2"_s, u"3"_s}));
-}
-
-void ConnectionTest::readsRows()
-{
-    Begin({u"clinic"_s});
-    QVERIFY2(m_clinic->Run(u"INSERT INTO bh (bh_chart, bh_chymd, bh_yuhyung) VALUES ('1', '20250101', '01'), "
-                           "('1', '20260101', '05');"_s),
-             qPrintable(m_clinic->Fault()));
-    const auto rows = m_connection->NewRecordset();
-    rows->setCursorLocation(adUseClient);
-    rows->setCursorType(adOpenKeyset);
-    rows->setLockType(adLockReadOnly);
-    rows->Open(u" SELECT bh_yuhyung, bh_jongbl, bh_chymd AS bh_yuhyung FROM bh  ORDER BY  bh_chymd  desc "_s,
-               *m_connection);
-
-    QVERIFY(!rows->Bof() && !rows->Eof());
-    QCOMPARE(rows->Fields(u"BH_Yuhyung"_s).toString(), u"05"_s); // of two columns of one name, the first
-    QVERIFY(!rows->Fields(u"bh_jongbl"_s).isValid());
-    QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_nothing"_s), PlatformError);
-    // Other statements run while the rows are open.
-    m_connection->Execute(u" DELETE FROM bh "_s);
-    rows->MoveNext();
-    QCOMPARE(rows->Fields(u"bh_yuhyung"_s).toString(), u"01"_s);
-    rows->MoveNext();
-    QVERIFY(rows->Eof() && !rows->Bof());
-    QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_yuhyung"_s), PlatformError);
-
-    rows->Open(u" SELECT * FROM bh "_s, *m_connection);
-    QVERIFY(rows->Bof() && rows->Eof());
-    rows->MoveNext();
-    rows->Close();
-    QVERIFY(rows->Bof() && rows->Eof());
-    QVERIFY(m_connection->Execute(u" DELETE FROM bh "_s)->Eof());
-}
-
-void ConnectionTest::numbersAndLeft()
-{
-    Begin({u"cap"_s, u"caso"_s});
-    const QString highest = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap  WHERE cap_chart = '1' "_s;
-    QCOMPARE(m_connection->Execute(highest)->Fields(u"maxno"_s), QVariant(0LL));
-    m_connection->Execute(u" REPLACE INTO cap VALUES ( '1', '01', '20260302', 'A', '위', 32767, '') "_s);
-    QCOMPARE(m_connection->Execute(highest)->Fields(u"maxno"_s), QVariant(32767LL));
-
-    const QString serial =
-        u" SELECT IFNULL(MAX(caso_yeonno), 0) AS maxnum FROM caso  WHERE LEFT(caso_yeonno,4) = '2026' "_s;
-    QCOMPARE(m_connection->Execute(serial)->Fields(u"maxnum"_s).toString(), u"0"_s);
-    for (const QString& number : {u"2025000009"_s, u"2026000001"_s, u"2026000002"_s})
-        m_connection->Execute(u" REPLACE INTO caso VALUES (  '%1', '1', '01', '20260302', '김', '', '11', '위', 1, 0, "
-                              u"0,  0, 0, 5, '소견',  '', "
-                              "'', '', '', '', '' ) "_s.arg(number));
-    QCOMPARE(m_connection->Execute(serial)->Fields(u"maxnum"_s).toString(), u"2026000002"_s);
-    const auto report = m_connection->Execute(u" SELECT * FROM caso  WHERE caso_yeonno = '2026000001' "_s);
-    QCOMPARE(report->Fields(u"caso_no6"_s), QVariant(5LL));
-}
-
-void ConnectionTest::comparesTextsAlike()
-{
-    Begin({u"clinic"_s});
-    QVERIFY2(
-        m_clinic->Run(u"INSERT INTO wj (wj_chart, wj_suname) VALUES ('00001234', '가'), ('a', '나'), ('A', '다');"_s),
-        qPrintable(m_clinic->Fault()));
-    const auto nameOf = [this](const QString& chart) {
-        return ColumnOf(*m_connection->Execute(u" SELECT wj_suname FROM wj WHERE wj_chart = '%1' "_s.arg(chart)),
-                        u"wj_suname"_s);
-    };
-    QCOMPARE(nameOf(u"a"_s), QStringList{u"나"_s});
-    QCOMPARE(nameOf(u"00001234  "_s), QStringList{u"가"_s}); // columns of the launch string are padded with blanks
-    QCOMPARE(nameOf(u" 00001234"_s), QStringList());
-}
-
-void ConnectionTest::listsTables()
-{
-    Begin({u"caso"_s, u"endo"_s});
-    const QString database = m_connection->DefaultDatabase();
-    const auto tables = m_connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
-    const auto found = [&](const QString& table) {
-        tables->setFilter(u" tables_in_"_s + database + u" = '"_s + table + u"' "_s);
-        return !(tables->Eof() && tables->Bof());
-    };
-    QVERIFY(found(u"endo"_s));
-    QVERIFY(found(u"CASO"_s));
-    QVERIFY(!found(u"cas"_s));
-    QVERIFY(!found(u"it''s"_s));
-    tables->setFilter(QString());
-    QCOMPARE(ColumnOf(*tables, u"Tables_in_"_s + database).size(), 2);
-    QVERIFY_EXCEPTION_THROWN(tables->setFilter(u"tables_in_x = 'endo'"_s), PlatformError);
-    QVERIFY_EXCEPTION_THROWN(tables->setFilter(u"endo"_s), PlatformError);
-}
-
-void ConnectionTest::tellsWhatFailed()
-{
-    Begin({u"cap"_s});
-    const QString missing = FaultOf(*m_connection, u" SELECT * FROM nowhere "_s);
-    QVERIFY2(missing.contains(u".!!"_s) && missing.contains(u"nowhere"_s), qPrintable(missing));
-    QVERIFY(!FaultOf(*m_connection, u" SELECT 'x "_s).isEmpty());
-    QVERIFY(!FaultOf(*m_connection, u" REPLACE INTO cap VALUES ( '1' ) "_s).isEmpty());
-    QCOMPARE(m_connection->Execute(u" SELECT 1 AS one "_s)->Fields(u"one"_s).toInt(), 1);
-}
-
-void ConnectionTest::seesOtherClientsRows()
-{
-    Begin({u"cap"_s});
-    const auto other = OpenConnection(m_clinic->Settings());
-    const QString count = u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap "_s;
-    for (int number = 1; number <= 3; ++number) {
-        QCOMPARE(m_connection->Execute(count)->Fields(u"Maxno"_s).toInt(), number - 1);
-        other->Execute(u" REPLACE INTO cap VALUES ( '1', '01', '20260302', 'A', '위', %1, '') "_s.arg(number));
-    }
-}
-
-void ConnectionTest::tellsWhyItCantOpen_data()
-{
-    QTest::addColumn<QString>("field");
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("no such driver") << u"driver"_s << u"QODBC"_s << u"QODBC"_s;
-    QTest::newRow("no such server") << u"socket"_s << u"/nonexistent/mariadb.sock"_s
-                                    << u"서버에 연결할 수 없습니다.!!"_s;
-    QTest::newRow("no such host") << u"host"_s << u"127.0.0.1"_s << u"서버에 연결할 수 없습니다.!!"_s;
-    QTest::newRow("no such database") << u"name"_s << u"nowhere"_s << u"nowhere이(가) 서버에 없습니다.!!"_s;
-    QTest::newRow("wrong password") << u"password"_s << u"틀림"_s << u"암호가 맞지 않습니다.!!"_s;
-    QTest::newRow("no such file") << u"file"_s << u"/tmp/없는 자료.sqlite"_s << u"/tmp/없는 자료.sqlite"_s;
-    QTest::newRow("a folder") << u"file"_s << u"/tmp"_s << u"열 수 없습니다.!!"_s;
-    QTest::newRow("no database file") << u"file"_s << u"" STATION_SOURCE_FOLDER "/CMakeLists.txt"_s
-                                      << u"not a database"_s;
-}
-
-void ConnectionTest::tellsWhyItCantOpen()
-{
-    QFETCH(QString, field);
-    QFETCH(QString, value);
-    QFETCH(QString, expected);
-    DatabaseSettings settings{
-        .driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"mysql"_s, .user = u"root"_s};
-    if (field == u"driver")
-        settings.driver = value;
-    else if (field == u"socket")
-        settings.socket = value;
-    else if (field == u"host")
-        settings = {.driver = u"QMARIADB"_s, .host = value, .port = 9}; // the discard service: nothing listens there
-    else if (field == u"name")
-        settings.name = value;
-    else if (field == u"password")
-        settings.password = value;
-    else
-        settings = {.driver = u"QSQLITE"_s, .name = value};
-    const QString fault = OpeningFaultOf(settings);
-    QVERIFY2(fault.contains(expected) && fault.contains(u".!!"_s), qPrintable(fault));
-    QVERIFY(!QFile::exists(u"/tmp/없는 자료.sqlite"_s));
-    QVERIFY(QSqlDatabase::connectionNames().isEmpty());
-}
-
-void ConnectionTest::leavesNoConnectionBehind()
-{
-    Begin({u"ca"_s});
-    auto second = OpenConnection(m_clinic->Settings());
-    QCOMPARE(QSqlDatabase::connectionNames().size(), 2);
-    const auto rows = m_connection->Execute(u" SHOW TABLES FROM "_s + m_connection->DefaultDatabase());
-    m_connection.reset();
-    second.reset();
-    QVERIFY(QSqlDatabase::connectionNames().isEmpty());
-    QVERIFY(!rows->Eof()); // rows read earlier stay good
-}
-
-void ConnectionTest::outlivesTheServer_data()
-{
-    QTest::addColumn<QString>("driver");
-    QTest::addColumn<QString>("how");
-    for (const QString& how : {u"shutdown"_s, u"power cut"_s, u"connection killed"_s})
-        QTest::newRow(qPrintable(how)) << u"QMARIADB"_s << how;
-}
-
-void ConnectionTest::outlivesTheServer()
-{
-    Begin({u"ca"_s});
-    QFETCH(QString, how);
-    const QString row = u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '\\''', '' ) "_s;
-    m_connection->Execute(row.arg(u"위내시경"_s));
-    if (how == u"connection killed") {
-        const QString id = m_connection->Execute(u" SELECT CONNECTION_ID() AS id "_s)->Fields(u"id"_s).toString();
-        QVERIFY2(m_server.Run(u"KILL %1;"_s.arg(id)), qPrintable(m_server.Fault()));
-    } else {
-        how == u"shutdown" ? m_server.Stop() : m_server.Kill();
-        QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
-    }
-    // The backslash would swallow an apostrophe on a connection that has lost its settings.
-    m_connection->Execute(row.arg(u"대장내시경"_s));
-    const auto rows = m_connection->Execute(u" SELECT * FROM ca  ORDER BY ca_etc "_s);
-    QCOMPARE(ColumnOf(*rows, u"ca_etc"_s), (QStringList{u"대장내시경"_s, u"위내시경"_s}));
-    rows->setFilter(u"ca_chamgo = '\\'''"_s);
-    QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s).size(), 2);
-}
-
-void ConnectionTest::serverThatStaysAway()
-{
-    m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
-    QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
-    m_connection = OpenConnection(m_clinic->Settings());
-    m_server.Stop();
-    for (int again = 0; again < 2; ++again) {
-        const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
-        QVERIFY2(fault.contains(u"서버에 연결할 수 없습니다.!!"_s), qPrintable(fault));
-    }
-    QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
-    QCOMPARE(FaultOf(*m_connection, u" SELECT * FROM ca "_s), QString());
-}
-
-void ConnectionTest::repeatsOnlyWhatHelps_data()
-{
-    QTest::addColumn<QString>("driver");
-    QTest::addColumn<int>("number");
-    QTest::addColumn<int>("failures");
-    QTest::addColumn<int>("runs");
-    QTest::addColumn<bool>("succeeds");
-    QTest::newRow("deadlock with another node") << u"QMARIADB"_s << 1213 << 2 << 3 << true;
-    QTest::newRow("cluster that doesn't come back") << u"QMARIADB"_s << 1047 << 1000 << 6 << false;
-    QTest::newRow("server that shuts down") << u"QMARIADB"_s << 1053 << 1 << 2 << true;
-    QTest::newRow("connection lost twice") << u"QMARIADB"_s << 1927 << 1000 << 2 << false;
-    QTest::newRow("any other fault") << u"QMARIADB"_s << 1644 << 1 << 1 << false;
-}
-
-void ConnectionTest::repeatsOnlyWhatHelps()
-{
-    Begin({});
-    QFETCH(int, number);
-    QFETCH(int, failures);
-    QFETCH(int, runs);
-    QFETCH(bool, succeeds);
-    // The count stands in a table without transactions, so that a failed run counts.
-    m_connection->Execute(u"CREATE TABLE calls (n INT) ENGINE = Aria"_s);
-    m_connection->Execute(u"INSERT INTO calls VALUES (0)"_s);
-    m_connection->Execute(
-        u"CREATE FUNCTION unsure() RETURNS INT BEGIN UPDATE calls SET n = n + 1; IF (SELECT n FROM calls) <= %1 THEN "
-        "SIGNAL SQLSTATE '45000' SET MYSQL_ERRNO = %2, MESSAGE_TEXT = '일부러 냄'; END IF; RETURN 1; END"_s
-            .arg(failures)
-            .arg(number));
-
-    const QString fault = FaultOf(*m_connection, u" SELECT unsure() "_s);
-    QCOMPARE(fault.isEmpty(), succeeds);
-    QCOMPARE(fault.contains(u"일부러 냄"_s), !succeeds);
-    QCOMPARE(m_connection->Execute(u" SELECT n FROM calls "_s)->Fields(u"n"_s).toInt(), runs);
-}
-
-void ConnectionTest::waitsForNoLockForever()
-{
-    m_connection =
-        OpenConnection({.driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"mysql"_s, .user = u"root"_s});
-    const auto rows = m_connection->Execute(
-        u" SELECT @@sql_mode AS mode, @@innodb_lock_wait_timeout AS rowWait, @@lock_wait_timeout AS tableWait "_s);
-    const int replyLimit = DatabaseSettings().replyTimeoutSeconds;
-    QVERIFY(rows->Fields(u"rowWait"_s).toInt() < replyLimit);
-    QVERIFY(rows->Fields(u"tableWait"_s).toInt() < replyLimit);
-    QVERIFY(!rows->Fields(u"mode"_s).toString().contains(u"STRICT"_s));
-}
-
-void ConnectionTest::filesTextThatAnOldTableCantHold()
-{
-    m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
-    QVERIFY2(m_clinic->Make({}), qPrintable(m_clinic->Fault()));
-    QVERIFY2(m_clinic->Run(u"CREATE TABLE ca (ca_chart CHAR(8), ca_yuhyung CHAR(2), ca_ymd CHAR(8), ca_gubun CHAR(1), "
-                           "ca_etc CHAR(20), ca_chamgo VARCHAR(10), ca_extra VARCHAR(10), "
-                           "PRIMARY KEY (ca_chart, ca_ymd, ca_gubun, ca_etc)) CHARSET = euckr;"_s),
-             qPrintable(m_clinic->Fault()));
-    m_connection = OpenConnection(m_clinic->Settings());
-    const QString row = u" REPLACE INTO ca VALUES ( '00001234', '01', '%1', 'A', '위내시경', '%2', '' ) "_s;
-    m_connection->Execute(row.arg(u"20260302"_s, u"펲똠 ☆😀."_s));
-    m_connection->Execute(row.arg(u"20260303"_s, u"열 글자보다 긴 참고사항"_s));
-
-    const auto rows = m_connection->Execute(u" SELECT * FROM ca  WHERE ca_etc = '위내시경'  ORDER BY ca_ymd "_s);
-    QCOMPARE(ColumnOf(*rows, u"ca_chamgo"_s), (QStringList{u"펲똠 ☆?."_s, u"열 글자보다 긴 참"_s}));
-}
-
-void ConnectionTest::databaseWithAHyphen()
-{
-    QVERIFY2(m_server.Run(u"CREATE DATABASE `우리-의원`; CREATE TABLE `우리-의원`.endo (x INT);"_s),
-             qPrintable(m_server.Fault()));
-    m_connection = OpenConnection(
-        {.driver = u"QMARIADB"_s, .socket = m_server.Socket(), .name = u"우리-의원"_s, .user = u"root"_s});
-    const QString database = m_connection->DefaultDatabase();
-    const auto tables = m_connection->Execute(u" SHOW TABLES FROM "_s + database + u" "_s);
-    tables->setFilter(u" tables_in_"_s + database + u" = 'endo' "_s);
-    QVERIFY(!tables->Eof());
-}
-
-void ConnectionTest::damagedFileGivesNoShortList()
-{
-    m_clinic = std::make_unique<ClinicDatabase>(u"QSQLITE"_s, nullptr);
-    QVERIFY2(m_clinic->Make({u"ca"_s}), qPrintable(m_clinic->Fault()));
-    m_connection = OpenConnection(m_clinic->Settings());
-    for (int section = 100; section < 200; ++section)
-        m_connection->Execute(
-            u" REPLACE INTO ca VALUES ( '1', '01', '20260302', 'A', '%1', '%2', '' ) "_s.arg(section).arg(
-                QString(3000, u'x')));
-    m_connection.reset();
-    QFile file(m_clinic->Settings().name);
-    QVERIFY(file.open(QIODevice::ReadWrite));
-    constexpr qint64 PageBytes = 4096;
-    const QByteArray damage(10 * PageBytes, '\xFF');
-    QVERIFY(file.seek(file.size() / PageBytes * 6 / 10 * PageBytes)); // behind the first rows
-    QCOMPARE(file.write(damage), damage.size());
-    file.close();
-
-    m_connection = OpenConnection(m_clinic->Settings());
-    const QString fault = FaultOf(*m_connection, u" SELECT * FROM ca "_s);
-    QVERIFY2(fault.contains(u"malformed"_s), qPrintable(fault));
-}
 
 QTEST_GUILESS_MAIN(ConnectionTest)
 #include "ConnectionTest.moc"

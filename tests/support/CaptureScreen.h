@@ -1,0 +1,76 @@
+#pragma once
+
+#include "capture/frmCapture.h"
+#include "frame/guard.h"
+#include "screenparts/NoteBox.h"
+#include "screenparts/picture_grid.h"
+#include "support/StationInABox.h"
+
+/// The operator at the capture screen of a station in a box.
+namespace capture_screen {
+
+inline const QString Stomach = QStringLiteral("위내시경");
+inline const QString Colon = QStringLiteral("대장내시경");
+inline const QString Day = QString::fromUtf16(StationInABox::Today);
+
+inline frmCapture* opened = nullptr; ///< The screen opened last.
+
+/// Opens the screen and fills it.
+inline frmCapture& OpenScreen()
+{
+    opened = &Form<frmCapture>();
+    opened->Show();
+    if (!opened->IsUnloaded())
+        Guarded([] { opened->ShowStored(); });
+    return *opened;
+}
+
+/// A button of the toolbar.
+inline void Press(const QString& caption)
+{
+    opened->findChild<QToolButton*>(caption)->click();
+}
+
+/// An entry of a button's drop-down list, or, with "팝업메뉴", of the menu over a picture.
+inline void Choose(const QString& entry, const QString& menu = {})
+{
+    for (QAction* action : opened->findChildren<QAction*>(entry)) {
+        if (qobject_cast<QMenu*>(action->parent())->objectName() == menu)
+            action->trigger();
+    }
+}
+
+inline void ChooseSection(const QString& section)
+{
+    QComboBox& list = opened->cmbEtc();
+    list.setCurrentIndex(list.findText(section));
+    Q_EMIT list.activated(list.currentIndex());
+}
+
+inline void DoubleClick(int element, int column, int row)
+{
+    Q_EMIT opened->sprCap(element).DblClick(column, row);
+}
+
+/// Chooses the history line of a date.
+inline void ShowLine(const QString& ymd)
+{
+    fpSpread& visits = opened->sprCap(3);
+    for (int row = 1; row <= visits.DataRowCnt(); ++row) {
+        if (CellText(visits, 1, row) == ymd)
+            DoubleClick(3, 1, row);
+    }
+}
+
+/// Opens the menu over a picture and chooses an entry.
+inline void ChooseOver(int element, int column, int row, const QString& entry)
+{
+    Q_EMIT opened->sprCap(element).RightClick(0, column, row, 150, 150);
+    const QString menu = QStringLiteral("팝업메뉴");
+    Choose(entry, menu);
+    opened->findChild<QMenu*>(menu)->hide();
+}
+
+} // namespace capture_screen
+
+using namespace capture_screen;
