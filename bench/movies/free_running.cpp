@@ -1,4 +1,5 @@
 #include "movies/works.h"
+#include "platform/files/LocalFiles.h"
 #include "platform/gstreamer/live/LivePipeline.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
@@ -53,6 +54,7 @@ private:
 
 int BenchFreeRunning(int framesPerFile)
 {
+    RegisterFiles();
     PrepareMedia();
     const QTemporaryDir folder;
     const auto path = [&folder](int file) { return folder.filePath(u"%1.avi"_s.arg(file, 3, 10, QChar(u'0'))); };

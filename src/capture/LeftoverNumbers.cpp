@@ -10,9 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Another machine's station may be in the middle of its filing for as long.
-constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
-
 constexpr int ChartSize = 8;
 constexpr int DateSize = 8;
 

@@ -28,6 +28,12 @@ constexpr int MostPictures = 50;
 /// Of a picture whose rows the database hasn't taken yet.
 const QString PendingMark = u"기록 대기"_s;
 
+void Tell(const QStringList& tidings)
+{
+    if (!tidings.isEmpty())
+        ShowInformation(tidings.join(u"\r\n\r\n"_s));
+}
+
 bool IsGridFull(fpSpread& grid)
 {
     return grid.DataRowCnt() >= LastRow && !CellText(grid, LastColumn, LastRow).isEmpty();
@@ -231,8 +237,7 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
     for (const QString& owner : m_filing.Pending().ForeignOwners())
         tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
             owner);
-    if (!tidings.isEmpty())
-        ShowInformation(tidings.join(u"\r\n\r\n"_s));
+    Tell(tidings);
 }
 
 int StillCapture::WriteLeftoverRows(const QList<LeftoverNumber>& numbers)
@@ -276,8 +281,7 @@ void StillCapture::Finish()
             tidings << u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
                        "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Pending().Count());
         }
-        if (!tidings.isEmpty())
-            ShowInformation(tidings.join(u"\r\n\r\n"_s));
+        Tell(tidings);
     });
     m_filing.Pending().End();
 }

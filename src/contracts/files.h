@@ -55,6 +55,9 @@ enum class Holder {
     Elsewhere, ///< Of another machine, or no mark at all.
 };
 
+/// What another machine's process left goes after a day: until then it may be in the middle of its work.
+inline constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
+
 /// A file held by this process alone; let go with the object, and by the system when the process dies.
 class FileLock
 {

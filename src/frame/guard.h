@@ -13,6 +13,16 @@ void AnswerFault();
 /// From within none that is when events are next served.
 void WhenIdle(std::function<void()> work);
 
+/// Calls the handler with the arguments, or without them where it takes none.
+template <class Handler, class... Arguments>
+void Invoke(const Handler& handler, Arguments&&... arguments)
+{
+    if constexpr (std::is_invocable_v<const Handler&, Arguments...>)
+        handler(std::forward<Arguments>(arguments)...);
+    else
+        handler();
+}
+
 class Entered
 {
 public:
@@ -43,12 +53,7 @@ template <class Handler>
 auto GuardedSlot(Handler handler)
 {
     return [handler](auto&&... arguments) {
-        Guarded([&] {
-            if constexpr (std::is_invocable_v<const Handler&, decltype(arguments)...>)
-                handler(std::forward<decltype(arguments)>(arguments)...);
-            else
-                handler();
-        });
+        Guarded([&] { guard::Invoke(handler, std::forward<decltype(arguments)>(arguments)...); });
     };
 }
 

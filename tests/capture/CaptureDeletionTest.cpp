@@ -262,7 +262,7 @@ private Q_SLOTS:
         unlink(path.constData());
         const QByteArray target = QFile::encodeName(NativePath(secret));
         QCOMPARE(pipe ? mkfifo(path.constData(), 0666) : symlink(target.constData(), path.constData()), 0);
-        Guarded([this] { opened->ShowStored(); });
+        Guarded([] { opened->ShowStored(); });
         QCOMPARE(CellText(opened->sprCap(1), 2, 2), u"003"_s);
         m_box->Desk().answers = {true};
         Run(u"삭제"_s);

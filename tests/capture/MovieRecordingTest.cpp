@@ -153,7 +153,7 @@ private Q_SLOTS:
     void AClickInsideTheStartCounts()
     {
         Press(u"연결"_s);
-        QTimer::singleShot(0, this, [this] { Choose(u"동영상저장종료"_s); });
+        QTimer::singleShot(0, this, [] { Choose(u"동영상저장종료"_s); });
         Choose(u"동영상저장시작"_s);
         QVERIFY(!m_video->CaptureMode());
         QCOMPARE(Text(u"lblMovie"_s), QString());
@@ -233,7 +233,7 @@ private:
     void AskInsideAFrameEvent(const std::function<void()>& work)
     {
         m_box->Desk().whileShown = work;
-        m_box->Desk().whilePumped = [this] { Press(u"삭제"_s); };
+        m_box->Desk().whilePumped = [] { Press(u"삭제"_s); };
     }
     int FramesTold() const { return Text(u"lblMovieStatus"_s).section(u' ', 0, 0).toInt(); }
     QString Text(const QString& label) const { return opened->findChild<QLabel*>(label)->text(); }

@@ -173,7 +173,7 @@ private Q_SLOTS:
     void DroppedFilesComeOneByOne()
     {
         OpenScreen();
-        const auto drop = [this](const QList<QUrl>& urls, Qt::DropActions offered) {
+        const auto drop = [](const QList<QUrl>& urls, Qt::DropActions offered) {
             QMimeData content;
             content.setUrls(urls);
             QWidget* cells = opened->sprCap(1).findChild<QAbstractItemView*>()->viewport();

@@ -269,7 +269,7 @@ private Q_SLOTS:
         QCOMPARE(filing.File(CurrentVisit(), "1").number, 1);
         box.Run(u"ALTER TABLE cap RENAME TO cap_gone;"_s);
         box.FaultyFiles().FailAt(1, true, FailingFiles::Lists);
-        QVERIFY_EXCEPTION_THROWN(filing.File(CurrentVisit(), "2"), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, filing.File(CurrentVisit(), "2"));
         box.FaultyFiles().Recover();
         QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 1);
         QCOMPARE(filing.File(CurrentVisit(), "2").number, 2);
@@ -281,7 +281,7 @@ private Q_SLOTS:
         const Visit visit = CurrentVisit();
         StillFiling filing = MakeFiling();
         Files().RenameFile(visit.captureDir, box.Root() + u"gone"_s);
-        QVERIFY_EXCEPTION_THROWN(filing.File(visit, "x"), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, filing.File(visit, "x"));
         QVERIFY(!FolderExists(visit.captureDir));
         QVERIFY(filing.Pending().IsEmpty());
     }

@@ -108,7 +108,7 @@ private Q_SLOTS:
     {
         FindingsInABox::Findings().setText(Lines(10000, u"줄 "_s));
         QTimer timer;
-        connect(&timer, &QTimer::timeout, this, [this] {
+        connect(&timer, &QTimer::timeout, this, [] {
             auto* progress = Form<frmCapSogyon>().findChild<QProgressDialog*>(u"printProgress"_s);
             if (progress != nullptr && progress->value() >= 3)
                 progress->cancel();

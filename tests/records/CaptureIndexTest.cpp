@@ -135,12 +135,12 @@ private Q_SLOTS:
         QCOMPARE((Visit{u"00001234"_s, {}, Day, Stomach, u"R\\2026\\"_s, u"jpg"_s}.PicturePath(7)),
                  u"R\\2026\\위내시경\\0000123420261124007.jpg"_s);
         QCOMPARE(LogFolder(u"R\\2026\\"_s, Stomach), u"R\\2026\\위내시경Log\\"_s);
-        QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\2026\\"_s, u".."_s), PlatformError);
-        QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\2026\\"_s, u"a/../../b"_s), PlatformError);
-        QVERIFY_EXCEPTION_THROWN(YearFolder(u"R\\"_s, u"..\\.0101"_s), PlatformError);
-        QVERIFY_EXCEPTION_THROWN(SectionFolder(u"R\\"_s, QString(10000, u'가')), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, SectionFolder(u"R\\2026\\"_s, u".."_s));
+        QVERIFY_THROWS_EXCEPTION(PlatformError, SectionFolder(u"R\\2026\\"_s, u"a/../../b"_s));
+        QVERIFY_THROWS_EXCEPTION(PlatformError, YearFolder(u"R\\"_s, u"..\\.0101"_s));
+        QVERIFY_THROWS_EXCEPTION(PlatformError, SectionFolder(u"R\\"_s, QString(10000, u'가')));
         const Visit hostile{u"../../x"_s, {}, Day, Stomach, u"R\\"_s, u"jpg"_s};
-        QVERIFY_EXCEPTION_THROWN(hostile.PicturePath(1), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, hostile.PicturePath(1));
         const Visit visit{u"00001234"_s, {}, Day, Stomach, {}, u"jpg"_s};
         QCOMPARE(visit.PictureNumber(u"0000123420261124012.jpg"_s), 12);
         QCOMPARE(visit.PictureNumber(u"0000123420261124012.bmp"_s), 0);

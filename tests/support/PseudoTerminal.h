@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QString>
 
+#include <atomic>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/ioctl.h>
@@ -38,6 +39,7 @@ public:
     PseudoTerminal(const PseudoTerminal&) = delete;
     PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
+    std::atomic<bool> isDrained = false; ///< All that was sent has gone into the cable.
     /// Waits until the cable has taken all of it.
     void Send(const QByteArray& bytes)
     {
@@ -47,6 +49,7 @@ public:
                 return;
             done += sent;
         }
+        isDrained = true;
     }
     /// Somebody has the near end open.
     bool IsHeld() const

@@ -17,7 +17,7 @@ target_compile_definitions(station_test_support PUBLIC STATION_SOURCE_FOLDER="${
 target_link_libraries(station_test_support
     PUBLIC Qt6::Widgets Qt6::Test station_frame platform_sql
     PRIVATE station_strict)
-set_target_properties(station_test_support PROPERTIES AUTOMOC OFF)
+set_target_properties(station_test_support PROPERTIES AUTOMOC OFF AUTORCC OFF)
 
 # A whole station for the tests of its rooms.
 add_library(station_box STATIC

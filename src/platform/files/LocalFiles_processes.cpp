@@ -17,9 +17,6 @@ using namespace posix_files;
 
 namespace {
 
-/// No station takes a day to write a file.
-constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
-
 class HeldFile final : public FileLock
 {
 public:

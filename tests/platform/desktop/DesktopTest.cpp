@@ -54,14 +54,11 @@ private Q_SLOTS:
         QTest::addColumn<bool>("answer");
 
         QTest::newRow("return") << QList{Qt::Key_Return} << QString() << false;
-        QTest::newRow("enter of the number pad") << QList{Qt::Key_Enter} << QString() << false;
-        QTest::newRow("space") << QList{Qt::Key_Space} << QString() << false;
         QTest::newRow("escape") << QList{Qt::Key_Escape} << QString() << false;
         QTest::newRow("close box") << QList<Qt::Key>() << u"close"_s << false;
         QTest::newRow("no") << QList<Qt::Key>() << u"cmdNo"_s << false;
         QTest::newRow("yes") << QList<Qt::Key>() << u"cmdYes"_s << true;
         QTest::newRow("moved to yes by key") << QList{Qt::Key_Tab, Qt::Key_Return} << QString() << true;
-        QTest::newRow("moved to yes and left") << QList{Qt::Key_Tab, Qt::Key_Escape} << QString() << false;
     }
 
     void QuestionMeansNoUnlessYesIsChosen()

@@ -57,12 +57,6 @@ private Q_SLOTS:
         QVERIFY(late.waitForFinished());
     }
 
-    void NoFolderToLockIn()
-    {
-        InstanceLock lock(QString(), u"/proc/1/none"_s);
-        QVERIFY(!lock.HeldByAnother());
-    }
-
 private:
     static QByteArray Start(QProcess& other, const QStringList& folders)
     {

@@ -197,7 +197,7 @@ private Q_SLOTS:
                 QVERIFY(QFile::link(m_box->Images(), place));
             else
                 WriteWholeFile(place, "a file in its place");
-            QVERIFY_EXCEPTION_THROWN(m_box->Burner()->burnArea(), PlatformError);
+            QVERIFY_THROWS_EXCEPTION(PlatformError, m_box->Burner()->burnArea());
             QFile::remove(place);
         }
         UseService<BurnerOptions>().UseImage(m_box->Images() + u"not there/cd.iso"_s);

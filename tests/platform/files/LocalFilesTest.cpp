@@ -100,8 +100,8 @@ private Q_SLOTS:
         m_files.WriteWholeFile(Path(u"a"_s), "before");
         {
             const FullDisk full(4096);
-            QVERIFY_EXCEPTION_THROWN(m_files.WriteWholeFile(Path(u"a"_s), QByteArray(100000, 'x')), PlatformError);
-            QVERIFY_EXCEPTION_THROWN(m_files.WriteNewFile(Path(u"b"_s), QByteArray(100000, 'x')), PlatformError);
+            QVERIFY_THROWS_EXCEPTION(PlatformError, m_files.WriteWholeFile(Path(u"a"_s), QByteArray(100000, 'x')));
+            QVERIFY_THROWS_EXCEPTION(PlatformError, m_files.WriteNewFile(Path(u"b"_s), QByteArray(100000, 'x')));
         }
         QCOMPARE(m_files.ReadFile(Path(u"a"_s)), QByteArray("before"));
         QCOMPARE(Names(), QStringList{u"a"_s});

@@ -1,6 +1,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "LiveFixture.h"
+#include "platform/files/LocalFiles.h"
 #include "platform/gstreamer/live/LivePipeline.h"
 #include "platform/gstreamer/movies/movie_repair.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"
@@ -45,7 +46,11 @@ class MoviesTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { PrepareMedia(); }
+    void initTestCase()
+    {
+        RegisterFiles();
+        PrepareMedia();
+    }
     void init() { m_folder = std::make_unique<QTemporaryDir>(); }
 
     void NoFrameIsLostAtAChangeOfFile_data()
@@ -215,7 +220,7 @@ private Q_SLOTS:
         fields[fields.size() - 2] = u"1"_s; // A process of this number that started at another time.
         const QString abandoned = fields.join(u'.');
         QVERIFY(QFile::rename(m_folder->filePath(mine), m_folder->filePath(abandoned)));
-        fields[fields.size() - 4] = u"elsewhere"_s;
+        fields[fields.size() - 5] = u"elsewhere"_s;
         const QString foreign = fields.join(u'.');
         QVERIFY(QFile::copy(m_folder->filePath(abandoned), m_folder->filePath(foreign)));
         RepairMovies(m_folder->path());

@@ -236,10 +236,10 @@ private Q_SLOTS:
         const QString path = m_box->Root() + u"mark.bmp"_s;
         WriteWholeFile(path, "what stood there");
         m_control->setTargetFile(path);
-        QVERIFY_EXCEPTION_THROWN(m_control->WriteTargetFile(), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, m_control->WriteTargetFile());
         m_control->setPicture(Plain({640, 480}, Qt::darkRed));
         m_box->FaultyFiles().FailAt(1);
-        QVERIFY_EXCEPTION_THROWN(m_control->WriteTargetFile(), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, m_control->WriteTargetFile());
         QCOMPARE(Files().ReadFile(path), QByteArray("what stood there"));
 
         m_control->setDrawWidth(2);
@@ -250,7 +250,7 @@ private Q_SLOTS:
         other->setSourceFile(path);
         QCOMPARE(other->Picture().size(), QSize(640, 480));
         QVERIFY(other->Picture().pixelColor(300, 100).green() > 120);
-        QVERIFY_EXCEPTION_THROWN(other->setSourceFile(m_box->Root() + u"none.jpg"_s), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, other->setSourceFile(m_box->Root() + u"none.jpg"_s));
         QVERIFY(other->Picture().isNull());
     }
 

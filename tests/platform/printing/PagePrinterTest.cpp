@@ -148,7 +148,7 @@ private Q_SLOTS:
         UseService<PrinterOptions>().UseFolder({});
         UseService<PrinterOptions>().UsePrinter(u"없는 프린터"_s);
         m_canvas->myCelText(m_grid, u"버릴 장"_s, 3, 5, 2, 69, Printer(), u"C"_s);
-        QVERIFY_EXCEPTION_THROWN(Printer().EndDoc(), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, Printer().EndDoc());
         UseService<PrinterOptions>().UseFolder(m_folder->path() + u"/새 폴더"_s);
         m_canvas->myCelText(m_grid, u"다음 장"_s, 3, 5, 2, 69, Printer(), u"C"_s);
         Printer().EndDoc();

@@ -105,14 +105,14 @@ private Q_SLOTS:
         QVERIFY(!rows->Bof() && !rows->Eof());
         QCOMPARE(rows->Fields(u"BH_Yuhyung"_s).toString(), u"05"_s); // of two columns of one name, the first
         QVERIFY(!rows->Fields(u"bh_jongbl"_s).isValid());
-        QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_nothing"_s), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, rows->Fields(u"bh_nothing"_s));
         // Other statements run while the rows are open.
         m_connection->Execute(u" DELETE FROM bh "_s);
         rows->MoveNext();
         QCOMPARE(rows->Fields(u"bh_yuhyung"_s).toString(), u"01"_s);
         rows->MoveNext();
         QVERIFY(rows->Eof() && !rows->Bof());
-        QVERIFY_EXCEPTION_THROWN(rows->Fields(u"bh_yuhyung"_s), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, rows->Fields(u"bh_yuhyung"_s));
     }
 
     void numbersAndLeft_data() { Engines(); }
@@ -362,9 +362,9 @@ private Q_SLOTS:
         ConnectionPointer connection = OpenConnection(clinic.Settings());
         const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
         for (const QString& table : {u"wj"_s, u"clinic"_s, u"../tables"_s, u""_s})
-            QVERIFY_EXCEPTION_THROWN(keeper->tablecreate(connection, table, QString()), PlatformError);
+            QVERIFY_THROWS_EXCEPTION(PlatformError, keeper->tablecreate(connection, table, QString()));
         ConnectionPointer none;
-        QVERIFY_EXCEPTION_THROWN(keeper->tablecreate(none, u"endo"_s, QString()), PlatformError);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, keeper->tablecreate(none, u"endo"_s, QString()));
     }
 
 private:

@@ -1,11 +1,13 @@
 #include "platform/gstreamer/movies/AviFile.h"
 
+#include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/services.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSysInfo>
+#include <QRegularExpression>
 #include <QtEndian>
 
 #include <cerrno>
@@ -66,39 +68,12 @@ quint32 U32At(const QByteArray& bytes, qsizetype at)
 {
     return qFromLittleEndian<quint32>(bytes.constData() + at);
 }
-
-QString HostPart()
-{
-    QString host = QSysInfo::machineHostName();
-    for (QChar& character : host) {
-        if (!character.isLetterOrNumber() && character != u'-')
-            character = u'_';
-    }
-    return host.isEmpty() ? u"host"_s : host;
-}
-
-/// Start of a process since the machine's boot, in the kernel's ticks; empty when it doesn't live.
-QString StartOfProcess(qint64 pid)
-{
-    QFile file(u"/proc/%1/stat"_s.arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray text = file.readAll();
-    // The program's name may hold blanks; it ends with the last parenthesis.
-    const QByteArrayList fields = text.mid(text.lastIndexOf(')') + 2).split(' ');
-    // One that has ended and only waits to be noticed by its parent writes no more.
-    if (fields.value(0) == "Z" || fields.value(0) == "X")
-        return {};
-    return QString::fromLatin1(fields.value(19));
-}
 } // namespace
 
 AviFile::AviFile(const QString& nativePath, const Format& format) : m_path(nativePath), m_format(format)
 {
     const QFileInfo info(nativePath);
-    m_partial = u"%1/.%2.%3.%4.%5.part"_s.arg(info.path(), info.fileName(), HostPart())
-                    .arg(getpid())
-                    .arg(StartOfProcess(getpid()));
+    m_partial = u"%1/.%2.%3.part"_s.arg(info.path(), info.fileName(), Files().ProcessMark());
     // The name is this process's own: what stands there was left by an earlier try, or isn't ours to write into.
     unlink(QFile::encodeName(m_partial).constData());
     Open(O_RDWR | O_CREAT | O_EXCL);
@@ -120,16 +95,9 @@ AviFile::~AviFile()
 
 AviFile::Partial AviFile::ReadPartialName(const QString& fileName)
 {
-    QStringList parts = fileName.split(u'.');
-    if (parts.size() < 6 || !parts.first().isEmpty() || parts.last() != u"part")
-        return {};
-    parts.removeFirst();
-    parts.removeLast();
-    const QString start = parts.takeLast();
-    const qint64 pid = parts.takeLast().toLongLong();
-    if (parts.takeLast() != HostPart() || pid <= 0)
-        return {};
-    return {parts.join(u'.'), StartOfProcess(pid) != start};
+    static const QRegularExpression form(uR"(^\.(.+)\.([^.]+\.[^.]+\.[^.]+\.[^.]+)\.part$)"_s);
+    const QRegularExpressionMatch match = form.match(fileName);
+    return {match.captured(1), match.hasMatch() && Files().HolderOf(match.captured(2)) == Holder::Dead};
 }
 
 void AviFile::Open(int flags)

@@ -61,9 +61,11 @@ ContentKind KindOfJpeg(Bytes content)
 NamedSize SizeOfJpeg2000(Bytes content)
 {
     // The code stream begins with its size, wherever the boxes around it put it.
-    const auto start = std::ranges::search(content, "\xFF\x4F\xFF\x51"sv, {}, [](auto byte) { return char(byte); });
-    const size_t at = static_cast<size_t>(start.begin() - content.begin());
-    if (start.empty() || at + 24 > content.size())
+    constexpr auto mark = "\xFF\x4F\xFF\x51"sv;
+    const auto start = std::search(content.begin(), content.end(), mark.begin(), mark.end(),
+                                   [](std::uint8_t byte, char wanted) { return char(byte) == wanted; });
+    const size_t at = static_cast<size_t>(start - content.begin());
+    if (at + 24 > content.size())
         return {};
     const auto extent = [&](size_t offset) {
         const std::uint32_t end = BigDoubleWord(content, at + offset);
