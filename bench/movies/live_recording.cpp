@@ -22,7 +22,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int Pictures = 50;
+constexpr int StoredPictures = 50;
 constexpr double DeviceRate = 60;
 constexpr double MovieRate = 18;
 constexpr int ShareSeconds = 10;
@@ -93,7 +93,7 @@ int BenchLiveRecording(int seconds)
     StationInABox box;
     RegisterVideo();
     UseService<VideoOptions>().OfferTestPicture(true);
-    for (int number = 1; number <= Pictures; ++number) {
+    for (int number = 1; number <= StoredPictures; ++number) {
         box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
         WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number),
                        StationInABox::Jpeg({1920, 1080}, Qt::darkRed));
@@ -127,7 +127,7 @@ int BenchLiveRecording(int seconds)
     PrintFigure(u"recording beside the live picture, processor"_s, u"%1 of a core"_s.arg(recording - live, 0, 'f', 3),
                 u"%1 times the live picture's %2"_s.arg((recording - live) / live, 0, 'f', 2).arg(live, 0, 'f', 3));
     PrintFigure(u"movie of %1 s while thumbnails load"_s.arg(seconds), u"%1 frames"_s.arg(steps.frames),
-                u"%1 due; %2 fills of %3 thumbnails"_s.arg(seconds * MovieRate).arg(fills).arg(Pictures));
+                u"%1 due; %2 fills of %3 thumbnails"_s.arg(seconds * MovieRate).arg(fills).arg(StoredPictures));
     PrintFigure(
         u"  largest step of the device's frames"_s, u"%1"_s.arg(steps.largest),
         u"%1 explained by the rates; %2 larger, %3 repeated"_s.arg(explained).arg(steps.tooLarge).arg(steps.repeated));

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Pictures = 50;
+constexpr int StoredPictures = 50;
 constexpr int Refills = 1000;
 
 double EmptyWindowMb()
@@ -40,7 +40,7 @@ int BenchMemory(const QString& mode)
     }
     StationInABox box;
     const QByteArray picture = StationInABox::Jpeg({1920, 1080}, Qt::darkRed);
-    for (int number = 1; number <= Pictures; ++number) {
+    for (int number = 1; number <= StoredPictures; ++number) {
         box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number, u"note"_s);
         WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number), picture);
     }
