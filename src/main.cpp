@@ -32,7 +32,7 @@ QString CommandText(const char* argument)
 {
     const QByteArray bytes(argument);
     QStringDecoder utf8(QStringDecoder::Utf8);
-    const QString text = utf8(bytes);
+    QString text = utf8(bytes);
     if (!utf8.hasError())
         return text;
     QStringDecoder korean("windows-949");

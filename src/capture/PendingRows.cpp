@@ -170,10 +170,10 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
             throw PlatformError(error.errorString());
         const QJsonArray entries =
             document.isArray() ? document.array() : document.object().value(u"entries"_s).toArray();
-        for (const QJsonValue& value : entries)
+        for (const auto& value : entries)
             m_entries.append(FromJson(value.toObject()));
         const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
-        for (const QJsonValue& value : claimed)
+        for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
         return true;
     } catch (const PlatformError& error) {

@@ -14,9 +14,9 @@ QHash<QString, std::any>& Makers()
 }
 } // namespace
 
-void components::Register(const QString& name, std::any maker)
+void components::Register(const QString& name, const std::any& maker)
 {
-    Makers().insert(name, std::move(maker));
+    Makers().insert(name, maker);
 }
 
 std::any components::Find(const QString& name)

@@ -12,7 +12,7 @@
 /// A service that is asked for before it was installed is a bug, not a fault.
 
 namespace components {
-void Register(const QString& name, std::any maker);
+void Register(const QString& name, const std::any& maker);
 /// An empty any when nothing is registered under the name.
 std::any Find(const QString& name);
 [[noreturn]] void ThrowMissing(const QString& name);

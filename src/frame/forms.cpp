@@ -116,6 +116,6 @@ bool IsFormLoaded(const QString& name)
 void UnloadForms()
 {
     const QList<StationForm*> loaded = Collection();
-    for (auto form = loaded.rbegin(); form != loaded.rend(); ++form)
-        (*form)->Unload();
+    for (qsizetype at = loaded.size() - 1; at >= 0; --at)
+        loaded[at]->Unload();
 }

@@ -88,7 +88,7 @@ QString DiscTarget::Keep()
     const QString ending = image.suffix().isEmpty() ? QString() : u'.' + image.suffix();
     for (int number = 1;; ++number) {
         const QString name = image.completeBaseName() + (number > 1 ? u"-%1"_s.arg(number) : QString()) + ending;
-        const QString path = folder + name;
+        QString path = folder + name;
         if (Files().KindOf(path) == FileKind::File && QFileInfo(NativePath(path)).size() == 0)
             DeleteFile(path);
         if (!Files().PlaceNewFile(m_partial, path))

@@ -104,8 +104,7 @@ bool DiscWriter::Equipped() const
 
 QString DiscWriter::BurnArea() const
 {
-    const QString path =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/capture-station/cd/"_s;
+    QString path = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u"/capture-station/cd/"_s;
     Files().MakePrivateFolder(path);
     Files().RemoveLeftovers(path);
     return path;

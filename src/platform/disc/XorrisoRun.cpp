@@ -119,7 +119,7 @@ qint64 XorrisoRun::ReadBytes() const
     QFile account(u"/proc/%1/io"_s.arg(m_process->processId()));
     if (!account.open(QIODevice::ReadOnly))
         return 0;
-    return account.readLine().mid(qstrlen("rchar: ")).trimmed().toLongLong();
+    return account.readLine().mid(qsizetype(qstrlen("rchar: "))).trimmed().toLongLong();
 }
 
 void XorrisoRun::ReadNotes()

@@ -135,9 +135,10 @@ void DeleteStagedFiles(const QString& folder, const StagedFiles& staged)
         if (!changed.contains(file.path))
             deleteBelow(file.path);
     }
-    for (auto below = staged.folders.crbegin(); below != staged.folders.crend(); ++below) {
-        if (FolderExists(folder + *below) && Files().Entries(folder + *below).isEmpty())
-            deleteBelow(*below);
+    for (qsizetype at = staged.folders.size() - 1; at >= 0; --at) {
+        const QString& below = staged.folders[at];
+        if (FolderExists(folder + below) && Files().Entries(folder + below).isEmpty())
+            deleteBelow(below);
     }
 }
 

@@ -21,7 +21,7 @@ QString ReaderProgram()
 {
     QDir folder(QCoreApplication::applicationDirPath());
     for (int level = 0; level < 4; ++level) {
-        const QString program = folder.filePath(u"libexec/capture-station-reader"_s);
+        QString program = folder.filePath(u"libexec/capture-station-reader"_s);
         if (QFileInfo(program).isExecutable())
             return program;
         if (!folder.cdUp())

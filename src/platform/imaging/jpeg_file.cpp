@@ -42,9 +42,8 @@ void NoteWarning(j_common_ptr common, int level)
     ErrorManager& errors = ErrorsOf(common);
     // Where scans follow each other, a missing end may be a missing scan; and arithmetic coding warns of nothing else.
     const bool severalScans = decoder->progressive_mode || decoder->comps_in_scan < decoder->num_components;
-    if (errors.base.msg_code == JWRN_HIT_MARKER && decoder->unread_marker == JPEG_EOI)
-        errors.cut = true;
-    else if (errors.base.msg_code == JWRN_JPEG_EOF && (severalScans || decoder->arith_code))
+    if ((errors.base.msg_code == JWRN_HIT_MARKER && decoder->unread_marker == JPEG_EOI) ||
+        (errors.base.msg_code == JWRN_JPEG_EOF && (severalScans || decoder->arith_code)))
         errors.cut = true;
 }
 

@@ -8,6 +8,6 @@
 
 void RegisterImaging()
 {
-    QImageReader::setAllocationLimit(static_cast<int>(picturelimits::LargestInStation / (1024 * 1024)) + 1);
+    QImageReader::setAllocationLimit(static_cast<int>(picturelimits::LargestInStation / 1'048'576) + 1);
     InstallService<PictureReader>(std::make_unique<ImagePictureReader>());
 }

@@ -171,7 +171,7 @@ QByteArray EncodeJpeg(const YuvPlanes& planes, int quality)
         stripes.push_back(EncodeRows(planes, quality, 0, stripeHeight));
         for (std::future<Encoded>& other : others)
             stripes.push_back(other.get());
-        const QByteArray joined = Join(stripes, planes.Height(), stripeRows * unitColumns);
+        QByteArray joined = Join(stripes, planes.Height(), stripeRows * unitColumns);
         if (!joined.isEmpty())
             return joined;
     }
