@@ -179,7 +179,7 @@ Spans Curve(const RoundedRectangle& curve, int width, QSize size)
     Spans spans;
     const double radius = width / 2.0;
     const Rows rows = RowsWithin(curve.frame.top() - radius, curve.frame.bottom() + radius, size);
-    spans.reserve(static_cast<size_t>(2 * (rows.end - rows.first)));
+    spans.reserve(2 * static_cast<size_t>(rows.end - rows.first));
     Insets insets{};
     for (int y = rows.first; y < rows.end; ++y) {
         // For the pen of two pixels three of the heights were already reckoned in the row above.

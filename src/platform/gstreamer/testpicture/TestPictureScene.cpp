@@ -55,7 +55,7 @@ Colour SceneColour(float x, float y)
 
 std::uint8_t Byte(float value)
 {
-    return std::uint8_t(std::clamp(value, 0.0f, 255.0f) + 0.5f);
+    return std::uint8_t(std::lround(std::clamp(value, 0.0f, 255.0f)));
 }
 
 std::shared_ptr<const TestPictureScene> DrawScene(int width, int height)
@@ -73,8 +73,8 @@ std::shared_ptr<const TestPictureScene> DrawScene(int width, int height)
     std::vector<float> blockLuma(scene->blue.size());
     for (int y = 0; y < halfHeight; ++y) {
         for (int x = 0; x < halfWidth; ++x) {
-            const Colour colour =
-                SceneColour((2.0f * x - halfWidth) / halfHeight, (2.0f * y - halfHeight) / halfHeight);
+            const Colour colour = SceneColour(float(2 * x - halfWidth) / float(halfHeight),
+                                              float(2 * y - halfHeight) / float(halfHeight));
             const float luma = 0.299f * colour.red + 0.587f * colour.green + 0.114f * colour.blue;
             const std::size_t at = std::size_t(y) * halfWidth + x;
             blockLuma[at] = 255 * luma;

@@ -10,6 +10,7 @@
 OutsideDecoder::OutsideDecoder(std::vector<std::string> arguments, std::size_t offset)
 {
     std::vector<char*> words;
+    words.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         words.push_back(argument.data());
     words.push_back(nullptr);
