@@ -181,17 +181,8 @@ void frmCapture::OpenFindingsScreen(int gridNumber)
 
 void frmCapture::PrintGridCaptures(int gridNumber)
 {
-    const std::optional<Visit> visit = m_history->ShownVisit(gridNumber);
-    if (!visit)
-        return;
-    CaptureSheetRecord sheet;
-    ClearCaptureSheetRecord(sheet);
-    FillCaptureSheetRecord(sheet, *visit, *m_sbarCap);
-    sheet.Pictures = SheetPictures(sprCap(gridNumber), gridNumber, *visit);
-    if (sheet.Pictures.isEmpty())
-        return;
-    const BusyPointer busy;
-    PrintCaptureSheet(sheet, *m_picture1);
+    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
+        PrintGridSheet(sprCap(gridNumber), gridNumber, *visit, *m_sbarCap, *m_picture1);
 }
 
 void frmCapture::Connect()

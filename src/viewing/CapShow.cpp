@@ -105,12 +105,5 @@ void CapShow::OpenEditorFromCell(int column, int row)
 
 void CapShow::PrintShownCaptures()
 {
-    CaptureSheetRecord sheet;
-    ClearCaptureSheetRecord(sheet);
-    FillCaptureSheetRecord(sheet, CurrentVisit(), *m_sbarCap);
-    sheet.Pictures = SheetPictures(*m_sprCap, 1, sheet.Of);
-    if (sheet.Pictures.isEmpty())
-        return;
-    const BusyPointer busy;
-    PrintCaptureSheet(sheet, *m_picture1);
+    PrintGridSheet(*m_sprCap, 1, CurrentVisit(), *m_sbarCap, *m_picture1);
 }

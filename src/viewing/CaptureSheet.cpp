@@ -112,3 +112,16 @@ QStringList SheetPictures(fpSpread& grid, int gridNumber, const Visit& visit)
     }
     return paths;
 }
+
+void PrintGridSheet(fpSpread& grid, int gridNumber, const Visit& visit, const StatusPanels& patient,
+                    ImagXpress& carrier)
+{
+    CaptureSheetRecord sheet;
+    ClearCaptureSheetRecord(sheet);
+    FillCaptureSheetRecord(sheet, visit, patient);
+    sheet.Pictures = SheetPictures(grid, gridNumber, visit);
+    if (sheet.Pictures.isEmpty())
+        return;
+    const BusyPointer busy;
+    PrintCaptureSheet(sheet, carrier);
+}

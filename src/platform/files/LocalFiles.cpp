@@ -24,13 +24,6 @@ namespace {
 constexpr mode_t SharedMode = 0666;
 constexpr mode_t PrivateMode = 0600;
 
-QByteArray WithoutSlash(QByteArray native)
-{
-    while (native.size() > 1 && native.endsWith('/'))
-        native.chop(1);
-    return native;
-}
-
 /// The file stands under its name, whatever comes: makes that durable, and tells of a fault on the way.
 void Settle(const QString& path, int later)
 {

@@ -51,9 +51,7 @@ bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress&
 void LocalFiles::MakePrivateFolder(const QString& path)
 {
     const QString fault = u"폴더를 만들 수 없습니다.!!"_s;
-    QByteArray native = Native(path);
-    while (native.size() > 1 && native.endsWith('/'))
-        native.chop(1);
+    const QByteArray native = WithoutSlash(Native(path));
     MakeFolder(QFile::decodeName(FolderOf(native)));
     if (mkdir(native.constData(), 0700) != 0 && errno != EEXIST)
         ThrowFault(fault, path, errno);

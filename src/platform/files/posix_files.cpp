@@ -54,6 +54,13 @@ QByteArray posix_files::FolderOf(const QByteArray& native)
     return slash == 0 ? QByteArray("/") : native.left(slash);
 }
 
+QByteArray posix_files::WithoutSlash(QByteArray native)
+{
+    while (native.size() > 1 && native.endsWith('/'))
+        native.chop(1);
+    return native;
+}
+
 QByteArray posix_files::BesideName(const QByteArray& folder, const char* ending)
 {
     static std::atomic<unsigned> counter = 0;

@@ -28,6 +28,8 @@ extern SystemCalls calls;
 /// Throws PlatformError for a path with a NUL.
 QByteArray Native(const QString& path);
 QByteArray FolderOf(const QByteArray& native);
+/// The path without the slashes at its end; the root stays.
+QByteArray WithoutSlash(QByteArray native);
 /// A name for a file that is still being written: signed by this process, unique on every machine that shares the
 /// folder.
 QByteArray BesideName(const QByteArray& folder, const char* ending);
