@@ -5,6 +5,7 @@
 #include "frame/forms.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "frame/WorkThread.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/disc/register_disc.h"
@@ -24,6 +25,7 @@
 #include <QStringDecoder>
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace {
 
@@ -78,5 +80,8 @@ int main(int argc, char* argv[])
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
     // The driver has to be there when the connection closes.
     Connection.reset();
+    // A thread that is stuck would meet the end of what it works on.
+    if (WorkThread::HasLeftOne())
+        std::_Exit(result);
     return result;
 }

@@ -45,8 +45,11 @@ void CaptureDeletion::DeleteShownVisit(int gridNumber)
 
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridNumber)
 {
-    MoveToLogFolder(visit, number);
     const bool waited = m_stills.Pending().Holds(visit, number);
+    // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
+    if (!waited)
+        HasPictureRow(visit, number);
+    MoveToLogFolder(visit, number);
     if (waited)
         m_stills.Forget(visit, number);
     try {

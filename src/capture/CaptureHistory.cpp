@@ -14,6 +14,8 @@
 #include <QLabel>
 #include <QScopeGuard>
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -65,8 +67,8 @@ void CaptureHistory::LayOutGrids()
 
 void CaptureHistory::Clear()
 {
-    ++m_lineShown;
     EndFills();
+    m_stills.ForgetShown();
     ClearPictureGrid(m_controls.visitPictures, 1);
     ClearPictureGrid(m_controls.historyPictures, 2);
     m_controls.visits.ClearRange(1, 1, 2, m_controls.visits.DataRowCnt(), false);
@@ -74,6 +76,7 @@ void CaptureHistory::Clear()
 
 void CaptureHistory::EndFills()
 {
+    ++m_lineShown;
     m_controls.visitPictures.BeginFill();
     m_controls.historyPictures.BeginFill();
 }
@@ -108,7 +111,7 @@ void CaptureHistory::ShowHistoryLine(int row)
 {
     if (Trim(VisitContext.Chart).isEmpty())
         return;
-    m_chosen.reset();
+    const std::optional<Visit> before = std::exchange(m_chosen, std::nullopt);
     m_controls.lblHisYmd.clear();
     m_controls.lblHisEtc.clear();
     // Whatever line is still coming in, its labels are gone.
@@ -123,6 +126,9 @@ void CaptureHistory::ShowHistoryLine(int row)
     m_controls.lblHisEtc.setText(visit.etc);
 
     const FillLine::Hold hold(m_stills.Line());
+    // The pictures of another line may not stand there while this one's are awaited.
+    if (before != visit)
+        ClearPictureGrid(m_controls.historyPictures, 2);
     LoadCaptureList(visit, m_controls.historyPictures, 2, false);
     if (line == m_lineShown)
         m_note.ShowHistoryNote(visit);

@@ -32,7 +32,7 @@ public:
     void LayOutGrids();
     /// Empties the three grids, but for column 3 of the list; the labels and the note stay.
     void Clear();
-    /// Ends the fills that are under way, whose screen is closing.
+    /// Ends the fills that are under way: the screen is closing, or all of it is read anew.
     void EndFills();
 
     /// Fills `sprCap(1)` and the note box for the visit and section as they stand now.

@@ -1,6 +1,9 @@
 #include "capture/FillLine.h"
 
 #include "frame/guard.h"
+#include "frame/waiting.h"
+
+#include <QPointer>
 
 namespace {
 /// A message of one piece of work serves events, and the next may be worked off from there.
@@ -22,10 +25,13 @@ void FillLine::Show(const Work& change)
 
 void FillLine::Command(const Work& command)
 {
-    if (IsHeld())
-        m_commands.push_back(command);
-    else
+    if (!IsHeld() && !waiting::IsUnderWay()) {
         command();
+        return;
+    }
+    m_commands.push_back(command);
+    if (!IsHeld())
+        WorkOffWhenOver();
 }
 
 void FillLine::Release()
@@ -37,7 +43,18 @@ void FillLine::Release()
 void FillLine::WorkOff()
 {
     Drain(m_changes, [this] { return !IsHeld(); });
-    Drain(m_commands, [this] { return !IsHeld(); });
+    if (waiting::IsUnderWay())
+        WorkOffWhenOver();
+    else
+        Drain(m_commands, [this] { return !IsHeld(); });
+}
+
+void FillLine::WorkOffWhenOver()
+{
+    waiting::WhenOver([self = QPointer(this)] {
+        if (self)
+            self->WorkOff();
+    });
 }
 
 void FillLine::Finish()

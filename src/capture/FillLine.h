@@ -6,7 +6,7 @@
 #include <functional>
 
 /// What waits for the end of the fill that is under way: changes of the pictures that are shown first, then the last
-/// parts of commands. With no fill under way neither waits.
+/// parts of commands, which wait for the end of a handler's wait as well. With neither under way nothing waits.
 class FillLine : public QObject
 {
 public:
@@ -36,6 +36,7 @@ public:
 private:
     void Release();
     void WorkOff();
+    void WorkOffWhenOver();
 
     std::deque<Work> m_changes;
     std::deque<Work> m_commands;

@@ -1,24 +1,21 @@
 #include "capture/FootSwitch.h"
 
-#include "contracts/desktop.h"
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
-#include "frame/components.h"
 #include "frame/guard.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
-#include <QElapsedTimer>
-#include <QScopeGuard>
-
-#include <exception>
 #include <limits>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 /// The pause after a still, in milliseconds. The switch bounces, and a foot is slow to leave it.
 constexpr int PauseMs = 100;
+/// A file that isn't there by then keeps the foot from no further press.
+constexpr int FilePatienceMs = 1000;
 
 template <class Step>
 void IgnoringFaults(Step step)
@@ -41,9 +38,15 @@ int SetupPort()
 }
 } // namespace
 
-FootSwitch::FootSwitch(MSComm& port, std::function<void()> press) : m_port(port), m_press(std::move(press))
+FootSwitch::FootSwitch(MSComm& port, Press press) : m_port(port), m_press(std::move(press))
 {
     connect(&m_port, &MSComm::OnComm, this, GuardedSlot([this] { OnComm(); }));
+    for (QTimer* timer : {&m_pause, &m_patience}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+    }
+    connect(&m_pause, &QTimer::timeout, this, GuardedSlot([this] { Rearm(); }));
+    connect(&m_patience, &QTimer::timeout, this, [this] { Pause(nullptr); });
 }
 
 void FootSwitch::OpenFootSwitchPort()
@@ -66,35 +69,41 @@ void FootSwitch::Close()
 
 void FootSwitch::OnComm()
 {
-    // The pause serves events too.
     if (m_isBusy || m_isClosed || m_port.InBufferCount() <= 0)
         return;
-    std::exception_ptr fault;
-    {
-        m_isBusy = true;
-        const auto idle = qScopeGuard([this] { m_isBusy = false; });
-        m_port.setInBufferCount(0);
-        try {
-            m_press();
-        } catch (...) {
-            fault = std::current_exception();
-        }
-        if (!m_isClosed)
-            Pause();
+    m_isBusy = true;
+    m_port.setInBufferCount(0);
+    m_patience.start(FilePatienceMs);
+    try {
+        m_press([this, press = ++m_presses](std::exception_ptr fault) {
+            if (press != m_presses || m_pause.isActive() || !m_isBusy) {
+                // The switch is armed again, or about to be.
+                if (fault != nullptr)
+                    std::rethrow_exception(fault);
+                return;
+            }
+            Pause(std::move(fault));
+        });
+    } catch (...) {
+        Pause(std::current_exception());
     }
-    // Told when the switch is armed again: under the box a foot must not press in vain.
-    if (fault != nullptr)
-        std::rethrow_exception(fault);
 }
 
-void FootSwitch::Pause()
+void FootSwitch::Pause(std::exception_ptr fault)
 {
+    m_patience.stop();
+    m_fault = std::move(fault);
+    if (m_isClosed)
+        return;
     m_port.setPortOpen(false);
-    QElapsedTimer pause;
-    pause.start();
-    const auto isOver = [this, &pause] { return m_isClosed || pause.nsecsElapsed() > PauseMs * 1'000'000LL; };
-    // The timer behind the wait may be a few milliseconds early; the clock decides.
-    while (!isOver() && !UseService<Desktop>().ProgramEnded())
-        UseService<Desktop>().PumpEventsUntil(isOver, PauseMs / 10);
+    m_pause.start(PauseMs + 1); // more than the pause, by any clock
+}
+
+void FootSwitch::Rearm()
+{
+    m_isBusy = false;
     OpenFootSwitchPort();
+    // Told when the switch is armed again: under the box a foot must not press in vain.
+    if (const std::exception_ptr fault = std::exchange(m_fault, nullptr))
+        std::rethrow_exception(fault);
 }

@@ -5,12 +5,14 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "frame/WorkThread.h"
 #include "text/text_routines.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QScopeGuard>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -44,6 +46,16 @@ void IgnoringFaults(const std::function<void()>& step)
     }
 }
 
+/// Throws PlatformError when it isn't written.
+void WriteList(const QString& path, const QByteArray& content)
+{
+    try {
+        Files().WritePrivateFile(path, content);
+    } catch (const StoredWithFault& error) {
+        qWarning("%s", error.what());
+    }
+}
+
 QJsonObject ToJson(const PendingRows::Entry& entry)
 {
     const Visit& visit = entry.visit;
@@ -68,16 +80,10 @@ PendingRows::Entry FromJson(const QJsonObject& json)
             json.value(u"refused"_s).toBool()};
 }
 
-QString RefusalText(const PendingRows::Entry& entry, const QString& reason)
-{
-    return u"캡쳐 %1번(차트 %2, %3, %4)의 기록을 데이터베이스가 거부하여 따로 보관합니다.!!\r\n%5"_s.arg(
-        NumberText(entry.number), entry.visit.chart, LayIntoMask(entry.visit.ymd, u"0000-00-00"), entry.visit.etc,
-        reason);
-}
-
 } // namespace
 
-PendingRows::PendingRows()
+PendingRows::PendingRows(WorkThread& writer, std::function<void(const QString&)> fault)
+    : m_writer(writer), m_fault(std::move(fault))
 {
     IgnoringFaults([this] { m_lock = Files().Lock(PathOf(Files().ProcessMark(), LockEnding)); });
     if (FileExists(OwnList()))
@@ -99,7 +105,7 @@ void PendingRows::End()
         if (m_entries.isEmpty() && m_leftFolders.isEmpty())
             DeleteFile(OwnList());
         else
-            Store();
+            StoreNow();
         DeleteFile(PathOf(Files().ProcessMark(), LockEnding));
     });
     m_lock.reset();
@@ -135,15 +141,16 @@ void PendingRows::TakeOver()
     const QString common = ListFolder() + u"PendingRows.json"_s;
     if (FileExists(common))
         ReadList(common, m_leftFolders);
-    if ((!taken.isEmpty() || FileExists(common)) && Store().isEmpty()) {
+    if (!taken.isEmpty() || FileExists(common)) {
         IgnoringFaults([&] {
+            StoreNow();
             for (const QString& mark : taken) {
                 DeleteFile(PathOf(mark, ListEnding));
                 DeleteFile(PathOf(mark, LockEnding));
             }
             DeleteFile(common);
+            m_foreignLocks.clear();
         });
-        m_foreignLocks.clear();
     }
 }
 
@@ -170,8 +177,10 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
             throw PlatformError(error.errorString());
         const QJsonArray entries =
             document.isArray() ? document.array() : document.object().value(u"entries"_s).toArray();
-        for (const auto& value : entries)
+        for (const auto& value : entries) {
             m_entries.append(FromJson(value.toObject()));
+            m_entries.last().waits = true;
+        }
         const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
@@ -198,47 +207,47 @@ QList<int> PendingRows::NumbersOf(const Visit& visit) const
     return numbers;
 }
 
-QString PendingRows::Add(const Entry& entry)
+int PendingRows::Waiting() const
 {
-    m_entries.append(entry);
-    return Store();
+    return static_cast<int>(std::ranges::count_if(m_entries, [](const Entry& entry) { return !entry.refused; }));
+}
+
+QList<std::pair<Visit, int>> PendingRows::All() const
+{
+    QList<std::pair<Visit, int>> all;
+    for (const Entry& entry : m_entries)
+        all.append({entry.visit, entry.number});
+    return all;
+}
+
+PendingRows::Entry* PendingRows::Find(const Visit& visit, int number)
+{
+    const auto found = std::ranges::find_if(
+        m_entries, [&](const Entry& entry) { return entry.number == number && entry.visit == visit; });
+    return found != m_entries.end() ? &*found : nullptr;
 }
 
 void PendingRows::Remove(const Visit& visit, int number)
 {
-    m_entries.removeIf([&](const Entry& entry) { return entry.number == number && entry.visit == visit; });
+    const Entry* entry = Find(visit, number);
+    const bool isListed = entry != nullptr && entry->waits;
+    m_entries.removeIf([&](const Entry& each) { return each.number == number && each.visit == visit; });
+    if (isListed)
+        Store();
+}
+
+void PendingRows::LetWait(const Visit& visit, int number)
+{
+    if (Entry* entry = Find(visit, number))
+        entry->waits = true;
     Store();
 }
 
-QStringList PendingRows::WriteAll(const std::function<Outcome(const Entry&)>& write)
+QString PendingRows::RefusalText(const Entry& entry, const QString& reason)
 {
-    QStringList refusals;
-    bool changed = false;
-    const auto end = qScopeGuard([&] {
-        if (changed)
-            Store();
-    });
-    for (qsizetype at = 0; at < m_entries.size();) {
-        try {
-            const Outcome outcome = write(m_entries[at]);
-            if (outcome == Outcome::Later) {
-                ++at;
-                continue;
-            }
-            m_entries.removeAt(at);
-            changed = true;
-        } catch (const DatabaseAway&) {
-            throw;
-        } catch (const PlatformError& error) {
-            if (!m_entries[at].refused) {
-                refusals << RefusalText(m_entries[at], error.Text());
-                m_entries[at].refused = true;
-                changed = true;
-            }
-            ++at;
-        }
-    }
-    return refusals;
+    return u"캡쳐 %1번(차트 %2, %3, %4)의 기록을 데이터베이스가 거부하여 따로 보관합니다.!!\r\n%5"_s.arg(
+        NumberText(entry.number), entry.visit.chart, LayIntoMask(entry.visit.ymd, u"0000-00-00"), entry.visit.etc,
+        reason);
 }
 
 void PendingRows::ClaimsIn(const Folder& folder)
@@ -249,7 +258,7 @@ void PendingRows::ClaimsIn(const Folder& folder)
     Store();
 }
 
-QString PendingRows::Store() const
+QByteArray PendingRows::Content() const
 {
     QJsonArray folders;
     for (const QList<Folder>& some : {m_folders, m_leftFolders}) {
@@ -259,15 +268,23 @@ QString PendingRows::Store() const
     QJsonArray entries;
     for (const Entry& entry : m_entries)
         entries.append(ToJson(entry));
-    try {
-        Files().WritePrivateFile(OwnList(),
-                                 QJsonDocument(QJsonObject{{u"folders"_s, folders}, {u"entries"_s, entries}}).toJson());
-        return {};
-    } catch (const StoredWithFault& error) {
-        qWarning("%s", error.what());
-        return {};
-    } catch (const PlatformError& error) {
-        qWarning("%s", error.what());
-        return u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(error.Text());
-    }
+    return QJsonDocument(QJsonObject{{u"folders"_s, folders}, {u"entries"_s, entries}}).toJson();
+}
+
+void PendingRows::Store()
+{
+    m_writer.Post([path = OwnList(), content = Content(), told = m_fault] {
+        try {
+            WriteList(path, content);
+        } catch (const PlatformError& error) {
+            qWarning("%s", error.what());
+            PostToScreen([told, text = u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(
+                                    error.Text())] { told(text); });
+        }
+    });
+}
+
+void PendingRows::StoreNow() const
+{
+    WriteList(OwnList(), Content());
 }

@@ -2,6 +2,7 @@
 
 #include "visit/Visit.h"
 
+#include <QByteArray>
 #include <QList>
 #include <QStringList>
 
@@ -10,10 +11,12 @@
 #include <vector>
 
 class FileLock;
+class WorkThread;
 
-/// Pictures whose file is in the capture directory, but whose rows the database has not taken yet. The list is kept in
-/// the program's folder as well, in a file of this process's own, so that it outlives the program and no other station
-/// with the same folder gets in its way. It also tells in which folders this process has claimed numbers.
+/// Pictures whose file is in the capture directory, but whose rows the database has not taken yet. Once they have to
+/// wait, the list is kept in the program's folder as well, in a file of this process's own, so that it outlives the
+/// program and no other station with the same folder gets in its way. It also tells in which folders this process has
+/// claimed numbers.
 class PendingRows
 {
 public:
@@ -21,8 +24,10 @@ public:
     {
         Visit visit;
         int number = 0;
-        QString note;         ///< Typed note that was to be stored with the picture; empty when there was none.
-        bool refused = false; ///< The server has refused the rows, and the operator has been told.
+        QString note;            ///< Typed note that was to be stored with the picture; empty when there was none.
+        bool refused = false;    ///< The server has refused the rows, and the operator has been told.
+        bool waits = false;      ///< It has waited for so long that the screen shows it.
+        bool isUnderWay = false; ///< The rows have been handed over, and no answer has come.
     };
 
     /// A section's folder: its year folder and its name.
@@ -34,33 +39,31 @@ public:
         bool operator==(const Folder&) const = default;
     };
 
-    enum class Outcome {
-        Written,
-        Gone, ///< There is no such picture any more.
-        Later ///< Nothing can be told of the picture now.
-    };
-
     /// Takes over the lists of this user's stations on this machine that have died. A list that can't be read is put
-    /// aside under another name, not lost.
-    PendingRows();
+    /// aside under another name, not lost. The list is written on `writer`; `fault` hears, on the user-interface
+    /// thread, why it can't be: it then stands in memory alone.
+    PendingRows(WorkThread& writer, std::function<void(const QString&)> fault);
     ~PendingRows();
     PendingRows(const PendingRows&) = delete;
     PendingRows& operator=(const PendingRows&) = delete;
 
-    bool IsEmpty() const { return m_entries.isEmpty(); }
+    /// How many wait for the database, those that it refuses not counted.
+    int Waiting() const;
     int Count() const { return static_cast<int>(m_entries.size()); }
     bool Holds(const Visit& visit, int number) const;
-    /// Numbers of the visit's pictures that wait, in the order in which they came.
+    /// Numbers of the visit's pictures whose rows aren't in, in the order in which they came.
     QList<int> NumbersOf(const Visit& visit) const;
+    /// All that aren't in, in that order.
+    QList<std::pair<Visit, int>> All() const;
+    /// Null when it isn't there. Good until the list is changed.
+    Entry* Find(const Visit& visit, int number);
 
-    /// Gives the reason, for the operator, when the list can't be written; it then stands in memory alone.
-    [[nodiscard]] QString Add(const Entry& entry);
+    void Add(const Entry& entry) { m_entries.append(entry); }
     void Remove(const Visit& visit, int number);
-
-    /// Hands each entry to `write`, and drops it when that is done with it. An entry that the server refuses stays, and
-    /// the next one's turn comes; gives a text for the operator for each that was refused for the first time. Throws
-    /// DatabaseAway of `write`; that entry and those behind it then stay.
-    QStringList WriteAll(const std::function<Outcome(const Entry&)>& write);
+    /// The picture has to wait, or is refused: the list outlives the program from here on.
+    void LetWait(const Visit& visit, int number);
+    /// What the operator is told of an entry that the server refuses.
+    static QString RefusalText(const Entry& entry, const QString& reason);
 
     /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
     void ClaimsIn(const Folder& folder);
@@ -77,8 +80,12 @@ private:
     void TakeOver();
     bool TakeOverList(const QString& mark);
     bool ReadList(const QString& path, QList<Folder>& folders);
-    QString Store() const;
+    QByteArray Content() const;
+    void Store();
+    void StoreNow() const;
 
+    WorkThread& m_writer;
+    const std::function<void(const QString&)> m_fault;
     QList<Entry> m_entries;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;

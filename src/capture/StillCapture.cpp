@@ -4,26 +4,38 @@
 #include "capture/capture_folders.h"
 #include "capture/NumberClaim.h"
 #include "capture/VisitNote.h"
+#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
+#include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
+#include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
+
+#include <QDeadlineTimer>
+#include <QTimer>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int StillQuality = 90;
-/// Row and column of the last number cell: a visit takes 50 stills.
-constexpr int LastRow = 20;
-constexpr int LastColumn = 5;
+/// A visit takes 50 stills: ten rows of five.
 constexpr int MostPictures = 50;
+
+/// What the closing waits for files that are being written, and for rows that are on their way.
+constexpr int FilePatienceMs = 5000;
+constexpr int RowsPatienceMs = 2000;
+/// The message about what is left closes by itself.
+constexpr int ClosingPatienceMs = 10000;
 
 /// Of a picture whose rows the database hasn't taken yet.
 const QString PendingMark = u"기록 대기"_s;
@@ -33,36 +45,33 @@ void Tell(const QStringList& tidings)
     if (!tidings.isEmpty())
         ShowInformation(tidings.join(u"\r\n\r\n"_s));
 }
-
-bool IsGridFull(fpSpread& grid)
-{
-    return grid.DataRowCnt() >= LastRow && !CellText(grid, LastColumn, LastRow).isEmpty();
-}
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note),
-      m_filing([this](const Visit& visit, bool mayAsk) { return m_note.NoteToStore(visit, mayAsk); },
-               [this](const StillFiling::Safe& picture) { ShowSafe(picture); })
+    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.TypedNote(visit); })
 {
-    connect(&m_leftovers, &LeftoverNumbers::Found, this, [this](const QList<LeftoverNumber>& numbers) {
-        Guarded([&] { m_line.Command([this, numbers] { Settle(numbers); }); });
-    });
+    connect(&m_leftovers, &LeftoverNumbers::Found, this,
+            [this](const QList<LeftoverNumber>& numbers) { Guarded([&] { Settle(numbers); }); });
+    connect(&m_filing, &StillFiling::Safe, this, &StillCapture::ShowSafe);
+    connect(&m_filing, &StillFiling::Waits, this, &StillCapture::ShowWaiting);
+    connect(&m_filing, &StillFiling::Changed, this, &StillCapture::ShowOutage);
+    connect(&m_filing, &StillFiling::Tidings, this,
+            [this](const QString& text) { m_line.Command([text] { ShowInformation(text); }); });
 }
 
 StillCapture::~StillCapture() = default;
 
-void StillCapture::SetCaptureValues(VideoCap& capture)
+void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed)
 {
-    if (!HasChart())
+    if (!HasChart() || !HasRoom()) {
+        filed(nullptr);
         return;
-    const BusyPointer busy;
-    if (!HasRoom())
-        return;
+    }
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    FileStill(CurrentVisit(), frame->EncodeJPEG(StillQuality));
+    FileStill(
+        CurrentVisit(), [frame] { return frame->EncodeJPEG(StillQuality); }, filed);
 }
 
 void StillCapture::FilePicture(const ImagXpress& picture)
@@ -70,8 +79,14 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     if (!HasChart())
         return;
     const BusyPointer busy;
-    if (HasRoom())
-        FileStill(CurrentVisit(), picture.TargetContent());
+    if (!HasRoom())
+        return;
+    FileStill(
+        CurrentVisit(), [content = picture.TargetContent()] { return content; },
+        [](std::exception_ptr fault) {
+            if (fault != nullptr)
+                std::rethrow_exception(fault);
+        });
 }
 
 bool StillCapture::HasChart() const
@@ -84,50 +99,67 @@ bool StillCapture::HasChart() const
 
 bool StillCapture::HasRoom()
 {
-    if (!m_line.IsHeld())
-        return !IsGridFull(m_grid);
-    // A grid that is being filled tells nothing: what it is filled from does.
     const Visit visit = CurrentVisit();
-    qsizetype pictures = m_filing.Pending().NumbersOf(visit).size();
-    try {
-        for (const int number : StoredNumbers(visit, NumberOrder::Any))
-            pictures += PictureExists(visit.PicturePath(number)) ? 1 : 0;
-    } catch (const PlatformError&) {
-        // Better one picture too many than one lost.
+    const qsizetype onRoad =
+        std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; });
+    if (!m_line.IsHeld())
+        return PictureCount(m_grid) + onRoad < MostPictures;
+    // A grid that is being filled tells nothing: what it is filled from does.
+    if (m_shown != visit || m_read.size() + onRoad < MostPictures)
         return true;
-    }
-    return pictures < MostPictures;
+    const auto pictures =
+        std::ranges::count_if(m_read, [&](int number) { return PictureExists(visit.PicturePath(number)); });
+    return pictures + onRoad < MostPictures;
 }
 
-void StillCapture::FileStill(const Visit& visit, const QByteArray& picture)
+void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed)
 {
     m_note.BringBack();
-    const std::shared_ptr<PictureBatch> thumbnail = Pictures().LoadContent(picture, m_grid.CellPixels(1, 1));
-    const StillFiling::Filed filed = m_filing.File(visit, picture);
-    ShowStill(visit, filed.number, thumbnail);
-
-    QStringList tidings = filed.tidings;
-    if (!filed.rowsFault.isEmpty()) {
-        tidings.prepend(u"그림파일은 저장하였으나 데이터베이스에 기록하지 못했습니다.!!\r\n"
-                        "연결되면 다시 기록합니다.!!\r\n%1"_s.arg(filed.rowsFault));
-    }
-    if (!tidings.isEmpty())
-        throw PlatformError(tidings.join(u"\r\n\r\n"_s));
+    const auto still = std::make_shared<Still>(Still{visit, 0, nullptr, false});
+    m_road.append(still);
+    m_filing.File({visit, encode,
+                   [this, still](const QByteArray& content) {
+                       still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
+                       connect(still->thumbnail.get(), &PictureBatch::Ready, this, [this, weak = std::weak_ptr(still)] {
+                           if (const StillPointer waiting = weak.lock())
+                               ShowWhenReady(waiting);
+                       });
+                       ShowWhenReady(still);
+                   },
+                   [this, still, filed](int number, const std::exception_ptr& fault) {
+                       still->number = number;
+                       if (fault != nullptr)
+                           m_road.removeOne(still);
+                       Guarded([&] { filed(fault); });
+                   }});
 }
 
-void StillCapture::ShowStill(const Visit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail)
+void StillCapture::ShowWhenReady(const StillPointer& still)
 {
-    const bool waits = m_line.IsHeld();
-    m_line.Show([this, visit, number, thumbnail, waits] {
+    if (!still->mayShow || still->thumbnail == nullptr || !still->thumbnail->IsReady(0))
+        return;
+    still->mayShow = false; // once
+    m_line.Show([this, still] {
+        m_road.removeOne(still);
+        const auto& [visit, number, thumbnail, mayShow] = *still;
         if (visit != CurrentVisit())
             return;
         // A fill that it waited for may have found it already.
-        std::optional<QPoint> place = waits ? FindPicture(m_grid, 1, number) : std::nullopt;
+        std::optional<QPoint> place = FindPicture(m_grid, 1, number);
         if (!place)
             place = PlaceThumbnail(visit, number, thumbnail->Take(0));
         m_grid.SetActiveCell(1, place->y());
         m_grid.FlashCell(place->x(), place->y());
     });
+}
+
+StillCapture::StillPointer StillCapture::OnRoad(const Visit& visit, int number) const
+{
+    for (const StillPointer& still : m_road) {
+        if (still->number == number && still->visit == visit)
+            return still;
+    }
+    return nullptr;
 }
 
 QPoint StillCapture::PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail)
@@ -136,16 +168,21 @@ QPoint StillCapture::PlaceThumbnail(const Visit& visit, int number, const QImage
     int column = 0;
     NextGridSlot(number, row, column, 1, m_grid);
     PlacePicture(m_grid, row, column, thumbnail, number);
-    if (m_filing.Pending().Holds(visit, number))
-        MarkPicture(m_grid, column, row, PendingMark);
+    MarkWaiting(visit, number);
     return {column, row};
+}
+
+void StillCapture::MarkWaiting(const Visit& visit, int number)
+{
+    if (const std::optional<QPoint> place = FindPicture(m_grid, 1, number))
+        MarkPicture(m_grid, place->x(), place->y(), m_filing.Pending().Holds(visit, number) ? PendingMark : QString());
 }
 
 void StillCapture::ShowPending(const Visit& visit)
 {
     for (const int number : m_filing.Pending().NumbersOf(visit)) {
         const QString path = visit.PicturePath(number);
-        if (PictureExists(path) && !FindPicture(m_grid, 1, number))
+        if (OnRoad(visit, number) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
             PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
     }
 }
@@ -153,42 +190,78 @@ void StillCapture::ShowPending(const Visit& visit)
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
     const FillLine::Hold hold(m_line);
-    LoadCaptureList(visit, m_grid, 1, keepCursor);
+    // The pictures of another visit may not stand there while this one's are awaited.
+    if (m_shown != visit)
+        ClearPictureGrid(m_grid, 1);
+    m_shown = visit;
+    m_read.clear();
+    try {
+        LoadCaptureList(visit, m_grid, 1, keepCursor, [&](const QList<int>& numbers) {
+            m_read = numbers;
+            m_filing.Numbers().Read(visit, numbers);
+        });
+    } catch (const PlatformError&) {
+        m_filing.LearnFromFolder(visit);
+        ShowPending(visit);
+        throw;
+    }
     ShowPending(visit);
 }
 
-void StillCapture::ShowSafe(const StillFiling::Safe& picture)
+void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
-    if (picture.note.typed) {
-        // What can't be read back goes on counting as typed.
-        try {
-            m_note.CheckStored(picture.visit, picture.note.text);
-        } catch (const PlatformError&) {
-        }
-    }
-    if (!picture.waited)
+    m_note.ShowStored(picture.visit, picture.note);
+    ShowWaiting(picture.visit, picture.number);
+}
+
+void StillCapture::ShowWaiting(const Visit& visit, int number)
+{
+    if (const StillPointer still = OnRoad(visit, number)) {
+        still->mayShow = true;
+        ShowWhenReady(still);
         return;
-    m_line.Show([this, visit = picture.visit, number = picture.number] {
+    }
+    m_line.Show([this, visit, number] {
         if (visit != CurrentVisit())
             return;
-        if (const std::optional<QPoint> place = FindPicture(m_grid, 1, number))
-            MarkPicture(m_grid, place->x(), place->y(), QString());
-        else
+        if (FindPicture(m_grid, 1, number))
+            MarkWaiting(visit, number);
+        else if (PictureExists(visit.PicturePath(number)))
             PlaceThumbnail(visit, number, Pictures().LoadWithin(visit.PicturePath(number), m_grid.CellPixels(1, 1)));
     });
+}
+
+void StillCapture::ShowOutage()
+{
+    const bool isAway = m_filing.IsDatabaseAway();
+    const QString text = u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
+    Q_EMIT OutageChanged(isAway ? text.arg(m_filing.Pending().Waiting()) : QString());
+}
+
+bool StillCapture::IsAtRest() const
+{
+    const bool isFiled = m_filing.IsAtRest() || (m_filing.IsDatabaseAway() && m_filing.FilesUnderWay() == 0);
+    return isFiled && (m_road.isEmpty() || m_line.IsHeld());
+}
+
+void StillCapture::Forget(const Visit& visit, int number)
+{
+    if (const StillPointer still = OnRoad(visit, number))
+        m_road.removeOne(still);
+    m_filing.Forget(visit, number);
 }
 
 void StillCapture::SaveVisitNote()
 {
     const Visit visit = CurrentVisit();
     m_note.BringBack();
-    QStringList tidings = m_filing.WritePending();
-    const QString text = m_note.NoteToStore(visit, true).text;
+    m_filing.WriteWaiting();
+    const QString text = m_note.NoteToStore(visit);
     UpdateVisitNote(visit, text);
-    const VisitNote::Kept kept = m_note.CheckStored(visit, text);
-    tidings.prepend(u"캡쳐이미지를 저장하였습니다."_s);
+    const VisitNote::Kept kept = m_note.CheckStored(visit, text, StoredNote(visit));
+    QStringList tidings{u"캡쳐이미지를 저장하였습니다."_s};
     if (kept.hasRow && !kept.IsWhole()) {
-        tidings.insert(1, u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
+        tidings.append(u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
     }
     m_line.Command([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
 }
@@ -224,47 +297,62 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
 {
     if (m_finished)
         return;
-    QStringList tidings;
-    try {
-        tidings = m_filing.WritePending();
-        const int settled = WriteLeftoverRows(numbers);
-        m_filing.Pending().LeftFoldersAreSettled();
-        if (settled > 0)
-            tidings.prepend(u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(settled));
-    } catch (const DatabaseAway&) {
-        // They keep their claims, and a later start comes back to them.
-    }
-    for (const QString& owner : m_filing.Pending().ForeignOwners())
-        tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
-            owner);
-    Tell(tidings);
-}
-
-int StillCapture::WriteLeftoverRows(const QList<LeftoverNumber>& numbers)
-{
-    int settled = 0;
-    bool shown = false;
-    const auto show = qScopeGuard([&] {
-        if (shown)
-            Guarded([this] { ShowPictures(CurrentVisit(), false); });
-    });
+    m_filing.WriteLeft();
+    struct Settling
+    {
+        bool isAway = false; ///< The rest keeps its claims, and a later start comes back to it.
+        int settled = 0;
+        bool shown = false; ///< One of them is of the visit on the screen.
+    };
+    const auto all = std::make_shared<Settling>();
     for (const auto& [visit, number] : numbers) {
         if (m_filing.Pending().Holds(visit, number))
             continue;
-        try {
-            if (!HasPictureRow(visit, number)) {
-                SaveCaptureRows(visit, number, StoredNote(visit));
-                ++settled;
-                shown |= visit == CurrentVisit();
+        const auto isNew = std::make_shared<bool>(false);
+        const auto write = [isNew, visit = visit, number = number] {
+            if (HasPictureRow(visit, number))
+                return;
+            SaveCaptureRows(visit, number, StoredNote(visit));
+            *isNew = true;
+        };
+        QueueStatements(this, write, [this, all, isNew, visit = visit, number = number](std::exception_ptr fault) {
+            if (fault == nullptr) {
+                m_filing.OnFilingThread([visit, number] { NumberClaim::Release(visit, number); });
+                all->settled += *isNew ? 1 : 0;
+                all->shown |= *isNew && visit == CurrentVisit();
+                return;
             }
-            NumberClaim::Release(visit, number);
-        } catch (const DatabaseAway&) {
-            throw;
-        } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
-        }
+            try {
+                std::rethrow_exception(fault);
+            } catch (const DatabaseAway&) {
+                all->isAway = true;
+            } catch (const std::exception& error) {
+                qWarning("%s", error.what());
+            }
+        });
     }
-    return settled;
+    QueueStatements(
+        this, [] {},
+        [this, all](const std::exception_ptr&) {
+            m_line.Command([this, all] { TellSettled(all->settled, !all->isAway, all->shown); });
+        });
+}
+
+void StillCapture::TellSettled(int settled, bool all, bool shown)
+{
+    if (m_finished)
+        return;
+    if (all)
+        m_filing.Pending().LeftFoldersAreSettled();
+    QStringList tidings;
+    if (settled > 0)
+        tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(settled);
+    for (const QString& owner : m_filing.Pending().ForeignOwners())
+        tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
+            owner);
+    if (shown)
+        Guarded([this] { ShowPictures(CurrentVisit(), false); });
+    Tell(tidings);
 }
 
 void StillCapture::Finish()
@@ -272,16 +360,23 @@ void StillCapture::Finish()
     m_finished = true;
     m_line.Finish();
     Guarded([this] {
-        QStringList tidings;
-        try {
-            tidings = m_filing.WritePending();
-        } catch (const DatabaseAway&) {
+        const auto serve = [](const std::function<bool()>& done, int patienceMs) {
+            const QDeadlineTimer deadline(patienceMs);
+            QTimer wake;
+            wake.start(patienceMs);
+            UseService<Desktop>().ServeUntil([&] { return done() || deadline.hasExpired(); }, [] {});
+        };
+        serve([this] { return m_filing.FilesUnderWay() == 0; }, FilePatienceMs);
+        if (!m_filing.IsDatabaseAway()) {
+            m_filing.WriteWaiting();
+            serve([this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); }, RowsPatienceMs);
         }
-        if (!m_filing.Pending().IsEmpty()) {
-            tidings << u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
-                       "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Pending().Count());
+        if (m_filing.Pending().Count() > 0) {
+            ShowInformation(
+                u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
+                "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Pending().Count()),
+                ClosingPatienceMs);
         }
-        Tell(tidings);
     });
-    m_filing.Pending().End();
+    m_filing.End();
 }

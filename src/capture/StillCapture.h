@@ -8,6 +8,7 @@
 #include <QPoint>
 
 #include <memory>
+#include <optional>
 
 class fpSpread;
 class ImagXpress;
@@ -15,9 +16,9 @@ class PictureBatch;
 class VideoCap;
 class VisitNote;
 
-/// Takes stills of the current visit, stores its note, and shows its pictures. A still's file and rows are written at
-/// the press, whatever box is open and whatever grid is being filled; what it changes on the screen waits in line until
-/// the fill is through.
+/// Takes stills of the current visit, stores its note, and shows its pictures. A still's file is written at the press,
+/// whatever box is open, whatever grid is being filled and whatever the database does; its rows follow, and its
+/// thumbnail behind them.
 class StillCapture : public QObject
 {
     Q_OBJECT
@@ -26,17 +27,24 @@ public:
     StillCapture(fpSpread& visitGrid, VisitNote& note);
     ~StillCapture() override;
 
-    /// Takes a still and files it. Refused with a message without a chart or a live picture, in silence when the
-    /// visit's grid is full. Throws PlatformError with what the operator is to be told.
-    void SetCaptureValues(VideoCap& capture);
+    /// Called when the file stands, or with the fault that kept it from that.
+    using Filed = std::function<void(std::exception_ptr fault)>;
+
+    /// Takes the frame of this moment and files it. Refused with a message without a chart or a live picture, in
+    /// silence when the visit's grid is full: throws PlatformError with what the operator is to be told, and `filed`
+    /// isn't called.
+    void SetCaptureValues(VideoCap& capture, const Filed& filed);
     /// Files the picture that the control holds like a still, with the same refusals.
     void FilePicture(const ImagXpress& picture);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();
 
     /// Fills the visit's grid with the pictures of a visit, serving events; pictures whose rows wait stand behind the
-    /// others, marked.
+    /// others, marked. A visit that can't be read leaves the pictures of the visit that was shown, or an empty grid
+    /// when that was another one.
     void ShowPictures(const Visit& visit, bool keepCursor);
+    /// Another one than the visit's own pictures is shown from here on, or none.
+    void ForgetShown() { m_shown.reset(); }
 
     /// Where the screen's changes wait while it is being filled.
     FillLine& Line() { return m_line; }
@@ -45,31 +53,56 @@ public:
     /// year, and wherever their lists say. The operator is told once how many came back.
     void SettleLeftovers();
 
-    /// Works the line off now, fill or no fill, and writes the rows that wait: the screen closes. Tells the operator
-    /// when rows have to wait for the next run.
+    /// Works the line off now, fill or no fill, and waits a little for what is being filed: the screen closes. Tells
+    /// the operator when rows have to wait for the next run.
     void Finish();
 
-    const PendingRows& Pending() { return m_filing.Pending(); }
+    const PendingRows& Pending() const { return m_filing.Pending(); }
+    bool IsDatabaseAway() const { return m_filing.IsDatabaseAway(); }
+    /// No picture is on its way any more, but for those whose rows the database refuses or doesn't answer for, and
+    /// those whose place on the screen is being filled.
+    bool IsAtRest() const;
     /// A picture whose rows wait has been deleted.
-    void Forget(const Visit& visit, int number) { m_filing.Forget(visit, number); }
+    void Forget(const Visit& visit, int number);
+
+Q_SIGNALS:
+    /// What the operator is to know of the database: empty while it answers.
+    void OutageChanged(const QString& text);
 
 private:
+    /// A still from the press to its thumbnail.
+    struct Still
+    {
+        Visit visit;
+        int number = 0; ///< 0 until the file stands.
+        std::shared_ptr<PictureBatch> thumbnail;
+        bool mayShow = false; ///< The rows are in, or have to wait.
+    };
+    using StillPointer = std::shared_ptr<Still>;
+
     bool HasChart() const;
     bool HasRoom();
-    void FileStill(const Visit& visit, const QByteArray& picture);
-    void ShowStill(const Visit& visit, int number, const std::shared_ptr<PictureBatch>& thumbnail);
+    void FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed);
+    void ShowWhenReady(const StillPointer& still);
+    StillPointer OnRoad(const Visit& visit, int number) const;
     void ShowPending(const Visit& visit);
     /// Gives the column and row of its cell.
     QPoint PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail);
-    void ShowSafe(const StillFiling::Safe& picture);
+    void MarkWaiting(const Visit& visit, int number);
+    void ShowSafe(const StillFiling::SafePicture& picture);
+    void ShowWaiting(const Visit& visit, int number);
+    void ShowOutage();
     void ShowSaved(const Visit& visit, const QString& message);
     void Settle(const QList<LeftoverNumber>& numbers);
-    int WriteLeftoverRows(const QList<LeftoverNumber>& numbers);
+    void TellSettled(int settled, bool all, bool shown);
 
     fpSpread& m_grid;
     VisitNote& m_note;
     StillFiling m_filing;
     LeftoverNumbers m_leftovers;
     FillLine m_line;
+    QList<StillPointer> m_road;   ///< In the order of the presses.
+    std::optional<Visit> m_shown; ///< Whose pictures the grid shows.
+    QList<int> m_read;            ///< Numbers of the rows that its last fill was made from.
     bool m_finished = false;
 };

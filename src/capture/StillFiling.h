@@ -1,75 +1,117 @@
 #pragma once
 
+#include "capture/CaptureNumbers.h"
 #include "capture/PendingRows.h"
+#include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
+#include <QObject>
+#include <QTimer>
+
+#include <atomic>
+#include <exception>
 #include <functional>
 #include <memory>
+#include <optional>
 
-class NumberClaim;
-
-/// Files pictures of a visit: number, file, rows. Knows no screen. Several stations may file into one visit at the same
-/// time; no number is taken twice and no file is ever overwritten.
-class StillFiling
+/// Files pictures of a visit: number, file, rows. Knows no screen. The files are written on a thread of its own, in the
+/// order of the presses; their rows follow in the same order on the connection's, and are never waited for. Several
+/// stations may file into one visit at the same time; no number is taken twice and no file is ever overwritten.
+class StillFiling : public QObject
 {
+    Q_OBJECT
+
 public:
-    /// What is to be stored as the visit's note with a picture.
+    /// What has been stored as the visit's note with a picture.
     struct Note
     {
         QString text;
         bool typed = false; ///< The operator's own text of this screen, not one read from the store.
+        QString stored;     ///< What the column has taken of a typed one; null without a row.
     };
-    /// Asked right before the rows are written; may throw. Without `mayAsk` the database isn't asked: an untyped note
-    /// is then empty.
-    using NoteSource = std::function<Note(const Visit&, bool mayAsk)>;
+    /// The operator's own text for the visit, nothing when he has typed none. Asked when the rows are handed over.
+    using NoteSource = std::function<std::optional<QString>(const Visit&)>;
 
-    struct Filed
+    /// A picture whose file is to be written.
+    struct Picture
     {
-        int number = 0;
-        /// Empty when the rows are stored. Otherwise why not, for the operator: the file is safe, the rows wait.
-        QString rowsFault;
-        /// What else the operator is to be told: rows of earlier pictures that the server refuses, a disk that reports
-        /// faults.
-        QStringList tidings;
+        Visit visit;
+        /// Gives the content of the file. Runs on the filing thread; may throw PlatformError.
+        std::function<QByteArray()> encode;
+        /// Hears the content while it is being written.
+        std::function<void(const QByteArray&)> encoded;
+        /// The file stands under its number; or it could not be written, and nothing is left behind.
+        std::function<void(int number, std::exception_ptr fault)> filed;
     };
 
     /// A picture whose file and rows are safe.
-    struct Safe
+    struct SafePicture
     {
         Visit visit;
         int number = 0;
-        Note note;           ///< Stored with it.
-        bool waited = false; ///< Its rows had to wait; it is not the picture that is being filed.
+        Note note; ///< Stored with it.
     };
-    using SafeListener = std::function<void(const Safe&)>;
 
-    /// `note` is asked for any visit, also for those whose rows were left over by an earlier run.
-    StillFiling(NoteSource note, SafeListener safe) : m_note(std::move(note)), m_safe(std::move(safe)) {}
+    explicit StillFiling(NoteSource note);
+    ~StillFiling() override;
 
-    /// Files one picture, after the rows that wait. Throws PlatformError when no file could be written; nothing is left
-    /// behind then.
-    Filed File(const Visit& visit, const QByteArray& picture);
+    void File(const Picture& picture);
+    /// Pictures whose files are yet to be written.
+    int FilesUnderWay() const { return m_filesUnderWay; }
 
-    /// Writes the rows that wait. Those that the server refuses keep no others from their turn; gives a text for the
-    /// operator for each that it hasn't refused before. Throws DatabaseAway when the others have to wait on.
-    QStringList WritePending();
-    /// A picture that waits has been deleted: its entry and its claim go.
+    /// Hands over the rows that wait: those of this station at once, so that they stand in front of what comes next.
+    void WriteWaiting();
+    /// The same for what an earlier run has left, whose pictures may have gone.
+    void WriteLeft();
+    /// Hands a piece of work on files to the filing thread, behind the pictures.
+    void OnFilingThread(std::function<void()> work) { m_files.Post(std::move(work)); }
+    /// A picture that waits has been deleted: its entry and its claim go, and its row if that comes in all the same.
     void Forget(const Visit& visit, int number);
+
+    /// The rows have been waited for too long, or the database has refused to answer, and it hasn't answered since.
+    bool IsDatabaseAway() const { return m_isAway; }
+    /// Nothing more can be done for the pictures by waiting: all have their rows, but for those that the server
+    /// refuses.
+    bool IsAtRest() const;
+
     PendingRows& Pending() { return m_pending; }
+    const PendingRows& Pending() const { return m_pending; }
+    CaptureNumbers& Numbers() { return *m_numbers; }
+    /// The database can't tell of the visit: looks into its folder, on the filing thread.
+    void LearnFromFolder(const Visit& visit);
+    /// What is on the filing thread ends; what waits is left to the next run.
+    void End();
+
+Q_SIGNALS:
+    void Safe(const StillFiling::SafePicture& picture);
+    /// The rows of a picture have to wait.
+    void Waits(const Visit& visit, int number);
+    /// For the operator: rows that the server refuses, a disk that reports faults.
+    void Tidings(const QString& text);
+    /// How many wait, or whether the database is away, is another now.
+    void Changed();
 
 private:
-    struct Placed
-    {
-        int number = 0;
-        std::unique_ptr<NumberClaim> claim;
-        QString fault; ///< The file stands, but the disk reported a fault.
-    };
+    struct Rows;
 
-    /// `fault` tells why the database doesn't answer; while it is empty the database is asked.
-    Placed PlaceFile(const Visit& visit, const QByteArray& picture, QString& fault) const;
-    PendingRows::Outcome WriteRows(const PendingRows::Entry& entry);
+    void AnswerFile(const Picture& picture, int number, std::exception_ptr fault, const QString& diskFault);
+    void Submit(const Visit& visit, int number);
+    void AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault);
+    void AnswerForgotten(const Visit& visit, int number, bool rowsCame);
+    void LetWait(const Visit& visit, int number);
+    void SetAway(bool isAway);
+    void Retry();
+    void Release(const Visit& visit, int number);
 
-    NoteSource m_note;
-    SafeListener m_safe;
+    const NoteSource m_note;
+    WorkThread m_files;
     PendingRows m_pending;
+    QList<std::pair<Visit, int>> m_forgotten; ///< Deleted while their rows were under way.
+    const std::shared_ptr<CaptureNumbers> m_numbers = std::make_shared<CaptureNumbers>();
+    /// Rows handed over earlier have failed: those behind them wait too, so that their order stays.
+    const std::shared_ptr<std::atomic<bool>> m_blocked = std::make_shared<std::atomic<bool>>(false);
+    QTimer m_retry;
+    int m_filesUnderWay = 0;
+    int m_rowsUnderWay = 0;
+    bool m_isAway = false;
 };

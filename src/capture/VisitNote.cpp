@@ -56,23 +56,40 @@ bool VisitNote::IsInBox(const Visit& visit) const
     return !m_aside && m_box.Of() == visit;
 }
 
-StillFiling::Note VisitNote::NoteToStore(const Visit& visit, bool mayAsk)
+std::optional<QString> VisitNote::TypedNote(const Visit& visit) const
 {
-    const bool own = IsInBox(visit);
-    if (own && m_box.IsLoaded() && m_box.IsTouched())
-        return {m_box.Text(), true};
-    if (!mayAsk)
-        return {};
-    const QString stored = StoredNote(visit);
-    // A box whose note is on its way gets it from there.
-    if (own && !m_box.IsAwaited() && (!m_box.IsLoaded() || m_box.Text() != stored))
-        m_box.SetLoadedNote(stored);
-    return {stored, false};
+    if (m_aside && m_aside->visit == visit && m_aside->loaded && m_aside->touched)
+        return m_aside->text;
+    const bool isTyped = IsInBox(visit) && m_box.IsLoaded() && m_box.IsTouched();
+    return isTyped ? std::optional(m_box.Text()) : std::nullopt;
 }
 
-VisitNote::Kept VisitNote::CheckStored(const Visit& visit, const QString& text)
+QString VisitNote::NoteToStore(const Visit& visit)
 {
+    if (const std::optional<QString> typed = TypedNote(visit))
+        return *typed;
     const QString stored = StoredNote(visit);
+    ShowUntouched(visit, stored);
+    return stored;
+}
+
+void VisitNote::ShowStored(const Visit& visit, const StillFiling::Note& note)
+{
+    if (note.typed)
+        CheckStored(visit, note.text, note.stored);
+    else
+        ShowUntouched(visit, note.text);
+}
+
+void VisitNote::ShowUntouched(const Visit& visit, const QString& stored)
+{
+    // A box whose note is on its way gets it from there, and one that has been typed into since keeps that.
+    if (IsInBox(visit) && !m_box.IsAwaited() && !m_box.IsTouched() && (!m_box.IsLoaded() || m_box.Text() != stored))
+        m_box.SetLoadedNote(stored);
+}
+
+VisitNote::Kept VisitNote::CheckStored(const Visit& visit, const QString& text, const QString& stored)
+{
     // Characters, as the column counts them: one that it can't hold has become another, which is no loss of length.
     const auto characters = [](const QString& counted) { return static_cast<int>(counted.toUcs4().size()); };
     const Kept kept{!stored.isNull(), characters(Trim(NoteForStore(text))), characters(stored)};

@@ -25,10 +25,13 @@ public:
     /// Brings the visit's own text back into the box.
     void BringBack();
 
-    /// The note to store for a visit: the typed text when the box holds one for it, with what is still being composed;
-    /// else the stored one, read afresh and shown, or, where the database may not be asked, nothing. Throws
-    /// PlatformError when that read fails.
-    StillFiling::Note NoteToStore(const Visit& visit, bool mayAsk);
+    /// The operator's own text, when the box holds one for that visit, with what is still being composed.
+    std::optional<QString> TypedNote(const Visit& visit) const;
+    /// The note to store for a visit: the typed one; else the stored one, read afresh and shown. Throws PlatformError
+    /// when that read fails.
+    QString NoteToStore(const Visit& visit);
+    /// A note has been stored with a picture: a typed one counts as stored, another one is shown.
+    void ShowStored(const Visit& visit, const StillFiling::Note& note);
 
     /// What became of a note that was to be stored.
     struct Kept
@@ -39,9 +42,9 @@ public:
 
         bool IsWhole() const { return hasRow && stored >= wanted; }
     };
-    /// Reads back what has been stored of the text. When it is whole, the box holds nothing of its own any more;
-    /// otherwise the text in the box goes on counting as typed. Throws PlatformError.
-    Kept CheckStored(const Visit& visit, const QString& text);
+    /// Compares the text with what has been read back of it, null without a row. When it is whole, the box holds
+    /// nothing of its own any more; otherwise the text in the box goes on counting as typed.
+    Kept CheckStored(const Visit& visit, const QString& text, const QString& stored);
 
     /// The visit's row is gone: the text in the box, if it is that visit's own, is stored nowhere now.
     void RowIsGone(const Visit& visit);
@@ -56,6 +59,7 @@ private:
     };
 
     bool IsInBox(const Visit& visit) const;
+    void ShowUntouched(const Visit& visit, const QString& stored);
 
     NoteBox& m_box;
     std::optional<Aside> m_aside; ///< The visit's own text while a history line has the box.

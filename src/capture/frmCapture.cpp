@@ -17,10 +17,12 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "frame/waiting.h"
 #include "records/capture_index.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
+#include "screenparts/NoticeStrip.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
 #include "visit/device_settings.h"
@@ -34,6 +36,11 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+/// No question of the sweep may hold up the closing for longer.
+constexpr int SweepPatienceMs = 2000;
+} // namespace
+
 frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
 {
     BuildCommands();
@@ -46,9 +53,9 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_history->LayOutGrids();
     m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note);
     m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
-    m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this] {
+    m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this](const FootSwitch::Filed& filed) {
         if (!IsUnloaded())
-            SetCaptureValues();
+            SetCaptureValues(filed);
     });
     m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_lblMovie, *m_lblMovieStatus);
     ConnectControls();
@@ -94,15 +101,21 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
-    // A system that ends the program has no time for it; the next closing has.
-    if (!UseService<Desktop>().EndIsRequested())
+    // A system that ends the program has no time for it, and a database that doesn't answer can't tell; the next
+    // closing can.
+    if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway()) {
+        const waiting::Patience patience(SweepPatienceMs);
         Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
+    }
     m_footSwitch->Close();
     m_capCapture->Stop();
 }
 
 void frmCapture::ConnectControls()
 {
+    connect(m_stills.get(), &StillCapture::OutageChanged, this,
+            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
+    connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
@@ -138,13 +151,20 @@ void frmCapture::BuildCommands()
         {u"기타설정1"_s, [this] { ShowDriverSettings(*m_capCapture, static_cast<int>(winId())); }},
         {u"기타설정2"_s, [this] { m_capCapture->ShowDriverDialog2(static_cast<int>(winId())); }},
         {u"프린터설정"_s, [] { UseService<Desktop>().ShowPrinterDialog(); }}};
+    // What is shown stays until the database has answered.
     const auto showAnew = [this] {
-        Clear();
+        m_history->EndFills();
         ShowStored();
+    };
+    const auto capture = [this] {
+        SetCaptureValues([](const std::exception_ptr& fault) {
+            if (fault != nullptr)
+                std::rethrow_exception(fault);
+        });
     };
     const QList<CommandBar::Button> commands{
         {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
-        {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(); }, {}},
+        {u"캡쳐"_s, u"Movie"_s, capture, {}},
         {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
         {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
         {u"취소"_s, u"Clear"_s, showAnew, {}},
@@ -155,6 +175,9 @@ void frmCapture::BuildCommands()
         {u"종료"_s, u"Exit"_s, [this] { Unload(); }, {}},
     };
     m_tbarCap = Named(new CommandBar(commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
+    // Nothing holds up the shutter, and who wants to leave waits for nothing.
+    m_tbarCap->findChild<QWidget*>(u"캡쳐"_s)->setProperty(ServedWhileWaiting, true);
+    m_tbarCap->findChild<QWidget*>(u"종료"_s)->setProperty(LeavesWait, true);
 }
 
 void frmCapture::BuildPopupMenu()
@@ -193,9 +216,9 @@ void frmCapture::Connect()
         Unload();
 }
 
-void frmCapture::SetCaptureValues()
+void frmCapture::SetCaptureValues(const StillCapture::Filed& filed)
 {
-    m_stills->SetCaptureValues(*m_capCapture);
+    m_stills->SetCaptureValues(*m_capCapture, filed);
 }
 
 void frmCapture::Clear()

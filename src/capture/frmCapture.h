@@ -17,6 +17,7 @@ class fpSpread;
 class ImagXpress;
 class MSComm;
 class NoteBox;
+class NoticeStrip;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -34,8 +35,9 @@ public:
 
     frmCapture();
 
-    /// Takes a still and files it.
-    void SetCaptureValues();
+    /// Takes the frame of this moment and files it. Throws PlatformError with the reason why it can't; `filed` hears
+    /// what became of it otherwise.
+    void SetCaptureValues(const StillCapture::Filed& filed);
     /// Empties the three grids; the labels and the note stay.
     void Clear();
 
@@ -47,6 +49,8 @@ public:
     NoteBox& txtCapChamgo() { return *m_txtCapChamgo; }
     VideoCap& capCapture() { return *m_capCapture; }
     StatusPanels& sbarCap() { return *m_sbarCap; }
+    /// No picture is on its way to its rows and its thumbnail any more.
+    bool StillsAreAtRest() const { return m_stills->IsAtRest(); }
 
 protected:
     void Form_Load() override;
@@ -72,6 +76,7 @@ private:
     CommandBar* m_tbarCap = nullptr;
     StatusPanels* m_sbarCap = nullptr;
     VideoCap* m_capCapture = nullptr;
+    NoticeStrip* m_notices = nullptr;
     MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
     QLineEdit* m_dtpYmd = nullptr;

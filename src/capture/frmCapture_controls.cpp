@@ -9,6 +9,7 @@
 #include "frame/plain_text.h"
 #include "frame/twips.h"
 #include "screenparts/NoteBox.h"
+#include "screenparts/NoticeStrip.h"
 #include "screenparts/ValueCombo.h"
 
 #include <QLabel>
@@ -35,6 +36,7 @@ void frmCapture::BuildControls()
     m_sbarCap->setPanelCount(8);
     m_capCapture = Named(&PlaceControl<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, this), u"capCapture"_s, u"영상"_s,
                          RectFromTwips(0, 690, 8400, 6300));
+    m_notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, RectFromTwips(0, 6600, 8400, 390));
     m_commCapture = &PlaceControl<MSComm>(u"MSCommLib.MSComm"_s, this);
     m_commCapture->setObjectName(u"commCapture"_s);
     m_sprCap[0] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap(1)"_s, u"캡쳐그림"_s,

@@ -3,14 +3,21 @@
 #include <QString>
 #include <QVariant>
 
+#include <exception>
+#include <functional>
 #include <memory>
 
 class AdoConnection;
+class QObject;
 
 /// The values that the station passes; named as the access layer names them.
 enum CursorLocation : int { adUseClient = 3 };
 enum CursorType : int { adOpenForwardOnly = 0, adOpenKeyset = 1 };
 enum LockType : int { adLockReadOnly = 1 };
+enum ExecuteOption : int {
+    adOptionUnspecified = -1,
+    adAsyncFetch = 32, ///< The first rows are handed over as soon as they are there; the others come in behind them.
+};
 
 /// `ADODB.Recordset`: the rows of one statement, read on the client side, so that nothing stays open on the connection
 /// while events are served between two rows.
@@ -24,7 +31,11 @@ public:
     virtual void setLockType(LockType type) = 0;
 
     /// Runs the statement and stands on its first row. Throws PlatformError with the driver's text when it fails.
-    virtual void Open(const QString& source, AdoConnection& activeConnection) = 0;
+    virtual void Open(const QString& source, AdoConnection& activeConnection,
+                      ExecuteOption option = adOptionUnspecified) = 0;
+    /// Further rows may still come in; `Eof` then tells of those that are there. Throws PlatformError when the rest
+    /// can't be read. Never true but with `adAsyncFetch`.
+    virtual bool IsFetching() = 0;
     virtual void Close() = 0;
 
     /// Beyond the last row. Without any row both hold.
@@ -44,7 +55,8 @@ public:
     virtual void setFilter(const QString& criterion) = 0;
 };
 
-/// `ADODB.Connection`: the one way to the database. Used on the user-interface thread alone.
+/// `ADODB.Connection`: the one way to the database. Statements run on a thread of its own, one after the other in the
+/// order in which they were handed over: none overtakes another.
 class AdoConnection
 {
 public:
@@ -53,10 +65,21 @@ public:
     /// Name of the database that statements run in.
     virtual QString DefaultDatabase() const = 0;
 
-    /// Runs one statement. The recordset is empty for a statement that gives no rows.
+    /// Runs one statement and waits for it as `waiting::Await` does. The recordset is empty for a statement that gives
+    /// no rows.
     /// A connection found lost is opened again once and the statement repeated; after that DatabaseAway with the
-    /// driver's text. PlatformError for a statement that the server refuses.
-    virtual std::unique_ptr<AdoRecordset> Execute(const QString& statement) = 0;
+    /// driver's text, and also when the operator gives the wait up: the statement then comes to nothing, now or later.
+    /// PlatformError for a statement that the server refuses.
+    virtual std::unique_ptr<AdoRecordset> Execute(const QString& statement,
+                                                  ExecuteOption option = adOptionUnspecified) = 0;
+
+    /// Work made of statements that belong together; within it `Execute` runs at once. It may touch nothing that the
+    /// user-interface thread has.
+    using Work = std::function<void()>;
+    /// Hears on the user-interface thread that the work has ended; with the fault that it threw, or null.
+    using Done = std::function<void(std::exception_ptr fault)>;
+    /// Hands over work without waiting for it. `done` isn't called any more once the context has gone.
+    virtual void Queue(QObject* context, Work work, Done done) = 0;
 
     /// A recordset that this connection can be opened on.
     virtual std::unique_ptr<AdoRecordset> NewRecordset() = 0;

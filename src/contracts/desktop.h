@@ -11,6 +11,10 @@
 /// Title of every message box of the station.
 inline constexpr char16_t StationTitle[] = u"나 래 온 빛 터 (주)";
 
+/// Properties of a control, set to true: how it behaves while a handler waits.
+inline constexpr char ServedWhileWaiting[] = "servedWhileWaiting";
+inline constexpr char LeavesWait[] = "leavesWait";
+
 /// Numbers of the platform's mouse pointers.
 enum MousePointer : int {
     PointerNormal = 0,
@@ -22,8 +26,9 @@ class Desktop
 public:
     virtual ~Desktop() = default;
 
-    /// Message box with the information icon and one button; returns when it is closed.
-    virtual void ShowInformation(const QString& text) = 0;
+    /// Message box with the information icon and one button; returns when it is closed, which it is by itself after
+    /// `patienceMs`, unless that is 0.
+    virtual void ShowInformation(const QString& text, int patienceMs = 0) = 0;
     /// Message box without icon or station title: the platform's own text of an error.
     virtual void ShowPlain(const QString& text) = 0;
     /// Question with Yes and No and no icon. No is the default, and also what Enter, Escape and closing mean.
@@ -37,6 +42,11 @@ public:
     /// Serves events until `done` holds, asking after each; sleeps between events, `timeoutMs` at most in all.
     /// False when the time ran out first.
     virtual bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) = 0;
+    /// Serves events until `done` holds, asking after each; sleeps between events. What the operator does meanwhile is
+    /// held back, and done in its order when this has returned, but for what he does to a control that is marked
+    /// `ServedWhileWaiting`, and in a box that was opened meanwhile. When he closes a window, or presses a control that
+    /// is marked `LeavesWait`, `leave` is called as well. False when the program ends first.
+    virtual bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) = 0;
     /// Lets time pass: the screen is painted, and what the operator does meanwhile counts as not done. Ends early when
     /// the system wants the program to end.
     virtual void Pause(int timeMs) = 0;

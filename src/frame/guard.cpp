@@ -57,5 +57,7 @@ void guard::AnswerFault()
         text = QString::fromUtf8(error.what());
     }
     SetMousePointer(PointerNormal);
-    ShowInformation(text);
+    // Without a text there is nothing to be said: the operator has left.
+    if (!text.isEmpty())
+        ShowInformation(text);
 }

@@ -5,9 +5,13 @@
 #include "contracts/printing.h"
 #include "frame/components.h"
 
-void ShowInformation(const QString& text)
+namespace {
+MousePointer pointerNow = PointerNormal;
+} // namespace
+
+void ShowInformation(const QString& text, int patienceMs)
 {
-    UseService<Desktop>().ShowInformation(text);
+    UseService<Desktop>().ShowInformation(text, patienceMs);
 }
 
 bool AskYesNo(const QString& question)
@@ -17,7 +21,13 @@ bool AskYesNo(const QString& question)
 
 void SetMousePointer(MousePointer pointer)
 {
+    pointerNow = pointer;
     UseService<Desktop>().SetMousePointer(pointer);
+}
+
+MousePointer MousePointerNow()
+{
+    return pointerNow;
 }
 
 void PumpEvents()

@@ -13,9 +13,11 @@ class QImage;
 /// Short ways to the services that stand ready from the first line of the program on. What each does, and which faults
 /// it throws, is told by its contract.
 
-void ShowInformation(const QString& text);
+void ShowInformation(const QString& text, int patienceMs = 0);
 bool AskYesNo(const QString& question);
 void SetMousePointer(MousePointer pointer);
+/// As it was set last.
+MousePointer MousePointerNow();
 void PumpEvents();
 void EndProgram();
 

@@ -13,6 +13,7 @@
 #include "frame/services.h"
 #include "launch/launch_string.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/NoticeStrip.h"
 #include "text/text_routines.h"
 #include "viewing/CapShow.h"
 #include "visit/VisitContext.h"
@@ -102,6 +103,7 @@ void OpenVisit()
 
 void Main()
 {
+    ShowWaitsOnForms();
     Guarded([] { OpenVisit(); });
     // Without a window nothing could end it any more.
     if (LoadedForms().isEmpty())

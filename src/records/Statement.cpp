@@ -47,20 +47,25 @@ Statement& Statement::OfVisit(const QString& prefix, const Visit& visit)
         .Piece(u" AND "_s + prefix + u"_gubun = 'A' "_s);
 }
 
-std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor)
+std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor, ExecuteOption option)
 {
     AdoConnection& connection = OpenConnection();
     std::unique_ptr<AdoRecordset> rows = connection.NewRecordset();
     rows->setCursorLocation(adUseClient);
     rows->setCursorType(cursor);
     rows->setLockType(adLockReadOnly);
-    rows->Open(statement.Text(), connection);
+    rows->Open(statement.Text(), connection, option);
     return rows;
 }
 
 void Execute(const Statement& statement)
 {
     OpenConnection().Execute(statement.Text());
+}
+
+void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done)
+{
+    OpenConnection().Queue(context, std::move(work), std::move(done));
 }
 
 bool HasRow(const AdoRecordset& rows)

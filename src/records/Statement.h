@@ -37,9 +37,13 @@ private:
 };
 
 /// Opens the statement's rows on the global connection. Throws PlatformError with the driver's text.
-std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor = adOpenForwardOnly);
+std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor = adOpenForwardOnly,
+                                       ExecuteOption option = adOptionUnspecified);
 /// Runs a statement without rows. Throws PlatformError with the driver's text.
 void Execute(const Statement& statement);
+
+/// Hands statements over without waiting for them; see `AdoConnection::Queue`.
+void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done);
 
 /// A row is there unless both ends are reached at once.
 bool HasRow(const AdoRecordset& rows);

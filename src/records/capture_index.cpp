@@ -11,13 +11,6 @@ const QString Pictures = u"cap"_s;
 const QString Visits = u"ca"_s;
 } // namespace
 
-int NextCaptureNo(const Visit& visit)
-{
-    const auto rows =
-        OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ").OfVisit(Pictures, visit));
-    return HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
-}
-
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
 {
     Statement statement(u" SELECT * FROM cap ");

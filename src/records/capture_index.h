@@ -7,9 +7,6 @@ struct Visit;
 
 /// The rows of `cap` and `ca`, and the clinic's mark of a visit. A failing statement is a PlatformError.
 
-/// The largest picture number of the visit, 0 when it has none.
-int NextCaptureNo(const Visit& visit);
-
 enum class NumberOrder { Any, Ascending };
 /// The numbers of the visit's pictures, as their rows say.
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order);

@@ -32,13 +32,18 @@ HistoryGrids& RegisteredHistoryGrids()
 }
 } // namespace
 
-int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor)
+int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor,
+                    const std::function<void(const QList<int>&)>& read)
 {
     const QPointer<fpSpread> there(&grid);
     const int fill = grid.BeginFill();
-    ClearPictureGrid(grid, gridNumber);
-
+    // Asked first: a database that doesn't answer leaves the pictures as they were.
     const QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
+    if (!there || !there->IsCurrentFill(fill))
+        return 0;
+    ClearPictureGrid(grid, gridNumber);
+    if (read)
+        read(numbers);
     QStringList paths;
     for (const int number : numbers)
         paths.append(visit.PicturePath(number));

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+
+#include <functional>
 
 class fpSpread;
 class NoteBox;
@@ -15,7 +18,9 @@ struct VisitLine;
 /// Fills a picture grid with the pictures of a visit, serving events between them. Rows whose file is missing take no
 /// place; a file that is no picture shows a mark. With `keepCursor` the grid stays where it is, otherwise its active
 /// cell follows the pictures. A later fill of the same grid ends this one. Gives the number of the last row read.
-int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor);
+/// `read` hears the numbers of all rows before the first picture is placed.
+int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor,
+                    const std::function<void(const QList<int>&)>& read = {});
 
 /// Brings the visit's note into the box. The box is empty, and knows that it holds no note, until it has been read.
 void LoadCaptureNote(const Visit& visit, NoteBox& box);

@@ -104,6 +104,16 @@ std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, Pic
     return batch.IsReady(at) ? batch.Take(at) : QImage();
 }
 
+int PictureCount(fpSpread& grid)
+{
+    int pictures = 0;
+    for (int row = 2; row <= grid.DataRowCnt(); row += 2) {
+        for (const int column : PictureColumns(1))
+            pictures += CellText(grid, column, row).isEmpty() ? 0 : 1;
+    }
+    return pictures;
+}
+
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture)
 {
     grid.setRow(row);

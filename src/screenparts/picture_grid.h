@@ -44,6 +44,9 @@ PicturePlace PlaceAfter(int pictures, int gridNumber);
 /// grid is gone or a newer one has begun; a null picture when it can't be read or takes too long.
 std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at);
 
+/// How many pictures a grid of layout 1 shows.
+int PictureCount(fpSpread& grid);
+
 /// Makes the cell a picture cell that shows the picture in its middle, as large as fits.
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture);
 

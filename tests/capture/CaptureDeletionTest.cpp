@@ -289,8 +289,8 @@ private:
     /// By a button of the toolbar, or else over the picture that the menu was opened on.
     static void Run(const QString& command)
     {
-        if (auto* button = opened->findChild<QToolButton*>(command))
-            button->click();
+        if (opened->findChild<QToolButton*>(command) != nullptr)
+            Press(command);
         else
             Choose(command, u"팝업메뉴"_s);
         opened->findChild<QMenu*>(u"팝업메뉴"_s)->hide();

@@ -147,7 +147,7 @@ private Q_SLOTS:
         Press(u"캡쳐"_s);
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Desk().shown.size(), 2);
-        QVERIFY(m_box->Desk().shown.first().startsWith(u"그림파일은 저장하였으나"_s));
+        QVERIFY(m_box->Desk().shown.first().startsWith(u"캡쳐 001번"_s));
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 2);
         QCOMPARE(CellText(screen.sprCap(1), 2, 2), u"002"_s);
 

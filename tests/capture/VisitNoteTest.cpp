@@ -71,11 +71,12 @@ private Q_SLOTS:
             Q_EMIT FakeVideoCap::Last()->OnFrame(frame, 0);
         QCOMPARE(CompositionIn(&Box()), u"사"_s);
         if (command.isEmpty())
-            Guarded([] { opened->SetCaptureValues(); });
+            Guarded([] { opened->SetCaptureValues([](const std::exception_ptr&) {}); });
         else if (auto* button = opened->findChild<QToolButton*>(command))
             button->click();
         else
             opened->findChild<QAction*>(command)->trigger();
+        AwaitStills();
         QCOMPARE(CompositionIn(&Box()), stillComposed ? u"사"_s : QString());
         QCOMPARE(Box().toPlainText(), stillComposed ? u"조직검"_s : u"조직검사"_s);
         QCOMPARE(m_box->Value(StoredNoteQuery), command == u"연결끊기"_s ? u"처음"_s : u"조직검사"_s);

@@ -25,10 +25,19 @@ inline frmCapture& OpenScreen()
     return *opened;
 }
 
-/// A button of the toolbar.
+/// Until no still is on its way any more.
+inline void AwaitStills()
+{
+    if (!QTest::qWaitFor([] { return opened->IsUnloaded() || opened->StillsAreAtRest(); }, 30000))
+        qFatal("a still never came to its end");
+}
+
+/// A button of the toolbar; what it files has come to its end then.
 inline void Press(const QString& caption)
 {
     opened->findChild<QToolButton*>(caption)->click();
+    if (caption == QStringLiteral("캡쳐") || caption == QStringLiteral("파일"))
+        AwaitStills();
 }
 
 /// An entry of a button's drop-down list, or, with "팝업메뉴", of the menu over a picture.

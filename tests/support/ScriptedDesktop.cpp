@@ -16,7 +16,7 @@ ScriptedDesktop& ScriptedDesktop::Install()
     return scripted;
 }
 
-void ScriptedDesktop::ShowInformation(const QString& text)
+void ScriptedDesktop::ShowInformation(const QString& text, int /*patienceMs*/)
 {
     shown.append(text);
     if (whileShown)
@@ -53,6 +53,17 @@ void ScriptedDesktop::PumpEvents()
 bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
     return QTest::qWaitFor(done, timeoutMs);
+}
+
+bool ScriptedDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
+{
+    leaveWait = leave;
+    while (!done()) {
+        if (ended)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
 }
 
 void ScriptedDesktop::Pause(int timeMs)

@@ -17,6 +17,7 @@ public:
     std::deque<std::optional<QString>> files; ///< Files chosen in the open dialogs to come; a cancel when none is left.
     std::function<void()> whileShown;         ///< Runs while a box stands open.
     std::function<void()> whilePumped;        ///< Runs once, inside the next pump.
+    std::function<void()> leaveWait;          ///< Of the wait that was begun last: the operator closes a window.
     QString filter;                           ///< Of the open dialog that was shown last.
     QString command;
     QString folder; ///< The program's own folder; a temporary one when empty.
@@ -28,12 +29,13 @@ public:
     /// Installs a fresh one and gives it for scripting.
     static ScriptedDesktop& Install();
 
-    void ShowInformation(const QString& text) override;
+    void ShowInformation(const QString& text, int patienceMs = 0) override;
     void ShowPlain(const QString& text) override { ShowInformation(text); }
     bool AskYesNo(const QString& question) override;
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) override;
     void Pause(int timeMs) override;
     void ShowPrinterDialog() override {}
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;

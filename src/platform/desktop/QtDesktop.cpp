@@ -4,6 +4,7 @@
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "platform/desktop/EndSignals.h"
+#include "platform/desktop/HeldInput.h"
 #include "platform/desktop/InstanceLock.h"
 #include "platform/desktop/prepare_application.h"
 
@@ -128,12 +129,14 @@ bool QtDesktop::Run(QMessageBox& box)
     return true;
 }
 
-void QtDesktop::ShowInformation(const QString& text)
+void QtDesktop::ShowInformation(const QString& text, int patienceMs)
 {
     QMessageBox box(QApplication::activeWindow());
     Fill(box, text, QString::fromUtf16(StationTitle));
     box.setIcon(QMessageBox::Information);
     AddButton(box, u"확인"_s, QMessageBox::AcceptRole, u"cmdOk"_s);
+    if (patienceMs > 0)
+        QTimer::singleShot(patienceMs, &box, &QMessageBox::accept);
     Run(box);
 }
 
@@ -188,6 +191,18 @@ bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs
     timer.start(qMax(0, timeoutMs));
     while (!done()) {
         if (m_ended || expired)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+bool QtDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
+{
+    // A box that opens meanwhile wants an answer.
+    const HeldInput held([this, boxes = m_openBoxes] { return m_openBoxes > boxes; }, leave);
+    while (!done()) {
+        if (m_ended)
             return false;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }

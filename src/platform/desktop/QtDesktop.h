@@ -16,12 +16,13 @@ public:
     explicit QtDesktop(QString command);
     ~QtDesktop() override;
 
-    void ShowInformation(const QString& text) override;
+    void ShowInformation(const QString& text, int patienceMs = 0) override;
     void ShowPlain(const QString& text) override;
     bool AskYesNo(const QString& question) override;
     void SetMousePointer(MousePointer pointer) override;
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) override;
     void Pause(int timeMs) override;
     void ShowPrinterDialog() override;
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;

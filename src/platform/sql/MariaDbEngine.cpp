@@ -4,7 +4,13 @@
 
 #include <QRegularExpression>
 #include <QSqlDatabase>
+#include <QSqlDriver>
 #include <QSqlError>
+#include <QThread>
+#include <QUuid>
+
+#include <cstring>
+#include <mysql.h>
 
 using namespace Qt::StringLiterals;
 
@@ -33,6 +39,17 @@ constexpr int ServerGone = 2006;
 constexpr int ServerLost = 2013;
 constexpr int ServerLostAt = 2055;
 constexpr int IdleDisconnect = 4031;
+
+// A session that is ended undoes its statement first.
+constexpr int GoneTries = 100;
+constexpr int GonePauseMs = 50;
+
+/// Id of the session that holds the token's lock, empty when none does; nothing when that can't be told.
+std::optional<QString> HolderOf(const QString& token, const FirstRow& ask)
+{
+    const std::optional<QStringList> row = ask(u"SELECT IS_USED_LOCK('%1')"_s.arg(token));
+    return row ? std::optional(row->value(0)) : std::nullopt;
+}
 
 int Number(const QSqlError& error)
 {
@@ -130,6 +147,47 @@ QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettin
     default:
         return u"데이터베이스에 연결할 수 없습니다.!!"_s;
     }
+}
+
+std::optional<SessionIdentity> MariaDbEngine::Identify(const FirstRow& ask) const
+{
+    // The time of this statement less the time since the start: the same second for every session, whatever the clock
+    // has done meanwhile. MySQL keeps the figure in another place.
+    for (const QString& figures : {u"information_schema.GLOBAL_STATUS"_s, u"performance_schema.global_status"_s}) {
+        const QString token = u"capture-station-"_s + QUuid::createUuid().toString(QUuid::WithoutBraces);
+        const QStringList row = ask(u"SELECT CONNECTION_ID(), CONCAT(@@hostname, ':', @@port, ':', "
+                                    "UNIX_TIMESTAMP() - VARIABLE_VALUE), GET_LOCK('%1', 0) FROM %2 "
+                                    "WHERE VARIABLE_NAME = 'UPTIME'"_s.arg(token, figures))
+                                    .value_or(QStringList());
+        if (row.value(2) == u"1"_s)
+            return SessionIdentity{row[0], row[1], token};
+    }
+    return std::nullopt;
+}
+
+bool MariaDbEngine::EndSession(const SessionIdentity& old, const SessionIdentity& own, const FirstRow& ask) const
+{
+    // Another process, after a restart or on another node, knows nothing of it; an id without the token is another's.
+    if (old.server != own.server)
+        return true;
+    for (int tries = 0; tries < GoneTries; ++tries) {
+        const std::optional<QString> holder = HolderOf(old.token, ask);
+        if (!holder)
+            return false;
+        if (*holder != old.id)
+            return true;
+        ask(u"KILL "_s + old.id);
+        QThread::msleep(GonePauseMs);
+    }
+    return false;
+}
+
+int MariaDbEngine::Socket(const QSqlDatabase& database) const
+{
+    const QVariant handle = database.driver()->handle();
+    if (!handle.isValid() || std::strcmp(handle.typeName(), "MYSQL*") != 0)
+        return -1;
+    return static_cast<int>(mysql_get_socket(*static_cast<MYSQL* const*>(handle.constData())));
 }
 
 QString MariaDbEngine::TableFolder() const

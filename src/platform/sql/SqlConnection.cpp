@@ -1,43 +1,25 @@
 #include "platform/sql/SqlConnection.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "frame/waiting.h"
 #include "platform/sql/MariaDbEngine.h"
 #include "platform/sql/SqliteEngine.h"
 #include "platform/sql/SqlRecordset.h"
 
-#include <QSqlError>
-#include <QThread>
-#include <QUuid>
+#include <QPointer>
+
+#include <condition_variable>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-// A cluster that takes a member in or out answers again within a second.
-constexpr int ContentionTries = 6;
-constexpr int ContentionPauseMs = 200;
-
-QString DriverText(const QSqlError& error)
-{
-    const QString text = error.databaseText().trimmed();
-    const QString shown = text.isEmpty() ? error.driverText().trimmed() : text;
-    const QString number = error.nativeErrorCode();
-    return number.isEmpty() ? shown : u"%1 [%2]"_s.arg(shown, number);
-}
-
-QString FaultText(const QString& reason, const QSqlError& error)
-{
-    return u"%1\n\n%2"_s.arg(reason, DriverText(error));
-}
-
-QString InstalledDriver(const SqlEngine& engine)
-{
-    const QStringList installed = QSqlDatabase::drivers();
-    for (const QString& driver : engine.Drivers()) {
-        if (installed.contains(driver))
-            return driver;
-    }
-    throw PlatformError(u"데이터베이스 드라이버 %1이(가) 설치되어 있지 않습니다.!!"_s.arg(engine.Drivers().first()));
-}
+/// A database that answers does so within this time, and nothing is served meanwhile: no handler comes between the
+/// statements of another without need.
+constexpr auto QuietWait = std::chrono::milliseconds(5);
+/// Only the opening of a connection can't be cut off.
+constexpr int EndPatienceMs = 1000;
 } // namespace
 
 std::unique_ptr<SqlEngine> MakeEngine(const QString& driver)
@@ -59,65 +41,147 @@ ConnectionPointer OpenConnection(const DatabaseSettings& settings)
     return std::make_shared<SqlConnection>(settings, std::move(engine));
 }
 
-SqlConnection::SqlConnection(const DatabaseSettings& settings, std::unique_ptr<SqlEngine> engine)
-    : m_settings(settings), m_engine(std::move(engine)),
-      m_name(u"station-%1"_s.arg(QUuid::createUuid().toString(QUuid::WithoutBraces)))
+/// A piece of work that somebody waits for.
+struct SqlConnection::Task
 {
-    const QString driver = InstalledDriver(*m_engine);
-    m_database = QSqlDatabase::addDatabase(driver, m_name);
-    m_engine->Configure(m_database, m_settings);
+    std::function<void(Task&)> work;
+    std::shared_ptr<SqlRows> rows = std::make_shared<SqlRows>();
+
+    std::mutex mutex;
+    std::condition_variable changed;
+    bool isRunning = false;
+    bool hasBegun = false; ///< Rows are there, or it has ended.
+    bool isGivenUp = false;
+    std::exception_ptr fault;
+
+    bool HasBegun()
+    {
+        const std::lock_guard lock(mutex);
+        return hasBegun;
+    }
+
+    /// Wakes who waits, once.
+    void Begin(std::exception_ptr ended = nullptr)
+    {
+        {
+            const std::lock_guard lock(mutex);
+            if (std::exchange(hasBegun, true))
+                return;
+            fault = std::move(ended);
+            changed.notify_all();
+        }
+        PostToScreen([] {});
+    }
+
+    void Run(SqlSession& session)
+    {
+        {
+            const std::lock_guard lock(mutex);
+            if (isGivenUp)
+                return;
+            session.Resume();
+            isRunning = true;
+        }
+        std::exception_ptr ended;
+        try {
+            work(*this);
+        } catch (...) {
+            ended = std::current_exception();
+        }
+        {
+            const std::lock_guard lock(mutex);
+            isRunning = false;
+            session.Resume();
+        }
+        rows->End(ended);
+        Begin(ended);
+    }
+
+    /// True when it comes to nothing; false when its end is about to come.
+    bool GiveUp(SqlSession& session)
+    {
+        const std::lock_guard lock(mutex);
+        isGivenUp = !isRunning || session.Interrupt();
+        return isGivenUp && !hasBegun;
+    }
+};
+
+SqlConnection::SqlConnection(const DatabaseSettings& settings, std::unique_ptr<SqlEngine> engine)
+    : m_session(std::make_shared<SqlSession>(settings, std::move(engine)))
+{
+    const auto task = std::make_shared<Task>();
+    task->work = [session = m_session](Task&) { session->Open(); };
     try {
-        Open();
+        Await(task);
     } catch (...) {
-        m_database = QSqlDatabase();
-        QSqlDatabase::removeDatabase(m_name);
+        EndSession();
         throw;
     }
 }
 
 SqlConnection::~SqlConnection()
 {
-    m_database.close();
-    m_database = QSqlDatabase();
-    QSqlDatabase::removeDatabase(m_name);
+    EndSession();
+}
+
+void SqlConnection::EndSession()
+{
+    m_session->Interrupt();
+    m_thread.End(EndPatienceMs, [session = m_session] { session->End(); });
 }
 
 QString SqlConnection::DefaultDatabase() const
 {
-    return m_engine->DatabaseName(m_settings);
+    return Engine().DatabaseName(m_session->Settings());
 }
 
-std::unique_ptr<AdoRecordset> SqlConnection::Execute(const QString& statement)
+std::unique_ptr<AdoRecordset> SqlConnection::Execute(const QString& statement, ExecuteOption option)
 {
-    const QString translated = m_engine->Translated(statement);
-    bool reopened = !m_database.isOpen();
-    if (reopened)
-        Open();
-    for (int tries = 1;; ++tries) {
-        QSqlQuery query = Run(translated);
-        // A fault can also come up between two rows.
-        auto rows = std::make_unique<SqlRecordset>(query);
-        const QSqlError error = query.lastError();
-        query.clear();
-        if (!error.isValid())
-            return rows;
+    if (m_thread.IsCurrent()) {
+        const auto rows = std::make_shared<SqlRows>();
+        m_session->Execute(statement, *rows, [] {});
+        rows->End(nullptr);
+        return std::make_unique<SqlRecordset>(rows);
+    }
+    const auto task = std::make_shared<Task>();
+    task->work = [session = m_session, statement, option](Task& self) {
+        session->Execute(statement, *self.rows, [&] {
+            if (option == adAsyncFetch)
+                self.Begin();
+        });
+    };
+    Await(task);
+    return std::make_unique<SqlRecordset>(task->rows);
+}
 
-        const FaultKind kind = m_engine->Judge(error);
-        if (kind == FaultKind::Lost && !reopened) {
-            reopened = true;
-            m_database.close();
-            Open();
-        } else if (kind == FaultKind::Contention && tries < ContentionTries) {
-            QThread::msleep(ContentionPauseMs);
-        } else {
-            if (kind == FaultKind::Lost)
-                m_database.close();
-            const QString text = FaultText(u"데이터베이스 작업을 하지 못하였습니다.!!"_s, error);
-            if (kind != FaultKind::Final)
-                throw DatabaseAway(text);
-            throw PlatformError(text);
+void SqlConnection::Await(const std::shared_ptr<Task>& task)
+{
+    m_thread.Post([task, session = m_session] { task->Run(*session); });
+    {
+        std::unique_lock lock(task->mutex);
+        task->changed.wait_for(lock, QuietWait, [&] { return task->hasBegun; });
+    }
+    const auto hasBegun = [&task] { return task->HasBegun(); };
+    if (!hasBegun()) {
+        const QString text = u"데이터베이스의 응답을 기다리고 있습니다."_s;
+        const waiting::Outcome outcome = waiting::Await(text, hasBegun);
+        if (outcome != waiting::Outcome::Done) {
+            const QString told = outcome == waiting::Outcome::Leaving
+                                     ? QString()
+                                     : u"데이터베이스가 응답하지 않아 작업을 취소하였습니다.!!"_s;
+            if (task->GiveUp(*m_session))
+                throw DatabaseAway(told);
+            // What was cut off ends at once, and an answer that was quicker counts. A file's lock has its own limit.
+            UseService<Desktop>().ServeUntil(hasBegun, [] {});
+            std::unique_lock lock(task->mutex);
+            task->changed.wait(lock, [&] { return task->hasBegun; });
+            if (task->fault != nullptr)
+                throw DatabaseAway(told);
         }
     }
+    const std::lock_guard lock(task->mutex);
+    if (task->fault != nullptr)
+        std::rethrow_exception(task->fault);
 }
 
 std::unique_ptr<AdoRecordset> SqlConnection::NewRecordset()
@@ -125,25 +189,20 @@ std::unique_ptr<AdoRecordset> SqlConnection::NewRecordset()
     return std::make_unique<SqlRecordset>();
 }
 
-void SqlConnection::Open()
+void SqlConnection::Queue(QObject* context, Work work, Done done)
 {
-    if (!m_database.open()) {
-        const QSqlError error = m_database.lastError();
-        throw DatabaseAway(FaultText(m_engine->OpeningFault(error, m_settings), error));
-    }
-    for (const QString& statement : m_engine->SessionStatements()) {
-        const QSqlError error = Run(statement).lastError();
-        if (error.isValid()) {
-            m_database.close();
-            throw DatabaseAway(FaultText(m_engine->OpeningFault(error, m_settings), error));
+    m_thread.Post([session = m_session, work = std::move(work), done = std::move(done), context = QPointer(context)] {
+        session->Resume();
+        std::exception_ptr fault;
+        try {
+            work();
+        } catch (...) {
+            fault = std::current_exception();
         }
-    }
-}
-
-QSqlQuery SqlConnection::Run(const QString& statement)
-{
-    QSqlQuery query(m_database);
-    query.setForwardOnly(true);
-    query.exec(statement);
-    return query;
+        session->Resume();
+        PostToScreen([done, context, fault] {
+            if (context)
+                done(fault);
+        });
+    });
 }

@@ -1,35 +1,36 @@
 #pragma once
 
 #include "contracts/ado.h"
-#include "platform/sql/database.h"
-#include "platform/sql/SqlEngine.h"
+#include "frame/WorkThread.h"
+#include "platform/sql/SqlSession.h"
 
-#include <QSqlDatabase>
-#include <QSqlQuery>
-
-/// A connection that opens itself again when it finds itself lost. Since a statement's rows are read in full before it
-/// is handed back, nothing is ever open on the connection between two statements.
+/// The connection as the screen's thread has it: hands statements over to the session's thread, and waits for them.
 class SqlConnection : public AdoConnection
 {
 public:
     /// Opens the connection. Throws PlatformError.
     SqlConnection(const DatabaseSettings& settings, std::unique_ptr<SqlEngine> engine);
+    /// A statement that still runs is cut off.
     ~SqlConnection() override;
     SqlConnection(const SqlConnection&) = delete;
     SqlConnection& operator=(const SqlConnection&) = delete;
 
     QString DefaultDatabase() const override;
-    std::unique_ptr<AdoRecordset> Execute(const QString& statement) override;
+    std::unique_ptr<AdoRecordset> Execute(const QString& statement,
+                                          ExecuteOption option = adOptionUnspecified) override;
     std::unique_ptr<AdoRecordset> NewRecordset() override;
+    void Queue(QObject* context, Work work, Done done) override;
 
-    const SqlEngine& Engine() const { return *m_engine; }
+    const SqlEngine& Engine() const { return m_session->Engine(); }
 
 private:
-    void Open();
-    QSqlQuery Run(const QString& statement);
+    struct Task;
 
-    DatabaseSettings m_settings;
-    std::unique_ptr<SqlEngine> m_engine;
-    QString m_name; ///< Of the toolkit's connection; unique in the process.
-    QSqlDatabase m_database;
+    /// Hands the task over and waits until it has begun to give its rows.
+    void Await(const std::shared_ptr<Task>& task);
+    /// The session is closed by the thread that opened it.
+    void EndSession();
+
+    std::shared_ptr<SqlSession> m_session; ///< Outlives this object when its thread had to be left behind.
+    WorkThread m_thread;
 };

@@ -2,7 +2,9 @@
 
 #include <QStringList>
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 class QSqlDatabase;
 class QSqlError;
@@ -15,6 +17,17 @@ enum class FaultKind {
     Contention, ///< Another client or node was in the way: repeat after a short while.
     NotNow,     ///< The server takes no such statement for the time being, such as with a full disk or a locked table.
 };
+
+/// A session as its server knows it.
+struct SessionIdentity
+{
+    QString id;     ///< Of the session within the server's process.
+    QString server; ///< Of that process: host name, port and the time of its start.
+    QString token;  ///< A lock of the server's that the session alone holds while it lives.
+};
+
+/// Gives the columns of a statement's first row, none without a row; nothing when the statement fails.
+using FirstRow = std::function<std::optional<QStringList>(const QString& statement)>;
 
 /// What one kind of database does differently from the other.
 class SqlEngine
@@ -35,6 +48,13 @@ public:
     virtual FaultKind Judge(const QSqlError& error) const = 0;
     /// Reason in Korean why opening failed.
     virtual QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const = 0;
+    /// Who the session is that has just been opened; nothing where a statement can't outlive its session.
+    virtual std::optional<SessionIdentity> Identify(const FirstRow& ask) const = 0;
+    /// Ends an earlier session of this station, in which a statement may still lie, and sees it gone. False when it
+    /// lives on.
+    virtual bool EndSession(const SessionIdentity& old, const SessionIdentity& own, const FirstRow& ask) const = 0;
+    /// Socket of an open connection, -1 for none.
+    virtual int Socket(const QSqlDatabase& database) const = 0;
     /// Folder of the engine's table definitions among the program's resources.
     virtual QString TableFolder() const = 0;
 };

@@ -70,6 +70,22 @@ QString SqliteEngine::OpeningFault(const QSqlError& /*error*/, const DatabaseSet
     return u"데이터베이스 파일 %1을(를) 열 수 없습니다.!!"_s.arg(settings.name);
 }
 
+std::optional<SessionIdentity> SqliteEngine::Identify(const FirstRow& /*ask*/) const
+{
+    return std::nullopt;
+}
+
+bool SqliteEngine::EndSession(const SessionIdentity& /*old*/, const SessionIdentity& /*own*/,
+                              const FirstRow& /*ask*/) const
+{
+    return true;
+}
+
+int SqliteEngine::Socket(const QSqlDatabase& /*database*/) const
+{
+    return -1;
+}
+
 QString SqliteEngine::TableFolder() const
 {
     return u":/sql/sqlite/"_s;

@@ -13,5 +13,8 @@ public:
     QString Translated(const QString& statement) const override;
     FaultKind Judge(const QSqlError& error) const override;
     QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const override;
+    std::optional<SessionIdentity> Identify(const FirstRow& ask) const override;
+    bool EndSession(const SessionIdentity& old, const SessionIdentity& own, const FirstRow& ask) const override;
+    int Socket(const QSqlDatabase& database) const override;
     QString TableFolder() const override;
 };

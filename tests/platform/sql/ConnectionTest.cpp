@@ -3,6 +3,7 @@
 #include "frame/components.h"
 #include "platform/sql/register_sql.h"
 #include "support/ClinicDatabase.h"
+#include "support/ScriptedDesktop.h"
 #include "support/testing.h"
 
 #include <QSqlDatabase>
@@ -53,6 +54,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         RegisterSql();
+        ScriptedDesktop::Install();
         QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
     }
 

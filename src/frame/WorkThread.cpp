@@ -1,0 +1,134 @@
+#include "frame/WorkThread.h"
+
+#include <QCoreApplication>
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace {
+std::atomic<bool> hasLeftOne = false;
+
+std::mutex postedMutex;
+std::deque<std::function<void()>> posted;
+
+void DoPosted()
+{
+    std::function<void()> work;
+    {
+        const std::lock_guard lock(postedMutex);
+        work = std::move(posted.front());
+        posted.pop_front();
+    }
+    work();
+}
+} // namespace
+
+/// Outlives the object when its thread had to be left behind.
+struct WorkThread::State
+{
+    mutable std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::function<void()>> line;
+    std::function<void()> last;
+    bool isBusy = false;
+    bool ends = false;
+    bool hasEnded = false;
+    std::thread thread;
+    std::thread::id id;
+};
+
+WorkThread::WorkThread() : m_state(std::make_shared<State>())
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->thread = std::thread([state = m_state] { Run(state); });
+    m_state->id = m_state->thread.get_id();
+}
+
+WorkThread::~WorkThread()
+{
+    End();
+}
+
+void WorkThread::Run(const std::shared_ptr<State>& state)
+{
+    std::unique_lock lock(state->mutex);
+    while (true) {
+        state->changed.wait(lock, [&] { return state->ends || !state->line.empty(); });
+        if (state->ends)
+            break;
+        std::function<void()> work = std::move(state->line.front());
+        state->line.pop_front();
+        state->isBusy = true;
+        lock.unlock();
+        work();
+        work = nullptr;
+        lock.lock();
+        state->isBusy = false;
+    }
+    if (state->last) {
+        lock.unlock();
+        state->last();
+        lock.lock();
+    }
+    state->hasEnded = true;
+    state->changed.notify_all();
+}
+
+void WorkThread::Post(std::function<void()> work)
+{
+    const std::lock_guard lock(m_state->mutex);
+    if (m_state->ends)
+        return;
+    m_state->line.push_back(std::move(work));
+    m_state->changed.notify_all();
+}
+
+bool WorkThread::IsCurrent() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return std::this_thread::get_id() == m_state->id;
+}
+
+bool WorkThread::IsIdle() const
+{
+    const std::lock_guard lock(m_state->mutex);
+    return m_state->line.empty() && !m_state->isBusy;
+}
+
+bool WorkThread::End(int patienceMs, std::function<void()> last)
+{
+    std::deque<std::function<void()>> dropped;
+    std::unique_lock lock(m_state->mutex);
+    if (!m_state->thread.joinable())
+        return m_state->hasEnded;
+    m_state->ends = true;
+    m_state->last = std::move(last);
+    dropped.swap(m_state->line);
+    m_state->changed.notify_all();
+    const bool ended = m_state->changed.wait_for(lock, std::chrono::milliseconds(patienceMs),
+                                                 [this] { return m_state->hasEnded; });
+    std::thread thread = std::move(m_state->thread);
+    lock.unlock();
+    if (ended) {
+        thread.join();
+    } else {
+        hasLeftOne = true;
+        thread.detach();
+    }
+    return ended;
+}
+
+bool WorkThread::HasLeftOne()
+{
+    return hasLeftOne;
+}
+
+void PostToScreen(std::function<void()> work)
+{
+    const std::lock_guard lock(postedMutex);
+    posted.push_back(std::move(work));
+    QMetaObject::invokeMethod(qApp, &DoPosted, Qt::QueuedConnection);
+}

@@ -1,0 +1,113 @@
+#include "frame/waiting.h"
+
+#include "frame/components.h"
+#include "frame/services.h"
+#include "frame/WorkThread.h"
+
+#include <QScopeGuard>
+#include <QTimer>
+
+#include <optional>
+#include <vector>
+
+namespace {
+
+struct Wait
+{
+    waiting::Notice notice;
+    std::optional<waiting::Outcome> end; ///< Why it ends before its time.
+};
+
+/// The waits of the handlers that run one inside the other.
+std::vector<Wait*> waits;
+std::vector<std::function<void()>> later;
+std::function<void(const waiting::Notice&)> presenter;
+int patienceNowMs = 0; ///< 0 for no limit.
+
+void Present()
+{
+    if (presenter)
+        presenter(waits.empty() ? waiting::Notice{} : waits.back()->notice);
+}
+
+void WorkOffLater()
+{
+    if (!waits.empty())
+        return;
+    for (const std::function<void()>& work : std::exchange(later, {}))
+        work();
+}
+
+} // namespace
+
+waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>& done)
+{
+    Wait wait;
+    waits.push_back(&wait);
+    const MousePointer before = MousePointerNow();
+    const auto over = qScopeGuard([&] {
+        std::erase(waits, &wait);
+        if (!wait.notice.text.isEmpty()) {
+            SetMousePointer(before);
+            Present();
+        }
+        if (!later.empty())
+            PostToScreen(WorkOffLater);
+    });
+    QTimer shown;
+    shown.setSingleShot(true);
+    QObject::connect(&shown, &QTimer::timeout, &shown, [&] {
+        wait.notice.text = text;
+        SetMousePointer(PointerBusy);
+        Present();
+    });
+    shown.start(ShownAfterMs);
+    QTimer patience;
+    patience.setSingleShot(true);
+    QObject::connect(&patience, &QTimer::timeout, &patience, [&] {
+        wait.notice.mayCancel = true;
+        Present();
+    });
+    patience.start(CancelledAfterMs);
+
+    QTimer limit;
+    limit.setSingleShot(true);
+    QObject::connect(&limit, &QTimer::timeout, &limit, [&] { wait.end = Outcome::Leaving; });
+    if (patienceNowMs > 0)
+        limit.start(patienceNowMs);
+
+    const bool served = UseService<Desktop>().ServeUntil([&] { return done() || wait.end.has_value(); },
+                                                         [&] { wait.end = Outcome::Leaving; });
+    if (done())
+        return Outcome::Done;
+    return served ? *wait.end : Outcome::Leaving;
+}
+
+waiting::Patience::Patience(int patienceMs) : m_before(std::exchange(patienceNowMs, patienceMs)) {}
+
+waiting::Patience::~Patience()
+{
+    patienceNowMs = m_before;
+}
+
+bool waiting::IsUnderWay()
+{
+    return !waits.empty();
+}
+
+void waiting::Cancel()
+{
+    if (!waits.empty())
+        waits.back()->end = Outcome::Cancelled;
+}
+
+void waiting::WhenOver(std::function<void()> work)
+{
+    later.push_back(std::move(work));
+    PostToScreen(WorkOffLater);
+}
+
+void waiting::setPresenter(std::function<void(const Notice&)> shown)
+{
+    presenter = std::move(shown);
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+/// Waits of a handler for what goes on elsewhere: a statement at the server. The screen goes on being painted, timers,
+/// the live picture, the foot switch and the shutter are served; what else the operator does is held back until the
+/// wait is over.
+namespace waiting {
+
+enum class Outcome {
+    Done,
+    Cancelled, ///< The operator has given it up.
+    Leaving,   ///< He closes the screen, or the program ends: nothing needs to be said.
+};
+
+/// A wait as the operator is to see it.
+struct Notice
+{
+    QString text;           ///< Empty when no wait is to be shown any more.
+    bool mayCancel = false; ///< It has gone on for so long that it may be given up.
+};
+
+/// The pointer becomes busy, and the wait is shown, after so long.
+inline constexpr int ShownAfterMs = 500;
+/// It can be given up after so long.
+inline constexpr int CancelledAfterMs = 3000;
+
+/// Waits until `done` holds, which is asked after each event. `text` tells the operator what is awaited.
+Outcome Await(const QString& text, const std::function<bool()>& done);
+/// A handler up the stack waits.
+bool IsUnderWay();
+/// The operator gives up the wait that was begun last.
+void Cancel();
+/// Does the work as soon as no handler waits: from within a wait later, otherwise the next time that events are served.
+void WhenOver(std::function<void()> work);
+
+/// While one lives, a wait that lasts longer ends as `Leaving`: the screen closes.
+class Patience
+{
+public:
+    explicit Patience(int patienceMs);
+    ~Patience();
+    Patience(const Patience&) = delete;
+    Patience& operator=(const Patience&) = delete;
+
+private:
+    int m_before;
+};
+
+/// Who shows the waits. With none they go unseen.
+void setPresenter(std::function<void(const Notice&)> presenter);
+
+} // namespace waiting

@@ -1,0 +1,100 @@
+#include "screenparts/NoticeStrip.h"
+
+#include "contracts/desktop.h"
+#include "frame/controls.h"
+#include "frame/forms.h"
+#include "frame/plain_text.h"
+#include "frame/waiting.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QPushButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int OwnHeight = 26;
+const QString OwnName = u"waitNotice"_s;
+
+/// The form that the operator has before him; null when none is shown.
+StationForm* FormInFront()
+{
+    for (QWidget* window : {QApplication::activeModalWidget(), QApplication::activeWindow()}) {
+        if (auto* form = qobject_cast<StationForm*>(window))
+            return form;
+    }
+    const QList<StationForm*>& forms = LoadedForms();
+    for (qsizetype at = forms.size() - 1; at >= 0; --at) {
+        if (forms[at]->isVisible() && !forms[at]->isMinimized())
+            return forms[at];
+    }
+    return nullptr;
+}
+
+void Show(NoticeStrip& strip, const waiting::Notice& notice)
+{
+    strip.setNotice(NoticeStrip::Waiting, notice.text);
+    strip.setMayCancel(notice.mayCancel && !notice.text.isEmpty());
+}
+
+void Present(const waiting::Notice& notice)
+{
+    StationForm* front = notice.text.isEmpty() ? nullptr : FormInFront();
+    if (front != nullptr && front->findChild<NoticeStrip*>() == nullptr) {
+        auto* own = Named(new NoticeStrip(front), OwnName, u"알림"_s,
+                          QRect(0, front->height() - OwnHeight, front->width(), OwnHeight));
+        QObject::connect(own, &NoticeStrip::Cancelled, own, [] { waiting::Cancel(); });
+    }
+    for (const StationForm* form : LoadedForms()) {
+        for (NoticeStrip* strip : form->findChildren<NoticeStrip*>()) {
+            Show(*strip, notice);
+            if (notice.text.isEmpty() && strip->objectName() == OwnName)
+                strip->deleteLater();
+        }
+    }
+}
+} // namespace
+
+NoticeStrip::NoticeStrip(QWidget* parent)
+    : QWidget(parent), m_text(new PlainLabel(this)), m_cancel(new QPushButton(u"취소"_s, this))
+{
+    // Its ground is the style sheet's.
+    setAttribute(Qt::WA_StyledBackground);
+    Named(m_text, u"noticeText"_s, QString());
+    // A long text takes the room that there is, and no more.
+    m_text->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    Named(m_cancel, u"noticeCancel"_s, u"기다리기 취소"_s);
+    m_cancel->setFocusPolicy(Qt::NoFocus);
+    m_cancel->setProperty(ServedWhileWaiting, true);
+    m_cancel->hide();
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 1, 4, 1);
+    row->addWidget(m_text, 1);
+    row->addWidget(m_cancel);
+    connect(m_cancel, &QPushButton::clicked, this, &NoticeStrip::Cancelled);
+    hide();
+}
+
+void NoticeStrip::setNotice(Kind kind, const QString& text)
+{
+    if (text.isEmpty())
+        m_notices.erase(kind);
+    else
+        m_notices[kind] = text;
+    const QString shown = m_notices.empty() ? QString() : m_notices.begin()->second;
+    m_text->setText(shown);
+    m_text->setAccessibleName(shown);
+    setVisible(!shown.isEmpty());
+    if (!shown.isEmpty())
+        raise();
+}
+
+void NoticeStrip::setMayCancel(bool mayCancel)
+{
+    m_cancel->setVisible(mayCancel);
+}
+
+void ShowWaitsOnForms()
+{
+    waiting::setPresenter(Present);
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+
+#include <map>
+
+class QLabel;
+class QPushButton;
+
+/// One line over the lower edge of a picture or a form that tells what the operator should know while he works on. It
+/// shows the most urgent of its notices, and is there only while it has one.
+class NoticeStrip : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// The most urgent first.
+    enum Kind {
+        Outage,  ///< The database doesn't answer, and rows wait.
+        Waiting, ///< A handler waits.
+    };
+
+    explicit NoticeStrip(QWidget* parent);
+
+    /// An empty text takes the notice away.
+    void setNotice(Kind kind, const QString& text);
+    /// Offers a button by which the wait is given up.
+    void setMayCancel(bool mayCancel);
+
+Q_SIGNALS:
+    void Cancelled();
+
+private:
+    std::map<Kind, QString> m_notices;
+    QLabel* m_text;
+    QPushButton* m_cancel;
+};
+
+/// Shows the waits of `waiting` from here on: on the notice strips of the forms, and, on a form in front that has none,
+/// on one of its own at its lower edge.
+void ShowWaitsOnForms();
