@@ -23,6 +23,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -115,42 +116,45 @@ bool StillCapture::HasRoom()
 void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed)
 {
     m_note.BringBack();
-    const auto still = std::make_shared<Still>(Still{visit, 0, nullptr, false});
+    const auto still = std::make_shared<Still>(Still{visit});
     m_road.append(still);
     m_filing.File({visit, encode,
                    [this, still](const QByteArray& content) {
                        still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
-                       connect(still->thumbnail.get(), &PictureBatch::Ready, this, [this, weak = std::weak_ptr(still)] {
-                           if (const StillPointer waiting = weak.lock())
-                               ShowWhenReady(waiting);
-                       });
-                       ShowWhenReady(still);
+                       connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
+                       ShowReady();
                    },
                    [this, still, filed](int number, const std::exception_ptr& fault) {
                        still->number = number;
-                       if (fault != nullptr)
+                       if (fault != nullptr) {
                            m_road.removeOne(still);
+                           ShowReady();
+                       }
                        Guarded([&] { filed(fault); });
                    }});
 }
 
-void StillCapture::ShowWhenReady(const StillPointer& still)
+void StillCapture::ShowReady()
 {
-    if (!still->mayShow || still->thumbnail == nullptr || !still->thumbnail->IsReady(0))
-        return;
-    still->mayShow = false; // once
-    m_line.Show([this, still] {
-        m_road.removeOne(still);
-        const auto& [visit, number, thumbnail, mayShow] = *still;
-        if (visit != CurrentVisit())
+    for (const StillPointer& still : QList(m_road)) {
+        if (!still->mayShow || still->thumbnail == nullptr || !still->thumbnail->IsReady(0))
             return;
-        // A fill that it waited for may have found it already.
-        std::optional<QPoint> place = FindPicture(m_grid, 1, number);
-        if (!place)
-            place = PlaceThumbnail(visit, number, thumbnail->Take(0));
-        m_grid.SetActiveCell(1, place->y());
-        m_grid.FlashCell(place->x(), place->y());
-    });
+        if (!std::exchange(still->isShown, true))
+            m_line.Show([this, still] { ShowStill(still); });
+    }
+}
+
+void StillCapture::ShowStill(const StillPointer& still)
+{
+    m_road.removeOne(still);
+    if (still->visit != CurrentVisit())
+        return;
+    // A fill that it waited for may have found it already.
+    std::optional<QPoint> place = FindPicture(m_grid, 1, still->number);
+    if (!place)
+        place = PlaceThumbnail(still->visit, still->number, still->thumbnail->Take(0));
+    m_grid.SetActiveCell(1, place->y());
+    m_grid.FlashCell(place->x(), place->y());
 }
 
 StillCapture::StillPointer StillCapture::OnRoad(const Visit& visit, int number) const
@@ -218,7 +222,7 @@ void StillCapture::ShowWaiting(const Visit& visit, int number)
 {
     if (const StillPointer still = OnRoad(visit, number)) {
         still->mayShow = true;
-        ShowWhenReady(still);
+        ShowReady();
         return;
     }
     m_line.Show([this, visit, number] {
@@ -246,8 +250,10 @@ bool StillCapture::IsAtRest() const
 
 void StillCapture::Forget(const Visit& visit, int number)
 {
-    if (const StillPointer still = OnRoad(visit, number))
+    if (const StillPointer still = OnRoad(visit, number)) {
         m_road.removeOne(still);
+        ShowReady();
+    }
     m_filing.Forget(visit, number);
 }
 

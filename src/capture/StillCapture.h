@@ -75,15 +75,18 @@ private:
     {
         Visit visit;
         int number = 0; ///< 0 until the file stands.
-        std::shared_ptr<PictureBatch> thumbnail;
+        std::shared_ptr<PictureBatch> thumbnail = nullptr;
         bool mayShow = false; ///< The rows are in, or have to wait.
+        bool isShown = false; ///< It is in the line for the screen.
     };
     using StillPointer = std::shared_ptr<Still>;
 
     bool HasChart() const;
     bool HasRoom();
     void FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed);
-    void ShowWhenReady(const StillPointer& still);
+    /// Those that can be shown, in the order of the presses.
+    void ShowReady();
+    void ShowStill(const StillPointer& still);
     StillPointer OnRoad(const Visit& visit, int number) const;
     void ShowPending(const Visit& visit);
     /// Gives the column and row of its cell.

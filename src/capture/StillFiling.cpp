@@ -174,10 +174,8 @@ void StillFiling::AnswerFile(const Picture& picture, int number, std::exception_
         }
         QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, visit = picture.visit, number] {
             const PendingRows::Entry* entry = m_pending.Find(visit, number);
-            if (entry != nullptr && !entry->waits) {
+            if (entry != nullptr && !entry->waits)
                 SetAway(true);
-                LetWait(visit, number);
-            }
         });
     }
     picture.filed(number, fault);
@@ -210,7 +208,6 @@ void StillFiling::Submit(const Visit& visit, int number)
         ++m_rowsUnderWay;
     } catch (const PlatformError&) {
         SetAway(true);
-        LetWait(visit, number);
         m_retry.start();
     }
 }
@@ -236,14 +233,13 @@ void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, s
     if (IsAway(fault)) {
         SetAway(true);
         m_retry.start();
-    } else if (!entry->refused) {
-        entry->refused = true;
-        const QString text = PendingRows::RefusalText(*entry, TextOf(fault));
-        LetWait(visit, number);
-        Q_EMIT Tidings(text);
         return;
     }
+    const QString text = PendingRows::RefusalText(*entry, TextOf(fault));
+    const bool isNew = !std::exchange(entry->refused, true);
     LetWait(visit, number);
+    if (isNew)
+        Q_EMIT Tidings(text);
 }
 
 void StillFiling::AnswerForgotten(const Visit& visit, int number, bool rowsCame)
@@ -270,7 +266,14 @@ void StillFiling::LetWait(const Visit& visit, int number)
 
 void StillFiling::SetAway(bool isAway)
 {
-    if (std::exchange(m_isAway, isAway) != isAway)
+    const bool wasAway = std::exchange(m_isAway, isAway);
+    // One that waits keeps those behind it waiting.
+    for (const auto& [visit, number] : m_pending.All()) {
+        const PendingRows::Entry* entry = m_pending.Find(visit, number);
+        if (isAway && entry != nullptr && !entry->waits)
+            LetWait(visit, number);
+    }
+    if (wasAway != isAway)
         Q_EMIT Changed();
 }
 
