@@ -20,7 +20,7 @@ void Drain(std::deque<FillLine::Work>& line, const std::function<bool()>& goesOn
 void FillLine::Show(const Work& change)
 {
     m_changes.push_back(change);
-    Drain(m_changes, [this] { return !IsHeld(); });
+    Drain(m_changes, [this] { return !PicturesAreHeld(); });
 }
 
 void FillLine::Command(const Work& command)
@@ -42,7 +42,7 @@ void FillLine::Release()
 
 void FillLine::WorkOff()
 {
-    Drain(m_changes, [this] { return !IsHeld(); });
+    Drain(m_changes, [this] { return !PicturesAreHeld(); });
     if (waiting::IsUnderWay())
         WorkOffWhenOver();
     else

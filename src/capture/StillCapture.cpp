@@ -103,7 +103,7 @@ bool StillCapture::HasRoom()
     const Visit visit = CurrentVisit();
     const qsizetype onRoad =
         std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; });
-    if (!m_line.IsHeld())
+    if (!m_line.PicturesAreHeld())
         return PictureCount(m_grid) + onRoad < MostPictures;
     // A grid that is being filled tells nothing: what it is filled from does.
     if (m_shown != visit || m_read.size() + onRoad < MostPictures)
@@ -184,11 +184,15 @@ void StillCapture::MarkWaiting(const Visit& visit, int number)
 
 void StillCapture::ShowPending(const Visit& visit)
 {
-    for (const int number : m_filing.Pending().NumbersOf(visit)) {
-        const QString path = visit.PicturePath(number);
-        if (OnRoad(visit, number) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
-            PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
-    }
+    for (const int number : m_filing.Pending().NumbersOf(visit))
+        ShowFiled(visit, number);
+}
+
+void StillCapture::ShowFiled(const Visit& visit, int number)
+{
+    const QString path = visit.PicturePath(number);
+    if (OnRoad(visit, number) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
+        PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
 }
 
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
@@ -198,9 +202,11 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
     if (m_shown != visit)
         ClearPictureGrid(m_grid, 1);
     m_shown = visit;
-    m_read.clear();
+    m_arrived.clear();
+    std::optional<FillLine::PictureHold> placing;
     try {
         LoadCaptureList(visit, m_grid, 1, keepCursor, [&](const QList<int>& numbers) {
+            placing.emplace(m_line);
             m_read = numbers;
             m_filing.Numbers().Read(visit, numbers);
         });
@@ -210,11 +216,16 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         throw;
     }
     ShowPending(visit);
+    // Their thumbnails came before the fill, their rows behind its question.
+    for (const int number : m_arrived)
+        ShowFiled(visit, number);
 }
 
 void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
     m_note.ShowStored(picture.visit, picture.note);
+    if (m_shown == picture.visit)
+        m_arrived.append(picture.number);
     ShowWaiting(picture.visit, picture.number);
 }
 
@@ -230,8 +241,8 @@ void StillCapture::ShowWaiting(const Visit& visit, int number)
             return;
         if (FindPicture(m_grid, 1, number))
             MarkWaiting(visit, number);
-        else if (PictureExists(visit.PicturePath(number)))
-            PlaceThumbnail(visit, number, Pictures().LoadWithin(visit.PicturePath(number), m_grid.CellPixels(1, 1)));
+        else
+            ShowFiled(visit, number);
     });
 }
 
@@ -245,7 +256,7 @@ void StillCapture::ShowOutage()
 bool StillCapture::IsAtRest() const
 {
     const bool isFiled = m_filing.IsAtRest() || (m_filing.IsDatabaseAway() && m_filing.FilesUnderWay() == 0);
-    return isFiled && (m_road.isEmpty() || m_line.IsHeld());
+    return isFiled && (m_road.isEmpty() || m_line.PicturesAreHeld());
 }
 
 void StillCapture::Forget(const Visit& visit, int number)

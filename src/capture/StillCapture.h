@@ -89,6 +89,8 @@ private:
     void ShowStill(const StillPointer& still);
     StillPointer OnRoad(const Visit& visit, int number) const;
     void ShowPending(const Visit& visit);
+    /// Places a picture that is neither shown nor on its way.
+    void ShowFiled(const Visit& visit, int number);
     /// Gives the column and row of its cell.
     QPoint PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail);
     void MarkWaiting(const Visit& visit, int number);
@@ -106,6 +108,7 @@ private:
     FillLine m_line;
     QList<StillPointer> m_road;   ///< In the order of the presses.
     std::optional<Visit> m_shown; ///< Whose pictures the grid shows.
+    QList<int> m_arrived;            ///< Numbers whose rows came in since its last fill was begun.
     QList<int> m_read;            ///< Numbers of the rows that its last fill was made from.
     bool m_finished = false;
 };

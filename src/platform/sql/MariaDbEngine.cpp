@@ -9,7 +9,6 @@
 #include <QThread>
 #include <QUuid>
 
-#include <cstring>
 #include <mysql.h>
 
 using namespace Qt::StringLiterals;
@@ -184,8 +183,10 @@ bool MariaDbEngine::EndSession(const SessionIdentity& old, const SessionIdentity
 
 int MariaDbEngine::Socket(const QSqlDatabase& database) const
 {
+    // The toolkit tells the type by the name that it was declared or by the one that it was compiled under.
     const QVariant handle = database.driver()->handle();
-    if (!handle.isValid() || std::strcmp(handle.typeName(), "MYSQL*") != 0)
+    const QByteArrayView type(handle.typeName());
+    if (type != "MYSQL*" && type != "st_mysql*")
         return -1;
     return static_cast<int>(mysql_get_socket(*static_cast<MYSQL* const*>(handle.constData())));
 }
