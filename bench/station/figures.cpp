@@ -1,5 +1,6 @@
 #include "figures.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QStringList>
 
@@ -60,4 +61,35 @@ double NowMs()
 {
     using namespace std::chrono;
     return duration<double, std::milli>(steady_clock::now().time_since_epoch()).count();
+}
+
+Heartbeat::Heartbeat()
+{
+    m_timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
+        const double now = NowMs();
+        m_longest = qMax(m_longest, now - m_last);
+        m_last = now;
+    });
+    m_timer.start(1);
+    Forget();
+}
+
+void Heartbeat::Forget()
+{
+    m_longest = 0;
+    m_last = NowMs();
+}
+
+bool ServeUntil(const std::function<bool()>& done, int limitMs)
+{
+    bool isOver = false;
+    QTimer limit;
+    limit.setTimerType(Qt::PreciseTimer);
+    limit.setSingleShot(true);
+    QObject::connect(&limit, &QTimer::timeout, &limit, [&isOver] { isOver = true; });
+    limit.start(limitMs);
+    while (!done() && !isOver)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return done();
 }

@@ -2,6 +2,9 @@
 
 #include <QList>
 #include <QString>
+#include <QTimer>
+
+#include <functional>
 
 /// One line of the table: what, figure, and the reference of the same run that it is held against.
 void PrintFigure(const QString& what, const QString& figure, const QString& reference = {});
@@ -21,6 +24,26 @@ double ChildrenPeakMb();
 /// Time by a monotonic clock, in milliseconds.
 double NowMs();
 
+/// Beats each millisecond that events are served, also by a handler that waits: the longest pause between two beats is
+/// how long an event had to wait.
+class Heartbeat
+{
+public:
+    Heartbeat();
+    void Forget();
+    /// The longest pause since then, in milliseconds.
+    double LongestMs() const { return m_longest; }
+
+private:
+    QTimer m_timer;
+    double m_last = 0;
+    double m_longest = 0;
+};
+
+/// Serves events as they come until `done` holds; false when the time runs out first.
+bool ServeUntil(const std::function<bool()>& done, int limitMs);
+
+int BenchStalls();
 int BenchStill();
 int BenchThumbnails();
 int BenchFindings();

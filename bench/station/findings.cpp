@@ -14,8 +14,8 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QProcess>
+#include <QTableView>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +24,7 @@ namespace {
 constexpr int Reports = 100000;
 constexpr int PrintedPages = 5;
 constexpr int LongReportLines = 10000;
+constexpr int ListLimitMs = 20000;
 
 void AddReports(StationInABox& box)
 {
@@ -62,34 +63,45 @@ double ClientMs(StationInABox& box, const QString& driver, const QString& statem
     return NowMs() - begun;
 }
 
+/// Hears when the list is painted.
+class Painted : public QObject
+{
+public:
+    bool seen = false;
+
+    void Watch(frmSoFind& list) { list.sprSo().findChild<QTableView*>()->viewport()->installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        seen = seen || event->type() == QEvent::Paint;
+        return false;
+    }
+};
+
 void BenchList(const QString& driver)
 {
     StationInABox box(driver);
     AddReports(box);
     const double before = ResidentMb();
-    double longestGap = 0;
-    double last = NowMs();
-    QTimer heartbeat;
-    QObject::connect(&heartbeat, &QTimer::timeout, [&] {
-        longestGap = qMax(longestGap, NowMs() - last);
-        last = NowMs();
-    });
+    Painted painted;
+    Heartbeat heart;
     const double begun = NowMs();
     auto& list = Form<frmSoFind>();
-    QTimer::singleShot(0, [&] { last = NowMs(); });
-    heartbeat.start(0);
+    painted.Watch(list);
     list.FillAll();
     list.Show();
-    QCoreApplication::processEvents();
+    ServeUntil([&] { return painted.seen; }, ListLimitMs);
+    const double shown = NowMs() - begun;
+    heart.Forget();
+    ServeUntil([&] { return !list.IsFilling(); }, ListLimitMs);
     const double filled = NowMs() - begun;
-    heartbeat.stop();
     const QString select =
         u"SELECT caso_yeonno, caso_chart, caso_yuhyung, caso_suname, caso_jumin, caso_ymd FROM caso "_s;
     const QString name = driver.mid(1).toLower();
     PrintFigure(u"list of 100,000 reports, "_s + name, u"%1 ms"_s.arg(filled, 0, 'f', 0),
                 u"statement alone in the client %1 ms (limit 1500)"_s.arg(
                     ClientMs(box, driver, select + u"ORDER BY caso_yeonno DESC"_s), 0, 'f', 0));
-    PrintFigure(u"  longest wait for an event once rows come"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 0));
+    PrintFigure(u"  first screenful"_s, u"%1 ms"_s.arg(shown, 0, 'f', 0), u"at most 100 ms"_s);
+    PrintFigure(u"  longest wait for an event once rows come"_s, u"%1 ms"_s.arg(heart.LongestMs(), 0, 'f', 0));
     PrintFigure(u"  memory of the list"_s, u"%1 MB"_s.arg(ResidentMb() - before, 0, 'f', 0));
 
     const QList<std::tuple<QString, int, QString>> searches = {
@@ -98,19 +110,24 @@ void BenchList(const QString& driver)
         {u"caso_jumin"_s, 4700, u"800101-109"_s}, {u"caso_ymd"_s, 6500, u"20261"_s}};
     for (const auto& [column, x, value] : searches) {
         Q_EMIT list.sprSo().RightClick(0, 1, 0, x, 100);
-        QLineEdit* shown = nullptr;
+        QLineEdit* search = nullptr;
         for (QLineEdit* candidate : list.findChildren<QLineEdit*>()) {
             if (candidate->isVisible())
-                shown = candidate;
+                search = candidate;
         }
-        shown->setText(value);
+        search->setText(value);
         QKeyEvent enter(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+        painted.seen = false;
         const double searched = NowMs();
-        QApplication::sendEvent(shown, &enter);
+        QApplication::sendEvent(search, &enter);
+        ServeUntil([&] { return painted.seen; }, ListLimitMs);
+        const double first = NowMs() - searched;
+        ServeUntil([&] { return !list.IsFilling(); }, ListLimitMs);
         const double took = NowMs() - searched;
         const QString typed = column == u"caso_chart"_s ? u"00095000"_s : value;
         PrintFigure(
-            u"  search by %1, %2 rows"_s.arg(column).arg(list.sprSo().DataRowCnt()), u"%1 ms"_s.arg(took, 0, 'f', 0),
+            u"  search by %1, %2 rows"_s.arg(column).arg(list.sprSo().DataRowCnt()),
+            u"%1 ms, first %2 ms"_s.arg(took, 0, 'f', 0).arg(first, 0, 'f', 0),
             u"%1 ms in the client (limit 200 more)"_s.arg(
                 ClientMs(box, driver, select + u"WHERE %1 >= '%2' ORDER BY %1 ASC"_s.arg(column, typed)), 0, 'f', 0));
     }

@@ -108,7 +108,7 @@ private:
     FillLine m_line;
     QList<StillPointer> m_road;   ///< In the order of the presses.
     std::optional<Visit> m_shown; ///< Whose pictures the grid shows.
-    QList<int> m_arrived;            ///< Numbers whose rows came in since its last fill was begun.
+    QList<int> m_arrived;         ///< Numbers whose rows came in since its last fill was begun.
     QList<int> m_read;            ///< Numbers of the rows that its last fill was made from.
     bool m_finished = false;
 };

@@ -14,7 +14,6 @@
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QPointer>
 #include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
@@ -51,6 +50,8 @@ constexpr std::array<ListColumn, 6> Columns{{
 
 /// So often events are served while the list is written.
 constexpr int ServeEventsMs = 4;
+/// So long the list waits before it looks for rows that haven't come.
+constexpr int StarvedMs = 2;
 
 /// Its columns are those of the list, in their order.
 constexpr char16_t ListStatement[] =
@@ -103,6 +104,7 @@ void frmSoFind::BuildControls()
 
 void frmSoFind::ConnectControls()
 {
+    connect(&m_further, &QTimer::timeout, this, GuardedSlot([this] { WriteRows(); }));
     connect(m_sprSo, &fpSpread::DblClick, this, CommandSlot([this](int, int row) { OpenRow(row); }));
     connect(m_sprSo, &fpSpread::KeyDown, this, CommandSlot([this](int keyCode, int) {
                 if (keyCode == 13)
@@ -120,64 +122,92 @@ void frmSoFind::Form_Load()
 
 void frmSoFind::Form_Unload()
 {
-    m_sprSo->BeginFill();
+    EndRows();
 }
 
 bool frmSoFind::FillAll()
 {
-    const auto rows = OpenRows(Statement(ListStatement).Piece(u" ORDER BY caso_yeonno DESC "));
+    auto rows =
+        OpenRows(Statement(ListStatement).Piece(u" ORDER BY caso_yeonno DESC "), adOpenForwardOnly, adAsyncFetch);
     if (!HasRow(*rows)) {
         TellNothingFound();
         return false;
     }
-    return WriteRows(*rows);
+    BeginRows(std::move(rows));
+    return true;
 }
 
-bool frmSoFind::WriteRows(AdoRecordset& rows)
+void frmSoFind::BeginRows(std::unique_ptr<AdoRecordset> rows)
 {
-    const QPointer<frmSoFind> alive(this);
-    const int fill = m_sprSo->BeginFill();
-    int row = 0;
-    QElapsedTimer served;
-    for (; !rows.Eof(); rows.MoveNext()) {
-        // Before each row would make a long list several times as slow, and the screen no quicker.
-        if (!served.isValid() || served.elapsed() >= ServeEventsMs) {
-            PumpEvents();
-            served.start();
+    m_rows = std::move(rows);
+    m_row = 0;
+    m_further.start(0);
+    WriteRows();
+}
+
+void frmSoFind::WriteRows()
+{
+    auto ended = qScopeGuard([this] { EndRows(); });
+    QElapsedTimer slice;
+    slice.start();
+    while (m_rows != nullptr && slice.elapsed() < ServeEventsMs) {
+        if (m_rows->Eof()) {
+            const bool goesOn = m_rows->IsFetching();
+            if (m_rows->Eof() && !goesOn)
+                return;
+            if (m_rows->Eof()) {
+                m_further.start(StarvedMs);
+                break;
+            }
+            m_further.start(0);
         }
-        if (alive.isNull() || IsUnloaded() || !m_sprSo->IsCurrentFill(fill))
-            return false;
-        ++row;
-        if (row > m_sprSo->MaxRows())
-            m_sprSo->setMaxRows(m_sprSo->MaxRows() * 2);
-        m_sprSo->setRow(row);
-        for (size_t at = 0; at < Columns.size(); ++at) {
-            const int place = static_cast<int>(at);
-            const QString text = FieldText(rows, place);
-            m_sprSo->setCol(place + 1);
-            m_sprSo->setText(Columns[at].mask != nullptr ? LayIntoMask(text, Columns[at].mask) : text);
-        }
+        WriteRow();
+        m_rows->MoveNext();
     }
-    m_sprSo->setMaxRows(qMax(ListRows, row));
-    return true;
+    ended.dismiss();
+}
+
+void frmSoFind::WriteRow()
+{
+    ++m_row;
+    if (m_row > m_sprSo->MaxRows())
+        m_sprSo->setMaxRows(m_sprSo->MaxRows() * 2);
+    m_sprSo->setRow(m_row);
+    for (size_t at = 0; at < Columns.size(); ++at) {
+        const int place = static_cast<int>(at);
+        const QString text = FieldText(*m_rows, place);
+        m_sprSo->setCol(place + 1);
+        m_sprSo->setText(Columns[at].mask != nullptr ? LayIntoMask(text, Columns[at].mask) : text);
+    }
+}
+
+void frmSoFind::EndRows()
+{
+    if (m_rows == nullptr)
+        return;
+    m_further.stop();
+    m_rows.reset();
+    m_sprSo->setMaxRows(qMax(ListRows, m_row));
 }
 
 void frmSoFind::SearchFindings(int key, const QString& value)
 {
     const QString column = QString::fromUtf16(Columns[static_cast<size_t>(key - 1)].column);
-    const auto rows = OpenRows(Statement(ListStatement)
-                                   .Piece(u" WHERE ")
-                                   .Piece(column)
-                                   .Quoted(u" >= '", value)
-                                   .Piece(u" ORDER BY ")
-                                   .Piece(column)
-                                   .Piece(u" ASC "));
+    auto rows = OpenRows(Statement(ListStatement)
+                             .Piece(u" WHERE ")
+                             .Piece(column)
+                             .Quoted(u" >= '", value)
+                             .Piece(u" ORDER BY ")
+                             .Piece(column)
+                             .Piece(u" ASC "),
+                         adOpenForwardOnly, adAsyncFetch);
     if (!HasRow(*rows)) {
         TellNothingFound();
         return;
     }
+    EndRows();
     m_sprSo->DeleteRows(1, m_sprSo->DataRowCnt());
-    WriteRows(*rows);
+    BeginRows(std::move(rows));
 }
 
 void frmSoFind::LoadFindingsByNumber(const QString& number)

@@ -1,10 +1,13 @@
 #pragma once
 
+#include "contracts/ado.h"
 #include "frame/forms.h"
 
-#include <array>
+#include <QTimer>
 
-class AdoRecordset;
+#include <array>
+#include <memory>
+
 class fpSpread;
 class QLineEdit;
 
@@ -18,8 +21,11 @@ public:
 
     frmSoFind();
 
-    /// Fills the list with all reports, newest first. False, with a message, when there is none.
+    /// Fills the list with all reports, newest first: the first rows at once, the others while events are served.
+    /// False, with a message, when there is none.
     bool FillAll();
+    /// Rows are still to come.
+    bool IsFilling() const { return m_rows != nullptr; }
 
     fpSpread& sprSo() { return *m_sprSo; }
 
@@ -32,9 +38,11 @@ private:
     void BuildControls();
     void ConnectControls();
 
-    /// Writes the rows into the list, serving events before each. False when a newer fill, or the end of the form, has
-    /// ended this one.
-    bool WriteRows(AdoRecordset& rows);
+    /// Writes the first rows into the list; the rest follows. Ends the fill that is under way.
+    void BeginRows(std::unique_ptr<AdoRecordset> rows);
+    void WriteRows();
+    void WriteRow();
+    void EndRows();
     void SearchFindings(int key, const QString& value);
     void LoadFindingsByNumber(const QString& number);
 
@@ -44,5 +52,8 @@ private:
     void OpenRow(int row);
 
     fpSpread* m_sprSo = nullptr;
+    std::unique_ptr<AdoRecordset> m_rows; ///< Of the fill that is under way.
+    int m_row = 0;                        ///< Of the list, written last.
+    QTimer m_further;
     std::array<QLineEdit*, 6> m_txtSoFind = {};
 };

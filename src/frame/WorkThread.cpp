@@ -108,8 +108,8 @@ bool WorkThread::End(int patienceMs, std::function<void()> last)
     m_state->last = std::move(last);
     dropped.swap(m_state->line);
     m_state->changed.notify_all();
-    const bool ended = m_state->changed.wait_for(lock, std::chrono::milliseconds(patienceMs),
-                                                 [this] { return m_state->hasEnded; });
+    const bool ended =
+        m_state->changed.wait_for(lock, std::chrono::milliseconds(patienceMs), [this] { return m_state->hasEnded; });
     std::thread thread = std::move(m_state->thread);
     lock.unlock();
     if (ended) {

@@ -100,16 +100,38 @@ private Q_SLOTS:
         QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2026-000003"_s);
     }
 
-    void MoreRowsThanTheGridHas()
+    void RowsComeInWhileTheListIsShown_data()
     {
-        QString rows;
-        for (int number = 10; number < 1300; ++number)
-            rows += u"INSERT INTO caso (caso_yeonno, caso_chart) VALUES ('%1', '00000001');"_s.arg(2026000000 + number);
-        m_box->Run(u"BEGIN;"_s + rows + u"COMMIT;"_s);
-        InList([](frmSoFind& list) {
-            QCOMPARE(list.sprSo().MaxRows(), 1293);
-            QCOMPARE(list.sprSo().TextAt(1, 1293), u"2025-000001"_s);
+        QTest::addColumn<QString>("meanwhile");
+        for (const char* what : {"nothing", "a search", "the close box"})
+            QTest::newRow(what) << QString::fromLatin1(what);
+    }
+
+    void RowsComeInWhileTheListIsShown()
+    {
+        QFETCH(QString, meanwhile);
+        QStringList rows;
+        for (int number = 10; number < 20000; ++number)
+            rows << u"('%1', '00000001')"_s.arg(2026000000 + number);
+        m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart) VALUES "_s + rows.join(u',') + u";"_s);
+        InList([&](frmSoFind& list) {
+            QVERIFY(list.IsFilling());
+            if (meanwhile == u"the close box"_s) {
+                list.close();
+                return;
+            }
+            const bool searches = meanwhile == u"a search"_s;
+            if (searches) {
+                Q_EMIT list.sprSo().RightClick(0, 1, 0, 2085, 255);
+                ShownBox(list)->insert(u"100"_s);
+                QTest::keyClick(ShownBox(list), Qt::Key_Return);
+            }
+            QTRY_VERIFY(!list.IsFilling());
+            QCOMPARE(Numbers(list).size(), searches ? 3 : 19993);
+            QCOMPARE(list.sprSo().MaxRows(), searches ? 500 : 19993);
+            QCOMPARE(list.sprSo().TextAt(1, searches ? 1 : 19993), searches ? u"2026-000002"_s : u"2025-000001"_s);
         });
+        QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
 private:

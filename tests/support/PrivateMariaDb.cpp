@@ -103,6 +103,16 @@ void PrivateMariaDb::Kill()
     m_server.waitForFinished(StopLimitMs);
 }
 
+void PrivateMariaDb::Freeze()
+{
+    kill(static_cast<pid_t>(m_server.processId()), SIGSTOP);
+}
+
+void PrivateMariaDb::Thaw()
+{
+    kill(static_cast<pid_t>(m_server.processId()), SIGCONT);
+}
+
 bool PrivateMariaDb::Run(const QString& statements, const QString& database)
 {
     QProcess client;

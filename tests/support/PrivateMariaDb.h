@@ -22,6 +22,10 @@ public:
     /// Ends the server at once, as a power cut would.
     void Kill();
 
+    /// The server stands still, as one whose machine hangs: it takes connections, and answers nothing.
+    void Freeze();
+    void Thaw();
+
     /// Runs statements as an administrator, in a database if one is named. False, with the reason in `Fault`.
     bool Run(const QString& statements, const QString& database = {});
 
