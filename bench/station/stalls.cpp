@@ -149,8 +149,10 @@ bool BenchStall(const QString& stall, const std::function<void()>& begin, const 
 int BenchStalls()
 {
     PrivateMariaDb& server = StationInABox::Server();
-    bool isRight = BenchStall(u"no stall"_s, [] {}, [] {});
-    isRight &= BenchStall(u"server stopped for 12 s"_s, [&] { server.Freeze(); }, [&] { server.Thaw(); });
+    bool isRight = BenchStall(
+        u"no stall"_s, [] {}, [] {});
+    isRight &= BenchStall(
+        u"server stopped for 12 s"_s, [&] { server.Freeze(); }, [&] { server.Thaw(); });
     QProcess locker;
     isRight &= BenchStall(
         u"tables locked for 12 s"_s,
@@ -165,6 +167,7 @@ int BenchStalls()
             locker.closeWriteChannel();
             locker.waitForFinished();
         });
-    isRight &= BenchStall(u"server killed for 12 s"_s, [&] { server.Kill(); }, [&] { server.Start(); });
+    isRight &= BenchStall(
+        u"server killed for 12 s"_s, [&] { server.Kill(); }, [&] { server.Start(); });
     return isRight ? 0 : 1;
 }
