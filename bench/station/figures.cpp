@@ -1,8 +1,11 @@
 #include "figures.h"
 
+#include "contracts/fpSpread.h"
+
 #include <QCoreApplication>
 #include <QFile>
 #include <QStringList>
+#include <QTableView>
 
 #include <algorithm>
 #include <chrono>
@@ -92,4 +95,15 @@ bool ServeUntil(const std::function<bool()>& done, int limitMs)
     while (!done() && !isOver)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return done();
+}
+
+Painted::Painted(fpSpread& grid)
+{
+    grid.findChild<QTableView*>()->viewport()->installEventFilter(this);
+}
+
+bool Painted::eventFilter(QObject* /*watched*/, QEvent* event)
+{
+    seen = seen || event->type() == QEvent::Paint;
+    return false;
 }

@@ -6,6 +6,8 @@
 
 #include <functional>
 
+class fpSpread;
+
 /// One line of the table: what, figure, and the reference of the same run that it is held against.
 void PrintFigure(const QString& what, const QString& figure, const QString& reference = {});
 
@@ -38,6 +40,16 @@ private:
     QTimer m_timer;
     double m_last = 0;
     double m_longest = 0;
+};
+
+/// Hears when the cells of a grid are painted.
+class Painted : public QObject
+{
+public:
+    explicit Painted(fpSpread& grid);
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    bool seen = false;
 };
 
 /// Serves events as they come until `done` holds; false when the time runs out first.

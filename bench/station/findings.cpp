@@ -14,7 +14,6 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QProcess>
-#include <QTableView>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -63,30 +62,15 @@ double ClientMs(StationInABox& box, const QString& driver, const QString& statem
     return NowMs() - begun;
 }
 
-/// Hears when the list is painted.
-class Painted : public QObject
-{
-public:
-    bool seen = false;
-
-    void Watch(frmSoFind& list) { list.sprSo().findChild<QTableView*>()->viewport()->installEventFilter(this); }
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        seen = seen || event->type() == QEvent::Paint;
-        return false;
-    }
-};
-
 void BenchList(const QString& driver)
 {
     StationInABox box(driver);
     AddReports(box);
     const double before = ResidentMb();
-    Painted painted;
     Heartbeat heart;
     const double begun = NowMs();
     auto& list = Form<frmSoFind>();
-    painted.Watch(list);
+    Painted painted(list.sprSo());
     list.FillAll();
     list.Show();
     ServeUntil([&] { return painted.seen; }, ListLimitMs);

@@ -12,7 +12,6 @@
 #include "visit/VisitContext.h"
 
 #include <QCoreApplication>
-#include <QTableView>
 #include <QToolButton>
 
 #include <algorithm>
@@ -22,19 +21,6 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int Stills = 48;
 constexpr int StillLimitMs = 5000;
-
-/// Hears when a widget is painted.
-class Painted : public QObject
-{
-public:
-    bool seen = false;
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        seen = seen || event->type() == QEvent::Paint;
-        return false;
-    }
-};
 } // namespace
 
 /// From the click to a file that is durable, rows that are committed and a thumbnail that is painted, while the 1080p
@@ -58,8 +44,7 @@ int BenchStill()
     serveFor(500);
 
     Heartbeat heart;
-    Painted painted;
-    screen.sprCap(1).findChild<QTableView*>()->viewport()->installEventFilter(&painted);
+    Painted painted(screen.sprCap(1));
     QList<double> clicks;
     QList<double> handlers;
     QList<double> waits;

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "visit/Visit.h"
+
 #include <QList>
-#include <QString>
 
 #include <mutex>
 #include <vector>
-
-struct Visit;
 
 /// The largest picture number of each visit, as far as this station knows: held in memory, so that the shutter asks
 /// neither the database nor a folder. It says from where on a number is looked for; whether one is free, its claim and
@@ -26,14 +25,12 @@ public:
 private:
     struct Largest
     {
-        QString chart;
-        QString ymd;
-        QString etc;
+        Visit visit;
         int number = 0;
     };
 
     const Largest* Find(const Visit& visit) const;
-    Largest& At(const Visit& visit);
+    int& At(const Visit& visit);
 
     mutable std::mutex m_mutex;
     std::vector<Largest> m_visits;

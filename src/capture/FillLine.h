@@ -22,18 +22,15 @@ public:
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
 
-    private:
+    protected:
         FillLine& m_line;
     };
     /// While one of these lives, the visit's pictures are being placed, and changes of them wait as well.
     class PictureHold : public Hold
     {
     public:
-        explicit PictureHold(FillLine& line) : Hold(line), m_line(line) { ++line.m_pictureHolds; }
+        explicit PictureHold(FillLine& line) : Hold(line) { ++line.m_pictureHolds; }
         ~PictureHold() { --m_line.m_pictureHolds; }
-
-    private:
-        FillLine& m_line;
     };
 
     bool IsHeld() const { return m_holds > 0; }

@@ -76,13 +76,10 @@ void FootSwitch::OnComm()
     m_patience.start(FilePatienceMs);
     try {
         m_press([this, press = ++m_presses](std::exception_ptr fault) {
-            if (press != m_presses || m_pause.isActive() || !m_isBusy) {
-                // The switch is armed again, or about to be.
-                if (fault != nullptr)
-                    std::rethrow_exception(fault);
-                return;
-            }
-            Pause(std::move(fault));
+            if (press == m_presses && m_patience.isActive())
+                Pause(std::move(fault));
+            else // The switch is armed again, or about to be.
+                guard::Rethrow(fault);
         });
     } catch (...) {
         Pause(std::current_exception());
@@ -104,6 +101,5 @@ void FootSwitch::Rearm()
     m_isBusy = false;
     OpenFootSwitchPort();
     // Told when the switch is armed again: under the box a foot must not press in vain.
-    if (const std::exception_ptr fault = std::exchange(m_fault, nullptr))
-        std::rethrow_exception(fault);
+    guard::Rethrow(std::exchange(m_fault, nullptr));
 }

@@ -13,6 +13,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -78,6 +79,11 @@ PendingRows::Entry FromJson(const QJsonObject& json)
             json.value(u"number"_s).toInt(),
             text(u"note"_s),
             json.value(u"refused"_s).toBool()};
+}
+
+auto IsOf(const Visit& visit, int number)
+{
+    return [&visit, number](const PendingRows::Entry& entry) { return entry.number == number && entry.visit == visit; };
 }
 
 } // namespace
@@ -194,7 +200,7 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
 
 bool PendingRows::Holds(const Visit& visit, int number) const
 {
-    return NumbersOf(visit).contains(number);
+    return std::ranges::any_of(m_entries, IsOf(visit, number));
 }
 
 QList<int> PendingRows::NumbersOf(const Visit& visit) const
@@ -222,8 +228,7 @@ QList<std::pair<Visit, int>> PendingRows::All() const
 
 PendingRows::Entry* PendingRows::Find(const Visit& visit, int number)
 {
-    const auto found = std::ranges::find_if(
-        m_entries, [&](const Entry& entry) { return entry.number == number && entry.visit == visit; });
+    const auto found = std::ranges::find_if(m_entries, IsOf(visit, number));
     return found != m_entries.end() ? &*found : nullptr;
 }
 
@@ -231,15 +236,27 @@ void PendingRows::Remove(const Visit& visit, int number)
 {
     const Entry* entry = Find(visit, number);
     const bool isListed = entry != nullptr && entry->waits;
-    m_entries.removeIf([&](const Entry& each) { return each.number == number && each.visit == visit; });
+    m_entries.removeIf(IsOf(visit, number));
     if (isListed)
         Store();
 }
 
-void PendingRows::LetWait(const Visit& visit, int number)
+QList<std::pair<Visit, int>> PendingRows::LetAllWait()
+{
+    QList<std::pair<Visit, int>> fresh;
+    for (Entry& entry : m_entries) {
+        if (!std::exchange(entry.waits, true))
+            fresh.append({entry.visit, entry.number});
+    }
+    if (!fresh.isEmpty())
+        Store();
+    return fresh;
+}
+
+void PendingRows::Refuse(const Visit& visit, int number)
 {
     if (Entry* entry = Find(visit, number))
-        entry->waits = true;
+        entry->waits = entry->refused = true;
     Store();
 }
 

@@ -60,8 +60,10 @@ public:
 
     void Add(const Entry& entry) { m_entries.append(entry); }
     void Remove(const Visit& visit, int number);
-    /// The picture has to wait, or is refused: the list outlives the program from here on.
-    void LetWait(const Visit& visit, int number);
+    /// All of them have to wait: the list outlives the program from here on. Gives those that didn't yet.
+    QList<std::pair<Visit, int>> LetAllWait();
+    /// The server has refused the rows; the same holds for the picture's.
+    void Refuse(const Visit& visit, int number);
     /// What the operator is told of an entry that the server refuses.
     static QString RefusalText(const Entry& entry, const QString& reason);
 

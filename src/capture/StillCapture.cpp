@@ -2,7 +2,6 @@
 #include "visit/VisitContext.h"
 
 #include "capture/capture_folders.h"
-#include "capture/NumberClaim.h"
 #include "capture/VisitNote.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
@@ -83,11 +82,7 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     if (!HasRoom())
         return;
     FileStill(
-        CurrentVisit(), [content = picture.TargetContent()] { return content; },
-        [](std::exception_ptr fault) {
-            if (fault != nullptr)
-                std::rethrow_exception(fault);
-        });
+        CurrentVisit(), [content = picture.TargetContent()] { return content; }, guard::Rethrow);
 }
 
 bool StillCapture::HasChart() const
@@ -255,8 +250,7 @@ void StillCapture::ShowOutage()
 
 bool StillCapture::IsAtRest() const
 {
-    const bool isFiled = m_filing.IsAtRest() || (m_filing.IsDatabaseAway() && m_filing.FilesUnderWay() == 0);
-    return isFiled && (m_road.isEmpty() || m_line.PicturesAreHeld());
+    return m_filing.IsAtRest() && (m_road.isEmpty() || m_line.PicturesAreHeld());
 }
 
 void StillCapture::Forget(const Visit& visit, int number)
@@ -334,18 +328,15 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
         };
         QueueStatements(this, write, [this, all, isNew, visit = visit, number = number](std::exception_ptr fault) {
             if (fault == nullptr) {
-                m_filing.OnFilingThread([visit, number] { NumberClaim::Release(visit, number); });
+                m_filing.Release(visit, number);
                 all->settled += *isNew ? 1 : 0;
                 all->shown |= *isNew && visit == CurrentVisit();
                 return;
             }
-            try {
-                std::rethrow_exception(fault);
-            } catch (const DatabaseAway&) {
+            if (guard::Is<DatabaseAway>(fault))
                 all->isAway = true;
-            } catch (const std::exception& error) {
-                qWarning("%s", error.what());
-            }
+            else
+                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
         });
     }
     QueueStatements(

@@ -4,6 +4,7 @@
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/guard.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
@@ -23,28 +24,6 @@ constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 constexpr int RowsWaitMs = 2000;
 /// So long after a failure the database is asked again.
 constexpr int RetryMs = 1000;
-
-QString TextOf(const std::exception_ptr& fault)
-{
-    try {
-        std::rethrow_exception(fault);
-    } catch (const PlatformError& error) {
-        return error.Text();
-    } catch (const std::exception& error) {
-        return QString::fromUtf8(error.what());
-    }
-}
-
-bool IsAway(const std::exception_ptr& fault)
-{
-    try {
-        std::rethrow_exception(fault);
-    } catch (const DatabaseAway&) {
-        return true;
-    } catch (...) {
-        return false;
-    }
-}
 
 /// A picture stands under that number, in whichever of the two names.
 bool IsTaken(Visit visit, int number)
@@ -227,19 +206,20 @@ void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, s
         Release(visit, number);
         SetAway(false);
         Q_EMIT Safe({visit, number, rows.note});
-        Q_EMIT Changed();
         return;
     }
-    if (IsAway(fault)) {
+    if (guard::Is<DatabaseAway>(fault)) {
         SetAway(true);
         m_retry.start();
         return;
     }
-    const QString text = PendingRows::RefusalText(*entry, TextOf(fault));
-    const bool isNew = !std::exchange(entry->refused, true);
-    LetWait(visit, number);
-    if (isNew)
-        Q_EMIT Tidings(text);
+    if (entry->refused)
+        return;
+    const QString text = PendingRows::RefusalText(*entry, guard::TextOf(fault));
+    m_pending.Refuse(visit, number);
+    Q_EMIT Waits(visit, number);
+    Q_EMIT Changed();
+    Q_EMIT Tidings(text);
 }
 
 void StillFiling::AnswerForgotten(const Visit& visit, int number, bool rowsCame)
@@ -257,24 +237,15 @@ void StillFiling::AnswerForgotten(const Visit& visit, int number, bool rowsCame)
     QueueStatements(this, remove, [this, visit, number](const std::exception_ptr&) { Release(visit, number); });
 }
 
-void StillFiling::LetWait(const Visit& visit, int number)
-{
-    m_pending.LetWait(visit, number);
-    Q_EMIT Waits(visit, number);
-    Q_EMIT Changed();
-}
-
 void StillFiling::SetAway(bool isAway)
 {
-    const bool wasAway = std::exchange(m_isAway, isAway);
+    m_isAway = isAway;
     // One that waits keeps those behind it waiting.
-    for (const auto& [visit, number] : m_pending.All()) {
-        const PendingRows::Entry* entry = m_pending.Find(visit, number);
-        if (isAway && entry != nullptr && !entry->waits)
-            LetWait(visit, number);
+    if (isAway) {
+        for (const auto& [visit, number] : m_pending.LetAllWait())
+            Q_EMIT Waits(visit, number);
     }
-    if (wasAway != isAway)
-        Q_EMIT Changed();
+    Q_EMIT Changed();
 }
 
 void StillFiling::Retry()
@@ -345,7 +316,8 @@ void StillFiling::Release(const Visit& visit, int number)
 
 bool StillFiling::IsAtRest() const
 {
-    return m_filesUnderWay == 0 && m_rowsUnderWay == 0 && m_pending.Waiting() == 0 && m_files.IsIdle();
+    const bool isFiled = m_rowsUnderWay == 0 && m_pending.Waiting() == 0 && m_files.IsIdle();
+    return m_filesUnderWay == 0 && (isFiled || m_isAway);
 }
 
 void StillFiling::LearnFromFolder(const Visit& visit)

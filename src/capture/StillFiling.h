@@ -63,15 +63,15 @@ public:
     void WriteWaiting();
     /// The same for what an earlier run has left, whose pictures may have gone.
     void WriteLeft();
-    /// Hands a piece of work on files to the filing thread, behind the pictures.
-    void OnFilingThread(std::function<void()> work) { m_files.Post(std::move(work)); }
+    /// Lets go of a number whose rows are in, on the filing thread.
+    void Release(const Visit& visit, int number);
     /// A picture that waits has been deleted: its entry and its claim go, and its row if that comes in all the same.
     void Forget(const Visit& visit, int number);
 
     /// The rows have been waited for too long, or the database has refused to answer, and it hasn't answered since.
     bool IsDatabaseAway() const { return m_isAway; }
-    /// Nothing more can be done for the pictures by waiting: all have their rows, but for those that the server
-    /// refuses.
+    /// Nothing more can be done for the pictures by waiting: all have their files, and their rows too, but for those
+    /// that the server refuses or doesn't answer for.
     bool IsAtRest() const;
 
     PendingRows& Pending() { return m_pending; }
@@ -98,10 +98,8 @@ private:
     void Submit(const Visit& visit, int number);
     void AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault);
     void AnswerForgotten(const Visit& visit, int number, bool rowsCame);
-    void LetWait(const Visit& visit, int number);
     void SetAway(bool isAway);
     void Retry();
-    void Release(const Visit& visit, int number);
 
     const NoteSource m_note;
     WorkThread m_files;

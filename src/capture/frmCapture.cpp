@@ -156,15 +156,9 @@ void frmCapture::BuildCommands()
         m_history->EndFills();
         ShowStored();
     };
-    const auto capture = [this] {
-        SetCaptureValues([](const std::exception_ptr& fault) {
-            if (fault != nullptr)
-                std::rethrow_exception(fault);
-        });
-    };
     const QList<CommandBar::Button> commands{
         {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
-        {u"캡쳐"_s, u"Movie"_s, capture, {}},
+        {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(guard::Rethrow); }, {}},
         {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
         {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
         {u"취소"_s, u"Clear"_s, showAnew, {}},

@@ -5,7 +5,6 @@
 
 #include <QCoreApplication>
 
-#include <exception>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -44,18 +43,28 @@ guard::Entered::~Entered()
     WorkOffWaiting();
 }
 
+QString guard::TextOf(const std::exception_ptr& fault)
+{
+    try {
+        std::rethrow_exception(fault);
+    } catch (const PlatformError& error) {
+        return error.Text();
+    } catch (const std::bad_alloc&) {
+        return u"메모리가 부족합니다.!!"_s;
+    } catch (const std::exception& error) {
+        return QString::fromUtf8(error.what());
+    }
+}
+
+void guard::Rethrow(const std::exception_ptr& fault)
+{
+    if (fault != nullptr)
+        std::rethrow_exception(fault);
+}
+
 void guard::AnswerFault()
 {
-    QString text;
-    try {
-        throw;
-    } catch (const PlatformError& error) {
-        text = error.Text();
-    } catch (const std::bad_alloc&) {
-        text = u"메모리가 부족합니다.!!"_s;
-    } catch (const std::exception& error) {
-        text = QString::fromUtf8(error.what());
-    }
+    const QString text = TextOf(std::current_exception());
     SetMousePointer(PointerNormal);
     // Without a text there is nothing to be said: the operator has left.
     if (!text.isEmpty())

@@ -2,6 +2,9 @@
 
 #include "frame/composition.h"
 
+#include <QString>
+
+#include <exception>
 #include <functional>
 #include <type_traits>
 #include <utility>
@@ -9,6 +12,22 @@
 namespace guard {
 /// Answers the exception that is in flight: pointer back to normal, message to the operator.
 void AnswerFault();
+/// What a fault that was kept says to the operator.
+QString TextOf(const std::exception_ptr& fault);
+/// Throws a fault that was kept; none for null.
+void Rethrow(const std::exception_ptr& fault);
+/// True when the fault that was kept is of that class.
+template <class Fault>
+bool Is(const std::exception_ptr& fault)
+{
+    try {
+        std::rethrow_exception(fault);
+    } catch (const Fault&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
 /// Does the work as soon as no guarded handler runs: what a handler up the stack may still be using must outlive it.
 /// From within none that is when events are next served.
 void WhenIdle(std::function<void()> work);

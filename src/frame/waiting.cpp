@@ -54,27 +54,19 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
         if (!later.empty())
             PostToScreen(WorkOffLater);
     });
-    QTimer shown;
-    shown.setSingleShot(true);
-    QObject::connect(&shown, &QTimer::timeout, &shown, [&] {
+    // What is to come later is forgotten with it.
+    QObject awaited;
+    QTimer::singleShot(ShownAfterMs, &awaited, [&] {
         wait.notice.text = text;
         SetMousePointer(PointerBusy);
         Present();
     });
-    shown.start(ShownAfterMs);
-    QTimer patience;
-    patience.setSingleShot(true);
-    QObject::connect(&patience, &QTimer::timeout, &patience, [&] {
+    QTimer::singleShot(CancelledAfterMs, &awaited, [&] {
         wait.notice.mayCancel = true;
         Present();
     });
-    patience.start(CancelledAfterMs);
-
-    QTimer limit;
-    limit.setSingleShot(true);
-    QObject::connect(&limit, &QTimer::timeout, &limit, [&] { wait.end = Outcome::Leaving; });
     if (patienceNowMs > 0)
-        limit.start(patienceNowMs);
+        QTimer::singleShot(patienceNowMs, &awaited, [&] { wait.end = Outcome::Leaving; });
 
     const bool served = UseService<Desktop>().ServeUntil([&] { return done() || wait.end.has_value(); },
                                                          [&] { wait.end = Outcome::Leaving; });

@@ -37,8 +37,7 @@ struct Filed
 
 void AwaitRest(const StillFiling& filing)
 {
-    const auto isAtRest = [&] { return filing.IsAtRest() || (filing.IsDatabaseAway() && filing.FilesUnderWay() == 0); };
-    if (!QTest::qWaitFor(isAtRest, 30000))
+    if (!QTest::qWaitFor([&] { return filing.IsAtRest(); }, 30000))
         qFatal("a picture never came to its end");
 }
 

@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "platform/sql/MariaDbEngine.h"
@@ -180,8 +181,7 @@ void SqlConnection::Await(const std::shared_ptr<Task>& task)
         }
     }
     const std::lock_guard lock(task->mutex);
-    if (task->fault != nullptr)
-        std::rethrow_exception(task->fault);
+    guard::Rethrow(task->fault);
 }
 
 std::unique_ptr<AdoRecordset> SqlConnection::NewRecordset()

@@ -78,7 +78,7 @@ QVariant SqlRecordset::Fields(const QString& name) const
 
 QVariant SqlRecordset::Fields(int place) const
 {
-    const QStringList columns = m_source != nullptr ? m_source->Columns() : QStringList();
+    const QStringList& columns = Columns();
     if (place < 0 || place >= columns.size())
         throw PlatformError(u"자료에 %1번째 항목이 없습니다.!!"_s.arg(place + 1));
     if (Eof())
@@ -113,9 +113,15 @@ void SqlRecordset::setFilter(const QString& criterion)
     }
 }
 
+const QStringList& SqlRecordset::Columns() const
+{
+    static const QStringList none;
+    return m_source != nullptr ? m_source->Columns() : none;
+}
+
 qsizetype SqlRecordset::Column(const QString& name) const
 {
-    const QStringList columns = m_source != nullptr ? m_source->Columns() : QStringList();
+    const QStringList& columns = Columns();
     for (qsizetype column = 0; column < columns.size(); ++column) {
         if (columns.at(column).compare(name, Qt::CaseInsensitive) == 0)
             return column;

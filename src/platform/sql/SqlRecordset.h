@@ -29,6 +29,7 @@ public:
     void setFilter(const QString& criterion) override;
 
 private:
+    const QStringList& Columns() const;
     qsizetype Column(const QString& name) const;
     const QVariant& Value(qsizetype row, qsizetype column) const;
     qsizetype Shown() const { return m_isFiltered ? m_passed.size() : m_rows; }

@@ -1,5 +1,7 @@
 #include "platform/sql/SqlRows.h"
 
+#include "frame/guard.h"
+
 #include <QSqlQuery>
 #include <QSqlRecord>
 
@@ -67,8 +69,7 @@ bool SqlRows::Fetch(std::vector<Block>& blocks) const
 {
     const std::lock_guard lock(m_mutex);
     blocks.insert(blocks.end(), m_blocks.begin() + static_cast<std::ptrdiff_t>(blocks.size()), m_blocks.end());
-    if (m_fault != nullptr)
-        std::rethrow_exception(m_fault);
+    guard::Rethrow(m_fault);
     return !m_hasEnded;
 }
 

@@ -42,7 +42,7 @@ QString InstalledDriver(const SqlEngine& engine)
     throw PlatformError(u"데이터베이스 드라이버 %1이(가) 설치되어 있지 않습니다.!!"_s.arg(engine.Drivers().first()));
 }
 
-/// What the station's own server takes when it is asked at several places in turn.
+/// Where the server may be found, to be tried in turn.
 QStringList HostsOf(const DatabaseSettings& settings)
 {
     QStringList hosts;

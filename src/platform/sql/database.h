@@ -8,7 +8,9 @@
 struct DatabaseSettings
 {
     QString driver{}; ///< `QMARIADB` or `QSQLITE`.
-    QString host{};   ///< Server; empty and `localhost` mean the server of this machine on its socket.
+    /// Server; empty and `localhost` mean the server of this machine on its socket. Several, with commas between them,
+    /// are tried in turn; each may have a port of its own behind a colon.
+    QString host{};
     int port = 0;     ///< 0 means the server's usual port.
     QString socket{}; ///< Socket file of a server of this machine; empty means its usual place.
     QString name{};   ///< Name of the database on the server, or the path of the SQLite file.
