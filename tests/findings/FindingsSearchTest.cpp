@@ -55,6 +55,7 @@ private Q_SLOTS:
     {
         QFETCH4(int, x, int, key, QString, typed, QStringList, found);
         InList([&](frmSoFind& list) {
+            QTRY_VERIFY(list.isActiveWindow());
             Q_EMIT list.sprSo().RightClick(0, 1, 1, x, 256);
             QCOMPARE(ShownBox(list), nullptr);
             Q_EMIT list.sprSo().RightClick(0, 1, 0, x, 255);
@@ -103,7 +104,7 @@ private Q_SLOTS:
     void RowsComeInWhileTheListIsShown_data()
     {
         QTest::addColumn<QString>("meanwhile");
-        for (const char* what : {"nothing", "a search", "the close box"})
+        for (const char* what : {"nothing", "a search", "the close box", "a double click", "a fault"})
             QTest::newRow(what) << QString::fromLatin1(what);
     }
 
@@ -114,10 +115,22 @@ private Q_SLOTS:
         for (int number = 10; number < 20000; ++number)
             rows << u"('%1', '00000001')"_s.arg(2026000000 + number);
         m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart) VALUES "_s + rows.join(u',') + u";"_s);
+        const bool fails = meanwhile == u"a fault"_s;
+        m_box->Open();
+        // A number that is too great, in the last row but two.
+        if (fails)
+            m_box->Run(uR"(ALTER TABLE caso RENAME TO reports; CREATE VIEW caso AS SELECT caso_yeonno, caso_chart,
+caso_yuhyung, caso_suname, abs(CASE caso_yeonno WHEN '2026000002' THEN -9223372036854775807 - 1 ELSE 0 END)
+AS caso_jumin, caso_ymd, caso_jinchal, caso_etc FROM reports;)"_s);
         InList([&](frmSoFind& list) {
             QVERIFY(list.IsFilling());
             if (meanwhile == u"the close box"_s) {
                 list.close();
+                return;
+            }
+            if (meanwhile == u"a double click"_s) {
+                Q_EMIT list.sprSo().DblClick(1, 2);
+                QCOMPARE(FindingsRecord.Yeonno, u"2026019998"_s);
                 return;
             }
             const bool searches = meanwhile == u"a search"_s;
@@ -126,12 +139,16 @@ private Q_SLOTS:
                 ShownBox(list)->insert(u"100"_s);
                 QTest::keyClick(ShownBox(list), Qt::Key_Return);
             }
+            list.sprSo().SetActiveCell(1, 3);
             QTRY_VERIFY(!list.IsFilling());
-            QCOMPARE(Numbers(list).size(), searches ? 3 : 19993);
-            QCOMPARE(list.sprSo().MaxRows(), searches ? 500 : 19993);
-            QCOMPARE(list.sprSo().TextAt(1, searches ? 1 : 19993), searches ? u"2026-000002"_s : u"2025-000001"_s);
+            QCOMPARE(list.sprSo().ActiveRow(), 3);
+            const QString last = searches ? u"2026-000001"_s : fails ? u"2026-000010"_s : u"2025-000001"_s;
+            const int written = searches ? 3 : fails ? 19990 : 19993;
+            QCOMPARE(Numbers(list).size(), written);
+            QCOMPARE(list.sprSo().MaxRows(), qMax(500, written));
+            QCOMPARE(list.sprSo().TextAt(1, written), last);
         });
-        QVERIFY(m_box->Desk().shown.isEmpty());
+        QCOMPARE(m_box->Desk().shown.size(), fails ? 1 : 0);
     }
 
 private:
@@ -142,7 +159,7 @@ private:
         m_worked = false;
         QTimer timer;
         connect(&timer, &QTimer::timeout, this, [&] {
-            if (QApplication::activeModalWidget() == nullptr || !Form<frmSoFind>().isActiveWindow())
+            if (QApplication::activeModalWidget() == nullptr)
                 return;
             timer.stop();
             work(Form<frmSoFind>());
@@ -150,7 +167,7 @@ private:
             if (FindForm(u"frmSoFind"_s) != nullptr)
                 Form<frmSoFind>().Unload();
         });
-        timer.start(1);
+        timer.start(0);
         m_box->Press(u"조회"_s);
         QVERIFY(m_worked);
         QCOMPARE(FindForm(u"frmSoFind"_s), nullptr);

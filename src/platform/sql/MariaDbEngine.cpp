@@ -1,6 +1,7 @@
 #include "platform/sql/MariaDbEngine.h"
 
 #include "platform/sql/database.h"
+#include "platform/sql/MariaDbRows.h"
 
 #include <QRegularExpression>
 #include <QSqlDatabase>
@@ -8,8 +9,6 @@
 #include <QSqlError>
 #include <QThread>
 #include <QUuid>
-
-#include <mysql.h>
 
 using namespace Qt::StringLiterals;
 
@@ -53,6 +52,17 @@ std::optional<QString> HolderOf(const QString& token, const FirstRow& ask)
 int Number(const QSqlError& error)
 {
     return error.nativeErrorCode().toInt();
+}
+
+/// Null when the driver is built on another client library.
+MYSQL* SessionOf(const QSqlDatabase& database)
+{
+    // The toolkit tells the type by the name that it was declared or by the one that it was compiled under.
+    const QVariant handle = database.driver()->handle();
+    const QByteArrayView type(handle.typeName());
+    if (type != "MYSQL*" && type != "st_mysql*")
+        return nullptr;
+    return *static_cast<MYSQL* const*>(handle.constData());
 }
 } // namespace
 
@@ -100,6 +110,13 @@ QString MariaDbEngine::Translated(const QString& statement) const
     if (!match.hasMatch())
         return statement;
     return u"SHOW TABLES FROM `%1`"_s.arg(match.captured(1).replace(u"`"_s, u"``"_s));
+}
+
+std::unique_ptr<RowSource> MariaDbEngine::Stream(const QSqlDatabase& database, const QString& statement) const
+{
+    if (MYSQL* session = SessionOf(database))
+        return std::make_unique<MariaDbRows>(*session, statement);
+    return std::make_unique<QueryRows>(RunQuery(database, statement));
 }
 
 FaultKind MariaDbEngine::Judge(const QSqlError& error) const
@@ -183,12 +200,8 @@ bool MariaDbEngine::EndSession(const SessionIdentity& old, const SessionIdentity
 
 int MariaDbEngine::Socket(const QSqlDatabase& database) const
 {
-    // The toolkit tells the type by the name that it was declared or by the one that it was compiled under.
-    const QVariant handle = database.driver()->handle();
-    const QByteArrayView type(handle.typeName());
-    if (type != "MYSQL*" && type != "st_mysql*")
-        return -1;
-    return static_cast<int>(mysql_get_socket(*static_cast<MYSQL* const*>(handle.constData())));
+    MYSQL* session = SessionOf(database);
+    return session == nullptr ? -1 : static_cast<int>(mysql_get_socket(session));
 }
 
 QString MariaDbEngine::TableFolder() const

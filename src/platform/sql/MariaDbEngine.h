@@ -11,6 +11,7 @@ public:
     QStringList SessionStatements() const override;
     QString DatabaseName(const DatabaseSettings& settings) const override;
     QString Translated(const QString& statement) const override;
+    std::unique_ptr<RowSource> Stream(const QSqlDatabase& database, const QString& statement) const override;
     FaultKind Judge(const QSqlError& error) const override;
     QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const override;
     std::optional<SessionIdentity> Identify(const FirstRow& ask) const override;

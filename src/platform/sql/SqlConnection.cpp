@@ -140,13 +140,13 @@ std::unique_ptr<AdoRecordset> SqlConnection::Execute(const QString& statement, E
 {
     if (m_thread.IsCurrent()) {
         const auto rows = std::make_shared<SqlRows>();
-        m_session->Execute(statement, *rows, [] {});
+        m_session->Execute(statement, option, *rows, [] {});
         rows->End(nullptr);
         return std::make_unique<SqlRecordset>(rows);
     }
     const auto task = std::make_shared<Task>();
     task->work = [session = m_session, statement, option](Task& self) {
-        session->Execute(statement, *self.rows, [&] {
+        session->Execute(statement, option, *self.rows, [&] {
             if (option == adAsyncFetch)
                 self.Begin();
         });

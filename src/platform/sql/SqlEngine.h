@@ -8,6 +8,7 @@
 
 class QSqlDatabase;
 class QSqlError;
+class RowSource;
 struct DatabaseSettings;
 
 /// What a failed statement calls for.
@@ -45,6 +46,8 @@ public:
     virtual QString DatabaseName(const DatabaseSettings& settings) const = 0;
     /// The station's statement in the engine's own dialect.
     virtual QString Translated(const QString& statement) const = 0;
+    /// Sends a statement whose first rows are wanted before the last ones have come.
+    virtual std::unique_ptr<RowSource> Stream(const QSqlDatabase& database, const QString& statement) const = 0;
     virtual FaultKind Judge(const QSqlError& error) const = 0;
     /// Reason in Korean why opening failed.
     virtual QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const = 0;

@@ -1,56 +1,24 @@
 #include "platform/sql/SqlRows.h"
 
 #include "frame/guard.h"
+#include "platform/sql/RowSource.h"
 
-#include <QSqlQuery>
-#include <QSqlRecord>
-
-namespace {
-/// The station knows texts and numbers. The drivers give bytes for a text of a binary collation, and whole numbers in
-/// as many widths as there are column types.
-QVariant StationValue(QVariant value)
+void SqlRows::Begin(const RowSource& source)
 {
-    if (value.isNull())
-        return {};
-    switch (value.typeId()) {
-    case QMetaType::QByteArray:
-        return QString::fromUtf8(value.toByteArray());
-    case QMetaType::Char:
-    case QMetaType::SChar:
-    case QMetaType::UChar:
-    case QMetaType::Short:
-    case QMetaType::UShort:
-    case QMetaType::Int:
-    case QMetaType::UInt:
-        return value.toLongLong();
-    default:
-        return value;
-    }
-}
-} // namespace
-
-void SqlRows::Begin(QSqlQuery& query)
-{
-    m_isSelect = query.isSelect();
-    if (!m_isSelect)
-        return;
-    const QSqlRecord record = query.record();
-    for (int column = 0; column < record.count(); ++column)
-        m_columns.append(record.fieldName(column));
+    m_columns = source.Columns();
+    // Of a statement that is repeated, some may be there already; nobody has read them.
+    const std::lock_guard lock(m_mutex);
+    m_blocks.clear();
 }
 
-bool SqlRows::TakeBlock(QSqlQuery& query)
+bool SqlRows::TakeBlock(RowSource& source)
 {
     auto block = std::make_shared<QList<QVariant>>();
     qsizetype rows = 0;
-    bool goesOn = m_isSelect;
+    bool goesOn = true;
     while (goesOn && rows < RowsInBlock) {
-        goesOn = query.next();
-        if (!goesOn)
-            break;
-        ++rows;
-        for (int column = 0; column < m_columns.size(); ++column)
-            block->append(StationValue(query.value(column)));
+        goesOn = source.Next(*block);
+        rows += goesOn ? 1 : 0;
     }
     const std::lock_guard lock(m_mutex);
     if (rows > 0)
@@ -68,9 +36,12 @@ void SqlRows::End(std::exception_ptr fault)
 bool SqlRows::Fetch(std::vector<Block>& blocks) const
 {
     const std::lock_guard lock(m_mutex);
-    blocks.insert(blocks.end(), m_blocks.begin() + static_cast<std::ptrdiff_t>(blocks.size()), m_blocks.end());
-    guard::Rethrow(m_fault);
-    return !m_hasEnded;
+    const size_t held = blocks.size();
+    blocks.insert(blocks.end(), m_blocks.begin() + static_cast<std::ptrdiff_t>(held), m_blocks.end());
+    // The rows that came before a fault count.
+    if (blocks.size() == held)
+        guard::Rethrow(m_fault);
+    return !m_hasEnded || m_fault != nullptr;
 }
 
 void SqlRows::Abandon()

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <vector>
 
-class QSqlQuery;
+class RowSource;
 
 /// The rows of one statement on their way from the connection's thread to the screen's. They lie in blocks, which never
 /// change once they are there, so that a long result is neither copied nor moved.
@@ -23,11 +23,11 @@ public:
 
     // On the connection's thread.
 
-    /// Names the columns of a statement that has run, and takes its first rows.
-    void Begin(QSqlQuery& query);
+    /// Names the columns of a statement that has run.
+    void Begin(const RowSource& source);
     /// Takes the next rows; false when there is none behind them, or nobody wants them any more. Whether all of them
-    /// came, the query's last error tells.
-    bool TakeBlock(QSqlQuery& query);
+    /// came, the source's error tells.
+    bool TakeBlock(RowSource& source);
     /// No more rows will come, because of a fault if there is one.
     void End(std::exception_ptr fault);
 
@@ -35,13 +35,12 @@ public:
 
     const QStringList& Columns() const { return m_columns; }
     /// Adds the blocks that have come to those that are held already; false when no more will come. Throws what ended
-    /// them.
+    /// them, once all that came before it are held.
     bool Fetch(std::vector<Block>& blocks) const;
     /// Nobody wants the rest.
     void Abandon();
 
 private:
-    bool m_isSelect = false;
     QStringList m_columns; ///< Stays what it is once `Begin` has returned.
     mutable std::mutex m_mutex;
     std::vector<Block> m_blocks;

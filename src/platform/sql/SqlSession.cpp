@@ -1,6 +1,7 @@
 #include "platform/sql/SqlSession.h"
 
 #include "contracts/PlatformError.h"
+#include "platform/sql/RowSource.h"
 #include "platform/sql/SqlRows.h"
 
 #include <QSqlDriver>
@@ -97,7 +98,7 @@ void SqlSession::OpenAtHost(const QString& host)
         m_socket = socket < 0 ? -1 : dup(socket);
     }
     for (const QString& statement : m_engine->SessionStatements()) {
-        const QSqlError error = Run(statement).lastError();
+        const QSqlError error = RunQuery(m_database, statement).lastError();
         if (error.isValid())
             refuse(error);
     }
@@ -108,7 +109,7 @@ void SqlSession::OpenAtHost(const QString& host)
 void SqlSession::EndOldSession()
 {
     const FirstRow ask = [this](const QString& statement) -> std::optional<QStringList> {
-        QSqlQuery query = Run(statement);
+        QSqlQuery query = RunQuery(m_database, statement);
         QStringList columns;
         if (query.isSelect() && query.next()) {
             for (int column = 0; column < query.record().count(); ++column)
@@ -144,15 +145,8 @@ void SqlSession::End()
     QSqlDatabase::removeDatabase(m_name);
 }
 
-QSqlQuery SqlSession::Run(const QString& statement)
-{
-    QSqlQuery query(m_database);
-    query.setForwardOnly(true);
-    query.exec(statement);
-    return query;
-}
-
-void SqlSession::Execute(const QString& statement, SqlRows& rows, const std::function<void()>& hasBegun)
+void SqlSession::Execute(const QString& statement, ExecuteOption option, SqlRows& rows,
+                         const std::function<void()>& hasBegun)
 {
     const QString translated = m_engine->Translated(statement);
     bool reopened = !m_database.isOpen();
@@ -160,18 +154,20 @@ void SqlSession::Execute(const QString& statement, SqlRows& rows, const std::fun
         Open();
     for (int tries = 1;; ++tries) {
         Send();
-        QSqlQuery query = Run(translated);
+        std::unique_ptr<RowSource> source = option == adAsyncFetch
+                                                ? m_engine->Stream(m_database, translated)
+                                                : std::make_unique<QueryRows>(RunQuery(m_database, translated));
         bool someCame = false;
-        if (!query.lastError().isValid()) {
-            rows.Begin(query);
-            while (rows.TakeBlock(query)) {
+        if (!source->Error().isValid()) {
+            rows.Begin(*source);
+            while (rows.TakeBlock(*source)) {
                 someCame = true;
                 hasBegun();
             }
         }
         // A fault can also come up between two rows.
-        const QSqlError error = query.lastError();
-        query.clear();
+        const QSqlError error = source->Error();
+        source.reset();
         if (!error.isValid())
             return;
 

@@ -26,9 +26,10 @@ public:
     /// Nothing can be done any more.
     void End();
 
-    /// Runs one statement. Its rows go into `rows`; `hasBegun` is called when the first ones are there. Throws
-    /// DatabaseAway and PlatformError as `AdoConnection::Execute` does.
-    void Execute(const QString& statement, SqlRows& rows, const std::function<void()>& hasBegun);
+    /// Runs one statement. Its rows go into `rows`; `hasBegun` is called when the first ones are there, with
+    /// `adAsyncFetch` before the others have come. Throws DatabaseAway and PlatformError as `AdoConnection::Execute`
+    /// does.
+    void Execute(const QString& statement, ExecuteOption option, SqlRows& rows, const std::function<void()>& hasBegun);
 
     /// From any thread: the statement that runs, or the next one if none does, is given up, until `Resume`. False when
     /// it lies at the server, where it is cut off: its end comes at once. True when nothing has been sent yet.
@@ -42,7 +43,6 @@ private:
     void Close();
     void OpenAtHost(const QString& host);
     void EndOldSession();
-    QSqlQuery Run(const QString& statement);
     void CheckInterrupted() const;
     /// The statement lies at the server from here on.
     void Send();

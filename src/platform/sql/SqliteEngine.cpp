@@ -1,6 +1,7 @@
 #include "platform/sql/SqliteEngine.h"
 
 #include "platform/sql/database.h"
+#include "platform/sql/RowSource.h"
 #include "platform/sql/sqlite_dialect.h"
 
 #include <QSqlDatabase>
@@ -47,6 +48,11 @@ QString SqliteEngine::DatabaseName(const DatabaseSettings& /*settings*/) const
 QString SqliteEngine::Translated(const QString& statement) const
 {
     return sqlite::Translated(statement);
+}
+
+std::unique_ptr<RowSource> SqliteEngine::Stream(const QSqlDatabase& database, const QString& statement) const
+{
+    return std::make_unique<QueryRows>(RunQuery(database, statement));
 }
 
 FaultKind SqliteEngine::Judge(const QSqlError& error) const
