@@ -37,7 +37,7 @@ QString PrivateMariaDb::Socket() const
     return m_folder.filePath(u"mariadb.sock"_s);
 }
 
-bool PrivateMariaDb::Start()
+bool PrivateMariaDb::Start(const QString& address)
 {
     if (!QDir(m_folder.filePath(u"data/mysql"_s)).exists() && !MakeData())
         return false;
@@ -48,14 +48,15 @@ bool PrivateMariaDb::Start()
     }
     m_server.setProcessChannelMode(QProcess::MergedChannels);
     m_server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    m_server.start(program,
-                   QStringList{u"--no-defaults"_s} + AsRoot() +
-                       QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)), u"--socket=%1"_s.arg(Socket()),
-                                   u"--pid-file=%1"_s.arg(m_folder.filePath(u"mariadb.pid"_s)),
-                                   u"--tmpdir=%1"_s.arg(m_folder.path()), u"--skip-networking"_s,
-                                   u"--innodb-buffer-pool-size=32M"_s, u"--key-buffer-size=1M"_s,
-                                   u"--aria-pagecache-buffer-size=1M"_s, u"--performance-schema=OFF"_s,
-                                   u"--innodb-flush-log-at-trx-commit=1"_s});
+    m_server.start(
+        program, QStringList{u"--no-defaults"_s} + AsRoot() +
+                     QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)), u"--socket=%1"_s.arg(Socket()),
+                                 u"--pid-file=%1"_s.arg(m_folder.filePath(u"mariadb.pid"_s)),
+                                 u"--tmpdir=%1"_s.arg(m_folder.path()),
+                                 u"--skip-networking=%1"_s.arg(address.isEmpty()), u"--bind-address=%1"_s.arg(address),
+                                 u"--port=%1"_s.arg(Port), u"--innodb-buffer-pool-size=32M"_s,
+                                 u"--key-buffer-size=1M"_s, u"--aria-pagecache-buffer-size=1M"_s,
+                                 u"--performance-schema=OFF"_s, u"--innodb-flush-log-at-trx-commit=1"_s});
     return WaitUntilReady();
 }
 

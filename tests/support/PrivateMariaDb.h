@@ -4,8 +4,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket alone, with durable
-/// commits. It ends with the test, also when that crashes.
+/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket, with durable commits.
+/// It ends with the test, also when that crashes.
 class PrivateMariaDb
 {
 public:
@@ -14,9 +14,10 @@ public:
     PrivateMariaDb(const PrivateMariaDb&) = delete;
     PrivateMariaDb& operator=(const PrivateMariaDb&) = delete;
 
-    /// Starts the server, on the data of an earlier start if there was one, and waits until it answers. False, with
-    /// the reason in `Fault`, when it can't.
-    bool Start();
+    /// Starts the server, on the data of an earlier start if there was one, and waits until it answers. With an
+    /// address of this machine it listens there too. False, with the reason in `Fault`, when it can't.
+    bool Start(const QString& address = {});
+    static constexpr int Port = 13306; ///< At the address.
     /// Ends the server as a shutdown of the machine would.
     void Stop();
     /// Ends the server at once, as a power cut would.

@@ -67,6 +67,13 @@ QString Reader::Absolute(const QString& path) const
     return m_folder + u'/' + path;
 }
 
+bool IsPort(const QString& text)
+{
+    bool isNumber = false;
+    const int port = text.toInt(&isNumber);
+    return isNumber && port >= 1 && port <= 65535;
+}
+
 void Reader::ReadDatabase()
 {
     const QString section = u"Database"_s;
@@ -82,10 +89,15 @@ void Reader::ReadDatabase()
         database.name = NativePath(Absolute(database.name));
 
     const QString port = Text(section, u"Port"_s);
-    bool isNumber = false;
-    database.port = port.toInt(&isNumber);
-    if (!port.isEmpty() && (!isNumber || database.port < 1 || database.port > 65535))
+    database.port = port.toInt();
+    if (!port.isEmpty() && !IsPort(port))
         m_setup.problems.append(u"[Database] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port));
+    for (const QString& host : database.host.split(u',')) {
+        const qsizetype colon = host.lastIndexOf(u':');
+        if (colon >= 0 && !IsPort(host.sliced(colon + 1)))
+            m_setup.problems.append(
+                u"[Database] Host의 포트는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(host.trimmed()));
+    }
 }
 
 void Reader::ReadClient()

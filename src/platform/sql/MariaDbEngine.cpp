@@ -23,6 +23,7 @@ constexpr int ServerShutdown = 1053;
 constexpr int DiskFull = 1021;
 constexpr int WriteFailed = 1026;
 constexpr int TableFull = 1114;
+constexpr int CommitFailed = 1180; // also a Galera node that lost its cluster while it committed
 constexpr int LockWaitEnded = 1205;
 constexpr int ServerReadOnly = 1290;
 constexpr int TransactionReadOnly = 1792;
@@ -74,8 +75,8 @@ QStringList MariaDbEngine::Drivers() const
 void MariaDbEngine::Configure(QSqlDatabase& database, const DatabaseSettings& settings) const
 {
     database.setHostName(settings.host);
-    if (settings.port > 0)
-        database.setPort(settings.port);
+    // The host that was tried before may have had a port of its own.
+    database.setPort(settings.port > 0 ? settings.port : -1);
     database.setDatabaseName(settings.name);
     database.setUserName(settings.user);
     database.setPassword(settings.password);
@@ -91,9 +92,18 @@ QStringList MariaDbEngine::SessionStatements() const
 {
     // No strict mode: a character that a column of the clinic can't hold becomes "?", and the row is written.
     // The lock waits stay below the reply timeout, so that the server tells what it waited for.
+    // The last one asks for nothing, but a node that is cut off from its cluster refuses it, and would take the others.
     return {u"SET NAMES utf8mb4"_s,
             u"SET SESSION sql_mode = 'NO_BACKSLASH_ESCAPES,NO_ENGINE_SUBSTITUTION', SESSION autocommit = 1, "
-            "SESSION innodb_lock_wait_timeout = 10, SESSION lock_wait_timeout = 10"_s};
+            "SESSION innodb_lock_wait_timeout = 10, SESSION lock_wait_timeout = 10"_s,
+            u"DO 1"_s};
+}
+
+QStringList MariaDbEngine::ClusterStatements() const
+{
+    // A row that was written through one node is in the others' tables a moment later. Before it reads, updates or
+    // deletes (1 + 2) a node brings in what was written before; an insertion meets it anyway.
+    return {u"SET SESSION wsrep_sync_wait = 3"_s};
 }
 
 QString MariaDbEngine::DatabaseName(const DatabaseSettings& settings) const
@@ -131,6 +141,7 @@ FaultKind MariaDbEngine::Judge(const QSqlError& error) const
     case QueryInterrupted:
         return FaultKind::Lost;
     case ServerNotReady:
+    case CommitFailed:
     case Deadlock:
         return FaultKind::Contention;
     case DiskFull:
@@ -160,6 +171,8 @@ QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettin
     case NoHost:
     case UnknownHost:
         return u"데이터베이스 서버에 연결할 수 없습니다.!!"_s;
+    case ServerNotReady:
+        return u"데이터베이스 서버가 클러스터에 들어 있지 않습니다.!!"_s;
     default:
         return u"데이터베이스에 연결할 수 없습니다.!!"_s;
     }

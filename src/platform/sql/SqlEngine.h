@@ -42,6 +42,9 @@ public:
     virtual void Configure(QSqlDatabase& database, const DatabaseSettings& settings) const = 0;
     /// Statements that make a session what the station relies on. They run after each opening.
     virtual QStringList SessionStatements() const = 0;
+    /// Statements by which a session sees what other stations have written through other nodes. They run behind those
+    /// above; a server that doesn't know them is none of a cluster.
+    virtual QStringList ClusterStatements() const = 0;
     /// The name by which statements can call the database.
     virtual QString DatabaseName(const DatabaseSettings& settings) const = 0;
     /// The station's statement in the engine's own dialect.

@@ -102,6 +102,8 @@ void SqlSession::OpenAtHost(const QString& host)
         if (error.isValid())
             refuse(error);
     }
+    for (const QString& statement : m_engine->ClusterStatements())
+        RunQuery(m_database, statement);
     EndOldSession();
     m_host = host;
 }
@@ -171,14 +173,17 @@ void SqlSession::Execute(const QString& statement, ExecuteOption option, SqlRows
         if (!error.isValid())
             return;
 
-        const FaultKind kind = m_engine->Judge(error);
+        FaultKind kind = m_engine->Judge(error);
+        // A node that doesn't find back to its cluster: another host may still be in it.
+        if (kind == FaultKind::Contention && tries >= ContentionTries)
+            kind = FaultKind::Lost;
         if (kind == FaultKind::Lost)
             Close();
         CheckInterrupted();
         if (kind == FaultKind::Lost && !reopened && !someCame) {
             reopened = true;
             Open();
-        } else if (kind == FaultKind::Contention && tries < ContentionTries && !someCame) {
+        } else if (kind == FaultKind::Contention && !someCame) {
             QThread::msleep(ContentionPauseMs);
         } else {
             const QString text = FaultText(u"데이터베이스 작업을 하지 못하였습니다.!!"_s, error);

@@ -40,6 +40,11 @@ QStringList SqliteEngine::SessionStatements() const
     return {u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = FULL"_s};
 }
 
+QStringList SqliteEngine::ClusterStatements() const
+{
+    return {};
+}
+
 QString SqliteEngine::DatabaseName(const DatabaseSettings& /*settings*/) const
 {
     return u"main"_s;

@@ -9,6 +9,7 @@ public:
     QStringList Drivers() const override;
     void Configure(QSqlDatabase& database, const DatabaseSettings& settings) const override;
     QStringList SessionStatements() const override;
+    QStringList ClusterStatements() const override;
     QString DatabaseName(const DatabaseSettings& settings) const override;
     QString Translated(const QString& statement) const override;
     std::unique_ptr<RowSource> Stream(const QSqlDatabase& database, const QString& statement) const override;

@@ -8,6 +8,8 @@
 
 #include <QSqlDatabase>
 
+#include <unistd.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -234,11 +236,33 @@ private Q_SLOTS:
         QCOMPARE(FaultOf(*m_connection, u" SELECT * FROM ca "_s), QString());
     }
 
+    void goesOnAtTheHostThatAnswers()
+    {
+        PrivateMariaDb first;
+        const QString address = u"127.77.%1.%2"_s.arg(getpid() / 256 % 256).arg(getpid() % 256);
+        m_connection = OpenConnection({.driver = u"QMARIADB"_s,
+                                       .host = u"%1:%2, localhost"_s.arg(address).arg(first.Port),
+                                       .socket = m_server.Socket(),
+                                       .name = u"mysql"_s,
+                                       .user = u"root"_s});
+        const auto place = [this] {
+            return m_connection->Execute(u" SELECT @@socket AS place "_s)->Fields(u"place"_s).toString();
+        };
+        QVERIFY2(first.Start(address), qPrintable(first.Fault()));
+        QCOMPARE(place(), m_server.Socket()); // as long as it lives
+        m_server.Stop();
+        QCOMPARE(place(), first.Socket());
+        first.Kill();
+        QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
+        QCOMPARE(place(), m_server.Socket());
+    }
+
     void repeatsOnlyWhatHelps_data()
     {
         Columns<QString, int, int, int, bool>("driver", "number", "failures", "runs", "succeeds");
         QTest::newRow("deadlock with another node") << u"QMARIADB"_s << 1213 << 2 << 3 << true;
-        QTest::newRow("cluster that doesn't come back") << u"QMARIADB"_s << 1047 << 1000 << 6 << false;
+        QTest::newRow("cluster that doesn't come back") << u"QMARIADB"_s << 1047 << 1000 << 7 << false;
+        QTest::newRow("commit that its node can't pass on") << u"QMARIADB"_s << 1180 << 1 << 2 << true;
         QTest::newRow("server that shuts down") << u"QMARIADB"_s << 1053 << 1 << 2 << true;
         QTest::newRow("connection lost twice") << u"QMARIADB"_s << 1927 << 1000 << 2 << false;
         QTest::newRow("any other fault") << u"QMARIADB"_s << 1644 << 1 << 1 << false;
