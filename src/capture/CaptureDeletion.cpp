@@ -45,23 +45,15 @@ void CaptureDeletion::DeleteShownVisit(int gridNumber)
 
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridNumber)
 {
-    const bool waited = m_stills.Pending().Holds(visit, number);
-    // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
-    if (!waited)
-        HasPictureRow(visit, number);
-    MoveToLogFolder(visit, number);
-    if (waited)
-        m_stills.Forget(visit, number);
-    try {
-        DeletePictureRow(visit, number);
-        DeleteEmptyVisit(visit);
-    } catch (const DatabaseAway&) {
-        // It had no rows: away with it from the screen too, and nothing is left to say.
-        if (!waited)
-            throw;
-        RemovePicture(m_history.VisitPictures(), number);
+    if (m_stills.Pending().Holds(visit, number)) {
+        DeleteWaitingPicture(visit, number);
         return;
     }
+    // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
+    HasPictureRow(visit, number);
+    MoveToLogFolder(visit, number);
+    DeletePictureRow(visit, number);
+    DeleteEmptyVisit(visit);
     if (gridNumber == 1) {
         m_history.FillPictures(visit, 1, false);
         return;
@@ -69,6 +61,17 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridN
     m_history.FillPictures(visit, 2, true);
     if (Trim(visit.ymd) == Trim(CurrentVisit().ymd))
         m_history.FillPictures(visit, 1, false);
+}
+
+void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
+{
+    MoveToLogFolder(visit, number);
+    m_stills.Forget(visit, number);
+    fpSpread& pictures = m_history.VisitPictures();
+    RemovePicture(pictures, number);
+    // The visit's row may go with it.
+    if (PictureCount(pictures) == 0)
+        m_note.RowIsGone(visit);
 }
 
 void CaptureDeletion::DeleteEmptyVisit(const Visit& visit)

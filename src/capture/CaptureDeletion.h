@@ -24,6 +24,8 @@ public:
 
 private:
     void DeleteOnePicture(const Visit& visit, int number, int gridNumber);
+    /// Its rows are undone when the database comes to it; nothing is waited for.
+    void DeleteWaitingPicture(const Visit& visit, int number);
     void DeleteEmptyVisit(const Visit& visit);
     void DeleteVisitCaptures(const Visit& visit);
 

@@ -207,9 +207,13 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         });
     } catch (const PlatformError&) {
         m_filing.LearnFromFolder(visit);
-        ShowPending(visit);
+        if (m_shown == visit)
+            ShowPending(visit);
         throw;
     }
+    // A later fill, of another visit's pictures, has ended this one.
+    if (m_shown != visit)
+        return;
     ShowPending(visit);
     // Their thumbnails came before the fill, their rows behind its question.
     for (const int number : m_arrived)

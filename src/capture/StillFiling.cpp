@@ -194,7 +194,7 @@ void StillFiling::Submit(const Visit& visit, int number)
 void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault)
 {
     if (m_forgotten.removeOne({visit, number})) {
-        AnswerForgotten(visit, number, fault == nullptr);
+        Undo(visit, number);
         return;
     }
     PendingRows::Entry* entry = m_pending.Find(visit, number);
@@ -222,19 +222,20 @@ void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, s
     Q_EMIT Tidings(text);
 }
 
-void StillFiling::AnswerForgotten(const Visit& visit, int number, bool rowsCame)
+void StillFiling::Undo(const Visit& visit, int number)
 {
-    if (!rowsCame) {
-        Release(visit, number);
-        return;
-    }
-    const auto remove = [visit, number] {
+    const auto remove = [visit, number, isLast = m_pending.NumbersOf(visit).isEmpty()] {
         DeletePictureRow(visit, number);
-        if (StoredNumbers(visit, NumberOrder::Any).isEmpty())
+        if (isLast && StoredNumbers(visit, NumberOrder::Any).isEmpty())
             DeleteVisitRow(visit);
     };
     // The number is claimed until its row has gone: no new picture can have taken it.
-    QueueStatements(this, remove, [this, visit, number](const std::exception_ptr&) { Release(visit, number); });
+    const auto release = [this, visit, number](const std::exception_ptr&) { Release(visit, number); };
+    try {
+        QueueStatements(this, remove, release);
+    } catch (const PlatformError&) {
+        release(nullptr);
+    }
 }
 
 void StillFiling::SetAway(bool isAway)
@@ -279,8 +280,14 @@ void StillFiling::WriteLeft()
         PostToScreen([self, gone, there] {
             if (!self)
                 return;
-            for (const auto& [visit, number] : gone)
-                self->Forget(visit, number);
+            for (const auto& [visit, number] : gone) {
+                const PendingRows::Entry* entry = self->m_pending.Find(visit, number);
+                if (entry == nullptr || entry->isUnderWay)
+                    continue;
+                self->m_pending.Remove(visit, number);
+                self->Release(visit, number);
+                Q_EMIT self->Changed();
+            }
             if (self->m_rowsUnderWay > 0)
                 return;
             *self->m_blocked = false;
@@ -305,7 +312,7 @@ void StillFiling::Forget(const Visit& visit, int number)
     if (isUnderWay)
         m_forgotten.append({visit, number});
     else
-        Release(visit, number);
+        Undo(visit, number);
     Q_EMIT Changed();
 }
 

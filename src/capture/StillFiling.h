@@ -65,7 +65,7 @@ public:
     void WriteLeft();
     /// Lets go of a number whose rows are in, on the filing thread.
     void Release(const Visit& visit, int number);
-    /// A picture that waits has been deleted: its entry and its claim go, and its row if that comes in all the same.
+    /// A picture that waits has been deleted: its entry goes, what came in of its rows, and its claim.
     void Forget(const Visit& visit, int number);
 
     /// The rows have been waited for too long, or the database has refused to answer, and it hasn't answered since.
@@ -97,7 +97,8 @@ private:
     void AnswerFile(const Picture& picture, int number, std::exception_ptr fault, const QString& diskFault);
     void Submit(const Visit& visit, int number);
     void AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault);
-    void AnswerForgotten(const Visit& visit, int number, bool rowsCame);
+    /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
+    void Undo(const Visit& visit, int number);
     void SetAway(bool isAway);
     void Retry();
 

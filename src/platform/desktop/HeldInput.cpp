@@ -32,6 +32,38 @@ bool HasProperty(const QWindow& window, const QPoint& place, const char* propert
     return widget != nullptr;
 }
 
+using EventMaker = std::function<std::unique_ptr<QEvent>()>;
+
+/// Makes the event again. What a pointer's event tells of its place is shared with those that follow it, so that it has
+/// to be taken down by value.
+EventMaker MakerOf(const QEvent& event)
+{
+    switch (event.type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseMove: {
+        const auto& mouse = static_cast<const QMouseEvent&>(event);
+        return [type = mouse.type(), place = mouse.position(), scene = mouse.scenePosition(),
+                global = mouse.globalPosition(), button = mouse.button(), buttons = mouse.buttons(),
+                modifiers = mouse.modifiers(), device = mouse.pointingDevice()] {
+            return std::make_unique<QMouseEvent>(type, place, scene, global, button, buttons, modifiers, device);
+        };
+    }
+    case QEvent::Wheel: {
+        const auto& wheel = static_cast<const QWheelEvent&>(event);
+        return [place = wheel.position(), global = wheel.globalPosition(), pixels = wheel.pixelDelta(),
+                angle = wheel.angleDelta(), buttons = wheel.buttons(), modifiers = wheel.modifiers(),
+                phase = wheel.phase(), inverted = wheel.inverted(), device = wheel.pointingDevice()] {
+            return std::make_unique<QWheelEvent>(place, global, pixels, angle, buttons, modifiers, phase, inverted,
+                                                 Qt::MouseEventNotSynthesized, device);
+        };
+    }
+    default:
+        return [copy = std::shared_ptr<QEvent>(event.clone())] { return std::unique_ptr<QEvent>(copy->clone()); };
+    }
+}
+
 /// A modal window that came up meanwhile keeps the others from their input, as it always does.
 bool IsBlocked(const QWindow& window)
 {
@@ -100,9 +132,9 @@ bool HeldInput::Holds(QWindow& window, QEvent& event)
     default:
         return false;
     }
-    m_held.push_back([window = QPointer(&window), copy = std::shared_ptr<QEvent>(event.clone())] {
+    m_held.push_back([window = QPointer(&window), make = MakerOf(event)] {
         if (window && !IsBlocked(*window))
-            QCoreApplication::sendEvent(window, copy.get());
+            QCoreApplication::sendEvent(window, make().get());
     });
     return true;
 }

@@ -241,6 +241,57 @@ private Q_SLOTS:
         QCOMPARE(list.currentIndex(), 0);
     }
 
+    void InputIsHeldBackInAWait()
+    {
+        struct Window : QWidget
+        {
+            int closed = 0;
+            void closeEvent(QCloseEvent*) override { ++closed; }
+        } form;
+        QPushButton shutter(u"캡쳐"_s, &form);
+        QPushButton other(u"저장"_s, &form);
+        QPushButton end(u"종료"_s, &form);
+        QLineEdit text(&form);
+        shutter.setProperty(ServedWhileWaiting, true);
+        end.setProperty(LeavesWait, true);
+        int top = 0;
+        for (QWidget* each : {static_cast<QWidget*>(&shutter), static_cast<QWidget*>(&other),
+                              static_cast<QWidget*>(&end), static_cast<QWidget*>(&text)})
+            each->setGeometry(0, std::exchange(top, top + 30), 200, 30);
+        QStringList done;
+        for (QPushButton* button : {&shutter, &other, &end}) {
+            button->setFocusPolicy(Qt::NoFocus);
+            connect(button, &QPushButton::clicked, this, [&done, button] { done << button->text(); });
+        }
+        form.show();
+        text.setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(&form));
+        QWindow* window = form.windowHandle();
+        int left = 0;
+        const auto press = [&](const QWidget& control) {
+            QTest::mouseClick(window, Qt::LeftButton, {}, control.geometry().center());
+        };
+        UseService<Desktop>().ServeUntil(
+            [&, began = false]() mutable {
+                if (!std::exchange(began, true)) {
+                    QTest::keyClick(window, 'a');
+                    QTest::keyClick(window, '1');
+                    press(other);
+                    press(shutter);
+                    press(end);
+                    window->close();
+                }
+                return done.size() == 1 && left == 2;
+            },
+            [&] { ++left; });
+        QCOMPARE(done, QStringList{u"캡쳐"_s});
+        QCOMPARE(text.text(), QString());
+        QCOMPARE(form.closed, 0);
+        QTRY_COMPARE(form.closed, 1);
+        QCOMPARE(done, (QStringList{u"캡쳐"_s, u"저장"_s, u"종료"_s}));
+        QCOMPARE(text.text(), u"a1"_s);
+    }
+
     void PanelsKeepAndShorten()
     {
         const auto bar = CreateObject<StatusPanels>(u"MSComctlLib.StatusBar"_s);

@@ -179,9 +179,6 @@ private Q_SLOTS:
             settings.driver = value;
         else if (field == u"socket")
             settings.socket = value;
-        else if (field == u"host")
-            settings = {
-                .driver = u"QMARIADB"_s, .host = value, .port = 9}; // the discard service: nothing listens there
         else if (field == u"name")
             settings.name = value;
         else if (field == u"password")
@@ -234,6 +231,32 @@ private Q_SLOTS:
         }
         QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
         QCOMPARE(FaultOf(*m_connection, u" SELECT * FROM ca "_s), QString());
+    }
+
+    void whatWasGivenUpComesInNoMore()
+    {
+        m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
+        QVERIFY2(m_clinic->Make({}) && m_clinic->Run(u"CREATE TABLE note (v VARCHAR(9));"_s),
+                 qPrintable(m_clinic->Fault()));
+        DatabaseSettings settings = m_clinic->Settings();
+        const ConnectionPointer beside = OpenConnection(settings);
+        settings.connectTimeoutSeconds = settings.replyTimeoutSeconds = 1;
+        m_connection = OpenConnection(settings);
+        const auto old = [&] {
+            return beside
+                ->Execute(u" SELECT COUNT(*) AS n FROM information_schema.processlist WHERE info LIKE 'INSERT%' "_s)
+                ->Fields(u"n"_s)
+                .toInt();
+        };
+        m_server.Freeze();
+        const QString fault = FaultOf(*m_connection, u"INSERT INTO note SELECT IF(SLEEP(60), '', 'old')"_s);
+        m_server.Thaw();
+        QVERIFY(!fault.isEmpty());
+        // The server has it, and goes on with it.
+        QTRY_COMPARE(old(), 1);
+        m_connection->Execute(u"INSERT INTO note VALUES ('new')"_s);
+        QCOMPARE(old(), 0);
+        QCOMPARE(ColumnOf(*beside->Execute(u"SELECT v FROM note"_s), u"v"_s), QStringList{u"new"_s});
     }
 
     void goesOnAtTheHostThatAnswers()
