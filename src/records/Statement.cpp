@@ -7,8 +7,13 @@
 using namespace Qt::StringLiterals;
 
 namespace {
+/// Whose thread this is: work that is under way there keeps to its connection, whatever becomes of the global one.
+thread_local AdoConnection* ownConnection = nullptr;
+
 AdoConnection& OpenConnection()
 {
+    if (ownConnection != nullptr)
+        return *ownConnection;
     if (Connection == nullptr)
         throw DatabaseAway(u"데이터베이스에 연결되어 있지 않습니다.!!"_s);
     return *Connection;
@@ -65,7 +70,12 @@ void Execute(const Statement& statement)
 
 void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done)
 {
-    OpenConnection().Queue(context, std::move(work), std::move(done));
+    AdoConnection& connection = OpenConnection();
+    const auto onThread = [&connection, work = std::move(work)] {
+        ownConnection = &connection;
+        work();
+    };
+    connection.Queue(context, onThread, std::move(done));
 }
 
 bool HasRow(const AdoRecordset& rows)

@@ -36,7 +36,8 @@ private:
     QString m_text;
 };
 
-/// Opens the statement's rows on the global connection. Throws PlatformError with the driver's text.
+/// Opens the statement's rows on the global connection, or, in work that was handed over, on the one that does it.
+/// Throws PlatformError with the driver's text.
 std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor = adOpenForwardOnly,
                                        ExecuteOption option = adOptionUnspecified);
 /// Runs a statement without rows. Throws PlatformError with the driver's text.

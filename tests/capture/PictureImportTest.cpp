@@ -137,7 +137,8 @@ private Q_SLOTS:
         QTEST(m_box->Desk().shown, "shown");
         QVERIFY(NothingIsStored());
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
-#ifndef __SANITIZE_ADDRESS__ // Under the sanitizer the reader runs without its limit of memory.
+// Under a sanitizer the reader runs without its limit of memory.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
         for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
             rusage used = {};
             getrusage(who, &used);

@@ -30,3 +30,7 @@ target_link_libraries(station_box
 foreach(each station_test_support station_box)
     station_precompiled(${each} tests)
 endforeach()
+
+if(CMAKE_CXX_FLAGS MATCHES "fsanitize=thread")
+    target_sources(station_test_support INTERFACE "${CMAKE_CURRENT_LIST_DIR}/thread_sanitizer.cpp")
+endif()

@@ -2,10 +2,10 @@
 
 #include "platform/imaging/picture_file.h"
 
-#include <QMutex>
 #include <QThreadPool>
-#include <QWaitCondition>
 
+#include <condition_variable>
+#include <mutex>
 #include <new>
 #include <vector>
 
@@ -32,8 +32,8 @@ struct DecodingBatch::Work
 
     picturefile::Wish wish;
     size_t lookAhead = 1;
-    mutable QMutex mutex;
-    QWaitCondition ready;
+    mutable std::mutex mutex;
+    std::condition_variable ready;
     std::vector<Entry> entries;
     size_t next = 0;                ///< First entry that no thread has begun.
     size_t end = 0;                 ///< First entry that must wait for one to be taken.
@@ -55,13 +55,13 @@ DecodingBatch::DecodingBatch(const QList<PictureSource>& sources, const picturef
 
 DecodingBatch::~DecodingBatch()
 {
-    const QMutexLocker lock(&m_work->mutex);
+    const std::lock_guard lock(m_work->mutex);
     m_work->batch = nullptr;
 }
 
 bool DecodingBatch::IsReady(int index) const
 {
-    const QMutexLocker lock(&m_work->mutex);
+    const std::lock_guard lock(m_work->mutex);
     const auto place = static_cast<size_t>(index);
     return place < m_work->entries.size() && m_work->entries[place].ready;
 }
@@ -69,7 +69,7 @@ bool DecodingBatch::IsReady(int index) const
 QImage DecodingBatch::Take(int index)
 {
     const auto place = static_cast<size_t>(index);
-    QMutexLocker lock(&m_work->mutex);
+    std::unique_lock lock(m_work->mutex);
     if (place >= m_work->entries.size())
         return {};
     const size_t end = qMin(m_work->entries.size(), place + 1 + m_work->lookAhead);
@@ -77,10 +77,10 @@ QImage DecodingBatch::Take(int index)
         m_work->end = end;
         lock.unlock();
         StartWorkers();
-        lock.relock();
+        lock.lock();
     }
     while (!m_work->entries[place].ready)
-        m_work->ready.wait(&m_work->mutex);
+        m_work->ready.wait(lock);
     return std::exchange(m_work->entries[place].picture, QImage());
 }
 
@@ -93,16 +93,16 @@ void DecodingBatch::StartWorkers()
 
 void DecodingBatch::DecodeNext(const std::shared_ptr<Work>& work)
 {
-    QMutexLocker lock(&work->mutex);
+    std::unique_lock lock(work->mutex);
     while (work->batch != nullptr && work->next < work->end) {
         const size_t place = work->next++;
         const PictureSource source = work->entries[place].source;
         lock.unlock();
         QImage picture = ReadOrNull(source, work->wish);
-        lock.relock();
+        lock.lock();
         work->entries[place].picture = std::move(picture);
         work->entries[place].ready = true;
-        work->ready.wakeAll();
+        work->ready.notify_all();
         if (work->batch != nullptr)
             QMetaObject::invokeMethod(work->batch, &PictureBatch::Ready, Qt::QueuedConnection);
     }

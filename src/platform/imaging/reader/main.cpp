@@ -14,7 +14,7 @@
 namespace {
 
 /// Most memory of its own; what is only mapped from a file doesn't count. In bytes.
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr rlim_t DataLimit = RLIM_INFINITY; // The sanitizer's own maps are far larger.
 #else
 constexpr rlim_t DataLimit = 480 << 20;
