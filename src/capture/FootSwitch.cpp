@@ -14,8 +14,8 @@ using namespace Qt::StringLiterals;
 namespace {
 /// The pause after a still, in milliseconds. The switch bounces, and a foot is slow to leave it.
 constexpr int PauseMs = 100;
-/// A file that isn't there by then keeps the foot from no further press.
-constexpr int FilePatienceMs = 1000;
+/// A file that isn't there by then, because its share is slow, keeps the foot from no further press.
+constexpr int FilePatienceMs = 250;
 
 template <class Step>
 void IgnoringFaults(Step step)

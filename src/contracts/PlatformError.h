@@ -34,3 +34,11 @@ class DatabaseAway : public PlatformError
 public:
     using PlatformError::PlatformError;
 };
+
+/// A file or a folder can't be reached because the share that holds it doesn't answer, or the operator has given up
+/// waiting for it.
+class FilesAway : public PlatformError
+{
+public:
+    using PlatformError::PlatformError;
+};

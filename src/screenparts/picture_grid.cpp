@@ -3,6 +3,7 @@
 #include "contracts/desktop.h"
 #include "contracts/pictures.h"
 #include "frame/components.h"
+#include "frame/file_calls.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
@@ -10,8 +11,8 @@
 #include <algorithm>
 
 namespace {
-/// A picture takes far less; a file on a share that hangs must not hold the fill for good.
-constexpr int DecodeWaitMs = 30000;
+/// A picture takes far less: from here on the fill waits as all work on files does.
+constexpr int DecodeWaitMs = 500;
 
 /// The last row in which a number stands, 0 when none does; a box ticked below it is no picture.
 int LastNumberRow(fpSpread& grid, const QList<int>& columns)
@@ -97,7 +98,9 @@ std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, Pic
     const auto isOver = [&] { return !grid || !grid->IsCurrentFill(fill); };
     Desktop& desktop = UseService<Desktop>();
     desktop.PumpEvents();
-    desktop.PumpEventsUntil([&] { return isOver() || batch.IsReady(at); }, DecodeWaitMs);
+    const auto isReady = [&] { return isOver() || batch.IsReady(at); };
+    if (!desktop.PumpEventsUntil(isReady, DecodeWaitMs) && !desktop.ProgramEnded())
+        filecalls::AwaitUntil(isReady);
     // A handler that the pump let in may have closed the screen or begun a newer fill.
     if (isOver())
         return std::nullopt;

@@ -41,7 +41,7 @@ struct PicturePlace
 PicturePlace PlaceAfter(int pictures, int gridNumber);
 
 /// Serves events until that picture of a grid's fill is decoded. Nothing when the fill has ended meanwhile, because the
-/// grid is gone or a newer one has begun; a null picture when it can't be read or takes too long.
+/// grid is gone or a newer one has begun; a null picture when it can't be read. Throws FilesAway.
 std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at);
 
 /// How many pictures a grid of layout 1 shows.

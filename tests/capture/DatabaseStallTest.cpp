@@ -38,12 +38,14 @@ private Q_SLOTS:
         m_box->FaultyFiles().FailAt(1, true, FailingFiles::Lists);
         MSComm& port = *screen.findChild<MSComm*>(u"commCapture"_s);
         for (int still = 2; still <= 7; ++still) {
-            QTRY_VERIFY(port.PortOpen());
             const int frame = FakeVideoCap::Last()->frames + 1;
             cable.Send("1");
             const QString picture = m_box->PicturePath(Day, Stomach, still);
             QTRY_VERIFY(FileExists(picture));
             QCOMPARE(FakeVideoCap::FrameNumber(picture), frame);
+            // The foot is let in again when the screen has heard of the file.
+            QTRY_VERIFY(!port.PortOpen());
+            QTRY_VERIFY(port.PortOpen());
         }
         QTRY_COMPARE(Mark(7), u"기록 대기"_s);
         QCOMPARE(Mark(1) + Mark(2), u"기록 대기"_s);

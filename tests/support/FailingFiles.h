@@ -3,6 +3,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/files/WaitingFiles.h"
 
 /// The real files, which fail when told to.
 class FailingFiles final : public LocalFiles
@@ -13,10 +14,9 @@ public:
     /// Installs one as the station's files.
     static FailingFiles& Install()
     {
-        auto files = std::make_unique<FailingFiles>();
-        FailingFiles& installed = *files;
-        InstallService<FileStore>(std::move(files));
-        return installed;
+        auto files = std::make_shared<FailingFiles>();
+        InstallService<FileStore>(std::make_unique<WaitingFiles>(files));
+        return *files;
     }
 
     /// The operation of that kind that is the `countdown`th from now fails, and each after it while `lasting`.

@@ -4,6 +4,7 @@
 #include "frame/components.h"
 #include "frame/services.h"
 #include "platform/files/posix_files.h"
+#include "platform/files/WaitingFiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -279,5 +280,5 @@ void LocalFiles::DeleteFile(const QString& path)
 
 void RegisterFiles()
 {
-    InstallService<FileStore>(std::make_unique<LocalFiles>());
+    InstallService<FileStore>(std::make_unique<WaitingFiles>(std::make_shared<LocalFiles>()));
 }

@@ -37,5 +37,5 @@ public:
     void RemoveLeftovers(const QString& folder) override;
 };
 
-/// Installs the file service.
+/// Installs the file service: local files, waited for off the user-interface thread.
 void RegisterFiles();

@@ -1,5 +1,6 @@
 #include "platform/imaging/DecodingBatch.h"
 
+#include "frame/file_calls.h"
 #include "platform/imaging/picture_file.h"
 
 #include <QThreadPool>
@@ -79,8 +80,14 @@ QImage DecodingBatch::Take(int index)
         StartWorkers();
         lock.lock();
     }
-    while (!m_work->entries[place].ready)
-        m_work->ready.wait(lock);
+    if (!m_work->entries[place].ready) {
+        lock.unlock();
+        filecalls::Await([work = m_work, place] {
+            std::unique_lock waiting(work->mutex);
+            work->ready.wait(waiting, [&] { return work->entries[place].ready; });
+        });
+        lock.lock();
+    }
     return std::exchange(m_work->entries[place].picture, QImage());
 }
 

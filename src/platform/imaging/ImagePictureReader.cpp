@@ -1,6 +1,7 @@
 #include "platform/imaging/ImagePictureReader.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/file_calls.h"
 #include "platform/imaging/DecodingBatch.h"
 #include "platform/imaging/picture_file.h"
 
@@ -23,21 +24,28 @@ QList<PictureSource> SourcesOf(const QStringList& paths)
         sources.append({path, {}});
     return sources;
 }
+
+picturefile::Result ReadOffScreen(const QString& path, const Wish& wish = {})
+{
+    return filecalls::Ask([path, wish] { return picturefile::Read(path, wish); });
+}
 } // namespace
 
-ImagePictureReader::ImagePictureReader() : m_pool(std::make_shared<QThreadPool>())
+ImagePictureReader::ImagePictureReader()
+    : m_filePool(std::make_shared<QThreadPool>()), m_contentPool(std::make_shared<QThreadPool>())
 {
-    m_pool->setMaxThreadCount(2);
+    m_filePool->setMaxThreadCount(2);
+    m_contentPool->setMaxThreadCount(1);
 }
 
 QImage ImagePictureReader::Load(const QString& path)
 {
-    return picturefile::Read(path).picture;
+    return ReadOffScreen(path).picture;
 }
 
 QImage ImagePictureReader::LoadToEdit(const QString& path)
 {
-    const picturefile::Result result = picturefile::Read(path);
+    const picturefile::Result result = ReadOffScreen(path);
     if (result.fault == picturefile::UnreadableText())
         throw PlatformError(u"그림을 읽을 수 없습니다.!!"_s);
     if (!result.fault.isEmpty())
@@ -53,7 +61,7 @@ QImage ImagePictureReader::LoadToEdit(const QString& path)
 
 ForeignPicture ImagePictureReader::LoadForeign(const QString& path)
 {
-    const picturefile::Result result = picturefile::ReadForeign(path);
+    const picturefile::Result result = filecalls::Ask([path] { return picturefile::ReadForeign(path); });
     if (!result.fault.isEmpty())
         throw PlatformError(result.fault);
     return {result.picture, result.content};
@@ -61,26 +69,26 @@ ForeignPicture ImagePictureReader::LoadForeign(const QString& path)
 
 QImage ImagePictureReader::LoadWithin(const QString& path, QSize room)
 {
-    return picturefile::Read(path, {Fit::Within, room}).picture;
+    return ReadOffScreen(path, {Fit::Within, room}).picture;
 }
 
 QImage ImagePictureReader::LoadToPrint(const QString& path, QSize room)
 {
-    return picturefile::Read(path, {Fit::AtLeast, room}).picture;
+    return ReadOffScreen(path, {Fit::AtLeast, room}).picture;
 }
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadAll(const QStringList& paths, QSize room)
 {
-    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::Within, room}, LookAhead, m_pool);
+    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::Within, room}, LookAhead, m_filePool);
 }
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadAllToPrint(const QStringList& paths, QSize room)
 {
-    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::AtLeast, room}, PrintedLookAhead, m_pool);
+    return std::make_unique<DecodingBatch>(SourcesOf(paths), Wish{Fit::AtLeast, room}, PrintedLookAhead, m_filePool);
 }
 
 std::unique_ptr<PictureBatch> ImagePictureReader::LoadContent(const QByteArray& content, QSize room)
 {
     return std::make_unique<DecodingBatch>(QList<PictureSource>{{{}, content}}, Wish{Fit::Within, room}, LookAhead,
-                                           m_pool);
+                                           m_contentPool);
 }

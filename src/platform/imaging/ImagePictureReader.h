@@ -21,5 +21,7 @@ public:
     std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) override;
 
 private:
-    std::shared_ptr<QThreadPool> m_pool;
+    std::shared_ptr<QThreadPool> m_filePool;
+    /// A share that hangs keeps no picture waiting that is in memory.
+    std::shared_ptr<QThreadPool> m_contentPool;
 };

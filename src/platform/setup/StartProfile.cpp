@@ -4,7 +4,9 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/file_calls.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -13,6 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
+/// A share that doesn't answer at the start is told after so long.
+constexpr int SharePatienceMs = 4000;
 
 /// Tables without which no visit can be worked on. The station makes the others itself.
 const QStringList& NeededTables()
@@ -67,7 +71,8 @@ bool IsMountPoint(const QString& path)
 void CheckCaptureRoot(const SetupFile& file)
 {
     const QString& root = file.client.CaptureRoot;
-    if (file.needsCaptureMount && !IsMountPoint(root))
+    const waiting::Patience patience(SharePatienceMs);
+    if (file.needsCaptureMount && !filecalls::Ask([root] { return IsMountPoint(root); }))
         throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
     MakeFolder(root);
 }
@@ -118,7 +123,16 @@ bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool
     Attempt(problems, [&] { file = ReadSetupFile(Files().ReadFile(path), QFileInfo(path).absolutePath()); });
     problems.append(file.problems);
     if (problems.isEmpty()) {
-        Attempt(problems, [&] { CheckCaptureRoot(file); });
+        Attempt(problems, [&] {
+            try {
+                CheckCaptureRoot(file);
+            } catch (const FilesAway&) {
+                // An examination goes on without it.
+                ShowInformation(
+                    u"캡쳐 폴더의 공유가 응답하지 않습니다.!! (%1)\r\n"
+                    "응답할 때까지 그림은 이 컴퓨터에 보관합니다."_s.arg(NativePath(file.client.CaptureRoot)));
+            }
+        });
         Attempt(problems, [&] {
             ReadPassword(file);
             if (openConnection)

@@ -2,6 +2,7 @@
 #include "frame/services.h"
 #include "platform/imaging/register_imaging.h"
 #include "support/PictureFiles.h"
+#include "support/ScriptedDesktop.h"
 #include "support/testing.h"
 
 using namespace Qt::StringLiterals;
@@ -59,7 +60,11 @@ class PictureReaderTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { RegisterImaging(); }
+    void initTestCase()
+    {
+        ScriptedDesktop::Install();
+        RegisterImaging();
+    }
 
     void FitsRoom_data()
     {
