@@ -26,13 +26,15 @@ void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
     const QString text = m_history.NumberUnder(gridNumber, column, row);
-    if (!visit || !IsNumericText(text))
+    const bool waits = gridNumber == 1 && text == AwaitedNumber;
+    const int number = waits ? m_stills.WithoutNumberAt({column, row}) : IsNumericText(text) ? WholeNumber(text) : 0;
+    if (!visit || number == 0)
         return;
     if (!AskYesNo(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
         return;
-    // A fill may have put another picture there while the question stood open.
-    if (m_history.ShownVisit(gridNumber) == visit && m_history.NumberUnder(gridNumber, column, row) == text)
-        DeleteOnePicture(*visit, WholeNumber(text), gridNumber);
+    // A fill may have put another picture there while the question stood open, and one that waited may have its number.
+    if (m_history.ShownVisit(gridNumber) == visit && (waits || m_history.NumberUnder(gridNumber, column, row) == text))
+        DeleteOnePicture(*visit, m_stills.NumberNow(number), gridNumber);
 }
 
 void CaptureDeletion::DeleteShownVisit(int gridNumber)
@@ -65,10 +67,13 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridN
 
 void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
 {
-    MoveToLogFolder(visit, number);
-    m_stills.Forget(visit, number);
+    if (number > 0)
+        MoveToLogFolder(visit, number);
     fpSpread& pictures = m_history.VisitPictures();
-    RemovePicture(pictures, number);
+    const std::optional<QPoint> place = m_stills.PlaceOf(number);
+    m_stills.Forget(visit, number);
+    if (place)
+        RemovePicture(pictures, *place);
     // The visit's row may go with it.
     if (PictureCount(pictures) == 0)
         m_note.RowIsGone(visit);
@@ -76,7 +81,7 @@ void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
 
 void CaptureDeletion::DeleteEmptyVisit(const Visit& visit)
 {
-    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty() || !m_stills.Pending().NumbersOf(visit).isEmpty())
+    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty() || m_stills.Pending().HasAny(visit))
         return;
     DeleteVisitRow(visit);
     m_note.RowIsGone(visit);
@@ -94,6 +99,8 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
         MoveToLogFolder(visit, number);
         m_stills.Forget(visit, number);
     }
+    for (const int number : m_stills.Pending().SpooledOf(visit))
+        m_stills.Forget(visit, number);
     DeleteVisitRow(visit);
     DeletePictureRows(visit);
     // Another date's deletion says nothing of today's visit, whose pictures are still there.

@@ -6,6 +6,8 @@
 #include "frame/services.h"
 #include "visit/Visit.h"
 
+#include <QPointer>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -63,18 +65,17 @@ void LookAtClaim(const QString& name, const PendingRows::Folder& folder, QList<L
         return;
     leftover.visit.yuhyung = facts->yuhyung;
     leftover.visit.imageExt = facts->imageExt;
+    leftover.picture = facts->picture;
     if (HasPicture(leftover.visit, leftover.number))
         found.append(leftover);
     else
         DeleteFile(path);
 }
 
-void LookInFolder(const PendingRows::Folder& folder, const std::stop_token& stop, QList<LeftoverNumber>& found)
+void LookInFolder(const PendingRows::Folder& folder, QList<LeftoverNumber>& found)
 {
     const QString section = SectionFolder(folder.captureDir, folder.etc);
     for (const QString& name : Files().FilesStartingWith(section, QString())) {
-        if (stop.stop_requested())
-            return;
         try {
             LookAtClaim(name, folder, found);
         } catch (const PlatformError&) {
@@ -87,12 +88,12 @@ void LookInFolder(const PendingRows::Folder& folder, const std::stop_token& stop
 
 } // namespace
 
-QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& folders, const std::stop_token& stop)
+QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& folders)
 {
     QList<LeftoverNumber> found;
     for (const PendingRows::Folder& folder : folders) {
         try {
-            LookInFolder(folder, stop, found);
+            LookInFolder(folder, found);
         } catch (const PlatformError&) {
             // A list of an earlier run may name a folder that can be none.
         }
@@ -102,9 +103,11 @@ QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& 
 
 void LeftoverNumbers::LookIn(const QList<PendingRows::Folder>& folders)
 {
-    m_thread = std::jthread([this, folders](const std::stop_token& stop) {
-        const QList<LeftoverNumber> numbers = FindIn(folders, stop);
-        QMetaObject::invokeMethod(
-            this, [this, numbers] { Q_EMIT Found(numbers); }, Qt::QueuedConnection);
+    m_thread.Post([folders, self = QPointer(this)] {
+        const QList<LeftoverNumber> numbers = FindIn(folders);
+        PostToScreen([self, numbers] {
+            if (self)
+                Q_EMIT self->Found(numbers);
+        });
     });
 }

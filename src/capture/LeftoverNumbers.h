@@ -1,17 +1,17 @@
 #pragma once
 
 #include "capture/PendingRows.h"
+#include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
 #include <QObject>
-
-#include <thread>
 
 /// A number that a dead station of this machine was filing: its claim stands, and its picture too.
 struct LeftoverNumber
 {
     Visit visit;
     int number = 0;
+    QString picture{}; ///< Identity of the picture, as the claim tells it.
 };
 
 /// Looks for the numbers that dead stations of this machine were filing, and clears away what else they left: claims
@@ -25,11 +25,11 @@ public:
     /// Begins to look in these sections' folders. `Found` follows once.
     void LookIn(const QList<PendingRows::Folder>& folders);
     /// Looks, and returns when that is done.
-    static QList<LeftoverNumber> FindIn(const QList<PendingRows::Folder>& folders, const std::stop_token& stop);
+    static QList<LeftoverNumber> FindIn(const QList<PendingRows::Folder>& folders);
 
 Q_SIGNALS:
     void Found(const QList<LeftoverNumber>& numbers);
 
 private:
-    std::jthread m_thread;
+    WorkThread m_thread;
 };

@@ -24,14 +24,30 @@ void Delete(const QString& path)
 
 } // namespace
 
-std::unique_ptr<NumberClaim> NumberClaim::Take(const Visit& visit, int number)
+std::unique_ptr<NumberClaim> NumberClaim::Take(const Visit& visit, int number, const QString& picture)
 {
     const QString path = visit.ClaimPath(number);
-    const QJsonObject facts{
-        {u"holder"_s, Files().ProcessMark()}, {u"yuhyung"_s, visit.yuhyung}, {u"imageExt"_s, visit.imageExt}};
+    const QJsonObject facts{{u"holder"_s, Files().ProcessMark()},
+                            {u"yuhyung"_s, visit.yuhyung},
+                            {u"imageExt"_s, visit.imageExt},
+                            {u"picture"_s, picture}};
     if (!Files().CreateExclusively(path, QJsonDocument(facts).toJson(QJsonDocument::Compact)))
         return nullptr;
     return std::unique_ptr<NumberClaim>(new NumberClaim(path));
+}
+
+std::optional<int> NumberClaim::NumberOf(const Visit& visit, const QString& picture)
+{
+    for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix())) {
+        bool isNumber = false;
+        const int number = name.mid(visit.PicturePrefix().size()).toInt(&isNumber);
+        if (!isNumber)
+            continue; // A picture, not a claim.
+        const std::optional<Facts> facts = Read(visit.ClaimPath(number));
+        if (facts && facts->picture == picture && PictureExists(visit.PicturePath(number)))
+            return number;
+    }
+    return std::nullopt;
 }
 
 void NumberClaim::Release(const Visit& visit, int number)
@@ -49,7 +65,7 @@ std::optional<NumberClaim::Facts> NumberClaim::Read(const QString& path)
     try {
         const QJsonObject facts = QJsonDocument::fromJson(Files().ReadArchivedFile(path)).object();
         const auto text = [&facts](const QString& key) { return facts.value(key).toString(); };
-        return Facts{text(u"holder"_s), text(u"yuhyung"_s), text(u"imageExt"_s)};
+        return Facts{text(u"holder"_s), text(u"yuhyung"_s), text(u"imageExt"_s), text(u"picture"_s)};
     } catch (const PlatformError&) {
         return std::nullopt;
     }

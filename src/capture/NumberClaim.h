@@ -19,10 +19,14 @@ public:
         QString holder; ///< Mark of the process.
         QString yuhyung;
         QString imageExt;
+        QString picture; ///< Identity of the picture that the number is for.
     };
 
-    /// Null when the number is claimed already, by whomever. Throws PlatformError when the folder refuses.
-    static std::unique_ptr<NumberClaim> Take(const Visit& visit, int number);
+    /// Null when the number is claimed already, by whomever. Throws PlatformError when the folder refuses. `picture` is
+    /// unlike that of any other picture.
+    static std::unique_ptr<NumberClaim> Take(const Visit& visit, int number, const QString& picture);
+    /// The number under which a picture stands whose claim hasn't been released; nothing when there is none.
+    static std::optional<int> NumberOf(const Visit& visit, const QString& picture);
     /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
     static void Release(const Visit& visit, int number);
     static bool Stands(const Visit& visit, int number);

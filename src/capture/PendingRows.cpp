@@ -68,7 +68,8 @@ QJsonObject ToJson(const PendingRows::Entry& entry)
             {u"imageExt"_s, visit.imageExt},
             {u"number"_s, entry.number},
             {u"note"_s, entry.note},
-            {u"refused"_s, entry.refused}};
+            {u"refused"_s, entry.refused},
+            {u"spooled"_s, entry.spooled}};
 }
 
 PendingRows::Entry FromJson(const QJsonObject& json)
@@ -78,7 +79,10 @@ PendingRows::Entry FromJson(const QJsonObject& json)
              text(u"imageExt"_s)},
             json.value(u"number"_s).toInt(),
             text(u"note"_s),
-            json.value(u"refused"_s).toBool()};
+            json.value(u"refused"_s).toBool(),
+            false,
+            false,
+            text(u"spooled"_s)};
 }
 
 auto IsOf(const Visit& visit, int number)
@@ -186,6 +190,9 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
         for (const auto& value : entries) {
             m_entries.append(FromJson(value.toObject()));
             m_entries.last().waits = true;
+            // Numbers there are a process's own.
+            if (!m_entries.last().spooled.isEmpty())
+                m_entries.last().number = --m_lastSpooled;
         }
         const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
@@ -207,22 +214,61 @@ QList<int> PendingRows::NumbersOf(const Visit& visit) const
 {
     QList<int> numbers;
     for (const Entry& entry : m_entries) {
-        if (entry.visit == visit)
+        if (entry.visit == visit && entry.number > 0)
             numbers.append(entry.number);
     }
     return numbers;
 }
 
+QList<PendingRows::Entry> PendingRows::Spooled() const
+{
+    QList<Entry> spooled = m_entries;
+    spooled.removeIf([](const Entry& entry) { return entry.number > 0; });
+    return spooled;
+}
+
+QList<int> PendingRows::SpooledOf(const Visit& visit) const
+{
+    QList<int> numbers;
+    for (const Entry& entry : m_entries) {
+        if (entry.visit == visit && entry.number < 0)
+            numbers.append(entry.number);
+    }
+    return numbers;
+}
+
+int PendingRows::Spool(const Visit& visit, const QString& picture, const QString& note)
+{
+    Entry entry{visit, --m_lastSpooled, note};
+    entry.waits = true;
+    entry.spooled = picture;
+    m_entries.append(entry);
+    Store();
+    return entry.number;
+}
+
+void PendingRows::File(const Visit& visit, int spooled, int number)
+{
+    if (Entry* entry = Find(visit, spooled)) {
+        entry->number = number;
+        entry->spooled.clear();
+    }
+    Store();
+}
+
 int PendingRows::Waiting() const
 {
-    return static_cast<int>(std::ranges::count_if(m_entries, [](const Entry& entry) { return !entry.refused; }));
+    return static_cast<int>(
+        std::ranges::count_if(m_entries, [](const Entry& entry) { return !entry.refused && entry.number > 0; }));
 }
 
 QList<std::pair<Visit, int>> PendingRows::All() const
 {
     QList<std::pair<Visit, int>> all;
-    for (const Entry& entry : m_entries)
-        all.append({entry.visit, entry.number});
+    for (const Entry& entry : m_entries) {
+        if (entry.number > 0)
+            all.append({entry.visit, entry.number});
+    }
     return all;
 }
 

@@ -19,6 +19,7 @@
 #include "text/text_routines.h"
 
 #include <QDeadlineTimer>
+#include <QScopeGuard>
 #include <QTimer>
 
 #include <algorithm>
@@ -32,7 +33,7 @@ constexpr int StillQuality = 90;
 constexpr int MostPictures = 50;
 
 /// What the closing waits for files that are being written, and for rows that are on their way.
-constexpr int FilePatienceMs = 5000;
+constexpr int FilePatienceMs = 2500;
 constexpr int RowsPatienceMs = 2000;
 /// The message about what is left closes by itself.
 constexpr int ClosingPatienceMs = 10000;
@@ -52,6 +53,7 @@ StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
 {
     connect(&m_leftovers, &LeftoverNumbers::Found, this,
             [this](const QList<LeftoverNumber>& numbers) { Guarded([&] { Settle(numbers); }); });
+    connect(&m_filing.Pictures(), &StillFiles::Moved, this, &StillCapture::ShowMoved);
     connect(&m_filing, &StillFiling::Safe, this, &StillCapture::ShowSafe);
     connect(&m_filing, &StillFiling::Waits, this, &StillCapture::ShowWaiting);
     connect(&m_filing, &StillFiling::Changed, this, &StillCapture::ShowOutage);
@@ -101,11 +103,13 @@ bool StillCapture::HasRoom()
     if (!m_line.PicturesAreHeld())
         return PictureCount(m_grid) + onRoad < MostPictures;
     // A grid that is being filled tells nothing: what it is filled from does.
-    if (m_shown != visit || m_read.size() + onRoad < MostPictures)
+    const qsizetype spooled = std::ranges::count_if(m_filing.Pending().SpooledOf(visit),
+                                                    [&](int number) { return OnRoad(visit, number) == nullptr; });
+    if (m_shown != visit || m_read.size() + onRoad + spooled < MostPictures)
         return true;
     const auto pictures =
         std::ranges::count_if(m_read, [&](int number) { return PictureExists(visit.PicturePath(number)); });
-    return pictures + onRoad < MostPictures;
+    return pictures + onRoad + spooled < MostPictures;
 }
 
 void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed)
@@ -113,20 +117,23 @@ void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray(
     m_note.BringBack();
     const auto still = std::make_shared<Still>(Still{visit});
     m_road.append(still);
-    m_filing.File({visit, encode,
-                   [this, still](const QByteArray& content) {
-                       still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
-                       connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
-                       ShowReady();
-                   },
-                   [this, still, filed](int number, const std::exception_ptr& fault) {
-                       still->number = number;
-                       if (fault != nullptr) {
-                           m_road.removeOne(still);
-                           ShowReady();
-                       }
-                       Guarded([&] { filed(fault); });
-                   }});
+    auto refused = qScopeGuard([&] { m_road.removeOne(still); });
+    m_filing.Pictures().File({visit, encode,
+                              [this, still](const QByteArray& content) {
+                                  still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
+                                  connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
+                                  ShowReady();
+                              },
+                              [this, still, filed](int number, const std::exception_ptr& fault) {
+                                  still->number = number;
+                                  still->mayShow |= number < 0;
+                                  if (fault != nullptr)
+                                      m_road.removeOne(still);
+                                  if (fault != nullptr || number < 0)
+                                      ShowReady();
+                                  Guarded([&] { filed(fault); });
+                              }});
+    refused.dismiss();
 }
 
 void StillCapture::ShowReady()
@@ -145,7 +152,7 @@ void StillCapture::ShowStill(const StillPointer& still)
     if (still->visit != CurrentVisit())
         return;
     // A fill that it waited for may have found it already.
-    std::optional<QPoint> place = FindPicture(m_grid, 1, still->number);
+    std::optional<QPoint> place = PlaceOf(still->number);
     if (!place)
         place = PlaceThumbnail(still->visit, still->number, still->thumbnail->Take(0));
     m_grid.SetActiveCell(1, place->y());
@@ -167,13 +174,37 @@ QPoint StillCapture::PlaceThumbnail(const Visit& visit, int number, const QImage
     int column = 0;
     NextGridSlot(number, row, column, 1, m_grid);
     PlacePicture(m_grid, row, column, thumbnail, number);
+    if (number < 0) {
+        m_unnumbered.append(number);
+        m_spooled.insert(number, thumbnail);
+    }
     MarkWaiting(visit, number);
     return {column, row};
 }
 
+std::optional<QPoint> StillCapture::PlaceOf(int number) const
+{
+    if (number > 0)
+        return FindPicture(m_grid, 1, number);
+    const QList<QPoint> places = PicturesWithoutNumber(m_grid);
+    const qsizetype at = m_unnumbered.indexOf(number);
+    return at >= 0 && at < places.size() ? std::optional(places[at]) : std::nullopt;
+}
+
+int StillCapture::WithoutNumberAt(QPoint place) const
+{
+    return m_unnumbered.value(PicturesWithoutNumber(m_grid).indexOf(place), 0);
+}
+
+void StillCapture::ForgetShown()
+{
+    m_shown.reset();
+    m_unnumbered.clear();
+}
+
 void StillCapture::MarkWaiting(const Visit& visit, int number)
 {
-    if (const std::optional<QPoint> place = FindPicture(m_grid, 1, number))
+    if (const std::optional<QPoint> place = PlaceOf(number))
         MarkPicture(m_grid, place->x(), place->y(), m_filing.Pending().Holds(visit, number) ? PendingMark : QString());
 }
 
@@ -181,6 +212,38 @@ void StillCapture::ShowPending(const Visit& visit)
 {
     for (const int number : m_filing.Pending().NumbersOf(visit))
         ShowFiled(visit, number);
+    ShowSpooled(visit);
+}
+
+void StillCapture::ShowSpooled(const Visit& visit)
+{
+    for (const PendingRows::Entry& entry : m_filing.Pending().Spooled()) {
+        if (entry.visit != visit || OnRoad(visit, entry.number) != nullptr || PlaceOf(entry.number))
+            continue;
+        // An earlier run has left its file alone.
+        const QImage thumbnail =
+            m_spooled.contains(entry.number)
+                ? m_spooled.value(entry.number)
+                : Pictures().LoadWithin(StillFiles::SpoolPath(entry.spooled), m_grid.CellPixels(1, 1));
+        PlaceThumbnail(visit, entry.number, thumbnail);
+    }
+}
+
+void StillCapture::ShowMoved(const Visit& visit, int spooled, int number)
+{
+    m_moved.insert(spooled, number);
+    m_spooled.remove(spooled);
+    if (const StillPointer still = OnRoad(visit, spooled)) {
+        still->number = number;
+        return;
+    }
+    m_line.Show([this, spooled, number] {
+        const std::optional<QPoint> place = PlaceOf(spooled);
+        if (!place)
+            return;
+        NumberPicture(m_grid, *place, number);
+        m_unnumbered.removeOne(spooled);
+    });
 }
 
 void StillCapture::ShowFiled(const Visit& visit, int number)
@@ -194,8 +257,10 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
     const FillLine::Hold hold(m_line);
     // The pictures of another visit may not stand there while this one's are awaited.
-    if (m_shown != visit)
+    if (m_shown != visit) {
         ClearPictureGrid(m_grid, 1);
+        m_unnumbered.clear();
+    }
     m_shown = visit;
     m_arrived.clear();
     std::optional<FillLine::PictureHold> placing;
@@ -203,7 +268,8 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         LoadCaptureList(visit, m_grid, 1, keepCursor, [&](const QList<int>& numbers) {
             placing.emplace(m_line);
             m_read = numbers;
-            m_filing.Numbers().Read(visit, numbers);
+            m_unnumbered.clear();
+            m_filing.Pictures().Numbers().Read(visit, numbers);
         });
     } catch (const PlatformError&) {
         m_filing.LearnFromFolder(visit);
@@ -238,7 +304,7 @@ void StillCapture::ShowWaiting(const Visit& visit, int number)
     m_line.Show([this, visit, number] {
         if (visit != CurrentVisit())
             return;
-        if (FindPicture(m_grid, 1, number))
+        if (PlaceOf(number))
             MarkWaiting(visit, number);
         else
             ShowFiled(visit, number);
@@ -250,6 +316,9 @@ void StillCapture::ShowOutage()
     const bool isAway = m_filing.IsDatabaseAway();
     const QString text = u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
     Q_EMIT OutageChanged(isAway ? text.arg(m_filing.Pending().Waiting()) : QString());
+    const int spooled = m_filing.Pictures().Spooled();
+    const QString shareText = u"저장 폴더가 응답하지 않습니다. 그림은 이 컴퓨터에 보관되고 있습니다. (%1장 대기)"_s;
+    Q_EMIT ShareOutageChanged(spooled > 0 ? shareText.arg(spooled) : QString());
 }
 
 bool StillCapture::IsAtRest() const
@@ -263,6 +332,8 @@ void StillCapture::Forget(const Visit& visit, int number)
         m_road.removeOne(still);
         ShowReady();
     }
+    m_unnumbered.removeOne(number);
+    m_spooled.remove(number);
     m_filing.Forget(visit, number);
 }
 
@@ -320,8 +391,11 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
         bool shown = false; ///< One of them is of the visit on the screen.
     };
     const auto all = std::make_shared<Settling>();
-    for (const auto& [visit, number] : numbers) {
-        if (m_filing.Pending().Holds(visit, number))
+    for (const auto& [visit, number, picture] : numbers) {
+        // What lies in the spool comes from there.
+        const auto isIt = [picture = picture](const PendingRows::Entry& entry) { return entry.spooled == picture; };
+        if (m_filing.Pending().Holds(visit, number) ||
+            (!picture.isEmpty() && std::ranges::any_of(m_filing.Pending().Spooled(), isIt)))
             continue;
         const auto isNew = std::make_shared<bool>(false);
         const auto write = [isNew, visit = visit, number = number] {
@@ -378,7 +452,7 @@ void StillCapture::Finish()
             wake.start(patienceMs);
             UseService<Desktop>().ServeUntil([&] { return done() || deadline.hasExpired(); }, [] {});
         };
-        serve([this] { return m_filing.FilesUnderWay() == 0; }, FilePatienceMs);
+        serve([this] { return m_filing.Pictures().UnderWay() == 0; }, FilePatienceMs);
         if (!m_filing.IsDatabaseAway()) {
             m_filing.WriteWaiting();
             serve([this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); }, RowsPatienceMs);

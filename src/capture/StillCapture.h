@@ -4,6 +4,8 @@
 #include "capture/LeftoverNumbers.h"
 #include "capture/StillFiling.h"
 
+#include <QHash>
+#include <QImage>
 #include <QObject>
 #include <QPoint>
 
@@ -44,7 +46,7 @@ public:
     /// when that was another one.
     void ShowPictures(const Visit& visit, bool keepCursor);
     /// Another one than the visit's own pictures is shown from here on, or none.
-    void ForgetShown() { m_shown.reset(); }
+    void ForgetShown();
 
     /// Where the screen's changes wait while it is being filled.
     FillLine& Line() { return m_line; }
@@ -59,22 +61,32 @@ public:
 
     const PendingRows& Pending() const { return m_filing.Pending(); }
     bool IsDatabaseAway() const { return m_filing.IsDatabaseAway(); }
+    bool IsShareAway() const { return m_filing.Pictures().IsShareAway(); }
     /// No picture is on its way any more, but for those whose rows the database refuses or doesn't answer for, and
     /// those whose place on the screen is being filled.
     bool IsAtRest() const;
-    /// A picture whose rows wait has been deleted.
+    /// A picture whose rows wait, or that lies in the spool, has been deleted.
     void Forget(const Visit& visit, int number);
+
+    /// Number in the spool of the picture that stands in a place of the grid without one; 0 when none does.
+    int WithoutNumberAt(QPoint place) const;
+    /// The number of a picture that had that one in the spool, once it has been filed; any other number as it is.
+    int NumberNow(int number) const { return m_moved.value(number, number); }
+    /// Column and row of a picture's cell, also of one in the spool.
+    std::optional<QPoint> PlaceOf(int number) const;
 
 Q_SIGNALS:
     /// What the operator is to know of the database: empty while it answers.
     void OutageChanged(const QString& text);
+    /// The same of the share.
+    void ShareOutageChanged(const QString& text);
 
 private:
     /// A still from the press to its thumbnail.
     struct Still
     {
         Visit visit;
-        int number = 0; ///< 0 until the file stands.
+        int number = 0; ///< 0 until the file stands; below 0 in the spool.
         std::shared_ptr<PictureBatch> thumbnail = nullptr;
         bool mayShow = false; ///< The rows are in, or have to wait.
         bool isShown = false; ///< It is in the line for the screen.
@@ -89,6 +101,9 @@ private:
     void ShowStill(const StillPointer& still);
     StillPointer OnRoad(const Visit& visit, int number) const;
     void ShowPending(const Visit& visit);
+    /// Those in the spool stand behind the others, without a number.
+    void ShowSpooled(const Visit& visit);
+    void ShowMoved(const Visit& visit, int spooled, int number);
     /// Places a picture that is neither shown nor on its way.
     void ShowFiled(const Visit& visit, int number);
     /// Gives the column and row of its cell.
@@ -110,5 +125,8 @@ private:
     std::optional<Visit> m_shown; ///< Whose pictures the grid shows.
     QList<int> m_arrived;         ///< Numbers whose rows came in since its last fill was begun.
     QList<int> m_read;            ///< Numbers of the rows that its last fill was made from.
+    QList<int> m_unnumbered;      ///< Numbers in the spool of its cells without one, in reading order.
+    QHash<int, QImage> m_spooled; ///< Thumbnails of pictures in the spool.
+    QHash<int, int> m_moved;      ///< What became of numbers in the spool.
     bool m_finished = false;
 };

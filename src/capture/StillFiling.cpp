@@ -1,6 +1,5 @@
 #include "capture/StillFiling.h"
 
-#include "capture/capture_folders.h"
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
@@ -12,59 +11,14 @@
 
 #include <QPointer>
 
-#include <limits>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Picture numbers are 16-bit.
-constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 /// Rows that take longer are shown as waiting.
 constexpr int RowsWaitMs = 2000;
 /// So long after a failure the database is asked again.
 constexpr int RetryMs = 1000;
-
-/// A picture stands under that number, in whichever of the two names.
-bool IsTaken(Visit visit, int number)
-{
-    for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
-        visit.imageExt = extension;
-        if (FileExists(visit.PicturePath(number)))
-            return true;
-    }
-    return false;
-}
-
-struct PlacedFile
-{
-    int number = 0;
-    QString fault; ///< The file stands, but the disk reported a fault.
-};
-
-/// On the filing thread. The claim stays until the rows are in.
-PlacedFile PlaceFile(const Visit& visit, const QByteArray& content, CaptureNumbers& numbers)
-{
-    // A section outside this client's list has no folder of its own yet.
-    EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
-    for (int number = numbers.NextCaptureNo(visit) + 1; number <= LargestNumber; ++number) {
-        auto claim = NumberClaim::Take(visit, number);
-        // Another station may have filed this number and let go of it before the claim was ours.
-        if (claim == nullptr || IsTaken(visit, number))
-            continue;
-        PlacedFile placed{number, {}};
-        try {
-            if (!Files().WriteNewFile(visit.PicturePath(number), content))
-                continue;
-        } catch (const StoredWithFault& error) {
-            placed.fault = error.Text();
-        }
-        claim->Keep();
-        numbers.Filed(visit, number);
-        return placed;
-    }
-    throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
-}
 
 } // namespace
 
@@ -92,14 +46,22 @@ struct StillFiling::Rows
 };
 
 StillFiling::StillFiling(NoteSource note)
-    : m_note(std::move(note)), m_pending(m_files, [self = QPointer(this)](const QString& fault) {
-          if (self)
-              Q_EMIT self->Tidings(fault);
-      })
+    : m_note(std::move(note)), m_pending(m_local,
+                                         [self = QPointer(this)](const QString& fault) {
+                                             if (self)
+                                                 Q_EMIT self->Tidings(fault);
+                                         }),
+      m_files(m_local, m_pending, [this](const Visit& visit) { return m_note(visit).value_or(QString()); })
 {
     m_retry.setSingleShot(true);
     m_retry.setInterval(RetryMs);
     connect(&m_retry, &QTimer::timeout, this, &StillFiling::Retry);
+    connect(&m_files, &StillFiles::Filed, this, [this](const Visit& visit, int number) {
+        if (number > 0)
+            HandOverRows(visit, number);
+    });
+    connect(&m_files, &StillFiles::Tidings, this, &StillFiling::Tidings);
+    connect(&m_files, &StillFiles::Changed, this, &StillFiling::Changed);
 }
 
 StillFiling::~StillFiling()
@@ -111,55 +73,22 @@ void StillFiling::End()
 {
     m_retry.stop();
     m_files.End();
+    m_local.End();
     m_pending.End();
 }
 
-void StillFiling::File(const Picture& picture)
+void StillFiling::HandOverRows(const Visit& visit, int number)
 {
-    m_pending.ClaimsIn({picture.visit.captureDir, picture.visit.etc});
-    ++m_filesUnderWay;
-    m_files.Post([picture = Picture(picture), numbers = m_numbers, self = QPointer(this)]() mutable {
-        PlacedFile placed;
-        std::exception_ptr fault;
-        try {
-            const QByteArray content = picture.encode();
-            PostToScreen([self, encoded = picture.encoded, content] {
-                if (self)
-                    encoded(content);
-            });
-            placed = PlaceFile(picture.visit, content, *numbers);
-        } catch (...) {
-            fault = std::current_exception();
-        }
-        // The frame goes back to its device from here.
-        picture.encode = nullptr;
-        PostToScreen([self, picture = std::move(picture), placed, fault] {
-            if (self)
-                self->AnswerFile(picture, placed.number, fault, placed.fault);
-        });
-    });
-}
-
-void StillFiling::AnswerFile(const Picture& picture, int number, std::exception_ptr fault, const QString& diskFault)
-{
-    --m_filesUnderWay;
-    if (fault == nullptr) {
-        const std::optional<QString> typed = m_note(picture.visit);
-        m_pending.Add({picture.visit, number, typed.value_or(QString())});
-        // Those that the server has refused have their turn again, before this one.
-        if (!*m_blocked) {
-            for (const auto& [visit, each] : m_pending.All())
-                Submit(visit, each);
-        }
-        QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, visit = picture.visit, number] {
-            const PendingRows::Entry* entry = m_pending.Find(visit, number);
-            if (entry != nullptr && !entry->waits)
-                SetAway(true);
-        });
+    // Those that the server has refused have their turn again, before this one.
+    if (!*m_blocked) {
+        for (const auto& [each, eachNumber] : m_pending.All())
+            Submit(each, eachNumber);
     }
-    picture.filed(number, fault);
-    if (!diskFault.isEmpty())
-        Q_EMIT Tidings(diskFault);
+    QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, visit, number] {
+        const PendingRows::Entry* entry = m_pending.Find(visit, number);
+        if (entry != nullptr && !entry->waits)
+            SetAway(true);
+    });
 }
 
 void StillFiling::Submit(const Visit& visit, int number)
@@ -224,7 +153,7 @@ void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, s
 
 void StillFiling::Undo(const Visit& visit, int number)
 {
-    const auto remove = [visit, number, isLast = m_pending.NumbersOf(visit).isEmpty()] {
+    const auto remove = [visit, number, isLast = !m_pending.HasAny(visit)] {
         DeletePictureRow(visit, number);
         if (isLast && StoredNumbers(visit, NumberOrder::Any).isEmpty())
             DeleteVisitRow(visit);
@@ -304,6 +233,10 @@ void StillFiling::WriteLeft()
 
 void StillFiling::Forget(const Visit& visit, int number)
 {
+    if (number < 0) {
+        m_files.Forget(visit, number);
+        return;
+    }
     const PendingRows::Entry* entry = m_pending.Find(visit, number);
     if (entry == nullptr)
         return;
@@ -323,13 +256,15 @@ void StillFiling::Release(const Visit& visit, int number)
 
 bool StillFiling::IsAtRest() const
 {
-    const bool isFiled = m_rowsUnderWay == 0 && m_pending.Waiting() == 0 && m_files.IsIdle();
-    return m_filesUnderWay == 0 && (isFiled || m_isAway);
+    if (m_files.UnderWay() > 0)
+        return false;
+    const bool areRowsIn = m_rowsUnderWay == 0 && m_pending.Waiting() == 0;
+    return (areRowsIn || m_isAway) && (m_isAway || m_files.IsIdle() || m_files.IsShareAway());
 }
 
 void StillFiling::LearnFromFolder(const Visit& visit)
 {
-    m_files.Post([visit, numbers = m_numbers] {
+    m_files.Post([visit, numbers = m_files.SharedNumbers()] {
         if (numbers->Knows(visit))
             return;
         for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix()))

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/CaptureNumbers.h"
 #include "capture/PendingRows.h"
+#include "capture/StillFiles.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
@@ -14,9 +14,9 @@
 #include <memory>
 #include <optional>
 
-/// Files pictures of a visit: number, file, rows. Knows no screen. The files are written on a thread of its own, in the
-/// order of the presses; their rows follow in the same order on the connection's, and are never waited for. Several
-/// stations may file into one visit at the same time; no number is taken twice and no file is ever overwritten.
+/// Files pictures of a visit: number, file, rows. Knows no screen. A picture's rows follow its file, in the order of
+/// the presses, and are never waited for. Several stations may file into one visit at the same time; no number is taken
+/// twice and no file is ever overwritten.
 class StillFiling : public QObject
 {
     Q_OBJECT
@@ -32,18 +32,6 @@ public:
     /// The operator's own text for the visit, nothing when he has typed none. Asked when the rows are handed over.
     using NoteSource = std::function<std::optional<QString>(const Visit&)>;
 
-    /// A picture whose file is to be written.
-    struct Picture
-    {
-        Visit visit;
-        /// Gives the content of the file. Runs on the filing thread; may throw PlatformError.
-        std::function<QByteArray()> encode;
-        /// Hears the content while it is being written.
-        std::function<void(const QByteArray&)> encoded;
-        /// The file stands under its number; or it could not be written, and nothing is left behind.
-        std::function<void(int number, std::exception_ptr fault)> filed;
-    };
-
     /// A picture whose file and rows are safe.
     struct SafePicture
     {
@@ -55,9 +43,8 @@ public:
     explicit StillFiling(NoteSource note);
     ~StillFiling() override;
 
-    void File(const Picture& picture);
-    /// Pictures whose files are yet to be written.
-    int FilesUnderWay() const { return m_filesUnderWay; }
+    StillFiles& Pictures() { return m_files; }
+    const StillFiles& Pictures() const { return m_files; }
 
     /// Hands over the rows that wait: those of this station at once, so that they stand in front of what comes next.
     void WriteWaiting();
@@ -65,7 +52,8 @@ public:
     void WriteLeft();
     /// Lets go of a number whose rows are in, on the filing thread.
     void Release(const Visit& visit, int number);
-    /// A picture that waits has been deleted: its entry goes, what came in of its rows, and its claim.
+    /// A picture that waits, or lies in the spool, has been deleted: its entry goes, what came in of its rows, and its
+    /// claim.
     void Forget(const Visit& visit, int number);
 
     /// The rows have been waited for too long, or the database has refused to answer, and it hasn't answered since.
@@ -76,17 +64,16 @@ public:
 
     PendingRows& Pending() { return m_pending; }
     const PendingRows& Pending() const { return m_pending; }
-    CaptureNumbers& Numbers() { return *m_numbers; }
     /// The database can't tell of the visit: looks into its folder, on the filing thread.
     void LearnFromFolder(const Visit& visit);
-    /// What is on the filing thread ends; what waits is left to the next run.
+    /// What is under way ends; what waits is left to the next run.
     void End();
 
 Q_SIGNALS:
     void Safe(const StillFiling::SafePicture& picture);
     /// The rows of a picture have to wait.
     void Waits(const Visit& visit, int number);
-    /// For the operator: rows that the server refuses, a disk that reports faults.
+    /// For the operator: rows that the server refuses, a disk that reports faults, a spool that can't be written.
     void Tidings(const QString& text);
     /// How many wait, or whether the database is away, is another now.
     void Changed();
@@ -94,7 +81,7 @@ Q_SIGNALS:
 private:
     struct Rows;
 
-    void AnswerFile(const Picture& picture, int number, std::exception_ptr fault, const QString& diskFault);
+    void HandOverRows(const Visit& visit, int number);
     void Submit(const Visit& visit, int number);
     void AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault);
     /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
@@ -103,14 +90,13 @@ private:
     void Retry();
 
     const NoteSource m_note;
-    WorkThread m_files;
+    WorkThread m_local; ///< Files of this machine.
     PendingRows m_pending;
+    StillFiles m_files;
     QList<std::pair<Visit, int>> m_forgotten; ///< Deleted while their rows were under way.
-    const std::shared_ptr<CaptureNumbers> m_numbers = std::make_shared<CaptureNumbers>();
     /// Rows handed over earlier have failed: those behind them wait too, so that their order stays.
     const std::shared_ptr<std::atomic<bool>> m_blocked = std::make_shared<std::atomic<bool>>(false);
     QTimer m_retry;
-    int m_filesUnderWay = 0;
     int m_rowsUnderWay = 0;
     bool m_isAway = false;
 };

@@ -28,12 +28,12 @@ QStringList SectionsOfClient()
 
 void PrepareCaptureFolders(const QString& ymd, QComboBox& sections)
 {
+    sections.clear();
+    sections.addItems(SectionsOfClient());
     MakeMissingFolder(ClientSetup.CaptureRoot);
     const QString year = YearFolder(Trim(ClientSetup.CaptureRoot), ymd);
     MakeMissingFolder(year);
-    sections.clear();
     for (const QString& section : SectionsOfClient()) {
-        sections.addItem(section);
         MakeMissingFolder(SectionFolder(year, section));
         MakeMissingFolder(LogFolder(year, section));
     }

@@ -14,6 +14,7 @@
 #include "findings/open_findings.h"
 #include "frame/components.h"
 #include "frame/controls.h"
+#include "frame/file_calls.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
@@ -71,9 +72,21 @@ void frmCapture::Form_Load()
     }
 }
 
+void frmCapture::PrepareFolders()
+{
+    // A share that doesn't answer has been told, and is asked for its folders again with each picture.
+    const bool wasHeld = filecalls::AnyHeld();
+    try {
+        PrepareCaptureFolders(VisitContext.Ymd, *m_cmbEtc);
+    } catch (const FilesAway& error) {
+        if (!wasHeld)
+            ShowInformation(error.Text());
+    }
+}
+
 void frmCapture::LoadSteps()
 {
-    PrepareCaptureFolders(VisitContext.Ymd, *m_cmbEtc);
+    PrepareFolders();
     if (m_cmbEtc->count() == 0) {
         ShowInformation(u"환경설정(클라이언트)의 캡쳐디렉토리를 설정해주세요.!!"_s);
         Unload();
@@ -101,9 +114,10 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
-    // A system that ends the program has no time for it, and a database that doesn't answer can't tell; the next
-    // closing can.
-    if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway()) {
+    // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
+    // next closing can.
+    if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() && !m_stills->IsShareAway() &&
+        !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
         Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
     }
@@ -115,6 +129,8 @@ void frmCapture::ConnectControls()
 {
     connect(m_stills.get(), &StillCapture::OutageChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
+    connect(m_stills.get(), &StillCapture::ShareOutageChanged, this,
+            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Share, text); });
     connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,

@@ -63,6 +63,7 @@ private:
     void BuildPopupMenu();
     void ConnectControls();
     void LoadSteps();
+    void PrepareFolders();
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
     void PrintGridCaptures(int gridNumber);

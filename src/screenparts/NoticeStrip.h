@@ -16,6 +16,7 @@ class NoticeStrip : public QWidget
 public:
     /// The most urgent first.
     enum Kind {
+        Share,   ///< The share of the pictures doesn't answer.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
     };

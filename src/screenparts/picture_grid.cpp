@@ -127,7 +127,8 @@ void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture)
     grid.setTypePictPicture(picture);
 }
 
-void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber)
+namespace {
+void PlaceLabelled(fpSpread& grid, int row, int column, const QImage& picture, const QString& label)
 {
     if (row + 1 > grid.MaxRows()) {
         grid.setMaxRows(row + 1);
@@ -141,6 +142,31 @@ void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, in
     grid.setRow(row + 1);
     grid.setCol(column);
     grid.setCellType(CellTypeStaticText);
+    grid.setText(label);
+}
+} // namespace
+
+void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber)
+{
+    PlaceLabelled(grid, row, column, picture, pictureNumber > 0 ? NumberText(pictureNumber) : AwaitedNumber);
+}
+
+QList<QPoint> PicturesWithoutNumber(fpSpread& grid)
+{
+    QList<QPoint> places;
+    for (int row = 1; row < grid.DataRowCnt(); row += 2) {
+        for (const int column : PictureColumns(1)) {
+            if (CellText(grid, column, row + 1) == AwaitedNumber)
+                places.append({column, row});
+        }
+    }
+    return places;
+}
+
+void NumberPicture(fpSpread& grid, QPoint place, int pictureNumber)
+{
+    grid.setRow(place.y() + 1);
+    grid.setCol(place.x());
     grid.setText(NumberText(pictureNumber));
 }
 
@@ -172,30 +198,30 @@ void MarkPicture(fpSpread& grid, int column, int row, const QString& mark)
     grid.setTypePictMark(mark);
 }
 
-void RemovePicture(fpSpread& grid, int pictureNumber)
+void RemovePicture(fpSpread& grid, QPoint place)
 {
     struct Shown
     {
         QImage picture;
         QString mark;
-        int number;
+        QString label;
     };
     QList<Shown> left;
     for (int row = 1; row < grid.DataRowCnt(); row += 2) {
         for (const int column : PictureColumns(1)) {
-            const QString number = CellText(grid, column, row + 1);
-            if (number.isEmpty() || number == NumberText(pictureNumber))
+            const QString label = CellText(grid, column, row + 1);
+            if (label.isEmpty() || place == QPoint(column, row))
                 continue;
             grid.setRow(row);
-            left.append({grid.TypePictPicture(), grid.TypePictMark(), WholeNumber(number)});
+            left.append({grid.TypePictPicture(), grid.TypePictMark(), label});
         }
     }
     ClearPictureGrid(grid, 1);
     for (const Shown& shown : left) {
         int row = 0;
         int column = 0;
-        NextGridSlot(shown.number, row, column, 1, grid);
-        PlacePicture(grid, row, column, shown.picture, shown.number);
+        NextGridSlot(0, row, column, 1, grid);
+        PlaceLabelled(grid, row, column, shown.picture, shown.label);
         MarkPicture(grid, column, row, shown.mark);
     }
 }

@@ -50,8 +50,16 @@ int PictureCount(fpSpread& grid);
 /// Makes the cell a picture cell that shows the picture in its middle, as large as fits.
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture);
 
-/// Puts a picture and its number into a place, and makes the grid longer when the place lies beyond it.
+/// Puts a picture and its number into a place, and makes the grid longer when the place lies beyond it. One without a
+/// number, below 1, waits for it.
 void PlacePicture(fpSpread& grid, int row, int column, const QImage& picture, int pictureNumber);
+
+/// Stands in the place of the number of a picture that waits for one.
+inline const QString AwaitedNumber = QStringLiteral("대기");
+/// Places of the pictures in a grid of layout 1 that wait for a number, in reading order.
+QList<QPoint> PicturesWithoutNumber(fpSpread& grid);
+/// The picture has got its number.
+void NumberPicture(fpSpread& grid, QPoint place, int pictureNumber);
 
 /// Path of the visit's picture file that a picture cell shows; empty when there is none.
 QString PictureFileBehind(fpSpread& grid, int column, int row, const Visit& visit);
@@ -60,4 +68,4 @@ std::optional<QPoint> FindPicture(fpSpread& grid, int gridNumber, int pictureNum
 /// Puts words of warning over the picture of a cell, or takes them away.
 void MarkPicture(fpSpread& grid, int column, int row, const QString& mark);
 /// Takes one picture out of a grid that shows pictures without boxes; those behind it move up.
-void RemovePicture(fpSpread& grid, int pictureNumber);
+void RemovePicture(fpSpread& grid, QPoint place);

@@ -228,7 +228,7 @@ private Q_SLOTS:
         const auto put = [this](int number) { WriteWholeFile(m_box->PicturePath(Day, Stomach, number), "orphan"); };
         for (const int number : {5, 6, 76})
             put(number);
-        const auto claim = NumberClaim::Take(CurrentVisit(), 6);
+        const auto claim = NumberClaim::Take(CurrentVisit(), 6, u"x"_s);
         const timespec longAgo[2] = {{1700000000, 0}, {1700000000, 0}};
         const QString path = m_box->PicturePath(Day, Stomach, 6).chopped(4);
         QCOMPARE(utimensat(AT_FDCWD, QFile::encodeName(NativePath(path)), longAgo, 0), 0);

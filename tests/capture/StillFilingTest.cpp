@@ -44,16 +44,16 @@ void AwaitRest(const StillFiling& filing)
 Filed FileAndWait(StillFiling& filing, const Visit& visit, const QByteArray& content)
 {
     Filed filed;
-    filing.File({visit, [content] { return content; }, [](const QByteArray&) {},
-                 [&](int number, const std::exception_ptr& fault) {
-                     filed.number = number;
-                     try {
-                         if (fault != nullptr)
-                             std::rethrow_exception(fault);
-                     } catch (const PlatformError& error) {
-                         filed.fault = error.Text();
-                     }
-                 }});
+    filing.Pictures().File({visit, [content] { return content; }, [](const QByteArray&) {},
+                            [&](int number, const std::exception_ptr& fault) {
+                                filed.number = number;
+                                try {
+                                    if (fault != nullptr)
+                                        std::rethrow_exception(fault);
+                                } catch (const PlatformError& error) {
+                                    filed.fault = error.Text();
+                                }
+                            }});
     AwaitRest(filing);
     filed.waits = filing.Pending().Holds(visit, filed.number);
     return filed;
@@ -187,7 +187,7 @@ private Q_SLOTS:
         }
         if (picture)
             WriteWholeFile(claim + u".jpg"_s, "x");
-        const QList<LeftoverNumber> numbers = LeftoverNumbers::FindIn({{visit.captureDir, visit.etc}}, {});
+        const QList<LeftoverNumber> numbers = LeftoverNumbers::FindIn({{visit.captureDir, visit.etc}});
         QCOMPARE(numbers.size(), found ? 1 : 0);
         if (found) {
             QCOMPARE(numbers[0].number, 7);
