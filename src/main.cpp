@@ -5,7 +5,6 @@
 #include "frame/forms.h"
 #include "frame/guard.h"
 #include "frame/services.h"
-#include "frame/WorkThread.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/disc/register_disc.h"
@@ -78,10 +77,9 @@ int main(int argc, char* argv[])
     });
     Guarded([] { Main(); });
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
-    // The driver has to be there when the connection closes.
+    // A process whose thread the kernel holds can stand for hours: the next start takes it for one that has ended.
+    UseService<Desktop>().LeaveInstance();
     Connection.reset();
-    // A thread that is stuck would meet the end of what it works on.
-    if (WorkThread::HasLeftOne())
-        std::_Exit(result);
-    return result;
+    // All that is to be kept is on the disk. A thread that is held would meet the end of what it works on.
+    std::_Exit(result);
 }

@@ -404,18 +404,19 @@ void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
             SaveCaptureRows(visit, number, StoredNote(visit));
             *isNew = true;
         };
-        QueueStatements(this, write, [this, all, isNew, visit = visit, number = number](std::exception_ptr fault) {
-            if (fault == nullptr) {
-                m_filing.Release(visit, number);
-                all->settled += *isNew ? 1 : 0;
-                all->shown |= *isNew && visit == CurrentVisit();
-                return;
-            }
-            if (guard::Is<DatabaseAway>(fault))
-                all->isAway = true;
-            else
-                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
-        });
+        QueueStatements(this, write,
+                        [this, all, isNew, visit = visit, number = number](const std::exception_ptr& fault) {
+                            if (fault == nullptr) {
+                                m_filing.Release(visit, number);
+                                all->settled += *isNew ? 1 : 0;
+                                all->shown |= *isNew && visit == CurrentVisit();
+                                return;
+                            }
+                            if (guard::Is<DatabaseAway>(fault))
+                                all->isAway = true;
+                            else
+                                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
+                        });
     }
     QueueStatements(
         this, [] {},

@@ -248,7 +248,7 @@ void StillFiles::AnswerEncoded(const StillPointer& still, const QByteArray& cont
         m_patience.start(SharePatienceMs);
 }
 
-void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, std::exception_ptr fault)
+void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault)
 {
     if (still->isSpooling) {
         // Which is to end first.
@@ -316,7 +316,7 @@ void StillFiles::Spool(const StillPointer& still)
     });
 }
 
-void StillFiles::AnswerSpooled(const StillPointer& still, std::exception_ptr fault)
+void StillFiles::AnswerSpooled(const StillPointer& still, const std::exception_ptr& fault)
 {
     still->isSpooling = false;
     if (fault == nullptr)

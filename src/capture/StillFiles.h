@@ -91,8 +91,8 @@ private:
     /// Hands it over to the share, unless others wait for that in the spool.
     void HandOver(const StillPointer& still, const QByteArray& content);
     void AnswerEncoded(const StillPointer& still, const QByteArray& content);
-    void AnswerPlaced(const StillPointer& still, const Placed& placed, std::exception_ptr fault);
-    void AnswerSpooled(const StillPointer& still, std::exception_ptr fault);
+    void AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault);
+    void AnswerSpooled(const StillPointer& still, const std::exception_ptr& fault);
     /// The share hasn't answered for the first of them.
     void SpoolAll();
     void Spool(const StillPointer& still);

@@ -108,9 +108,9 @@ void StillFiling::Submit(const Visit& visit, int number)
         }
     };
     try {
-        QueueStatements(this, work, [this, rows, visit, number](std::exception_ptr fault) {
+        QueueStatements(this, work, [this, rows, visit, number](const std::exception_ptr& fault) {
             --m_rowsUnderWay;
-            AnswerRows(visit, number, *rows, std::move(fault));
+            AnswerRows(visit, number, *rows, fault);
         });
         entry->isUnderWay = true;
         ++m_rowsUnderWay;
@@ -120,7 +120,7 @@ void StillFiling::Submit(const Visit& visit, int number)
     }
 }
 
-void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault)
+void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, const std::exception_ptr& fault)
 {
     if (m_forgotten.removeOne({visit, number})) {
         Undo(visit, number);

@@ -83,7 +83,7 @@ private:
 
     void HandOverRows(const Visit& visit, int number);
     void Submit(const Visit& visit, int number);
-    void AnswerRows(const Visit& visit, int number, const Rows& rows, std::exception_ptr fault);
+    void AnswerRows(const Visit& visit, int number, const Rows& rows, const std::exception_ptr& fault);
     /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
     void Undo(const Visit& visit, int number);
     void SetAway(bool isAway);

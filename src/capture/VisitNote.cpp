@@ -68,7 +68,7 @@ QString VisitNote::NoteToStore(const Visit& visit)
 {
     if (const std::optional<QString> typed = TypedNote(visit))
         return *typed;
-    const QString stored = StoredNote(visit);
+    QString stored = StoredNote(visit);
     ShowUntouched(visit, stored);
     return stored;
 }

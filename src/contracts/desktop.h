@@ -66,6 +66,8 @@ public:
     /// True when another instance runs on this user's desktop. The answer is fixed at the first call: when it is
     /// false, this program is from then on the instance that others find.
     virtual bool PrevInstance() = 0;
+    /// Another instance may start from here on: this one has nothing more to do but to end.
+    virtual void LeaveInstance() = 0;
 
     /// Is called when the system wants the program to end: the desktop session ends, or somebody sends a signal to end.
     /// From then on no box opens any more: its text goes to standard error, and a question counts as answered with No.

@@ -27,7 +27,8 @@ public:
         m_kind = kind;
     }
     void Recover() { m_countdown = 0; }
-    bool spoilsWrites = false; ///< What stands after a write differs from what was to be written.
+    std::atomic<qint64> freeBytes = -1; ///< What is told of the disk's room, unless it is below 0.
+    bool spoilsWrites = false;          ///< What stands after a write differs from what was to be written.
 
     void MakeFolder(const QString& path) override { Step(Writes), LocalFiles::MakeFolder(path); }
     void MakeOneFolder(const QString& path) override { Step(Writes), LocalFiles::MakeOneFolder(path); }
@@ -53,6 +54,10 @@ public:
     void DeleteEntry(const QString& folder, const QString& name) override
     {
         Step(Deletes), LocalFiles::DeleteEntry(folder, name);
+    }
+    qint64 FreeBytes(const QString& folder) const override
+    {
+        return freeBytes < 0 ? LocalFiles::FreeBytes(folder) : qint64(freeBytes);
     }
     QByteArray ReadFile(const QString& path) const override { return Step(Reads), LocalFiles::ReadFile(path); }
     QByteArray ReadArchivedFile(const QString& path) const override

@@ -42,6 +42,7 @@ public:
     QString Command() const override { return command; }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }
+    void LeaveInstance() override {}
     void setEndRequest(std::function<void()>) override {}
     bool EndIsRequested() const override { return endIsRequested; }
     void EndProgram() override { ended = true; }

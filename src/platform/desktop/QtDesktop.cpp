@@ -291,6 +291,11 @@ void QtDesktop::RequestEnd()
     m_end();
 }
 
+void QtDesktop::LeaveInstance()
+{
+    m_instance.reset();
+}
+
 void QtDesktop::EndProgram()
 {
     m_ended = true;

@@ -29,6 +29,7 @@ public:
     QString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override;
+    void LeaveInstance() override;
     void setEndRequest(std::function<void()> end) override;
     bool EndIsRequested() const override { return m_endIsRequested; }
     void EndProgram() override;

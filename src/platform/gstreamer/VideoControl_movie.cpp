@@ -1,8 +1,11 @@
 #include "contracts/files.h"
+#include "frame/file_calls.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/VideoControl_live.h"
 
 #include <QPainter>
+
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -23,7 +26,7 @@ void VideoControl::setCaptureMode(bool on)
 
 bool VideoControl::HasRoomForMovie(const QString& path) const
 {
-    const qint64 bytes = MovieRecorder::FreeBytes(NativePath(path));
+    const qint64 bytes = filecalls::Ask([path = NativePath(path)] { return MovieRecorder::FreeBytes(path); });
     return bytes < 0 || bytes >= MovieRecorder::LeastBytes;
 }
 
@@ -73,6 +76,10 @@ void VideoControl::EndMovie()
     m_live->toldFrames = 0;
     disconnect(recorder.get(), nullptr, this, nullptr);
     const QString reason = recorder->Finish();
+    // What its thread is held with stays as long as the process.
+    static auto& held = *new std::vector<std::shared_ptr<MovieRecorder>>;
+    if (recorder->IsHeld())
+        held.push_back(recorder);
     update();
     // Whoever ends the movie is not to be stopped by it.
     if (!reason.isEmpty())

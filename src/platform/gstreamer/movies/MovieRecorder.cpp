@@ -1,6 +1,8 @@
 #include "platform/gstreamer/movies/MovieRecorder.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/file_calls.h"
+#include "frame/WorkThread.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -15,6 +17,11 @@ constexpr std::size_t MostWaiting = 180;
 constexpr auto SoundPatience = 500ms;
 /// A pause in the stream as long as a lost signal is no part of the movie.
 constexpr GstClockTime LongestGap = 500 * GST_MSECOND;
+/// A write that takes longer ends the recording, so that the operator knows of it within three seconds.
+constexpr auto WritePatience = 2s;
+constexpr int WatchMs = 250;
+/// The end of a movie takes far less; for it nothing else is worth while.
+constexpr auto QuietEnd = 200ms;
 } // namespace
 
 qint64 MovieRecorder::FreeBytes(const QString& nativePath)
@@ -26,6 +33,8 @@ MovieRecorder::MovieRecorder(const AviFile::Format& format, std::unique_ptr<Movi
     : m_format(format), m_freeSpace(freeSpace ? std::move(freeSpace) : FreeBytes), m_sound(std::move(sound)),
       m_maker({format.width, format.height}), m_worker([this] { Work(); })
 {
+    connect(&m_watch, &QTimer::timeout, this, &MovieRecorder::WatchWriting);
+    m_watch.start(WatchMs);
 }
 
 MovieRecorder::~MovieRecorder()
@@ -35,7 +44,8 @@ MovieRecorder::~MovieRecorder()
 
 void MovieRecorder::ChangeFile(const QString& nativePath)
 {
-    auto file = std::make_shared<AviFile>(nativePath, m_format);
+    auto file =
+        filecalls::Ask([nativePath, format = m_format] { return std::make_shared<AviFile>(nativePath, format); });
     const std::lock_guard lock(m_mutex);
     if (m_hasEnded)
         throw PlatformError(m_reason);
@@ -58,9 +68,59 @@ QString MovieRecorder::Finish()
         m_isFinishing = true;
         m_changed.notify_all();
     }
-    if (m_worker.joinable())
+    {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, QuietEnd, [this] { return m_hasWorkEnded || m_isHeld; });
+    }
+    try {
+        if (!HasEndedWriting())
+            filecalls::AwaitUntil([this] { return HasEndedWriting(); });
+    } catch (const FilesAway& error) {
+        const std::lock_guard lock(m_mutex);
+        m_isHeld = !m_hasWorkEnded;
+        m_reason = error.Text();
+    }
+    m_watch.stop();
+    const bool isHeld = IsHeld();
+    if (!isHeld && m_worker.joinable())
         m_worker.join();
+    const std::lock_guard lock(m_mutex);
     return m_reason;
+}
+
+bool MovieRecorder::HasEndedWriting() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_hasWorkEnded || m_isHeld;
+}
+
+bool MovieRecorder::IsHeld() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_isHeld && !m_hasWorkEnded;
+}
+
+void MovieRecorder::WatchWriting()
+{
+    QString reason;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_isHeld || !m_writingSince || std::chrono::steady_clock::now() - *m_writingSince < WritePatience)
+            return;
+        m_isHeld = true;
+        if (!std::exchange(m_hasEnded, true))
+            m_reason = u"저장 폴더가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s;
+        reason = m_reason;
+        for (const Item& item : m_queue) {
+            if (m_heldFiles.empty() || m_heldFiles.back() != item.file)
+                m_heldFiles.push_back(item.file);
+        }
+        if (m_file && (m_heldFiles.empty() || m_heldFiles.back() != m_file))
+            m_heldFiles.push_back(m_file);
+        m_queue.clear();
+        m_file.reset();
+    }
+    Q_EMIT Ended(reason);
 }
 
 /// Frames of the movie that a frame of that time stands for: none, one, or more after a slow one.
@@ -112,12 +172,23 @@ void MovieRecorder::Work()
         bool isFinishing = false;
         {
             std::unique_lock lock(m_mutex);
-            m_changed.wait(lock, [this] { return !m_queue.empty() || m_isFinishing; });
-            if (m_queue.empty())
+            m_writingSince.reset();
+            m_changed.wait(lock, [this] { return !m_queue.empty() || m_isFinishing || m_isHeld; });
+            if (m_isHeld) {
+                lock.unlock();
+                CompleteHeldFiles();
+                lock.lock();
+            }
+            if (m_queue.empty()) {
+                m_hasWorkEnded = true;
+                m_changed.notify_all();
+                PostToScreen([] {});
                 return;
+            }
             item = std::move(m_queue.front());
             m_queue.pop_front();
             isFinishing = m_isFinishing;
+            m_writingSince = std::chrono::steady_clock::now();
         }
         try {
             if (item.isComplete)
@@ -140,6 +211,23 @@ void MovieRecorder::WriteFrame(const Item& item, bool isFinishing)
     if (--m_framesToWatch <= 0) {
         m_framesToWatch = m_format.framesPerSecond;
         WatchSpace();
+    }
+}
+
+/// The share answers again.
+void MovieRecorder::CompleteHeldFiles()
+{
+    std::vector<std::shared_ptr<AviFile>> files;
+    {
+        const std::lock_guard lock(m_mutex);
+        files = std::move(m_heldFiles);
+    }
+    for (const std::shared_ptr<AviFile>& file : files) {
+        try {
+            CompleteFile(*file);
+        } catch (const PlatformError& error) {
+            qWarning("%s", error.what());
+        }
     }
 }
 

@@ -6,7 +6,9 @@
 #include "platform/gstreamer/movies/MovieSound.h"
 
 #include <QObject>
+#include <QTimer>
 
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -34,8 +36,12 @@ public:
     /// All frames from now on go into that file, those before into the one before. Throws PlatformError when the file
     /// can't be made; the recording then goes on as it was.
     void ChangeFile(const QString& nativePath);
-    /// Returns when all files are whole. Gives the reason for the operator when one isn't.
+    /// Returns when all files are whole, waiting as `filecalls::AwaitUntil` does. Gives the reason for the operator
+    /// when one isn't.
     QString Finish();
+    /// The disk or the share hasn't answered for so long that the recording has ended. What had been written is whole
+    /// when it answers, or can be repaired when this process has ended; until then the object must not go.
+    bool IsHeld() const;
 
     void Accept(GstSample* sample) override;
 
@@ -69,6 +75,10 @@ private:
     void CompleteFile(AviFile& file);
     void WatchSpace();
     void EndByItself(const QString& reason);
+    /// On the thread of the object.
+    void WatchWriting();
+    void CompleteHeldFiles();
+    bool HasEndedWriting() const;
 
     const AviFile::Format m_format;
     const FreeSpace m_freeSpace;
@@ -96,6 +106,12 @@ private:
     bool m_hasEnded = false;
     bool m_isFinishing = false;
     QString m_reason;
+    std::optional<std::chrono::steady_clock::time_point> m_writingSince;
+    bool m_isHeld = false;
+    std::vector<std::shared_ptr<AviFile>> m_heldFiles; ///< Those that weren't whole then.
+    bool m_hasWorkEnded = false;
+
+    QTimer m_watch;
 
     std::thread m_worker;
 };

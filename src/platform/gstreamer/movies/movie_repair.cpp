@@ -2,11 +2,10 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/WorkThread.h"
 #include "platform/gstreamer/movies/AviFile.h"
 
 #include <QDir>
-
-#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -27,6 +26,6 @@ void RepairMovies(const QString& folder)
 
 void RepairMoviesInBackground(const QString& folder)
 {
-    static std::jthread worker;
-    worker = std::jthread([folder] { RepairMovies(folder); });
+    static WorkThread worker;
+    worker.Post([folder] { RepairMovies(folder); });
 }
