@@ -51,6 +51,8 @@ private Q_SLOTS:
         QTRY_COMPARE(Stills(), stills);
         if (stills == 0)
             return;
+        // The foot is let in again when the screen has heard of the file.
+        QTRY_VERIFY(!Port().PortOpen());
         QTRY_VERIFY(Port().PortOpen());
         m_cable->Send("y");
         QTRY_COMPARE(Stills(), 2);

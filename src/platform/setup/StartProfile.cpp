@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
 /// A share that doesn't answer at the start is told after so long.
-constexpr int SharePatienceMs = 4000;
+constexpr int SharePatienceMs = 3000;
 
 /// Tables without which no visit can be worked on. The station makes the others itself.
 const QStringList& NeededTables()

@@ -6,6 +6,8 @@
 #include "platform/gstreamer/movies/movie_repair.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"
 #include "support/MovieReader.h"
+#include "support/ScriptedDesktop.h"
+#include "support/StoppableShare.h"
 #include "support/testing.h"
 
 using namespace Qt::StringLiterals;
@@ -346,6 +348,32 @@ private Q_SLOTS:
         const MovieReader movie(Path(1));
         QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
         QVERIFY(movie.frames.size() > 20);
+    }
+
+    void AShareThatHangsEndsTheMovieWhole()
+    {
+        ScriptedDesktop::Install();
+        const StoppableShare share(m_folder->path());
+        const LiveFixture fixture;
+        const auto control = fixture.NewControl();
+        control->Start();
+        QTRY_VERIFY(control->HoldFrame());
+        Prepare(*control, Path(1));
+        QSignalSpy frames(control.get(), &VideoCap::OnFrame);
+        QSignalSpy told(control.get(), &VideoCap::OnMovieFault);
+        control->Start();
+        QTRY_VERIFY(frames.count() > 10);
+        share.Stop();
+        QTRY_COMPARE(told.count(), 1);
+        QCOMPARE(told[0][0].toString(), u"저장 폴더가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s);
+        QVERIFY(!control->CaptureMode());
+        QVERIFY(control->HoldFrame());
+        share.Resume();
+        QTRY_VERIFY(QFile::exists(Path(1)));
+        const MovieReader movie(Path(1));
+        QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
+        QVERIFY(movie.frames.size() > 5);
+        QVERIFY(Partials().isEmpty());
     }
 
 private:
