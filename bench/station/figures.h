@@ -56,6 +56,7 @@ public:
 bool ServeUntil(const std::function<bool()>& done, int limitMs);
 
 int BenchStalls();
+int BenchSpool();
 int BenchStill();
 int BenchThumbnails();
 int BenchFindings();

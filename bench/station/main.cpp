@@ -14,6 +14,8 @@ int main(int argc, char* argv[])
     const QString mode = arguments.value(2);
     if (work == u"stalls"_s)
         return BenchStalls();
+    if (work == u"spool"_s)
+        return BenchSpool();
     if (work == u"still"_s)
         return BenchStill();
     if (work == u"thumbnails"_s)
@@ -34,8 +36,8 @@ int main(int argc, char* argv[])
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
-    std::fputs(
-        "usage: bench_station still|stalls|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|start|memory\n",
-        stderr);
+    std::fputs("usage: bench_station "
+               "still|stalls|spool|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|start|memory\n",
+               stderr);
     return 2;
 }
