@@ -29,14 +29,22 @@ constexpr int RetryMs = 1000;
 /// All that the spool may hold, and what it leaves free on the disk.
 constexpr qint64 LargestSpool = 500'000'000;
 constexpr qint64 LeastFreeBytes = 1'000'000'000;
-/// What the end waits for files of this machine.
-constexpr int LocalPatienceMs = 3000;
 
 const QString SpoolPrefix = u"Spool-"_s;
 
 QString SpoolFolder()
 {
     return UseService<Desktop>().ProgramFolder() + u'\\';
+}
+
+/// A disk that refuses keeps nobody waiting.
+void DeleteSpoolFile(const QString& picture)
+{
+    try {
+        DeleteFile(StillFiles::SpoolPath(picture));
+    } catch (const PlatformError& error) {
+        qWarning("%s", error.what());
+    }
 }
 
 /// A picture stands under that number, in whichever of the two names.
@@ -108,7 +116,6 @@ void StillFiles::End()
     m_retry.stop();
     m_encoder.End();
     m_share.End();
-    m_local.End(LocalPatienceMs);
 }
 
 int StillFiles::UnderWay() const
@@ -178,17 +185,23 @@ void StillFiles::HandOver(const StillPointer& still, const QByteArray& content)
         int waiting = Still::Waiting;
         if (!still->hand.compare_exchange_strong(waiting, hand) || hand == Still::TakenBack)
             return;
-        Placed placed;
-        std::exception_ptr fault;
-        try {
-            placed = PlaceFile(*still, content, *numbers);
-        } catch (...) {
-            fault = std::current_exception();
-        }
-        PostToScreen([self, still, placed, fault] {
-            if (self)
-                self->AnswerPlaced(still, placed, fault);
-        });
+        Place(self, still, [&] { return PlaceFile(*still, content, *numbers); });
+    });
+}
+
+void StillFiles::Place(const QPointer<StillFiles>& self, const StillPointer& still,
+                       const std::function<Placed()>& place)
+{
+    Placed placed;
+    std::exception_ptr fault;
+    try {
+        placed = place();
+    } catch (...) {
+        fault = std::current_exception();
+    }
+    PostToScreen([self, still, placed, fault] {
+        if (self)
+            self->AnswerPlaced(still, placed, fault);
     });
 }
 
@@ -301,7 +314,7 @@ void StillFiles::Spool(const StillPointer& still)
     still->isSpooling = true;
     const Visit& visit = still->picture.visit;
     still->spooled = m_list.Spool(visit, still->id, m_note(visit));
-    m_local.Post([self = QPointer(this), still, content = still->content, path = SpoolPath(still->id)] {
+    m_local.Post([self = m_self, still, content = still->content, path = SpoolPath(still->id)] {
         std::exception_ptr fault;
         try {
             Files().WritePrivateFile(path, content);
@@ -346,17 +359,9 @@ void StillFiles::MoveNext()
     if (still->spooled == 0 || still->isSpooling || still->hand != Still::TakenBack)
         return;
     still->hand = Still::AtShare;
-    m_share.Post([self = QPointer(this), still, content = still->content, numbers = m_numbers] {
-        Placed placed;
-        std::exception_ptr fault;
-        try {
-            placed = content.isEmpty() ? PlaceSpooled(*still, *numbers) : PlaceFile(*still, content, *numbers);
-        } catch (...) {
-            fault = std::current_exception();
-        }
-        PostToScreen([self, still, placed, fault] {
-            if (self)
-                self->AnswerPlaced(still, placed, fault);
+    m_share.Post([self = m_self, still, content = still->content, numbers = m_numbers] {
+        Place(self, still, [&] {
+            return content.isEmpty() ? PlaceSpooled(*still, *numbers) : PlaceFile(*still, content, *numbers);
         });
     });
 }
@@ -384,12 +389,8 @@ void StillFiles::Settle(const StillPointer& still)
         return;
     }
     // Its rows, and with them the claim, come after the spool file has gone.
-    m_local.Post([self = QPointer(this), still, number] {
-        try {
-            DeleteFile(SpoolPath(still->id));
-        } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
-        }
+    m_local.Post([self = m_self, still, number] {
+        DeleteSpoolFile(still->id);
         PostToScreen([self, still, number] {
             if (!self)
                 return;
@@ -410,13 +411,7 @@ void StillFiles::Leave(const StillPointer& still)
     m_road.removeOne(still);
     *m_isAway = IsShareAway();
     m_list.Remove(still->picture.visit, still->spooled);
-    m_local.Post([path = SpoolPath(still->id)] {
-        try {
-            DeleteFile(path);
-        } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
-        }
-    });
+    m_local.Post([id = still->id] { DeleteSpoolFile(id); });
     Q_EMIT Changed();
 }
 
@@ -429,13 +424,7 @@ void StillFiles::Forget(const Visit& visit, int spooled)
         if (still->hand == Still::AtShare || still->isSpooling) {
             still->isForgotten = true;
             m_list.Remove(visit, spooled);
-            m_local.Post([path = SpoolPath(still->id)] {
-                try {
-                    DeleteFile(path);
-                } catch (const PlatformError& error) {
-                    qWarning("%s", error.what());
-                }
-            });
+            m_local.Post([id = still->id] { DeleteSpoolFile(id); });
         } else {
             Leave(still);
             MoveNext();

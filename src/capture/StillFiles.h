@@ -61,6 +61,7 @@ public:
     bool IsIdle() const { return m_share.IsIdle(); }
     CaptureNumbers& Numbers() { return *m_numbers; }
     const std::shared_ptr<CaptureNumbers>& SharedNumbers() const { return m_numbers; }
+    /// What waits is left to the next run. Work for `local` is still under way.
     void End();
 
     /// Path of a picture in the spool.
@@ -85,6 +86,9 @@ private:
         QString fault;  ///< The file stands, but the disk reported a fault.
     };
 
+    /// On the share's thread: places the picture, and answers on the screen's.
+    static void Place(const QPointer<StillFiles>& self, const StillPointer& still,
+                      const std::function<Placed()>& place);
     static Placed PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers);
     static Placed PlaceSpooled(const Still& still, CaptureNumbers& numbers);
     void CheckSpoolHasRoom() const;

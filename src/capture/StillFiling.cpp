@@ -17,6 +17,8 @@ namespace {
 
 /// Rows that take longer are shown as waiting.
 constexpr int RowsWaitMs = 2000;
+/// What the end waits for files of this machine.
+constexpr int LocalPatienceMs = 3000;
 /// So long after a failure the database is asked again.
 constexpr int RetryMs = 1000;
 
@@ -73,7 +75,7 @@ void StillFiling::End()
 {
     m_retry.stop();
     m_files.End();
-    m_local.End();
+    m_local.End(LocalPatienceMs);
     m_pending.End();
 }
 

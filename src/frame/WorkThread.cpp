@@ -2,15 +2,12 @@
 
 #include <QCoreApplication>
 
-#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
 
 namespace {
-std::atomic<bool> hasLeftOne = false;
-
 std::mutex postedMutex;
 std::deque<std::function<void()>> posted;
 
@@ -112,18 +109,11 @@ bool WorkThread::End(int patienceMs, std::function<void()> last)
         m_state->changed.wait_for(lock, std::chrono::milliseconds(patienceMs), [this] { return m_state->hasEnded; });
     std::thread thread = std::move(m_state->thread);
     lock.unlock();
-    if (ended) {
+    if (ended)
         thread.join();
-    } else {
-        hasLeftOne = true;
+    else
         thread.detach();
-    }
     return ended;
-}
-
-bool WorkThread::HasLeftOne()
-{
-    return hasLeftOne;
 }
 
 void PostToScreen(std::function<void()> work)

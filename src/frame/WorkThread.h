@@ -24,9 +24,6 @@ public:
     /// Drops what hasn't begun, does `last` behind the piece that runs, and waits for both. One that doesn't come to
     /// its end in that time, such as a call that the kernel holds, is left behind with its thread; false then.
     bool End(int patienceMs = 1000, std::function<void()> last = {});
-    /// True when a thread of this process has been left behind: it may still touch what the end of a process clears
-    /// away.
-    static bool HasLeftOne();
 
 private:
     struct State;

@@ -33,7 +33,7 @@ private Q_SLOTS:
         const QString device = folder.filePath(u"switch"_s);
         PseudoTerminal cable(device);
         UseService<SerialPortOptions>().UseDevices({{u"1"_s, device}});
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         StationInABox::Server().Freeze();
         m_box->FaultyFiles().FailAt(1, true, FailingFiles::Lists);
         MSComm& port = *screen.findChild<MSComm*>(u"commCapture"_s);
@@ -71,7 +71,7 @@ private Q_SLOTS:
     void ACommandIsGivenUp()
     {
         QFETCH(QString, how);
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         screen.txtCapChamgo().insertPlainText(u"쓰던 글"_s);
         const bool closes = how == u"close"_s;
         QAbstractButton& cancel = *screen.findChild<QAbstractButton*>(u"noticeCancel"_s);
@@ -106,7 +106,7 @@ private Q_SLOTS:
 
     void APictureThatIsDeletedComesInNoMore()
     {
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         StationInABox::Server().Freeze();
         for (int still = 2; still <= 3; ++still)
             screen.findChild<QToolButton*>(u"캡쳐"_s)->click();
@@ -123,7 +123,7 @@ private Q_SLOTS:
 
     void AnotherSectionGoesOnBehindWhatItsFolderHolds()
     {
-        Begin();
+        OpenWithOneStill();
         MakeFolder(SectionFolder(m_visit.captureDir, Colon));
         WriteWholeFile(m_box->PicturePath(Day, Colon, 7), "another station's");
         StationInABox::Server().Stop();
@@ -137,27 +137,6 @@ private Q_SLOTS:
     }
 
 private:
-    /// The screen with the live picture and one still.
-    static frmCapture& Begin()
-    {
-        frmCapture& screen = OpenScreen();
-        Press(u"연결"_s);
-        Press(u"캡쳐"_s);
-        return screen;
-    }
-
-    /// Under the picture in the visit's grid.
-    static QString Mark(int number)
-    {
-        fpSpread& grid = opened->sprCap(1);
-        const std::optional<QPoint> place = FindPicture(grid, 1, number);
-        if (!place)
-            return u"no picture"_s;
-        grid.setRow(place->y());
-        grid.setCol(place->x());
-        return grid.TypePictMark();
-    }
-
     QString Came() { return m_box->Value(u"SELECT GROUP_CONCAT(no ORDER BY place) AS v FROM came"_s); }
 
     std::unique_ptr<StationInABox> m_box;

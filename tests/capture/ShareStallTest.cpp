@@ -78,7 +78,7 @@ private Q_SLOTS:
 
     void PressesAreKeptInOrder()
     {
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         m_share->Stop();
         QList<int> frames;
         for (int press = 0; press < 4; ++press) {
@@ -108,7 +108,7 @@ private Q_SLOTS:
 
     void ADeletedOneIsFiledNoMore()
     {
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         m_share->Stop();
         for (int press = 0; press < 3; ++press)
             screen.findChild<QToolButton*>(u"캡쳐"_s)->click();
@@ -128,7 +128,7 @@ private Q_SLOTS:
 
     void AFullSpoolRefuses()
     {
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         m_share->Stop();
         screen.findChild<QToolButton*>(u"캡쳐"_s)->click();
         QTRY_COMPARE(Numbers(), u"001 대기"_s);
@@ -172,7 +172,7 @@ private Q_SLOTS:
 
     void ACommandIsGivenUpAndTheScreenCloses()
     {
-        frmCapture& screen = Begin();
+        frmCapture& screen = OpenWithOneStill();
         QAbstractButton& cancel = *screen.findChild<QAbstractButton*>(u"noticeCancel"_s);
         QTimer operating;
         bool pressed = false;
@@ -199,14 +199,6 @@ private Q_SLOTS:
     }
 
 private:
-    static frmCapture& Begin()
-    {
-        frmCapture& screen = OpenScreen();
-        Press(u"연결"_s);
-        Press(u"캡쳐"_s);
-        return screen;
-    }
-
     /// Under the pictures of the visit's grid.
     static QString Numbers()
     {

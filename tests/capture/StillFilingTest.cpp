@@ -279,18 +279,18 @@ private Q_SLOTS:
         StationInABox::Server().Stop();
         for (int still = 0; still < 3; ++still)
             Press(u"캡쳐"_s);
-        QCOMPARE(Mark(screen, 1) + Mark(screen, 2) + Mark(screen, 4), u"기록 대기기록 대기"_s);
+        QCOMPARE(Mark(1) + Mark(2) + Mark(4), u"기록 대기기록 대기"_s);
 
         box.Desk().answers = {true};
         ChooseOver(1, 2, 1, u"그림지우기"_s);
         QVERIFY(!FindPicture(screen.sprCap(1), 1, 2));
-        QCOMPARE(Mark(screen, 3), u"기록 대기"_s);
+        QCOMPARE(Mark(3), u"기록 대기"_s);
         QTRY_VERIFY(!NumberClaim::Stands(visit, 2));
         QVERIFY(FileExists(LogFolder(visit.captureDir, visit.etc) + u"0000123420261124002.jpg"_s));
 
         QVERIFY(box.Desk().shown.size() == 1); // the question
         QVERIFY(StationInABox::Server().Start());
-        QTRY_COMPARE(Mark(screen, 3) + Mark(screen, 4), QString());
+        QTRY_COMPARE(Mark(3) + Mark(4), QString());
         Press(u"캡쳐"_s);
         QCOMPARE(box.Value(u"SELECT GROUP_CONCAT(cap_no ORDER BY cap_no) AS v FROM cap"_s), u"1,3,4,5"_s);
         QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 4);
@@ -351,16 +351,6 @@ private:
                        u"0"_s, QString::number(stills), u"dies"_s, box.Desk().ProgramFolder()});
         QVERIFY(process.waitForFinished());
         QCOMPARE(process.exitStatus(), QProcess::CrashExit);
-    }
-
-    static QString Mark(frmCapture& screen, int number)
-    {
-        const std::optional<QPoint> place = FindPicture(screen.sprCap(1), 1, number);
-        if (!place)
-            return u"no picture"_s;
-        screen.sprCap(1).setRow(place->y());
-        screen.sprCap(1).setCol(place->x());
-        return screen.sprCap(1).TypePictMark();
     }
 
     static QString ClaimOf(const StationInABox& box, int number)

@@ -40,6 +40,27 @@ inline void Press(const QString& caption)
         AwaitStills();
 }
 
+/// The screen with the live picture and one still.
+inline frmCapture& OpenWithOneStill()
+{
+    frmCapture& screen = OpenScreen();
+    Press(QStringLiteral("연결"));
+    Press(QStringLiteral("캡쳐"));
+    return screen;
+}
+
+/// Over a picture of the visit's grid.
+inline QString Mark(int number)
+{
+    fpSpread& grid = opened->sprCap(1);
+    const std::optional<QPoint> place = FindPicture(grid, 1, number);
+    if (!place)
+        return QStringLiteral("no picture");
+    grid.setRow(place->y());
+    grid.setCol(place->x());
+    return grid.TypePictMark();
+}
+
 /// An entry of a button's drop-down list, or, with "팝업메뉴", of the menu over a picture.
 inline void Choose(const QString& entry, const QString& menu = {})
 {

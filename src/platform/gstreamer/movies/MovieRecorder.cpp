@@ -111,14 +111,7 @@ void MovieRecorder::WatchWriting()
         if (!std::exchange(m_hasEnded, true))
             m_reason = u"저장 폴더가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s;
         reason = m_reason;
-        for (const Item& item : m_queue) {
-            if (m_heldFiles.empty() || m_heldFiles.back() != item.file)
-                m_heldFiles.push_back(item.file);
-        }
-        if (m_file && (m_heldFiles.empty() || m_heldFiles.back() != m_file))
-            m_heldFiles.push_back(m_file);
-        m_queue.clear();
-        m_file.reset();
+        m_heldFiles = TakeUnfinished();
     }
     Q_EMIT Ended(reason);
 }
@@ -258,6 +251,20 @@ void MovieRecorder::WatchSpace()
         throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상 저장을 끝냈습니다.!!"_s);
 }
 
+std::vector<std::shared_ptr<AviFile>> MovieRecorder::TakeUnfinished()
+{
+    std::vector<std::shared_ptr<AviFile>> files;
+    for (const Item& item : m_queue) {
+        if (files.empty() || files.back() != item.file)
+            files.push_back(item.file);
+    }
+    if (m_file && (files.empty() || files.back() != m_file))
+        files.push_back(m_file);
+    m_queue.clear();
+    m_file.reset();
+    return files;
+}
+
 void MovieRecorder::EndByItself(const QString& reason)
 {
     // What was recorded before is to be whole all the same.
@@ -268,13 +275,7 @@ void MovieRecorder::EndByItself(const QString& reason)
             return;
         m_hasEnded = true;
         m_reason = reason;
-        for (const Item& item : m_queue)
-            if (files.empty() || files.back() != item.file)
-                files.push_back(item.file);
-        if (m_file && (files.empty() || files.back() != m_file))
-            files.push_back(m_file);
-        m_queue.clear();
-        m_file.reset();
+        files = TakeUnfinished();
     }
     for (const std::shared_ptr<AviFile>& file : files) {
         try {

@@ -74,6 +74,8 @@ private:
     void WriteFrame(const Item& item, bool isFinishing);
     void CompleteFile(AviFile& file);
     void WatchSpace();
+    /// Files that aren't whole yet; nothing more goes into them. With the lock held.
+    std::vector<std::shared_ptr<AviFile>> TakeUnfinished();
     void EndByItself(const QString& reason);
     /// On the thread of the object.
     void WatchWriting();
