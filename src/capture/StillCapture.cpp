@@ -1,7 +1,6 @@
 #include "capture/StillCapture.h"
 #include "visit/VisitContext.h"
 
-#include "capture/capture_folders.h"
 #include "capture/VisitNote.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
@@ -40,19 +39,13 @@ constexpr int ClosingPatienceMs = 10000;
 
 /// Of a picture whose rows the database hasn't taken yet.
 const QString PendingMark = u"기록 대기"_s;
-
-void Tell(const QStringList& tidings)
-{
-    if (!tidings.isEmpty())
-        ShowInformation(tidings.join(u"\r\n\r\n"_s));
-}
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
     : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.TypedNote(visit); })
 {
-    connect(&m_leftovers, &LeftoverNumbers::Found, this,
-            [this](const QList<LeftoverNumber>& numbers) { Guarded([&] { Settle(numbers); }); });
+    connect(&m_leftovers, &Leftovers::AreSettled, this,
+            [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
     connect(&m_filing.Pictures(), &StillFiles::Moved, this, &StillCapture::ShowMoved);
     connect(&m_filing, &StillFiling::Safe, this, &StillCapture::ShowSafe);
     connect(&m_filing, &StillFiling::Waits, this, &StillCapture::ShowWaiting);
@@ -364,87 +357,20 @@ void StillCapture::ShowSaved(const Visit& visit, const QString& message)
     ShowInformation(message);
 }
 
-void StillCapture::SettleLeftovers()
-{
-    const Visit visit = CurrentVisit();
-    QList<PendingRows::Folder> folders = m_filing.Pending().LeftFolders();
-    const auto add = [&](const QString& section) {
-        const PendingRows::Folder folder{visit.captureDir, section};
-        if (!Trim(section).isEmpty() && !folders.contains(folder))
-            folders.append(folder);
-    };
-    for (const QString& section : SectionsOfClient())
-        add(section);
-    add(visit.etc);
-    m_leftovers.LookIn(folders);
-}
-
-void StillCapture::Settle(const QList<LeftoverNumber>& numbers)
+void StillCapture::TellSettled(const Leftovers::Settled& settled)
 {
     if (m_finished)
         return;
-    m_filing.WriteLeft();
-    struct Settling
-    {
-        bool isAway = false; ///< The rest keeps its claims, and a later start comes back to it.
-        int settled = 0;
-        bool shown = false; ///< One of them is of the visit on the screen.
-    };
-    const auto all = std::make_shared<Settling>();
-    for (const auto& [visit, number, picture] : numbers) {
-        // What lies in the spool comes from there.
-        const auto isIt = [picture = picture](const PendingRows::Entry& entry) { return entry.spooled == picture; };
-        if (m_filing.Pending().Holds(visit, number) ||
-            (!picture.isEmpty() && std::ranges::any_of(m_filing.Pending().Spooled(), isIt)))
-            continue;
-        const auto isNew = std::make_shared<bool>(false);
-        const auto write = [isNew, visit = visit, number = number] {
-            if (HasPictureRow(visit, number))
-                return;
-            SaveCaptureRows(visit, number, StoredNote(visit));
-            *isNew = true;
-        };
-        QueueStatements(this, write,
-                        [this, all, isNew, visit = visit, number = number](const std::exception_ptr& fault) {
-                            if (fault == nullptr) {
-                                m_filing.Release(visit, number);
-                                all->settled += *isNew ? 1 : 0;
-                                all->shown |= *isNew && visit == CurrentVisit();
-                                return;
-                            }
-                            if (guard::Is<DatabaseAway>(fault))
-                                all->isAway = true;
-                            else
-                                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
-                        });
-    }
-    QueueStatements(
-        this, [] {},
-        [this, all](const std::exception_ptr&) {
-            m_line.Command([this, all] { TellSettled(all->settled, !all->isAway, all->shown); });
-        });
-}
-
-void StillCapture::TellSettled(int settled, bool all, bool shown)
-{
-    if (m_finished)
-        return;
-    if (all)
-        m_filing.Pending().LeftFoldersAreSettled();
-    QStringList tidings;
-    if (settled > 0)
-        tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(settled);
-    for (const QString& owner : m_filing.Pending().ForeignOwners())
-        tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
-            owner);
-    if (shown)
+    if (settled.isVisitShown)
         Guarded([this] { ShowPictures(CurrentVisit(), false); });
-    Tell(tidings);
+    if (!settled.tidings.isEmpty())
+        ShowInformation(settled.tidings.join(u"\r\n\r\n"_s));
 }
 
 void StillCapture::Finish()
 {
     m_finished = true;
+    m_leftovers.End();
     m_line.Finish();
     Guarded([this] {
         const auto serve = [](const std::function<bool()>& done, int patienceMs) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "capture/FillLine.h"
-#include "capture/LeftoverNumbers.h"
+#include "capture/Leftovers.h"
 #include "capture/StillFiling.h"
 
 #include <QHash>
@@ -51,9 +51,10 @@ public:
     /// Where the screen's changes wait while it is being filled.
     FillLine& Line() { return m_line; }
 
-    /// Brings to their end the stills that dead stations of this machine were filing: in the sections of the visit's
-    /// year, and wherever their lists say. The operator is told once how many came back.
-    void SettleLeftovers();
+    /// Makes them when the share answers, before it takes a picture.
+    void MakeFoldersLater(const QStringList& folders) { m_filing.MakeFoldersLater(folders); }
+    /// Brings to their end the stills that dead stations of this machine were filing; the operator is told how many.
+    void SettleLeftovers() { m_leftovers.Settle(); }
 
     /// Works the line off now, fill or no fill, and waits a little for what is being filed: the screen closes. Tells
     /// the operator when rows have to wait for the next run.
@@ -113,13 +114,12 @@ private:
     void ShowWaiting(const Visit& visit, int number);
     void ShowOutage();
     void ShowSaved(const Visit& visit, const QString& message);
-    void Settle(const QList<LeftoverNumber>& numbers);
-    void TellSettled(int settled, bool all, bool shown);
+    void TellSettled(const Leftovers::Settled& settled);
 
     fpSpread& m_grid;
     VisitNote& m_note;
     StillFiling m_filing;
-    LeftoverNumbers m_leftovers;
+    Leftovers m_leftovers{m_filing};
     FillLine m_line;
     QList<StillPointer> m_road;   ///< In the order of the presses.
     std::optional<Visit> m_shown; ///< Whose pictures the grid shows.

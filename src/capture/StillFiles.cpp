@@ -26,6 +26,8 @@ constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 constexpr int SharePatienceMs = 1000;
 /// So long after a refusal the share is asked again.
 constexpr int RetryMs = 1000;
+/// More than the slowest machine takes for the pictures that wait to be encoded.
+constexpr int LongestEncodingMs = 10'000;
 /// All that the spool may hold, and what it leaves free on the disk.
 constexpr qint64 LargestSpool = 500'000'000;
 constexpr qint64 LeastFreeBytes = 1'000'000'000;
@@ -114,7 +116,8 @@ void StillFiles::End()
 {
     m_patience.stop();
     m_retry.stop();
-    m_encoder.End();
+    // Its work calls the members of this, and comes to an end whatever the share does.
+    m_encoder.End(LongestEncodingMs);
     m_share.End();
 }
 
@@ -172,7 +175,6 @@ void StillFiles::File(const Picture& picture)
             if (self)
                 self->AnswerEncoded(still, content);
         });
-        // The encoder's thread ends before the share's.
         HandOver(still, content);
     });
     still->picture.encode = nullptr;

@@ -1,5 +1,6 @@
 #include "capture/StillFiling.h"
 
+#include "capture/capture_folders.h"
 #include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
@@ -262,6 +263,17 @@ bool StillFiling::IsAtRest() const
         return false;
     const bool areRowsIn = m_rowsUnderWay == 0 && m_pending.Waiting() == 0;
     return (areRowsIn || m_isAway) && (m_isAway || m_files.IsIdle() || m_files.IsShareAway());
+}
+
+void StillFiling::MakeFoldersLater(const QStringList& folders)
+{
+    m_files.Post([folders] {
+        try {
+            MakeMissingFolders(folders);
+        } catch (const PlatformError& error) {
+            qWarning("%s", error.what());
+        }
+    });
 }
 
 void StillFiling::LearnFromFolder(const Visit& visit)

@@ -66,6 +66,8 @@ public:
     const PendingRows& Pending() const { return m_pending; }
     /// The database can't tell of the visit: looks into its folder, on the filing thread.
     void LearnFromFolder(const Visit& visit);
+    /// Makes them when the share answers, before it takes a picture.
+    void MakeFoldersLater(const QStringList& folders);
     /// What is under way ends; what waits is left to the next run.
     void End();
 

@@ -11,14 +11,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-void MakeMissingFolder(const QString& path)
-{
-    if (!FolderExists(path))
-        MakeFolder(path);
-}
-} // namespace
-
 QStringList SectionsOfClient()
 {
     QStringList sections = ClientSetup.EtcList.split(u',');
@@ -26,18 +18,29 @@ QStringList SectionsOfClient()
     return sections;
 }
 
+QStringList CaptureFolders(const QString& ymd)
+{
+    const QString year = YearFolder(Trim(ClientSetup.CaptureRoot), ymd);
+    QStringList folders{ClientSetup.CaptureRoot, year};
+    for (const QString& section : SectionsOfClient())
+        folders << SectionFolder(year, section) << LogFolder(year, section);
+    folders << MovieFolder(year);
+    return folders;
+}
+
+void MakeMissingFolders(const QStringList& folders)
+{
+    for (const QString& folder : folders) {
+        if (!FolderExists(folder))
+            MakeFolder(folder);
+    }
+}
+
 void PrepareCaptureFolders(const QString& ymd, QComboBox& sections)
 {
     sections.clear();
     sections.addItems(SectionsOfClient());
-    MakeMissingFolder(ClientSetup.CaptureRoot);
-    const QString year = YearFolder(Trim(ClientSetup.CaptureRoot), ymd);
-    MakeMissingFolder(year);
-    for (const QString& section : SectionsOfClient()) {
-        MakeMissingFolder(SectionFolder(year, section));
-        MakeMissingFolder(LogFolder(year, section));
-    }
-    MakeMissingFolder(MovieFolder(year));
+    MakeMissingFolders(CaptureFolders(ymd));
 }
 
 void EnsureFolderOfYear(const QString& yearFolder, const QString& folder)

@@ -7,6 +7,11 @@ class QComboBox;
 /// The sections of this client as the setup lists them, blanks around them included.
 QStringList SectionsOfClient();
 
+/// The capture root and the folders of a date's year, each behind the one that it lies in.
+QStringList CaptureFolders(const QString& ymd);
+/// In that order. Throws PlatformError when one can't be made.
+void MakeMissingFolders(const QStringList& folders);
+
 /// Makes the folders of a date's year, and fills the list with the sections of this client. Throws PlatformError when a
 /// folder can't be made.
 void PrepareCaptureFolders(const QString& ymd, QComboBox& sections);

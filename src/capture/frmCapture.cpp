@@ -74,11 +74,12 @@ void frmCapture::Form_Load()
 
 void frmCapture::PrepareFolders()
 {
-    // A share that doesn't answer has been told, and is asked for its folders again with each picture.
+    // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
         PrepareCaptureFolders(VisitContext.Ymd, *m_cmbEtc);
     } catch (const FilesAway& error) {
+        m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
         if (!wasHeld)
             ShowInformation(error.Text());
     }

@@ -123,6 +123,9 @@ void frmCapCDAdd::ListCdMovies()
             m_sprMovieList->setCol(5);
             m_sprMovieList->setText(folder + entry.Name);
         }
+    } catch (const FilesAway&) {
+        m_sprMovieList->setMaxRows(row);
+        throw;
     } catch (const PlatformError&) {
         // The list stays as short as what could be read.
     }

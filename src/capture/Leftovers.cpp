@@ -1,0 +1,93 @@
+#include "capture/Leftovers.h"
+
+#include "capture/capture_folders.h"
+#include "capture/StillFiling.h"
+#include "contracts/PlatformError.h"
+#include "frame/guard.h"
+#include "records/capture_index.h"
+#include "records/Statement.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+Leftovers::Leftovers(StillFiling& filing) : m_filing(filing)
+{
+    connect(&m_numbers, &LeftoverNumbers::Found, this,
+            [this](const QList<LeftoverNumber>& numbers) { Guarded([&] { Write(numbers); }); });
+}
+
+void Leftovers::Settle()
+{
+    const Visit visit = CurrentVisit();
+    QList<PendingRows::Folder> folders = m_filing.Pending().LeftFolders();
+    const auto add = [&](const QString& section) {
+        const PendingRows::Folder folder{visit.captureDir, section};
+        if (!Trim(section).isEmpty() && !folders.contains(folder))
+            folders.append(folder);
+    };
+    for (const QString& section : SectionsOfClient())
+        add(section);
+    add(visit.etc);
+    m_numbers.LookIn(folders);
+}
+
+void Leftovers::Write(const QList<LeftoverNumber>& numbers)
+{
+    if (m_ended)
+        return;
+    m_filing.WriteLeft();
+    const auto count = std::make_shared<Count>();
+    for (const LeftoverNumber& number : numbers) {
+        // What lies in the spool comes from there.
+        const bool isSpooled =
+            !number.picture.isEmpty() &&
+            std::ranges::any_of(m_filing.Pending().Spooled(),
+                                [&number](const PendingRows::Entry& entry) { return entry.spooled == number.picture; });
+        if (!isSpooled && !m_filing.Pending().Holds(number.visit, number.number))
+            Submit(number, count);
+    }
+    QueueStatements(
+        this, [] {}, [this, count](const std::exception_ptr&) { Tell(*count); });
+}
+
+void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Count>& count)
+{
+    const auto isNew = std::make_shared<bool>(false);
+    const auto write = [isNew, visit = leftover.visit, number = leftover.number] {
+        if (HasPictureRow(visit, number))
+            return;
+        SaveCaptureRows(visit, number, StoredNote(visit));
+        *isNew = true;
+    };
+    QueueStatements(
+        this, write,
+        [this, count, isNew, visit = leftover.visit, number = leftover.number](const std::exception_ptr& fault) {
+            if (fault == nullptr) {
+                m_filing.Release(visit, number);
+                count->settled += *isNew ? 1 : 0;
+                count->isVisitShown |= *isNew && visit == CurrentVisit();
+            } else if (guard::Is<DatabaseAway>(fault)) {
+                count->isAway = true;
+            } else {
+                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
+            }
+        });
+}
+
+void Leftovers::Tell(const Count& count)
+{
+    if (m_ended)
+        return;
+    if (!count.isAway)
+        m_filing.Pending().LeftFoldersAreSettled();
+    QStringList tidings;
+    if (count.settled > 0)
+        tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(count.settled);
+    for (const QString& owner : m_filing.Pending().ForeignOwners())
+        tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
+            owner);
+    Q_EMIT AreSettled({count.isVisitShown, tidings});
+}

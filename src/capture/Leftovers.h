@@ -1,0 +1,48 @@
+#pragma once
+
+#include "capture/LeftoverNumbers.h"
+
+#include <QObject>
+#include <QStringList>
+
+class StillFiling;
+
+/// Brings to their end the stills that dead stations of this machine were filing: in the sections of the visit's year,
+/// and wherever their lists say.
+class Leftovers : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Leftovers(StillFiling& filing);
+
+    struct Settled
+    {
+        bool isVisitShown = false; ///< One of them is of the visit on the screen.
+        QStringList tidings;       ///< For the operator.
+    };
+
+    /// Begins to look for them. `AreSettled` follows once, unless it is ended before.
+    void Settle();
+    /// No row is written any more.
+    void End() { m_ended = true; }
+
+Q_SIGNALS:
+    void AreSettled(const Leftovers::Settled& settled);
+
+private:
+    struct Count
+    {
+        bool isAway = false; ///< The rest keeps its claims, and a later start comes back to it.
+        int settled = 0;
+        bool isVisitShown = false;
+    };
+
+    void Write(const QList<LeftoverNumber>& numbers);
+    void Submit(const LeftoverNumber& number, const std::shared_ptr<Count>& count);
+    void Tell(const Count& count);
+
+    StillFiling& m_filing;
+    LeftoverNumbers m_numbers;
+    bool m_ended = false;
+};
