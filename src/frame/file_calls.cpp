@@ -1,7 +1,9 @@
 #include "frame/file_calls.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/services.h"
 #include "frame/waiting.h"
 #include "frame/WorkThread.h"
 
@@ -114,7 +116,9 @@ bool filecalls::AnyHeld()
 
 void filecalls::Await(std::function<void()> work)
 {
-    if (QCoreApplication::instance() == nullptr || QThread::currentThread() != QCoreApplication::instance()->thread()) {
+    // Without a desktop there is nobody who could wait.
+    if (ServiceSlot<Desktop>() == nullptr || QCoreApplication::instance() == nullptr ||
+        QThread::currentThread() != QCoreApplication::instance()->thread()) {
         work();
         return;
     }

@@ -13,5 +13,9 @@ inline constexpr std::int64_t LargestJpeg = LargestJpegMegapixels * 1'000'000;
 /// What takes more memory than this to decode does so in the reader's process. In bytes.
 inline constexpr std::int64_t LargestInStation = 100'000'000;
 /// How long that process may take for a picture.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr int LongestDecodingMs = 10000; // It computes several times as slowly.
+#else
 inline constexpr int LongestDecodingMs = 2000;
+#endif
 } // namespace picturelimits
