@@ -7,6 +7,7 @@
 #include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
+#include "platform/desktop/screen_scale.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/grid/register_grid.h"
@@ -49,6 +50,9 @@ int main(int argc, char* argv[])
         std::fputs("capture-station: the launch string must be one argument\n", stderr);
         return 2;
     }
+    RegisterFiles();
+    SetScreenScale(ScreenScaleOfSetup(ProgramFolderHere()));
+
     const QString command = argc == 2 ? CommandText(argv[1]) : QString();
     int ownArgc = 1;
     QApplication application(ownArgc, argv);
@@ -57,7 +61,6 @@ int main(int argc, char* argv[])
 
     PrepareApplication();
 
-    RegisterFiles();
     RegisterDesktop(command);
     RegisterProfile();
     RegisterSql();

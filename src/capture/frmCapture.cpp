@@ -95,7 +95,7 @@ void frmCapture::LoadSteps()
     }
     CreateObject<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s)
         ->skinchang(*this, static_cast<int>(winId()), Connection);
-    move(0, 0);
+    MoveTo({0, 0});
     m_cmbEtc->setEditText(VisitContext.Etc);
     m_cmbEtc->setVisible(m_cmbEtc->count() > 1);
     LoadDeviceSettings();

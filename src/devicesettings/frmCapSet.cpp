@@ -13,6 +13,7 @@
 #include "visit/VisitContext.h"
 
 #include <QComboBox>
+#include <QKeyEvent>
 #include <QPushButton>
 
 using namespace Qt::StringLiterals;
@@ -61,6 +62,7 @@ void frmCapSet::BuildControls()
         auto* label = new PlainLabel(caption, this);
         label->setGeometry(RectFromTwips(240, top, 1200, 360));
         auto* list = Named(new QComboBox(this), name, caption, RectFromTwips(1500, top, 4860, 360));
+        label->setBuddy(list);
         top += 510;
         return list;
     };
@@ -79,6 +81,14 @@ void frmCapSet::BuildControls()
             }));
     connect(addButton(u"cmdCancel"_s, u"취소"_s, 5010), &QPushButton::clicked, this,
             CommandSlot([this](bool) { Unload(); }));
+}
+
+void frmCapSet::keyPressEvent(QKeyEvent* event)
+{
+    if (event->matches(QKeySequence::Cancel))
+        findChild<QPushButton*>(u"cmdCancel"_s)->click();
+    else
+        StationForm::keyPressEvent(event);
 }
 
 void frmCapSet::Form_Load()

@@ -18,6 +18,8 @@ public:
 
 protected:
     void Form_Load() override;
+    /// Escape is "취소".
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void BuildControls();

@@ -74,7 +74,7 @@ void frmCapSogyon::OpenRecord()
         StartNewReport(hasTable);
     const Surroundings surroundings = ReadSurroundings();
 
-    move(PixelsFromTwips(5700), PixelsFromTwips(1035));
+    MoveTo({PixelsFromTwips(5700), PixelsFromTwips(1035)});
     m_cmbJinchal->clear();
     m_cmbJinchal->addItems(doctors);
     FillDateLists();

@@ -132,10 +132,8 @@ void frmCapSogyon::FillFindingsList()
     const auto end = qScopeGuard([this] { m_listing = false; });
     frmSoFind& list = Form<frmSoFind>();
     try {
-        if (list.FillAll() && !IsUnloaded()) {
-            list.move(geometry().center() - list.rect().center());
+        if (list.FillAll() && !IsUnloaded())
             list.ShowModal();
-        }
     } catch (...) {
         list.Unload();
         throw;

@@ -4,8 +4,11 @@
 #include "frame/services.h"
 #include "text/text_routines.h"
 
+#include <QApplication>
 #include <QCloseEvent>
 #include <QEventLoop>
+#include <QScreen>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -39,11 +42,38 @@ void StationForm::Show()
     raise();
 }
 
+void StationForm::MoveTo(QPoint place)
+{
+    const QPoint at = QGuiApplication::primaryScreen()->availableGeometry().topLeft() + place;
+    move(at);
+    // A window that was made at this very place has none of its own for the window manager.
+    if (windowHandle() != nullptr)
+        windowHandle()->setFramePosition(at);
+}
+
+void StationForm::StandOver(QWidget& owner)
+{
+    // Other windows are nobody's, whatever they are told.
+    setWindowFlags(Qt::Dialog);
+    winId();
+    windowHandle()->setTransientParent(owner.window()->windowHandle());
+    const QRect room = owner.screen()->availableGeometry();
+    QRect place = rect();
+    place.moveCenter(owner.frameGeometry().center());
+    place.moveRight(qMin(place.right(), room.right()));
+    place.moveBottom(qMin(place.bottom(), room.bottom()));
+    place.moveTopLeft({qMax(place.left(), room.left()), qMax(place.top(), room.top())});
+    move(place.topLeft());
+    windowHandle()->setFramePosition(place.topLeft());
+}
+
 void StationForm::ShowModal()
 {
     if (m_unloaded)
         return;
     setWindowModality(Qt::ApplicationModal);
+    if (QWidget* owner = OwnerWindow(); owner != nullptr && owner != this)
+        StandOver(*owner);
     QEventLoop loop;
     connect(this, &StationForm::Unloaded, &loop, &QEventLoop::quit);
     show();
@@ -111,6 +141,16 @@ bool IsFormLoaded(const QString& name)
     const QString wanted = Trim(name);
     return std::ranges::any_of(Collection(),
                                [&](const StationForm* form) { return Trim(form->objectName()) == wanted; });
+}
+
+QWidget* OwnerWindow()
+{
+    if (QWidget* active = QApplication::activeWindow())
+        return active;
+    const QList<StationForm*>& loaded = Collection();
+    const auto seen = std::find_if(loaded.rbegin(), loaded.rend(),
+                                   [](const StationForm* form) { return form->isVisible() && !form->isMinimized(); });
+    return seen == loaded.rend() ? nullptr : *seen;
 }
 
 void UnloadForms()

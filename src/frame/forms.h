@@ -20,8 +20,11 @@ public:
     /// Shows the form modeless, in its normal size when it was minimised. A form that its own load has closed again
     /// stays away.
     void Show();
-    /// Shows the form, blocks the other forms, and returns when it has been unloaded or hidden.
+    /// Shows the form over the one that is in use, which owns it, blocks the other forms, and returns when it has been
+    /// unloaded or hidden.
     void ShowModal();
+    /// Moves the form, with its frame, to that place in the free area of the first screen.
+    void MoveTo(QPoint place);
     /// Runs `Form_Unload` and takes the form out of the collection. The object itself goes when no guarded handler runs
     /// any more, since the one that pumped the closing event may still be at work on it. A first screen ends the
     /// program.
@@ -46,6 +49,8 @@ private:
     /// fault goes on; it ends no program, since the operator hasn't read the message yet.
     void Load();
     void TakeOut();
+    /// In the middle over its owner, as far as the free area of the owner's screen lets it.
+    void StandOver(QWidget& owner);
 
     bool m_unloaded = false;
 };
@@ -57,6 +62,10 @@ StationForm* FindForm(const QString& name);
 
 /// True when a form of that name is loaded; blanks around it don't count, case does.
 bool IsFormLoaded(const QString& name);
+
+/// The window that a box or a modal form belongs to: the active one, else the form that was loaded last and can be
+/// seen. Null without one.
+QWidget* OwnerWindow();
 
 /// Unloads all forms, the one loaded last first.
 void UnloadForms();

@@ -78,7 +78,7 @@ void CapShow::Form_Load()
 {
     CreateObject<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s)
         ->skinchang(*this, static_cast<int>(winId()), Connection);
-    move(0, 0);
+    MoveTo({0, 0});
     ShowPatientPanels(*m_sbarCap);
     m_lblYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     m_lblEtc->setText(VisitContext.Etc);

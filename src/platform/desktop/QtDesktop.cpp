@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/printing.h"
 #include "frame/components.h"
+#include "frame/forms.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
 #include "platform/desktop/InstanceLock.h"
@@ -12,17 +13,21 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
 #include <QScopeGuard>
-#include <QStandardPaths>
 #include <QTimer>
+#include <QTreeView>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+/// Room for a long name beside the size, kind and date of a file.
+constexpr QSize OpenDialogPixels{800, 480};
+
 QPushButton* AddButton(QMessageBox& box, const QString& text, QMessageBox::ButtonRole role, const QString& name)
 {
     QPushButton* button = box.addButton(text, role);
@@ -101,13 +106,7 @@ private:
     QtDesktop& m_desktop;
 };
 
-QtDesktop::QtDesktop(QString command)
-    : m_command(std::move(command)),
-      m_programFolder(FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"),
-                                        QCoreApplication::applicationDirPath(),
-                                        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)))
-{
-}
+QtDesktop::QtDesktop(QString command) : m_command(std::move(command)), m_programFolder(ProgramFolderHere()) {}
 
 QtDesktop::~QtDesktop() = default;
 
@@ -131,7 +130,7 @@ bool QtDesktop::Run(QMessageBox& box)
 
 void QtDesktop::ShowInformation(const QString& text, int patienceMs)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(OwnerWindow());
     Fill(box, text, QString::fromUtf16(StationTitle));
     box.setIcon(QMessageBox::Information);
     AddButton(box, u"확인"_s, QMessageBox::AcceptRole, u"cmdOk"_s);
@@ -142,7 +141,7 @@ void QtDesktop::ShowInformation(const QString& text, int patienceMs)
 
 void QtDesktop::ShowPlain(const QString& text)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(OwnerWindow());
     Fill(box, text, QGuiApplication::applicationDisplayName());
     AddButton(box, u"확인"_s, QMessageBox::AcceptRole, u"cmdOk"_s);
     Run(box);
@@ -150,7 +149,7 @@ void QtDesktop::ShowPlain(const QString& text)
 
 bool QtDesktop::AskYesNo(const QString& question)
 {
-    QMessageBox box(QApplication::activeWindow());
+    QMessageBox box(OwnerWindow());
     Fill(box, question, QString::fromUtf16(StationTitle));
     const QPushButton* yes = AddButton(box, u"예"_s, QMessageBox::YesRole, u"cmdYes"_s);
     QPushButton* no = AddButton(box, u"아니오"_s, QMessageBox::NoRole, u"cmdNo"_s);
@@ -230,7 +229,7 @@ void QtDesktop::ShowPrinterDialog()
             printer.setPrinterName(m_chosenPrinter);
         if (!m_chosenPrintFile.isEmpty())
             printer.setOutputFileName(m_chosenPrintFile);
-        QPrintDialog dialog(&printer, QApplication::activeWindow());
+        QPrintDialog dialog(&printer, OwnerWindow());
         dialog.setObjectName(u"printerDialog"_s);
         if (dialog.exec() != QDialog::Accepted)
             return;
@@ -252,9 +251,14 @@ std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder, const QS
 {
     const OpenBox open(*this);
     const QString last = m_openFolder.isEmpty() ? QDir::homePath() : m_openFolder;
-    QFileDialog dialog(QApplication::activeWindow(), u"열기"_s, folder.isEmpty() ? last : NativePath(folder));
+    QFileDialog dialog(OwnerWindow(), u"열기"_s, folder.isEmpty() ? last : NativePath(folder));
     dialog.setObjectName(u"openDialog"_s);
     dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.resize(OpenDialogPixels);
+    if (const auto* list = dialog.findChild<QTreeView*>(u"treeView"_s)) {
+        list->header()->setStretchLastSection(false);
+        list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    }
     if (!filter.isEmpty()) {
         dialog.setOption(QFileDialog::HideNameFilterDetails);
         dialog.setNameFilters(NameFilters(filter));

@@ -4,15 +4,19 @@
 #include "platform/desktop/look.h"
 
 #include <QAbstractSpinBox>
+#include <QAccessibleWidget>
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
 #include <QEvent>
 #include <QFileInfo>
 #include <QFont>
+#include <QHash>
+#include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QScrollBar>
+#include <QStandardPaths>
 #include <QTabBar>
 #include <QTranslator>
 
@@ -36,6 +40,35 @@ public:
     using QObject::QObject;
 
     bool eventFilter(QObject* watched, QEvent* event) override;
+};
+
+/// A form is a window to a screen reader, a modal one a dialog; any other widget is what the toolkit takes it for.
+QAccessibleInterface* ReadableForm(const QString& className, QObject* object)
+{
+    auto* form = className == u"StationForm"_s ? static_cast<QWidget*>(object) : nullptr;
+    if (form == nullptr)
+        return nullptr;
+    return new QAccessibleWidget(form, form->isModal() ? QAccessible::Dialog : QAccessible::Window,
+                                 form->windowTitle());
+}
+
+/// Texts of the toolkit's dialogs that its Korean catalogue lacks.
+class UntranslatedTexts : public QTranslator
+{
+public:
+    using QTranslator::QTranslator;
+
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* source, const char*, int) const override
+    {
+        static const QHash<QByteArray, QString> texts{
+            {"QAbstractFileIconProvider/Drive", u"드라이브"_s},  {"QAbstractFileIconProvider/File", u"파일"_s},
+            {"QAbstractFileIconProvider/%1 File", u"%1 파일"_s}, {"QAbstractFileIconProvider/File Folder", u"폴더"_s},
+            {"QAbstractFileIconProvider/Folder", u"폴더"_s},     {"QAbstractFileIconProvider/Shortcut", u"바로 가기"_s},
+            {"QAbstractFileIconProvider/Alias", u"바로 가기"_s}, {"QAbstractFileIconProvider/Unknown", u"알 수 없음"_s},
+        };
+        return texts.value(QByteArray(context) + '/' + source);
+    }
 };
 
 bool WheelFilter::eventFilter(QObject* watched, QEvent* event)
@@ -65,13 +98,24 @@ void PrepareApplication()
 
     const QLocale korean(QLocale::Korean, QLocale::SouthKorea);
     QLocale::setDefault(korean);
+    QCoreApplication::installTranslator(new UntranslatedTexts(qApp));
     auto* texts = new QTranslator(qApp);
     if (texts->load(korean, u"qtbase"_s, u"_"_s, QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         QCoreApplication::installTranslator(texts);
 
+    QAccessible::installFactory(&ReadableForm);
     ApplyLook(*qApp);
+    QGuiApplication::setDesktopFileName(u"capture-station"_s);
+    QApplication::setWindowIcon(QIcon(u":/station/capture-station.svg"_s));
     FollowComposition();
     qApp->installEventFilter(new WheelFilter(qApp));
+}
+
+QString ProgramFolderHere()
+{
+    return FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"),
+                             QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path(),
+                             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
 }
 
 QString FindProgramFolder(const QString& chosen, const QString& executableFolder, const QString& configFolder)

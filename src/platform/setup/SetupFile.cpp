@@ -170,6 +170,11 @@ void Reader::ReadDevices()
             client.SerialPorts.insert(QString::number(number), device);
     }
     client.PrinterFolder = Absolute(Text(u"Printer"_s, u"Folder"_s));
+    const QStringList scales{QString(), u"1"_s, u"1.25"_s, u"1.5"_s, u"1.75"_s, u"2"_s, u"fit"_s};
+    m_setup.screenScale = Text(u"Screen"_s, u"Scale"_s).toLower();
+    if (!scales.contains(m_setup.screenScale))
+        m_setup.problems.append(
+            u"[Screen] Scale은 1, 1.25, 1.5, 1.75, 2, fit 가운데 하나입니다. (%1)"_s.arg(m_setup.screenScale.left(60)));
     client.BurnerImage = Absolute(Text(u"Burner"_s, u"Image"_s));
 }
 } // namespace

@@ -11,6 +11,7 @@ struct SetupFile
     ClientSetupRecord client;
     SaupRecords places;
     DatabaseSettings database;
+    QString screenScale;            ///< A factor or `fit`; empty when nothing is said.
     QString passwordFile;           ///< Absolute; empty when the password stands in the setup file.
     bool needsCaptureMount = false; ///< The capture root has to be a mount point.
     QStringList problems;           ///< What keeps the station from starting, in Korean, one sentence each.

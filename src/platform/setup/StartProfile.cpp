@@ -7,6 +7,7 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "platform/setup/register_setup.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -31,12 +32,22 @@ void Note(const QString& text)
     qWarning("capture-station: %s", qUtf8Printable(text));
 }
 
-QStringList Candidates()
+QStringList Candidates(const QString& programFolder)
 {
     const QString named = qEnvironmentVariable(SetupVariable);
     if (!named.trimmed().isEmpty())
         return {named};
-    return {UseService<Desktop>().ProgramFolder() + u"/Setup.ini"_s, u"/etc/capture-station/Setup.ini"_s};
+    return {programFolder + u"/Setup.ini"_s, u"/etc/capture-station/Setup.ini"_s};
+}
+
+/// Absolute; empty when there is none.
+QString FindSetupFile(const QStringList& candidates)
+{
+    for (const QString& candidate : candidates) {
+        if (FileExists(candidate))
+            return QFileInfo(NativePath(candidate)).absoluteFilePath();
+    }
+    return {};
 }
 
 bool OthersMayRead(const QString& path)
@@ -107,13 +118,10 @@ void Attempt(QStringList& problems, Step&& step)
 bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool openConnection,
                              ConnectionPointer& connection)
 {
-    QString path;
-    for (const QString& candidate : Candidates()) {
-        if (path.isEmpty() && FileExists(candidate))
-            path = QFileInfo(NativePath(candidate)).absoluteFilePath();
-    }
+    const QStringList candidates = Candidates(UseService<Desktop>().ProgramFolder());
+    const QString path = FindSetupFile(candidates);
     if (path.isEmpty()) {
-        ShowInformation(u"설정 파일이 없습니다.!!\n\n%1"_s.arg(NativePath(Candidates().join(u'\n'))));
+        ShowInformation(u"설정 파일이 없습니다.!!\n\n%1"_s.arg(NativePath(candidates.join(u'\n'))));
         return false;
     }
 
@@ -151,4 +159,14 @@ bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool
     if (openConnection)
         connection = opened;
     return true;
+}
+
+QString ScreenScaleOfSetup(const QString& programFolder)
+{
+    try {
+        const QString path = FindSetupFile(Candidates(programFolder));
+        return path.isEmpty() ? QString() : ReadSetupFile(Files().ReadFile(path), {}).screenScale;
+    } catch (const PlatformError&) {
+        return {};
+    }
 }

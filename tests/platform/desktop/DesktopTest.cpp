@@ -8,6 +8,7 @@
 #include "frame/services.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
+#include "platform/desktop/screen_scale.h"
 #include "support/testing.h"
 
 #include <cmath>
@@ -152,6 +153,27 @@ private Q_SLOTS:
         UseService<Desktop>().ShowPrinterDialog();
         QCOMPARE(used, QStringList{folder.filePath(u"소견.pdf"_s)});
         InstallService<PrinterOptions>(nullptr);
+    }
+
+    void TheScaleKeepsTheScreenInside_data()
+    {
+        Columns<QString, QSize, double>("wanted", "free", "scale");
+        const QSize fullHd(1920, 1080);
+        QTest::newRow("nothing said") << QString() << fullHd << 1.0;
+        QTest::newRow("fits") << u"1.25"_s << fullHd << 1.25;
+        QTest::newRow("as large as fits") << u"fit"_s << fullHd << 1.5;
+        QTest::newRow("too large") << u"2"_s << fullHd << 1.5;
+        QTest::newRow("a panel below") << u"2"_s << QSize(1920, 1050) << 1.25;
+        QTest::newRow("a narrow screen") << u"fit"_s << QSize(1280, 1024) << 1.25;
+        QTest::newRow("smaller than the form") << u"2"_s << QSize(1024, 600) << 1.0;
+        QTest::newRow("a very large screen") << u"fit"_s << QSize(7680, 4320) << 4.0;
+    }
+
+    void TheScaleKeepsTheScreenInside()
+    {
+        QFETCH(QString, wanted);
+        QFETCH(QSize, free);
+        QTEST(ScaleInside(wanted, free), "scale");
     }
 
     void ProgramFolder_data()

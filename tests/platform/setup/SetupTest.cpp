@@ -103,6 +103,7 @@ private Q_SLOTS:
             {"share that isn't mounted", u"CommPort"_s, u"CaptureMount=1"_s, u"공유가 연결되어 있지 않습니다.!!"_s},
             {"section above the root", u"EtcList"_s, u"EtcList=위내시경,.."_s, u"\"..\"은(는) 검사 이름으로"_s},
             {"section with a backslash", u"EtcList"_s, u"EtcList=..\\위"_s, u"\"..\\위\""_s},
+            {"scale between the steps", u"EtcList"_s, u"[Screen]\nScale=1.1"_s, u"[Screen] Scale은 1, 1.25"_s},
             {"section that its column would cut", u"EtcList"_s, u"EtcList="_s + QString(101, u'a'), u"검사 이름으로"_s},
         };
         for (const QString& driver : {u"QMARIADB"_s, u"QSQLITE"_s}) {
