@@ -6,9 +6,24 @@
 #include "frame/guard.h"
 #include "frame/plain_text.h"
 
+#include <QCoreApplication>
+#include <QCursor>
 #include <QMenu>
 #include <QResizeEvent>
 #include <QToolButton>
+
+namespace {
+/// The mouse left the button while its menu had it: the button would stay lit.
+void ForgetPointer(QToolButton& button)
+{
+    if (button.rect().contains(button.mapFromGlobal(QCursor::pos())))
+        return;
+    button.setAttribute(Qt::WA_UnderMouse, false);
+    QEvent leave(QEvent::Leave);
+    QCoreApplication::sendEvent(&button, &leave);
+    button.update();
+}
+} // namespace
 
 CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar(parent)
 {
@@ -35,6 +50,8 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
                 connect(action, &QAction::triggered, this, CommandSlot([run = entry.run](bool) { run(); }));
             }
             tool->setMenu(menu);
+            connect(
+                menu, &QMenu::aboutToHide, tool, [tool] { ForgetPointer(*tool); }, Qt::QueuedConnection);
             tool->setPopupMode(QToolButton::MenuButtonPopup);
         }
         addWidget(tool);

@@ -42,18 +42,21 @@ void frmCapture::BuildControls()
     m_sprCap[0] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap(1)"_s, u"캡쳐그림"_s,
                         RectFromTwips(0, 7020, 8400, 3465));
 
-    MakeLabel(this, u"lbl(4)"_s, u"저장일자"_s, RectFromTwips(8490, 690, 915, 315));
+    QLabel* label = MakeLabel(this, u"lbl(4)"_s, u"저장일자"_s, RectFromTwips(8490, 690, 915, 315));
     m_dtpYmd = Named(new QLineEdit(this), u"dtpYmd"_s, u"저장일자"_s, RectFromTwips(9480, 690, 1575, 315));
     m_dtpYmd->setReadOnly(true);
+    label->setBuddy(m_dtpYmd);
     m_dtpYmd->setFocusPolicy(Qt::NoFocus);
-    MakeLabel(this, u"lbl(1)"_s, u"장치종류"_s, RectFromTwips(12000, 690, 855, 315));
+    label = MakeLabel(this, u"lbl(1)"_s, u"장치종류"_s, RectFromTwips(12000, 690, 855, 255));
     m_cmbEtc =
         Named(new ValueCombo(u"cmbEtc"_s, this), u"cmbEtc"_s, u"장치종류"_s, RectFromTwips(12840, 690, 2385, 315));
     // A section outside the list stands as its text all the same; nothing can be typed.
     m_cmbEtc->lineEdit()->setReadOnly(true);
+    label->setBuddy(m_cmbEtc);
 
-    MakeLabel(this, u"label(2)"_s, u"참고사항"_s, RectFromTwips(8490, 1035, 915, 315));
+    label = MakeLabel(this, u"label(2)"_s, u"참고사항"_s, RectFromTwips(8490, 1035, 915, 315));
     m_txtCapChamgo = Named(new NoteBox(this), u"txtCapChamgo"_s, u"참고사항"_s, RectFromTwips(9480, 1035, 5730, 390));
+    label->setBuddy(m_txtCapChamgo);
     m_txtCapChamgo->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     m_txtCapChamgo->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
     m_lblMovie = Named(new PlainLabel(this), u"lblMovie"_s, u"동영상 상태"_s, RectFromTwips(9480, 1440, 5745, 240));
@@ -65,11 +68,12 @@ void frmCapture::BuildControls()
     m_picture1->hide();
 
     auto* pic = Named(new QWidget(this), u"pic"_s, u"캡쳐과거내역"_s, RectFromTwips(8415, 1950, 6810, 8535));
-    MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));
+    label = MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));
     m_lblHisYmd = Named(new PlainLabel(pic), u"lblHisYmd"_s, u"과거 캡쳐일자"_s, RectFromTwips(1680, 0, 1335, 240));
     m_lblHisEtc = Named(new PlainLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
     m_sprCap[2] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(3)"_s, u"캡쳐과거내역"_s,
                         RectFromTwips(15, 240, 6750, 3195));
+    label->setBuddy(m_sprCap[2]);
     m_sprCap[1] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(2)"_s, u"과거 캡쳐그림"_s,
                         RectFromTwips(15, 3450, 6750, 5040));
 }

@@ -48,8 +48,9 @@ void frmCapCDWrite::BuildControls()
     const auto addLabel = [this](const QString& name, const QString& text, const QRect& place) {
         return Named(new PlainLabel(text, this), name, text, place);
     };
-    addLabel(u"lblDrive"_s, u"Dirve :"_s, RectFromTwips(120, 120, 1320, 330));
+    QLabel* drive = addLabel(u"lblDrive"_s, u"Dirve :"_s, RectFromTwips(120, 120, 1320, 330));
     m_cmbCDList = Named(new QComboBox(this), u"cmbCDList"_s, u"Dirve :"_s, RectFromTwips(1500, 120, 7980, 330));
+    drive->setBuddy(m_cmbCDList);
     addLabel(u"lblStaging"_s, u"Staging Area :"_s, RectFromTwips(120, 510, 1320, 330));
     m_lblStagingArea = addLabel(u"lblStagingArea"_s, QString(), RectFromTwips(1500, 510, 7980, 330));
     m_lblStagingArea->setAccessibleName(u"Staging Area :"_s);

@@ -10,6 +10,8 @@
 #include <QColorDialog>
 #include <QFontDialog>
 #include <QFontInfo>
+#include <QGroupBox>
+#include <QLineEdit>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -180,6 +182,11 @@ void frmImgEdit::ChooseFont()
     dialog.setObjectName(u"cdlgCap"_s);
     dialog.setWindowTitle(u"글자체 선택..."_s);
     dialog.setOption(QFontDialog::DontUseNativeDialog);
+    // The one line of the dialog that stands in a frame of its own.
+    for (auto* line : dialog.findChildren<QLineEdit*>()) {
+        if (qobject_cast<QGroupBox*>(line->parent()) != nullptr)
+            line->setText(u"가나다 AaBb 123"_s);
+    }
     if (dialog.exec() != QDialog::Accepted)
         return;
     const QFont chosen = dialog.selectedFont();

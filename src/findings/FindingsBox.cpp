@@ -4,6 +4,7 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QTextBlock>
+#include <QTextCursor>
 #include <QTextLayout>
 
 using namespace Qt::StringLiterals;
@@ -11,18 +12,37 @@ using namespace Qt::StringLiterals;
 namespace {
 /// 9.75 points at 96 dots an inch. In pixels, so that the wrapping doesn't depend on the screen's resolution.
 constexpr int FontPixels = 13;
+/// The font itself leaves nothing between two lines.
+constexpr int LinePixels = 15;
 } // namespace
 
-FindingsBox::FindingsBox(QWidget* parent) : QPlainTextEdit(parent)
+FindingsBox::FindingsBox(QWidget* parent) : QTextEdit(parent)
 {
     QFont boxFont(u"돋움체"_s);
     boxFont.setPixelSize(FontPixels);
     boxFont.setBold(true);
+    // Letters as wide at every scale of the screen.
+    boxFont.setHintingPreference(QFont::PreferNoHinting);
     setFont(boxFont);
+    setAcceptRichText(false);
     setTabChangesFocus(true);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    KeepLinesApart();
+}
+
+void FindingsBox::KeepLinesApart()
+{
+    QTextBlockFormat apart;
+    apart.setLineHeight(LinePixels, QTextBlockFormat::FixedHeight);
+    // Not a step that could be taken back.
+    setUndoRedoEnabled(false);
+    QTextCursor all(document());
+    all.select(QTextCursor::Document);
+    all.mergeBlockFormat(apart);
+    setUndoRedoEnabled(true);
+    document()->setModified(false);
 }
 
 QString FindingsBox::RawText() const
@@ -43,6 +63,7 @@ QString FindingsBox::Text() const
 void FindingsBox::setText(const QString& text)
 {
     setPlainText(text);
+    KeepLinesApart();
     m_given = text;
     m_givenRaw = RawText();
 }

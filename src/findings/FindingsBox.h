@@ -1,10 +1,10 @@
 #pragma once
 
-#include <QPlainTextEdit>
+#include <QTextEdit>
 
 /// A box for the report's long texts. It gives back what it was given, line ends and all, as long as nothing was typed,
 /// and tells its lines as it shows them.
-class FindingsBox : public QPlainTextEdit
+class FindingsBox : public QTextEdit
 {
     Q_OBJECT
 
@@ -20,6 +20,7 @@ public:
 
 private:
     QString RawText() const;
+    void KeepLinesApart();
 
     QString m_given;
     QString m_givenRaw;

@@ -22,14 +22,14 @@ namespace {
 /// Blue for what is typed and looked up, orange for the print date, as on the clinic's other forms; on white, where
 /// both can be read.
 constexpr char16_t Colours[] =
-    u"#frmCapSogyon > QLineEdit, #frmCapSogyon > QPlainTextEdit, #frmCapSogyon > QComboBox, "
+    u"#frmCapSogyon > QLineEdit, #frmCapSogyon > QTextEdit, #frmCapSogyon > QComboBox, "
     "#frmCapSogyon > QComboBox QLineEdit, #frmCapSogyon > QComboBox QAbstractItemView "
     "{ color: #0000ff; background: #ffffff; }"
     "#frmCapSogyon > QLineEdit { padding: 0px; }"
     "#frmCapSogyon > QComboBox { padding: 0px 1px; }"
     "#frmCapSogyon > QComboBox::drop-down { background: #333c44; }"
     "#frmCapSogyon > #txtPyy, #frmCapSogyon > #cmbPmm, #frmCapSogyon > #cmbPmm *, #frmCapSogyon > #cmbPdd, "
-    "#frmCapSogyon > #cmbPdd * { color: #c24e00; background: #ffffff; }"
+    "#frmCapSogyon > #cmbPdd * { color: #a64100; background: #ffffff; }"
     "#frmCapSogyon > QPushButton { padding: 2px; }";
 
 QLabel* MakeLabel(QWidget* parent, const QString& text, const QRect& place)
@@ -52,10 +52,12 @@ struct BoxPlace
 QLineEdit* MakeBox(QWidget* parent, const BoxPlace& place)
 {
     const QString label = QString::fromUtf16(place.label);
-    MakeLabel(parent, label, RectFromTwips(place.labelLeft, place.top, place.left - place.labelLeft, 240));
+    QLabel* shown =
+        MakeLabel(parent, label, RectFromTwips(place.labelLeft, place.top, place.left - place.labelLeft, 240));
     auto* box = Named(new QLineEdit(parent), QString::fromUtf16(place.name), label,
                       RectFromTwips(place.left, place.top, place.width, 240));
     box->setReadOnly(true);
+    shown->setBuddy(box);
     return box;
 }
 
@@ -87,9 +89,11 @@ void frmCapSogyon::BuildBoxes()
     auto* lblSoFind = MakeLabel(this, u"소견내용"_s, RectFromTwips(3120, 1305, 810, 255));
     lblSoFind->setObjectName(u"lblSoFind"_s);
     m_txtSogyon = Named(new FindingsBox(this), u"txtSogyon"_s, u"소견내용"_s, RectFromTwips(3120, 1560, 5415, 4215));
+    lblSoFind->setBuddy(m_txtSogyon);
     m_txtSogyon->setInputMethodHints(Qt::ImhMultiLine | Qt::ImhPreferLatin);
-    MakeLabel(this, u"비     고"_s, RectFromTwips(3120, 5850, 1200, 255));
+    QLabel* remark = MakeLabel(this, u"비     고"_s, RectFromTwips(3120, 5850, 1200, 255));
     m_txtBigo = Named(new FindingsBox(this), u"txtBigo"_s, u"비     고"_s, RectFromTwips(3120, 6120, 5415, 1335));
+    remark->setBuddy(m_txtBigo);
     m_txtBigo->setInputMethodHints(Qt::ImhMultiLine);
 }
 
@@ -107,8 +111,9 @@ void frmCapSogyon::BuildHeader()
     m_txtYoyangno = MakeBox(this, {u"txtYoyangno", u"요양기호", 4380, 5160, 480, 975});
     m_txtHospital = MakeBox(this, {u"txtHospital", u"병원명칭", 6330, 7080, 480, 2175});
 
-    MakeLabel(this, u"담당의사"_s, RectFromTwips(120, 840, 840, 285));
+    QLabel* doctor = MakeLabel(this, u"담당의사"_s, RectFromTwips(120, 840, 840, 285));
     m_cmbJinchal = MakeList(this, u"cmbJinchal"_s, u"담당의사"_s, RectFromTwips(960, 840, 1215, 285));
+    doctor->setBuddy(m_cmbJinchal);
     m_cmbJinchal->lineEdit()->setReadOnly(true);
     m_txtCaymd = MakeBox(this, {u"txtCaymd", u"캡쳐일자", 2370, 3120, 840, 1935});
     m_txtPyy = MakeBox(this, {u"txtPyy", u"출력일자", 5220, 6000, 840, 510});

@@ -64,6 +64,9 @@ int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool kee
         if (!keepCursor)
             grid.SetActiveCell(1, row);
     }
+    // What is empty shows its beginning.
+    if (placed == 0)
+        grid.SetActiveCell(1, 1);
     return result;
 }
 
@@ -92,6 +95,7 @@ void LoadVisitHistory(const Visit& visit, const QString& kind)
     const QList<VisitLine> lines = StoredVisits(visit.chart, kind);
     pictures->BeginFill();
     ClearPictureGrid(*pictures, 2);
+    pictures->SetActiveCell(1, 1);
     visits->ClearRange(1, 1, 2, visits->DataRowCnt(), false);
     if (lines.size() > visits->MaxRows())
         visits->setMaxRows(static_cast<int>(lines.size()));

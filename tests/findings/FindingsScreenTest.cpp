@@ -101,7 +101,7 @@ private Q_SLOTS:
         const bool isDoctor = list == u"cmbJinchal";
         QCOMPARE(FindingsInABox::TextOf(u"txtDoctor"_s), isDoctor ? u"나누리"_s : u"다온유"_s);
         // Blue, and the print date orange.
-        QCOMPARE(shown.lineEdit()->palette().color(QPalette::Text).rgb(), isDoctor ? 0xff0000ffU : 0xffc24e00U);
+        QCOMPARE(shown.lineEdit()->palette().color(QPalette::Text).rgb(), isDoctor ? 0xff0000ffU : 0xffa64100U);
     }
 
     void ClearedAfterEachCommand_data()

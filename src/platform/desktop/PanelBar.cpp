@@ -23,6 +23,9 @@ constexpr int Slack = 3;      // A text's own width is broken pixels, and is cut
 const std::array<QString, 7> Usual{u"00000000"_s,      u"00"_s, u"남궁대한민"_s, u"M"_s, u"100세"_s, u"010-0000-0000"_s,
                                    u"000000-0000000"_s};
 
+const std::array<QString, 8> Names{u"차트번호"_s, u"유형"_s,     u"수진자명"_s, u"성별"_s,
+                                   u"나이"_s,     u"전화번호"_s, u"주민번호"_s, u"주소"_s};
+
 /// Keeps its whole text for those who ask, and paints what has room.
 class ElidedLabel final : public PlainLabel
 {
@@ -114,8 +117,12 @@ QString PanelBar::Text(int panel) const
 
 void PanelBar::setText(int panel, const QString& text)
 {
-    if (QLabel* label = Panel(panel))
-        label->setText(text);
+    QLabel* label = Panel(panel);
+    if (label == nullptr)
+        return;
+    label->setText(text);
+    label->setAccessibleName(
+        u"%1: %2"_s.arg(Names[static_cast<size_t>(qBound(1, panel, int(Names.size())) - 1)], text));
 }
 
 void PanelBar::setRemark(int panel, const QString& remark)

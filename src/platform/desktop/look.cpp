@@ -5,7 +5,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 
 #include <array>
 
@@ -18,40 +18,37 @@ struct NamedColour
     QRgb colour;
 };
 
-enum ColourName {
-    Window,
-    Base,
-    Line,
-    Raised,
-    Border,
-    Edge,
-    Text,
-    Faint,
-    Chosen,
-    ChosenText,
-    Accent,
-    Tint,
-    TintText,
-    Grip
-};
+enum ColourName { Window, Base, Line, Raised, Border, Text, Faint, Chosen, ChosenText, Accent, Tint, TintText, Grip };
 
-// Every text stands at 4.5:1 or better on the ground that it is used on.
-constexpr std::array<NamedColour, 14> Colours{{
+// Every text stands at 4.5:1 or better on the ground that it is used on, every line and edge at 3:1.
+constexpr std::array<NamedColour, 13> Colours{{
     {"window"_L1, 0xFF23292F},
     {"base"_L1, 0xFF191E23},
-    {"line"_L1, 0xFF343D45},
+    {"line"_L1, 0xFF5F6D78},
     {"raised"_L1, 0xFF333C44},
-    {"border"_L1, 0xFF4C5964},
-    {"edge"_L1, 0xFF6B7A87},
+    {"border"_L1, 0xFF7A8996},
     {"text"_L1, 0xFFE6EBEF},
     {"faint"_L1, 0xFF9EABB6},
-    {"chosen"_L1, 0xFF1D5F6E},
+    {"chosen"_L1, 0xFF297A8C},
     {"chosentext"_L1, 0xFFFFFFFF},
     {"accent"_L1, AccentColour},
     {"tint"_L1, NoticeColour},
     {"tinttext"_L1, NoticeTextColour},
-    {"grip"_L1, 0xFF5D6B77},
+    {"grip"_L1, 0xFF7A8996},
 }};
+
+/// The toolkit's own, without its pictures on the buttons of dialogs: the station's buttons have none.
+class StationStyle : public QProxyStyle
+{
+public:
+    StationStyle() : QProxyStyle(u"Fusion"_s) {}
+
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* returned) const override
+    {
+        return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, returned);
+    }
+};
 
 QColor Colour(ColourName name)
 {
@@ -113,7 +110,7 @@ void ApplyLook(QApplication& application)
         return;
     application.setProperty(Applied, true);
     LoadLookResources();
-    QApplication::setStyle(QStyleFactory::create(u"Fusion"_s));
+    QApplication::setStyle(new StationStyle);
     QApplication::setPalette(StationPalette());
     application.setStyleSheet(StyleSheet());
 }

@@ -262,9 +262,17 @@ void SpreadGrid::SetActiveCell(int column, int row)
 
 void SpreadGrid::BringIntoView(int column, int row)
 {
-    // With a picture comes the line below it, where its number stands.
-    if (m_model->Cells().TypeOf(row - 1, column - 1) == CellTypePicture && row < MaxRows())
-        m_view->scrollTo(m_model->index(row, column - 1));
+    const auto hasPictures = [this](int line) {
+        for (int each = 0; each < MaxCols(); ++each) {
+            if (m_model->Cells().TypeOf(line, each) == CellTypePicture)
+                return true;
+        }
+        return false;
+    };
+    // With pictures comes the line below them, where their numbers stand.
+    const int last = hasPictures(row - 1) && row < MaxRows() ? row : row - 1;
+    // On the way down whole rows go, so that none is cut above.
+    m_view->ScrollDownTo(last, [&](int line) { return line == row - 1 || line == 0 || !hasPictures(line - 1); });
     m_view->scrollTo(m_model->index(row - 1, column - 1));
 }
 

@@ -25,7 +25,7 @@ QVariant SpreadModel::data(const QModelIndex& index, int role) const
         // The text of a picture cell is its user's own affair, a path for example.
         return type == CellTypePicture ? QString() : cell.text;
     case Qt::AccessibleTextRole:
-        return SpokenText(cell, type);
+        return SpokenText(index, cell, type);
     case Qt::CheckStateRole:
         if (type == CellTypeCheckBox)
             return cell.ticked ? Qt::Checked : Qt::Unchecked;
@@ -37,7 +37,7 @@ QVariant SpreadModel::data(const QModelIndex& index, int role) const
     }
 }
 
-QString SpreadModel::SpokenText(const SpreadCell& cell, SpreadCellType type) const
+QString SpreadModel::SpokenText(const QModelIndex& index, const SpreadCell& cell, SpreadCellType type) const
 {
     if (type == CellTypeCheckBox)
         return cell.ticked ? u"선택됨"_s : u"선택 안 됨"_s;
@@ -45,7 +45,13 @@ QString SpreadModel::SpokenText(const SpreadCell& cell, SpreadCellType type) con
         return cell.text;
     if (cell.picture == nullptr || !cell.picture->given)
         return {};
-    return cell.picture->image.isNull() ? u"그림 없음"_s : u"그림"_s;
+    QStringList words{cell.picture->image.isNull() ? u"그림 없음"_s : u"그림"_s};
+    // Its number stands below it.
+    if (const SpreadCell* below = m_cells.Find(index.row() + 1, index.column()); below != nullptr)
+        words << below->text;
+    words << cell.picture->mark;
+    words.removeAll(QString());
+    return words.join(u' ');
 }
 
 QVariant SpreadModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -41,7 +41,7 @@ public:
     }
 
 private:
-    QString SpokenText(const SpreadCell& cell, SpreadCellType type) const;
+    QString SpokenText(const QModelIndex& index, const SpreadCell& cell, SpreadCellType type) const;
 
     void TellWritten();
 

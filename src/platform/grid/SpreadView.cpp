@@ -74,6 +74,19 @@ SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent)
         corner->installEventFilter(this);
 }
 
+void SpreadView::ScrollDownTo(int line, const std::function<bool(int line)>& mayBegin)
+{
+    executeDelayedItemsLayout();
+    const QHeaderView& lines = *verticalHeader();
+    const int needed = lines.sectionPosition(line) + lines.sectionSize(line) - viewport()->height();
+    if (verticalScrollBar()->value() >= needed)
+        return;
+    int first = 0;
+    while (first < line && (lines.sectionPosition(first) < needed || !mayBegin(first)))
+        ++first;
+    verticalScrollBar()->setValue(lines.sectionPosition(first));
+}
+
 QPoint SpreadView::CellAt(QPoint place) const
 {
     const int column = columnAt(place.x());

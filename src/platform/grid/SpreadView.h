@@ -18,6 +18,9 @@ public:
     /// Column and row of a place in the viewport; one more than there are where no cell stands.
     QPoint CellAt(QPoint place) const;
 
+    /// Scrolls until a line, from 0, is in view as a whole, and begins at one that `mayBegin` allows.
+    void ScrollDownTo(int line, const std::function<bool(int line)>& mayBegin);
+
     /// Gives the file behind a cell that the operator begins to drag; empty for none.
     void SetDragFile(std::function<QString(int column, int row)> file) { m_dragFile = std::move(file); }
 

@@ -31,30 +31,39 @@ QRectF Box(const PrintGrid& grid, int row, int row2, int column, int column2)
     return QRectF(QPointF(x(column), y(row)), QPointF(x(column2), y(row2)));
 }
 
-void DrawTextInBox(QPainter& painter, const QFont& font, const QString& given, const QRectF& box,
-                   const QString& alignment)
+void DrawTextInBox(QPainter& painter, QFont font, const QString& given, const QRectF& box, const QString& alignment)
 {
+    const bool isUnderlined = font.underline();
+    font.setUnderline(false);
     const QFontMetricsF metrics(font);
-    QString text = given;
-    qreal width = metrics.horizontalAdvance(text);
-    const qreal narrowed = width > box.width() ? qMax(NarrowestText, box.width() / width) : 1.0;
-    if (width * narrowed > box.width()) {
-        text = metrics.elidedText(text, Qt::ElideRight, box.width() / narrowed);
-        width = metrics.horizontalAdvance(text);
-    }
-    qreal left = box.left();
-    if (alignment == u"R"_s)
-        left = box.right() - width * narrowed;
-    else if (alignment == u"C"_s)
-        left = box.center().x() - width * narrowed / 2;
     // By the ink of a tall syllable: a font's leading lies above its letters alone, and would push them down onto the
     // rule below.
     const QRectF ink = metrics.tightBoundingRect(u"한"_s);
-    const qreal flattened = box.isEmpty() ? 1.0 : qMin(1.0, HighestText * box.height() / ink.height());
-    painter.translate(left, box.center().y() - ink.center().y() * flattened);
-    painter.scale(narrowed, flattened);
+    // One that is too tall for its rows gets smaller, not squat.
+    const qreal scale = box.isEmpty() ? 1.0 : qMin(1.0, HighestText * box.height() / ink.height());
+    const qreal room = box.width() / scale;
+    QString text = given;
+    qreal width = metrics.horizontalAdvance(text);
+    const qreal narrowed = width > room ? qMax(NarrowestText, room / width) : 1.0;
+    if (width * narrowed > room) {
+        text = metrics.elidedText(text, Qt::ElideRight, room / narrowed);
+        width = metrics.horizontalAdvance(text);
+    }
+    const qreal across = width * narrowed * scale;
+    qreal left = box.left();
+    if (alignment == u"R"_s)
+        left = box.right() - across;
+    else if (alignment == u"C"_s)
+        left = box.center().x() - across / 2;
+    painter.translate(left, box.center().y() - ink.center().y() * scale);
+    painter.scale(narrowed * scale, scale);
     painter.setFont(font);
     painter.drawText(QPointF(), text);
+    if (isUnderlined) {
+        // A font's own place for it runs through Korean syllables, which reach below the line of the Latin letters.
+        const qreal below = metrics.tightBoundingRect(text + u"한"_s).bottom() + 2 * metrics.lineWidth();
+        painter.fillRect(QRectF(0, below, width, metrics.lineWidth()), Qt::black);
+    }
 }
 
 } // namespace

@@ -5,6 +5,8 @@
 #include "frame/services.h"
 
 #include <QBuffer>
+#include <QFontDatabase>
+#include <QHash>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPrinter>
@@ -51,6 +53,16 @@ PagePrinter::PagePrinter(std::shared_ptr<PrintTarget> target) : m_target(std::mo
 {
     m_font.setHintingPreference(QFont::PreferNoHinting);
     setFontSize(10);
+}
+
+void PagePrinter::setFontName(const QString& name)
+{
+    // The fonts that stand in on the screen are drawn for it: their bold syllables are lighter than their bold Latin
+    // letters. (The blanks of NanumGothic can't be copied out of a PDF file.)
+    static const QHash<QString, QString> standIns{
+        {u"돋움"_s, u"NanumBarunGothic"_s}, {u"굴림"_s, u"NanumBarunGothic"_s}, {u"바탕"_s, u"NanumMyeongjo"_s}};
+    const QString standIn = QFontDatabase::hasFamily(name) ? QString() : standIns.value(name);
+    m_font.setFamily(standIn.isEmpty() ? name : standIn);
 }
 
 void PagePrinter::setFontSize(int points)

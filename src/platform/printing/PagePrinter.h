@@ -31,7 +31,7 @@ public:
 
     void setHeight(float twips) override { m_height = twips; }
     void setWidth(float twips) override { m_width = twips; }
-    void setFontName(const QString& name) override { m_font.setFamily(name); }
+    void setFontName(const QString& name) override;
     void setFontSize(int points) override;
     void setFontBold(bool on) override { m_font.setBold(on); }
     void setFontUnderline(bool on) override { m_font.setUnderline(on); }

@@ -295,6 +295,17 @@ private Q_SLOTS:
         QVERIFY(grid->rect().contains(grid->CellRect(1, 20)));
         grid->SetActiveCell(1, 1);
         QTRY_COMPARE(grid->CellRect(1, 1).top(), 0);
+        // Whole rows go on the way down.
+        grid->SetActiveCell(1, 7);
+        QTRY_COMPARE(grid->CellRect(1, 5).top(), 0);
+
+        // The active cell of the history's pictures is a box beside the picture.
+        const auto history = New(HistoryPictures);
+        for (int row = 1; row < 12; row += 2)
+            ShowPicture(*history, row, 2, QImage(8, 8, QImage::Format_RGB32));
+        Show(*history);
+        history->SetActiveCell(1, 9);
+        QTRY_VERIFY(history->rect().contains(history->CellRect(2, 10)));
     }
 
     void BadPictureShowsAMark()

@@ -71,7 +71,7 @@ private Q_SLOTS:
         QVERIFY(pages.Text(1).contains(u"둘째 장"_s));
         QVERIFY2(pages.Report(u"pdfinfo"_s, 0).contains(u"A4"_s), qPrintable(pages.Report(u"pdfinfo"_s, 0)));
         const QString fonts = pages.Report(u"pdffonts"_s, 0);
-        QVERIFY2(fonts.contains(u"UnDotum"_s) && !fonts.contains(u" no  no"_s), qPrintable(fonts));
+        QVERIFY2(fonts.contains(u"NanumBarunGothic"_s) && !fonts.contains(u" no  no"_s), qPrintable(fonts));
     }
 
     void TextKeepsInsideItsCell_data()
