@@ -69,6 +69,7 @@ int main(int argc, char* argv[])
     RegisterImageControl();
     RegisterGrid();
     RegisterVideo();
+    RegisterShutterSound();
     RegisterPrinting();
     RegisterSerial();
     RegisterDisc();

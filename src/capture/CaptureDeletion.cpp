@@ -74,6 +74,7 @@ void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
     m_stills.Forget(visit, number);
     if (place)
         RemovePicture(pictures, *place);
+    m_stills.TellTaken();
     // The visit's row may go with it.
     if (PictureCount(pictures) == 0)
         m_note.RowIsGone(visit);

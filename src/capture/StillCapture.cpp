@@ -7,6 +7,7 @@
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "contracts/ShutterSound.h"
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
 #include "frame/guard.h"
@@ -28,8 +29,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int StillQuality = 90;
-/// A visit takes 50 stills: ten rows of five.
-constexpr int MostPictures = 50;
 
 /// What the closing waits for files that are being written, and for rows that are on their way.
 constexpr int FilePatienceMs = 2500;
@@ -46,6 +45,7 @@ StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
 {
     connect(&m_leftovers, &Leftovers::AreSettled, this,
             [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
+    connect(&m_room, &RoomWatch::Changed, this, &StillCapture::RoomChanged);
     connect(&m_filing.Pictures(), &StillFiles::Moved, this, &StillCapture::ShowMoved);
     connect(&m_filing, &StillFiling::Safe, this, &StillCapture::ShowSafe);
     connect(&m_filing, &StillFiling::Waits, this, &StillCapture::ShowWaiting);
@@ -65,8 +65,11 @@ void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed)
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
+    const auto still = std::make_shared<Still>(Still{CurrentVisit()});
+    // The microphone of a movie would hear it.
+    still->isHeard = ClientSetup.ShutterSound && !capture.CaptureMode();
     FileStill(
-        CurrentVisit(), [frame] { return frame->EncodeJPEG(StillQuality); }, filed);
+        still, [frame] { return frame->EncodeJPEG(StillQuality); }, filed);
 }
 
 void StillCapture::FilePicture(const ImagXpress& picture)
@@ -77,7 +80,8 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     if (!HasRoom())
         return;
     FileStill(
-        CurrentVisit(), [content = picture.TargetContent()] { return content; }, guard::Rethrow);
+        std::make_shared<Still>(Still{CurrentVisit()}), [content = picture.TargetContent()] { return content; },
+        guard::Rethrow);
 }
 
 bool StillCapture::HasChart() const
@@ -88,30 +92,49 @@ bool StillCapture::HasChart() const
     return false;
 }
 
-bool StillCapture::HasRoom()
+int StillCapture::OnRoad(const Visit& visit) const
 {
-    const Visit visit = CurrentVisit();
-    const qsizetype onRoad =
-        std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; });
-    if (!m_line.PicturesAreHeld())
-        return PictureCount(m_grid) + onRoad < MostPictures;
-    // A grid that is being filled tells nothing: what it is filled from does.
-    const qsizetype spooled = std::ranges::count_if(m_filing.Pending().SpooledOf(visit),
-                                                    [&](int number) { return OnRoad(visit, number) == nullptr; });
-    if (m_shown != visit || m_read.size() + onRoad + spooled < MostPictures)
-        return true;
-    const auto pictures =
-        std::ranges::count_if(m_read, [&](int number) { return PictureExists(visit.PicturePath(number)); });
-    return pictures + onRoad + spooled < MostPictures;
+    return static_cast<int>(
+        std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; }));
 }
 
-void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed)
+int StillCapture::Taken() const
+{
+    const Visit visit = CurrentVisit();
+    if (!m_line.PicturesAreHeld())
+        return PictureCount(m_grid) + OnRoad(visit);
+    // A grid that is being filled tells nothing: what it is filled from does.
+    if (m_shown != visit)
+        return OnRoad(visit);
+    const auto spooled = std::ranges::count_if(m_filing.Pending().SpooledOf(visit),
+                                               [&](int number) { return OnRoad(visit, number) == nullptr; });
+    return static_cast<int>(m_read.size() + spooled) + OnRoad(visit);
+}
+
+bool StillCapture::HasRoom() const
+{
+    const int taken = Taken();
+    if (taken < MostPictures || !m_line.PicturesAreHeld())
+        return taken < MostPictures;
+    // Some of the rows may have lost their files.
+    const Visit visit = CurrentVisit();
+    const auto gone =
+        std::ranges::count_if(m_read, [&](int number) { return !PictureExists(visit.PicturePath(number)); });
+    return taken - gone < MostPictures;
+}
+
+void StillCapture::Sound(const StillPointer& still, bool isSafe)
+{
+    if (std::exchange(still->isHeard, false) && ServiceSlot<ShutterSound>() != nullptr)
+        UseService<ShutterSound>().Play(isSafe ? ShutterSound::Safe : ShutterSound::Waiting);
+}
+
+void StillCapture::FileStill(const StillPointer& still, const std::function<QByteArray()>& encode, const Filed& filed)
 {
     m_note.BringBack();
-    const auto still = std::make_shared<Still>(Still{visit});
     m_road.append(still);
     auto refused = qScopeGuard([&] { m_road.removeOne(still); });
-    m_filing.Pictures().File({visit, encode,
+    m_filing.Pictures().File({still->visit, encode,
                               [this, still](const QByteArray& content) {
                                   still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
                                   connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
@@ -120,13 +143,17 @@ void StillCapture::FileStill(const Visit& visit, const std::function<QByteArray(
                               [this, still, filed](int number, const std::exception_ptr& fault) {
                                   still->number = number;
                                   still->mayShow |= number < 0;
+                                  if (number < 0)
+                                      Sound(still, false);
                                   if (fault != nullptr)
                                       m_road.removeOne(still);
                                   if (fault != nullptr || number < 0)
                                       ShowReady();
+                                  TellTaken();
                                   Guarded([&] { filed(fault); });
                               }});
     refused.dismiss();
+    TellTaken();
 }
 
 void StillCapture::ShowReady()
@@ -148,6 +175,7 @@ void StillCapture::ShowStill(const StillPointer& still)
     std::optional<QPoint> place = PlaceOf(still->number);
     if (!place)
         place = PlaceThumbnail(still->visit, still->number, still->thumbnail->Take(0));
+    TellTaken();
     m_grid.SetActiveCell(1, place->y());
     m_grid.FlashCell(place->x(), place->y());
 }
@@ -248,6 +276,7 @@ void StillCapture::ShowFiled(const Visit& visit, int number)
 
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
+    const auto tell = qScopeGuard([this] { TellTaken(); });
     const FillLine::Hold hold(m_line);
     // The pictures of another visit may not stand there while this one's are awaited.
     if (m_shown != visit) {
@@ -284,12 +313,16 @@ void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
     m_note.ShowStored(picture.visit, picture.note);
     if (m_shown == picture.visit)
         m_arrived.append(picture.number);
+    if (const StillPointer still = OnRoad(picture.visit, picture.number))
+        Sound(still, true);
     ShowWaiting(picture.visit, picture.number);
 }
 
 void StillCapture::ShowWaiting(const Visit& visit, int number)
 {
     if (const StillPointer still = OnRoad(visit, number)) {
+        // Nothing is left to be heard of one that is safe.
+        Sound(still, false);
         still->mayShow = true;
         ShowReady();
         return;
@@ -328,6 +361,7 @@ void StillCapture::Forget(const Visit& visit, int number)
     m_unnumbered.removeOne(number);
     m_spooled.remove(number);
     m_filing.Forget(visit, number);
+    TellTaken();
 }
 
 void StillCapture::SaveVisitNote()

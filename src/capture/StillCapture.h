@@ -2,6 +2,7 @@
 
 #include "capture/FillLine.h"
 #include "capture/Leftovers.h"
+#include "capture/RoomWatch.h"
 #include "capture/StillFiling.h"
 
 #include <QHash>
@@ -29,6 +30,9 @@ public:
     StillCapture(fpSpread& visitGrid, VisitNote& note);
     ~StillCapture() override;
 
+    /// A visit takes 50 stills: ten rows of five.
+    static constexpr int MostPictures = 50;
+
     /// Called when the file stands, or with the fault that kept it from that.
     using Filed = std::function<void(std::exception_ptr fault)>;
 
@@ -47,6 +51,11 @@ public:
     void ShowPictures(const Visit& visit, bool keepCursor);
     /// Another one than the visit's own pictures is shown from here on, or none.
     void ForgetShown();
+
+    /// The visit's pictures, those on their way included.
+    int Taken() const;
+    /// The grid has been changed by another hand.
+    void TellTaken() { Q_EMIT TakenChanged(Taken()); }
 
     /// Where the screen's changes wait while it is being filled.
     FillLine& Line() { return m_line; }
@@ -77,6 +86,10 @@ public:
     std::optional<QPoint> PlaceOf(int number) const;
 
 Q_SIGNALS:
+    /// How many pictures the visit has.
+    void TakenChanged(int pictures);
+    /// What the operator is to know of the room for pictures: empty while there is enough.
+    void RoomChanged(const QString& text);
     /// What the operator is to know of the database: empty while it answers.
     void OutageChanged(const QString& text);
     /// The same of the share.
@@ -89,14 +102,18 @@ private:
         Visit visit;
         int number = 0; ///< 0 until the file stands; below 0 in the spool.
         std::shared_ptr<PictureBatch> thumbnail = nullptr;
+        bool isHeard = false; ///< Its shutter makes a sound.
         bool mayShow = false; ///< The rows are in, or have to wait.
         bool isShown = false; ///< It is in the line for the screen.
     };
     using StillPointer = std::shared_ptr<Still>;
 
     bool HasChart() const;
-    bool HasRoom();
-    void FileStill(const Visit& visit, const std::function<QByteArray()>& encode, const Filed& filed);
+    bool HasRoom() const;
+    int OnRoad(const Visit& visit) const;
+    void FileStill(const StillPointer& still, const std::function<QByteArray()>& encode, const Filed& filed);
+    /// The sound of a still, once.
+    void Sound(const StillPointer& still, bool isSafe);
     /// Those that can be shown, in the order of the presses.
     void ShowReady();
     void ShowStill(const StillPointer& still);
@@ -120,6 +137,7 @@ private:
     VisitNote& m_note;
     StillFiling m_filing;
     Leftovers m_leftovers{m_filing};
+    RoomWatch m_room{m_filing.Pictures()};
     FillLine m_line;
     QList<StillPointer> m_road;   ///< In the order of the presses.
     std::optional<Visit> m_shown; ///< Whose pictures the grid shows.

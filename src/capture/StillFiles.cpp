@@ -32,6 +32,9 @@ constexpr int LongestEncodingMs = 10'000;
 constexpr qint64 LargestSpool = 500'000'000;
 constexpr qint64 LeastFreeBytes = 1'000'000'000;
 
+/// Beside a picture there has to be room for its claim and for what the disk itself needs. In bytes.
+constexpr qint64 LeftOnShare = 1'000'000;
+
 const QString SpoolPrefix = u"Spool-"_s;
 
 QString SpoolFolder()
@@ -212,6 +215,11 @@ StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& c
     const Visit& visit = still.picture.visit;
     // A section outside this client's list has no folder of its own yet.
     EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
+    const qint64 freeBytes = Files().FreeBytes(visit.captureDir);
+    if (freeBytes >= 0 && freeBytes < content.size() + LeftOnShare) {
+        throw PlatformError(
+            u"저장 폴더에 남은 공간이 없어 그림을 저장할 수 없습니다.!! (남은 공간 %1MB)"_s.arg(freeBytes / 1'000'000));
+    }
     for (int number = numbers.NextCaptureNo(visit) + 1; number <= LargestNumber; ++number) {
         auto claim = NumberClaim::Take(visit, number, still.id);
         // Another station may have filed this number and let go of it before the claim was ours.

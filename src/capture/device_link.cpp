@@ -17,6 +17,7 @@ bool StartDevice(VideoCap& capture)
     capture.setDevice(DeviceSettings.Devices);
     capture.setVideoFormat(DeviceSettings.Sizes);
     capture.setVideoInput(DeviceSettings.Sources);
+    capture.setDeinterlaces(!DeviceSettings.KeepInterlaced);
     capture.Start();
     return true;
 }
@@ -45,7 +46,20 @@ void ShowDriverSettings(VideoCap& capture, int ownerHandle)
             throw;
         return;
     }
+    if (DeviceSettings.KeepInterlaced == capture.Deinterlaces()) {
+        DeviceSettings.KeepInterlaced = !capture.Deinterlaces();
+        SaveKeepInterlaced();
+    }
     StartDevice(capture);
+}
+
+void KeepFormat(VideoCap& capture, int refused, int kept)
+{
+    DeviceSettings.Sizes = kept;
+    SaveDeviceSettings();
+    const VideoNames formats = capture.VideoFormats();
+    ShowInformation(u"선택한 화면크기(%1)로는 영상이 나오지 않아 앞의 화면크기(%2)로 돌아왔습니다.!!"_s.arg(
+        formats.Name(refused), formats.Name(kept)));
 }
 
 void StopDevice(VideoCap& capture)

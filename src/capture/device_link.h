@@ -13,5 +13,8 @@ void ChooseDevice(VideoCap& capture);
 /// PlatformError, what keeps the device from running, or else what kept the dialog away.
 void ShowDriverSettings(VideoCap& capture, int ownerHandle);
 
+/// The device went back to a format that gives a picture: stores that one, and tells the operator.
+void KeepFormat(VideoCap& capture, int refused, int kept);
+
 /// Ends a recording and stops the device.
 void StopDevice(VideoCap& capture);

@@ -112,6 +112,7 @@ void frmCapture::LoadSteps()
 
 void frmCapture::Form_Unload()
 {
+    m_fullPicture->Return();
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
@@ -132,8 +133,17 @@ void frmCapture::ConnectControls()
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
     connect(m_stills.get(), &StillCapture::ShareOutageChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Share, text); });
+    connect(m_stills.get(), &StillCapture::RoomChanged, this,
+            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Room, text); });
+    connect(m_stills.get(), &StillCapture::TakenChanged, this, &frmCapture::ShowCount);
+    connect(m_notices, &NoticeStrip::Shown, this, &frmCapture::PlaceCount);
+    m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices);
+    ShowCount(0);
+    PlaceCount(false);
     connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
+    connect(m_capCapture, &VideoCap::OnFormatRefused, this,
+            GuardedSlot([this](int refused, int kept) { KeepFormat(*m_capCapture, refused, kept); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
     connect(m_cmbEtc, &QComboBox::activated, this, CommandSlot([this](int) { OnSectionChosen(); }));

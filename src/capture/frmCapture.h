@@ -3,6 +3,7 @@
 #include "capture/CaptureDeletion.h"
 #include "capture/CaptureHistory.h"
 #include "capture/FootSwitch.h"
+#include "capture/FullPicture.h"
 #include "capture/MovieRecording.h"
 #include "capture/PictureImport.h"
 #include "capture/StillCapture.h"
@@ -63,6 +64,8 @@ private:
     void BuildPopupMenu();
     void ConnectControls();
     void LoadSteps();
+    void ShowCount(int pictures);
+    void PlaceCount(bool aboveNotices);
     void PrepareFolders();
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
@@ -78,6 +81,8 @@ private:
     StatusPanels* m_sbarCap = nullptr;
     VideoCap* m_capCapture = nullptr;
     NoticeStrip* m_notices = nullptr;
+    QLabel* m_count = nullptr; ///< How many of the visit's pictures are taken.
+    std::unique_ptr<FullPicture> m_fullPicture;
     MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
     QLineEdit* m_dtpYmd = nullptr;

@@ -14,6 +14,7 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 
@@ -37,6 +38,9 @@ void frmCapture::BuildControls()
     m_capCapture = Named(&PlaceControl<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, this), u"capCapture"_s, u"영상"_s,
                          RectFromTwips(0, 690, 8400, 6300));
     m_notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, RectFromTwips(0, 6600, 8400, 390));
+    m_count = Named(new PlainLabel(this), u"lblCount"_s, QString());
+    m_count->setProperty("pictureCount", true);
+    m_count->setAlignment(Qt::AlignCenter);
     m_commCapture = &PlaceControl<MSComm>(u"MSCommLib.MSComm"_s, this);
     m_commCapture->setObjectName(u"commCapture"_s);
     m_sprCap[0] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap(1)"_s, u"캡쳐그림"_s,
@@ -76,4 +80,27 @@ void frmCapture::BuildControls()
     label->setBuddy(m_sprCap[2]);
     m_sprCap[1] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(2)"_s, u"과거 캡쳐그림"_s,
                         RectFromTwips(15, 3450, 6750, 5040));
+}
+
+void frmCapture::ShowCount(int pictures)
+{
+    m_count->setText(u"%1/%2"_s.arg(pictures).arg(StillCapture::MostPictures));
+    m_count->setAccessibleName(u"그림 %1장, 한도 %2장"_s.arg(pictures).arg(StillCapture::MostPictures));
+    const bool isFull = pictures >= StillCapture::MostPictures;
+    if (m_count->property("full").toBool() == isFull)
+        return;
+    m_count->setProperty("full", isFull);
+    m_count->style()->unpolish(m_count);
+    m_count->style()->polish(m_count);
+}
+
+void frmCapture::PlaceCount(bool aboveNotices)
+{
+    constexpr int WidthTwips = 780;
+    constexpr int HeightTwips = 300;
+    const QRect picture = m_capCapture->geometry();
+    QRect place({}, QSize(PixelsFromTwips(WidthTwips), PixelsFromTwips(HeightTwips)));
+    place.moveBottomRight(aboveNotices ? QPoint(picture.right(), m_notices->y() - 1) : picture.bottomRight());
+    m_count->setGeometry(place);
+    m_count->raise();
 }

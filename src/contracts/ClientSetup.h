@@ -21,6 +21,7 @@ struct ClientSetupRecord
     QString ImageFormat; ///< "2" is bmp, every other value jpg.
     QString CheckTable;  ///< First character "1": the capture mark goes to `yk`, otherwise to `endo`.
 
+    bool ShutterSound = true;            ///< Stills are heard.
     bool TestPicture = false;            ///< The video control offers a moving test picture beside the devices.
     QHash<QString, QString> SerialPorts; ///< Device file of a port number; a number without an entry is /dev/ttyS(n-1).
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.

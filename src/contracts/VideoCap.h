@@ -46,6 +46,11 @@ public:
     virtual void setVideoFormat(int position) = 0;
     virtual void setVideoInput(int position) = 0;
 
+    /// What the device says is interlaced is deinterlaced, from the next start on; true at first. The first dialog of
+    /// the driver has a switch for it.
+    virtual bool Deinterlaces() const = 0;
+    virtual void setDeinterlaces(bool on) = 0;
+
     /// The device runs and its picture shows; on a running control the present settings take effect. With
     /// `CaptureMode` it also begins to write `CaptureFileName`. Throws PlatformError when the device can't be opened.
     virtual void Start() = 0;
@@ -88,6 +93,9 @@ Q_SIGNALS:
     /// The control has ended the movie by itself: the disk is full, or the file can't be written. `CaptureMode` is
     /// false, and what was recorded is whole unless the reason says otherwise. The text is for the operator.
     void OnMovieFault(const QString& reason);
+    /// A format that was set in place of another gave no picture, and the device is back at that one. Positions in the
+    /// list of formats.
+    void OnFormatRefused(int refused, int kept);
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();
 };

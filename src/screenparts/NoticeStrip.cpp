@@ -85,6 +85,7 @@ void NoticeStrip::setNotice(Kind kind, const QString& text)
     m_text->setText(shown);
     m_text->setAccessibleName(shown);
     setVisible(!shown.isEmpty());
+    Q_EMIT Shown(!shown.isEmpty());
     if (!shown.isEmpty())
         raise();
 }

@@ -19,6 +19,7 @@ public:
         Share,   ///< The share of the pictures doesn't answer.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
+        Room,    ///< The disk of the pictures is nearly full.
     };
 
     explicit NoticeStrip(QWidget* parent);
@@ -30,6 +31,8 @@ public:
 
 Q_SIGNALS:
     void Cancelled();
+    /// It came, or went.
+    void Shown(bool shown);
 
 private:
     std::map<Kind, QString> m_notices;

@@ -29,6 +29,7 @@ void LoadDeviceSettings()
     DeviceSettings.Sizes = ReadPosition(u"Sizes"_s);
     DeviceSettings.Colors = ReadPosition(u"Colors"_s);
     DeviceSettings.Sources = ReadPosition(u"Sources"_s);
+    DeviceSettings.KeepInterlaced = ReadPosition(u"KeepInterlaced"_s) == 1;
 }
 
 void SaveDeviceSettings()
@@ -37,6 +38,11 @@ void SaveDeviceSettings()
     WritePosition(u"Sizes"_s, DeviceSettings.Sizes);
     WritePosition(u"Colors"_s, DeviceSettings.Colors);
     WritePosition(u"sources"_s, DeviceSettings.Sources);
+}
+
+void SaveKeepInterlaced()
+{
+    WritePosition(u"KeepInterlaced"_s, DeviceSettings.KeepInterlaced ? 1 : 0);
 }
 
 namespace {

@@ -9,6 +9,7 @@ struct DeviceSettingsRecord
     int Sizes = 0;
     int Colors = 0;
     int Sources = 0;
+    bool KeepInterlaced = false; ///< The device's interlaced pictures are shown as they come.
 };
 
 extern DeviceSettingsRecord DeviceSettings;
@@ -17,6 +18,8 @@ extern DeviceSettingsRecord DeviceSettings;
 void LoadDeviceSettings();
 /// Writes `DeviceSettings` to `CapSet.ini`, key by key. A file that can't be written keeps its old values.
 void SaveDeviceSettings();
+/// Writes the one key of interlaced pictures.
+void SaveKeepInterlaced();
 
 /// `CapSet.ini` in the program's own folder: the station's own settings.
 

@@ -1,10 +1,22 @@
 #include "support/CaptureScreen.h"
+#include "contracts/ShutterSound.h"
 #include "contracts/StatusPanels.h"
+#include "screenparts/NoticeStrip.h"
 #include "visit/device_settings.h"
 
 using namespace Qt::StringLiterals;
 
 /// The screen as the operator reaches it: through the menu of the capture screen.
+
+namespace {
+/// Sounds instead of a loudspeaker.
+class HeardSounds final : public ShutterSound
+{
+public:
+    static inline QList<Kind> heard;
+    void Play(Kind kind) override { heard << kind; }
+};
+} // namespace
 
 class CaptureScreenTest : public QObject
 {
@@ -106,8 +118,30 @@ private Q_SLOTS:
         QCOMPARE(CellText(screen.sprCap(1), 1, 4), u"006"_s);
         QCOMPARE(CellText(screen.sprCap(1), 5, 20), u"050"_s);
         QCOMPARE(screen.sprCap(1).ActiveRow(), 19);
+        const auto* count = screen.findChild<QLabel*>(u"lblCount"_s);
+        QVERIFY(count->text() == u"50/50"_s && count->property("full").toBool());
         QVERIFY(m_box->Desk().shown.isEmpty());
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
+    }
+
+    void TheShutterIsHeard()
+    {
+        InstallService<ShutterSound>(std::make_unique<HeardSounds>());
+        HeardSounds::heard.clear();
+        frmCapture& screen = OpenWithOneStill();
+        QCOMPARE(HeardSounds::heard, QList{ShutterSound::Safe});
+        // The microphone of a movie would hear it.
+        screen.capCapture().setCaptureMode(true);
+        Press(u"캡쳐"_s);
+        screen.capCapture().setCaptureMode(false);
+        ClientSetup.ShutterSound = false;
+        Press(u"캡쳐"_s);
+        QCOMPARE(HeardSounds::heard.size(), 1);
+        ClientSetup.ShutterSound = true;
+        m_box->Run(u"ALTER TABLE cap RENAME TO cap_away"_s);
+        Press(u"캡쳐"_s);
+        QTRY_COMPARE(HeardSounds::heard, (QList{ShutterSound::Safe, ShutterSound::Waiting}));
+        InstallService<ShutterSound>(nullptr);
     }
 
     void WithoutAPictureNothingIsFiled_data()
@@ -116,6 +150,53 @@ private Q_SLOTS:
         QTest::newRow("idle") << false << 0 << u"캡쳐할 영상이 없습니다.!!"_s;
         QTest::newRow("the claim can't be made") << true << 1 << u"디스크가 가득 찼습니다.!!"_s;
         QTest::newRow("the file can't be written") << true << 2 << u"디스크가 가득 찼습니다.!!"_s;
+    }
+
+    void ThePictureFillsTheScreenAndGoesOn()
+    {
+        frmCapture& screen = OpenWithOneStill();
+        QWidget& picture = screen.capCapture();
+        auto* strip = screen.findChild<NoticeStrip*>();
+        const QRect place = picture.geometry();
+        const QRect below = strip->geometry();
+        QTest::mouseDClick(&picture, Qt::LeftButton);
+        QWidget* full = picture.window();
+        QVERIFY(full != &screen && full->isVisible());
+        QCOMPARE(full->size(), screen.screen()->size());
+        QCOMPARE(picture.geometry(), full->rect());
+        strip->setNotice(NoticeStrip::Room, u"공간"_s);
+        QCOMPARE(strip->geometry().bottomRight(), full->rect().bottomRight());
+        Press(u"캡쳐"_s);
+        QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 2)), 2);
+        QTest::keyClick(full, Qt::Key_A);
+        QCOMPARE(picture.window(), full);
+        QTest::keyClick(full, Qt::Key_Escape);
+        QCOMPARE(picture.window(), &screen);
+        QCOMPARE(picture.geometry(), place);
+        QCOMPARE(strip->geometry(), below);
+        QVERIFY(strip->isVisible() && !full->isVisible());
+        QTest::keyClick(&screen, Qt::Key_Escape);
+        QVERIFY(!screen.IsUnloaded());
+        QTest::mouseDClick(&picture, Qt::LeftButton);
+        QTest::mouseDClick(&picture, Qt::LeftButton);
+        QCOMPARE(picture.window(), &screen);
+        // One that is closed while it is full leaves nothing behind.
+        QTest::mouseDClick(&picture, Qt::LeftButton);
+        screen.Unload();
+    }
+
+    void TheOperatorHearsOfTheRoom()
+    {
+        m_box->FaultyFiles().freeBytes = 900'000'000;
+        frmCapture& screen = OpenWithOneStill();
+        auto* strip = screen.findChild<NoticeStrip*>();
+        QTRY_VERIFY(strip->isVisible() && strip->findChild<QLabel*>()->text().contains(u"900MB"_s));
+        QVERIFY(m_box->Desk().shown.isEmpty());
+        m_box->FaultyFiles().freeBytes = 1'000;
+        Press(u"캡쳐"_s);
+        QVERIFY(m_box->Desk().shown.value(0).contains(u"공간이 없어"_s));
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 1);
+        QCOMPARE(screen.findChild<QLabel*>(u"lblCount"_s)->text(), u"1/50"_s);
     }
 
     void WithoutAPictureNothingIsFiled()

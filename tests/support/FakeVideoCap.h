@@ -14,8 +14,9 @@ public:
     QSize frameSize{320, 240};
     QString dialogFault; ///< What its dialogs throw.
     bool room = true;    ///< The disk has room for a movie.
-    QStringList movies;  ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
-    QStringList calls;   ///< Members called that change the device's state, in order.
+    bool deinterlaces = true;
+    QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
+    QStringList calls;  ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
     static void Register();
@@ -29,6 +30,8 @@ public:
     void setDevice(int position) override { calls << QStringLiteral("Device %1").arg(position); }
     void setVideoFormat(int position) override { calls << QStringLiteral("VideoFormat %1").arg(position); }
     void setVideoInput(int position) override { calls << QStringLiteral("VideoInput %1").arg(position); }
+    bool Deinterlaces() const override { return deinterlaces; }
+    void setDeinterlaces(bool on) override { deinterlaces = on; }
     void Start() override;
     void Stop() override;
     bool CaptureMode() const override { return m_captureMode; }

@@ -1,6 +1,7 @@
 #include "platform/gstreamer/VideoControl.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/guard.h"
 #include "frame/services.h"
 #include "platform/gstreamer/devices/DriverDialog.h"
 #include "platform/gstreamer/devices/V4l2Device.h"
@@ -12,6 +13,12 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+/// A device that has given no frame in another format by then gives none in it. Shorter than the time after which a
+/// silent device is opened anew.
+constexpr int FormatPatienceMs = 4000;
+} // namespace
+
 VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     : VideoCap(nullptr), m_devices(std::move(devices)), m_live(std::make_unique<Live>())
 {
@@ -19,6 +26,13 @@ VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     setAccessibleName(u"실시간 영상"_s);
     connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);
     connect(&m_live->session, &LiveSession::StateChanged, this, &VideoControl::AnswerState);
+    m_live->formatPatience.setSingleShot(true);
+    connect(&m_live->formatPatience, &QTimer::timeout, this, [this] {
+        Guarded([this] {
+            if (m_live->session.Present() != LiveSession::State::Idle && m_live->session.FrameCount() == 0)
+                GoBackToGoodFormat();
+        });
+    });
     connect(m_devices.get(), &VideoDevices::Changed, this, &VideoControl::AnswerDevices);
 }
 
@@ -77,6 +91,33 @@ bool VideoControl::RunsAsSet() const
 
 void VideoControl::StartSession()
 {
+    m_live->formatPatience.stop();
+    try {
+        BeginSession();
+    } catch (const PlatformError&) {
+        if (!GoBackToGoodFormat())
+            throw;
+        return;
+    }
+    if (m_live->goodDevice == m_device && m_live->goodFormat != m_format)
+        m_live->formatPatience.start(FormatPatienceMs);
+}
+
+bool VideoControl::GoBackToGoodFormat()
+{
+    const int refused = m_live->runningFormat;
+    const int kept = m_live->goodFormat;
+    if (m_live->runningDevice != m_live->goodDevice || refused == kept)
+        return false;
+    m_format = kept;
+    BeginSession();
+    QMetaObject::invokeMethod(
+        this, [this, refused, kept] { Q_EMIT OnFormatRefused(refused, kept); }, Qt::QueuedConnection);
+    return true;
+}
+
+void VideoControl::BeginSession()
+{
     m_live->session.Stop();
     const auto require = [](bool condition, const QString& fault) {
         if (!condition)
@@ -84,6 +125,9 @@ void VideoControl::StartSession()
     };
     const VideoDevice* device = ChosenDevice();
     require(device != nullptr, u"설정된 캡쳐장치(%1)가 목록에 없습니다.!! 장치설정을 확인하세요.!!"_s.arg(m_device));
+    require(!device->modes.isEmpty(),
+            u"캡쳐장치(%1)의 영상형식(%2)은 쓸 수 없습니다.!! 다른 장치를 선택하세요.!!"_s.arg(
+                device->name, device->otherFormats.join(u", "_s)));
     require(m_format >= 0 && m_format < device->modes.size(),
             u"설정된 화면크기(%1)가 캡쳐장치에 없습니다.!! 장치설정을 확인하세요.!!"_s.arg(m_format));
     require(m_input >= 0 && m_input < device->inputs.size(),
@@ -96,23 +140,25 @@ void VideoControl::StartSession()
     m_live->toldFrames = 0;
     const VideoMode mode = m_live->choice.Applied(device->name, device->modes.at(m_format));
     const quint64 standard = m_live->choice.Standard(device->name);
-    m_live->session.Start([devices = m_devices, position = m_device, input = m_input, mode, standard] {
-        const VideoDevice& present = devices->List().at(position);
-        if (!present.isPresent)
-            throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
-        if (!present.isTestPicture) {
-            V4l2Device opened(devices->Calls(), present.node);
-            opened.SelectInput(input);
-            if (standard != 0)
-                opened.SelectStandard(standard);
-        }
-        return LiveSource{present.isTestPicture, present.node, mode, {}};
-    });
+    m_live->session.Start(
+        [devices = m_devices, position = m_device, input = m_input, mode, standard, deinterlaces = m_deinterlaces] {
+            const VideoDevice& present = devices->List().at(position);
+            if (!present.isPresent)
+                throw PlatformError(u"캡쳐장치(%1)가 연결되어 있지 않습니다.!!"_s.arg(present.name));
+            if (!present.isTestPicture) {
+                V4l2Device opened(devices->Calls(), present.node);
+                opened.SelectInput(input);
+                if (standard != 0)
+                    opened.SelectStandard(standard);
+            }
+            return LiveSource{present.isTestPicture, present.node, mode, {}, deinterlaces};
+        });
 }
 
 void VideoControl::Stop()
 {
     EndMovie();
+    m_live->formatPatience.stop();
     m_live->session.Stop();
 }
 
@@ -133,7 +179,7 @@ void VideoControl::ShowDriverDialog1(int ownerHandle)
 {
     if (const VideoDevice* device = ChosenDevice())
         ShowStreamDialog(FindOwner(ownerHandle, this), *device, device->modes.value(m_format), m_live->choice,
-                         m_devices);
+                         m_deinterlaces, m_devices);
     else
         throw PlatformError(u"캡쳐장치를 찾을수 없습니다.!!"_s);
 }
@@ -173,6 +219,10 @@ void VideoControl::AnswerState()
 {
     const LiveSession::State before = std::exchange(m_live->shownState, m_live->session.Present());
     update();
+    if (m_live->shownState == LiveSession::State::Live) {
+        m_live->goodDevice = m_live->runningDevice;
+        m_live->goodFormat = m_live->runningFormat;
+    }
     const bool isLost = m_live->shownState == LiveSession::State::Lost;
     const bool isBack = before == LiveSession::State::Lost && m_live->shownState == LiveSession::State::Live;
     if (isLost || isBack)

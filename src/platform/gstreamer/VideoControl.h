@@ -24,6 +24,9 @@ public:
     void setVideoFormat(int position) override { m_format = position; }
     void setVideoInput(int position) override { m_input = position; }
 
+    bool Deinterlaces() const override { return m_deinterlaces; }
+    void setDeinterlaces(bool on) override { m_deinterlaces = on; }
+
     void Start() override;
     void Stop() override;
 
@@ -81,6 +84,9 @@ private:
     void AnswerState();
     void AnswerDevices();
     void StartSession();
+    void BeginSession();
+    /// Goes back to the format that gave a picture, if this start is another one's. False when it isn't.
+    bool GoBackToGoodFormat();
     bool RunsAsSet() const;
     int FrameCount() const;
 
@@ -93,6 +99,7 @@ private:
     int m_device = 0;
     int m_format = 0;
     int m_input = 0;
+    bool m_deinterlaces = true;
     MovieSettings m_movie;
     const std::unique_ptr<Live> m_live;
 };

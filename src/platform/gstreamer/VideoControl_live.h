@@ -19,6 +19,9 @@ struct VideoControl::Live
     int runningDevice = -1; ///< Positions that the session was started with.
     int runningFormat = -1;
     int runningInput = -1;
+    int goodDevice = -1; ///< Those that last gave a picture.
+    int goodFormat = -1;
+    QTimer formatPatience;
     int toldFrames = 0; ///< The count of the last frame event.
     int telling = 0;    ///< Frame events that are being handled, one inside the other.
     StreamChoice choice;

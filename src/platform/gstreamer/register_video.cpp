@@ -3,6 +3,7 @@
 #include "frame/components.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/movies/movie_repair.h"
+#include "platform/gstreamer/sounds/ShutterSounds.h"
 #include "platform/gstreamer/VideoControl.h"
 
 using namespace Qt::StringLiterals;
@@ -27,4 +28,9 @@ void RegisterVideo()
     InstallService<VideoOptions>(std::make_unique<SharedVideoOptions>(devices));
     RegisterComponent<VideoCap>(u"VIDEOCAPLib.VideoCap"_s,
                                 [devices] { return std::make_unique<VideoControl>(devices); });
+}
+
+void RegisterShutterSound()
+{
+    InstallService<ShutterSound>(std::make_unique<ShutterSounds>());
 }

@@ -106,6 +106,7 @@ void Reader::ReadClient()
     m_setup.client.CommPort = Text(section, u"CommPort"_s);
     m_setup.client.ImageFormat = Text(section, u"ImageFormat"_s);
     m_setup.client.CheckTable = Text(section, u"CheckTable"_s);
+    m_setup.client.ShutterSound = Text(section, u"ShutterSound"_s) != u"0";
     m_setup.needsCaptureMount = Text(section, u"CaptureMount"_s) == u"1";
     ReadSections(Text(section, u"EtcList"_s));
     ReadCaptureRoot(Needed(section, u"CaptureRoot"_s));

@@ -32,6 +32,7 @@ struct FakeCamera
     QStringList inputs = {QStringLiteral("Camera 1")};
     QMap<quint32, v4l2_queryctrl> controls = {};
     bool isMetadataNode = false;
+    bool isMultiPlanar = false;
     int openError = 0;
     bool isSizeRange = false; ///< The first size is the largest of a range.
 
@@ -134,9 +135,9 @@ private:
         Put(capability.card, camera.card);
         Put(capability.bus_info, camera.bus);
         // Both nodes of a camera name what the whole device can; only device_caps tells them apart.
-        capability.capabilities = V4L2_CAP_VIDEO_CAPTURE | V4L2_CAP_STREAMING | V4L2_CAP_DEVICE_CAPS;
-        capability.device_caps =
-            V4L2_CAP_STREAMING | (camera.isMetadataNode ? V4L2_CAP_META_CAPTURE : V4L2_CAP_VIDEO_CAPTURE);
+        const __u32 capture = camera.isMultiPlanar ? V4L2_CAP_VIDEO_CAPTURE_MPLANE : V4L2_CAP_VIDEO_CAPTURE;
+        capability.capabilities = capture | V4L2_CAP_STREAMING | V4L2_CAP_DEVICE_CAPS;
+        capability.device_caps = V4L2_CAP_STREAMING | (camera.isMetadataNode ? V4L2_CAP_META_CAPTURE : capture);
         return 0;
     }
 
@@ -150,7 +151,9 @@ private:
 
     static int EnumFormat(const FakeCamera& camera, v4l2_fmtdesc& format)
     {
-        if (qsizetype(format.index) >= camera.formats.size())
+        const bool isOfThisKind =
+            format.type == (camera.isMultiPlanar ? V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE : V4L2_BUF_TYPE_VIDEO_CAPTURE);
+        if (!isOfThisKind || qsizetype(format.index) >= camera.formats.size())
             return -EINVAL;
         format.pixelformat = camera.formats[format.index].fourcc;
         return 0;

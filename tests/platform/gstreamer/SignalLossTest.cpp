@@ -132,6 +132,24 @@ private Q_SLOTS:
         QTRY_VERIFY(control->HoldFrame());
     }
 
+    void AFormatWithoutAPictureIsTakenBack()
+    {
+        const LiveFixture fixture;
+        const auto control = fixture.NewControl(LiveFixture::At1080p60);
+        QSignalSpy refused(control.get(), &VideoCap::OnFormatRefused);
+        QSignalSpy frames(control.get(), &VideoCap::OnFrame);
+        control->Start();
+        QTRY_VERIFY(!frames.isEmpty());
+        FreezeTestPicture(true);
+        control->setVideoFormat(LiveFixture::At1080p60 + 1);
+        control->Start();
+        QTRY_COMPARE_WITH_TIMEOUT(refused.count(), 1, 20000);
+        QCOMPARE(refused.first(), (QVariantList{LiveFixture::At1080p60 + 1, int(LiveFixture::At1080p60)}));
+        FreezeTestPicture(false);
+        QTRY_VERIFY(control->HoldFrame());
+        QCOMPARE(QImage::fromData(control->HoldFrame()->EncodeJPEG(90)).height(), 1080);
+    }
+
     void ADeviceThatIsSilentFromTheStart()
     {
         const LiveFixture fixture;

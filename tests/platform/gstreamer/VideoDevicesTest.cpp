@@ -274,6 +274,31 @@ private Q_SLOTS:
         QTest::newRow("input") << 0 << 0 << 1 << u"캡쳐소스(1)"_s;
     }
 
+    void WhatCannotBeShownIsListedAndNamed_data()
+    {
+        Columns<quint32, bool, QString>("fourcc", "isMultiPlanar", "named");
+        QTest::newRow("H.264 alone") << quint32(V4L2_PIX_FMT_H264) << false << u"(H264)"_s;
+        QTest::newRow("several planes") << quint32(V4L2_PIX_FMT_NV12M) << true << u"(NM12 multi-planar)"_s;
+    }
+
+    void WhatCannotBeShownIsListedAndNamed()
+    {
+        QFETCH3(quint32, fourcc, bool, isMultiPlanar, QString, named);
+        auto camera = std::make_shared<FakeCamera>(
+            FakeCamera{.card = u"Scope"_s, .bus = u"usb-1"_s, .formats = {{fourcc, {{1920, 1080, {30}}}}}});
+        camera->isMultiPlanar = isMultiPlanar;
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        QCOMPARE(control.Devices().names.first(), u"Scope"_s);
+        QCOMPARE(control.VideoFormats().Count(), 0);
+        try {
+            control.Start();
+            QFAIL("it started");
+        } catch (const PlatformError& error) {
+            QVERIFY2(error.Text().contains(named), qPrintable(error.Text()));
+        }
+    }
+
     void PositionsOutOfRangeAreFaultsOfTheStart()
     {
         QFETCH4(int, device, int, format, int, input, QString, word);

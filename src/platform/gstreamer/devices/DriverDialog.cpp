@@ -82,6 +82,15 @@ void DriverDialog::AddSlider(const PictureControl& control, const Apply& apply)
     m_rows->addRow(new PlainLabel(control.name, this), row);
 }
 
+void DriverDialog::AddOption(const QString& label, bool present, const std::function<void(bool)>& choose)
+{
+    auto* box = new QCheckBox(CaptionText(label));
+    box->setObjectName(label);
+    box->setChecked(present);
+    connect(box, &QCheckBox::toggled, this, choose);
+    m_rows->addRow(box);
+}
+
 void DriverDialog::AddChoice(const QString& label, const QStringList& names, int present,
                              const std::function<void(int)>& choose)
 {
@@ -131,7 +140,7 @@ bool ApplyToTestPicture(quint32 id, int value)
 } // namespace
 
 void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice,
-                      const std::shared_ptr<VideoDevices>& devices)
+                      bool& deinterlaces, const std::shared_ptr<VideoDevices>& devices)
 {
     QList<VideoMode> rates;
     QStringList names;
@@ -167,6 +176,9 @@ void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode
                 dialog.AddChoice(u"영상방식"_s, standardNames, presentStandard, [&choice, &standards, name](int index) {
                     choice.ChooseStandard(name, standards.at(index).id);
                 });
+            if (!isTestPicture)
+                dialog.AddOption(u"인터레이스 영상의 빗살무늬 없애기"_s, deinterlaces,
+                                 [&deinterlaces](bool on) { deinterlaces = on; });
         });
 }
 

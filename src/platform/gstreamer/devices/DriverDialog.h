@@ -23,6 +23,7 @@ public:
     DriverDialog(QWidget* owner, const QString& title);
 
     void AddControl(const PictureControl& control, const Apply& apply);
+    void AddOption(const QString& label, bool present, const std::function<void(bool)>& choose);
     void AddChoice(const QString& label, const QStringList& names, int present, const std::function<void(int)>& choose);
     /// Runs the dialog until it is closed; says so when it holds nothing to change.
     void Run();
@@ -37,9 +38,9 @@ private:
 /// The window of that handle; the one that holds `control` when there is none.
 QWidget* FindOwner(int handle, QWidget* control);
 
-/// How the stream runs: the frame rate among those of the format, and the television standard; the next start applies
-/// them. Throws PlatformError when the device can't be asked.
+/// How the stream runs: the frame rate among those of the format, the television standard, and whether interlaced
+/// pictures are deinterlaced; the next start applies them. Throws PlatformError when the device can't be asked.
 void ShowStreamDialog(QWidget* owner, const VideoDevice& device, const VideoMode& mode, StreamChoice& choice,
-                      const std::shared_ptr<VideoDevices>& devices);
+                      bool& deinterlaces, const std::shared_ptr<VideoDevices>& devices);
 /// What the picture looks like. Throws PlatformError when the device can't be asked.
 void ShowPictureDialog(QWidget* owner, const VideoDevice& device, const std::shared_ptr<VideoDevices>& devices);

@@ -71,7 +71,9 @@ V4l2Device::V4l2Device(V4l2Calls& calls, const QString& path) : m_calls(calls), 
         return;
     const __u32 abilities =
         (capability.capabilities & V4L2_CAP_DEVICE_CAPS) != 0 ? capability.device_caps : capability.capabilities;
-    m_capturesVideo = (abilities & V4L2_CAP_VIDEO_CAPTURE) != 0 && (abilities & V4L2_CAP_STREAMING) != 0;
+    const bool isSinglePlanar = (abilities & V4L2_CAP_VIDEO_CAPTURE) != 0;
+    m_isMultiPlanar = !isSinglePlanar && (abilities & V4L2_CAP_VIDEO_CAPTURE_MPLANE) != 0;
+    m_capturesVideo = (isSinglePlanar || m_isMultiPlanar) && (abilities & V4L2_CAP_STREAMING) != 0;
     m_card = DriverText(capability.card);
     m_bus = DriverText(capability.bus_info);
 }
@@ -87,19 +89,40 @@ int V4l2Device::Request(unsigned long request, void* argument) const
     return m_calls.Request(m_descriptor, request, argument);
 }
 
-QList<VideoMode> V4l2Device::Modes() const
+void V4l2Device::ForEachFormat(quint32 bufferType, const std::function<void(quint32)>& call) const
 {
-    QList<VideoMode> modes;
     for (__u32 index = 0;; ++index) {
         v4l2_fmtdesc format = {};
         format.index = index;
-        format.type = V4L2_BUF_TYPE_VIDEO_CAPTURE;
+        format.type = bufferType;
         if (Request(VIDIOC_ENUM_FMT, &format) != 0)
             break;
         // A format that the kernel library only emulates would be decoded twice.
-        if (!CapsFormat(format.pixelformat).isEmpty() && (format.flags & V4L2_FMT_FLAG_EMULATED) == 0)
-            AppendSizes(format.pixelformat, modes);
+        if ((format.flags & V4L2_FMT_FLAG_EMULATED) == 0)
+            call(format.pixelformat);
     }
+}
+
+QStringList V4l2Device::OtherFormats() const
+{
+    QStringList names;
+    ForEachFormat(V4L2_BUF_TYPE_VIDEO_CAPTURE, [&](quint32 fourcc) {
+        if (CapsFormat(fourcc).isEmpty())
+            names << FourccText(fourcc);
+    });
+    if (m_isMultiPlanar)
+        ForEachFormat(V4L2_BUF_TYPE_VIDEO_CAPTURE_MPLANE,
+                      [&](quint32 fourcc) { names << FourccText(fourcc) + u" multi-planar"_s; });
+    return names;
+}
+
+QList<VideoMode> V4l2Device::Modes() const
+{
+    QList<VideoMode> modes;
+    ForEachFormat(V4L2_BUF_TYPE_VIDEO_CAPTURE, [&](quint32 fourcc) {
+        if (!CapsFormat(fourcc).isEmpty())
+            AppendSizes(fourcc, modes);
+    });
     std::stable_sort(modes.begin(), modes.end(), SuitsBetter);
     modes.erase(std::unique(modes.begin(), modes.end()), modes.end());
     return modes;

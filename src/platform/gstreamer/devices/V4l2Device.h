@@ -6,6 +6,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 /// A television standard, by the driver's number and name.
 struct VideoStandard
 {
@@ -23,7 +25,8 @@ public:
     V4l2Device(const V4l2Device&) = delete;
     V4l2Device& operator=(const V4l2Device&) = delete;
 
-    /// False for a node that delivers something else than pictures, such as the metadata node of a camera.
+    /// False for a node that delivers something else than pictures, such as the metadata node of a camera. True also
+    /// for one whose pictures can't be shown.
     bool CapturesVideo() const { return m_capturesVideo; }
     /// What the maker calls the device.
     QString Card() const { return m_card; }
@@ -32,6 +35,8 @@ public:
 
     /// The modes that can be shown, the one that suits best first.
     QList<VideoMode> Modes() const;
+    /// Names of the pixel formats that can't be shown.
+    QStringList OtherFormats() const;
     QStringList Inputs() const;
     /// Throws PlatformError when the device refuses.
     void SelectInput(int input);
@@ -49,12 +54,15 @@ public:
 
 private:
     int Request(unsigned long request, void* argument) const;
+    /// Calls for each pixel format that isn't emulated.
+    void ForEachFormat(quint32 bufferType, const std::function<void(quint32 fourcc)>& call) const;
     void AppendSizes(quint32 fourcc, QList<VideoMode>& modes) const;
     void AppendRates(VideoMode mode, QList<VideoMode>& modes) const;
 
     V4l2Calls& m_calls;
     int m_descriptor;
     bool m_capturesVideo = false;
+    bool m_isMultiPlanar = false; ///< Gives its pictures in several buffers each, which the station doesn't take.
     QString m_card;
     QString m_bus;
 };

@@ -93,6 +93,7 @@ void VideoDevices::Welcome(const QString& node)
         device->node = node;
         device->isPresent = true;
         device->modes = opened.Modes();
+        device->otherFormats = opened.OtherFormats();
         device->inputs = opened.Inputs();
         if (device->inputs.isEmpty())
             device->inputs = {u"기본 입력"_s};

@@ -20,6 +20,7 @@ struct VideoDevice
     bool isPresent = false;
     QList<VideoMode> modes; ///< The last known ones of a device that is gone.
     QStringList inputs;
+    QStringList otherFormats{}; ///< That can't be shown.
 };
 
 /// The video devices of the machine, shared by all video controls.

@@ -18,8 +18,10 @@ constexpr std::array PixelFormats = {
     PixelFormat{V4L2_PIX_FMT_NV12, u"NV12"},        PixelFormat{V4L2_PIX_FMT_NV21, u"NV21"},
     PixelFormat{V4L2_PIX_FMT_YUV420, u"I420"},      PixelFormat{V4L2_PIX_FMT_YVU420, u"YV12"},
     PixelFormat{V4L2_PIX_FMT_RGB24, u"RGB"},        PixelFormat{V4L2_PIX_FMT_BGR24, u"BGR"},
+    PixelFormat{V4L2_PIX_FMT_GREY, u"GRAY8"},       PixelFormat{V4L2_PIX_FMT_XBGR32, u"BGRx"},
     PixelFormat{V4L2_PIX_FMT_MJPEG, u"image/jpeg"}, PixelFormat{V4L2_PIX_FMT_JPEG, u"image/jpeg"},
 };
+} // namespace
 
 QString FourccText(quint32 fourcc)
 {
@@ -28,7 +30,6 @@ QString FourccText(quint32 fourcc)
         text += QChar(ushort((fourcc >> shift) & 0x7f));
     return text.trimmed();
 }
-} // namespace
 
 QString CapsFormat(quint32 fourcc)
 {
@@ -36,6 +37,11 @@ QString CapsFormat(quint32 fourcc)
         if (format.fourcc == fourcc)
             return QString::fromUtf16(format.caps);
     return {};
+}
+
+bool CanDeinterlace(quint32 fourcc)
+{
+    return fourcc != V4L2_PIX_FMT_GREY;
 }
 
 QString VideoMode::Name() const

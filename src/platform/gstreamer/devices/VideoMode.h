@@ -24,8 +24,14 @@ struct VideoMode
     QString Name() const;
 };
 
+/// The four letters of a driver's pixel format.
+QString FourccText(quint32 fourcc);
+
 /// The caps format of a driver's pixel format, "image/jpeg" for motion JPEG, or empty for one that can't be shown.
 QString CapsFormat(quint32 fourcc);
+
+/// The media library deinterlaces that pixel format.
+bool CanDeinterlace(quint32 fourcc);
 
 /// What the operator chose for a device's stream beyond its format: the frame rate of a format in place of its own, and
 /// the television standard. Kept while the program runs.

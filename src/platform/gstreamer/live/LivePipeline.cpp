@@ -106,6 +106,15 @@ void LivePipeline::Worker::Build(const LiveSource& source)
         chain.push_back(queue);
         chain.push_back(Add("jpegdec"));
     }
+    if (source.deinterlaces && !source.isTestPicture && CanDeinterlace(source.mode.fourcc)) {
+        // A progressive stream goes through untouched.
+        GstElement* deinterlace = Add("deinterlace");
+        gst_util_set_object_arg(G_OBJECT(deinterlace), "mode", "auto");
+        // Sharp where nothing moves, without combs where something does; one picture of each frame.
+        gst_util_set_object_arg(G_OBJECT(deinterlace), "method", "greedyh");
+        gst_util_set_object_arg(G_OBJECT(deinterlace), "fields", "top");
+        chain.push_back(deinterlace);
+    }
     // Full frames leave here for whatever else wants them beside the screen.
     GstElement* tee = Add("tee");
     g_object_set(tee, "allow-not-linked", TRUE, nullptr);

@@ -17,6 +17,7 @@ struct LiveSource
     VideoMode mode;
     /// Stands in for a device, in the media library's own notation; empty when there is one.
     QByteArray elements = {};
+    bool deinterlaces = true; ///< What says that it is interlaced.
 };
 
 /// One stream from a device to the frame exchange. Its signals come on the thread that it lives on.
