@@ -1,5 +1,6 @@
 // The live picture of the test device at 1920x1080, 60 frames a second: which frames were painted, and what it costs
-// beside the same source into a null sink. Argument: seconds of each run, 60 unless told.
+// beside the same source into a null sink. Arguments: seconds of each run, 60 unless told; then "full" for a picture
+// that fills such a screen, or "interlaced" for what deinterlacing 1080i costs.
 
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
@@ -10,6 +11,7 @@
 #include "platform/gstreamer/VideoControl.h"
 
 #include <gst/gst.h>
+#include <linux/videodev2.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -72,11 +74,37 @@ struct LiveFigures
     double share = 0;
 };
 
-LiveFigures RunLive(int seconds)
+/// Share of one core of a stream from these elements, without a picture.
+double StreamShare(const QByteArray& elements, bool deinterlaces, int seconds)
+{
+    LivePipeline pipeline(0);
+    pipeline.Open({false, {}, {V4L2_PIX_FMT_YUYV, 1920, 1080, 25, 1}, elements, deinterlaces}, std::chrono::seconds(5));
+    ShareWhileRunning(1);
+    return ShareWhileRunning(seconds);
+}
+
+int BenchInterlaced(int seconds)
+{
+    PrepareMedia();
+    const QByteArray source = "videotestsrc is-live=true pattern=smpte100 horizontal-speed=6 ! "
+                              "video/x-raw,width=1920,height=1080,format=YUY2,framerate=";
+    const QByteArray interlaced = source + "50/1 ! interlace field-pattern=1:1";
+    const double progressive = StreamShare(source + "25/1", true, seconds);
+    const double kept = StreamShare(interlaced, false, seconds);
+    const double deinterlaced = StreamShare(interlaced, true, seconds);
+    std::printf("share of a core, 1080p25                   %.1f %%\n", progressive * 100);
+    std::printf("share of a core, 1080i25 as it comes       %.1f %%\n", kept * 100);
+    std::printf("share of a core, 1080i25 deinterlaced      %.1f %%\n", deinterlaced * 100);
+    std::printf("deinterlacing, beside 1080p25              %.2f x\n",
+                (deinterlaced - kept + progressive) / progressive);
+    return 0;
+}
+
+LiveFigures RunLive(int seconds, QSize size)
 {
     LiveFigures figures;
     const std::unique_ptr<VideoCap> control = CreateObject<VideoCap>(u"VIDEOCAPLib.VideoCap"_s);
-    control->resize(560, 420);
+    control->resize(size);
     control->show();
     control->setDevice(control->Devices().Count() - 1);
     QObject::connect(qobject_cast<VideoControl*>(control.get()), &VideoControl::Painted, control.get(),
@@ -110,11 +138,14 @@ int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
     const int seconds = argc > 1 ? std::max(1, atoi(argv[1])) : 60;
+    const QString what = argc > 2 ? QString::fromLatin1(argv[2]) : QString();
+    if (what == u"interlaced"_s)
+        return BenchInterlaced(seconds);
     RegisterVideo();
     UseService<VideoOptions>().OfferTestPicture(true);
 
     const double nullShare = NullSinkShare(seconds);
-    const LiveFigures live = RunLive(seconds);
+    const LiveFigures live = RunLive(seconds, what == u"full"_s ? QSize(1920, 1080) : QSize(560, 420));
 
     QStringList skipped;
     for (qsizetype i = 1; i < live.painted.size(); ++i)

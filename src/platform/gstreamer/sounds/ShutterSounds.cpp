@@ -15,6 +15,8 @@ namespace {
 constexpr int SamplesPerSecond = 48000;
 /// Of full scale: to be heard beside the patient, not to startle him.
 constexpr double Loudness = 0.12;
+/// So long a machine without sound isn't asked again.
+constexpr auto SilencePause = std::chrono::minutes(1);
 constexpr GstClockTime LongestPlaying = 2 * GST_SECOND;
 
 struct Tone
@@ -51,7 +53,8 @@ std::vector<std::int16_t> SamplesOf(ShutterSound::Kind kind)
     return samples;
 }
 
-void PlayNow(ShutterSound::Kind kind)
+/// False on a machine that has no sound.
+bool PlayNow(ShutterSound::Kind kind)
 {
     PrepareMedia();
     GError* error = nullptr;
@@ -61,7 +64,7 @@ void PlayNow(ShutterSound::Kind kind)
         &error));
     g_clear_error(&error);
     if (!pipeline)
-        return;
+        return false;
     const GstPointer<GstElement> source(gst_bin_get_by_name(GST_BIN(pipeline.get()), "clicks"));
     const std::vector<std::int16_t> samples = SamplesOf(kind);
     const gsize bytes = samples.size() * sizeof samples.front();
@@ -69,19 +72,23 @@ void PlayNow(ShutterSound::Kind kind)
     gst_buffer_fill(buffer, 0, samples.data(), bytes);
     GST_BUFFER_PTS(buffer) = 0;
     GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale(samples.size(), GST_SECOND, SamplesPerSecond);
+    bool isHeard = false;
     if (gst_element_set_state(pipeline.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE) {
         gst_app_src_push_buffer(GST_APP_SRC(source.get()), buffer);
         gst_app_src_end_of_stream(GST_APP_SRC(source.get()));
         GstBus* bus = gst_element_get_bus(pipeline.get());
-        GstMessage* end =
-            gst_bus_timed_pop_filtered(bus, LongestPlaying, GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR));
-        if (end != nullptr)
+        // A warning says that nothing was found to play on.
+        constexpr auto Awaited = GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR | GST_MESSAGE_WARNING);
+        if (GstMessage* end = gst_bus_timed_pop_filtered(bus, LongestPlaying, Awaited)) {
+            isHeard = GST_MESSAGE_TYPE(end) == GST_MESSAGE_EOS;
             gst_message_unref(end);
+        }
         gst_object_unref(bus);
     } else {
         gst_buffer_unref(buffer);
     }
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);
+    return isHeard;
 }
 
 } // namespace
@@ -89,6 +96,11 @@ void PlayNow(ShutterSound::Kind kind)
 void ShutterSounds::Play(Kind kind)
 {
     // Of a burst of stills one is heard after the other, but they don't queue up behind the last press.
-    if (m_thread.IsIdle())
-        m_thread.Post([kind] { PlayNow(kind); });
+    if (!m_thread.IsIdle())
+        return;
+    m_thread.Post([kind, silentUntil = m_silentUntil] {
+        const Clock::time_point now = Clock::now();
+        if (now >= *silentUntil && !PlayNow(kind))
+            *silentUntil = now + SilencePause;
+    });
 }
