@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <csignal>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -15,6 +16,9 @@ using confinedreader::Answer;
 using confinedreader::Outcome;
 
 namespace {
+
+/// A process that has closed its output is about to end.
+constexpr int EndPatienceMs = 200;
 
 /// Beside the program in its build folder, or under the prefix that both were installed to.
 QString ReaderProgram()
@@ -84,17 +88,21 @@ Answer Run(int descriptor, const QStringList& arguments)
     const QString program = ReaderProgram();
     if (program.isEmpty() || lseek(descriptor, 0, SEEK_SET) != 0)
         return {};
-    const QDeadlineTimer deadline(picturelimits::LongestDecodingMs);
+    const QDeadlineTimer deadline(picturelimits::LongestWaitMs);
     QProcess process;
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setProcessEnvironment(QProcessEnvironment());
     process.setChildProcessModifier([descriptor] { dup2(descriptor, STDIN_FILENO); });
     process.start(program, arguments);
     Answer answer;
-    if (process.waitForStarted(picturelimits::LongestDecodingMs))
+    if (process.waitForStarted(picturelimits::LongestWaitMs))
         answer = ReadAnswer(process, deadline);
-    if (answer.outcome == Outcome::Unreadable && deadline.hasExpired())
-        answer.outcome = Outcome::TooSlow;
+    if (answer.outcome == Outcome::Unreadable) {
+        process.waitForFinished(EndPatienceMs);
+        const bool isOutOfTime = process.exitStatus() == QProcess::CrashExit && process.exitCode() == SIGXCPU;
+        if (isOutOfTime || deadline.hasExpired())
+            answer.outcome = Outcome::TooSlow;
+    }
     process.kill();
     process.waitForFinished();
     return answer;

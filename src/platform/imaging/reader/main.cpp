@@ -1,3 +1,4 @@
+#include "platform/imaging/picture_limits.h"
 #include "platform/imaging/pixel_stream.h"
 #include "platform/imaging/reader/decoders.h"
 #include "platform/imaging/reader/known_pictures.h"
@@ -19,12 +20,13 @@ constexpr rlim_t DataLimit = RLIM_INFINITY; // The sanitizer's own maps are far 
 #else
 constexpr rlim_t DataLimit = 480 << 20;
 #endif
-/// The station ends the process much earlier; this is for one that has lost its station.
-constexpr rlim_t SecondsLimit = 6;
+/// The process ends by SIGXCPU, which the station knows; a decoder that ignores it is killed.
+constexpr rlim_t SecondsLimit = picturelimits::LongestDecodingMs / 1000;
+constexpr rlim_t SecondsGrace = 1;
 
-bool Limit(__rlimit_resource resource, rlim_t most)
+bool Limit(__rlimit_resource resource, rlim_t most, rlim_t grace = 0)
 {
-    const rlimit limit = {most, most};
+    const rlimit limit = {most, most + grace};
     return setrlimit(resource, &limit) == 0;
 }
 
@@ -34,7 +36,7 @@ bool ConfineProcess()
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // No core is left, no file is written, nothing is gained by starting another program.
     return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && Limit(RLIMIT_DATA, DataLimit) &&
-           Limit(RLIMIT_CPU, SecondsLimit) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0);
+           Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0);
 }
 
 /// From here on the process reads its input, computes and writes its output, and can do little else.
