@@ -12,6 +12,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int EachMs = 20'000;
+/// Below this the operator is told. In bytes.
+constexpr qint64 LeastBytes = 1'000'000'000;
 } // namespace
 
 RoomWatch::RoomWatch(StillFiles& files) : m_files(files)

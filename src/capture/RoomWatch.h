@@ -14,9 +14,6 @@ public:
     /// Asks on the thread of `files`, so that a share that hangs isn't asked twice.
     explicit RoomWatch(StillFiles& files);
 
-    /// Below this the operator is told. In bytes.
-    static constexpr qint64 LeastBytes = 1'000'000'000;
-
 Q_SIGNALS:
     /// For the operator; empty while there is enough.
     void Changed(const QString& text);

@@ -92,7 +92,7 @@ bool StillCapture::HasChart() const
     return false;
 }
 
-int StillCapture::OnRoad(const Visit& visit) const
+int StillCapture::CountOnRoad(const Visit& visit) const
 {
     return static_cast<int>(
         std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; }));
@@ -102,13 +102,13 @@ int StillCapture::Taken() const
 {
     const Visit visit = CurrentVisit();
     if (!m_line.PicturesAreHeld())
-        return PictureCount(m_grid) + OnRoad(visit);
+        return PictureCount(m_grid) + CountOnRoad(visit);
     // A grid that is being filled tells nothing: what it is filled from does.
     if (m_shown != visit)
-        return OnRoad(visit);
+        return CountOnRoad(visit);
     const auto spooled = std::ranges::count_if(m_filing.Pending().SpooledOf(visit),
                                                [&](int number) { return OnRoad(visit, number) == nullptr; });
-    return static_cast<int>(m_read.size() + spooled) + OnRoad(visit);
+    return static_cast<int>(m_read.size() + spooled) + CountOnRoad(visit);
 }
 
 bool StillCapture::HasRoom() const

@@ -110,7 +110,7 @@ private:
 
     bool HasChart() const;
     bool HasRoom() const;
-    int OnRoad(const Visit& visit) const;
+    int CountOnRoad(const Visit& visit) const;
     void FileStill(const StillPointer& still, const std::function<QByteArray()>& encode, const Filed& filed);
     /// The sound of a still, once.
     void Sound(const StillPointer& still, bool isSafe);

@@ -113,6 +113,7 @@ void frmCapCDAdd::ListCdMovies()
     m_sprMovieList->DeleteRows(1, m_sprMovieList->DataRowCnt());
     m_sprMovieList->setMaxRows(MovieRows);
     int row = 0;
+    const auto shown = qScopeGuard([&] { m_sprMovieList->setMaxRows(row); });
     try {
         const QList<FolderEntry> entries = Files().Entries(folder);
         m_sprMovieList->setMaxRows(static_cast<int>(entries.size()));
@@ -124,12 +125,10 @@ void frmCapCDAdd::ListCdMovies()
             m_sprMovieList->setText(folder + entry.Name);
         }
     } catch (const FilesAway&) {
-        m_sprMovieList->setMaxRows(row);
         throw;
     } catch (const PlatformError&) {
         // The list stays as short as what could be read.
     }
-    m_sprMovieList->setMaxRows(row);
 }
 
 QList<QStringList> frmCapCDAdd::ChosenImages()

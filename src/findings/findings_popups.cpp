@@ -2,6 +2,7 @@
 
 #include "frame/components.h"
 #include "frame/controls.h"
+#include "frame/forms.h"
 #include "frame/guard.h"
 #include "frame/plain_text.h"
 #include "frame/twips.h"
@@ -24,15 +25,10 @@ namespace {
 /// Puts a popup where its caller wants it, in twips from the corner of its parent, but wholly on the screen.
 void PlacePopup(QDialog& popup, int leftTwips, int topTwips)
 {
-    const QRect room = popup.screen()->availableGeometry();
     const QWidget* parent = popup.parentWidget();
     const QPoint corner = parent != nullptr ? parent->mapToGlobal(QPoint()) : QPoint();
-    QRect place(corner + QPoint(PixelsFromTwips(leftTwips), PixelsFromTwips(topTwips)), popup.size());
-    place.moveRight(qMin(place.right(), room.right()));
-    place.moveBottom(qMin(place.bottom(), room.bottom()));
-    place.moveLeft(qMax(place.left(), room.left()));
-    place.moveTop(qMax(place.top(), room.top()));
-    popup.move(place.topLeft());
+    const QRect place(corner + QPoint(PixelsFromTwips(leftTwips), PixelsFromTwips(topTwips)), popup.size());
+    popup.move(MovedInside(place, popup.screen()->availableGeometry()).topLeft());
 }
 
 constexpr int MostReports = 200;

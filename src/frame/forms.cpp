@@ -57,14 +57,11 @@ void StationForm::StandOver(QWidget& owner)
     setWindowFlags(Qt::Dialog);
     winId();
     windowHandle()->setTransientParent(owner.window()->windowHandle());
-    const QRect room = owner.screen()->availableGeometry();
     QRect place = rect();
     place.moveCenter(owner.frameGeometry().center());
-    place.moveRight(qMin(place.right(), room.right()));
-    place.moveBottom(qMin(place.bottom(), room.bottom()));
-    place.moveTopLeft({qMax(place.left(), room.left()), qMax(place.top(), room.top())});
-    move(place.topLeft());
-    windowHandle()->setFramePosition(place.topLeft());
+    const QPoint at = MovedInside(place, owner.screen()->availableGeometry()).topLeft();
+    move(at);
+    windowHandle()->setFramePosition(at);
 }
 
 void StationForm::ShowModal()
@@ -143,14 +140,27 @@ bool IsFormLoaded(const QString& name)
                                [&](const StationForm* form) { return Trim(form->objectName()) == wanted; });
 }
 
-QWidget* OwnerWindow()
+QRect MovedInside(QRect place, const QRect& room)
 {
-    if (QWidget* active = QApplication::activeWindow())
-        return active;
+    place.moveRight(qMin(place.right(), room.right()));
+    place.moveBottom(qMin(place.bottom(), room.bottom()));
+    place.moveLeft(qMax(place.left(), room.left()));
+    place.moveTop(qMax(place.top(), room.top()));
+    return place;
+}
+
+StationForm* LastSeenForm()
+{
     const QList<StationForm*>& loaded = Collection();
     const auto seen = std::find_if(loaded.rbegin(), loaded.rend(),
                                    [](const StationForm* form) { return form->isVisible() && !form->isMinimized(); });
     return seen == loaded.rend() ? nullptr : *seen;
+}
+
+QWidget* OwnerWindow()
+{
+    QWidget* active = QApplication::activeWindow();
+    return active != nullptr ? active : LastSeenForm();
 }
 
 void UnloadForms()

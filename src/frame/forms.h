@@ -63,8 +63,12 @@ StationForm* FindForm(const QString& name);
 /// True when a form of that name is loaded; blanks around it don't count, case does.
 bool IsFormLoaded(const QString& name);
 
-/// The window that a box or a modal form belongs to: the active one, else the form that was loaded last and can be
-/// seen. Null without one.
+/// A window's place, moved as little as it takes to stand wholly in that room; where it is larger, its corner does.
+QRect MovedInside(QRect place, const QRect& room);
+
+/// The form that was loaded last and can be seen; null without one.
+StationForm* LastSeenForm();
+/// The window that a box or a modal form belongs to: the active one, else the form that is seen. Null without one.
 QWidget* OwnerWindow();
 
 /// Unloads all forms, the one loaded last first.

@@ -23,12 +23,7 @@ StationForm* FormInFront()
         if (auto* form = qobject_cast<StationForm*>(window))
             return form;
     }
-    const QList<StationForm*>& forms = LoadedForms();
-    for (qsizetype at = forms.size() - 1; at >= 0; --at) {
-        if (forms[at]->isVisible() && !forms[at]->isMinimized())
-            return forms[at];
-    }
-    return nullptr;
+    return LastSeenForm();
 }
 
 void Show(NoticeStrip& strip, const waiting::Notice& notice)

@@ -45,9 +45,9 @@ public:
 /// A form is a window to a screen reader, a modal one a dialog; any other widget is what the toolkit takes it for.
 QAccessibleInterface* ReadableForm(const QString& className, QObject* object)
 {
-    auto* form = className == u"StationForm"_s ? static_cast<QWidget*>(object) : nullptr;
-    if (form == nullptr)
+    if (className != u"StationForm"_s)
         return nullptr;
+    auto* form = static_cast<QWidget*>(object);
     return new QAccessibleWidget(form, form->isModal() ? QAccessible::Dialog : QAccessible::Window,
                                  form->windowTitle());
 }

@@ -25,13 +25,6 @@ constexpr int UnknownPanels = 64;
 /// A display that hasn't told by then counts as one that can't.
 constexpr int DisplayPatienceMs = 3000;
 
-/// What the child says of the first screen.
-struct Told
-{
-    int width = 0;
-    int height = 0;
-};
-
 /// A window manager says which part of the screen its panels leave.
 bool IsFreeAreaKnown()
 {
@@ -53,6 +46,7 @@ bool IsFreeAreaKnown()
     return area != nullptr && area->type == XCB_ATOM_CARDINAL;
 }
 
+/// In the child: says how large the free area of the first screen is.
 [[noreturn]] void TellScreen(int descriptor)
 {
     int argc = 1;
@@ -63,8 +57,7 @@ bool IsFreeAreaKnown()
     const QSize whole = screen->size();
     const QSize room =
         IsFreeAreaKnown() ? screen->availableSize() : QSize(whole.width(), whole.height() - UnknownPanels);
-    const Told told{room.width(), room.height()};
-    const bool isTold = write(descriptor, &told, sizeof told) == ssize_t(sizeof told);
+    const bool isTold = write(descriptor, &room, sizeof room) == ssize_t(sizeof room);
     _exit(isTold ? 0 : 1);
 }
 
@@ -80,16 +73,16 @@ std::optional<QSize> FreeArea()
         TellScreen(ends[1]);
     }
     close(ends[1]);
-    Told told;
+    QSize room;
     pollfd answer{ends[0], POLLIN, 0};
     const bool isTold = child > 0 && poll(&answer, 1, DisplayPatienceMs) == 1 &&
-                        read(ends[0], &told, sizeof told) == ssize_t(sizeof told);
+                        read(ends[0], &room, sizeof room) == ssize_t(sizeof room);
     close(ends[0]);
     if (child > 0) {
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
     }
-    return isTold ? std::optional(QSize(told.width, told.height)) : std::nullopt;
+    return isTold ? std::optional(room) : std::nullopt;
 }
 
 } // namespace

@@ -37,16 +37,13 @@ void DriverDialog::AddControl(const PictureControl& control, const Apply& apply)
 
 void DriverDialog::AddSwitch(const PictureControl& control, const Apply& apply)
 {
-    auto* box = new QCheckBox(CaptionText(control.name));
-    box->setObjectName(control.name);
-    box->setChecked(control.value != 0);
+    QCheckBox* box = AddBox(control.name, control.value != 0);
     connect(box, &QCheckBox::toggled, this, [box, control, apply](bool on) {
         if (apply(control.id, on ? 1 : 0))
             return;
         const QSignalBlocker blocker(box);
         box->setChecked(!on);
     });
-    m_rows->addRow(box);
 }
 
 void DriverDialog::AddSlider(const PictureControl& control, const Apply& apply)
@@ -84,11 +81,16 @@ void DriverDialog::AddSlider(const PictureControl& control, const Apply& apply)
 
 void DriverDialog::AddOption(const QString& label, bool present, const std::function<void(bool)>& choose)
 {
+    connect(AddBox(label, present), &QCheckBox::toggled, this, choose);
+}
+
+QCheckBox* DriverDialog::AddBox(const QString& label, bool ticked)
+{
     auto* box = new QCheckBox(CaptionText(label));
     box->setObjectName(label);
-    box->setChecked(present);
-    connect(box, &QCheckBox::toggled, this, choose);
+    box->setChecked(ticked);
     m_rows->addRow(box);
+    return box;
 }
 
 void DriverDialog::AddChoice(const QString& label, const QStringList& names, int present,

@@ -8,6 +8,7 @@
 
 #include <functional>
 
+class QCheckBox;
 class QFormLayout;
 class QWidget;
 
@@ -29,6 +30,7 @@ public:
     void Run();
 
 private:
+    QCheckBox* AddBox(const QString& label, bool ticked);
     void AddSwitch(const PictureControl& control, const Apply& apply);
     void AddSlider(const PictureControl& control, const Apply& apply);
 
