@@ -5,15 +5,16 @@
 #include <QMouseEvent>
 #include <QScreen>
 
-FullPicture::FullPicture(QWidget& form, QWidget& picture, QWidget& strip)
+FullPicture::FullPicture(QWidget& form, QWidget& picture, QWidget& strip, QWidget& mark)
     : QWidget(&form, Qt::Window | Qt::FramelessWindowHint), m_form(form), m_picture(&picture), m_strip(&strip),
-      m_picturePlace(picture.geometry()), m_stripPlace(strip.geometry())
+      m_mark(&mark), m_picturePlace(picture.geometry())
 {
     setObjectName(QStringLiteral("fullPicture"));
     setWindowTitle(picture.accessibleName());
     setAutoFillBackground(true);
     setPalette(Qt::black);
     m_picture->installEventFilter(this);
+    PlaceOverlays();
 }
 
 FullPicture::~FullPicture()
@@ -23,41 +24,45 @@ FullPicture::~FullPicture()
 
 void FullPicture::Fill()
 {
-    const bool hasStrip = m_strip->isVisible();
     setGeometry(m_form.screen()->geometry());
-    m_picture->setParent(this);
-    m_strip->setParent(this);
+    MoveTo(*this, rect());
     showFullScreen();
-    m_picture->setGeometry(rect());
-    m_picture->show();
-    PlaceStrip();
-    m_strip->setVisible(hasStrip);
-    m_strip->raise();
     activateWindow();
     setFocus();
 }
 
 void FullPicture::Return()
 {
-    if (m_picture == nullptr || m_strip == nullptr || m_picture->parentWidget() != this)
+    if (m_picture == nullptr || m_strip == nullptr || m_mark == nullptr || m_picture->parentWidget() != this)
         return;
-    const bool hasStrip = m_strip->isVisible();
-    m_picture->setParent(&m_form);
-    m_picture->setGeometry(m_picturePlace);
+    MoveTo(m_form, m_picturePlace);
     m_picture->lower();
-    m_picture->show();
-    m_strip->setParent(&m_form);
-    m_strip->setGeometry(m_stripPlace);
-    m_strip->setVisible(hasStrip);
-    m_strip->raise();
     hide();
     m_form.activateWindow();
 }
 
-void FullPicture::PlaceStrip()
+void FullPicture::MoveTo(QWidget& window, const QRect& place)
 {
-    const int height = m_stripPlace.height();
-    m_strip->setGeometry(0, this->height() - height, width(), height);
+    for (QWidget* each : {m_picture.data(), m_strip.data(), m_mark.data()}) {
+        const bool isShown = !each->isHidden();
+        each->setParent(&window);
+        each->setVisible(isShown);
+    }
+    m_picture->setGeometry(place);
+    PlaceOverlays();
+}
+
+void FullPicture::PlaceOverlays()
+{
+    const QRect place = m_picture->geometry();
+    QRect strip(place.topLeft(), QSize(place.width(), m_strip->height()));
+    strip.moveBottom(place.bottom());
+    m_strip->setGeometry(strip);
+    m_strip->raise();
+    QRect mark(QPoint(), m_mark->size());
+    mark.moveBottomRight(m_strip->isHidden() ? place.bottomRight() : QPoint(place.right(), strip.top() - 1));
+    m_mark->setGeometry(mark);
+    m_mark->raise();
 }
 
 bool FullPicture::eventFilter(QObject* watched, QEvent* event)
@@ -92,5 +97,5 @@ void FullPicture::resizeEvent(QResizeEvent* event)
     if (m_picture == nullptr || m_picture->parentWidget() != this)
         return;
     m_picture->setGeometry(rect());
-    PlaceStrip();
+    PlaceOverlays();
 }

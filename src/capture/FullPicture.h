@@ -4,18 +4,21 @@
 #include <QWidget>
 
 /// Lets a picture of a form fill the screen that the form is on: by a double click on it, until a second one or Escape.
-/// A strip stays over its lower edge. Both go on as they are, and stand at their places again afterwards.
+/// All go on as they are, and the picture stands at its place again afterwards. A strip lies over its lower edge and a
+/// mark in its lower right corner, above the strip while that is shown, whatever size the picture has.
 class FullPicture : public QWidget
 {
     Q_OBJECT
 
 public:
-    FullPicture(QWidget& form, QWidget& picture, QWidget& strip);
+    FullPicture(QWidget& form, QWidget& picture, QWidget& strip, QWidget& mark);
     ~FullPicture() override;
 
     bool IsFull() const { return isVisible(); }
     /// The picture is where it belongs again.
     void Return();
+    /// The strip has come or gone.
+    void PlaceOverlays();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -25,11 +28,11 @@ protected:
 
 private:
     void Fill();
-    void PlaceStrip();
+    void MoveTo(QWidget& window, const QRect& place);
 
     QWidget& m_form;
     const QPointer<QWidget> m_picture;
     const QPointer<QWidget> m_strip;
+    const QPointer<QWidget> m_mark;
     const QRect m_picturePlace;
-    const QRect m_stripPlace;
 };

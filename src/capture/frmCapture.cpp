@@ -136,10 +136,9 @@ void frmCapture::ConnectControls()
     connect(m_stills.get(), &StillCapture::RoomChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Room, text); });
     connect(m_stills.get(), &StillCapture::TakenChanged, this, &frmCapture::ShowCount);
-    connect(m_notices, &NoticeStrip::Shown, this, &frmCapture::PlaceCount);
-    m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices);
+    m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices, *m_count);
+    connect(m_notices, &NoticeStrip::Shown, m_fullPicture.get(), &FullPicture::PlaceOverlays);
     ShowCount(0);
-    PlaceCount(false);
     connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
     connect(m_capCapture, &VideoCap::OnFormatRefused, this,

@@ -65,7 +65,6 @@ private:
     void ConnectControls();
     void LoadSteps();
     void ShowCount(int pictures);
-    void PlaceCount(bool aboveNotices);
     void PrepareFolders();
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.

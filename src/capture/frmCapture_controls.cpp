@@ -38,7 +38,7 @@ void frmCapture::BuildControls()
     m_capCapture = Named(&PlaceControl<VideoCap>(u"VIDEOCAPLib.VideoCap"_s, this), u"capCapture"_s, u"영상"_s,
                          RectFromTwips(0, 690, 8400, 6300));
     m_notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, RectFromTwips(0, 6600, 8400, 390));
-    m_count = Named(new PlainLabel(this), u"lblCount"_s, QString());
+    m_count = Named(new PlainLabel(this), u"lblCount"_s, QString(), RectFromTwips(7620, 6690, 780, 300));
     m_count->setProperty("pictureCount", true);
     m_count->setAlignment(Qt::AlignCenter);
     m_commCapture = &PlaceControl<MSComm>(u"MSCommLib.MSComm"_s, this);
@@ -92,15 +92,4 @@ void frmCapture::ShowCount(int pictures)
     m_count->setProperty("full", isFull);
     m_count->style()->unpolish(m_count);
     m_count->style()->polish(m_count);
-}
-
-void frmCapture::PlaceCount(bool aboveNotices)
-{
-    constexpr int WidthTwips = 780;
-    constexpr int HeightTwips = 300;
-    const QRect picture = m_capCapture->geometry();
-    QRect place({}, QSize(PixelsFromTwips(WidthTwips), PixelsFromTwips(HeightTwips)));
-    place.moveBottomRight(aboveNotices ? QPoint(picture.right(), m_notices->y() - 1) : picture.bottomRight());
-    m_count->setGeometry(place);
-    m_count->raise();
 }

@@ -157,6 +157,7 @@ private Q_SLOTS:
         frmCapture& screen = OpenWithOneStill();
         QWidget& picture = screen.capCapture();
         auto* strip = screen.findChild<NoticeStrip*>();
+        const auto* count = screen.findChild<QLabel*>(u"lblCount"_s);
         const QRect place = picture.geometry();
         const QRect below = strip->geometry();
         QTest::mouseDClick(&picture, Qt::LeftButton);
@@ -166,6 +167,8 @@ private Q_SLOTS:
         QCOMPARE(picture.geometry(), full->rect());
         strip->setNotice(NoticeStrip::Room, u"공간"_s);
         QCOMPARE(strip->geometry().bottomRight(), full->rect().bottomRight());
+        QCOMPARE(count->window(), full);
+        QCOMPARE(count->geometry().bottomRight(), strip->geometry().topRight() - QPoint(0, 1));
         Press(u"캡쳐"_s);
         QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 2)), 2);
         QTest::keyClick(full, Qt::Key_A);
@@ -175,6 +178,7 @@ private Q_SLOTS:
         QCOMPARE(picture.geometry(), place);
         QCOMPARE(strip->geometry(), below);
         QVERIFY(strip->isVisible() && !full->isVisible());
+        QCOMPARE(count->geometry().bottomRight(), strip->geometry().topRight() - QPoint(0, 1));
         QTest::keyClick(&screen, Qt::Key_Escape);
         QVERIFY(!screen.IsUnloaded());
         QTest::mouseDClick(&picture, Qt::LeftButton);
