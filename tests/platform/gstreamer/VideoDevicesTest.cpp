@@ -47,86 +47,6 @@ class VideoDevicesTest : public QObject
 {
     Q_OBJECT
 
-    void SlidersActOnTheDriver()
-    {
-        auto camera = std::make_shared<FakeCamera>();
-        camera->card = u"Scope"_s;
-        camera->controls = {{V4L2_CID_BRIGHTNESS, Range("Brightness", -64, 64, 4)},
-                            {V4L2_CID_GAIN, Range("Gain", 0, 100, 1, V4L2_CTRL_FLAG_READ_ONLY)}};
-        camera->values = {{V4L2_CID_BRIGHTNESS, 8}};
-        m_cameras->insert(u"/dev/video0"_s, camera);
-        VideoControl control(m_devices);
-        InNextDialog([&](QDialog& dialog) {
-            QCOMPARE(dialog.findChildren<QSlider*>().size(), 1);
-            auto* slider = dialog.findChild<QSlider*>(u"Brightness"_s);
-            QCOMPARE(slider->value(), 18);
-            slider->setValue(slider->maximum());
-            QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
-            // Unplugged while the dialog stands: what is shown stays true.
-            camera->openError = ENODEV;
-            slider->setValue(0);
-            QCOMPARE(slider->value(), slider->maximum());
-        });
-        control.ShowDriverDialog2(0);
-        QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
-        QCOMPARE(camera->openNow, 0);
-        QVERIFY_THROWS_EXCEPTION(PlatformError, control.ShowDriverDialog2(0));
-    }
-
-    void TheRatesAreThoseOfTheFormat()
-    {
-        auto camera = std::make_shared<FakeCamera>();
-        camera->card = u"Scope"_s;
-        camera->formats = {{V4L2_PIX_FMT_YUYV, {{640, 480, {30, 15}}, {320, 240, {60}}}}};
-        m_cameras->insert(u"/dev/video0"_s, camera);
-        VideoControl control(m_devices);
-        for (const int chosen : {0, 1}) {
-            InNextDialog([&](QDialog& dialog) {
-                auto* rates = dialog.findChild<QComboBox*>();
-                QVERIFY(rates != nullptr);
-                QCOMPARE(rates->count(), 2);
-                QCOMPARE(rates->currentIndex(), chosen);
-                rates->setCurrentIndex(1);
-                Q_EMIT rates->activated(1);
-            });
-            control.setVideoFormat(control.VideoFormats().names.indexOf(u"640x480 30fps YUYV"_s));
-            control.ShowDriverDialog1(0);
-        }
-    }
-
-    void ATelevisionStandardIsSetAtTheNextStart()
-    {
-        auto camera = std::make_shared<FakeCamera>();
-        camera->card = u"Grabber"_s;
-        camera->formats = {{V4L2_PIX_FMT_YUYV, {{720, 480, {}}}}};
-        camera->standards = {{V4L2_STD_PAL, u"PAL"_s}, {V4L2_STD_NTSC, u"NTSC"_s}};
-        camera->standard = V4L2_STD_PAL;
-        m_cameras->insert(u"/dev/video0"_s, camera);
-        VideoControl control(m_devices);
-        InNextDialog([&](QDialog& dialog) {
-            auto* standards = dialog.findChild<QComboBox*>(u"영상방식"_s);
-            QVERIFY(standards != nullptr);
-            QCOMPARE(standards->currentText(), u"PAL"_s);
-            const int ntsc = standards->findText(u"NTSC"_s);
-            standards->setCurrentIndex(ntsc);
-            Q_EMIT standards->activated(ntsc);
-        });
-        control.ShowDriverDialog1(0);
-        QCOMPARE(camera->standard, quint64(V4L2_STD_PAL));
-        // The node itself is none that could be streamed from.
-        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
-        QCOMPARE(camera->standard, quint64(V4L2_STD_NTSC));
-    }
-
-    void TheDialogGoesWithItsOwner()
-    {
-        const LiveFixture fixture;
-        auto control = fixture.NewControl();
-        QTimer::singleShot(0, qApp, [&] { control.reset(); });
-        control->ShowDriverDialog2(0);
-        QVERIFY(QApplication::activeModalWidget() == nullptr);
-    }
-
 private:
     std::shared_ptr<FakeV4l2Calls::Cameras> m_cameras;
     std::shared_ptr<VideoDevices> m_devices;
@@ -333,6 +253,86 @@ private Q_SLOTS:
         }
         m_cameras->clear();
         QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+    }
+
+    void SlidersActOnTheDriver()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Scope"_s;
+        camera->controls = {{V4L2_CID_BRIGHTNESS, Range("Brightness", -64, 64, 4)},
+                            {V4L2_CID_GAIN, Range("Gain", 0, 100, 1, V4L2_CTRL_FLAG_READ_ONLY)}};
+        camera->values = {{V4L2_CID_BRIGHTNESS, 8}};
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        InNextDialog([&](QDialog& dialog) {
+            QCOMPARE(dialog.findChildren<QSlider*>().size(), 1);
+            auto* slider = dialog.findChild<QSlider*>(u"Brightness"_s);
+            QCOMPARE(slider->value(), 18);
+            slider->setValue(slider->maximum());
+            QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
+            // Unplugged while the dialog stands: what is shown stays true.
+            camera->openError = ENODEV;
+            slider->setValue(0);
+            QCOMPARE(slider->value(), slider->maximum());
+        });
+        control.ShowDriverDialog2(0);
+        QCOMPARE(camera->values[V4L2_CID_BRIGHTNESS], 64);
+        QCOMPARE(camera->openNow, 0);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.ShowDriverDialog2(0));
+    }
+
+    void TheRatesAreThoseOfTheFormat()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Scope"_s;
+        camera->formats = {{V4L2_PIX_FMT_YUYV, {{640, 480, {30, 15}}, {320, 240, {60}}}}};
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        for (const int chosen : {0, 1}) {
+            InNextDialog([&](QDialog& dialog) {
+                auto* rates = dialog.findChild<QComboBox*>();
+                QVERIFY(rates != nullptr);
+                QCOMPARE(rates->count(), 2);
+                QCOMPARE(rates->currentIndex(), chosen);
+                rates->setCurrentIndex(1);
+                Q_EMIT rates->activated(1);
+            });
+            control.setVideoFormat(control.VideoFormats().names.indexOf(u"640x480 30fps YUYV"_s));
+            control.ShowDriverDialog1(0);
+        }
+    }
+
+    void ATelevisionStandardIsSetAtTheNextStart()
+    {
+        auto camera = std::make_shared<FakeCamera>();
+        camera->card = u"Grabber"_s;
+        camera->formats = {{V4L2_PIX_FMT_YUYV, {{720, 480, {}}}}};
+        camera->standards = {{V4L2_STD_PAL, u"PAL"_s}, {V4L2_STD_NTSC, u"NTSC"_s}};
+        camera->standard = V4L2_STD_PAL;
+        m_cameras->insert(u"/dev/video0"_s, camera);
+        VideoControl control(m_devices);
+        InNextDialog([&](QDialog& dialog) {
+            auto* standards = dialog.findChild<QComboBox*>(u"영상방식"_s);
+            QVERIFY(standards != nullptr);
+            QCOMPARE(standards->currentText(), u"PAL"_s);
+            const int ntsc = standards->findText(u"NTSC"_s);
+            standards->setCurrentIndex(ntsc);
+            Q_EMIT standards->activated(ntsc);
+        });
+        control.ShowDriverDialog1(0);
+        QCOMPARE(camera->standard, quint64(V4L2_STD_PAL));
+        // The node itself is none that could be streamed from.
+        QVERIFY_THROWS_EXCEPTION(PlatformError, control.Start());
+        QCOMPARE(camera->standard, quint64(V4L2_STD_NTSC));
+    }
+
+    void TheDialogGoesWithItsOwner()
+    {
+        const LiveFixture fixture;
+        auto control = fixture.NewControl();
+        QTimer::singleShot(0, qApp, [&] { control.reset(); });
+        control->ShowDriverDialog2(0);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 };
 
