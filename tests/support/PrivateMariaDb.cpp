@@ -37,7 +37,7 @@ QString PrivateMariaDb::Socket() const
     return m_folder.filePath(u"mariadb.sock"_s);
 }
 
-bool PrivateMariaDb::Start(const QString& address)
+bool PrivateMariaDb::Start(const QString& address, const QString& certificate)
 {
     if (!QDir(m_folder.filePath(u"data/mysql"_s)).exists() && !MakeData())
         return false;
@@ -48,6 +48,7 @@ bool PrivateMariaDb::Start(const QString& address)
     }
     m_server.setProcessChannelMode(QProcess::MergedChannels);
     m_server.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    const QStringList encryption{u"--ssl-cert=%1"_s.arg(certificate), u"--ssl-key=%1"_s.arg(certificate)};
     m_server.start(
         program, QStringList{u"--no-defaults"_s} + AsRoot() +
                      QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)), u"--socket=%1"_s.arg(Socket()),
@@ -56,7 +57,8 @@ bool PrivateMariaDb::Start(const QString& address)
                                  u"--skip-networking=%1"_s.arg(address.isEmpty()), u"--bind-address=%1"_s.arg(address),
                                  u"--port=%1"_s.arg(Port), u"--innodb-buffer-pool-size=32M"_s,
                                  u"--key-buffer-size=1M"_s, u"--aria-pagecache-buffer-size=1M"_s,
-                                 u"--performance-schema=OFF"_s, u"--innodb-flush-log-at-trx-commit=1"_s});
+                                 u"--performance-schema=OFF"_s, u"--innodb-flush-log-at-trx-commit=1"_s} +
+                     (certificate.isEmpty() ? QStringList() : encryption));
     return WaitUntilReady();
 }
 

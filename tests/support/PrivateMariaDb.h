@@ -15,8 +15,9 @@ public:
     PrivateMariaDb& operator=(const PrivateMariaDb&) = delete;
 
     /// Starts the server, on the data of an earlier start if there was one, and waits until it answers. With an
-    /// address of this machine it listens there too. False, with the reason in `Fault`, when it can't.
-    bool Start(const QString& address = {});
+    /// address of this machine it listens there too, with a PEM file of certificate and key encrypted where the client
+    /// asks for it. False, with the reason in `Fault`, when it can't.
+    bool Start(const QString& address = {}, const QString& certificate = {});
     static constexpr int Port = 13306; ///< At the address.
     /// Ends the server as a shutdown of the machine would.
     void Stop();

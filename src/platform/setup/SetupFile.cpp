@@ -92,6 +92,18 @@ void Reader::ReadDatabase()
     database.port = port.toInt();
     if (!port.isEmpty() && !IsPort(port))
         m_setup.problems.append(u"[Database] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port));
+    database.certificateAuthority = NativePath(Absolute(Text(section, u"SslCa"_s)));
+    const QString verifies = Text(section, u"SslVerify"_s);
+    database.verifiesServerName = verifies != u"0";
+    if (!verifies.isEmpty() && verifies != u"0" && verifies != u"1")
+        m_setup.problems.append(u"[Database] SslVerify는 0이나 1입니다. (%1)"_s.arg(verifies.left(60)));
+    if (!verifies.isEmpty() && database.certificateAuthority.isEmpty())
+        m_setup.problems.append(u"[Database] SslVerify를 쓰려면 SslCa가 있어야 합니다."_s);
+    if (database.certificateAuthority.contains(u';'))
+        m_setup.problems.append(u"[Database] SslCa에 쌍반점(;)을 쓸 수 없습니다."_s);
+    // The client library would take options in the place of a name.
+    if (database.host.contains(u';') || database.host.contains(u'='))
+        m_setup.problems.append(u"[Database] Host는 서버의 이름입니다. (%1)"_s.arg(database.host.left(60)));
     for (const QString& host : database.host.split(u',')) {
         const qsizetype colon = host.lastIndexOf(u':');
         if (colon >= 0 && !IsPort(host.sliced(colon + 1)))

@@ -36,6 +36,7 @@ constexpr int NoHost = 2003;
 constexpr int UnknownHost = 2005;
 constexpr int ServerGone = 2006;
 constexpr int ServerLost = 2013;
+constexpr int EncryptionFailed = 2026;
 constexpr int ServerLostAt = 2055;
 constexpr int IdleDisconnect = 4031;
 
@@ -65,6 +66,20 @@ MYSQL* SessionOf(const QSqlDatabase& database)
         return nullptr;
     return *static_cast<MYSQL* const*>(handle.constData());
 }
+/// A server of this machine is on its socket, by the client library's own rule.
+bool UsesEncryption(const DatabaseSettings& settings)
+{
+    return !settings.certificateAuthority.isEmpty() && !settings.host.isEmpty() && settings.host != u"localhost";
+}
+
+/// The host as the client library takes it. The toolkit has no option for the check of the server's name; the library
+/// takes options in the place of a host, parted by semicolons.
+QString HostOption(const DatabaseSettings& settings)
+{
+    if (!UsesEncryption(settings) || !settings.verifiesServerName)
+        return settings.host;
+    return u"host=%1;ssl-verify-server-cert=1"_s.arg(settings.host);
+}
 } // namespace
 
 QStringList MariaDbEngine::Drivers() const
@@ -74,7 +89,7 @@ QStringList MariaDbEngine::Drivers() const
 
 void MariaDbEngine::Configure(QSqlDatabase& database, const DatabaseSettings& settings) const
 {
-    database.setHostName(settings.host);
+    database.setHostName(HostOption(settings));
     // The host that was tried before may have had a port of its own.
     database.setPort(settings.port > 0 ? settings.port : -1);
     database.setDatabaseName(settings.name);
@@ -85,6 +100,8 @@ void MariaDbEngine::Configure(QSqlDatabase& database, const DatabaseSettings& se
                         u"MYSQL_OPT_WRITE_TIMEOUT=%1"_s.arg(settings.replyTimeoutSeconds)};
     if (!settings.socket.isEmpty())
         options.append(u"UNIX_SOCKET=%1"_s.arg(settings.socket));
+    if (UsesEncryption(settings))
+        options.append(u"SSL_CA=%1"_s.arg(settings.certificateAuthority));
     database.setConnectOptions(options.join(u';'));
 }
 
@@ -171,6 +188,8 @@ QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettin
     case NoHost:
     case UnknownHost:
         return u"데이터베이스 서버에 연결할 수 없습니다.!!"_s;
+    case EncryptionFailed:
+        return u"데이터베이스 서버와 암호화하여 연결할 수 없습니다.!!"_s;
     case ServerNotReady:
         return u"데이터베이스 서버가 클러스터에 들어 있지 않습니다.!!"_s;
     default:
@@ -209,6 +228,13 @@ bool MariaDbEngine::EndSession(const SessionIdentity& old, const SessionIdentity
         QThread::msleep(GonePauseMs);
     }
     return false;
+}
+
+bool MariaDbEngine::IsProtected(const QSqlDatabase& database, const DatabaseSettings& settings) const
+{
+    // Without the check of the name the library goes on in clear with a server that knows no encryption.
+    MYSQL* session = SessionOf(database);
+    return !UsesEncryption(settings) || (session != nullptr && mysql_get_ssl_cipher(session) != nullptr);
 }
 
 int MariaDbEngine::Socket(const QSqlDatabase& database) const

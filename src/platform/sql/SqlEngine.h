@@ -59,6 +59,8 @@ public:
     /// Ends an earlier session of this station, in which a statement may still lie, and sees it gone. False when it
     /// lives on.
     virtual bool EndSession(const SessionIdentity& old, const SessionIdentity& own, const FirstRow& ask) const = 0;
+    /// False when an open connection should be encrypted and isn't.
+    virtual bool IsProtected(const QSqlDatabase& database, const DatabaseSettings& settings) const = 0;
     /// Socket of an open connection, -1 for none.
     virtual int Socket(const QSqlDatabase& database) const = 0;
     /// Folder of the engine's table definitions among the program's resources.

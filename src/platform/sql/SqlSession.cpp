@@ -92,6 +92,10 @@ void SqlSession::OpenAtHost(const QString& host)
     };
     if (!m_database.open())
         refuse(m_database.lastError());
+    if (!m_engine->IsProtected(m_database, settings)) {
+        Close();
+        throw DatabaseAway(u"데이터베이스 서버와 암호화하여 연결할 수 없습니다.!!"_s);
+    }
     {
         const std::lock_guard lock(m_mutex);
         const int socket = m_engine->Socket(m_database);

@@ -92,6 +92,11 @@ bool SqliteEngine::EndSession(const SessionIdentity& /*old*/, const SessionIdent
     return true;
 }
 
+bool SqliteEngine::IsProtected(const QSqlDatabase& /*database*/, const DatabaseSettings& /*settings*/) const
+{
+    return true; // It crosses no network.
+}
+
 int SqliteEngine::Socket(const QSqlDatabase& /*database*/) const
 {
     return -1;

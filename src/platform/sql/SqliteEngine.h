@@ -17,6 +17,7 @@ public:
     QString OpeningFault(const QSqlError& error, const DatabaseSettings& settings) const override;
     std::optional<SessionIdentity> Identify(const FirstRow& ask) const override;
     bool EndSession(const SessionIdentity& old, const SessionIdentity& own, const FirstRow& ask) const override;
+    bool IsProtected(const QSqlDatabase& database, const DatabaseSettings& settings) const override;
     int Socket(const QSqlDatabase& database) const override;
     QString TableFolder() const override;
 };

@@ -16,6 +16,12 @@ struct DatabaseSettings
     QString name{};   ///< Name of the database on the server, or the path of the SQLite file.
     QString user{};
     QString password{};
+    /// File of PEM certificates that sign the server's own. With it nothing crosses the network in clear; empty means
+    /// no encryption. A socket of this machine, which no network carries, goes without.
+    QString certificateAuthority{};
+    /// The server's certificate has to name the host by which it is called. Without it any certificate of the authority
+    /// will do.
+    bool verifiesServerName = true;
     int connectTimeoutSeconds = 5;
     int replyTimeoutSeconds = 20; ///< A statement that is not answered in this time counts as a lost connection.
 };

@@ -95,6 +95,8 @@ private Q_SLOTS:
             {"no database name", u"Name"_s, u"Name="_s, u"[Database] Name 항목이 없습니다."_s},
             {"port that is no number", u"Port"_s, u"Port=삼"_s, u"Port는 1부터"_s},
             {"port of a host that is no number", u"Port"_s, u"Host=localhost,a:x"_s, u"Host의 포트는 1부터"_s},
+            {"check of the server without an authority", u"Port"_s, u"SslVerify=1"_s, u"SslCa가 있어야"_s},
+            {"host with options of the library", u"Port"_s, u"Host=db;ssl-verify-server-cert=0"_s, u"서버의 이름"_s},
             {"password file that isn't there", u"User"_s, u"User=root\nPasswordFile=없음"_s, u"없음"_s},
             {"no root", u"CaptureRoot"_s, u"CaptureRoot=  "_s, u"[Client] CaptureRoot 항목이 없습니다."_s},
             {"root that can't be made", u"CaptureRoot"_s, u"CaptureRoot=/proc/없음/"_s,

@@ -281,6 +281,57 @@ private Q_SLOTS:
         QCOMPARE(place(), m_server.Socket());
     }
 
+    void encryptsOrRefuses_data()
+    {
+        Columns<QString, QString, bool, bool>("driver", "authority", "verifiesName", "connects");
+        QTest::newRow("certificate of the authority") << u"QMARIADB"_s << u"clinic"_s << true << true;
+        QTest::newRow("certificate of another") << u"QMARIADB"_s << u"other"_s << false << false;
+        QTest::newRow("certificate of another host") << u"QMARIADB"_s << u"elsewhere"_s << true << false;
+        QTest::newRow("of another host, name not checked") << u"QMARIADB"_s << u"elsewhere"_s << false << true;
+        QTest::newRow("server without encryption") << u"QMARIADB"_s << u"none"_s << false << false;
+    }
+
+    void encryptsOrRefuses()
+    {
+        QFETCH3(QString, authority, bool, verifiesName, bool, connects);
+        const QTemporaryDir folder;
+        const QString address = u"127.78.%1.%2"_s.arg(getpid() / 256 % 256).arg(getpid() % 256);
+        const QString certificate = folder.filePath(u"server.pem"_s);
+        for (const QString& each : {u"server"_s, u"other"_s}) {
+            const QString named = authority == u"elsewhere" ? u"127.0.0.9"_s : address;
+            QCOMPARE(
+                QProcess::execute(u"openssl"_s, u"req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes "
+                                                "-batch -subj /CN=clinic -days 2 -addext subjectAltName=IP:%1 "
+                                                "-keyout %2.pem -out %2.crt"_s.arg(named, folder.filePath(each))
+                                                    .split(u' ')),
+                0);
+        }
+        QFile crt(folder.filePath(u"server.crt"_s));
+        QFile pem(certificate);
+        QVERIFY(crt.open(QFile::ReadOnly) && pem.open(QFile::Append) && pem.write(crt.readAll()) > 0);
+        pem.close();
+        PrivateMariaDb server;
+        QVERIFY2(server.Start(address, authority == u"none" ? QString() : certificate), qPrintable(server.Fault()));
+        QVERIFY2(server.Run(u"CREATE USER clinic@'127.%' IDENTIFIED BY 'p'"_s), qPrintable(server.Fault()));
+        const DatabaseSettings settings{.driver = u"QMARIADB"_s,
+                                        .host = address,
+                                        .port = server.Port,
+                                        .name = u"information_schema"_s,
+                                        .user = u"clinic"_s,
+                                        .password = u"p"_s,
+                                        .certificateAuthority =
+                                            folder.filePath(authority == u"other" ? u"other.crt"_s : u"server.crt"_s),
+                                        .verifiesServerName = verifiesName};
+        if (!connects) {
+            const QString fault = OpeningFaultOf(settings);
+            QVERIFY2(fault.startsWith(u"데이터베이스 서버와 암호화하여"_s), qPrintable(fault));
+            return;
+        }
+        m_connection = OpenConnection(settings);
+        const auto rows = m_connection->Execute(u"SHOW STATUS LIKE 'Ssl_cipher'"_s);
+        QVERIFY(!rows->Fields(u"value"_s).toString().isEmpty());
+    }
+
     void repeatsOnlyWhatHelps_data()
     {
         Columns<QString, int, int, int, bool>("driver", "number", "failures", "runs", "succeeds");
