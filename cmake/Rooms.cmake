@@ -30,8 +30,8 @@ function(station_precompiled name kind)
 endfunction()
 
 # station_room(NAME FOLDER [LINKS ...] [PRIVATE_LINKS ...] [RESOURCES ...])
-# All sources of FOLDER, which is the path below src/ and the prefix of the room's includes; a folder inside it that has
-# a CMakeLists.txt is a target of its own. A room without Qt6::Widgets among its links can't include a widget.
+# All sources of FOLDER, which is the path below src/ and the prefix of the room's includes, but for a program's main.cpp;
+# a folder inside it that has a CMakeLists.txt is a target of its own. A room without Qt6::Widgets among its links can't include a widget.
 function(station_room name folder)
     cmake_parse_arguments(ROOM "" "" "LINKS;PRIVATE_LINKS;RESOURCES" ${ARGN})
     foreach(lower ${ROOM_LINKS} ${ROOM_PRIVATE_LINKS})
@@ -41,6 +41,7 @@ function(station_room name folder)
     endforeach()
     set(home "${CMAKE_SOURCE_DIR}/src/${folder}")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${home}/*.cpp" "${home}/*.h")
+    list(REMOVE_ITEM sources "${home}/main.cpp")
     file(GLOB_RECURSE inner "${home}/*/CMakeLists.txt")
     foreach(each ${inner})
         get_filename_component(each "${each}" DIRECTORY)

@@ -10,6 +10,7 @@
 #include "platform/desktop/screen_scale.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/files/program_folder.h"
 #include "platform/grid/register_grid.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/imagecontrol/register_image_control.h"

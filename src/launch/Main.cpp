@@ -79,7 +79,7 @@ void OpenVisit()
     UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
     UseService<BurnerOptions>().UseImage(ClientSetup.BurnerImage);
 
-    VisitContext.ImageExt = Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
+    VisitContext.ImageExt = ImageExtOfSetup();
     const LaunchString launch = CutLaunchString(command);
     VisitContext.LaunchCode = launch.code;
     VisitContext.LaunchFlag = launch.flag;

@@ -1,9 +1,18 @@
 #include "visit/VisitContext.h"
 
+#include "text/text_routines.h"
+
+using namespace Qt::StringLiterals;
+
 VisitContextRecord VisitContext;
 ClientSetupRecord ClientSetup;
 SaupRecords SaupTable;
 ConnectionPointer Connection;
+
+QString ImageExtOfSetup()
+{
+    return Trim(ClientSetup.ImageFormat) == u"2"_s ? u"bmp"_s : u"jpg"_s;
+}
 
 Visit CurrentVisit()
 {

@@ -29,6 +29,8 @@ extern SaupRecords SaupTable;
 /// The one database connection of the process.
 extern ConnectionPointer Connection;
 
+/// Extension of the pictures as the setup wants them: "jpg" or "bmp".
+QString ImageExtOfSetup();
 /// The current visit in its present section.
 Visit CurrentVisit();
 /// Any visit, its files where the setup has them. Throws PlatformError for a date that leads out of the root.

@@ -7,7 +7,7 @@
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
 #include "platform/desktop/InstanceLock.h"
-#include "platform/desktop/prepare_application.h"
+#include "platform/files/program_folder.h"
 
 #include <QApplication>
 #include <QDir>

@@ -7,16 +7,13 @@
 #include <QAccessibleWidget>
 #include <QApplication>
 #include <QComboBox>
-#include <QDir>
 #include <QEvent>
-#include <QFileInfo>
 #include <QFont>
 #include <QHash>
 #include <QIcon>
 #include <QLibraryInfo>
 #include <QLocale>
 #include <QScrollBar>
-#include <QStandardPaths>
 #include <QTabBar>
 #include <QTranslator>
 
@@ -109,23 +106,4 @@ void PrepareApplication()
     QApplication::setWindowIcon(QIcon(u":/station/capture-station.svg"_s));
     FollowComposition();
     qApp->installEventFilter(new WheelFilter(qApp));
-}
-
-QString ProgramFolderHere()
-{
-    return FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"),
-                             QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path(),
-                             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
-}
-
-QString FindProgramFolder(const QString& chosen, const QString& executableFolder, const QString& configFolder)
-{
-    QString folder = chosen.trimmed();
-    if (folder.isEmpty() && QFileInfo(executableFolder).isWritable())
-        folder = executableFolder;
-    if (folder.isEmpty())
-        folder = configFolder + u"/capture-station"_s;
-    folder = QDir::cleanPath(QDir(folder).absolutePath());
-    QDir().mkpath(folder);
-    return folder;
 }

@@ -1,15 +1,5 @@
 #pragma once
 
-#include <QString>
-
 /// Fonts, language, look and wheel of the application; called once, before the first window. The Windows fonts that the
 /// screens name lead to free Korean ones.
 void PrepareApplication();
-
-/// The program's own folder of this run: the one that CAPTURE_STATION_FOLDER names, else where `FindProgramFolder` puts
-/// it. Needs no application.
-QString ProgramFolderHere();
-
-/// The program's own folder, made when it isn't there, without a separator at its end: `chosen` unless that is empty,
-/// else `executableFolder` if it can be written, else a folder of the program's name in `configFolder`.
-QString FindProgramFolder(const QString& chosen, const QString& executableFolder, const QString& configFolder);

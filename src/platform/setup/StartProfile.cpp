@@ -7,7 +7,6 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
-#include "platform/setup/register_setup.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -79,13 +78,16 @@ bool IsMountPoint(const QString& path)
     return !place.isEmpty() && QStorageInfo(place).rootPath() == place;
 }
 
-void CheckCaptureRoot(const SetupFile& file)
+void CheckCaptureRoot(const SetupFile& file, MissingRoot missingRoot)
 {
     const QString& root = file.client.CaptureRoot;
     const waiting::Patience patience(SharePatienceMs);
     if (file.needsCaptureMount && !filecalls::Ask([root] { return IsMountPoint(root); }))
         throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
-    MakeFolder(root);
+    if (missingRoot == MissingRoot::IsMade)
+        MakeFolder(root);
+    else if (!FolderExists(root))
+        throw PlatformError(u"캡쳐 폴더가 없습니다.!! (%1)"_s.arg(NativePath(root)));
 }
 
 ConnectionPointer OpenClinic(const SetupFile& file)
@@ -133,8 +135,11 @@ bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool
     if (problems.isEmpty()) {
         Attempt(problems, [&] {
             try {
-                CheckCaptureRoot(file);
+                CheckCaptureRoot(file, m_missingRoot);
             } catch (const FilesAway&) {
+                if (m_missingRoot == MissingRoot::IsTold)
+                    throw PlatformError(
+                        u"캡쳐 폴더의 공유가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(file.client.CaptureRoot)));
                 // An examination goes on without it.
                 ShowInformation(
                     u"캡쳐 폴더의 공유가 응답하지 않습니다.!! (%1)\r\n"

@@ -5,8 +5,8 @@
 
 using namespace Qt::StringLiterals;
 
-void RegisterSetup()
+void RegisterSetup(MissingRoot missingRoot)
 {
     RegisterComponent<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s,
-                                       [] { return std::make_unique<StartProfile>(); });
+                                       [missingRoot] { return std::make_unique<StartProfile>(missingRoot); });
 }

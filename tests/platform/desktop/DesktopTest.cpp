@@ -9,6 +9,7 @@
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/desktop/screen_scale.h"
+#include "platform/files/program_folder.h"
 #include "support/testing.h"
 
 #include <cmath>

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QStringList>
+
+class QTextStream;
+
+/// What the program's main file knows and the commands need.
+struct AdminSurroundings
+{
+    QString version;
+    bool showsProgress = false; ///< Somebody looks at standard error.
+};
+extern AdminSurroundings Surroundings;
+
+/// Runs the command that the arguments name, the program's own name not among them. What it finds goes to `out`, how
+/// the program is used, faults and progress to standard error. Gives an `ExitCode`.
+int RunCommand(const QStringList& arguments, QTextStream& out);

@@ -1,0 +1,40 @@
+#include "admin/commands.h"
+#include "platform/files/LocalFiles.h"
+#include "platform/imaging/register_imaging.h"
+#include "platform/profile/PrivateProfile.h"
+#include "platform/setup/register_setup.h"
+#include "platform/sql/register_sql.h"
+#include "platform/terminal/register_terminal.h"
+#include "visit/VisitContext.h"
+
+#include <QCoreApplication>
+#include <QTextStream>
+
+#include <cstdio>
+#include <cstdlib>
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
+
+    RegisterFiles();
+    RegisterTerminal();
+    RegisterProfile();
+    RegisterSql();
+    RegisterSetup(MissingRoot::IsTold);
+    RegisterImaging();
+
+    Surroundings.version = QStringLiteral(STATION_VERSION);
+    Surroundings.showsProgress = IsErrorTerminal();
+
+    int result = 0;
+    {
+        QTextStream out(stdout);
+        result = RunCommand(QCoreApplication::arguments().mid(1), out);
+    }
+    Connection.reset();
+    // As in the station: a thread that the kernel holds would meet the end of what it works on.
+    std::fflush(nullptr);
+    std::_Exit(result);
+}

@@ -1,0 +1,97 @@
+#include "platform/terminal/TerminalDesktop.h"
+
+#include "frame/components.h"
+#include "frame/waiting.h"
+#include "platform/files/program_folder.h"
+#include "platform/terminal/register_terminal.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <unistd.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+void Tell(const QString& text)
+{
+    QString line = text;
+    std::fprintf(stderr, "%s\n", qUtf8Printable(line.replace(u"\r\n"_s, u"\n"_s)));
+}
+
+} // namespace
+
+TerminalDesktop::TerminalDesktop() : m_programFolder(ProgramFolderHere()) {}
+
+void TerminalDesktop::ShowInformation(const QString& text, int /*patienceMs*/)
+{
+    Tell(text);
+}
+
+bool TerminalDesktop::AskYesNo(const QString& question)
+{
+    Tell(question);
+    return false;
+}
+
+void TerminalDesktop::PumpEvents()
+{
+    QCoreApplication::processEvents();
+}
+
+bool TerminalDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    bool expired = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
+    timer.start(qMax(0, timeoutMs));
+    while (!done()) {
+        if (m_ended || expired)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+bool TerminalDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& /*leave*/)
+{
+    while (!done()) {
+        if (m_ended)
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    return true;
+}
+
+void TerminalDesktop::Pause(int timeMs)
+{
+    PumpEventsUntil([] { return false; }, timeMs);
+}
+
+std::optional<QString> TerminalDesktop::ShowOpenDialog(const QString& /*folder*/, const QString& /*filter*/)
+{
+    return std::nullopt;
+}
+
+QDate TerminalDesktop::Today() const
+{
+    return QDate::currentDate();
+}
+
+void RegisterTerminal()
+{
+    InstallService<Desktop>(std::make_unique<TerminalDesktop>());
+    // Who waits has to know for what: he can only break the program off.
+    waiting::setPresenter([](const waiting::Notice& notice) {
+        if (notice.mayCancel)
+            Tell(notice.text);
+    });
+}
+
+bool IsErrorTerminal()
+{
+    return isatty(STDERR_FILENO) == 1;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "contracts/desktop.h"
+
+/// The desktop of a program without a screen: what would be a box is a line on standard error, and every question is
+/// answered with No. It needs a QCoreApplication, whose events are served while something is awaited.
+class TerminalDesktop : public Desktop
+{
+public:
+    TerminalDesktop();
+
+    void ShowInformation(const QString& text, int patienceMs = 0) override;
+    void ShowPlain(const QString& text) override { ShowInformation(text); }
+    bool AskYesNo(const QString& question) override;
+    void SetMousePointer(MousePointer /*pointer*/) override {}
+    void PumpEvents() override;
+    bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
+    bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) override;
+    void Pause(int timeMs) override;
+    void ShowPrinterDialog() override {}
+    std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
+    QString Command() const override { return {}; }
+    QString ProgramFolder() const override { return m_programFolder; }
+    bool PrevInstance() override { return false; }
+    void LeaveInstance() override {}
+    void setEndRequest(std::function<void()> /*end*/) override {}
+    bool EndIsRequested() const override { return false; }
+    void EndProgram() override { m_ended = true; }
+    bool ProgramEnded() const override { return m_ended; }
+    QDate Today() const override;
+
+private:
+    const QString m_programFolder;
+    bool m_ended = false;
+};
