@@ -27,6 +27,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <unistd.h>
 
 namespace {
 
@@ -42,6 +44,31 @@ QString CommandText(const char* argument)
     return korean.isValid() ? QString(korean(bytes)) : text;
 }
 
+constexpr char HelpText[] =
+    "사용법: capture-station \"실행문자열\"\n"
+    "        capture-station --version | --help\n"
+    "\n"
+    "내시경 캡쳐 화면. 진료 프로그램이 인수 하나로 실행합니다:\n"
+    "  방식 1, 코드 2, 표시 1, 차트번호 8, 유형 2, 진료의사 2, 날짜 8(yyyymmdd), 나머지는 검사 종류\n"
+    "  예: capture-station \"A01 00001234011120261124위내시경\"\n"
+    "\n"
+    "설정: CAPTURE_STATION_SETUP의 파일, 프로그램 폴더의 Setup.ini, /etc/capture-station/Setup.ini\n"
+    "관리: capture-station-admin --help, man capture-station\n";
+
+/// Words that are no launch string: they need no screen.
+bool AnswerOption(int argc, char* argv[])
+{
+    if (argc == 2 && std::strcmp(argv[1], "--version") == 0)
+        std::puts("capture-station " STATION_VERSION);
+    else if (argc == 2 && std::strcmp(argv[1], "--help") == 0)
+        std::fputs(HelpText, stdout);
+    else if (argc == 1 && isatty(STDIN_FILENO) == 1)
+        std::fputs("capture-station: 진료 프로그램이 실행합니다. 사용법은 capture-station --help\n", stderr);
+    else
+        return false;
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -51,6 +78,8 @@ int main(int argc, char* argv[])
         std::fputs("capture-station: the launch string must be one argument\n", stderr);
         return 2;
     }
+    if (AnswerOption(argc, argv))
+        return 0;
     RegisterFiles();
     SetScreenScale(ScreenScaleOfSetup(ProgramFolderHere()));
 

@@ -1,16 +1,57 @@
 #include "platform/files/program_folder.h"
 
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "frame/services.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString SettingsName = u"CapSet.ini"_s;
+const QString ListNames = u"PendingRows-"_s;
+const QString SpoolNames = u"Spool-"_s;
+
+bool BelongsToPackages(const QString& folder)
+{
+    const QString place = QFileInfo(folder).canonicalFilePath();
+    return (place.isEmpty() ? QDir::cleanPath(folder) : place).startsWith(u"/usr/"_s);
+}
+
+bool IsHeld(const QString& list)
+{
+    const QString mark = QFileInfo(list.mid(ListNames.size())).completeBaseName();
+    const Holder holder = Files().HolderOf(mark);
+    return holder == Holder::Living || holder == Holder::Self;
+}
+
+void Move(const QString& from, const QString& to)
+{
+    Files().WritePrivateFile(to, Files().ReadFile(from));
+    Files().DeleteFile(from);
+}
+
+} // namespace
+
+QString ExecutableFolder()
+{
+    return QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
+}
 
 QString ProgramFolderHere()
 {
-    return FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"),
-                             QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path(),
-                             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    const QString executable = ExecutableFolder();
+    QString folder = FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"), executable,
+                                       QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
+    if (BelongsToPackages(executable))
+        TakeOverProgramFolder(executable, folder);
+    return folder;
 }
 
 QString FindProgramFolder(const QString& chosen, const QString& executableFolder, const QString& configFolder)
@@ -18,9 +59,26 @@ QString FindProgramFolder(const QString& chosen, const QString& executableFolder
     QString folder = chosen.trimmed();
     if (folder.isEmpty() && QFileInfo(executableFolder).isWritable())
         folder = executableFolder;
-    if (folder.isEmpty())
+    if (folder.isEmpty() || BelongsToPackages(folder))
         folder = configFolder + u"/capture-station"_s;
     folder = QDir::cleanPath(QDir(folder).absolutePath());
     QDir().mkpath(folder);
     return folder;
+}
+
+void TakeOverProgramFolder(const QString& from, const QString& to)
+{
+    try {
+        const QStringList lists = Files().FilesStartingWith(from, ListNames);
+        if (std::ranges::any_of(lists, IsHeld))
+            return;
+        // The pictures first: a list names those that lie beside it.
+        for (const QString& name : Files().FilesStartingWith(from, SpoolNames) + lists)
+            Move(from + u'/' + name, to + u'/' + name);
+        // Others may read theirs from here too.
+        if (Files().FileExists(from + u'/' + SettingsName) && !Files().FileExists(to + u'/' + SettingsName))
+            Files().WritePrivateFile(to + u'/' + SettingsName, Files().ReadFile(from + u'/' + SettingsName));
+    } catch (const PlatformError& error) {
+        qWarning("capture-station: %s: %s", qUtf8Printable(from), error.what());
+    }
 }

@@ -2,10 +2,19 @@
 
 #include <QString>
 
+/// The folder that the program's own file lies in.
+QString ExecutableFolder();
+
 /// The program's own folder of this run: the one that CAPTURE_STATION_FOLDER names, else where `FindProgramFolder` puts
-/// it. Needs no application.
+/// it. Takes over what an earlier version left in a folder of the system. Needs the file service and no application.
 QString ProgramFolderHere();
 
 /// The program's own folder, made when it isn't there, without a separator at its end: `chosen` unless that is empty,
-/// else `executableFolder` if it can be written, else a folder of the program's name in `configFolder`.
+/// else `executableFolder` if it can be written, else a folder of the program's name in `configFolder`. Never one below
+/// /usr, which is the packages' own: that counts as one that can't be written.
 QString FindProgramFolder(const QString& chosen, const QString& executableFolder, const QString& configFolder);
+
+/// Brings the settings and the lists of pictures that wait from one program folder into another: a list is in one place
+/// only, settings that are there already stay. Nothing is moved while a station that works in `from` lives. What can't
+/// be moved stays where it is and is told on standard error.
+void TakeOverProgramFolder(const QString& from, const QString& to);

@@ -7,6 +7,7 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "platform/files/program_folder.h"
 
 #include <QFileInfo>
 #include <QStorageInfo>
@@ -36,7 +37,10 @@ QStringList Candidates(const QString& programFolder)
     const QString named = qEnvironmentVariable(SetupVariable);
     if (!named.trimmed().isEmpty())
         return {named};
-    return {programFolder + u"/Setup.ini"_s, u"/etc/capture-station/Setup.ini"_s};
+    QStringList candidates{programFolder + u"/Setup.ini"_s, ExecutableFolder() + u"/Setup.ini"_s,
+                           u"/etc/capture-station/Setup.ini"_s};
+    candidates.removeDuplicates();
+    return candidates;
 }
 
 /// Absolute; empty when there is none.

@@ -9,6 +9,7 @@
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/desktop/screen_scale.h"
+#include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
 #include "support/testing.h"
 
@@ -186,6 +187,9 @@ private Q_SLOTS:
         QTest::newRow("beside the program") << QString() << u"%1/"_s << u"%1"_s;
         QTest::newRow("program lies where none may write")
             << QString() << u"/proc/1"_s << u"%1/config/capture-station"_s;
+        QTest::newRow("packages' folder, for whom may write there")
+            << QString() << u"/usr/bin"_s << u"%1/config/capture-station"_s;
+        QTest::newRow("chosen below it") << u"/usr/lib/station"_s << u"%1"_s << u"%1/config/capture-station"_s;
         QTest::newRow("blank choice") << u"  "_s << u"/proc/1"_s << u"%1/config/capture-station"_s;
     }
 
@@ -198,6 +202,35 @@ private Q_SLOTS:
         const QString found = FindProgramFolder(placed(chosen), placed(executableFolder), placed(u"%1/config"_s));
         QCOMPARE(found, placed(expected));
         QVERIFY(QDir(found).exists());
+    }
+
+    void ProgramFolderIsTakenOver()
+    {
+        RegisterFiles();
+        const QTemporaryDir old;
+        const QTemporaryDir now;
+        const auto put = [](const QTemporaryDir& folder, const QString& name, const QByteArray& content) {
+            QFile file(folder.filePath(name));
+            QVERIFY(file.open(QFile::WriteOnly) && file.write(content) == content.size());
+        };
+        const auto names = [](const QTemporaryDir& folder) { return QDir(folder.path()).entryList(QDir::Files); };
+        const QString picture = u"Spool-7.jpg"_s;
+        const QString list = u"PendingRows-dead.json"_s;
+        put(old, u"CapSet.ini"_s, "old");
+        put(old, picture, "picture");
+        put(old, list, "list");
+        const QString living = u"PendingRows-%1.json"_s.arg(Files().ProcessMark());
+        put(old, living, "list");
+        TakeOverProgramFolder(old.path(), now.path());
+        QCOMPARE(names(now), QStringList());
+        QVERIFY(QFile::remove(old.filePath(living)));
+        put(now, u"CapSet.ini"_s, "new");
+        TakeOverProgramFolder(old.path(), now.path());
+        QCOMPARE(names(old), QStringList{u"CapSet.ini"_s});
+        QCOMPARE(names(now), (QStringList{u"CapSet.ini"_s, list, picture}));
+        QFile settings(now.filePath(u"CapSet.ini"_s));
+        QVERIFY(settings.open(QFile::ReadOnly) && settings.readAll() == "new");
+        QVERIFY(!QFileInfo(now.filePath(picture)).permissions().testFlag(QFileDevice::ReadGroup));
     }
 
     void ProgramEndsInThePump(); // The last: no event loop runs after it.
