@@ -57,9 +57,10 @@ QString HelpText()
     QString text = u"사용법: capture-station-admin 명령 [인수]\n\n"_s;
     for (const Command& command : Commands())
         text += u"  %1\n      %2\n"_s.arg((command.name + u' ' + command.arguments).trimmed(), command.help);
-    text += u"  --help, --version\n\n"
-            "끝날 때의 값: 0 이상 없음, 1 이상이 있거나 거절함, 2 잘못된 사용, 3 설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 "
-            "없음\n"_s;
+    text +=
+        u"  --help, --version\n\n"
+        "끝날 때의 값: 0 이상 없음, 1 이상이 있거나 거절함, 2 잘못된 사용, 3 설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 "
+        "없음\n"_s;
     return text;
 }
 
