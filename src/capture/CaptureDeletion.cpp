@@ -1,10 +1,10 @@
 #include "capture/CaptureDeletion.h"
 #include "visit/VisitContext.h"
 
-#include "capture/capture_wastebasket.h"
 #include "capture/CaptureHistory.h"
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_wastebasket.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "screenparts/picture_grid.h"

@@ -1,10 +1,10 @@
 #include "capture/MovieRecording.h"
 
-#include "capture/capture_folders.h"
 #include "capture/device_link.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
+#include "filing/capture_folders.h"
 #include "frame/services.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"

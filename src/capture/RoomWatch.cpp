@@ -1,8 +1,8 @@
 #include "capture/RoomWatch.h"
 
-#include "capture/StillFiles.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/StillFiles.h"
 #include "frame/services.h"
 #include "visit/VisitContext.h"
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "capture/FillLine.h"
-#include "capture/Leftovers.h"
 #include "capture/RoomWatch.h"
-#include "capture/StillFiling.h"
+#include "filing/Leftovers.h"
+#include "filing/StillFiling.h"
 
 #include <QHash>
 #include <QImage>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/StillFiling.h"
+#include "filing/StillFiling.h"
 
 #include <optional>
 

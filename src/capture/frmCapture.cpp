@@ -1,7 +1,5 @@
 #include "capture/frmCapture.h"
 
-#include "capture/capture_folders.h"
-#include "capture/capture_wastebasket.h"
 #include "capture/CommandBar.h"
 #include "capture/device_link.h"
 #include "cdexport/frmCapCDWrite.h"
@@ -11,6 +9,8 @@
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
+#include "filing/capture_folders.h"
+#include "filing/capture_wastebasket.h"
 #include "findings/open_findings.h"
 #include "frame/components.h"
 #include "frame/controls.h"
@@ -77,7 +77,9 @@ void frmCapture::PrepareFolders()
     // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
-        PrepareCaptureFolders(VisitContext.Ymd, *m_cmbEtc);
+        m_cmbEtc->clear();
+        m_cmbEtc->addItems(SectionsOfClient());
+        MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
     } catch (const FilesAway& error) {
         m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
         if (!wasHeld)

@@ -1,4 +1,4 @@
-#include "capture/NumberClaim.h"
+#include "filing/NumberClaim.h"
 #include "support/CaptureScreen.h"
 
 #include <fcntl.h>

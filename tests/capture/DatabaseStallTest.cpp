@@ -1,5 +1,5 @@
-#include "capture/NumberClaim.h"
 #include "contracts/MSComm.h"
+#include "filing/NumberClaim.h"
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"
 #include "support/PseudoTerminal.h"

@@ -1,5 +1,5 @@
-#include "capture/NumberClaim.h"
 #include "contracts/files.h"
+#include "filing/NumberClaim.h"
 #include "platform/files/posix_files.h"
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"

@@ -1,4 +1,4 @@
-#include "capture/NumberClaim.h"
+#include "filing/NumberClaim.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
 #include "records/capture_index.h"

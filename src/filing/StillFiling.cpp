@@ -1,9 +1,9 @@
-#include "capture/StillFiling.h"
+#include "filing/StillFiling.h"
 
-#include "capture/capture_folders.h"
-#include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
+#include "filing/NumberClaim.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "records/capture_index.h"

@@ -1,4 +1,4 @@
-#include "capture/PendingRows.h"
+#include "filing/PendingRows.h"
 
 #include "contracts/desktop.h"
 #include "contracts/files.h"

@@ -1,4 +1,4 @@
-#include "capture/capture_folders.h"
+#include "filing/capture_folders.h"
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
@@ -6,8 +6,6 @@
 #include "text/text_routines.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
-
-#include <QComboBox>
 
 using namespace Qt::StringLiterals;
 
@@ -34,13 +32,6 @@ void MakeMissingFolders(const QStringList& folders)
         if (!FolderExists(folder))
             MakeFolder(folder);
     }
-}
-
-void PrepareCaptureFolders(const QString& ymd, QComboBox& sections)
-{
-    sections.clear();
-    sections.addItems(SectionsOfClient());
-    MakeMissingFolders(CaptureFolders(ymd));
 }
 
 void EnsureFolderOfYear(const QString& yearFolder, const QString& folder)

@@ -1,8 +1,8 @@
-#include "capture/LeftoverNumbers.h"
+#include "filing/LeftoverNumbers.h"
 
-#include "capture/NumberClaim.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/NumberClaim.h"
 #include "frame/services.h"
 #include "visit/Visit.h"
 

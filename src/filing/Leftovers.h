@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/LeftoverNumbers.h"
+#include "filing/LeftoverNumbers.h"
 
 #include <QObject>
 #include <QStringList>

@@ -1,8 +1,8 @@
-#include "capture/Leftovers.h"
+#include "filing/Leftovers.h"
 
-#include "capture/capture_folders.h"
-#include "capture/StillFiling.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
+#include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"

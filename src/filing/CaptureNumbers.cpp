@@ -1,4 +1,4 @@
-#include "capture/CaptureNumbers.h"
+#include "filing/CaptureNumbers.h"
 
 #include <algorithm>
 

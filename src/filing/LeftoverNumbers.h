@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/PendingRows.h"
+#include "filing/PendingRows.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 

@@ -1,4 +1,4 @@
-#include "capture/NumberClaim.h"
+#include "filing/NumberClaim.h"
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"

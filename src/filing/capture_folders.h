@@ -2,8 +2,6 @@
 
 #include <QStringList>
 
-class QComboBox;
-
 /// The sections of this client as the setup lists them, blanks around them included.
 QStringList SectionsOfClient();
 
@@ -11,10 +9,6 @@ QStringList SectionsOfClient();
 QStringList CaptureFolders(const QString& ymd);
 /// In that order. Throws PlatformError when one can't be made.
 void MakeMissingFolders(const QStringList& folders);
-
-/// Makes the folders of a date's year, and fills the list with the sections of this client. Throws PlatformError when a
-/// folder can't be made.
-void PrepareCaptureFolders(const QString& ymd, QComboBox& sections);
 
 /// Makes a folder inside a year's folder when it is missing. The year's folder itself is made only at the start: if it
 /// is gone later, so is the share, and a folder made now would lie on the disk under it. Throws PlatformError then.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "capture/PendingRows.h"
-#include "capture/StillFiles.h"
+#include "filing/PendingRows.h"
+#include "filing/StillFiles.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "capture/CaptureNumbers.h"
+#include "filing/CaptureNumbers.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
