@@ -15,6 +15,7 @@
 #include "platform/gstreamer/register_video.h"
 #include "platform/imagecontrol/register_image_control.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/journal/StandardErrorJournal.h"
 #include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/serial/register_serial.h"
@@ -80,6 +81,7 @@ int main(int argc, char* argv[])
     }
     if (AnswerOption(argc, argv))
         return 0;
+    RegisterJournal();
     RegisterFiles();
     SetScreenScale(ScreenScaleOfSetup(ProgramFolderHere()));
 
@@ -115,5 +117,6 @@ int main(int argc, char* argv[])
     UseService<Desktop>().LeaveInstance();
     Connection.reset();
     // All that is to be kept is on the disk. A thread that is held would meet the end of what it works on.
+    EndJournal();
     std::_Exit(result);
 }

@@ -4,6 +4,7 @@
 #include "filing/capture_folders.h"
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
+#include "frame/journal.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
@@ -72,7 +73,7 @@ void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Cou
             } else if (guard::Is<DatabaseAway>(fault)) {
                 count->isAway = true;
             } else {
-                qWarning("%s", qUtf8Printable(guard::TextOf(fault)));
+                journal::NoteFault(guard::TextOf(fault));
             }
         });
 }

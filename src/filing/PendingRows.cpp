@@ -4,6 +4,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "frame/WorkThread.h"
 #include "text/text_routines.h"
@@ -43,7 +44,7 @@ void IgnoringFaults(const std::function<void()>& step)
     try {
         step();
     } catch (const PlatformError& error) {
-        qWarning("%s", error.what());
+        journal::NoteFault(error.Text());
     }
 }
 
@@ -53,7 +54,7 @@ void WriteList(const QString& path, const QByteArray& content)
     try {
         Files().WritePrivateFile(path, content);
     } catch (const StoredWithFault& error) {
-        qWarning("%s", error.what());
+        journal::NoteFault(error.Text());
     }
 }
 
@@ -151,6 +152,8 @@ void PendingRows::TakeOver()
     const QString common = ListFolder() + u"PendingRows.json"_s;
     if (FileExists(common))
         ReadList(common, m_leftFolders);
+    if (!m_entries.isEmpty())
+        journal::Note(Journal::Warning, u"앞 실행이 남긴 기록 대기 %1건을 이어받음"_s.arg(m_entries.size()));
     if (!taken.isEmpty() || FileExists(common)) {
         IgnoringFaults([&] {
             StoreNow();
@@ -199,7 +202,7 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
         return true;
     } catch (const PlatformError& error) {
-        qWarning("%s: %s", qPrintable(path), error.what());
+        journal::NoteFault(u"%1: %2"_s.arg(error.Text(), path));
         IgnoringFaults([&path] { Files().RenameFile(path, path + u".broken"_s); });
         return false;
     }
@@ -340,7 +343,7 @@ void PendingRows::Store()
         try {
             WriteList(path, content);
         } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
+            journal::NoteFault(error.Text());
             PostToScreen([told, text = u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(
                                     error.Text())] { told(text); });
         }

@@ -8,6 +8,7 @@
 #include "filing/PendingRows.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 
 #include <QPointer>
@@ -48,7 +49,7 @@ void DeleteSpoolFile(const QString& picture)
     try {
         DeleteFile(StillFiles::SpoolPath(picture));
     } catch (const PlatformError& error) {
-        qWarning("%s", error.what());
+        journal::NoteFault(error.Text());
     }
 }
 
@@ -318,7 +319,8 @@ void StillFiles::SpoolAll()
 void StillFiles::Spool(const StillPointer& still)
 {
     m_patience.stop();
-    *m_isAway = true;
+    if (!m_isAway->exchange(true))
+        journal::Note(Journal::Warning, u"저장 폴더가 응답하지 않음, 그림을 이 컴퓨터에 보관함"_s);
     int waiting = Still::Waiting;
     still->hand.compare_exchange_strong(waiting, Still::TakenBack);
     still->isSpooling = true;
@@ -406,7 +408,7 @@ void StillFiles::Settle(const StillPointer& still)
                 return;
             const Visit visit = still->picture.visit;
             self->m_road.removeOne(still);
-            *self->m_isAway = self->IsShareAway();
+            self->LookAtShare();
             self->m_list.File(visit, still->spooled, number);
             Q_EMIT self->Moved(visit, still->spooled, number);
             Q_EMIT self->Filed(visit, number);
@@ -416,10 +418,17 @@ void StillFiles::Settle(const StillPointer& still)
     });
 }
 
+void StillFiles::LookAtShare()
+{
+    const bool isAway = IsShareAway();
+    if (m_isAway->exchange(isAway) && !isAway)
+        journal::Note(Journal::Information, u"저장 폴더가 다시 응답함, 보관한 그림을 모두 옮김"_s);
+}
+
 void StillFiles::Leave(const StillPointer& still)
 {
     m_road.removeOne(still);
-    *m_isAway = IsShareAway();
+    LookAtShare();
     m_list.Remove(still->picture.visit, still->spooled);
     m_local.Post([id = still->id] { DeleteSpoolFile(id); });
     Q_EMIT Changed();

@@ -102,6 +102,7 @@ private:
     void Spool(const StillPointer& still);
     void MoveNext();
     void Settle(const StillPointer& still);
+    void LookAtShare();
     void Leave(const StillPointer& still);
 
     WorkThread& m_local;

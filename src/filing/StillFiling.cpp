@@ -5,6 +5,7 @@
 #include "filing/capture_folders.h"
 #include "filing/NumberClaim.h"
 #include "frame/guard.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
@@ -172,7 +173,13 @@ void StillFiling::Undo(const Visit& visit, int number)
 
 void StillFiling::SetAway(bool isAway)
 {
-    m_isAway = isAway;
+    if (isAway != std::exchange(m_isAway, isAway)) {
+        if (isAway)
+            journal::Note(Journal::Warning, u"데이터베이스가 응답하지 않음, 기록 대기 %1장"_s.arg(m_pending.Count()));
+        else
+            journal::Note(Journal::Information,
+                          u"데이터베이스가 다시 응답함, 남은 기록 대기 %1장"_s.arg(m_pending.Count()));
+    }
     // One that waits keeps those behind it waiting.
     if (isAway) {
         for (const auto& [visit, number] : m_pending.LetAllWait())
@@ -271,7 +278,7 @@ void StillFiling::MakeFoldersLater(const QStringList& folders)
         try {
             MakeMissingFolders(folders);
         } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
+            journal::NoteFault(error.Text());
         }
     });
 }

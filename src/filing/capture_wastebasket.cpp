@@ -7,6 +7,7 @@
 #include "filing/NumberClaim.h"
 #include "filing/PendingRows.h"
 #include "frame/components.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "visit/Visit.h"
@@ -68,7 +69,7 @@ void SweepOrphanPictures(const Visit& visit, const PendingRows& pending)
         if (kind == FileKind::File)
             orphans.append(number);
         else
-            qWarning("%s: no picture file", qPrintable(NativePath(visit.PicturePath(number))));
+            journal::NoteFault(u"지운 그림의 파일이 없음: %1번"_s.arg(number));
     }
     if (orphans.isEmpty())
         return;

@@ -4,6 +4,7 @@
 #include "contracts/pictures.h"
 #include "contracts/printing.h"
 #include "frame/components.h"
+#include "frame/journal.h"
 
 namespace {
 MousePointer pointerNow = PointerNormal;
@@ -11,6 +12,7 @@ MousePointer pointerNow = PointerNormal;
 
 void ShowInformation(const QString& text, int patienceMs)
 {
+    journal::NoteShown(text);
     UseService<Desktop>().ShowInformation(text, patienceMs);
 }
 

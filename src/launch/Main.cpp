@@ -10,6 +10,7 @@
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "launch/launch_string.h"
 #include "screenparts/fill_routines.h"
@@ -88,6 +89,7 @@ void OpenVisit()
     VisitContext.Jinchal = launch.jinchal;
     VisitContext.Ymd = launch.ymd;
     VisitContext.Etc = launch.etc;
+    journal::setContext(VisitContext.Chart, ClientSetup.CaptureRoot);
     if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
         return;
     CheckVisit();

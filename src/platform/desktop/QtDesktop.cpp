@@ -114,10 +114,8 @@ QtDesktop::~QtDesktop() = default;
 bool QtDesktop::Run(QMessageBox& box)
 {
     const QString text = box.text();
-    if (m_endIsRequested) {
-        qWarning("%s", qPrintable(text));
+    if (m_endIsRequested)
         return false;
-    }
     // The same message above itself tells nothing new.
     if (m_openTexts.contains(text))
         return false;

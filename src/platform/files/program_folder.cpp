@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 
 #include <QDir>
@@ -15,7 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString SettingsName = u"CapSet.ini"_s;
-const QString ListNames = u"PendingRows-"_s;
+const QString ListNames = u"PendingRows"_s;
 const QString SpoolNames = u"Spool-"_s;
 
 bool BelongsToPackages(const QString& folder)
@@ -26,7 +27,7 @@ bool BelongsToPackages(const QString& folder)
 
 bool IsHeld(const QString& list)
 {
-    const QString mark = QFileInfo(list.mid(ListNames.size())).completeBaseName();
+    const QString mark = QFileInfo(list.mid(ListNames.size() + 1)).completeBaseName();
     const Holder holder = Files().HolderOf(mark);
     return holder == Holder::Living || holder == Holder::Self;
 }
@@ -79,6 +80,6 @@ void TakeOverProgramFolder(const QString& from, const QString& to)
         if (Files().FileExists(from + u'/' + SettingsName) && !Files().FileExists(to + u'/' + SettingsName))
             Files().WritePrivateFile(to + u'/' + SettingsName, Files().ReadFile(from + u'/' + SettingsName));
     } catch (const PlatformError& error) {
-        qWarning("capture-station: %s: %s", qUtf8Printable(from), error.what());
+        journal::NoteFault(u"앞 프로그램 폴더(%1)의 파일을 옮기지 못함: %2"_s.arg(from, error.Text()));
     }
 }

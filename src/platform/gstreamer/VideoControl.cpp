@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "frame/guard.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "platform/gstreamer/devices/DriverDialog.h"
 #include "platform/gstreamer/devices/V4l2Device.h"
@@ -225,6 +226,10 @@ void VideoControl::AnswerState()
     }
     const bool isLost = m_live->shownState == LiveSession::State::Lost;
     const bool isBack = before == LiveSession::State::Lost && m_live->shownState == LiveSession::State::Live;
+    if (isLost && before != LiveSession::State::Lost)
+        journal::Note(Journal::Warning, u"영상 신호가 끊김"_s);
+    if (isBack)
+        journal::Note(Journal::Information, u"영상 신호가 돌아옴"_s);
     if (isLost || isBack)
         Q_EMIT OnDeviceChange();
 }

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/journal.h"
 
 #include <QFile>
 #include <QSerialPort>
@@ -129,8 +130,11 @@ QString SerialPort::OpenDevice()
 
 void SerialPort::CloseDevice()
 {
-    if (m_port->isOpen())
-        m_port->close();
+    if (!m_port->isOpen())
+        return;
+    m_port->close();
+    if (m_isOpen)
+        journal::Note(Journal::Warning, u"직렬 포트의 장치가 없어짐: %1"_s.arg(m_known));
 }
 
 void SerialPort::Watch()
@@ -138,8 +142,8 @@ void SerialPort::Watch()
     // A driver may also say nothing when its device is pulled out.
     if (m_port->isOpen() && NodeOf(m_known) != m_node)
         CloseDevice();
-    if (!m_port->isOpen() && NodeOf(Device()) != 0)
-        OpenDevice();
+    if (!m_port->isOpen() && NodeOf(Device()) != 0 && OpenDevice().isEmpty())
+        journal::Note(Journal::Information, u"직렬 포트의 장치가 돌아옴: %1"_s.arg(m_known));
 }
 
 int SerialPort::InBufferCount() const

@@ -1,6 +1,7 @@
 #include "platform/sql/SqlSession.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/journal.h"
 #include "platform/sql/RowSource.h"
 #include "platform/sql/SqlRows.h"
 
@@ -76,6 +77,12 @@ void SqlSession::Open()
                 throw;
         }
     }
+}
+
+void SqlSession::Reopen()
+{
+    Open();
+    journal::Note(Journal::Information, u"데이터베이스에 다시 연결됨"_s);
 }
 
 void SqlSession::OpenAtHost(const QString& host)
@@ -157,7 +164,7 @@ void SqlSession::Execute(const QString& statement, ExecuteOption option, SqlRows
     const QString translated = m_engine->Translated(statement);
     bool reopened = !m_database.isOpen();
     if (reopened)
-        Open();
+        Reopen();
     for (int tries = 1;; ++tries) {
         Send();
         std::unique_ptr<RowSource> source = option == adAsyncFetch
@@ -181,12 +188,14 @@ void SqlSession::Execute(const QString& statement, ExecuteOption option, SqlRows
         // A node that doesn't find back to its cluster: another host may still be in it.
         if (kind == FaultKind::Contention && tries >= ContentionTries)
             kind = FaultKind::Lost;
-        if (kind == FaultKind::Lost)
+        if (kind == FaultKind::Lost) {
+            journal::Note(Journal::Warning, u"데이터베이스 연결이 끊김 [%1]"_s.arg(error.nativeErrorCode()));
             Close();
+        }
         CheckInterrupted();
         if (kind == FaultKind::Lost && !reopened && !someCame) {
             reopened = true;
-            Open();
+            Reopen();
         } else if (kind == FaultKind::Contention && !someCame) {
             QThread::msleep(ContentionPauseMs);
         } else {

@@ -41,6 +41,7 @@ public:
 
 private:
     void Close();
+    void Reopen();
     void OpenAtHost(const QString& host);
     void EndOldSession();
     void CheckInterrupted() const;

@@ -1,6 +1,7 @@
 #include "platform/gstreamer/devices/VideoDevices.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/journal.h"
 #include "platform/gstreamer/devices/V4l2Device.h"
 #include "platform/gstreamer/testpicture/TestPictureState.h"
 
@@ -99,7 +100,7 @@ void VideoDevices::Welcome(const QString& node)
             device->inputs = {u"기본 입력"_s};
     } catch (const PlatformError& error) {
         // Such a node can't be told from one that is no camera; it is tried again when its rights change.
-        qWarning("%s", error.what());
+        journal::NoteFault(error.Text());
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "frame/file_calls.h"
+#include "frame/journal.h"
 #include "frame/WorkThread.h"
 
 #include <QFileInfo>
@@ -219,7 +220,7 @@ void MovieRecorder::CompleteHeldFiles()
         try {
             CompleteFile(*file);
         } catch (const PlatformError& error) {
-            qWarning("%s", error.what());
+            journal::NoteFault(error.Text());
         }
     }
 }

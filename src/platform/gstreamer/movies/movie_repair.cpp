@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/journal.h"
 #include "frame/WorkThread.h"
 #include "platform/gstreamer/movies/AviFile.h"
 
@@ -18,8 +19,10 @@ void RepairMovies(const QString& folder)
             continue;
         try {
             AviFile::Repair(native.filePath(name), native.filePath(partial.name));
-        } catch (const PlatformError&) {
+            journal::Note(Journal::Information, u"끝나지 않은 동영상을 온전한 파일로 바꿈: %1"_s.arg(partial.name));
+        } catch (const PlatformError& error) {
             // It stays as it is, for the next start.
+            journal::NoteFault(error.Text());
         }
     }
 }
