@@ -1,11 +1,69 @@
 #include "admin/check.h"
 
+#include "admin/check_tables.h"
 #include "admin/exit_codes.h"
+#include "contracts/OutsideChecks.h"
+#include "frame/components.h"
+#include "visit/VisitContext.h"
 
 #include <QTextStream>
 
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString Word(CheckLine::Verdict verdict)
+{
+    switch (verdict) {
+    case CheckLine::Right:
+        return u"정상"_s;
+    case CheckLine::Remark:
+        return u"참고"_s;
+    case CheckLine::Wrong:
+        break;
+    }
+    return u"이상"_s;
+}
+
+/// A driver's text may have several lines.
+QString OneLine(const QString& text)
+{
+    return text.simplified();
+}
+
+void Print(const CheckLines& lines, QTextStream& out)
+{
+    for (const CheckLine& line : lines) {
+        out << u"[%1] %2: %3"_s.arg(Word(line.verdict), line.what, OneLine(line.found));
+        if (!line.toDo.isEmpty())
+            out << u" → "_s << OneLine(line.toDo);
+        out << u'\n';
+    }
+    out.flush();
+}
+
+} // namespace
+
 int CheckStation(QTextStream& out)
 {
-    out << QStringLiteral("이 명령은 아직 없습니다.!!\n");
-    return CantWork;
+    auto& checks = UseService<OutsideChecks>();
+    OutsideChecks::Setup setup = checks.LookAtSetup();
+    CheckLines all = setup.lines;
+    Print(setup.lines, out);
+    const auto look = [&](const CheckLines& lines) {
+        Print(lines, out);
+        all += lines;
+    };
+    if (setup.connection != nullptr) {
+        Connection = setup.connection;
+        look(CheckTables(setup.client, setup.isServer));
+    }
+    if (setup.isGood)
+        look(checks.LookAtCaptureRoot(setup.client));
+    look(checks.LookAtMachine(setup.client));
+    const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
+    out << (wrong == 0 ? u"이상이 없습니다.\n"_s : u"이상 %1건\n"_s.arg(wrong));
+    return wrong == 0 ? AllWell : Found;
 }

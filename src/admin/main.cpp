@@ -1,6 +1,7 @@
 #include "admin/commands.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/imaging/register_imaging.h"
+#include "platform/machine/register_machine.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
@@ -24,6 +25,7 @@ int main(int argc, char* argv[])
     RegisterSql();
     RegisterSetup(MissingRoot::IsTold);
     RegisterImaging();
+    RegisterMachine();
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();

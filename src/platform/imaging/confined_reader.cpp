@@ -20,20 +20,6 @@ namespace {
 /// A process that has closed its output is about to end.
 constexpr int EndPatienceMs = 200;
 
-/// Beside the program in its build folder, or under the prefix that both were installed to.
-QString ReaderProgram()
-{
-    QDir folder(QCoreApplication::applicationDirPath());
-    for (int level = 0; level < 4; ++level) {
-        QString program = folder.filePath(u"libexec/capture-station-reader"_s);
-        if (QFileInfo(program).isExecutable())
-            return program;
-        if (!folder.cdUp())
-            break;
-    }
-    return {};
-}
-
 /// Fills `target` from the process. False when it ends, or the time runs out, before that.
 bool ReadExactly(QProcess& process, void* target, qint64 bytes, const QDeadlineTimer& deadline)
 {
@@ -85,7 +71,7 @@ Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
 
 Answer Run(int descriptor, const QStringList& arguments)
 {
-    const QString program = ReaderProgram();
+    const QString program = confinedreader::ReaderProgram();
     if (program.isEmpty() || lseek(descriptor, 0, SEEK_SET) != 0)
         return {};
     const QDeadlineTimer deadline(picturelimits::LongestWaitMs);
@@ -109,6 +95,19 @@ Answer Run(int descriptor, const QStringList& arguments)
 }
 
 } // namespace
+
+QString confinedreader::ReaderProgram()
+{
+    QDir folder(QCoreApplication::applicationDirPath());
+    for (int level = 0; level < 4; ++level) {
+        QString program = folder.filePath(u"libexec/capture-station-reader"_s);
+        if (QFileInfo(program).isExecutable())
+            return program;
+        if (!folder.cdUp())
+            break;
+    }
+    return {};
+}
 
 Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish)
 {

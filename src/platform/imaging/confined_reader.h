@@ -16,6 +16,9 @@ struct Answer
     QSize size;       ///< That the file of a picture that is too large names.
 };
 
+/// The reader's program: beside this one in its build folder, or under the prefix that both were installed to. Empty
+/// when it isn't there.
+QString ReaderProgram();
 /// Reads the regular file behind an open descriptor from its start, in a format that Qt knows.
 Answer ReadKnown(int descriptor, const picturecontent::Wish& wish);
 /// The same in the formats that Qt doesn't know, at full size.

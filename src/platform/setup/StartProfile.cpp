@@ -4,21 +4,15 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
-#include "frame/file_calls.h"
 #include "frame/services.h"
-#include "frame/waiting.h"
-#include "platform/files/program_folder.h"
+#include "platform/setup/setup_steps.h"
 
 #include <QFileInfo>
-#include <QStorageInfo>
 
 using namespace Qt::StringLiterals;
+using namespace setup_steps;
 
 namespace {
-constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
-/// A share that doesn't answer at the start is told after so long.
-constexpr int SharePatienceMs = 3000;
-
 /// Tables without which no visit can be worked on. The station makes the others itself.
 const QStringList& NeededTables()
 {
@@ -32,27 +26,6 @@ void Note(const QString& text)
     qWarning("capture-station: %s", qUtf8Printable(text));
 }
 
-QStringList Candidates(const QString& programFolder)
-{
-    const QString named = qEnvironmentVariable(SetupVariable);
-    if (!named.trimmed().isEmpty())
-        return {named};
-    QStringList candidates{programFolder + u"/Setup.ini"_s, ExecutableFolder() + u"/Setup.ini"_s,
-                           u"/etc/capture-station/Setup.ini"_s};
-    candidates.removeDuplicates();
-    return candidates;
-}
-
-/// Absolute; empty when there is none.
-QString FindSetupFile(const QStringList& candidates)
-{
-    for (const QString& candidate : candidates) {
-        if (FileExists(candidate))
-            return QFileInfo(NativePath(candidate)).absoluteFilePath();
-    }
-    return {};
-}
-
 bool OthersMayRead(const QString& path)
 {
     return QFileInfo(NativePath(path)).permissions().testFlag(QFileDevice::ReadOther);
@@ -60,38 +33,9 @@ bool OthersMayRead(const QString& path)
 
 void NoteOpenPassword(const SetupFile& file, const QString& path)
 {
-    const QString holder = file.passwordFile.isEmpty() ? path : file.passwordFile;
-    if (!file.database.password.isEmpty() && OthersMayRead(holder))
+    const QString holder = PasswordHolder(file, path);
+    if (!holder.isEmpty() && OthersMayRead(holder))
         Note(u"암호가 든 파일을 다른 사용자도 읽을 수 있습니다: %1"_s.arg(NativePath(holder)));
-}
-
-void ReadPassword(SetupFile& file)
-{
-    if (file.passwordFile.isEmpty())
-        return;
-    QString password = QString::fromUtf8(Files().ReadFile(file.passwordFile));
-    password.truncate(password.indexOf(u'\n') < 0 ? password.size() : password.indexOf(u'\n'));
-    if (password.endsWith(u'\r'))
-        password.chop(1);
-    file.database.password = password;
-}
-
-bool IsMountPoint(const QString& path)
-{
-    const QString place = QFileInfo(NativePath(path)).canonicalFilePath();
-    return !place.isEmpty() && QStorageInfo(place).rootPath() == place;
-}
-
-void CheckCaptureRoot(const SetupFile& file, MissingRoot missingRoot)
-{
-    const QString& root = file.client.CaptureRoot;
-    const waiting::Patience patience(SharePatienceMs);
-    if (file.needsCaptureMount && !filecalls::Ask([root] { return IsMountPoint(root); }))
-        throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
-    if (missingRoot == MissingRoot::IsMade)
-        MakeFolder(root);
-    else if (!FolderExists(root))
-        throw PlatformError(u"캡쳐 폴더가 없습니다.!! (%1)"_s.arg(NativePath(root)));
 }
 
 ConnectionPointer OpenClinic(const SetupFile& file)

@@ -1,0 +1,125 @@
+#include "platform/machine/part_checks.h"
+
+#include "platform/imaging/confined_reader.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QStandardPaths>
+
+#include <fontconfig/fontconfig.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct Part
+{
+    QString name;
+    QString package; ///< Debian's.
+};
+
+bool HasFamily(FcConfig* config, const QString& family)
+{
+    FcPattern* pattern = FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, qUtf8Printable(family), nullptr);
+    FcObjectSet* wanted = FcObjectSetBuild(FC_FAMILY, nullptr);
+    FcFontSet* found = FcFontList(config, pattern, wanted);
+    const bool isThere = found != nullptr && found->nfont > 0;
+    FcFontSetDestroy(found);
+    FcObjectSetDestroy(wanted);
+    FcPatternDestroy(pattern);
+    return isThere;
+}
+
+/// Lines for those that are missing, or one for all.
+template <class Finder>
+void CheckAll(const QString& what, const QList<Part>& parts, const Finder& isThere, CheckLines& lines)
+{
+    bool isWhole = true;
+    for (const Part& part : parts) {
+        if (isThere(part.name))
+            continue;
+        isWhole = false;
+        lines.append({CheckLine::Wrong, what, u"%1 없음"_s.arg(part.name), u"apt install %1"_s.arg(part.package)});
+    }
+    if (isWhole)
+        lines.append({CheckLine::Right, what, u"%1개"_s.arg(parts.size())});
+}
+
+void CheckFonts(CheckLines& lines)
+{
+    FcConfig* config = FcInitLoadConfigAndFonts();
+    CheckAll(
+        u"글꼴"_s,
+        {{u"UnDotum"_s, u"fonts-unfonts-core"_s},
+         {u"UnBatang"_s, u"fonts-unfonts-core"_s},
+         {u"NanumGothicCoding"_s, u"fonts-nanum"_s},
+         {u"NanumBarunGothic"_s, u"fonts-nanum"_s},
+         {u"NanumMyeongjo"_s, u"fonts-nanum"_s}},
+        [config](const QString& family) { return HasFamily(config, family); }, lines);
+    FcConfigDestroy(config);
+}
+
+void CheckPlugins(CheckLines& lines)
+{
+    const QString folder = QLibraryInfo::path(QLibraryInfo::PluginsPath);
+    CheckAll(
+        u"플러그인"_s,
+        {{u"platforms/libqxcb.so"_s, u"libqt6gui6"_s},
+         {u"iconengines/libqsvgicon.so"_s, u"libqt6svg6"_s},
+         {u"imageformats/libqsvg.so"_s, u"libqt6svg6"_s},
+         {u"imageformats/libqwebp.so"_s, u"qt6-image-formats-plugins"_s},
+         {u"imageformats/libqtiff.so"_s, u"qt6-image-formats-plugins"_s},
+         {u"sqldrivers/libqsqlmysql.so"_s, u"libqt6sql6-mysql"_s},
+         {u"sqldrivers/libqsqlite.so"_s, u"libqt6sql6-sqlite"_s}},
+        [&folder](const QString& name) { return QFileInfo::exists(folder + u'/' + name); }, lines);
+    const QString texts = QLibraryInfo::path(QLibraryInfo::TranslationsPath);
+    CheckAll(
+        u"번역"_s, {{u"qtbase_ko.qm"_s, u"qt6-translations-l10n"_s}},
+        [&texts](const QString& name) { return QFileInfo::exists(texts + u'/' + name); }, lines);
+}
+
+void CheckPrograms(CheckLines& lines)
+{
+    CheckAll(
+        u"그림을 읽는 프로그램"_s,
+        {{u"capture-station-reader"_s, u"capture-station"_s},
+         {u"ffmpeg"_s, u"ffmpeg"_s},
+         {u"jbig2dec"_s, u"jbig2dec"_s}},
+        [](const QString& name) {
+            return name == u"capture-station-reader" ? !confinedreader::ReaderProgram().isEmpty()
+                                                     : !QStandardPaths::findExecutable(name).isEmpty();
+        },
+        lines);
+}
+
+/// Of the desktop session that this runs in.
+void CheckInputMethod(CheckLines& lines)
+{
+    const QString what = u"한글 입력"_s;
+    const QString module = qEnvironmentVariable("QT_IM_MODULE");
+    const QString toDo = u"apt install ibus-hangul 또는 fcitx5-hangul fcitx5-frontend-qt6, 그리고 im-config"_s;
+    if (module.isEmpty()) {
+        lines.append(
+            {CheckLine::Remark, what, u"QT_IM_MODULE이 없습니다 (데스크톱에서 실행해야 알 수 있습니다)"_s, toDo});
+        return;
+    }
+    const QDir folder(QLibraryInfo::path(QLibraryInfo::PluginsPath) + u"/platforminputcontexts"_s);
+    const bool isThere = !folder.entryList({u"lib%1*"_s.arg(module), u"lib*%1*"_s.arg(module)}, QDir::Files).isEmpty();
+    if (isThere)
+        lines.append({CheckLine::Right, what, module});
+    else
+        lines.append({CheckLine::Wrong, what, u"%1의 Qt 6 플러그인이 없습니다"_s.arg(module), toDo});
+}
+
+} // namespace
+
+CheckLines CheckParts()
+{
+    CheckLines lines;
+    CheckFonts(lines);
+    CheckPlugins(lines);
+    CheckPrograms(lines);
+    CheckInputMethod(lines);
+    return lines;
+}

@@ -1,0 +1,25 @@
+#include "platform/machine/register_machine.h"
+
+#include "contracts/OutsideChecks.h"
+#include "frame/components.h"
+#include "platform/machine/capture_root_checks.h"
+#include "platform/machine/device_checks.h"
+#include "platform/machine/part_checks.h"
+#include "platform/setup/setup_checks.h"
+
+namespace {
+
+class MachineChecks final : public OutsideChecks
+{
+public:
+    Setup LookAtSetup() override { return CheckSetup(); }
+    CheckLines LookAtCaptureRoot(const ClientSetupRecord& client) override { return CheckRootFolder(client); }
+    CheckLines LookAtMachine(const ClientSetupRecord& client) override { return CheckDevices(client) + CheckParts(); }
+};
+
+} // namespace
+
+void RegisterMachine()
+{
+    InstallService<OutsideChecks>(std::make_unique<MachineChecks>());
+}

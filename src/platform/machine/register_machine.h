@@ -1,0 +1,4 @@
+#pragma once
+
+/// Installs the checks of the outside.
+void RegisterMachine();

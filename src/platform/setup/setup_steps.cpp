@@ -1,0 +1,77 @@
+#include "platform/setup/setup_steps.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "frame/file_calls.h"
+#include "frame/services.h"
+#include "frame/waiting.h"
+#include "platform/files/program_folder.h"
+
+#include <QFileInfo>
+#include <QStorageInfo>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
+/// A share that doesn't answer is told after so long.
+constexpr int SharePatienceMs = 3000;
+
+bool IsMountPoint(const QString& path)
+{
+    const QString place = QFileInfo(NativePath(path)).canonicalFilePath();
+    return !place.isEmpty() && QStorageInfo(place).rootPath() == place;
+}
+
+} // namespace
+
+QStringList setup_steps::Candidates(const QString& programFolder)
+{
+    const QString named = qEnvironmentVariable(SetupVariable);
+    if (!named.trimmed().isEmpty())
+        return {named};
+    QStringList candidates{programFolder + u"/Setup.ini"_s, ExecutableFolder() + u"/Setup.ini"_s,
+                           u"/etc/capture-station/Setup.ini"_s};
+    candidates.removeDuplicates();
+    return candidates;
+}
+
+QString setup_steps::FindSetupFile(const QStringList& candidates)
+{
+    for (const QString& candidate : candidates) {
+        if (FileExists(candidate))
+            return QFileInfo(NativePath(candidate)).absoluteFilePath();
+    }
+    return {};
+}
+
+void setup_steps::ReadPassword(SetupFile& file)
+{
+    if (file.passwordFile.isEmpty())
+        return;
+    QString password = QString::fromUtf8(Files().ReadFile(file.passwordFile));
+    password.truncate(password.indexOf(u'\n') < 0 ? password.size() : password.indexOf(u'\n'));
+    if (password.endsWith(u'\r'))
+        password.chop(1);
+    file.database.password = password;
+}
+
+QString setup_steps::PasswordHolder(const SetupFile& file, const QString& setupPath)
+{
+    if (!file.passwordFile.isEmpty())
+        return file.passwordFile;
+    return file.database.password.isEmpty() ? QString() : setupPath;
+}
+
+void setup_steps::CheckCaptureRoot(const SetupFile& file, MissingRoot missingRoot)
+{
+    const QString& root = file.client.CaptureRoot;
+    const waiting::Patience patience(SharePatienceMs);
+    if (file.needsCaptureMount && !filecalls::Ask([root] { return IsMountPoint(root); }))
+        throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
+    if (missingRoot == MissingRoot::IsMade)
+        MakeFolder(root);
+    else if (!FolderExists(root))
+        throw PlatformError(u"캡쳐 폴더가 없습니다.!! (%1)"_s.arg(NativePath(root)));
+}
