@@ -1,5 +1,6 @@
 #include "records/capture_index.h"
 
+#include "contracts/PlatformError.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -9,6 +10,21 @@ using namespace Qt::StringLiterals;
 namespace {
 const QString Pictures = u"cap"_s;
 const QString Visits = u"ca"_s;
+
+void WritePictureRow(const Visit& visit, int number)
+{
+    QString path = visit.PicturePath(number);
+    path.replace(u'\\', u'/');
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Piece(u"', ")
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
+                .Piece(u"') "));
+}
 } // namespace
 
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
@@ -55,8 +71,6 @@ QString NoteForStore(const QString& typed)
 
 void SaveCaptureRows(const Visit& visit, int number, const QString& note)
 {
-    QString path = visit.PicturePath(number);
-    path.replace(u'\\', u'/');
     Execute(Statement(u" REPLACE INTO ca VALUES ( ")
                 .Then(u" '", visit.chart)
                 .Then(u"', '", visit.yuhyung)
@@ -66,15 +80,38 @@ void SaveCaptureRows(const Visit& visit, int number, const QString& note)
                 .Then(u" '", NoteForStore(note))
                 .Then(u"', '", VisitContext.CaExtra)
                 .Piece(u"' ) "));
-    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
-                .Then(u" '", visit.chart)
-                .Then(u"', '", visit.yuhyung)
-                .Then(u"', '", visit.ymd)
-                .Piece(u"', ")
-                .Then(u" 'A', '", visit.etc)
-                .Then(u"', ", number)
-                .Then(u", '", path)
-                .Piece(u"') "));
+    WritePictureRow(visit, number);
+}
+
+QString StoredPatientType(const Visit& visit)
+{
+    const auto ofVisit = OpenRows(Statement(u" SELECT ca_yuhyung FROM ca ").OfVisit(Visits, visit));
+    if (HasRow(*ofVisit))
+        return FieldText(*ofVisit, 0);
+    const auto ofPicture = OpenRows(Statement(u" SELECT cap_yuhyung FROM cap ").OfVisit(Pictures, visit));
+    return HasRow(*ofPicture) ? FieldText(*ofPicture, 0) : QString();
+}
+
+void AddCaptureRows(const Visit& visit, int number)
+{
+    try {
+        // The number is claimed and has no row: the statement may run twice, as on a connection that was lost.
+        WritePictureRow(visit, number);
+        if (!StoredNote(visit).isNull())
+            return;
+        Execute(Statement(u" INSERT INTO ca SELECT ")
+                    .Then(u" '", visit.chart)
+                    .Then(u"', '", visit.yuhyung)
+                    .Then(u"', '", visit.ymd)
+                    .Then(u"', 'A', '", visit.etc)
+                    .Then(u"', '', '", VisitContext.CaExtra)
+                    .Piece(u"' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
+                    .OfVisit(Visits, visit)
+                    .Piece(u" ) "));
+    } catch (const PlatformError&) {
+        DeletePictureRow(visit, number);
+        throw;
+    }
 }
 
 void UpdateVisitNote(const Visit& visit, const QString& note)

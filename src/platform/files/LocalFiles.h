@@ -15,6 +15,7 @@ public:
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;
     QByteArray ReadArchivedFile(const QString& path) const override;
+    QByteArray ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const override;
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
     void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
@@ -28,6 +29,8 @@ public:
     QString PartialPath(const QString& folder) const override;
     bool PlaceNewFile(const QString& partial, const QString& path) override;
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
+    void SetFileNote(const QString& path, const QByteArray& name) override;
+    bool HasFileNote(const QString& path, const QByteArray& name) const override;
     bool SameContent(const QString& one, const QString& other) const override;
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override;
