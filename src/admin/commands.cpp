@@ -3,6 +3,8 @@
 #include "admin/check.h"
 #include "admin/deleted_pictures.h"
 #include "admin/exit_codes.h"
+#include "admin/pending.h"
+#include "admin/verify.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"
@@ -46,6 +48,7 @@ struct Command
     QStringList options;
     bool namesVisit = false; ///< The arguments begin with a chart number and a date.
     int (*run)(const Call& call) = nullptr;
+    Needs needsWithOption = Needs::Database;
 };
 
 const QList<Command>& Commands()
@@ -78,6 +81,24 @@ const QList<Command>& Commands()
          {},
          true,
          [](const Call& call) { return RestorePicture(call.arguments, call.out); }},
+        {u"verify"_s,
+         u"[연도] [--decode]"_s,
+         u"캡쳐 폴더를 데이터베이스와 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 그림을 모두 풀어 봅니다."_s,
+         Needs::Database,
+         0,
+         1,
+         {u"--decode"_s},
+         false,
+         [](const Call& call) { return VerifyArchive(call.arguments.value(0), !call.options.isEmpty(), call.out); }},
+        {u"pending"_s,
+         u"[--write]"_s,
+         u"이 컴퓨터에서 기다리는 그림을 보여 줍니다. --write는 끝난 스테이션이 남긴 것을 저장하고 기록합니다."_s,
+         Needs::Nothing,
+         0,
+         0,
+         {u"--write"_s},
+         false,
+         [](const Call& call) { return call.options.isEmpty() ? ListPending(call.out) : WritePending(call.out); }},
     };
     return commands;
 }
@@ -142,7 +163,8 @@ int Run(const Command& command, const QStringList& arguments, QTextStream& out)
         if (values.size() > 1 && !DateFromText(values[1]).isValid())
             return Misused(u"날짜는 20261124처럼 적습니다: %1"_s.arg(values[1]));
     }
-    if (command.needs != Needs::Nothing && !ReadSetup(command.needs == Needs::Database))
+    const Needs needs = options.isEmpty() ? command.needs : command.needsWithOption;
+    if (needs != Needs::Nothing && !ReadSetup(needs == Needs::Database))
         return CantWork;
     return command.run({values, options, out});
 }

@@ -14,7 +14,7 @@ struct DeletedPicture
     int number = 0;
     QString name; ///< Of the file.
     qint64 size = 0;
-    QDateTime movedAt; ///< Local time.
+    QDateTime movedAt;     ///< Local time.
     bool wasSwept = false; ///< Nobody has deleted it: it had no row. Files moved by earlier releases don't tell.
 
     QString Path() const { return visit.LogFolder() + name; }

@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/files/program_folder.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
@@ -27,6 +28,7 @@ int main(int argc, char* argv[])
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
+    Surroundings.foldersOfOthers = ProgramFoldersOfOthers();
 
     int result = 0;
     {

@@ -68,7 +68,8 @@ bool IsReadable(const DeletedPicture& picture)
 {
     const QImage image = Pictures().Load(picture.Path());
     if (image.isNull()) {
-        Warn(u"그림을 읽을 수 없어 되살리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(picture.Path())));
+        Warn(
+            u"그림을 읽을 수 없어 되살리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(picture.Path())));
         return false;
     }
     if (!CutFileName(image).isEmpty())
@@ -133,7 +134,7 @@ void Place(const DeletedPicture& picture, const Visit& visit, int number)
 void Tell(const DeletedPicture& picture, const Visit& visit, int number, QTextStream& out)
 {
     out << u"되살렸습니다: %1 %2 %3 %4번 (%5)\n"_s.arg(visit.chart, visit.ymd, visit.etc, NumberText(number),
-                                                 NativePath(visit.PicturePath(number)));
+                                                       NativePath(visit.PicturePath(number)));
     if (number != picture.number)
         out << u"%1번은 이미 쓰이고 있어 %2번으로 되살렸습니다.\n"_s.arg(NumberText(picture.number),
                                                                          NumberText(number));

@@ -109,6 +109,9 @@ public:
     virtual bool CreateExclusively(const QString& path, const QByteArray& content) = 0;
     /// Age of a file by the clock of the file system that holds it, in milliseconds; negative when there is none.
     virtual qint64 AgeMs(const QString& path) const = 0;
+    /// When a file was last changed, by the clock of the file system that holds it; invalid when there is none. Unlike
+    /// `AgeMs` it leaves the folder untouched.
+    virtual QDateTime LastModified(const QString& path) const = 0;
     /// Renames within one folder, replacing what is there. Throws PlatformError.
     virtual void RenameFile(const QString& from, const QString& to) = 0;
 
@@ -147,6 +150,8 @@ public:
     /// stand in a file's name; has no hyphen.
     virtual QString ProcessMark() const = 0;
     virtual Holder HolderOf(const QString& mark) const = 0;
+    /// Mark in the name of a file that a process is still writing, or was when it died; empty for any other name.
+    virtual QString MarkOfPartial(const QString& name) const = 0;
     /// Holds the file, made for this user alone when it isn't there. Null when another process holds it. Throws
     /// PlatformError.
     virtual std::unique_ptr<FileLock> Lock(const QString& path) = 0;

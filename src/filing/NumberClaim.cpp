@@ -54,14 +54,14 @@ void NumberClaim::Release(const Visit& visit, int number)
     Delete(visit.ClaimPath(number));
 }
 
-bool NumberClaim::IsPictureThere(Visit visit, int number)
+int NumberClaim::PicturesThere(Visit visit, int number)
 {
+    int count = 0;
     for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
         visit.imageExt = extension;
-        if (FileExists(visit.PicturePath(number)))
-            return true;
+        count += FileExists(visit.PicturePath(number)) ? 1 : 0;
     }
-    return false;
+    return count;
 }
 
 bool NumberClaim::Stands(const Visit& visit, int number)

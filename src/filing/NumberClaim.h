@@ -30,7 +30,9 @@ public:
     /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
     static void Release(const Visit& visit, int number);
     /// A picture stands under that number, in whichever of the two extensions.
-    static bool IsPictureThere(Visit visit, int number);
+    static bool IsPictureThere(const Visit& visit, int number) { return PicturesThere(visit, number) > 0; }
+    /// How many there are, one of each extension.
+    static int PicturesThere(Visit visit, int number);
     static bool Stands(const Visit& visit, int number);
     /// Empty facts for a claim that holds none; nothing when it can't be read, or has gone.
     static std::optional<Facts> Read(const QString& path);

@@ -32,8 +32,6 @@ constexpr qint64 LeastFreeBytes = 1'000'000'000;
 /// Beside a picture there has to be room for its claim and for what the disk itself needs. In bytes.
 constexpr qint64 LeftOnShare = 1'000'000;
 
-const QString SpoolPrefix = u"Spool-"_s;
-
 QString SpoolFolder()
 {
     return UseService<Desktop>().ProgramFolder() + u'\\';
@@ -72,7 +70,7 @@ struct StillFiles::Still
 
 QString StillFiles::SpoolPath(const QString& picture)
 {
-    return SpoolFolder() + SpoolPrefix + picture + u".jpg"_s;
+    return SpoolFolder() + QString::fromUtf16(SpoolPrefix) + picture + u".jpg"_s;
 }
 
 StillFiles::StillFiles(WorkThread& local, PendingRows& list, Note note)
@@ -126,7 +124,7 @@ void StillFiles::CheckSpoolHasRoom() const
 {
     qint64 bytes = 0;
     for (const FolderEntry& entry : Files().Entries(SpoolFolder())) {
-        if (entry.Name.startsWith(SpoolPrefix))
+        if (entry.Name.startsWith(QStringView(SpoolPrefix)))
             bytes += entry.Size;
     }
     const qint64 freeBytes = Files().FreeBytes(SpoolFolder());

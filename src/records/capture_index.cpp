@@ -45,6 +45,38 @@ bool HasPictureRow(const Visit& visit, int number)
         Statement(u" SELECT * FROM cap ").OfVisit(Pictures, visit).Then(u" AND cap_no = ", number).Piece(u" ")));
 }
 
+QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most)
+{
+    Statement statement(u" SELECT cap_chart, cap_ymd, cap_etc, cap_no FROM cap ");
+    statement.Quoted(u" WHERE LEFT(cap_ymd, 4) = '", year).Piece(u" AND cap_gubun = 'A' ");
+    if (after) {
+        // The first condition alone is one that a server begins to read at.
+        statement.Quoted(u" AND cap_chart >= '", after->chart)
+            .Quoted(u" AND ( cap_chart > '", after->chart)
+            .Quoted(u" OR cap_ymd > '", after->ymd)
+            .Quoted(u" OR ( cap_ymd = '", after->ymd)
+            .Quoted(u" AND ( cap_etc > '", after->etc)
+            .Quoted(u" OR ( cap_etc = '", after->etc)
+            .Then(u" AND cap_no > ", after->number)
+            .Piece(u" ) ) ) ) ");
+    }
+    statement.Then(u" ORDER BY cap_chart, cap_ymd, cap_gubun, cap_etc, cap_no LIMIT ", most).Piece(u" ");
+    QList<PictureKey> pictures;
+    for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext())
+        pictures.append({rows->Fields(0).toString(), rows->Fields(1).toString(), rows->Fields(2).toString(),
+                         rows->Fields(3).toInt()});
+    return pictures;
+}
+
+QStringList StoredYears()
+{
+    QStringList years;
+    for (const auto rows = OpenRows(Statement(u" SELECT DISTINCT LEFT(cap_ymd, 4) FROM cap WHERE cap_gubun = 'A' "));
+         !rows->Eof(); rows->MoveNext())
+        years.append(rows->Fields(0).toString());
+    return years;
+}
+
 QString StoredNote(const Visit& visit)
 {
     const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ").OfVisit(Visits, visit));

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QList>
-#include <QString>
+#include <QStringList>
+
+#include <optional>
 
 struct Visit;
 
@@ -12,6 +14,20 @@ enum class NumberOrder { Any, Ascending };
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order);
 /// True when the picture has a `cap` row.
 bool HasPictureRow(const Visit& visit, int number);
+
+/// A picture as its row names it, texts as they stand.
+struct PictureKey
+{
+    QString chart;
+    QString ymd;
+    QString etc;
+    int number = 0;
+};
+/// Rows of a year's pictures in the order of their key, behind `after` or from the first on: as many at a time as
+/// `most` says, so that a year of any size needs little memory.
+QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most);
+/// Years of which there are pictures.
+QStringList StoredYears();
 
 /// The stored note of the visit as text, trimmed; null without a row.
 QString StoredNote(const Visit& visit);

@@ -274,6 +274,14 @@ qint64 LocalFiles::AgeMs(const QString& path) const
     return qMax<qint64>(0, milliseconds(now.st_mtim) - milliseconds(facts.st_mtim));
 }
 
+QDateTime LocalFiles::LastModified(const QString& path) const
+{
+    struct stat facts = {};
+    if (lstat(Native(path).constData(), &facts) != 0)
+        return {};
+    return QDateTime::fromSecsSinceEpoch(facts.st_mtim.tv_sec);
+}
+
 void LocalFiles::RenameFile(const QString& from, const QString& to)
 {
     if (std::rename(Native(from).constData(), Native(to).constData()) != 0)

@@ -21,6 +21,7 @@ public:
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
+    QDateTime LastModified(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override;
@@ -35,6 +36,7 @@ public:
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override;
     Holder HolderOf(const QString& mark) const override;
+    QString MarkOfPartial(const QString& name) const override;
     std::unique_ptr<FileLock> Lock(const QString& path) override;
     QString ForeignOwner(const QString& path) const override;
     void RemoveLeftovers(const QString& folder) override;

@@ -78,6 +78,11 @@ qint64 WaitingFiles::AgeMs(const QString& path) const
     return Ask(&FileStore::AgeMs, path);
 }
 
+QDateTime WaitingFiles::LastModified(const QString& path) const
+{
+    return Ask(&FileStore::LastModified, path);
+}
+
 void WaitingFiles::RenameFile(const QString& from, const QString& to)
 {
     Ask(&FileStore::RenameFile, from, to);

@@ -23,6 +23,7 @@ public:
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
+    QDateTime LastModified(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override;
@@ -37,6 +38,7 @@ public:
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override { return m_store->ProcessMark(); }
     Holder HolderOf(const QString& mark) const override { return m_store->HolderOf(mark); }
+    QString MarkOfPartial(const QString& name) const override { return m_store->MarkOfPartial(name); }
     std::unique_ptr<FileLock> Lock(const QString& path) override;
     QString ForeignOwner(const QString& path) const override;
     void RemoveLeftovers(const QString& folder) override;
