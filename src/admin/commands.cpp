@@ -1,11 +1,15 @@
 #include "admin/commands.h"
 
 #include "admin/check.h"
+#include "admin/deleted_pictures.h"
 #include "admin/exit_codes.h"
+#include "admin/pending.h"
+#include "admin/verify.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "text/date_routines.h"
 #include "visit/VisitContext.h"
 
 #include <QTextStream>
@@ -25,6 +29,14 @@ enum class Needs {
     Database, ///< The setup as well.
 };
 
+/// What the command line says behind the command's name.
+struct Call
+{
+    QStringList arguments; ///< Options not among them.
+    QStringList options;
+    QTextStream& out;
+};
+
 struct Command
 {
     QString name;
@@ -34,7 +46,9 @@ struct Command
     qsizetype fewest = 0; ///< Arguments, options not counted.
     qsizetype most = 0;
     QStringList options;
-    int (*run)(const QStringList& arguments, const QStringList& options, QTextStream& out) = nullptr;
+    bool namesVisit = false; ///< The arguments begin with a chart number and a date.
+    int (*run)(const Call& call) = nullptr;
+    Needs needsWithOption = Needs::Database;
 };
 
 const QList<Command>& Commands()
@@ -47,7 +61,44 @@ const QList<Command>& Commands()
          0,
          0,
          {},
-         [](const QStringList&, const QStringList&, QTextStream& out) { return CheckStation(out); }},
+         false,
+         [](const Call& call) { return CheckStation(call.out); }},
+        {u"list-deleted"_s,
+         u"[차트번호 [날짜]]"_s,
+         u"삭제되거나 정리되어 Log 폴더에 있는 그림을 보여 줍니다."_s,
+         Needs::Setup,
+         0,
+         2,
+         {},
+         true,
+         [](const Call& call) { return ListDeleted(call.arguments, call.out); }},
+        {u"restore"_s,
+         u"차트번호 날짜 검사 번호 [파일]"_s,
+         u"삭제된 그림을 되살립니다. 그 번호가 쓰이고 있으면 다음 번호로 되살립니다."_s,
+         Needs::Database,
+         4,
+         5,
+         {},
+         true,
+         [](const Call& call) { return RestorePicture(call.arguments, call.out); }},
+        {u"verify"_s,
+         u"[연도] [--decode]"_s,
+         u"캡쳐 폴더를 데이터베이스와 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 그림을 모두 풀어 봅니다."_s,
+         Needs::Database,
+         0,
+         1,
+         {u"--decode"_s},
+         false,
+         [](const Call& call) { return VerifyArchive(call.arguments.value(0), !call.options.isEmpty(), call.out); }},
+        {u"pending"_s,
+         u"[--write]"_s,
+         u"이 컴퓨터에서 기다리는 그림을 보여 줍니다. --write는 끝난 스테이션이 남긴 것을 저장하고 기록합니다."_s,
+         Needs::Nothing,
+         0,
+         0,
+         {u"--write"_s},
+         false,
+         [](const Call& call) { return call.options.isEmpty() ? ListPending(call.out) : WritePending(call.out); }},
     };
     return commands;
 }
@@ -86,6 +137,13 @@ bool ReadSetup(bool openConnection)
     return true;
 }
 
+/// A chart number in its eight columns.
+void FillChart(QStringList& arguments)
+{
+    if (!arguments.isEmpty())
+        arguments[0] = arguments[0].rightJustified(8, u'0');
+}
+
 int Run(const Command& command, const QStringList& arguments, QTextStream& out)
 {
     QStringList values = arguments;
@@ -100,9 +158,15 @@ int Run(const Command& command, const QStringList& arguments, QTextStream& out)
     }
     if (values.size() < command.fewest || values.size() > command.most)
         return Misused(u"인수의 수가 맞지 않습니다: %1 %2"_s.arg(command.name, command.arguments).trimmed());
-    if (command.needs != Needs::Nothing && !ReadSetup(command.needs == Needs::Database))
+    if (command.namesVisit) {
+        FillChart(values);
+        if (values.size() > 1 && !DateFromText(values[1]).isValid())
+            return Misused(u"날짜는 20261124처럼 적습니다: %1"_s.arg(values[1]));
+    }
+    const Needs needs = options.isEmpty() ? command.needs : command.needsWithOption;
+    if (needs != Needs::Nothing && !ReadSetup(needs == Needs::Database))
         return CantWork;
-    return command.run(values, options, out);
+    return command.run({values, options, out});
 }
 
 } // namespace

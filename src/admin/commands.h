@@ -8,7 +8,8 @@ class QTextStream;
 struct AdminSurroundings
 {
     QString version;
-    bool showsProgress = false; ///< Somebody looks at standard error.
+    bool showsProgress = false;  ///< Somebody looks at standard error.
+    QStringList foldersOfOthers; ///< Program folders of other users that can be looked into.
 };
 extern AdminSurroundings Surroundings;
 

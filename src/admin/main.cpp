@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 #include "platform/files/LocalFiles.h"
+#include "platform/files/program_folder.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/machine/register_machine.h"
 #include "platform/profile/PrivateProfile.h"
@@ -29,6 +30,7 @@ int main(int argc, char* argv[])
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
+    Surroundings.foldersOfOthers = ProgramFoldersOfOthers();
 
     int result = 0;
     {

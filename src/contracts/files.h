@@ -90,6 +90,8 @@ public:
     /// The same for a file of the archive: opened without following a link and without waiting for a pipe's other end.
     /// Anything but a regular file is a PlatformError.
     virtual QByteArray ReadArchivedFile(const QString& path) const = 0;
+    /// A piece of such a file; shorter where the file ends first. Throws PlatformError.
+    virtual QByteArray ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const = 0;
 
     /// Puts a whole file under its final name, replacing what is there: written under another name beside it, every
     /// write checked, synced, renamed, folder synced. Throws PlatformError, and then nothing has changed;
@@ -107,6 +109,9 @@ public:
     virtual bool CreateExclusively(const QString& path, const QByteArray& content) = 0;
     /// Age of a file by the clock of the file system that holds it, in milliseconds; negative when there is none.
     virtual qint64 AgeMs(const QString& path) const = 0;
+    /// When a file was last changed, by the clock of the file system that holds it; invalid when there is none. Unlike
+    /// `AgeMs` it leaves the folder untouched.
+    virtual QDateTime LastModified(const QString& path) const = 0;
     /// Renames within one folder, replacing what is there. Throws PlatformError.
     virtual void RenameFile(const QString& from, const QString& to) = 0;
 
@@ -132,6 +137,10 @@ public:
     /// Copies onto a name that must not exist yet, whole or not at all, with the file's time of change. Throws
     /// PlatformError.
     virtual CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) = 0;
+    /// Leaves a note of its own with a file, which no list and no reader sees. It goes with the file, not with what is
+    /// copied from it or replaces it. A file system that keeps no notes has none.
+    virtual void SetFileNote(const QString& path, const QByteArray& name) = 0;
+    virtual bool HasFileNote(const QString& path, const QByteArray& name) const = 0;
     /// True when both can be read and hold the same bytes.
     virtual bool SameContent(const QString& one, const QString& other) const = 0;
     /// Room in the file system that holds the folder, in bytes; negative when there is no telling.
@@ -141,6 +150,8 @@ public:
     /// stand in a file's name; has no hyphen.
     virtual QString ProcessMark() const = 0;
     virtual Holder HolderOf(const QString& mark) const = 0;
+    /// Mark in the name of a file that a process is still writing, or was when it died; empty for any other name.
+    virtual QString MarkOfPartial(const QString& name) const = 0;
     /// Holds the file, made for this user alone when it isn't there. Null when another process holds it. Throws
     /// PlatformError.
     virtual std::unique_ptr<FileLock> Lock(const QString& path) = 0;

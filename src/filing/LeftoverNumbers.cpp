@@ -38,14 +38,9 @@ bool HasPicture(const Visit& visit, int number)
 }
 
 /// Another machine's claim, or one that doesn't say whose it is.
-void ClearForeignClaim(LeftoverNumber leftover, const QString& path)
+void ClearForeignClaim(const LeftoverNumber& leftover, const QString& path)
 {
-    for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
-        leftover.visit.imageExt = extension;
-        if (HasPicture(leftover.visit, leftover.number))
-            return;
-    }
-    if (Files().AgeMs(path) > AbandonedMs)
+    if (!NumberClaim::IsPictureThere(leftover.visit, leftover.number) && Files().AgeMs(path) > AbandonedMs)
         DeleteFile(path);
 }
 

@@ -3,7 +3,6 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
-#include "visit/Visit.h"
 #include "visit/VisitContext.h"
 
 #include <QJsonDocument>
@@ -53,6 +52,16 @@ std::optional<int> NumberClaim::NumberOf(const Visit& visit, const QString& pict
 void NumberClaim::Release(const Visit& visit, int number)
 {
     Delete(visit.ClaimPath(number));
+}
+
+int NumberClaim::PicturesThere(Visit visit, int number)
+{
+    int count = 0;
+    for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
+        visit.imageExt = extension;
+        count += FileExists(visit.PicturePath(number)) ? 1 : 0;
+    }
+    return count;
 }
 
 bool NumberClaim::Stands(const Visit& visit, int number)

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "visit/Visit.h"
+
 #include <QString>
 
 #include <memory>
 #include <optional>
-
-struct Visit;
 
 /// A picture number held by this station while it files the picture: a small file in the section's folder, created
 /// exclusively, so that two stations on one visit never take the same number. It stands until the picture's rows are
@@ -29,6 +29,10 @@ public:
     static std::optional<int> NumberOf(const Visit& visit, const QString& picture);
     /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
     static void Release(const Visit& visit, int number);
+    /// A picture stands under that number, in whichever of the two extensions.
+    static bool IsPictureThere(const Visit& visit, int number) { return PicturesThere(visit, number) > 0; }
+    /// How many there are, one of each extension.
+    static int PicturesThere(Visit visit, int number);
     static bool Stands(const Visit& visit, int number);
     /// Empty facts for a claim that holds none; nothing when it can't be read, or has gone.
     static std::optional<Facts> Read(const QString& path);

@@ -23,6 +23,9 @@ namespace {
 constexpr char16_t Prefix[] = u"PendingRows-";
 constexpr char16_t ListEnding[] = u".json";
 constexpr char16_t LockEnding[] = u".lock";
+constexpr char16_t BrokenEnding[] = u".broken";
+/// The one list of all stations of an earlier release.
+constexpr char16_t CommonList[] = u"PendingRows.json";
 
 QString ListFolder()
 {
@@ -86,12 +89,54 @@ PendingRows::Entry FromJson(const QJsonObject& json)
             text(u"spooled"_s)};
 }
 
+/// Throws PlatformError when it can't be read.
+QJsonDocument ReadDocument(const QString& path)
+{
+    QJsonParseError error = {};
+    QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(path), &error);
+    if (error.error != QJsonParseError::NoError)
+        throw PlatformError(error.errorString());
+    return document;
+}
+
+QList<PendingRows::Entry> EntriesOf(const QJsonDocument& document)
+{
+    QList<PendingRows::Entry> entries;
+    const QJsonArray values = document.isArray() ? document.array() : document.object().value(u"entries"_s).toArray();
+    for (const auto& value : values)
+        entries.append(FromJson(value.toObject()));
+    return entries;
+}
+
 auto IsOf(const Visit& visit, int number)
 {
     return [&visit, number](const PendingRows::Entry& entry) { return entry.number == number && entry.visit == visit; };
 }
 
 } // namespace
+
+QList<PendingRows::List> PendingRows::ListsIn(const QString& folder)
+{
+    QList<List> lists;
+    const QString plain = QString::fromUtf16(CommonList).chopped(QStringView(ListEnding).size());
+    for (const QString& name : Files().FilesStartingWith(folder, plain)) {
+        const bool isBroken = name.endsWith(QStringView(BrokenEnding));
+        if (!isBroken && !name.endsWith(QStringView(ListEnding)))
+            continue;
+        List list{folder + name, Holder::Dead, Files().ForeignOwner(folder + name), false, {}};
+        const qsizetype prefix = QStringView(Prefix).size();
+        if (!isBroken && name.startsWith(QStringView(Prefix)))
+            list.holder = Files().HolderOf(name.mid(prefix, name.size() - prefix - QStringView(ListEnding).size()));
+        try {
+            list.entries = EntriesOf(ReadDocument(list.path));
+            list.isReadable = true;
+        } catch (const PlatformError& error) {
+            qWarning("%s: %s", qPrintable(list.path), error.what());
+        }
+        lists.append(list);
+    }
+    return lists;
+}
 
 PendingRows::PendingRows(WorkThread& writer, std::function<void(const QString&)> fault)
     : m_writer(writer), m_fault(std::move(fault))
@@ -148,8 +193,7 @@ void PendingRows::TakeOver()
         else if (isList && !owner.isEmpty() && holder == Holder::Dead && !m_foreignOwners.contains(owner))
             m_foreignOwners << owner;
     }
-    // The one list of all stations of an earlier release.
-    const QString common = ListFolder() + u"PendingRows.json"_s;
+    const QString common = ListFolder() + QString::fromUtf16(CommonList);
     if (FileExists(common))
         ReadList(common, m_leftFolders);
     if (!m_entries.isEmpty())
@@ -184,14 +228,9 @@ bool PendingRows::TakeOverList(const QString& mark)
 bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
 {
     try {
-        QJsonParseError error = {};
-        const QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(path), &error);
-        if (error.error != QJsonParseError::NoError)
-            throw PlatformError(error.errorString());
-        const QJsonArray entries =
-            document.isArray() ? document.array() : document.object().value(u"entries"_s).toArray();
-        for (const auto& value : entries) {
-            m_entries.append(FromJson(value.toObject()));
+        const QJsonDocument document = ReadDocument(path);
+        for (const Entry& entry : EntriesOf(document)) {
+            m_entries.append(entry);
             m_entries.last().waits = true;
             // Numbers there are a process's own.
             if (!m_entries.last().spooled.isEmpty())
@@ -203,7 +242,7 @@ bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
         return true;
     } catch (const PlatformError& error) {
         journal::NoteFault(u"%1: %2"_s.arg(error.Text(), path));
-        IgnoringFaults([&path] { Files().RenameFile(path, path + u".broken"_s); });
+        IgnoringFaults([&path] { Files().RenameFile(path, path + QString::fromUtf16(BrokenEnding)); });
         return false;
     }
 }

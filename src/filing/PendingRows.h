@@ -1,5 +1,6 @@
 #pragma once
 
+#include "contracts/files.h"
 #include "visit/Visit.h"
 
 #include <QByteArray>
@@ -10,7 +11,6 @@
 #include <memory>
 #include <vector>
 
-class FileLock;
 class WorkThread;
 
 /// Pictures whose rows the database has not taken yet, and those whose file isn't in the capture directory either, but
@@ -39,6 +39,18 @@ public:
 
         bool operator==(const Folder&) const = default;
     };
+
+    /// A list as it lies in a folder.
+    struct List
+    {
+        QString path;
+        Holder holder = Holder::Elsewhere; ///< Of the process whose list it is.
+        QString foreignOwner;              ///< User's name, unless it is this process's user.
+        bool isReadable = false;
+        QList<Entry> entries; ///< Numbers of the spool are that process's own.
+    };
+    /// The lists in a program's folder, also those that were put aside. Touches none.
+    static QList<List> ListsIn(const QString& folder);
 
     /// Takes over the lists of this user's stations on this machine that have died. A list that can't be read is put
     /// aside under another name, not lost. The list is written on `writer`; `fault` hears, on the user-interface

@@ -15,14 +15,11 @@
 #include <QUuid>
 
 #include <algorithm>
-#include <limits>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Picture numbers are 16-bit.
-constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 /// A share that hasn't answered by then is away.
 constexpr int SharePatienceMs = 1000;
 /// So long after a refusal the share is asked again.
@@ -35,8 +32,6 @@ constexpr qint64 LeastFreeBytes = 1'000'000'000;
 
 /// Beside a picture there has to be room for its claim and for what the disk itself needs. In bytes.
 constexpr qint64 LeftOnShare = 1'000'000;
-
-const QString SpoolPrefix = u"Spool-"_s;
 
 QString SpoolFolder()
 {
@@ -51,17 +46,6 @@ void DeleteSpoolFile(const QString& picture)
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
     }
-}
-
-/// A picture stands under that number, in whichever of the two names.
-bool IsTaken(Visit visit, int number)
-{
-    for (const QString& extension : {u"jpg"_s, u"bmp"_s}) {
-        visit.imageExt = extension;
-        if (FileExists(visit.PicturePath(number)))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -87,7 +71,7 @@ struct StillFiles::Still
 
 QString StillFiles::SpoolPath(const QString& picture)
 {
-    return SpoolFolder() + SpoolPrefix + picture + u".jpg"_s;
+    return SpoolFolder() + QString::fromUtf16(SpoolPrefix) + picture + u".jpg"_s;
 }
 
 StillFiles::StillFiles(WorkThread& local, PendingRows& list, Note note)
@@ -141,7 +125,7 @@ void StillFiles::CheckSpoolHasRoom() const
 {
     qint64 bytes = 0;
     for (const FolderEntry& entry : Files().Entries(SpoolFolder())) {
-        if (entry.Name.startsWith(SpoolPrefix))
+        if (entry.Name.startsWith(QStringView(SpoolPrefix)))
             bytes += entry.Size;
     }
     const qint64 freeBytes = Files().FreeBytes(SpoolFolder());
@@ -221,10 +205,10 @@ StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& c
         throw PlatformError(
             u"저장 폴더에 남은 공간이 없어 그림을 저장할 수 없습니다.!! (남은 공간 %1MB)"_s.arg(freeBytes / 1'000'000));
     }
-    for (int number = numbers.NextCaptureNo(visit) + 1; number <= LargestNumber; ++number) {
+    for (int number = numbers.NextCaptureNo(visit) + 1; number <= Visit::LargestNumber; ++number) {
         auto claim = NumberClaim::Take(visit, number, still.id);
         // Another station may have filed this number and let go of it before the claim was ours.
-        if (claim == nullptr || IsTaken(visit, number))
+        if (claim == nullptr || NumberClaim::IsPictureThere(visit, number))
             continue;
         Placed placed{number, {}};
         try {

@@ -66,6 +66,8 @@ public:
 
     /// Path of a picture in the spool.
     static QString SpoolPath(const QString& picture);
+    /// What the names of the spool's files begin with.
+    static constexpr char16_t SpoolPrefix[] = u"Spool-";
 
 Q_SIGNALS:
     /// A file stands, or lies in the spool; the list has it from here on.

@@ -76,7 +76,9 @@ void SweepOrphanPictures(const Visit& visit, const PendingRows& pending)
     const BusyPointer busy;
     UseService<Desktop>().Pause(RowsFollowMs);
     for (const int number : orphans) {
-        if (!NumberClaim::Stands(visit, number) && !HasPictureRow(visit, number))
-            MoveToLogFolder(visit, number);
+        if (NumberClaim::Stands(visit, number) || HasPictureRow(visit, number))
+            continue;
+        MoveToLogFolder(visit, number);
+        Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote);
     }
 }

@@ -14,6 +14,9 @@ void CheckMovable(const Visit& visit, int number);
 /// fault. Throws PlatformError when it can't be moved, or is none; what is there then stays.
 void MoveToLogFolder(const Visit& visit, int number);
 
+/// Note of a file in the Log folder that nobody has deleted: it had no row when it was swept.
+inline constexpr char SweptNote[] = "swept";
+
 /// Moves the pictures of the visit and section that have no row into the Log folder. Since another station's rows may
 /// be on their way, it waits two seconds once, and asks again. Numbers that are claimed, however long ago, or whose
 /// rows wait are left alone. Throws PlatformError at the first query that fails, with nothing moved after it.

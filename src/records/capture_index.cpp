@@ -1,5 +1,6 @@
 #include "records/capture_index.h"
 
+#include "contracts/PlatformError.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -9,6 +10,21 @@ using namespace Qt::StringLiterals;
 namespace {
 const QString Pictures = u"cap"_s;
 const QString Visits = u"ca"_s;
+
+void WritePictureRow(const Visit& visit, int number)
+{
+    QString path = visit.PicturePath(number);
+    path.replace(u'\\', u'/');
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
+                .Then(u" '", visit.chart)
+                .Then(u"', '", visit.yuhyung)
+                .Then(u"', '", visit.ymd)
+                .Piece(u"', ")
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
+                .Piece(u"') "));
+}
 } // namespace
 
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
@@ -27,6 +43,38 @@ bool HasPictureRow(const Visit& visit, int number)
 {
     return HasRow(*OpenRows(
         Statement(u" SELECT * FROM cap ").OfVisit(Pictures, visit).Then(u" AND cap_no = ", number).Piece(u" ")));
+}
+
+QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most)
+{
+    Statement statement(u" SELECT cap_chart, cap_ymd, cap_etc, cap_no FROM cap ");
+    statement.Quoted(u" WHERE LEFT(cap_ymd, 4) = '", year).Piece(u" AND cap_gubun = 'A' ");
+    if (after) {
+        // The first condition alone is one that a server begins to read at.
+        statement.Quoted(u" AND cap_chart >= '", after->chart)
+            .Quoted(u" AND ( cap_chart > '", after->chart)
+            .Quoted(u" OR cap_ymd > '", after->ymd)
+            .Quoted(u" OR ( cap_ymd = '", after->ymd)
+            .Quoted(u" AND ( cap_etc > '", after->etc)
+            .Quoted(u" OR ( cap_etc = '", after->etc)
+            .Then(u" AND cap_no > ", after->number)
+            .Piece(u" ) ) ) ) ");
+    }
+    statement.Then(u" ORDER BY cap_chart, cap_ymd, cap_gubun, cap_etc, cap_no LIMIT ", most).Piece(u" ");
+    QList<PictureKey> pictures;
+    for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext())
+        pictures.append({rows->Fields(0).toString(), rows->Fields(1).toString(), rows->Fields(2).toString(),
+                         rows->Fields(3).toInt()});
+    return pictures;
+}
+
+QStringList StoredYears()
+{
+    QStringList years;
+    for (const auto rows = OpenRows(Statement(u" SELECT DISTINCT LEFT(cap_ymd, 4) FROM cap WHERE cap_gubun = 'A' "));
+         !rows->Eof(); rows->MoveNext())
+        years.append(rows->Fields(0).toString());
+    return years;
 }
 
 QString StoredNote(const Visit& visit)
@@ -55,8 +103,6 @@ QString NoteForStore(const QString& typed)
 
 void SaveCaptureRows(const Visit& visit, int number, const QString& note)
 {
-    QString path = visit.PicturePath(number);
-    path.replace(u'\\', u'/');
     Execute(Statement(u" REPLACE INTO ca VALUES ( ")
                 .Then(u" '", visit.chart)
                 .Then(u"', '", visit.yuhyung)
@@ -66,15 +112,38 @@ void SaveCaptureRows(const Visit& visit, int number, const QString& note)
                 .Then(u" '", NoteForStore(note))
                 .Then(u"', '", VisitContext.CaExtra)
                 .Piece(u"' ) "));
-    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
-                .Then(u" '", visit.chart)
-                .Then(u"', '", visit.yuhyung)
-                .Then(u"', '", visit.ymd)
-                .Piece(u"', ")
-                .Then(u" 'A', '", visit.etc)
-                .Then(u"', ", number)
-                .Then(u", '", path)
-                .Piece(u"') "));
+    WritePictureRow(visit, number);
+}
+
+QString StoredPatientType(const Visit& visit)
+{
+    const auto ofVisit = OpenRows(Statement(u" SELECT ca_yuhyung FROM ca ").OfVisit(Visits, visit));
+    if (HasRow(*ofVisit))
+        return FieldText(*ofVisit, 0);
+    const auto ofPicture = OpenRows(Statement(u" SELECT cap_yuhyung FROM cap ").OfVisit(Pictures, visit));
+    return HasRow(*ofPicture) ? FieldText(*ofPicture, 0) : QString();
+}
+
+void AddCaptureRows(const Visit& visit, int number)
+{
+    try {
+        // The number is claimed and has no row: the statement may run twice, as on a connection that was lost.
+        WritePictureRow(visit, number);
+        if (!StoredNote(visit).isNull())
+            return;
+        Execute(Statement(u" INSERT INTO ca SELECT ")
+                    .Then(u" '", visit.chart)
+                    .Then(u"', '", visit.yuhyung)
+                    .Then(u"', '", visit.ymd)
+                    .Then(u"', 'A', '", visit.etc)
+                    .Then(u"', '', '", VisitContext.CaExtra)
+                    .Piece(u"' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
+                    .OfVisit(Visits, visit)
+                    .Piece(u" ) "));
+    } catch (const PlatformError&) {
+        DeletePictureRow(visit, number);
+        throw;
+    }
 }
 
 void UpdateVisitNote(const Visit& visit, const QString& note)

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QList>
-#include <QString>
+#include <QStringList>
+
+#include <optional>
 
 struct Visit;
 
@@ -12,6 +14,20 @@ enum class NumberOrder { Any, Ascending };
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order);
 /// True when the picture has a `cap` row.
 bool HasPictureRow(const Visit& visit, int number);
+
+/// A picture as its row names it, texts as they stand.
+struct PictureKey
+{
+    QString chart;
+    QString ymd;
+    QString etc;
+    int number = 0;
+};
+/// Rows of a year's pictures in the order of their key, behind `after` or from the first on: as many at a time as
+/// `most` says, so that a year of any size needs little memory.
+QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most);
+/// Years of which there are pictures.
+QStringList StoredYears();
 
 /// The stored note of the visit as text, trimmed; null without a row.
 QString StoredNote(const Visit& visit);
@@ -30,6 +46,12 @@ QList<VisitLine> StoredVisits(const QString& chart, const QString& kind);
 QString NoteForStore(const QString& typed);
 /// Writes the `ca` row with the note, then the `cap` row of a picture.
 void SaveCaptureRows(const Visit& visit, int number, const QString& note);
+/// Patient type of the visit as its rows tell it, trimmed; empty without a row.
+QString StoredPatientType(const Visit& visit);
+/// Writes the `cap` row of a picture whose number is claimed and has none, and a `ca` row without a note where the
+/// visit has none; one that is there stays as it is. After a fault neither row has been added, unless that is
+/// DatabaseAway.
+void AddCaptureRows(const Visit& visit, int number);
 /// Stores the note in the visit's row; a visit without a row stays without one.
 void UpdateVisitNote(const Visit& visit, const QString& note);
 

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <limits>
+
 /// The visit as one value, and the scheme of folders and names: where captures lie and how they are called. Nothing
 /// else in the station knows.
 ///
@@ -30,6 +32,9 @@ struct Visit
     QString etc;        ///< Examination section.
     QString captureDir; ///< Year folder.
     QString imageExt;   ///< "jpg" or "bmp".
+
+    /// Picture numbers are 16-bit.
+    static constexpr int LargestNumber = std::numeric_limits<qint16>::max();
 
     /// The same rows: chart, date and section.
     bool operator==(const Visit& other) const;

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <dirent.h>
 #include <fcntl.h>
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -162,6 +163,11 @@ QByteArray LocalFiles::ReadFile(const QString& path) const
 
 QByteArray LocalFiles::ReadArchivedFile(const QString& path) const
 {
+    return ReadArchivedPiece(path, 0, std::numeric_limits<qint64>::max());
+}
+
+QByteArray LocalFiles::ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const
+{
     const QString fault = u"파일을 읽을 수 없습니다.!!"_s;
     const Descriptor handle(Native(path), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     if (!handle.IsOpen())
@@ -169,7 +175,9 @@ QByteArray LocalFiles::ReadArchivedFile(const QString& path) const
     struct stat facts = {};
     if (fstat(handle.Handle(), &facts) != 0 || !S_ISREG(facts.st_mode))
         ThrowFault(fault, path, EINVAL);
-    QByteArray content(facts.st_size, Qt::Uninitialized);
+    if (at > 0 && lseek(handle.Handle(), at, SEEK_SET) < 0)
+        ThrowFault(fault, path, errno);
+    QByteArray content(qBound<qint64>(0, facts.st_size - at, bytes), Qt::Uninitialized);
     qsizetype done = 0;
     while (done < content.size()) {
         const ssize_t got = handle.Read(content.data() + done, static_cast<size_t>(content.size() - done));
@@ -264,6 +272,14 @@ qint64 LocalFiles::AgeMs(const QString& path) const
     calls.unlink(probe.constData());
     const auto milliseconds = [](const timespec& time) { return qint64(time.tv_sec) * 1000 + time.tv_nsec / 1000000; };
     return qMax<qint64>(0, milliseconds(now.st_mtim) - milliseconds(facts.st_mtim));
+}
+
+QDateTime LocalFiles::LastModified(const QString& path) const
+{
+    struct stat facts = {};
+    if (lstat(Native(path).constData(), &facts) != 0)
+        return {};
+    return QDateTime::fromSecsSinceEpoch(facts.st_mtim.tv_sec);
 }
 
 void LocalFiles::RenameFile(const QString& from, const QString& to)

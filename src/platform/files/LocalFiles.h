@@ -15,11 +15,13 @@ public:
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
     QByteArray ReadFile(const QString& path) const override;
     QByteArray ReadArchivedFile(const QString& path) const override;
+    QByteArray ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const override;
     void WriteWholeFile(const QString& path, const QByteArray& content) override;
     void WritePrivateFile(const QString& path, const QByteArray& content) override;
     bool WriteNewFile(const QString& path, const QByteArray& content) override;
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
+    QDateTime LastModified(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override;
@@ -28,10 +30,13 @@ public:
     QString PartialPath(const QString& folder) const override;
     bool PlaceNewFile(const QString& partial, const QString& path) override;
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
+    void SetFileNote(const QString& path, const QByteArray& name) override;
+    bool HasFileNote(const QString& path, const QByteArray& name) const override;
     bool SameContent(const QString& one, const QString& other) const override;
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override;
     Holder HolderOf(const QString& mark) const override;
+    QString MarkOfPartial(const QString& name) const override;
     std::unique_ptr<FileLock> Lock(const QString& path) override;
     QString ForeignOwner(const QString& path) const override;
     void RemoveLeftovers(const QString& folder) override;

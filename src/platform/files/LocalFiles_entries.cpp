@@ -11,12 +11,15 @@
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using namespace posix_files;
 
 namespace {
+
+constexpr char NotePrefix[] = "user.capture-station.";
 
 /// Names in a folder, as the system has them.
 QList<QByteArray> NativeNames(const QString& folder)
@@ -98,4 +101,14 @@ void LocalFiles::DeleteEntry(const QString& folder, const QString& name)
 QString LocalFiles::PartialPath(const QString& folder) const
 {
     return QFile::decodeName(BesideName(FolderOf(Native(folder + u'/')), ".part"));
+}
+
+void LocalFiles::SetFileNote(const QString& path, const QByteArray& name)
+{
+    setxattr(Native(path).constData(), (NotePrefix + name).constData(), "1", 1, 0);
+}
+
+bool LocalFiles::HasFileNote(const QString& path, const QByteArray& name) const
+{
+    return lgetxattr(Native(path).constData(), (NotePrefix + name).constData(), nullptr, 0) >= 0;
 }

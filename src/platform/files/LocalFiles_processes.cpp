@@ -5,6 +5,7 @@
 #include "platform/files/process_mark.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -38,6 +39,14 @@ QString LocalFiles::ProcessMark() const
 Holder LocalFiles::HolderOf(const QString& mark) const
 {
     return process_mark::HolderOf(mark);
+}
+
+QString LocalFiles::MarkOfPartial(const QString& name) const
+{
+    // A movie's has the name that it is to get before the mark.
+    static const QRegularExpression movie(uR"(^\..+\.([^.]+\.[^.]+\.[^.]+\.[^.]+)\.part$)"_s);
+    const QString mark = MarkInName(name);
+    return mark.isEmpty() ? movie.match(name).captured(1) : mark;
 }
 
 std::unique_ptr<FileLock> LocalFiles::Lock(const QString& path)

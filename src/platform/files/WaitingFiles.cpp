@@ -48,6 +48,11 @@ QByteArray WaitingFiles::ReadArchivedFile(const QString& path) const
     return Ask(&FileStore::ReadArchivedFile, path);
 }
 
+QByteArray WaitingFiles::ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const
+{
+    return Ask(&FileStore::ReadArchivedPiece, path, at, bytes);
+}
+
 void WaitingFiles::WriteWholeFile(const QString& path, const QByteArray& content)
 {
     Ask(&FileStore::WriteWholeFile, path, content);
@@ -71,6 +76,11 @@ bool WaitingFiles::CreateExclusively(const QString& path, const QByteArray& cont
 qint64 WaitingFiles::AgeMs(const QString& path) const
 {
     return Ask(&FileStore::AgeMs, path);
+}
+
+QDateTime WaitingFiles::LastModified(const QString& path) const
+{
+    return Ask(&FileStore::LastModified, path);
 }
 
 void WaitingFiles::RenameFile(const QString& from, const QString& to)
@@ -111,6 +121,16 @@ bool WaitingFiles::PlaceNewFile(const QString& partial, const QString& path)
 CopyOutcome WaitingFiles::CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress)
 {
     return Ask(&FileStore::CopyToNewFile, from, to, progress);
+}
+
+void WaitingFiles::SetFileNote(const QString& path, const QByteArray& name)
+{
+    Ask(&FileStore::SetFileNote, path, name);
+}
+
+bool WaitingFiles::HasFileNote(const QString& path, const QByteArray& name) const
+{
+    return Ask(&FileStore::HasFileNote, path, name);
 }
 
 bool WaitingFiles::SameContent(const QString& one, const QString& other) const

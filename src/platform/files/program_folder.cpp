@@ -10,11 +10,15 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <pwd.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+/// Below the folder for settings.
+const QString OwnName = u"/capture-station"_s;
 const QString SettingsName = u"CapSet.ini"_s;
 const QString ListNames = u"PendingRows"_s;
 const QString SpoolNames = u"Spool-"_s;
@@ -61,7 +65,7 @@ QString FindProgramFolder(const QString& chosen, const QString& executableFolder
     if (folder.isEmpty() && QFileInfo(executableFolder).isWritable())
         folder = executableFolder;
     if (folder.isEmpty() || BelongsToPackages(folder))
-        folder = configFolder + u"/capture-station"_s;
+        folder = configFolder + OwnName;
     folder = QDir::cleanPath(QDir(folder).absolutePath());
     QDir().mkpath(folder);
     return folder;
@@ -82,4 +86,17 @@ void TakeOverProgramFolder(const QString& from, const QString& to)
     } catch (const PlatformError& error) {
         journal::NoteFault(u"앞 프로그램 폴더(%1)의 파일을 옮기지 못함: %2"_s.arg(from, error.Text()));
     }
+}
+
+QStringList ProgramFoldersOfOthers()
+{
+    QStringList folders;
+    setpwent();
+    while (const passwd* user = getpwent()) {
+        const QString folder = QFile::decodeName(user->pw_dir) + u"/.config"_s + OwnName;
+        if (user->pw_uid != geteuid() && !folders.contains(folder) && QFileInfo(folder).isReadable())
+            folders << folder;
+    }
+    endpwent();
+    return folders;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
 /// The folder that the program's own file lies in.
 QString ExecutableFolder();
@@ -18,3 +18,7 @@ QString FindProgramFolder(const QString& chosen, const QString& executableFolder
 /// only, settings that are there already stay. Nothing is moved while a station that works in `from` lives. What can't
 /// be moved stays where it is and is told on standard error.
 void TakeOverProgramFolder(const QString& from, const QString& to);
+
+/// Folders where the program keeps what belongs to other users of this machine, as far as this user can look into them:
+/// root can, others hardly.
+QStringList ProgramFoldersOfOthers();

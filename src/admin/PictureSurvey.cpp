@@ -1,0 +1,70 @@
+#include "admin/PictureSurvey.h"
+
+#include "admin/ArchiveYear.h"
+#include "admin/file_checks.h"
+#include "contracts/files.h"
+#include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
+#include "frame/services.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// So often who waits is told.
+constexpr int TellEvery = 500;
+/// Decoding at the smallest scale still reads all of a file.
+constexpr QSize DecodedRoom{64, 64};
+constexpr qsizetype BatchSize = 64;
+
+} // namespace
+
+PictureSurvey::PictureSurvey(const ArchiveYear& year)
+{
+    // The names are shared, not copied.
+    QList<std::pair<QString, QStringList>> folders;
+    for (const ArchiveYear::Section& section : year.Sections())
+        folders.append({section.path, section.pictures});
+    m_thread.Post([folders, state = m_state] {
+        for (const auto& [folder, names] : folders) {
+            for (const QString& name : names) {
+                if (state->ends)
+                    return;
+                const QString path = folder + name;
+                try {
+                    const Look look = LookAtPicture(Files().ReadArchivedFile(path));
+                    if (look == Look::Broken)
+                        state->findings.append({path, u"온전한 그림이 아님"_s});
+                    else if (look == Look::Unknown)
+                        state->unknown.append(path);
+                } catch (const PlatformError& error) {
+                    // Deleted since it was listed is no finding.
+                    if (Files().KindOf(path) != FileKind::None)
+                        state->findings.append({path, error.Text()});
+                }
+                if (++state->read % TellEvery == 0)
+                    PostToScreen([] {});
+            }
+        }
+        state->isDone = true;
+        PostToScreen([] {});
+    });
+}
+
+QList<PictureSurvey::Finding> DecodeAll(const QStringList& paths, const std::function<void(int)>& progress)
+{
+    QList<PictureSurvey::Finding> findings;
+    for (qsizetype from = 0; from < paths.size(); from += BatchSize) {
+        const QStringList some = paths.mid(from, BatchSize);
+        const auto batch = Pictures().LoadAll(some, DecodedRoom);
+        for (int index = 0; index < some.size(); ++index) {
+            const QImage picture = batch->Take(index);
+            if (picture.isNull() && Files().KindOf(some[index]) != FileKind::None)
+                findings.append({some[index], u"그림을 풀 수 없음"_s});
+            else if (!CutFileName(picture).isEmpty())
+                findings.append({some[index], u"끝이 잘린 그림"_s});
+        }
+        progress(static_cast<int>(from + some.size()));
+    }
+    return findings;
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "visit/Visit.h"
+
+#include <QDateTime>
+#include <QList>
+
+class QTextStream;
+
+/// A picture in a Log folder, by its name.
+struct DeletedPicture
+{
+    Visit visit; ///< With the extension of the file's name, and no patient type.
+    int number = 0;
+    QString name; ///< Of the file.
+    qint64 size = 0;
+    QDateTime movedAt;     ///< Local time.
+    bool wasSwept = false; ///< Nobody has deleted it: it had no row. Files moved by earlier releases don't tell.
+
+    QString Path() const { return visit.LogFolder() + name; }
+};
+
+/// Pictures in the Log folders below the capture root, by section, date, chart and number; of one chart or one date of
+/// it where those aren't empty. Throws PlatformError.
+QList<DeletedPicture> DeletedPictures(const QString& chart = {}, const QString& ymd = {});
+
+/// Years that have a folder below the capture root, oldest first. Throws PlatformError.
+QStringList ArchiveYears();
+/// Sections that have a folder in the year, whatever the setup lists. A Log folder or that of the movies is none.
+QStringList ArchiveSections(const QString& yearFolder);
+
+/// `list-deleted [CHART [DATE]]`. Gives an `ExitCode`.
+int ListDeleted(const QStringList& arguments, QTextStream& out);
+/// `restore CHART DATE SECTION NUMBER [FILE]`. Gives an `ExitCode`.
+int RestorePicture(const QStringList& arguments, QTextStream& out);

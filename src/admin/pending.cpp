@@ -1,0 +1,155 @@
+#include "admin/pending.h"
+
+#include "admin/commands.h"
+#include "admin/exit_codes.h"
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "filing/Leftovers.h"
+#include "filing/StillFiling.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "text/date_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
+
+#include <QElapsedTimer>
+#include <QTextStream>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// A database or a share that has brought nothing on for so long is left alone.
+constexpr int PatienceMs = 15'000;
+constexpr int LookMs = 200;
+
+QString OwnFolder()
+{
+    return UseService<Desktop>().ProgramFolder() + u'\\';
+}
+
+QString HolderText(const PendingRows::List& list)
+{
+    QString text = u"끝난 스테이션"_s;
+    if (list.holder == Holder::Living)
+        text = u"실행 중인 스테이션"_s;
+    else if (list.holder == Holder::Elsewhere)
+        text = u"다른 컴퓨터의 스테이션"_s;
+    return list.foreignOwner.isEmpty() ? text : u"%1, 사용자 %2"_s.arg(text, list.foreignOwner);
+}
+
+void ShowEntry(const PendingRows::Entry& entry, const PendingRows::List& list, QTextStream& out)
+{
+    const Visit& visit = entry.visit;
+    out << (entry.spooled.isEmpty() ? u"기록대기 "_s : u"보관 "_s) << visit.chart << u' ' << visit.ymd << u' '
+        << visit.etc << u' ' << (entry.spooled.isEmpty() ? NumberText(entry.number) : u"-"_s) << u" ("_s
+        << HolderText(list) << (entry.refused ? u", 데이터베이스가 거부함"_s : QString()) << u") "_s;
+    if (entry.spooled.isEmpty()) {
+        out << NativePath(visit.PicturePath(entry.number)) << u'\n';
+        return;
+    }
+    // It lies beside the list, whoever's it is.
+    const QString picture = list.path.left(list.path.lastIndexOf(u'\\') + 1) +
+                            QString::fromUtf16(StillFiles::SpoolPrefix) + entry.spooled + u".jpg"_s;
+    out << NativePath(picture) << (FileExists(picture) ? u""_s : u" 파일 없음"_s) << u'\n';
+}
+
+/// What waits in a program's folder; gives how many lines.
+int ShowFolder(const QString& folder, QTextStream& out)
+{
+    int lines = 0;
+    QStringList listed;
+    for (const PendingRows::List& list : PendingRows::ListsIn(folder)) {
+        if (!list.isReadable) {
+            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s << HolderText(list) << u")\n"_s;
+            ++lines;
+        }
+        for (const PendingRows::Entry& entry : list.entries) {
+            ShowEntry(entry, list, out);
+            listed << entry.spooled;
+            ++lines;
+        }
+    }
+    const QString prefix = QString::fromUtf16(StillFiles::SpoolPrefix);
+    for (const QString& name : Files().FilesStartingWith(folder, prefix)) {
+        const QString picture = name.mid(prefix.size()).section(u'.', 0, 0);
+        if (listed.contains(picture))
+            continue;
+        out << u"목록에없는그림 "_s << NativePath(folder + name) << u'\n';
+        ++lines;
+    }
+    return lines;
+}
+
+bool IsOf(const PendingRows::List& list, Holder holder)
+{
+    return list.holder == holder && list.foreignOwner.isEmpty() && !list.entries.isEmpty();
+}
+
+/// Serves the filing until it has nothing left to do, or nothing has come on for too long.
+void AwaitFiling(const StillFiling& filing, const bool& isSettled)
+{
+    const auto left = [&] { return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1); };
+    int before = left();
+    QElapsedTimer unchanged;
+    unchanged.start();
+    while (left() > 0 && unchanged.elapsed() < PatienceMs) {
+        UseService<Desktop>().PumpEventsUntil([&] { return left() < before; }, LookMs);
+        if (left() != std::exchange(before, left()))
+            unchanged.restart();
+    }
+}
+
+} // namespace
+
+int ListPending(QTextStream& out)
+{
+    int lines = ShowFolder(OwnFolder(), out);
+    for (const QString& folder : Surroundings.foldersOfOthers)
+        lines += folder + u'\\' == OwnFolder() ? 0 : ShowFolder(folder + u'\\', out);
+    if (lines == 0)
+        out << u"기다리는 그림이 없습니다.\n"_s;
+    return lines == 0 ? AllWell : Found;
+}
+
+int WritePending(QTextStream& out)
+{
+    bool isRefused = false;
+    for (const PendingRows::List& list : PendingRows::ListsIn(OwnFolder())) {
+        if (!IsOf(list, Holder::Living))
+            continue;
+        isRefused = true;
+        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(list.entries.size())
+                   .arg(NativePath(list.path));
+    }
+    // The sections of this year are looked into, as by a start for a visit of today.
+    VisitContext.Ymd = TextFromDate(UseService<Desktop>().Today());
+    VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
+    int written = 0;
+    bool isSettled = false;
+    {
+        StillFiling filing([](const Visit&) { return std::nullopt; });
+        QObject::connect(&filing, &StillFiling::Tidings, &filing,
+                         [&out](const QString& text) { out << text << u'\n'; });
+        QObject::connect(&filing, &StillFiling::Safe, &filing, [&](const StillFiling::SafePicture& picture) {
+            ++written;
+            out << u"기록 "_s << picture.visit.chart << u' ' << picture.visit.ymd << u' ' << picture.visit.etc << u' '
+                << NumberText(picture.number) << u'\n';
+        });
+        Leftovers leftovers(filing);
+        QObject::connect(&leftovers, &Leftovers::AreSettled, &filing, [&](const Leftovers::Settled& settled) {
+            isSettled = true;
+            for (const QString& text : settled.tidings)
+                out << text << u'\n';
+        });
+        leftovers.Settle();
+        AwaitFiling(filing, isSettled);
+        leftovers.End();
+        filing.End();
+    }
+    const int left = ShowFolder(OwnFolder(), out);
+    out << u"%1건을 기록하였습니다.\n"_s.arg(written);
+    return left > 0 || isRefused ? Found : AllWell;
+}
