@@ -69,7 +69,7 @@ void SweepOrphanPictures(const Visit& visit, const PendingRows& pending)
         if (kind == FileKind::File)
             orphans.append(number);
         else
-            journal::NoteFault(u"지운 그림의 파일이 없음: %1번"_s.arg(number));
+            journal::NoteFault(u"지운 그림의 파일이 없음: %1"_s.arg(NativePath(visit.PicturePath(number))));
     }
     if (orphans.isEmpty())
         return;
