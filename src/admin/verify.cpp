@@ -6,10 +6,11 @@
 #include "admin/exit_codes.h"
 #include "admin/file_checks.h"
 #include "admin/PictureSurvey.h"
+#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/NumberClaim.h"
-#include "frame/file_calls.h"
+#include "frame/components.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -78,10 +79,11 @@ void Verification::CheckYear(const QString& name)
         // The files are read while the database answers.
         const PictureSurvey survey(year);
         MatchRows(year);
-        filecalls::AwaitUntil([&] {
+        const auto isDone = [&] {
             ShowProgress(year, survey.ReadCount());
             return survey.IsDone();
-        });
+        };
+        UseService<Desktop>().ServeUntil(isDone, [] {});
         for (const PictureSurvey::Finding& finding : survey.Findings() + DecodeAll(survey.Unknown(), [](int) {}))
             Tell(u"손상"_s, finding.path, finding.reason);
     }

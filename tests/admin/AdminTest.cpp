@@ -45,16 +45,17 @@ private Q_SLOTS:
         const auto onBoth = [](const char* name, const QString& statements, const QString& others, int exitCode,
                                const QString& numbers, const QString& notes) {
             for (const QString& driver : {u"QSQLITE"_s, u"QMARIADB"_s})
-                QTest::addRow("%s, %s", name, qPrintable(driver)) << driver << statements << others << exitCode << numbers
-                                                                  << notes;
+                QTest::addRow("%s, %s", name, qPrintable(driver))
+                    << driver << statements << others << exitCode << numbers << notes;
         };
         onBoth("number free, note stays", {}, {}, 0, u"1,2,3"_s, u"의사의 글"_s);
         onBoth("visit's row gone", u"DELETE FROM ca;"_s, {}, 0, u"1,2,3"_s, u""_s);
         onBoth("number has a row", u"INSERT INTO cap VALUES ('00001234','01','20261124','A','위내시경',2,'');"_s, {}, 0,
                u"1,2,3,4"_s, u"의사의 글"_s);
-        QTest::newRow("number has a file") << u"QSQLITE"_s << QString() << u"jpg"_s << 0 << u"1,3,4"_s << u"의사의 글"_s;
-        QTest::newRow("number is claimed") << u"QSQLITE"_s << QString() << u"claim"_s << 0 << u"1,3,4"_s
-                                           << u"의사의 글"_s;
+        QTest::newRow("number has a file")
+            << u"QSQLITE"_s << QString() << u"jpg"_s << 0 << u"1,3,4"_s << u"의사의 글"_s;
+        QTest::newRow("number is claimed")
+            << u"QSQLITE"_s << QString() << u"claim"_s << 0 << u"1,3,4"_s << u"의사의 글"_s;
         const QString refuse = u"CREATE TRIGGER refuse BEFORE INSERT ON %1 "_s;
         const QString sqlite = refuse + u"BEGIN SELECT RAISE(ABORT, 'full'); END;"_s;
         const QString server = refuse + u"FOR EACH ROW SIGNAL SQLSTATE '45000';"_s;
@@ -111,8 +112,7 @@ private Q_SLOTS:
         m_box->FaultyFiles().FailAt(countdown, false, kind);
         QString text;
         QTextStream out(&text);
-        QVERIFY_THROWS_EXCEPTION(PlatformError,
-                                 RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out));
+        QVERIFY_THROWS_EXCEPTION(PlatformError, RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out));
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), before);
         QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 1);
         QCOMPARE(m_box->Value(Numbers), u"1,3"_s);
@@ -168,8 +168,7 @@ private Q_SLOTS:
         WriteWholeFile(movies + u".0000123420261124002.avi.%1.part"_s.arg(DeadMark()), "RIFF");
         const QString folder = SectionFolder(VisitContext.CaptureDir, Stomach);
         WriteWholeFile(folder + u".station-%1-1.part"_s.arg(Files().ProcessMark()), "being written");
-        WriteWholeFile(folder + u"0000123420261124009"_s,
-                       u"{\"holder\": \"%1\"}"_s.arg(DeadMark()).toUtf8());
+        WriteWholeFile(folder + u"0000123420261124009"_s, u"{\"holder\": \"%1\"}"_s.arg(DeadMark()).toUtf8());
         const QString before = State();
 
         QCOMPARE(Run(QStringList{u"verify"_s} + arguments), 1);
@@ -199,11 +198,10 @@ private Q_SLOTS:
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 6), StationInABox::Jpeg({64, 64}, Qt::blue));
         WriteWholeFile(folder + u"Spool-0123.jpg"_s, StationInABox::Jpeg({64, 64}, Qt::red));
         const auto entry = [](int number, const QString& spooled) {
-            return QJsonObject{{u"chart"_s, u"00001234"_s}, {u"yuhyung"_s, u"01"_s},
-                               {u"ymd"_s, Day},             {u"etc"_s, Stomach},
-                               {u"number"_s, number},       {u"captureDir"_s, VisitContext.CaptureDir},
-                               {u"imageExt"_s, u"jpg"_s},   {u"note"_s, u"기다린 글"_s},
-                               {u"spooled"_s, spooled}};
+            return QJsonObject{
+                {u"chart"_s, u"00001234"_s}, {u"yuhyung"_s, u"01"_s},     {u"ymd"_s, Day},
+                {u"etc"_s, Stomach},         {u"number"_s, number},       {u"captureDir"_s, VisitContext.CaptureDir},
+                {u"imageExt"_s, u"jpg"_s},   {u"note"_s, u"기다린 글"_s}, {u"spooled"_s, spooled}};
         };
         const QByteArray list =
             QJsonDocument(QJsonObject{{u"entries"_s, QJsonArray{entry(6, {}), entry(-1, u"0123"_s)}}}).toJson();
@@ -255,10 +253,10 @@ private:
         for (const int number : {1, 2, 3})
             m_box->AddPicture(Day, Stomach, number, u"의사의 글"_s);
         const DatabaseSettings& database = m_box->Database().Settings();
-        WriteWholeFile(SetupPath(), u"[Database]\nDriver=%1\nName=%2\nSocket=%3\nUser=%4\n[Client]\nCaptureRoot=%5\n"
-                                    "EtcList=위내시경\n"_s
-                                        .arg(driver, database.name, database.socket, database.user, m_box->Root())
-                                        .toUtf8());
+        WriteWholeFile(SetupPath(),
+                       u"[Database]\nDriver=%1\nName=%2\nSocket=%3\nUser=%4\n[Client]\nCaptureRoot=%5\n"
+                       "EtcList=위내시경\n"_s.arg(driver, database.name, database.socket, database.user, m_box->Root())
+                           .toUtf8());
     }
 
     QString SetupPath() const { return m_box->Desk().ProgramFolder() + u"/Setup.ini"_s; }
