@@ -101,7 +101,11 @@ bool TellHeld(QTextStream& out)
 /// Serves the filing until it has nothing left to do, or nothing has come on for too long.
 void AwaitFiling(const StillFiling& filing, const bool& isSettled)
 {
-    const auto left = [&] { return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1); };
+    // The claims go last, on the share's thread.
+    const auto left = [&] {
+        return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1) +
+               (filing.Pictures().IsIdle() ? 0 : 1);
+    };
     int before = left();
     QElapsedTimer unchanged;
     unchanged.start();

@@ -196,6 +196,8 @@ private Q_SLOTS:
         const QString folder = m_box->Desk().ProgramFolder() + u'/';
         // Filed, and its rows wait; in the spool, and its number waits too.
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 6), StationInABox::Jpeg({64, 64}, Qt::blue));
+        const auto claim = [](const QString& mark) { return u"{\"holder\": \"%1\"}"_s.arg(mark).toUtf8(); };
+        WriteWholeFile(CurrentVisit().ClaimPath(6), claim(Files().ProcessMark()));
         WriteWholeFile(folder + u"Spool-0123.jpg"_s, StationInABox::Jpeg({64, 64}, Qt::red));
         const auto entry = [](int number, const QString& spooled) {
             return QJsonObject{
@@ -216,12 +218,14 @@ private Q_SLOTS:
         QCOMPARE(Files().ReadFile(ofLiving), list);
 
         lock.reset();
+        WriteWholeFile(CurrentVisit().ClaimPath(6), claim(DeadMark()));
         Files().RenameFile(ofLiving, folder + u"PendingRows-%1.json"_s.arg(DeadMark()));
         QCOMPARE(Run({u"pending"_s, u"--write"_s}), 0);
         QCOMPARE(m_box->Value(Numbers), u"1,2,3,4,6"_s);
         QCOMPARE(m_box->Value(Notes), u"의사의 글\n기다린 글"_s);
         QCOMPARE(Files().FilesStartingWith(folder, u"Spool-"_s), QStringList());
-        QVERIFY(FileExists(m_box->PicturePath(Day, Stomach, 4)));
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 5);
         QCOMPARE(Run({u"pending"_s}), 0);
     }
 
