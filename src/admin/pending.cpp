@@ -121,7 +121,7 @@ void AwaitFiling(const StillFiling& filing, const bool& isSettled)
 int ListPending(QTextStream& out)
 {
     int lines = ShowFolder(OwnFolder(), out);
-    for (const QString& folder : Surroundings.foldersOfOthers)
+    for (const QString& folder : Surroundings.foldersOfOthers())
         lines += folder + u'\\' == OwnFolder() ? 0 : ShowFolder(folder + u'\\', out);
     if (lines == 0)
         out << u"기다리는 그림이 없습니다.\n"_s;
