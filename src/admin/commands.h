@@ -2,14 +2,17 @@
 
 #include <QStringList>
 
+#include <functional>
+
 class QTextStream;
 
 /// What the program's main file knows and the commands need.
 struct AdminSurroundings
 {
     QString version;
-    bool showsProgress = false;  ///< Somebody looks at standard error.
-    QStringList foldersOfOthers; ///< Program folders of other users that can be looked into.
+    bool showsProgress = false; ///< Somebody looks at standard error.
+    /// Program folders of other users that can be looked into.
+    std::function<QStringList()> foldersOfOthers;
 };
 extern AdminSurroundings Surroundings;
 

@@ -2,6 +2,7 @@
 
 #include "admin/exit_codes.h"
 #include "contracts/files.h"
+#include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
 #include "frame/services.h"
 #include "text/date_routines.h"
@@ -27,12 +28,17 @@ QStringList FolderNames(const QString& folder)
     return names;
 }
 
+/// Its section's folder lies beside it, or did so once.
+bool IsLogName(const QString& name, const QStringList& names)
+{
+    const QString section = name.chopped(qMin(name.size(), LogEnding.size()));
+    return name.endsWith(LogEnding) && (names.contains(section) || SectionsOfClient().contains(section));
+}
+
 void AddFolder(const QString& yearFolder, const QString& section, const QString& chart, const QString& ymd,
                QList<DeletedPicture>& found)
 {
     const QString folder = LogFolder(yearFolder, section);
-    if (!FolderExists(folder))
-        return;
     // A name that was given by hand beside the station's own, such as "...003 (2).jpg", is of that number too.
     static const QRegularExpression form(uR"(^(.{8})(\d{8})(\d{3,5})(?:\D.*)?\.(jpg|bmp)$)"_s);
     for (const FolderEntry& entry : Files().Entries(folder)) {
@@ -66,8 +72,7 @@ QStringList ArchiveSections(const QString& yearFolder)
     const QStringList names = FolderNames(yearFolder);
     QStringList sections = names;
     sections.removeIf([&names](const QString& name) {
-        const bool isLog = name.endsWith(LogEnding) && names.contains(name.chopped(LogEnding.size()));
-        return isLog || !IsPathPart(name) || SectionFolder({}, name) == MovieFolder({});
+        return IsLogName(name, names) || !IsPathPart(name) || SectionFolder({}, name) == MovieFolder({});
     });
     return sections;
 }
@@ -79,8 +84,11 @@ QList<DeletedPicture> DeletedPictures(const QString& chart, const QString& ymd)
         const QString yearFolder = YearFolder(ClientSetup.CaptureRoot, year);
         if (!FolderExists(yearFolder))
             continue;
-        for (const QString& section : ArchiveSections(yearFolder))
-            AddFolder(yearFolder, section, chart, ymd, found);
+        const QStringList names = FolderNames(yearFolder);
+        for (const QString& name : names) {
+            if (IsLogName(name, names))
+                AddFolder(yearFolder, name.chopped(LogEnding.size()), chart, ymd, found);
+        }
     }
     return found;
 }

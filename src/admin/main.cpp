@@ -30,7 +30,7 @@ int main(int argc, char* argv[])
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
-    Surroundings.foldersOfOthers = ProgramFoldersOfOthers();
+    Surroundings.foldersOfOthers = ProgramFoldersOfOthers;
 
     int result = 0;
     {

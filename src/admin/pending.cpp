@@ -83,15 +83,29 @@ int ShowFolder(const QString& folder, QTextStream& out)
     return lines;
 }
 
-bool IsOf(const PendingRows::List& list, Holder holder)
+/// Tells of the lists that living stations hold; false when there is none. A station that has ended but for its process
+/// holds none any more.
+bool TellHeld(QTextStream& out)
 {
-    return list.holder == holder && list.foreignOwner.isEmpty() && !list.entries.isEmpty();
+    bool isAnyHeld = false;
+    for (const PendingRows::List& list : PendingRows::ListsIn(OwnFolder())) {
+        if (list.holder != Holder::Living || !list.foreignOwner.isEmpty() || list.entries.isEmpty())
+            continue;
+        isAnyHeld = true;
+        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(list.entries.size())
+                   .arg(NativePath(list.path));
+    }
+    return isAnyHeld;
 }
 
 /// Serves the filing until it has nothing left to do, or nothing has come on for too long.
 void AwaitFiling(const StillFiling& filing, const bool& isSettled)
 {
-    const auto left = [&] { return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1); };
+    // The claims go last, on the share's thread.
+    const auto left = [&] {
+        return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1) +
+               (filing.Pictures().IsIdle() ? 0 : 1);
+    };
     int before = left();
     QElapsedTimer unchanged;
     unchanged.start();
@@ -107,7 +121,7 @@ void AwaitFiling(const StillFiling& filing, const bool& isSettled)
 int ListPending(QTextStream& out)
 {
     int lines = ShowFolder(OwnFolder(), out);
-    for (const QString& folder : Surroundings.foldersOfOthers)
+    for (const QString& folder : Surroundings.foldersOfOthers())
         lines += folder + u'\\' == OwnFolder() ? 0 : ShowFolder(folder + u'\\', out);
     if (lines == 0)
         out << u"기다리는 그림이 없습니다.\n"_s;
@@ -116,14 +130,6 @@ int ListPending(QTextStream& out)
 
 int WritePending(QTextStream& out)
 {
-    bool isRefused = false;
-    for (const PendingRows::List& list : PendingRows::ListsIn(OwnFolder())) {
-        if (!IsOf(list, Holder::Living))
-            continue;
-        isRefused = true;
-        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(list.entries.size())
-                   .arg(NativePath(list.path));
-    }
     // The sections of this year are looked into, as by a start for a visit of today.
     VisitContext.Ymd = TextFromDate(UseService<Desktop>().Today());
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
@@ -150,6 +156,7 @@ int WritePending(QTextStream& out)
         filing.End();
     }
     const int left = ShowFolder(OwnFolder(), out);
+    const bool isAnyHeld = TellHeld(out);
     out << u"%1건을 기록하였습니다.\n"_s.arg(written);
-    return left > 0 || isRefused ? Found : AllWell;
+    return left > 0 || isAnyHeld ? Found : AllWell;
 }

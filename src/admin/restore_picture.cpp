@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
 #include "filing/NumberClaim.h"
 #include "frame/guard.h"
 #include "frame/services.h"
@@ -160,6 +161,7 @@ int RestorePicture(const QStringList& arguments, QTextStream& out)
     if (!IsReadable(*picture))
         return Found;
     visit.yuhyung = PatientType(visit);
+    EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
     int number = 0;
     const std::unique_ptr<NumberClaim> claim = ClaimNumber(visit, picture->number, ofVisit, number);
     Place(*picture, visit, number);

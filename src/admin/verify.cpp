@@ -6,10 +6,11 @@
 #include "admin/exit_codes.h"
 #include "admin/file_checks.h"
 #include "admin/PictureSurvey.h"
+#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/NumberClaim.h"
-#include "frame/file_calls.h"
+#include "frame/components.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -26,6 +27,7 @@ namespace {
 /// Rows that are held at a time.
 constexpr int RowsAtOnce = 2000;
 constexpr int HoursPerDay = 24;
+constexpr int SecondsPerHour = 3600;
 
 class Verification
 {
@@ -78,10 +80,11 @@ void Verification::CheckYear(const QString& name)
         // The files are read while the database answers.
         const PictureSurvey survey(year);
         MatchRows(year);
-        filecalls::AwaitUntil([&] {
+        const auto isDone = [&] {
             ShowProgress(year, survey.ReadCount());
             return survey.IsDone();
-        });
+        };
+        UseService<Desktop>().ServeUntil(isDone, [] {});
         for (const PictureSurvey::Finding& finding : survey.Findings() + DecodeAll(survey.Unknown(), [](int) {}))
             Tell(u"손상"_s, finding.path, finding.reason);
     }
@@ -206,21 +209,21 @@ void Verification::TellLeftover(const QString& path, const QString& what, const 
     const QDateTime changed = Files().LastModified(path);
     if (!changed.isValid())
         return; // It has gone.
-    const qint64 hours = qMax<qint64>(0, changed.secsTo(QDateTime::currentDateTime())) / 3600;
+    const qint64 seconds = qMax<qint64>(0, changed.secsTo(QDateTime::currentDateTime()));
+    const qint64 hours = seconds / SecondsPerHour;
     const QString age = hours < HoursPerDay ? u"%1시간"_s.arg(hours) : u"%1일"_s.arg(hours / HoursPerDay);
-    switch (Files().HolderOf(mark)) {
-    case Holder::Self:
-    case Holder::Living:
-        // A station at its work.
-        m_out << u"쓰는중 "_s << NativePath(path) << u" (%1, %2, 실행 중인 스테이션)\n"_s.arg(what, age);
-        break;
-    case Holder::Dead:
-        Tell(u"잔여"_s, path, u"%1, %2, 끝난 스테이션"_s.arg(what, age));
-        break;
-    case Holder::Elsewhere:
-        Tell(u"잔여"_s, path, u"%1, %2, 다른 컴퓨터나 알 수 없는 스테이션"_s.arg(what, age));
-        break;
-    }
+    const Holder holder = Files().HolderOf(mark);
+    const bool isElsewhere = holder == Holder::Elsewhere;
+    const QString owner = isElsewhere              ? u"다른 컴퓨터나 알 수 없는 스테이션"_s
+                          : holder == Holder::Dead ? u"끝난 스테이션"_s
+                                                   : u"실행 중인 스테이션"_s;
+    const QString text = u"%1, %2, %3"_s.arg(what, age, owner);
+    // Whether another machine's station is at its work can't be seen from here: as at the start of one, a day has to
+    // pass.
+    if (holder == Holder::Dead || (isElsewhere && seconds * 1000 > AbandonedMs))
+        Tell(u"잔여"_s, path, text);
+    else
+        m_out << u"쓰는중 "_s << NativePath(path) << u" (%1)\n"_s.arg(text);
 }
 
 int Verification::Conclude()

@@ -131,7 +131,7 @@ QList<PendingRows::List> PendingRows::ListsIn(const QString& folder)
             list.entries = EntriesOf(ReadDocument(list.path));
             list.isReadable = true;
         } catch (const PlatformError& error) {
-            qWarning("%s: %s", qPrintable(list.path), error.what());
+            qWarning("%s: %s", qPrintable(NativePath(list.path)), error.what());
         }
         lists.append(list);
     }

@@ -48,7 +48,8 @@ bool HasPictureRow(const Visit& visit, int number)
 QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most)
 {
     Statement statement(u" SELECT cap_chart, cap_ymd, cap_etc, cap_no FROM cap ");
-    statement.Quoted(u" WHERE LEFT(cap_ymd, 4) = '", year).Piece(u" AND cap_gubun = 'A' ");
+    // With an equation instead of LIKE, MariaDB no longer sees that its key has the order, and sorts for each call.
+    statement.Quoted(u" WHERE LEFT(cap_ymd, 4) = '", year).Piece(u" AND cap_gubun LIKE 'A' ");
     if (after) {
         // The first condition alone is one that a server begins to read at.
         statement.Quoted(u" AND cap_chart >= '", after->chart)

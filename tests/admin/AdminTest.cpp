@@ -1,0 +1,307 @@
+#include "admin/deleted_pictures.h"
+#include "filing/capture_wastebasket.h"
+#include "filing/NumberClaim.h"
+#include "filing/PendingRows.h"
+#include "frame/WorkThread.h"
+#include "support/StationInABox.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Day = QString::fromUtf16(StationInABox::Today);
+const QString Stomach = u"위내시경"_s;
+const QString StomachLog = u"위내시경Log"_s;
+const QString Numbers = u"SELECT GROUP_CONCAT(cap_no) AS v FROM cap WHERE cap_ymd = '20261124'"_s;
+const QString Notes = u"SELECT GROUP_CONCAT(ca_chamgo) AS v FROM ca"_s;
+
+/// Of a process of this machine that has ended.
+QString DeadMark()
+{
+    QStringList parts = Files().ProcessMark().split(u'.');
+    parts[3] += u'0';
+    return parts.join(u'.');
+}
+
+} // namespace
+
+/// The administrator's program, as a process beside a station's files and tables.
+class AdminTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { Make(u"QSQLITE"_s); }
+    void cleanup() { m_box.reset(); }
+
+    void RestoresPicture_data()
+    {
+        Columns<QString, QString, QString, int, QString, QString>("driver", "statements", "others", "exitCode",
+                                                                  "numbers", "notes");
+        const auto onBoth = [](const char* name, const QString& statements, const QString& others, int exitCode,
+                               const QString& numbers, const QString& notes) {
+            for (const QString& driver : {u"QSQLITE"_s, u"QMARIADB"_s})
+                QTest::addRow("%s, %s", name, qPrintable(driver))
+                    << driver << statements << others << exitCode << numbers << notes;
+        };
+        onBoth("number free, note stays", {}, {}, 0, u"1,2,3"_s, u"의사의 글"_s);
+        onBoth("visit's row gone", u"DELETE FROM ca;"_s, {}, 0, u"1,2,3"_s, u""_s);
+        onBoth("number has a row", u"INSERT INTO cap VALUES ('00001234','01','20261124','A','위내시경',2,'');"_s, {}, 0,
+               u"1,2,3,4"_s, u"의사의 글"_s);
+        QTest::newRow("number has a file")
+            << u"QSQLITE"_s << QString() << u"jpg"_s << 0 << u"1,3,4"_s << u"의사의 글"_s;
+        QTest::newRow("number is claimed")
+            << u"QSQLITE"_s << QString() << u"claim"_s << 0 << u"1,3,4"_s << u"의사의 글"_s;
+        const QString refuse = u"CREATE TRIGGER refuse BEFORE INSERT ON %1 "_s;
+        const QString sqlite = refuse + u"BEGIN SELECT RAISE(ABORT, 'full'); END;"_s;
+        const QString server = refuse + u"FOR EACH ROW SIGNAL SQLSTATE '45000';"_s;
+        for (const QString& table : {u"cap"_s, u"ca"_s}) {
+            QTest::addRow("refused, %s", qPrintable(table))
+                << u"QSQLITE"_s << u"DELETE FROM ca;"_s + sqlite.arg(table) << QString() << 3 << u"1,3"_s << QString();
+            QTest::addRow("refused by the server, %s", qPrintable(table))
+                << u"QMARIADB"_s << u"DELETE FROM ca;"_s + server.arg(table) << QString() << 3 << u"1,3"_s << QString();
+        }
+    }
+
+    void RestoresPicture()
+    {
+        QFETCH6(QString, driver, QString, statements, QString, others, int, exitCode, QString, numbers, QString, notes);
+        Make(driver);
+        const QByteArray picture = DeletePicture();
+        if (!statements.isEmpty())
+            m_box->Run(statements);
+        if (others == "jpg"_L1)
+            WriteWholeFile(m_box->PicturePath(Day, Stomach, 2), "of another station");
+        else if (others == "claim"_L1)
+            NumberClaim::Take(CurrentVisit(), 2, u"of another station"_s)->Keep();
+        const QStringList before = m_box->Names(u"2026"_s, Stomach);
+
+        QCOMPARE(Run({u"restore"_s, u"1234"_s, Day, Stomach, u"2"_s}), exitCode);
+        QCOMPARE(m_box->Value(Numbers), numbers);
+        QCOMPARE(m_box->Value(Notes), notes);
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
+        const QStringList restored = m_box->Names(u"2026"_s, Stomach);
+        QCOMPARE(restored.size(), before.size() + (exitCode == 0 ? 1 : 0));
+        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), exitCode == 0 ? 0 : 1);
+        if (exitCode != 0)
+            return;
+        const int number = numbers.endsWith(u'4') ? 4 : 2;
+        QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, number)), picture);
+        QCOMPARE(m_box->Value(u"SELECT cap_yuhyung AS v FROM cap WHERE cap_no = %1"_s.arg(number)), u"01"_s);
+        if (others == "claim"_L1)
+            QVERIFY(NumberClaim::Stands(CurrentVisit(), 2));
+    }
+
+    void RestoresNothingOnAFailingShare_data()
+    {
+        Columns<int, FailingFiles::Kind>("countdown", "kind");
+        QTest::newRow("claim") << 1 << FailingFiles::Writes;
+        QTest::newRow("file") << 2 << FailingFiles::Writes;
+        QTest::newRow("reading back") << 2 << FailingFiles::Reads;
+    }
+
+    void RestoresNothingOnAFailingShare()
+    {
+        QFETCH2(int, countdown, FailingFiles::Kind, kind);
+        DeletePicture();
+        const QStringList before = m_box->Names(u"2026"_s, Stomach);
+        m_box->FaultyFiles().FailAt(countdown, false, kind);
+        QString text;
+        QTextStream out(&text);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out));
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach), before);
+        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 1);
+        QCOMPARE(m_box->Value(Numbers), u"1,3"_s);
+    }
+
+    void ChoosesAmongFilesAndTellsSweptOnes()
+    {
+        DeletePicture();
+        const QString log = LogFolder(VisitContext.CaptureDir, Stomach);
+        WriteWholeFile(log + u"0000123420261124002 (2).jpg"_s, StationInABox::Jpeg({64, 64}, Qt::green));
+        WriteWholeFile(log + u"0000123420261124007.jpg"_s, "no picture");
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 5), StationInABox::Jpeg({64, 64}, Qt::blue));
+        WorkThread writer;
+        SweepOrphanPictures(CurrentVisit(), PendingRows(writer, {}));
+
+        QCOMPARE(Run({u"list-deleted"_s, u"1234"_s, Day}), 0);
+        const QStringList lines = m_output.trimmed().split(u'\n');
+        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines.filter(u"정리됨"_s).size(), 1);
+        QVERIFY(lines.filter(u"정리됨"_s).first().startsWith(u"00001234 20261124 위내시경 005"_s));
+        const QStringList number{u"restore"_s, u"1234"_s, Day, Stomach};
+        QCOMPARE(Run(number + QStringList{u"2"_s}), 1);
+        QCOMPARE(Run(number + QStringList{u"7"_s}), 1);
+        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 4);
+        QCOMPARE(Run(number + QStringList{u"2"_s, u"0000123420261124002 (2).jpg"_s}), 0);
+        QCOMPARE(Run(number + QStringList{u"5"_s}), 0);
+        QVERIFY(m_output.contains(u"정리된 것"_s));
+        QCOMPARE(m_box->Value(Numbers), u"1,2,3,5"_s);
+    }
+
+    void VerifyFindsAndChangesNothing_data()
+    {
+        Columns<QString, QStringList>("driver", "arguments");
+        QTest::newRow("SQLite") << u"QSQLITE"_s << QStringList{};
+        QTest::newRow("MariaDB, decoded") << u"QMARIADB"_s << QStringList{u"2026"_s, u"--decode"_s};
+    }
+
+    void VerifyFindsAndChangesNothing()
+    {
+        QFETCH2(QString, driver, QStringList, arguments);
+        Make(driver);
+        QCOMPARE(Run(QStringList{u"verify"_s} + arguments), 0);
+
+        const QByteArray jpeg = Files().ReadFile(m_box->PicturePath(Day, Stomach, 3));
+        DeleteFile(m_box->PicturePath(Day, Stomach, 1));
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 2), jpeg.left(jpeg.size() / 2));
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 4), jpeg);
+        m_box->Run(u"INSERT INTO cap VALUES ('9''9/','01','20261124','A','초음파',2000,'');"_s);
+        const QString movies = MovieFolder(VisitContext.CaptureDir);
+        MakeFolder(movies);
+        WriteWholeFile(movies + u"0000123420261124001.avi"_s,
+                       QByteArray("RIFF\0\0\0\0AVI LIST\4\0\0\0hdrlLIST\0\0\0\0movi00dc", 40));
+        WriteWholeFile(movies + u".0000123420261124002.avi.%1.part"_s.arg(DeadMark()), "RIFF");
+        const QString folder = SectionFolder(VisitContext.CaptureDir, Stomach);
+        WriteWholeFile(folder + u".station-%1-1.part"_s.arg(Files().ProcessMark()), "being written");
+        WriteWholeFile(folder + u"0000123420261124009"_s, u"{\"holder\": \"%1\"}"_s.arg(DeadMark()).toUtf8());
+        const QString before = State();
+
+        QCOMPARE(Run(QStringList{u"verify"_s} + arguments), 1);
+        QCOMPARE(State(), before);
+        QStringList kinds;
+        for (const QString& line : m_output.trimmed().split(u'\n'))
+            kinds << line.section(u' ', 0, 0) + u' ' + line.section(u'/', -1).section(u' ', 0, 0);
+        kinds.sort();
+        const QStringList wanted{
+            u"그림 그림"_s,
+            u"기록없음 0000123420261124004.jpg"_s,
+            u"색인없음 0000123420261124001.avi"_s,
+            u"손상 0000123420261124002.jpg"_s,
+            u"쓰는중 .station-%1-1.part"_s.arg(Files().ProcessMark()),
+            u"잔여 .0000123420261124002.avi.%1.part"_s.arg(DeadMark()),
+            u"잔여 0000123420261124009"_s,
+            u"파일없음 "_s,
+            u"파일없음 0000123420261124001.jpg"_s,
+        };
+        QCOMPARE(kinds.join(u'\n'), wanted.join(u'\n'));
+    }
+
+    void PendingWritesForTheDeadAlone()
+    {
+        const QString folder = m_box->Desk().ProgramFolder() + u'/';
+        // Filed, and its rows wait; in the spool, and its number waits too.
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 6), StationInABox::Jpeg({64, 64}, Qt::blue));
+        const auto claim = [](const QString& mark) { return u"{\"holder\": \"%1\"}"_s.arg(mark).toUtf8(); };
+        WriteWholeFile(CurrentVisit().ClaimPath(6), claim(Files().ProcessMark()));
+        WriteWholeFile(folder + u"Spool-0123.jpg"_s, StationInABox::Jpeg({64, 64}, Qt::red));
+        const auto entry = [](int number, const QString& spooled) {
+            return QJsonObject{
+                {u"chart"_s, u"00001234"_s}, {u"yuhyung"_s, u"01"_s},     {u"ymd"_s, Day},
+                {u"etc"_s, Stomach},         {u"number"_s, number},       {u"captureDir"_s, VisitContext.CaptureDir},
+                {u"imageExt"_s, u"jpg"_s},   {u"note"_s, u"기다린 글"_s}, {u"spooled"_s, spooled}};
+        };
+        const QByteArray list =
+            QJsonDocument(QJsonObject{{u"entries"_s, QJsonArray{entry(6, {}), entry(-1, u"0123"_s)}}}).toJson();
+        const QString ofLiving = folder + u"PendingRows-%1.json"_s.arg(Files().ProcessMark());
+        WriteWholeFile(ofLiving, list);
+        auto lock = Files().Lock(folder + u"PendingRows-%1.lock"_s.arg(Files().ProcessMark()));
+        const QString before = State();
+        QCOMPARE(Run({u"pending"_s}), 1);
+        QCOMPARE(m_output.count(u"실행 중인 스테이션"_s), 2);
+        QCOMPARE(Run({u"pending"_s, u"--write"_s}), 1);
+        QCOMPARE(State(), before);
+        QCOMPARE(Files().ReadFile(ofLiving), list);
+
+        lock.reset();
+        WriteWholeFile(CurrentVisit().ClaimPath(6), claim(DeadMark()));
+        Files().RenameFile(ofLiving, folder + u"PendingRows-%1.json"_s.arg(DeadMark()));
+        QCOMPARE(Run({u"pending"_s, u"--write"_s}), 0);
+        QCOMPARE(m_box->Value(Numbers), u"1,2,3,4,6"_s);
+        QCOMPARE(m_box->Value(Notes), u"의사의 글\n기다린 글"_s);
+        QCOMPARE(Files().FilesStartingWith(folder, u"Spool-"_s), QStringList());
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 5);
+        QCOMPARE(Run({u"pending"_s}), 0);
+    }
+
+    void UsedWrongly_data()
+    {
+        Columns<QStringList, int>("arguments", "exitCode");
+        QTest::newRow("no command") << QStringList{} << 2;
+        QTest::newRow("no such date") << QStringList{u"restore"_s, u"1"_s, u"2026"_s, Stomach, u"1"_s} << 2;
+        QTest::newRow("way out of the root") << QStringList{u"restore"_s, u"1"_s, Day, u"../x"_s, u"1"_s} << 1;
+        QTest::newRow("unknown option") << QStringList{u"verify"_s, u"--write"_s} << 2;
+        QTest::newRow("no capture root") << QStringList{u"verify"_s} << 3;
+    }
+
+    void UsedWrongly()
+    {
+        QFETCH2(QStringList, arguments, int, exitCode);
+        if (exitCode == 3)
+            QVERIFY(QDir(NativePath(m_box->Root())).removeRecursively());
+        QCOMPARE(Run(arguments), exitCode);
+        QCOMPARE(QDir(NativePath(m_box->Root())).exists(), exitCode != 3);
+    }
+
+private:
+    /// A visit of today with three pictures and a note.
+    void Make(const QString& driver)
+    {
+        m_box.reset();
+        m_box = std::make_unique<StationInABox>(driver);
+        for (const int number : {1, 2, 3})
+            m_box->AddPicture(Day, Stomach, number, u"의사의 글"_s);
+        const DatabaseSettings& database = m_box->Database().Settings();
+        WriteWholeFile(SetupPath(),
+                       u"[Database]\nDriver=%1\nName=%2\nSocket=%3\nUser=%4\n[Client]\nCaptureRoot=%5\n"
+                       "EtcList=위내시경\n"_s.arg(driver, database.name, database.socket, database.user, m_box->Root())
+                           .toUtf8());
+    }
+
+    QString SetupPath() const { return m_box->Desk().ProgramFolder() + u"/Setup.ini"_s; }
+
+    /// Number 2, as the station deletes it; gives what it was.
+    QByteArray DeletePicture()
+    {
+        const QByteArray picture = Files().ReadFile(m_box->PicturePath(Day, Stomach, 2));
+        MoveToLogFolder(CurrentVisit(), 2);
+        m_box->Run(u"DELETE FROM cap WHERE cap_no = 2;"_s);
+        return picture;
+    }
+
+    /// Gives the program's exit code; what it says is in `m_output`.
+    int Run(const QStringList& arguments)
+    {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(u"CAPTURE_STATION_SETUP"_s, NativePath(SetupPath()));
+        environment.insert(u"CAPTURE_STATION_FOLDER"_s, m_box->Desk().ProgramFolder());
+        program.setProcessEnvironment(environment);
+        program.start(u"" STATION_ADMIN_PROGRAM ""_s, arguments);
+        program.waitForFinished();
+        m_output = QString::fromUtf8(program.readAllStandardOutput());
+        return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
+    }
+
+    /// All files and folders below the capture root with size and time, and all rows.
+    QString State()
+    {
+        QProcess find;
+        find.start(u"find"_s, {NativePath(m_box->Root()), u"-printf"_s, u"%p %s %T@\n"_s});
+        find.waitForFinished();
+        QStringList lines = QString::fromUtf8(find.readAllStandardOutput()).split(u'\n');
+        lines.sort();
+        return lines.join(u'\n') + m_box->Value(Numbers) + m_box->Value(Notes);
+    }
+
+    std::unique_ptr<StationInABox> m_box;
+    QString m_output;
+};
+
+QTEST_MAIN(AdminTest)
+#include "AdminTest.moc"
