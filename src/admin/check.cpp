@@ -2,6 +2,7 @@
 
 #include "admin/exit_codes.h"
 
+#include <QString>
 #include <QTextStream>
 
 int CheckStation(QTextStream& out)
