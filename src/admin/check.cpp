@@ -6,6 +6,7 @@
 #include "frame/components.h"
 #include "visit/VisitContext.h"
 
+#include <QString>
 #include <QTextStream>
 
 #include <algorithm>

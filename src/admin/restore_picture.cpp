@@ -55,7 +55,7 @@ std::optional<DeletedPicture> Choose(const QStringList& arguments, const QList<D
 /// As the visit's rows have it, else the type that the patient had on that day.
 QString PatientType(const Visit& visit)
 {
-    const QString stored = StoredPatientType(visit);
+    QString stored = StoredPatientType(visit);
     if (!stored.isEmpty())
         return stored;
     PatientRecordFields patient;
@@ -151,7 +151,7 @@ void Tell(const DeletedPicture& picture, const Visit& visit, int number, QTextSt
 
 int RestorePicture(const QStringList& arguments, QTextStream& out)
 {
-    const QString section = arguments[2];
+    const QString& section = arguments[2];
     QList<DeletedPicture> ofVisit = DeletedPictures(arguments[0], arguments[1]);
     ofVisit.removeIf([&](const DeletedPicture& picture) { return picture.visit.etc != section; });
     const std::optional<DeletedPicture> picture = Choose(arguments, ofVisit);

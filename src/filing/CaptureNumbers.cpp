@@ -1,5 +1,8 @@
 #include "filing/CaptureNumbers.h"
 
+#include "contracts/files.h"
+#include "frame/services.h"
+
 #include <algorithm>
 
 int CaptureNumbers::NextCaptureNo(const Visit& visit) const
@@ -22,10 +25,15 @@ void CaptureNumbers::Filed(const Visit& visit, int number)
     largest = std::max(largest, number);
 }
 
-bool CaptureNumbers::Knows(const Visit& visit) const
+void CaptureNumbers::LearnFromFolder(const Visit& visit)
 {
-    const std::lock_guard lock(m_mutex);
-    return Find(visit) != nullptr;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (Find(visit) != nullptr)
+            return;
+    }
+    for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix()))
+        Filed(visit, visit.PictureNumber(name));
 }
 
 const CaptureNumbers::Largest* CaptureNumbers::Find(const Visit& visit) const

@@ -19,8 +19,8 @@ public:
     void Read(const Visit& visit, const QList<int>& numbers);
     /// A picture of that number has been filed.
     void Filed(const Visit& visit, int number);
-    /// True when something is known of the visit.
-    bool Knows(const Visit& visit) const;
+    /// Looks into the visit's folder, unless something is known of the visit: for a thread that may wait for the share.
+    void LearnFromFolder(const Visit& visit);
 
 private:
     struct Largest

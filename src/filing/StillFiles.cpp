@@ -232,6 +232,8 @@ StillFiles::Placed StillFiles::PlaceSpooled(const Still& still, CaptureNumbers& 
             return {*number, {}};
         if (!FileExists(SpoolPath(still.id)))
             return {};
+        // Its visit is hardly the one on the screen: no number of a picture that was deleted is to be filled.
+        numbers.LearnFromFolder(still.picture.visit);
     }
     return PlaceFile(still, Files().ReadFile(SpoolPath(still.id)), numbers);
 }

@@ -285,10 +285,5 @@ void StillFiling::MakeFoldersLater(const QStringList& folders)
 
 void StillFiling::LearnFromFolder(const Visit& visit)
 {
-    m_files.Post([visit, numbers = m_files.SharedNumbers()] {
-        if (numbers->Knows(visit))
-            return;
-        for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix()))
-            numbers->Filed(visit, visit.PictureNumber(name));
-    });
+    m_files.Post([visit, numbers = m_files.SharedNumbers()] { numbers->LearnFromFolder(visit); });
 }

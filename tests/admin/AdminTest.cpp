@@ -221,7 +221,7 @@ private Q_SLOTS:
         WriteWholeFile(CurrentVisit().ClaimPath(6), claim(DeadMark()));
         Files().RenameFile(ofLiving, folder + u"PendingRows-%1.json"_s.arg(DeadMark()));
         QCOMPARE(Run({u"pending"_s, u"--write"_s}), 0);
-        QCOMPARE(m_box->Value(Numbers), u"1,2,3,4,6"_s);
+        QCOMPARE(m_box->Value(Numbers), u"1,2,3,6,7"_s);
         QCOMPARE(m_box->Value(Notes), u"의사의 글\n기다린 글"_s);
         QCOMPARE(Files().FilesStartingWith(folder, u"Spool-"_s), QStringList());
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
