@@ -39,7 +39,7 @@ int RunDyingStation(const QStringList& arguments)
         posix_files::calls.unlink = DieAtSpoolFile;
     Visit visit{u"00001234"_s, u"01"_s, u"20261124"_s, u"위내시경"_s, arguments[4], u"jpg"_s};
     StillFiling filing([](const Visit&) { return std::optional(u"쓰던 글"_s); });
-    kill(server, SIGSTOP);
+    StoppableShare::StopServer(server);
     for (const char* content : {"one", "two", "three"})
         filing.Pictures().File({visit, [content] { return QByteArray(content); }, [](const QByteArray&) {},
                                 [](int, std::exception_ptr) {}});

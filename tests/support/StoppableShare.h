@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QDir>
 #include <QProcess>
 #include <QStorageInfo>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 #include <sys/prctl.h>
 
@@ -31,7 +33,20 @@ public:
     StoppableShare(const StoppableShare&) = delete;
     StoppableShare& operator=(const StoppableShare&) = delete;
 
-    void Stop() const { kill(pid_t(m_server.processId()), SIGSTOP); }
+    void Stop() const { StopServer(m_server.processId()); }
+    /// Returns when all of its threads stand: a call that one has taken up meanwhile would hold even a killed process.
+    static void StopServer(qint64 process)
+    {
+        kill(pid_t(process), SIGSTOP);
+        const QDir threads(QStringLiteral("/proc/%1/task").arg(process));
+        const auto stands = [&threads](const QString& thread) {
+            QFile state(threads.filePath(thread + QStringLiteral("/stat")));
+            return !state.open(QFile::ReadOnly) || state.readAll().contains(") T ");
+        };
+        const QStringList all = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        if (!QTest::qWaitFor([&] { return std::ranges::all_of(all, stands); }))
+            qFatal("the share's server doesn't stop");
+    }
     qint64 Process() const { return m_server.processId(); }
     void Resume() const { kill(pid_t(m_server.processId()), SIGCONT); }
 
