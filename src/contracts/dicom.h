@@ -41,6 +41,7 @@ struct DicomOutcome
         Accepted,
         Refused, ///< It will be refused the next time too.
         Away,    ///< Nobody answered, or something on this machine is in the way: it may pass later.
+        Cut,     ///< Something broke on this very object, such as the connection on its way: it may pass later.
     };
 
     Kind kind = Away;
@@ -58,12 +59,12 @@ public:
     /// object, and what a killed process left there goes with the next one. Throws PlatformError.
     virtual QString WorkFolder() = 0;
 
-    /// Makes an object file of a picture file's content, whose coded data are taken over as they are. Refused: content
-    /// that no viewer has to understand, such as another format than baseline JPEG.
+    /// Makes an object file of a picture file's content, whose coded data are taken over as they are. Its path lies in
+    /// the work folder. Refused: content that no viewer has to understand, such as another format than baseline JPEG.
     virtual DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, const QString& path,
                                     const std::stop_token& stop) = 0;
-    /// Sends object files in their order, and gives what became of each. Behind one that is away the others are away
-    /// too.
+    /// Sends object files of the work folder in their order, and gives what became of each. Behind one that is away or
+    /// cut the others are away.
     virtual QList<DicomOutcome> Send(const DicomPeer& peer, const QStringList& paths, const std::stop_token& stop) = 0;
     /// Asks the server whether it is there.
     virtual DicomOutcome Echo(const DicomPeer& peer, const std::stop_token& stop) = 0;
