@@ -8,6 +8,7 @@
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/desktop/screen_scale.h"
+#include "platform/dicom/register_dicom.h"
 #include "platform/disc/register_disc.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
@@ -105,6 +106,7 @@ int main(int argc, char* argv[])
     RegisterPrinting();
     RegisterSerial();
     RegisterDisc();
+    RegisterDicom();
     RegisterFindingsPopups();
 
     UseService<Desktop>().setEndRequest([] {

@@ -2,6 +2,7 @@
 
 #include "admin/check_tables.h"
 #include "admin/exit_codes.h"
+#include "contracts/dicom.h"
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
 #include "visit/VisitContext.h"
@@ -45,6 +46,17 @@ void Print(const CheckLines& lines, QTextStream& out)
     out.flush();
 }
 
+CheckLine CheckPacs(const PacsSetupRecord& pacs)
+{
+    const QString place = u"%1:%2, %3"_s.arg(pacs.Host).arg(pacs.Port).arg(pacs.CalledAet);
+    const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
+    const DicomOutcome answer = kit->Echo({pacs.Host, pacs.Port, pacs.CalledAet, pacs.CallingAet}, {});
+    if (answer.kind == DicomOutcome::Accepted)
+        return {CheckLine::Right, u"PACS 서버"_s, place};
+    return {CheckLine::Wrong, u"PACS 서버"_s, u"%1: %2"_s.arg(place, answer.reason),
+            u"[Pacs] 구역과 서버를 확인하십시오"_s};
+}
+
 } // namespace
 
 int CheckStation(QTextStream& out)
@@ -64,6 +76,8 @@ int CheckStation(QTextStream& out)
     if (setup.isGood)
         look(checks.LookAtCaptureRoot(setup.client));
     look(checks.LookAtMachine(setup.client));
+    if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
+        look({CheckPacs(setup.client.Pacs)});
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     out << (wrong == 0 ? u"이상이 없습니다.\n"_s : u"이상 %1건\n"_s.arg(wrong));
     return wrong == 0 ? AllWell : Found;

@@ -3,6 +3,7 @@
 #include "admin/check.h"
 #include "admin/deleted_pictures.h"
 #include "admin/exit_codes.h"
+#include "admin/pacs.h"
 #include "admin/pending.h"
 #include "admin/verify.h"
 #include "contracts/PlatformError.h"
@@ -99,6 +100,21 @@ const QList<Command>& Commands()
          {u"--write"_s},
          false,
          [](const Call& call) { return call.options.isEmpty() ? ListPending(call.out) : WritePending(call.out); }},
+        {u"pacs"_s,
+         u"[--retry | --drop]"_s,
+         u"PACS로 아직 보내지 못했거나 거부된 그림을 보여 줍니다. --retry는 끝난 스테이션이 남긴 것을 거부된 것까지 "
+         u"다시 "
+         "보내고, --drop은 거부된 것을 목록에서 지웁니다."_s,
+         Needs::Nothing,
+         0,
+         0,
+         {u"--retry"_s, u"--drop"_s},
+         false,
+         [](const Call& call) {
+             if (call.options.isEmpty())
+                 return ListPacs(call.out);
+             return call.options.contains(u"--drop"_s) ? DropPacs(call.out) : RetryPacs(call.out);
+         }},
     };
     return commands;
 }

@@ -1,4 +1,5 @@
 #include "admin/commands.h"
+#include "platform/dicom/register_dicom.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
 #include "platform/imaging/register_imaging.h"
@@ -27,6 +28,7 @@ int main(int argc, char* argv[])
     RegisterSetup(MissingRoot::IsTold);
     RegisterImaging();
     RegisterMachine();
+    RegisterDicom();
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();

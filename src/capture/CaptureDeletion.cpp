@@ -54,6 +54,7 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridN
     // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
     HasPictureRow(visit, number);
     MoveToLogFolder(visit, number);
+    m_deleted(visit, number);
     DeletePictureRow(visit, number);
     DeleteEmptyVisit(visit);
     if (gridNumber == 1) {
@@ -69,6 +70,7 @@ void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
 {
     if (number > 0)
         MoveToLogFolder(visit, number);
+    m_deleted(visit, number);
     fpSpread& pictures = m_history.VisitPictures();
     const std::optional<QPoint> place = m_stills.PlaceOf(number);
     m_stills.Forget(visit, number);
@@ -102,6 +104,7 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
     }
     for (const int number : m_stills.Pending().SpooledOf(visit))
         m_stills.Forget(visit, number);
+    m_deleted(visit, std::nullopt);
     DeleteVisitRow(visit);
     DeletePictureRows(visit);
     // Another date's deletion says nothing of today's visit, whose pictures are still there.

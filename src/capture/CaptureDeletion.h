@@ -2,6 +2,9 @@
 
 #include "visit/Visit.h"
 
+#include <functional>
+#include <optional>
+
 class CaptureHistory;
 class StillCapture;
 class VisitNote;
@@ -10,8 +13,11 @@ class VisitNote;
 class CaptureDeletion
 {
 public:
-    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note)
-        : m_history(history), m_stills(stills), m_note(note)
+    /// Hears of a picture that has gone, or, without a number, of all of a visit.
+    using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
+
+    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, Deleted deleted)
+        : m_history(history), m_stills(stills), m_note(note), m_deleted(std::move(deleted))
     {
     }
 
@@ -32,4 +38,5 @@ private:
     CaptureHistory& m_history;
     StillCapture& m_stills;
     VisitNote& m_note;
+    const Deleted m_deleted;
 };

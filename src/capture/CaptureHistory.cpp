@@ -140,9 +140,12 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
     if (!m_chosen || !pictureCell)
         return;
     const Visit visit = *m_chosen;
+    const QString number = NumberUnder(2, column, row);
     OpenPictureEditor(visit, Grid(2), column, row);
     if (!VisitContext.ImageSaved)
         return;
+    if (IsNumericText(number))
+        Q_EMIT PictureIsMarked(visit, WholeNumber(number));
     ++m_lineShown;
     FillPictures(visit, 2, true);
 }

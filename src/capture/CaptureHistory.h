@@ -59,6 +59,10 @@ public:
     /// True for a picture cell of that grid: the cell under it holds a number.
     bool IsFilledPicture(int gridNumber, int column, int row);
 
+Q_SIGNALS:
+    /// A picture has been marked up: its file is another one now.
+    void PictureIsMarked(const Visit& visit, int number);
+
 private:
     fpSpread& Grid(int gridNumber);
 

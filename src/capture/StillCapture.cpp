@@ -316,6 +316,7 @@ void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
     if (const StillPointer still = OnRoad(picture.visit, picture.number))
         Sound(still, true);
     ShowWaiting(picture.visit, picture.number);
+    Q_EMIT StillIsSafe(picture.visit, picture.number);
 }
 
 void StillCapture::ShowWaiting(const Visit& visit, int number)
@@ -372,6 +373,7 @@ void StillCapture::SaveVisitNote()
     const QString text = m_note.NoteToStore(visit);
     UpdateVisitNote(visit, text);
     const VisitNote::Kept kept = m_note.CheckStored(visit, text, StoredNote(visit));
+    Q_EMIT VisitIsStored(visit);
     QStringList tidings{u"캡쳐이미지를 저장하였습니다."_s};
     if (kept.hasRow && !kept.IsWhole()) {
         tidings.append(u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));

@@ -94,6 +94,10 @@ Q_SIGNALS:
     void OutageChanged(const QString& text);
     /// The same of the share.
     void ShareOutageChanged(const QString& text);
+    /// A still's file and rows are safe.
+    void StillIsSafe(const Visit& visit, int number);
+    /// The operator has stored the visit.
+    void VisitIsStored(const Visit& visit);
 
 private:
     /// A still from the press to its thumbnail.

@@ -19,6 +19,7 @@
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "frame/waiting.h"
+#include "pacs/PacsSending.h"
 #include "records/capture_index.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
@@ -52,7 +53,11 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note);
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note,
+                                                   [this](const Visit& visit, std::optional<int> number) {
+                                                       if (m_pacs)
+                                                           m_pacs->IsDeleted(visit, number);
+                                                   });
     m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
     m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this](const FootSwitch::Filed& filed) {
         if (!IsUnloaded())
@@ -62,10 +67,13 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     ConnectControls();
 }
 
+frmCapture::~frmCapture() = default;
+
 void frmCapture::Form_Load()
 {
     try {
         LoadSteps();
+        ConnectPacs();
     } catch (const PlatformError& error) {
         UseService<Desktop>().ShowPlain(error.Text());
         Unload();
@@ -118,6 +126,8 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_stills->Finish();
+    if (m_pacs)
+        m_pacs->End();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
     if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() && !m_stills->IsShareAway() &&
@@ -166,6 +176,26 @@ void frmCapture::ConnectControls()
                     OnGridRightClick(element, column, row, x, y);
                 }));
     }
+}
+
+void frmCapture::ConnectPacs()
+{
+    if (IsUnloaded())
+        return;
+    m_pacs = PacsSending::ForSetup();
+    if (!m_pacs)
+        return;
+    PacsSending* pacs = m_pacs.get();
+    connect(pacs, &PacsSending::NoticeChanged, this,
+            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Pacs, text); });
+    connect(m_stills.get(), &StillCapture::StillIsSafe, pacs, &PacsSending::StillIsSafe);
+    connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, GuardedSlot([this, pacs](const Visit& visit) {
+                const PendingRows& pending = m_stills->Pending();
+                const QList<int> waiting = pending.NumbersOf(visit);
+                pacs->VisitIsStored(visit, StoredNumbers(visit, NumberOrder::Ascending) + waiting,
+                                    pending.HasAny(visit));
+            }));
+    connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs, &PacsSending::PictureIsMarked);
 }
 
 void frmCapture::BuildCommands()

@@ -19,6 +19,7 @@ class ImagXpress;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
+class PacsSending;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -35,6 +36,7 @@ public:
     static constexpr const char16_t* FormName = u"frmCapture";
 
     frmCapture();
+    ~frmCapture() override;
 
     /// Takes the frame of this moment and files it. Throws PlatformError with the reason why it can't; `filed` hears
     /// what became of it otherwise.
@@ -63,6 +65,7 @@ private:
     void BuildCommands();
     void BuildPopupMenu();
     void ConnectControls();
+    void ConnectPacs();
     void LoadSteps();
     void ShowCount(int pictures);
     void PrepareFolders();
@@ -101,6 +104,7 @@ private:
     std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;
     std::unique_ptr<MovieRecording> m_movie;
+    std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 
     int m_popupRow = 0;
     int m_popupCol = 0;

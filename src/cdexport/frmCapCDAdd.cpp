@@ -1,5 +1,6 @@
 #include "cdexport/frmCapCDAdd.h"
 
+#include "cdexport/disc_objects.h"
 #include "cdexport/file_rows.h"
 #include "contracts/cd.h"
 #include "contracts/fpSpread.h"
@@ -78,7 +79,10 @@ void frmCapCDAdd::ListVisitImages(int row)
     if (Trim(ymd).isEmpty() || etc.isEmpty())
         return;
     m_sprImageList->DeleteRows(1, m_sprImageList->MaxRows());
-    FillImages(StoredPictures(VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc)));
+    const Visit visit = VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc);
+    const QStringList paths = StoredPictures(visit);
+    m_imagesOf = visit;
+    FillImages(paths);
 }
 
 void frmCapCDAdd::FillImages(const QStringList& paths)
@@ -178,6 +182,9 @@ void frmCapCDAdd::StageSelection()
         return;
     }
     const QString area = burner->burnArea();
+    const std::optional<Visit> visit = images && ClientSetup.BurnerDicom ? m_imagesOf : std::nullopt;
+    const DicomPicture facts = visit ? disc_objects::FactsOf(*visit) : DicomPicture();
+    QStringList problems;
     const auto kit = CreateObject<clsDeskKit>(u"prjDeskKit.clsDeskKit"_s);
 
     m_staging = true;
@@ -188,10 +195,20 @@ void frmCapCDAdd::StageSelection()
             if (IsUnloaded())
                 return;
             // A picture may have been deleted since it was listed.
-            if (!images || PictureExists(path))
-                kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
+            if (images && !PictureExists(path))
+                continue;
+            kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
+            if (!visit)
+                continue;
+            const QString problem = disc_objects::Stage(area, path, *visit, facts);
+            if (!problem.isEmpty())
+                problems << problem;
         }
         m_barCount->setValue(qRound(100.0 * static_cast<double>(done + 1) / static_cast<double>(steps.size())));
     }
+    if (!problems.isEmpty())
+        ShowInformation(
+            u"그림 %1장은 DICOM으로 바꾸지 못하고 그림 파일로만 추가하였습니다.!!\r\n%2"_s.arg(problems.size())
+                .arg(problems.first()));
     Unload();
 }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "frame/forms.h"
+#include "visit/Visit.h"
+
+#include <optional>
 
 class fpSpread;
 class QProgressBar;
@@ -48,5 +51,6 @@ private:
     fpSpread* m_sprMovieList = nullptr;
     QProgressBar* m_barCount = nullptr;
     QProgressBar* m_barMoving = nullptr;
+    std::optional<Visit> m_imagesOf; ///< Whose pictures are listed.
     bool m_staging = false;
 };

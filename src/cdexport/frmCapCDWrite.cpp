@@ -1,5 +1,6 @@
 #include "cdexport/frmCapCDWrite.h"
 
+#include "cdexport/disc_objects.h"
 #include "cdexport/file_rows.h"
 #include "cdexport/frmCapCDAdd.h"
 #include "contracts/cd.h"
@@ -182,6 +183,10 @@ void frmCapCDWrite::DeleteStagedFile()
         return;
     Files().DeleteEntry(m_stagingPath, name);
     m_sprCDDrive->DeleteRows(row, 1);
+    if (ClientSetup.BurnerDicom) {
+        disc_objects::RemoveLone(m_stagingPath);
+        FollowStagingArea();
+    }
 }
 
 void frmCapCDWrite::StartBurning()
@@ -198,6 +203,13 @@ void frmCapCDWrite::StartBurning()
     if (m_sprCDDrive->DataRowCnt() == 0) {
         ShowInformation(u"추가된 파일이 없습니다."_s);
         return;
+    }
+    if (ClientSetup.BurnerDicom) {
+        if (const QString problem = disc_objects::WriteDirectory(m_stagingPath); !problem.isEmpty()) {
+            ShowInformation(u"DICOM 목록을 만들지 못하여 CD에 쓰지 않았습니다.!!\r\n%1"_s.arg(problem));
+            return;
+        }
+        FollowStagingArea();
     }
     burner->Startburn();
     Desktop& desktop = UseService<Desktop>();

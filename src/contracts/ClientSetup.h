@@ -12,6 +12,18 @@ inline bool FitsSectionColumn(const QString& section)
     return section.toUtf8().size() <= 100;
 }
 
+/// The clinic's server for pictures.
+struct PacsSetupRecord
+{
+    QString Host; ///< Empty: the clinic has none, and all that belongs to it stays away.
+    int Port = 104;
+    QString CalledAet;
+    QString CallingAet;
+    bool SendsEachStill = false; ///< As soon as it is safe; otherwise when the visit is stored.
+    QString Institution;         ///< Empty: the hospital of the visit's place of business.
+    QString UidRoot;             ///< Empty: identifiers that need no registration.
+};
+
 /// The clinic's setup as the setup component delivers it. All fields are text.
 struct ClientSetupRecord
 {
@@ -26,6 +38,8 @@ struct ClientSetupRecord
     QHash<QString, QString> SerialPorts; ///< Device file of a port number; a number without an entry is /dev/ttyS(n-1).
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.
     QString BurnerImage;                 ///< Image file that stands in for a CD drive; empty: real drives.
+    bool BurnerDicom = false;            ///< A CD also holds its pictures as DICOM.
+    PacsSetupRecord Pacs;
 };
 
 /// One place of business of the clinic.

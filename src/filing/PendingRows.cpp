@@ -1,11 +1,8 @@
 #include "filing/PendingRows.h"
 
-#include "contracts/desktop.h"
-#include "contracts/files.h"
 #include "contracts/PlatformError.h"
-#include "frame/components.h"
+#include "filing/visit_json.h"
 #include "frame/journal.h"
-#include "frame/services.h"
 #include "frame/WorkThread.h"
 #include "text/text_routines.h"
 
@@ -20,83 +17,27 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr char16_t Prefix[] = u"PendingRows-";
-constexpr char16_t ListEnding[] = u".json";
-constexpr char16_t LockEnding[] = u".lock";
-constexpr char16_t BrokenEnding[] = u".broken";
-/// The one list of all stations of an earlier release.
-constexpr char16_t CommonList[] = u"PendingRows.json";
-
-QString ListFolder()
-{
-    return UseService<Desktop>().ProgramFolder() + u'\\';
-}
-
-QString PathOf(const QString& mark, QStringView ending)
-{
-    return ListFolder() + QString::fromUtf16(Prefix) + mark + ending.toString();
-}
-
-QString OwnList()
-{
-    return PathOf(Files().ProcessMark(), ListEnding);
-}
-
-void IgnoringFaults(const std::function<void()>& step)
-{
-    try {
-        step();
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
-}
-
-/// Throws PlatformError when it isn't written.
-void WriteList(const QString& path, const QByteArray& content)
-{
-    try {
-        Files().WritePrivateFile(path, content);
-    } catch (const StoredWithFault& error) {
-        journal::NoteFault(error.Text());
-    }
-}
+const QString ListName = u"PendingRows"_s;
 
 QJsonObject ToJson(const PendingRows::Entry& entry)
 {
-    const Visit& visit = entry.visit;
-    return {{u"chart"_s, visit.chart},
-            {u"yuhyung"_s, visit.yuhyung},
-            {u"ymd"_s, visit.ymd},
-            {u"etc"_s, visit.etc},
-            {u"captureDir"_s, visit.captureDir},
-            {u"imageExt"_s, visit.imageExt},
-            {u"number"_s, entry.number},
-            {u"note"_s, entry.note},
-            {u"refused"_s, entry.refused},
-            {u"spooled"_s, entry.spooled}};
+    QJsonObject json = ToJson(entry.visit);
+    json.insert(u"number"_s, entry.number);
+    json.insert(u"note"_s, entry.note);
+    json.insert(u"refused"_s, entry.refused);
+    json.insert(u"spooled"_s, entry.spooled);
+    return json;
 }
 
 PendingRows::Entry FromJson(const QJsonObject& json)
 {
-    const auto text = [&json](const QString& key) { return json.value(key).toString(); };
-    return {{text(u"chart"_s), text(u"yuhyung"_s), text(u"ymd"_s), text(u"etc"_s), text(u"captureDir"_s),
-             text(u"imageExt"_s)},
+    return {VisitFromJson(json),
             json.value(u"number"_s).toInt(),
-            text(u"note"_s),
+            json.value(u"note"_s).toString(),
             json.value(u"refused"_s).toBool(),
             false,
             false,
-            text(u"spooled"_s)};
-}
-
-/// Throws PlatformError when it can't be read.
-QJsonDocument ReadDocument(const QString& path)
-{
-    QJsonParseError error = {};
-    QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(path), &error);
-    if (error.error != QJsonParseError::NoError)
-        throw PlatformError(error.errorString());
-    return document;
+            json.value(u"spooled"_s).toString()};
 }
 
 QList<PendingRows::Entry> EntriesOf(const QJsonDocument& document)
@@ -118,32 +59,14 @@ auto IsOf(const Visit& visit, int number)
 QList<PendingRows::List> PendingRows::ListsIn(const QString& folder)
 {
     QList<List> lists;
-    const QString plain = QString::fromUtf16(CommonList).chopped(QStringView(ListEnding).size());
-    for (const QString& name : Files().FilesStartingWith(folder, plain)) {
-        const bool isBroken = name.endsWith(QStringView(BrokenEnding));
-        if (!isBroken && !name.endsWith(QStringView(ListEnding)))
-            continue;
-        List list{folder + name, Holder::Dead, Files().ForeignOwner(folder + name), false, {}};
-        const qsizetype prefix = QStringView(Prefix).size();
-        if (!isBroken && name.startsWith(QStringView(Prefix)))
-            list.holder = Files().HolderOf(name.mid(prefix, name.size() - prefix - QStringView(ListEnding).size()));
-        try {
-            list.entries = EntriesOf(ReadDocument(list.path));
-            list.isReadable = true;
-        } catch (const PlatformError& error) {
-            qWarning("%s: %s", qPrintable(NativePath(list.path)), error.what());
-        }
-        lists.append(list);
-    }
+    for (const ProcessList::Found& found : ProcessList::In(folder, ListName))
+        lists.append({found.path, found.holder, found.foreignOwner, found.isReadable, EntriesOf(found.document)});
     return lists;
 }
 
 PendingRows::PendingRows(WorkThread& writer, std::function<void(const QString&)> fault)
-    : m_writer(writer), m_fault(std::move(fault))
+    : m_writer(writer), m_fault(std::move(fault)), m_list(ListName)
 {
-    IgnoringFaults([this] { m_lock = Files().Lock(PathOf(Files().ProcessMark(), LockEnding)); });
-    if (FileExists(OwnList()))
-        ReadList(OwnList(), m_folders);
     TakeOver();
 }
 
@@ -154,17 +77,11 @@ PendingRows::~PendingRows()
 
 void PendingRows::End()
 {
-    if (m_lock == nullptr)
+    if (m_list.HasEnded())
         return;
     m_folders.clear();
-    IgnoringFaults([this] {
-        if (m_entries.isEmpty() && m_leftFolders.isEmpty())
-            DeleteFile(OwnList());
-        else
-            StoreNow();
-        DeleteFile(PathOf(Files().ProcessMark(), LockEnding));
-    });
-    m_lock.reset();
+    const bool isEmpty = m_entries.isEmpty() && m_leftFolders.isEmpty();
+    m_list.End(isEmpty ? std::nullopt : std::optional(Content()));
 }
 
 void PendingRows::LeftFoldersAreSettled()
@@ -177,74 +94,32 @@ void PendingRows::LeftFoldersAreSettled()
 
 void PendingRows::TakeOver()
 {
-    QStringList taken;
-    const QStringList names = Files().FilesStartingWith(ListFolder(), QString::fromUtf16(Prefix));
-    for (const QString& name : names) {
-        const qsizetype prefix = QStringView(Prefix).size();
-        const bool isList = name.endsWith(QStringView(ListEnding));
-        const QString mark = name.mid(prefix, name.size() - prefix - QStringView(ListEnding).size());
-        const Holder holder = Files().HolderOf(mark);
-        if ((!isList && !name.endsWith(QStringView(LockEnding))) || holder == Holder::Self ||
-            holder == Holder::Elsewhere)
-            continue;
-        const QString owner = Files().ForeignOwner(ListFolder() + name);
-        if (owner.isEmpty() && TakeOverList(mark))
-            taken << mark;
-        else if (isList && !owner.isEmpty() && holder == Holder::Dead && !m_foreignOwners.contains(owner))
-            m_foreignOwners << owner;
-    }
-    const QString common = ListFolder() + QString::fromUtf16(CommonList);
-    if (FileExists(common))
-        ReadList(common, m_leftFolders);
+    const bool isTaken = m_list.TakeOver(
+        [this](const QJsonDocument& document, bool isOwn) { ReadList(document, isOwn ? m_folders : m_leftFolders); });
     if (!m_entries.isEmpty())
         journal::Note(Journal::Warning, u"앞 실행이 남긴 기록 대기 %1건을 이어받음"_s.arg(m_entries.size()));
-    if (!taken.isEmpty() || FileExists(common)) {
-        IgnoringFaults([&] {
-            StoreNow();
-            for (const QString& mark : taken) {
-                DeleteFile(PathOf(mark, ListEnding));
-                DeleteFile(PathOf(mark, LockEnding));
-            }
-            DeleteFile(common);
-            m_foreignLocks.clear();
-        });
-    }
-}
-
-bool PendingRows::TakeOverList(const QString& mark)
-{
-    bool taken = false;
-    IgnoringFaults([&] {
-        auto lock = Files().Lock(PathOf(mark, LockEnding));
-        if (lock == nullptr)
-            return;
-        const QString list = PathOf(mark, ListEnding);
-        taken = !FileExists(list) || ReadList(list, m_leftFolders);
-        m_foreignLocks.push_back(std::move(lock));
-    });
-    return taken;
-}
-
-bool PendingRows::ReadList(const QString& path, QList<Folder>& folders)
-{
+    if (!isTaken)
+        return;
     try {
-        const QJsonDocument document = ReadDocument(path);
-        for (const Entry& entry : EntriesOf(document)) {
-            m_entries.append(entry);
-            m_entries.last().waits = true;
-            // Numbers there are a process's own.
-            if (!m_entries.last().spooled.isEmpty())
-                m_entries.last().number = --m_lastSpooled;
-        }
-        const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
-        for (const auto& value : claimed)
-            folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
-        return true;
+        ProcessList::Write(m_list.Path(), Content());
+        m_list.RemoveTaken();
     } catch (const PlatformError& error) {
-        journal::NoteFault(u"%1: %2"_s.arg(error.Text(), path));
-        IgnoringFaults([&path] { Files().RenameFile(path, path + QString::fromUtf16(BrokenEnding)); });
-        return false;
+        journal::NoteFault(error.Text());
     }
+}
+
+void PendingRows::ReadList(const QJsonDocument& document, QList<Folder>& folders)
+{
+    for (const Entry& entry : EntriesOf(document)) {
+        m_entries.append(entry);
+        m_entries.last().waits = true;
+        // Numbers there are a process's own.
+        if (!m_entries.last().spooled.isEmpty())
+            m_entries.last().number = --m_lastSpooled;
+    }
+    const QJsonArray claimed = document.object().value(u"folders"_s).toArray();
+    for (const auto& value : claimed)
+        folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
 }
 
 bool PendingRows::Holds(const Visit& visit, int number) const
@@ -378,18 +253,13 @@ QByteArray PendingRows::Content() const
 
 void PendingRows::Store()
 {
-    m_writer.Post([path = OwnList(), content = Content(), told = m_fault] {
+    m_writer.Post([path = m_list.Path(), content = Content(), told = m_fault] {
         try {
-            WriteList(path, content);
+            ProcessList::Write(path, content);
         } catch (const PlatformError& error) {
             journal::NoteFault(error.Text());
             PostToScreen([told, text = u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(
                                     error.Text())] { told(text); });
         }
     });
-}
-
-void PendingRows::StoreNow() const
-{
-    WriteList(OwnList(), Content());
 }

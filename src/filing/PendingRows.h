@@ -1,6 +1,6 @@
 #pragma once
 
-#include "contracts/files.h"
+#include "filing/ProcessList.h"
 #include "visit/Visit.h"
 
 #include <QByteArray>
@@ -8,8 +8,6 @@
 #include <QStringList>
 
 #include <functional>
-#include <memory>
-#include <vector>
 
 class WorkThread;
 
@@ -52,9 +50,8 @@ public:
     /// The lists in a program's folder, also those that were put aside. Touches none.
     static QList<List> ListsIn(const QString& folder);
 
-    /// Takes over the lists of this user's stations on this machine that have died. A list that can't be read is put
-    /// aside under another name, not lost. The list is written on `writer`; `fault` hears, on the user-interface
-    /// thread, why it can't be: it then stands in memory alone.
+    /// Takes over the lists of this user's stations on this machine that have died. The list is written on `writer`;
+    /// `fault` hears, on the user-interface thread, why it can't be: it then stands in memory alone.
     PendingRows(WorkThread& writer, std::function<void(const QString&)> fault);
     ~PendingRows();
     PendingRows(const PendingRows&) = delete;
@@ -100,15 +97,13 @@ public:
     /// The station ends: what still waits is left to the next one. Nothing may be added afterwards.
     void End();
     /// Names of other users of this machine whose dead stations have left lists; theirs stay for them.
-    const QStringList& ForeignOwners() const { return m_foreignOwners; }
+    const QStringList& ForeignOwners() const { return m_list.ForeignOwners(); }
 
 private:
     void TakeOver();
-    bool TakeOverList(const QString& mark);
-    bool ReadList(const QString& path, QList<Folder>& folders);
+    void ReadList(const QJsonDocument& document, QList<Folder>& folders);
     QByteArray Content() const;
     void Store();
-    void StoreNow() const;
 
     WorkThread& m_writer;
     const std::function<void(const QString&)> m_fault;
@@ -116,7 +111,5 @@ private:
     int m_lastSpooled = 0;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
-    QStringList m_foreignOwners;
-    std::unique_ptr<FileLock> m_lock;
-    std::vector<std::unique_ptr<FileLock>> m_foreignLocks; ///< Of lists that were taken over but couldn't be copied.
+    ProcessList m_list;
 };

@@ -74,6 +74,15 @@ QString Verdict(const PatientRecordFields& patient, const QString& ymd)
     return {};
 }
 
+/// By the seventh character of a resident number.
+QString CenturyOf(const QString& jumin)
+{
+    const QString digit = jumin.mid(6, 1);
+    if (digit == u"9"_s || digit == u"0"_s)
+        return u"18"_s;
+    return !digit.isEmpty() && u"3478"_s.contains(digit) ? u"20"_s : u"19"_s;
+}
+
 } // namespace
 
 QString AddressText(const PatientRecordFields& patient)
@@ -139,14 +148,8 @@ QString AgeText(const QString& ymd, const QString& jumin)
         return u"000 00"_s;
     const QString monthDay = ymd.mid(4, 4);
     const QString birthday = jumin.mid(2, 4);
-    const QString centuryDigit = jumin.mid(6, 1);
-    QString century = u"19"_s;
-    if (centuryDigit == u"9"_s || centuryDigit == u"0"_s)
-        century = u"18"_s;
-    else if (!centuryDigit.isEmpty() && u"3478"_s.contains(centuryDigit))
-        century = u"20"_s;
 
-    int years = ymd.left(4).toInt() - (century + jumin.left(2)).toInt();
+    int years = ymd.left(4).toInt() - (CenturyOf(jumin) + jumin.left(2)).toInt();
     int months = monthDay.left(2).toInt() - birthday.left(2).toInt();
     if (birthday > monthDay) {
         years -= 1;
@@ -159,4 +162,13 @@ QString SexText(const QString& jumin)
 {
     const QString digit = Trim(jumin.mid(6, 1));
     return !digit.isEmpty() && u"13579"_s.contains(digit) ? u"M"_s : u"F"_s;
+}
+
+QString BirthText(const QString& jumin)
+{
+    constexpr qsizetype CenturyAt = 6;
+    if (jumin.size() <= CenturyAt || !IsNumericText(jumin))
+        return {};
+    const QString ymd = CenturyOf(jumin) + jumin.left(CenturyAt);
+    return DateFromText(ymd).isValid() ? ymd : QString();
 }

@@ -28,3 +28,7 @@ QString AgeText(const QString& ymd, const QString& jumin);
 
 /// "M" or "F" by the seventh character of a resident number.
 QString SexText(const QString& jumin);
+
+/// Date of birth `yyyymmdd` by the first seven digits of a resident number; empty for a number without them, or with
+/// none that is a date.
+QString BirthText(const QString& jumin);

@@ -20,6 +20,7 @@ public:
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
         Room,    ///< The disk of the pictures is nearly full.
+        Pacs,    ///< Pictures wait for the clinic's server, or were refused by it.
     };
 
     explicit NoticeStrip(QWidget* parent);

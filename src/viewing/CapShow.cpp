@@ -12,6 +12,7 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "pacs/PacsSending.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
@@ -38,6 +39,8 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
     });
     connect(m_popup, &QMenu::triggered, this, CommandSlot([this](QAction*) { PrintShownCaptures(); }));
 }
+
+CapShow::~CapShow() = default;
 
 void CapShow::BuildControls()
 {
@@ -82,11 +85,14 @@ void CapShow::Form_Load()
     ShowPatientPanels(*m_sbarCap);
     m_lblYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     m_lblEtc->setText(VisitContext.Etc);
+    m_pacs = PacsSending::ForSetup();
 }
 
 void CapShow::Form_Unload()
 {
     m_sprCap->BeginFill();
+    if (m_pacs)
+        m_pacs->End();
 }
 
 QString CapShow::FileBehind(int column, int row)
@@ -99,7 +105,11 @@ void CapShow::OpenEditorFromCell(int column, int row)
     const QString path = FileBehind(column, row);
     if (path.isEmpty())
         return;
+    const QString number = CellText(*m_sprCap, column, row + 1);
     OpenPictureEditor(CurrentVisit(), *m_sprCap, column, row);
+    // Here nobody stores the visit.
+    if (m_pacs && VisitContext.ImageSaved && IsNumericText(number))
+        m_pacs->Send(CurrentVisit(), WholeNumber(number));
     ShowPicture(*m_sprCap, row, column, Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
 }
 

@@ -2,8 +2,11 @@
 
 #include "frame/forms.h"
 
+#include <memory>
+
 class fpSpread;
 class ImagXpress;
+class PacsSending;
 class QLabel;
 class QMenu;
 class StatusPanels;
@@ -17,6 +20,7 @@ public:
     static constexpr const char16_t* FormName = u"CapShow";
 
     CapShow();
+    ~CapShow() override;
 
     fpSpread& sprCap() { return *m_sprCap; }
 
@@ -39,4 +43,5 @@ private:
     QLabel* m_lblYmd = nullptr;
     QLabel* m_lblEtc = nullptr;
     QMenu* m_popup = nullptr;
+    std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 };

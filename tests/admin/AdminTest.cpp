@@ -3,6 +3,7 @@
 #include "filing/NumberClaim.h"
 #include "filing/PendingRows.h"
 #include "frame/WorkThread.h"
+#include "support/PacsServer.h"
 #include "support/StationInABox.h"
 
 #include <QJsonArray>
@@ -227,6 +228,46 @@ private Q_SLOTS:
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 5);
         QCOMPARE(Run({u"pending"_s}), 0);
+    }
+
+    void PacsSendsForTheDeadAlone()
+    {
+        PacsServer server;
+        QFile setup(SetupPath());
+        QVERIFY(setup.open(QFile::Append));
+        setup.write("[Pacs]\nHost=127.0.0.1\nPort=" + QByteArray::number(server.Port()) + '\n');
+        setup.close();
+        const QString folder = m_box->Desk().ProgramFolder() + u'/';
+        const auto entry = [](int number, const QString& refusal) {
+            return QJsonObject{{u"chart"_s, u"00001234"_s},
+                               {u"ymd"_s, Day},
+                               {u"etc"_s, Stomach},
+                               {u"number"_s, number},
+                               {u"captureDir"_s, VisitContext.CaptureDir},
+                               {u"imageExt"_s, u"jpg"_s},
+                               {u"refusal"_s, refusal}};
+        };
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 3), "no picture");
+        const QString ofLiving = folder + u"Pacs-%1.json"_s.arg(Files().ProcessMark());
+        WriteWholeFile(
+            ofLiving,
+            QJsonDocument(QJsonObject{{u"entries"_s, QJsonArray{entry(1, {}), entry(2, u"가득 참"_s), entry(3, {})}}})
+                .toJson());
+        auto lock = Files().Lock(folder + u"Pacs-%1.lock"_s.arg(Files().ProcessMark()));
+        QCOMPARE(Run({u"pacs"_s}), 1);
+        QVERIFY2(m_output.contains(u"거부 00001234 20261124 위내시경 002 (실행 중인 스테이션) 가득 참"_s),
+                 qPrintable(m_output));
+        QCOMPARE(Run({u"pacs"_s, u"--retry"_s}), 1);
+        QVERIFY(FileExists(ofLiving));
+
+        lock.reset();
+        Files().RenameFile(ofLiving, folder + u"Pacs-%1.json"_s.arg(DeadMark()));
+        server.Start();
+        QCOMPARE(Run({u"pacs"_s, u"--retry"_s}), 1);
+        QCOMPARE(server.NumbersAsTheyCame(), (QList<int>{1, 2}));
+        QVERIFY2(m_output.contains(u"거부 00001234 20261124 위내시경 003"_s), qPrintable(m_output));
+        QCOMPARE(Run({u"pacs"_s, u"--drop"_s}), 0);
+        QCOMPARE(Run({u"pacs"_s}), 0);
     }
 
     void UsedWrongly_data()

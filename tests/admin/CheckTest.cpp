@@ -85,6 +85,8 @@ private Q_SLOTS:
         inSetup("root missing", u"CaptureRoot=none/"_s, u"캡쳐 폴더: 없습니다"_s);
         inSetup("not mounted", u"CaptureMount=1"_s, u"공유가 연결되어 있지 않습니다"_s);
         inSetup("section outside the root", u"EtcList=..,위내시경"_s, u"검사 이름으로 쓸 수 없습니다"_s);
+        inSetup("server for pictures away", u"Image=cd.iso\n[Pacs]\nHost=127.0.0.1\nPort=1"_s,
+                u"PACS 서버: 127.0.0.1:1"_s);
         inSetup("secret open to all", u"others"_s, u"모든 사용자가 읽을 수 있습니다"_s);
     }
 

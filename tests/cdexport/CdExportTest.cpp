@@ -1,6 +1,7 @@
 #include "cdexport/frmCapCDAdd.h"
 #include "cdexport/frmCapCDWrite.h"
 #include "contracts/cd.h"
+#include "platform/dicom/register_dicom.h"
 #include "support/CaptureScreen.h"
 
 #include <algorithm>
@@ -176,6 +177,47 @@ private Q_SLOTS:
         }
         QCOMPARE(Staged().mid(2), (QStringList{u"0000123420261101001 (2).jpg"_s, u"0000123420261101001.jpg"_s}));
         QCOMPARE(m_box->Desk().shown.size(), 1);
+    }
+
+    /// Another clinic's viewer opens the disc by its directory: it lists the pictures that are there, and no others.
+    void PicturesHaveObjectsBesideThem()
+    {
+        RegisterDicom();
+        ClientSetup.BurnerDicom = true;
+        for (const int number : {1, 2, 3})
+            m_box->AddPicture(u"20250301"_s, Stomach, number, u"지난해"_s);
+        WriteWholeFile(m_box->PicturePath(u"20250301"_s, Stomach, 3), "no picture");
+        frmCapCDWrite& screen = *OpenByMenu();
+        InAdd(screen, [&](frmCapCDAdd& add) {
+            Q_EMIT add.sprCapList().DblClick(1, 1);
+            Click(add.sprImageList(), 1, 1);
+            Click(add.sprImageList(), 2, 1, Qt::ControlModifier);
+            Click(add.sprImageList(), 3, 1, Qt::ControlModifier);
+            PressIn(add, u"cmdAddFile"_s);
+        });
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY2(m_box->Desk().shown.first().startsWith(u"그림 1장은 DICOM으로"_s),
+                 qPrintable(m_box->Desk().shown.first()));
+        QCOMPARE(QDir(stagingFolder + u"DICOM"_s).entryList(QDir::Files).size(), 2);
+        QCOMPARE(screen.sprCDDrive().DataRowCnt(), 4);
+        const auto remove = [&](int row) {
+            screen.sprCDDrive().SetActiveCell(1, row);
+            PressIn(screen, u"cmdDelFile"_s);
+        };
+        remove(2);
+        QCOMPARE(QDir(stagingFolder + u"DICOM"_s).entryList(QDir::Files).size(), 1);
+        PressIn(screen, u"cmdStart"_s);
+        QProcess extraction;
+        extraction.start(u"xorriso"_s, {u"-osirrox"_s, u"on"_s, u"-indev"_s, m_data->path() + u"/cd.iso"_s,
+                                        u"-extract"_s, u"/"_s, m_data->path() + u"/disc"_s});
+        QVERIFY(extraction.waitForFinished());
+        QProcess dump;
+        dump.start(u"dcmdump"_s, {u"-Un"_s, m_data->path() + u"/disc/DICOMDIR"_s});
+        QVERIFY(dump.waitForFinished());
+        const QString directory = QString::fromUtf8(dump.readAllStandardOutput());
+        QCOMPARE(directory.count(u"[DICOM\\CS"_s), 1);
+        QVERIFY(directory.contains(u"홍길동"_s));
+        QCOMPARE(QDir(m_data->path() + u"/disc/DICOM"_s).entryList(QDir::Files).size(), 1);
     }
 
     void MoviesOfThisPatient()

@@ -1,5 +1,6 @@
 #include "platform/setup/SetupFile.h"
 
+#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "platform/profile/IniFile.h"
 
@@ -23,6 +24,7 @@ public:
         ReadClient();
         ReadPlaces();
         ReadDevices();
+        ReadPacs();
         return m_setup;
     }
 
@@ -33,6 +35,8 @@ private:
     void ReadCaptureRoot(QString root);
     void ReadPlaces();
     void ReadDevices();
+    void ReadPacs();
+    QString ApplicationTitle(const QString& key, const QString& otherwise);
 
     QString Text(const QString& section, const QString& key);
     QString Needed(const QString& section, const QString& key);
@@ -189,6 +193,49 @@ void Reader::ReadDevices()
         m_setup.problems.append(
             u"[Screen] Scale은 1, 1.25, 1.5, 1.75, 2, fit 가운데 하나입니다. (%1)"_s.arg(m_setup.screenScale.left(60)));
     client.BurnerImage = Absolute(Text(u"Burner"_s, u"Image"_s));
+    client.BurnerDicom = Text(u"Burner"_s, u"Dicom"_s) == u"1";
+}
+
+QString Reader::ApplicationTitle(const QString& key, const QString& otherwise)
+{
+    // Blanks around it don't count; a backslash separates values.
+    static const QRegularExpression allowed(
+        uR"(\A[\x21-\x2C\x2E-\x5B\x5D-\x7E]([\x20-\x5B\x5D-\x7E]{0,14}[\x21-\x5B\x5D-\x7E])?\z)"_s);
+    const QString title = Text(u"Pacs"_s, key);
+    if (title.isEmpty())
+        return otherwise;
+    if (!allowed.match(title).hasMatch())
+        m_setup.problems.append(u"[Pacs] %1은(는) 영문자와 숫자 16자까지입니다. (%2)"_s.arg(key, title.left(60)));
+    return title;
+}
+
+void Reader::ReadPacs()
+{
+    const QString section = u"Pacs"_s;
+    PacsSetupRecord& pacs = m_setup.client.Pacs;
+    pacs.Institution = Text(section, u"Institution"_s);
+    pacs.UidRoot = Text(section, u"UidRoot"_s);
+    if (!pacs.UidRoot.isEmpty() && !IsUidRoot(pacs.UidRoot))
+        m_setup.problems.append(
+            u"[Pacs] UidRoot는 1.2.410.200000처럼 숫자와 점으로 24자까지입니다. (%1)"_s.arg(pacs.UidRoot.left(60)));
+    pacs.Host = Text(section, u"Host"_s);
+    if (pacs.Host.isEmpty())
+        return;
+    // It becomes a word of a command.
+    static const QRegularExpression host(uR"(\A[A-Za-z0-9:][A-Za-z0-9.:_-]*\z)"_s);
+    if (!host.match(pacs.Host).hasMatch())
+        m_setup.problems.append(u"[Pacs] Host는 서버의 이름이나 주소입니다. (%1)"_s.arg(pacs.Host.left(60)));
+    const QString port = Text(section, u"Port"_s);
+    if (!port.isEmpty())
+        pacs.Port = port.toInt();
+    if (!port.isEmpty() && !IsPort(port))
+        m_setup.problems.append(u"[Pacs] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port.left(60)));
+    pacs.CalledAet = ApplicationTitle(u"CalledAet"_s, u"ANY-SCP"_s);
+    pacs.CallingAet = ApplicationTitle(u"CallingAet"_s, u"CAPTURE"_s);
+    const QString send = Text(section, u"Send"_s).toLower();
+    pacs.SendsEachStill = send == u"still";
+    if (!send.isEmpty() && send != u"still" && send != u"save")
+        m_setup.problems.append(u"[Pacs] Send는 save나 still입니다. (%1)"_s.arg(send.left(60)));
 }
 } // namespace
 

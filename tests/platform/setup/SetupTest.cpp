@@ -106,6 +106,12 @@ private Q_SLOTS:
             {"section above the root", u"EtcList"_s, u"EtcList=위내시경,.."_s, u"\"..\"은(는) 검사 이름으로"_s},
             {"section with a backslash", u"EtcList"_s, u"EtcList=..\\위"_s, u"\"..\\위\""_s},
             {"scale between the steps", u"EtcList"_s, u"[Screen]\nScale=1.1"_s, u"[Screen] Scale은 1, 1.25"_s},
+            {"server for pictures that is an option", u"EtcList"_s, u"[Pacs]\nHost=-v"_s, u"[Pacs] Host는"_s},
+            {"title that is too long", u"EtcList"_s, u"[Pacs]\nHost=a\nCalledAet=A2345678901234567"_s,
+             u"CalledAet은"_s},
+            {"title that is two values", u"EtcList"_s, u"[Pacs]\nHost=a\nCallingAet=A\\B"_s, u"CallingAet은"_s},
+            {"neither still nor save", u"EtcList"_s, u"[Pacs]\nHost=a\nSend=all"_s, u"[Pacs] Send는"_s},
+            {"root of identifiers with a 0", u"EtcList"_s, u"[Pacs]\nUidRoot=1.02.3"_s, u"[Pacs] UidRoot는"_s},
             {"section that its column would cut", u"EtcList"_s, u"EtcList="_s + QString(101, u'a'), u"검사 이름으로"_s},
         };
         for (const QString& driver : {u"QMARIADB"_s, u"QSQLITE"_s}) {

@@ -1,0 +1,129 @@
+#include "cdexport/disc_objects.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/file_calls.h"
+#include "frame/services.h"
+#include "records/picture_facts.h"
+#include "visit/VisitContext.h"
+
+#include <QCryptographicHash>
+#include <QFileInfo>
+#include <QRegularExpression>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString ObjectFolder = u"DICOM"_s;
+const QString Directory = u"DICOMDIR"_s;
+
+/// A medium's names have eight capital letters and digits. The first two tell ours from what else may lie there.
+QString ObjectName(const QString& staged)
+{
+    constexpr qsizetype Digits = 6;
+    constexpr int Letters = 36;
+    quint64 hash = 0;
+    for (const char byte : QCryptographicHash::hash(staged.toUtf8(), QCryptographicHash::Sha256).first(8))
+        hash = hash << 8 | static_cast<unsigned char>(byte);
+    QString name;
+    for (; name.size() < Digits; hash /= Letters)
+        name += QString::number(hash % Letters, Letters).toUpper();
+    return u"CS"_s + name;
+}
+
+bool IsOurs(const QString& name)
+{
+    static const QRegularExpression ours(u"^CS[0-9A-Z]{6}$"_s);
+    return ours.match(name).hasMatch();
+}
+
+/// Name under which the picture lies in the staging folder: it gets a number beside another of its name. Empty when it
+/// isn't there.
+QString StagedName(const QString& area, const QString& picture)
+{
+    const QString stem = QFileInfo(NativePath(picture)).completeBaseName();
+    for (const QString& name : Files().FilesStartingWith(area, stem)) {
+        if (Files().SameContent(picture, area + name))
+            return name;
+    }
+    return {};
+}
+
+/// On a thread of its own: reads, makes, copies.
+QString MakeStaged(const QString& area, const QString& path, DicomPicture facts)
+{
+    const QString name = StagedName(area, path);
+    if (name.isEmpty())
+        return {};
+    const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
+    facts.takenAt = Files().LastModified(path).toLocalTime();
+    const QString made = kit->WorkFolder() + u"object"_s;
+    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, made, {});
+    if (outcome.kind != DicomOutcome::Accepted)
+        return outcome.reason;
+    const QString folder = area + ObjectFolder + u'\\';
+    MakeFolder(folder);
+    DeleteFile(folder + ObjectName(name));
+    Files().CopyToNewFile(made, folder + ObjectName(name), {});
+    return {};
+}
+
+void RemoveLoneThere(const QString& area)
+{
+    const QString folder = area + ObjectFolder + u'\\';
+    if (!FolderExists(folder))
+        return;
+    QStringList wanted;
+    for (const FolderEntry& entry : Files().Entries(area))
+        wanted << ObjectName(entry.Name);
+    bool isEmpty = true;
+    for (const FolderEntry& entry : Files().Entries(folder)) {
+        if (IsOurs(entry.Name) && !wanted.contains(entry.Name))
+            Files().DeleteEntry(folder, entry.Name);
+        else
+            isEmpty = false;
+    }
+    if (!isEmpty)
+        return;
+    Files().DeleteEntry(area, ObjectFolder);
+    DeleteFile(area + Directory);
+}
+
+} // namespace
+
+DicomPicture disc_objects::FactsOf(const Visit& visit)
+{
+    return PictureFacts(visit, DoctorOf(visit), ClientSetup.Pacs, SaupTable);
+}
+
+QString disc_objects::Stage(const QString& area, const QString& picture, const Visit& visit, const DicomPicture& facts)
+{
+    try {
+        DicomPicture own = facts;
+        own.number = visit.PictureNumber(QFileInfo(NativePath(picture)).fileName());
+        return filecalls::Ask([area, picture, own] { return MakeStaged(area, picture, own); });
+    } catch (const PlatformError& error) {
+        return error.Text();
+    }
+}
+
+void disc_objects::RemoveLone(const QString& area)
+{
+    filecalls::Ask([area] { RemoveLoneThere(area); });
+}
+
+QString disc_objects::WriteDirectory(const QString& area)
+{
+    try {
+        RemoveLone(area);
+        if (!FolderExists(area + ObjectFolder))
+            return {};
+        const DicomOutcome outcome = filecalls::Ask(
+            [area] { return CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->MakeDirectory(area, {}); });
+        return outcome.kind == DicomOutcome::Accepted ? QString() : outcome.reason;
+    } catch (const PlatformError& error) {
+        return error.Text();
+    }
+}

@@ -1,0 +1,263 @@
+#include "pacs/PacsSending.h"
+
+#include "contracts/desktop.h"
+#include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/journal.h"
+#include "records/picture_facts.h"
+#include "records/Statement.h"
+#include "text/date_routines.h"
+#include "text/text_routines.h"
+#include "visit/VisitContext.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Few enough that the count on the screen moves, enough that the programs' start doesn't count.
+constexpr int BatchSize = 5;
+constexpr int FirstPauseMs = 1000;
+constexpr int LongestPauseMs = 5 * 60 * 1000;
+/// A server that breaks the connection on one object so often won't ever take it, and the others wait behind it.
+constexpr int MostCuts = 10;
+constexpr int EndPatienceMs = 1500;
+
+QString PictureText(const PacsQueue::Entry& entry)
+{
+    return u"캡쳐 %1번(%2, %3)"_s.arg(NumberText(entry.number), LayIntoMask(entry.visit.ymd, u"0000-00-00"),
+                                      entry.visit.etc);
+}
+
+QString TodayText()
+{
+    return TextFromDate(UseService<Desktop>().Today());
+}
+
+} // namespace
+
+std::unique_ptr<PacsSending> PacsSending::ForSetup()
+{
+    return ClientSetup.Pacs.Host.isEmpty() ? nullptr : std::make_unique<PacsSending>();
+}
+
+PacsSending::PacsSending()
+    : m_setup(ClientSetup.Pacs), m_peer{m_setup.Host, m_setup.Port, m_setup.CalledAet, m_setup.CallingAet},
+      m_queue(m_local, TodayText()), m_kit(std::make_shared<std::unique_ptr<DicomKit>>())
+{
+    m_pause.setSingleShot(true);
+    connect(&m_pause, &QTimer::timeout, this, &PacsSending::Step);
+    if (m_queue.Waiting() > 0)
+        journal::Note(Journal::Information, u"앞 실행이 남긴 PACS 대기 %1장을 이어받음"_s.arg(m_queue.Waiting()));
+    QTimer::singleShot(0, this, [this] {
+        TellNotice();
+        Step();
+    });
+}
+
+PacsSending::~PacsSending()
+{
+    End();
+}
+
+void PacsSending::End()
+{
+    if (std::exchange(m_hasEnded, true))
+        return;
+    m_pause.stop();
+    m_stop.request_stop();
+    m_worker.End(EndPatienceMs, [kit = m_kit] { kit->reset(); });
+    m_local.End(EndPatienceMs);
+    m_queue.End();
+}
+
+void PacsSending::VisitIsStored(const Visit& visit, const QList<int>& numbers, bool hasMore)
+{
+    m_storedEarly.removeOne(visit);
+    if (hasMore)
+        m_storedEarly.append(visit);
+    Add(visit, numbers);
+}
+
+void PacsSending::StillIsSafe(const Visit& visit, int number)
+{
+    if (m_setup.SendsEachStill || m_storedEarly.contains(visit))
+        Add(visit, {number});
+}
+
+void PacsSending::PictureIsMarked(const Visit& visit, int number)
+{
+    const bool isStoredLater = visit == CurrentVisit() && !m_setup.SendsEachStill && !m_queue.Knows(visit, number);
+    if (!isStoredLater)
+        Send(visit, number);
+}
+
+void PacsSending::IsDeleted(const Visit& visit, std::optional<int> number)
+{
+    const QList<qint64> underWay = m_queue.Forget(visit, number);
+    for (const pacs::Item& item : std::as_const(m_underWay)) {
+        if (underWay.contains(item.entry.id))
+            *item.isDropped = true;
+    }
+    TellNotice();
+}
+
+void PacsSending::RetryRefused()
+{
+    m_queue.RetryRefused();
+    TellNotice();
+    Step();
+}
+
+void PacsSending::Add(const Visit& visit, const QList<int>& numbers, bool isChanged)
+{
+    if (m_hasEnded)
+        return;
+    m_queue.Add(visit, numbers, DoctorOf(visit), isChanged);
+    TellNotice();
+    Step();
+}
+
+void PacsSending::Step()
+{
+    if (m_isBusy || m_hasEnded || m_pause.isActive())
+        return;
+    // A server that was away is tried with one.
+    const QList<PacsQueue::Entry> entries = m_queue.Take(m_pauseMs > 0 ? 1 : BatchSize);
+    if (entries.isEmpty())
+        return;
+    m_isBusy = true;
+    AskFacts(entries);
+}
+
+void PacsSending::AskFacts(const QList<PacsQueue::Entry>& entries)
+{
+    const auto items = std::make_shared<QList<pacs::Item>>();
+    for (const PacsQueue::Entry& entry : entries)
+        items->append(pacs::Item{entry, {}});
+    m_underWay = *items;
+    const auto ask = [items, setup = m_setup, places = SaupTable] {
+        for (pacs::Item& item : *items)
+            item.facts = PictureFacts(item.entry.visit, item.entry.doctor, setup, places);
+    };
+    const auto answered = [this, items](const std::exception_ptr& fault) {
+        if (m_hasEnded)
+            return;
+        if (fault == nullptr) {
+            HandOver(*items);
+            return;
+        }
+        m_isBusy = false;
+        m_underWay.clear();
+        m_queue.PutBack();
+        Pause(guard::TextOf(fault));
+    };
+    try {
+        QueueStatements(this, ask, answered);
+    } catch (const PlatformError&) {
+        answered(std::current_exception());
+    }
+}
+
+void PacsSending::HandOver(const QList<pacs::Item>& items)
+{
+    const QStringList uids = m_queue.SentUids();
+    const auto work = [self = QPointer(this), items = QList(items), kit = m_kit, peer = m_peer,
+                       sent = QSet(uids.begin(), uids.end()), stop = m_stop.get_token()]() mutable {
+        QList<pacs::Result> results;
+        try {
+            if (*kit == nullptr)
+                *kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
+            results = pacs::SendBatch(**kit, peer, items, sent, stop);
+        } catch (const PlatformError& error) {
+            results = QList<pacs::Result>(items.size(), {{DicomOutcome::Away, error.Text()}});
+        }
+        PostToScreen([self, results] {
+            if (self && !self->m_hasEnded)
+                self->TakeResults(results);
+        });
+    };
+    m_worker.Post(work);
+}
+
+void PacsSending::TakeResults(const QList<pacs::Result>& results)
+{
+    const QList<pacs::Item> items = std::exchange(m_underWay, {});
+    QString away;
+    bool isAnswered = false;
+    for (qsizetype at = 0; at < items.size(); ++at) {
+        TakeResult(items[at], results[at]);
+        isAnswered |= results[at].isAnswered;
+        const DicomOutcome& outcome = results[at].outcome;
+        const bool isPassing = outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut;
+        if (away.isEmpty() && isPassing && !results[at].isGone)
+            away = outcome.reason;
+    }
+    m_queue.PutBack();
+    m_isBusy = false;
+    if (isAnswered) {
+        m_pauseMs = 0;
+        SetAway({});
+    }
+    if (!away.isEmpty())
+        Pause(away);
+    m_queue.Store();
+    TellNotice();
+    Step();
+}
+
+void PacsSending::TakeResult(const pacs::Item& item, const pacs::Result& result)
+{
+    const PacsQueue::Entry& entry = item.entry;
+    QString refusal;
+    if (result.isGone) {
+        m_queue.Remove(entry);
+    } else if (result.outcome.kind == DicomOutcome::Accepted) {
+        m_queue.Sent(entry, result.uid);
+        ++m_sent;
+        Q_EMIT Sent(entry.visit, entry.number);
+    } else if (result.outcome.kind == DicomOutcome::Refused) {
+        refusal = result.outcome.reason;
+    } else if (result.outcome.kind == DicomOutcome::Cut && m_queue.CountCut(entry) >= MostCuts) {
+        refusal = u"보내는 중에 연결이 %1번 끊겼습니다.!!"_s.arg(MostCuts);
+    }
+    if (refusal.isEmpty())
+        return;
+    m_queue.Refuse(entry, refusal);
+    journal::NoteFault(u"PACS 거부, %1: %2"_s.arg(PictureText(entry), refusal));
+}
+
+void PacsSending::Pause(const QString& reason)
+{
+    SetAway(reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : reason);
+    m_pauseMs = m_pauseMs == 0 ? FirstPauseMs : std::min(m_pauseMs * 2, LongestPauseMs);
+    m_pause.start(m_pauseMs);
+}
+
+void PacsSending::SetAway(const QString& reason)
+{
+    if (reason == std::exchange(m_away, reason))
+        return;
+    m_queue.setAway(reason);
+    if (reason.isEmpty())
+        journal::Note(Journal::Information, u"PACS에 다시 보냄, 남은 대기 %1장"_s.arg(m_queue.Waiting()));
+    else
+        journal::NoteFault(u"PACS에 보내지 못함, 대기 %1장: %2"_s.arg(m_queue.Waiting()).arg(reason));
+}
+
+void PacsSending::TellNotice()
+{
+    const int waiting = m_queue.Waiting();
+    QStringList parts;
+    if (waiting > 0)
+        parts << u"PACS %1/%2"_s.arg(m_sent).arg(m_sent + waiting);
+    else
+        m_sent = 0;
+    if (m_queue.Refused() > 0)
+        parts << u"PACS 거부 %1건"_s.arg(m_queue.Refused());
+    Q_EMIT NoticeChanged(parts.join(u", "_s));
+}
