@@ -66,4 +66,5 @@ int BenchBombs();
 int BenchImport();
 int BenchDelete();
 int BenchStart(const QString& mode);
+int BenchPacs();
 int BenchMemory(const QString& mode);

@@ -32,12 +32,14 @@ int main(int argc, char* argv[])
         return BenchImport();
     if (work == u"delete"_s)
         return BenchDelete();
+    if (work == u"pacs"_s)
+        return BenchPacs();
     if (work == u"start"_s)
         return BenchStart(mode);
     if (work == u"memory"_s)
         return BenchMemory(mode);
     std::fputs("usage: bench_station "
-               "still|stalls|spool|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|start|memory\n",
+               "still|stalls|spool|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|pacs|start|memory\n",
                stderr);
     return 2;
 }

@@ -49,7 +49,8 @@ struct DicomOutcome
 };
 
 /// Pictures as DICOM objects. Each call blocks, never throws but where it says so, ends within its own limit of time,
-/// and at once, as `Away`, when a stop is asked for. An object is used by one thread at a time.
+/// and at once, as `Away`, when a stop is asked for. While objects
+/// are sent, others may be made on another thread; apart from that one thread uses it at a time.
 class DicomKit
 {
 public:

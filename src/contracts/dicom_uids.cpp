@@ -51,7 +51,7 @@ QString SeriesUid(const DicomPicture& picture)
 
 QString InstanceUid(const DicomPicture& picture, const QByteArray& content)
 {
-    const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Sha256).toHex();
+    const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex();
     return Uid(picture, StudyFields(picture)
                             << u"instance"_s << QString::number(picture.number) << QString::fromLatin1(hash));
 }

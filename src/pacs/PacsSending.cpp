@@ -19,8 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Few enough that the count on the screen moves, enough that the programs' start doesn't count.
-constexpr int BatchSize = 5;
+constexpr int BatchSize = 50;
 constexpr int FirstPauseMs = 1000;
 constexpr int LongestPauseMs = 5 * 60 * 1000;
 /// A server that breaks the connection on one object so often won't ever take it, and the others wait behind it.
@@ -167,42 +166,55 @@ void PacsSending::HandOver(const QList<pacs::Item>& items)
 {
     const QStringList uids = m_queue.SentUids();
     const auto work = [self = QPointer(this), items = QList(items), kit = m_kit, peer = m_peer,
-                       sent = QSet(uids.begin(), uids.end()), stop = m_stop.get_token()]() mutable {
-        QList<pacs::Result> results;
+                       sent = QSet(uids.begin(), uids.end()), stop = m_stop.get_token()] {
+        QString fault;
         try {
             if (*kit == nullptr)
                 *kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
-            results = pacs::SendBatch(**kit, peer, items, sent, stop);
+            pacs::SendBatch(**kit, peer, items, sent, stop,
+                            [&self](qsizetype first, const QList<pacs::Result>& results) {
+                                PostToScreen([self, first, results] {
+                                    if (self && !self->m_hasEnded)
+                                        self->TakeResults(first, results);
+                                });
+                            });
         } catch (const PlatformError& error) {
-            results = QList<pacs::Result>(items.size(), {{DicomOutcome::Away, error.Text()}});
+            fault = error.Text();
         }
-        PostToScreen([self, results] {
+        PostToScreen([self, fault] {
             if (self && !self->m_hasEnded)
-                self->TakeResults(results);
+                self->EndBatch(fault);
         });
     };
     m_worker.Post(work);
 }
 
-void PacsSending::TakeResults(const QList<pacs::Result>& results)
+void PacsSending::TakeResults(qsizetype first, const QList<pacs::Result>& results)
 {
-    const QList<pacs::Item> items = std::exchange(m_underWay, {});
-    QString away;
     bool isAnswered = false;
-    for (qsizetype at = 0; at < items.size(); ++at) {
-        TakeResult(items[at], results[at]);
-        isAnswered |= results[at].isAnswered;
-        const DicomOutcome& outcome = results[at].outcome;
-        const bool isPassing = outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut;
-        if (away.isEmpty() && isPassing && !results[at].isGone)
-            away = outcome.reason;
+    for (qsizetype at = 0; at < results.size(); ++at) {
+        const pacs::Result& result = results[at];
+        TakeResult(m_underWay[first + at], result);
+        isAnswered |= result.isAnswered;
+        const bool isPassing = result.outcome.kind == DicomOutcome::Away || result.outcome.kind == DicomOutcome::Cut;
+        if (isPassing && !result.isGone && m_batchAway.isEmpty())
+            m_batchAway = result.outcome.reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : result.outcome.reason;
     }
-    m_queue.PutBack();
-    m_isBusy = false;
     if (isAnswered) {
         m_pauseMs = 0;
         SetAway({});
     }
+    m_queue.Store();
+    TellNotice();
+}
+
+void PacsSending::EndBatch(const QString& fault)
+{
+    const QString away = m_batchAway.isEmpty() ? fault : m_batchAway;
+    m_batchAway.clear();
+    m_underWay.clear();
+    m_queue.PutBack();
+    m_isBusy = false;
     if (!away.isEmpty())
         Pause(away);
     m_queue.Store();
@@ -233,7 +245,7 @@ void PacsSending::TakeResult(const pacs::Item& item, const pacs::Result& result)
 
 void PacsSending::Pause(const QString& reason)
 {
-    SetAway(reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : reason);
+    SetAway(reason);
     m_pauseMs = m_pauseMs == 0 ? FirstPauseMs : std::min(m_pauseMs * 2, LongestPauseMs);
     m_pause.start(m_pauseMs);
 }

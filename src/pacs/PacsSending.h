@@ -57,7 +57,9 @@ private:
     void Step();
     void AskFacts(const QList<PacsQueue::Entry>& entries);
     void HandOver(const QList<pacs::Item>& items);
-    void TakeResults(const QList<pacs::Result>& results);
+    void TakeResults(qsizetype first, const QList<pacs::Result>& results);
+    /// The batch that is under way has ended. `fault`: it couldn't even begin.
+    void EndBatch(const QString& fault);
     void TakeResult(const pacs::Item& item, const pacs::Result& result);
     void Pause(const QString& reason);
     void SetAway(const QString& reason);
@@ -69,6 +71,7 @@ private:
     WorkThread m_worker; ///< Reads pictures, makes objects, sends.
     PacsQueue m_queue;
     QList<pacs::Item> m_underWay;
+    QString m_batchAway;        ///< Why the rest of it couldn't be brought on; empty while it can.
     QList<Visit> m_storedEarly; ///< Stored while some of their stills were being filed.
     QTimer m_pause;
     int m_pauseMs = 0; ///< The last one's; 0 when the server has answered since.

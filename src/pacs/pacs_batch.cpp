@@ -6,9 +6,14 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 
+#include <future>
+
 using namespace Qt::StringLiterals;
 
 namespace {
+
+/// Few enough that the count on the screen moves, enough that the start of a connection doesn't count.
+constexpr qsizetype GroupSize = 5;
 
 /// An object on its way.
 struct Object
@@ -61,43 +66,82 @@ void DeleteObjects(const QList<Object>& objects)
     }
 }
 
-} // namespace
-
-QList<pacs::Result> pacs::SendBatch(DicomKit& kit, const DicomPeer& peer, QList<Item>& items, const QSet<QString>& sent,
-                                    const std::stop_token& stop)
+/// Some neighbours of a batch, whose objects are sent over one connection.
+struct Group
 {
-    QList<Result> results(items.size());
-    QList<Object> objects;
-    for (qsizetype at = 0; at < items.size(); ++at) {
+    QList<pacs::Item> items;
+    QList<pacs::Result> results;
+    QList<Object> objects;  ///< Of those that are to be sent.
+    bool isPassing = false; ///< What comes behind waits with it, so that the order stays.
+};
+
+Group PrepareGroup(DicomKit& kit, const QList<pacs::Item>& items, qsizetype first, const QSet<QString>& sent,
+                   const std::stop_token& stop)
+{
+    Group group{items, QList<pacs::Result>(items.size()), {}};
+    for (qsizetype at = 0; at < items.size() && !group.isPassing; ++at) {
+        pacs::Result& result = group.results[at];
         try {
-            const QString path = Prepare(kit, items[at], results[at], u"%1.dcm"_s.arg(at + 1), sent, stop);
+            const QString name = u"%1.dcm"_s.arg(first + at + 1);
+            const QString path = Prepare(kit, group.items[at], result, name, sent, stop);
             if (!path.isEmpty())
-                objects.append({at, path});
+                group.objects.append({at, path});
         } catch (const FilesAway& error) {
-            results[at].outcome = {DicomOutcome::Away, error.Text()};
+            result.outcome = {DicomOutcome::Away, error.Text()};
         } catch (const PlatformError& error) {
-            results[at].outcome = {DicomOutcome::Cut, error.Text()};
+            result.outcome = {DicomOutcome::Cut, error.Text()};
         }
-        // The order stays: what comes behind waits with it.
-        if (!results[at].isGone && IsPassing(results[at].outcome))
-            break;
+        group.isPassing = !result.isGone && IsPassing(result.outcome);
     }
-    QList<Object> wanted;
+    return group;
+}
+
+void SendGroup(DicomKit& kit, const DicomPeer& peer, Group& group, const std::stop_token& stop)
+{
+    QList<qsizetype> wanted;
     QStringList paths;
-    for (const Object& object : objects) {
-        if (*items[object.item].isDropped) {
-            results[object.item].isGone = true;
+    for (const Object& object : group.objects) {
+        group.results[object.item].isGone = *group.items[object.item].isDropped;
+        if (group.results[object.item].isGone)
             continue;
-        }
-        wanted.append(object);
+        wanted << object.item;
         paths << object.path;
     }
     const QList<DicomOutcome> outcomes = paths.isEmpty() ? QList<DicomOutcome>() : kit.Send(peer, paths, stop);
     for (qsizetype at = 0; at < wanted.size(); ++at) {
-        Result& result = results[wanted[at].item];
+        pacs::Result& result = group.results[wanted[at]];
         result.outcome = outcomes.value(at);
         result.isAnswered = !IsPassing(result.outcome);
+        group.isPassing |= IsPassing(result.outcome);
     }
-    DeleteObjects(objects);
-    return results;
+    DeleteObjects(group.objects);
+}
+
+} // namespace
+
+void pacs::SendBatch(DicomKit& kit, const DicomPeer& peer, const QList<Item>& items, const QSet<QString>& sent,
+                     const std::stop_token& stop, const Hear& hear)
+{
+    std::future<void> sending;
+    Group underWay;
+    qsizetype heard = 0;
+    // The next objects are made while these are on their way.
+    const auto settle = [&] {
+        if (!sending.valid())
+            return;
+        sending.get();
+        hear(heard, underWay.results);
+        heard += underWay.results.size();
+    };
+    for (qsizetype first = 0; first < items.size(); first += GroupSize) {
+        Group next = PrepareGroup(kit, items.mid(first, GroupSize), first, sent, stop);
+        settle();
+        if (underWay.isPassing) {
+            DeleteObjects(next.objects);
+            return;
+        }
+        underWay = std::move(next);
+        sending = std::async(std::launch::async, [&] { SendGroup(kit, peer, underWay, stop); });
+    }
+    settle();
 }

@@ -6,6 +6,7 @@
 #include <QSet>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <stop_token>
 
@@ -28,9 +29,12 @@ struct Result
     bool isAnswered = false; ///< By the server.
 };
 
+/// Hears what became of neighbours, the first of which has that place in the batch; on a thread of the batch's.
+using Hear = std::function<void(qsizetype first, const QList<Result>& results)>;
+
 /// Reads the pictures, makes objects of them and sends these, in their order; `sent` names those that the server has
-/// already. Behind one that couldn't be brought on, the others are left as `Away`.
-QList<Result> SendBatch(DicomKit& kit, const DicomPeer& peer, QList<Item>& items, const QSet<QString>& sent,
-                        const std::stop_token& stop);
+/// already. `hear` is called in the order of the batch, and no more behind a picture that couldn't be brought on.
+void SendBatch(DicomKit& kit, const DicomPeer& peer, const QList<Item>& items, const QSet<QString>& sent,
+               const std::stop_token& stop, const Hear& hear);
 
 } // namespace pacs
