@@ -3,6 +3,8 @@
 #include "support/testing.h"
 
 #include <arpa/inet.h>
+#include <csignal>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -21,6 +23,7 @@ public:
         m_port = ntohs(place.sin_port);
         close(probe);
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     }
     ~PacsServer() { Stop(); }
     PacsServer(const PacsServer&) = delete;
