@@ -19,12 +19,14 @@ struct Reason
 };
 
 /// The more telling come first: the others often only follow from them.
-constexpr std::array<Reason, 7> Reasons{{
+constexpr std::array<Reason, 8> Reasons{{
     {u"Called AE ?Title Not Recognized", u"PACS 서버가 CalledAet을 알지 못합니다.!!"},
     {u"Calling AE ?Title Not Recognized", u"PACS 서버가 CallingAet을 알지 못합니다.!!"},
     {u"Association Rejected", u"PACS 서버가 연결을 거부하였습니다.!!"},
     {u"No presentation context|No Acceptable Presentation|unable to convert dataset",
      u"PACS 서버가 내시경 그림(JPEG)을 받지 않습니다.!!"},
+    // Its "Connection reset" tells of one that stood.
+    {u"TCP I/O Error", u"PACS 서버와의 연결이 도중에 끊겼습니다.!!"},
     {u"TCP Initialization Error|host|Connection", u"PACS 서버에 연결할 수 없습니다.!!"},
     {u"abort|timeout|Timeout|DIMSE|DUL", u"PACS 서버와의 연결이 도중에 끊겼습니다.!!"},
     {u"open|read|space", u"보낼 파일을 읽지 못했습니다.!!"},
