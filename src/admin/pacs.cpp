@@ -1,7 +1,7 @@
 #include "admin/pacs.h"
 
-#include "admin/commands.h"
 #include "admin/exit_codes.h"
+#include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "frame/components.h"
@@ -9,7 +9,6 @@
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
-#include <QElapsedTimer>
 #include <QTextStream>
 
 using namespace Qt::StringLiterals;
@@ -18,22 +17,6 @@ namespace {
 
 /// A server that has taken nothing for so long is left alone.
 constexpr int PatienceMs = 30'000;
-constexpr int LookMs = 200;
-
-QString OwnFolder()
-{
-    return UseService<Desktop>().ProgramFolder() + u'\\';
-}
-
-QString HolderText(const PacsQueue::List& list)
-{
-    QString text = u"끝난 스테이션"_s;
-    if (list.holder == Holder::Living)
-        text = u"실행 중인 스테이션"_s;
-    else if (list.holder == Holder::Elsewhere)
-        text = u"다른 컴퓨터의 스테이션"_s;
-    return list.foreignOwner.isEmpty() ? text : u"%1, 사용자 %2"_s.arg(text, list.foreignOwner);
-}
 
 QString PictureText(const Visit& visit, int number)
 {
@@ -46,13 +29,15 @@ int ShowFolder(const QString& folder, QTextStream& out)
     int lines = 0;
     for (const PacsQueue::List& list : PacsQueue::ListsIn(folder)) {
         if (!list.isReadable) {
-            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s << HolderText(list) << u")\n"_s;
+            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s
+                << HolderText(list.holder, list.foreignOwner) << u")\n"_s;
             ++lines;
         }
         for (const PacsQueue::Entry& entry : list.entries) {
             const QString reason = entry.refusal.isEmpty() ? list.away : entry.refusal;
             out << (entry.refusal.isEmpty() ? u"대기 "_s : u"거부 "_s) << PictureText(entry.visit, entry.number)
-                << u" ("_s << HolderText(list) << u")"_s << (reason.isEmpty() ? QString() : u' ' + reason) << u'\n';
+                << u" ("_s << HolderText(list.holder, list.foreignOwner) << u")"_s
+                << (reason.isEmpty() ? QString() : u' ' + reason) << u'\n';
             ++lines;
         }
     }
@@ -81,26 +66,11 @@ bool IsEquipped(QTextStream& out)
     return false;
 }
 
-/// Serves the sending until nothing waits, or nothing has come on for too long.
-void AwaitSending(const PacsSending& sending)
-{
-    int before = sending.Waiting();
-    QElapsedTimer unchanged;
-    unchanged.start();
-    while (sending.Waiting() > 0 && unchanged.elapsed() < PatienceMs) {
-        UseService<Desktop>().PumpEventsUntil([&] { return sending.Waiting() < before; }, LookMs);
-        if (sending.Waiting() != std::exchange(before, sending.Waiting()))
-            unchanged.restart();
-    }
-}
-
 } // namespace
 
 int ListPacs(QTextStream& out)
 {
-    int lines = ShowFolder(OwnFolder(), out);
-    for (const QString& folder : Surroundings.foldersOfOthers())
-        lines += folder + u'\\' == OwnFolder() ? 0 : ShowFolder(folder + u'\\', out);
+    const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
     if (lines == 0)
         out << u"PACS로 보낼 그림이 없습니다.\n"_s;
     return lines == 0 ? AllWell : Found;
@@ -118,7 +88,7 @@ int RetryPacs(QTextStream& out)
             out << u"보냄 "_s << PictureText(visit, number) << u'\n';
         });
         sending.RetryRefused();
-        AwaitSending(sending);
+        AwaitNothingLeft([&sending] { return sending.Waiting(); }, PatienceMs);
         sending.End();
     }
     const int left = ShowFolder(OwnFolder(), out);

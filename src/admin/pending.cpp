@@ -1,7 +1,7 @@
 #include "admin/pending.h"
 
-#include "admin/commands.h"
 #include "admin/exit_codes.h"
+#include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "filing/Leftovers.h"
@@ -12,7 +12,6 @@
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
-#include <QElapsedTimer>
 #include <QTextStream>
 
 #include <algorithm>
@@ -23,29 +22,14 @@ namespace {
 
 /// A database or a share that has brought nothing on for so long is left alone.
 constexpr int PatienceMs = 15'000;
-constexpr int LookMs = 200;
-
-QString OwnFolder()
-{
-    return UseService<Desktop>().ProgramFolder() + u'\\';
-}
-
-QString HolderText(const PendingRows::List& list)
-{
-    QString text = u"끝난 스테이션"_s;
-    if (list.holder == Holder::Living)
-        text = u"실행 중인 스테이션"_s;
-    else if (list.holder == Holder::Elsewhere)
-        text = u"다른 컴퓨터의 스테이션"_s;
-    return list.foreignOwner.isEmpty() ? text : u"%1, 사용자 %2"_s.arg(text, list.foreignOwner);
-}
 
 void ShowEntry(const PendingRows::Entry& entry, const PendingRows::List& list, QTextStream& out)
 {
     const Visit& visit = entry.visit;
     out << (entry.spooled.isEmpty() ? u"기록대기 "_s : u"보관 "_s) << visit.chart << u' ' << visit.ymd << u' '
         << visit.etc << u' ' << (entry.spooled.isEmpty() ? NumberText(entry.number) : u"-"_s) << u" ("_s
-        << HolderText(list) << (entry.refused ? u", 데이터베이스가 거부함"_s : QString()) << u") "_s;
+        << HolderText(list.holder, list.foreignOwner) << (entry.refused ? u", 데이터베이스가 거부함"_s : QString())
+        << u") "_s;
     if (entry.spooled.isEmpty()) {
         out << NativePath(visit.PicturePath(entry.number)) << u'\n';
         return;
@@ -63,7 +47,8 @@ int ShowFolder(const QString& folder, QTextStream& out)
     QStringList listed;
     for (const PendingRows::List& list : PendingRows::ListsIn(folder)) {
         if (!list.isReadable) {
-            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s << HolderText(list) << u")\n"_s;
+            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s
+                << HolderText(list.holder, list.foreignOwner) << u")\n"_s;
             ++lines;
         }
         for (const PendingRows::Entry& entry : list.entries) {
@@ -106,23 +91,14 @@ void AwaitFiling(const StillFiling& filing, const bool& isSettled)
         return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1) +
                (filing.Pictures().IsIdle() ? 0 : 1);
     };
-    int before = left();
-    QElapsedTimer unchanged;
-    unchanged.start();
-    while (left() > 0 && unchanged.elapsed() < PatienceMs) {
-        UseService<Desktop>().PumpEventsUntil([&] { return left() < before; }, LookMs);
-        if (left() != std::exchange(before, left()))
-            unchanged.restart();
-    }
+    AwaitNothingLeft(left, PatienceMs);
 }
 
 } // namespace
 
 int ListPending(QTextStream& out)
 {
-    int lines = ShowFolder(OwnFolder(), out);
-    for (const QString& folder : Surroundings.foldersOfOthers())
-        lines += folder + u'\\' == OwnFolder() ? 0 : ShowFolder(folder + u'\\', out);
+    const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
     if (lines == 0)
         out << u"기다리는 그림이 없습니다.\n"_s;
     return lines == 0 ? AllWell : Found;

@@ -45,6 +45,9 @@ struct DicomOutcome
     };
 
     Kind kind = Away;
+    /// It may be accepted another time.
+    bool MayPassLater() const { return kind == Away || kind == Cut; }
+
     QString reason = {}; ///< For the operator, in Korean, one line; empty when accepted.
 };
 

@@ -196,8 +196,7 @@ void PacsSending::TakeResults(qsizetype first, const QList<pacs::Result>& result
         const pacs::Result& result = results[at];
         TakeResult(m_underWay[first + at], result);
         isAnswered |= result.isAnswered;
-        const bool isPassing = result.outcome.kind == DicomOutcome::Away || result.outcome.kind == DicomOutcome::Cut;
-        if (isPassing && !result.isGone && m_batchAway.isEmpty())
+        if (result.outcome.MayPassLater() && !result.isGone && m_batchAway.isEmpty())
             m_batchAway = result.outcome.reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : result.outcome.reason;
     }
     if (isAnswered) {

@@ -22,11 +22,6 @@ struct Object
     QString path;
 };
 
-bool IsPassing(const DicomOutcome& outcome)
-{
-    return outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut;
-}
-
 /// Makes the item's object, if there is something to be sent; gives its path then.
 QString Prepare(DicomKit& kit, pacs::Item& item, pacs::Result& result, const QString& name, const QSet<QString>& sent,
                 const std::stop_token& stop)
@@ -91,7 +86,7 @@ Group PrepareGroup(DicomKit& kit, const QList<pacs::Item>& items, qsizetype firs
         } catch (const PlatformError& error) {
             result.outcome = {DicomOutcome::Cut, error.Text()};
         }
-        group.isPassing = !result.isGone && IsPassing(result.outcome);
+        group.isPassing = !result.isGone && result.outcome.MayPassLater();
     }
     return group;
 }
@@ -111,8 +106,8 @@ void SendGroup(DicomKit& kit, const DicomPeer& peer, Group& group, const std::st
     for (qsizetype at = 0; at < wanted.size(); ++at) {
         pacs::Result& result = group.results[wanted[at]];
         result.outcome = outcomes.value(at);
-        result.isAnswered = !IsPassing(result.outcome);
-        group.isPassing |= IsPassing(result.outcome);
+        result.isAnswered = !result.outcome.MayPassLater();
+        group.isPassing |= result.outcome.MayPassLater();
     }
     DeleteObjects(group.objects);
 }

@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/printing.h"
 #include "frame/components.h"
+#include "frame/event_loop.h"
 #include "frame/forms.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
@@ -181,29 +182,15 @@ void QtDesktop::PumpEvents()
 
 bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
-    bool expired = false;
-    QTimer timer;
-    timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
-    timer.start(qMax(0, timeoutMs));
-    while (!done()) {
-        if (m_ended || expired)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
+    return event_loop::ServeUntil(
+        done, [this] { return m_ended; }, timeoutMs);
 }
 
 bool QtDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
 {
     // A box that opens meanwhile wants an answer.
     const HeldInput held([this, boxes = m_openBoxes] { return m_openBoxes > boxes; }, leave);
-    while (!done()) {
-        if (m_ended)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
+    return event_loop::ServeUntil(done, [this] { return m_ended; });
 }
 
 void QtDesktop::Pause(int timeMs)

@@ -136,7 +136,7 @@ QList<DicomOutcome> DcmtkKit::Send(const DicomPeer& peer, const QStringList& pat
     const DcmtkResult result = RunDcmtk(u"storescu"_s, arguments, folder, SendingMs, stop);
     QList<DicomOutcome> outcomes = OutcomesOfReport(result.lines, names);
     for (DicomOutcome& outcome : outcomes) {
-        if ((outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut) && !result.fault.isEmpty())
+        if (outcome.MayPassLater() && !result.fault.isEmpty())
             outcome.reason = result.fault;
     }
     return outcomes;

@@ -34,7 +34,7 @@ void Settle(const QString& path, int later)
     if (later != 0) {
         throw StoredWithFault(
             u"파일은 저장하였으나 저장장치에서 오류가 발생하였습니다.!! 관리자에게 알리세요.!! (%1: %2)"_s.arg(
-                NativePath(path), QString::fromLocal8Bit(std::strerror(later))));
+                NativePath(path), ErrorText(later)));
     }
 }
 

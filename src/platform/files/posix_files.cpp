@@ -34,9 +34,14 @@ bool IsNotOffered(int error)
 
 posix_files::SystemCalls posix_files::calls = {::link, ::unlink, RenameToNew, ::fsync, ::close};
 
+QString posix_files::ErrorText(int error)
+{
+    return QString::fromLocal8Bit(std::strerror(error));
+}
+
 void posix_files::ThrowFault(const QString& what, const QString& path, int error)
 {
-    throw PlatformError(u"%1 (%2: %3)"_s.arg(what, NativePath(path), QString::fromLocal8Bit(std::strerror(error))));
+    throw PlatformError(u"%1 (%2: %3)"_s.arg(what, NativePath(path), ErrorText(error)));
 }
 
 QByteArray posix_files::Native(const QString& path)

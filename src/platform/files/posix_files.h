@@ -23,6 +23,8 @@ struct SystemCalls
 };
 extern SystemCalls calls;
 
+/// What the system calls an error of `errno`.
+QString ErrorText(int error);
 [[noreturn]] void ThrowFault(const QString& what, const QString& path, int error);
 
 /// Throws PlatformError for a path with a NUL.

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <pwd.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -54,7 +55,9 @@ QString ProgramFolderHere()
     const QString executable = ExecutableFolder();
     QString folder = FindProgramFolder(qEnvironmentVariable("CAPTURE_STATION_FOLDER"), executable,
                                        QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation));
-    if (BelongsToPackages(executable))
+    // The start asks for the folder more than once.
+    static bool isTakenOver = false;
+    if (!std::exchange(isTakenOver, true) && BelongsToPackages(executable))
         TakeOverProgramFolder(executable, folder);
     return folder;
 }

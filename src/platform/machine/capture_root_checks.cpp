@@ -5,6 +5,7 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "platform/files/posix_files.h"
 
 #include <QDate>
 #include <QFile>
@@ -12,7 +13,6 @@
 #include <QStorageInfo>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -27,11 +27,6 @@ constexpr qint64 LittleRoom = 1'000'000'000; ///< Bytes; the station warns from 
 
 const QString Root = u"캡쳐 폴더"_s;
 
-QString ReasonOf(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
 /// What the picture files of a station go through: a new file, its content on the disk, a second name, the folder's own
 /// entry on the disk.
 void CheckWriting(const QByteArray& root, CheckLines& lines)
@@ -40,7 +35,7 @@ void CheckWriting(const QByteArray& root, CheckLines& lines)
     const QByteArray second = name + ".link";
     const int file = open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (file < 0) {
-        lines.append({CheckLine::Wrong, Root, u"파일을 만들 수 없습니다 (%1)"_s.arg(ReasonOf(errno)),
+        lines.append({CheckLine::Wrong, Root, u"파일을 만들 수 없습니다 (%1)"_s.arg(posix_files::ErrorText(errno)),
                       u"이 사용자에게 쓰기 권한을 주십시오 (chgrp 그룹 폴더; chmod 2775 폴더)"_s});
         return;
     }
@@ -56,12 +51,14 @@ void CheckWriting(const QByteArray& root, CheckLines& lines)
     if (folder >= 0)
         close(folder);
     if (!isSynced || !isFolderSynced)
-        lines.append({CheckLine::Wrong, Root, u"디스크에 안전하게 쓰지 못합니다 (%1)"_s.arg(ReasonOf(syncError)),
+        lines.append({CheckLine::Wrong, Root,
+                      u"디스크에 안전하게 쓰지 못합니다 (%1)"_s.arg(posix_files::ErrorText(syncError)),
                       u"디스크나 공유의 서버를 확인하십시오"_s});
     else
         lines.append({CheckLine::Right, Root, u"쓰고 지울 수 있습니다"_s});
     if (!isLinked)
-        lines.append({CheckLine::Remark, Root, u"하드 링크를 만들 수 없습니다 (%1)"_s.arg(ReasonOf(linkError)),
+        lines.append({CheckLine::Remark, Root,
+                      u"하드 링크를 만들 수 없습니다 (%1)"_s.arg(posix_files::ErrorText(linkError)),
                       u"저장은 되지만, 같은 이름을 지키는 데 공유의 배타적 생성만 씁니다"_s});
 }
 

@@ -4,6 +4,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/file_calls.h"
 #include "frame/waiting.h"
+#include "platform/files/posix_files.h"
 #include "platform/gstreamer/devices/V4l2Device.h"
 #include "platform/gstreamer/sounds/sound_devices.h"
 
@@ -13,7 +14,6 @@
 #include <QStandardPaths>
 
 #include <cerrno>
-#include <cstring>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -31,14 +31,9 @@ int AccessError(const QString& path, int mode)
     return access(QFile::encodeName(path).constData(), mode) == 0 ? 0 : errno;
 }
 
-QString ReasonOf(int error)
-{
-    return QString::fromLocal8Bit(std::strerror(error));
-}
-
 CheckLine GroupLine(const QString& what, const QString& path, int error, const QString& group)
 {
-    return {CheckLine::Wrong, what, u"%1 (%2)"_s.arg(path, ReasonOf(error)),
+    return {CheckLine::Wrong, what, u"%1 (%2)"_s.arg(path, posix_files::ErrorText(error)),
             error == EACCES ? u"사용자를 %1 그룹에 넣고 다시 로그인하십시오 (adduser 사용자 %1)"_s.arg(group)
                             : u"장치의 연결을 확인하십시오"_s};
 }
@@ -110,7 +105,7 @@ void CheckSerialPort(const ClientSetupRecord& client, CheckLines& lines)
     else if (error == EACCES)
         lines.append(GroupLine(what, device, error, u"dialout"_s));
     else
-        lines.append({CheckLine::Remark, what, u"%1 (%2)"_s.arg(device, ReasonOf(error)),
+        lines.append({CheckLine::Remark, what, u"%1 (%2)"_s.arg(device, posix_files::ErrorText(error)),
                       u"발판을 쓰면 [Client] CommPort와 [SerialPort]를 확인하십시오"_s});
 }
 
@@ -126,8 +121,8 @@ void CheckPrinter(const ClientSetupRecord& client, CheckLines& lines)
             lines.append(
                 {CheckLine::Remark, what, u"PDF 폴더가 아직 없습니다: %1"_s.arg(folder), u"인쇄할 때 만듭니다"_s});
         else
-            lines.append(
-                {CheckLine::Wrong, what, u"%1 (%2)"_s.arg(folder, ReasonOf(error)), u"쓰기 권한을 주십시오"_s});
+            lines.append({CheckLine::Wrong, what, u"%1 (%2)"_s.arg(folder, posix_files::ErrorText(error)),
+                          u"쓰기 권한을 주십시오"_s});
         return;
     }
     const waiting::Patience patience(PatienceMs);
@@ -157,7 +152,7 @@ void CheckDisc(const ClientSetupRecord& client, CheckLines& lines)
         if (error == 0)
             lines.append({CheckLine::Right, what, u"이미지 파일: %1"_s.arg(NativePath(client.BurnerImage))});
         else
-            lines.append({CheckLine::Wrong, what, u"%1 (%2)"_s.arg(folder, ReasonOf(error)),
+            lines.append({CheckLine::Wrong, what, u"%1 (%2)"_s.arg(folder, posix_files::ErrorText(error)),
                           u"[Burner] Image를 확인하십시오"_s});
         return;
     }

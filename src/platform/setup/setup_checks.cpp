@@ -48,7 +48,7 @@ void CheckClock(AdoConnection& connection, CheckLines& lines)
 
 bool CrossesNetworkInClear(const DatabaseSettings& database)
 {
-    return !database.host.isEmpty() && database.host != u"localhost" && database.certificateAuthority.isEmpty();
+    return !IsThisMachine(database.host) && database.certificateAuthority.isEmpty();
 }
 
 void CheckDatabase(SetupFile& file, OutsideChecks::Setup& setup)

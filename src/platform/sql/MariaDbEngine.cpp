@@ -66,10 +66,9 @@ MYSQL* SessionOf(const QSqlDatabase& database)
         return nullptr;
     return *static_cast<MYSQL* const*>(handle.constData());
 }
-/// A server of this machine is on its socket, by the client library's own rule.
 bool UsesEncryption(const DatabaseSettings& settings)
 {
-    return !settings.certificateAuthority.isEmpty() && !settings.host.isEmpty() && settings.host != u"localhost";
+    return !settings.certificateAuthority.isEmpty() && !IsThisMachine(settings.host);
 }
 
 /// The host as the client library takes it. The toolkit has no option for the check of the server's name; the library

@@ -4,6 +4,12 @@
 
 #include <QString>
 
+/// That host is the server of this machine on its socket, by the client library's own rule.
+inline bool IsThisMachine(const QString& host)
+{
+    return host.isEmpty() || host == QLatin1StringView("localhost");
+}
+
 /// Where a database is and how it is reached.
 struct DatabaseSettings
 {

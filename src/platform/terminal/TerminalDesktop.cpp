@@ -1,12 +1,12 @@
 #include "platform/terminal/TerminalDesktop.h"
 
 #include "frame/components.h"
+#include "frame/event_loop.h"
 #include "frame/waiting.h"
 #include "platform/files/program_folder.h"
 #include "platform/terminal/register_terminal.h"
 
 #include <QCoreApplication>
-#include <QTimer>
 
 #include <cstdio>
 #include <unistd.h>
@@ -43,27 +43,13 @@ void TerminalDesktop::PumpEvents()
 
 bool TerminalDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
-    bool expired = false;
-    QTimer timer;
-    timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
-    timer.start(qMax(0, timeoutMs));
-    while (!done()) {
-        if (m_ended || expired)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
+    return event_loop::ServeUntil(
+        done, [this] { return m_ended; }, timeoutMs);
 }
 
 bool TerminalDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& /*leave*/)
 {
-    while (!done()) {
-        if (m_ended)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
+    return event_loop::ServeUntil(done, [this] { return m_ended; });
 }
 
 void TerminalDesktop::Pause(int timeMs)
