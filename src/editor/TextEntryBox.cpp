@@ -44,6 +44,7 @@ void TextEntryBox::Open(const QRect& place, qreal pointPixels, const QColor& col
 
 void TextEntryBox::Close()
 {
+    DropComposition(this);
     hide();
     clear();
 }
@@ -51,14 +52,13 @@ void TextEntryBox::Close()
 void TextEntryBox::GrowWithText()
 {
     const QFontMetrics metrics(font());
-    const QSize needed(metrics.horizontalAdvance(text() + CompositionIn(this)) + CaretPixels, metrics.height());
+    const QSize needed(metrics.horizontalAdvance(TextOf(*this)) + CaretPixels, metrics.height());
     resize(m_leastSize.expandedTo(needed));
 }
 
 void TextEntryBox::keyPressEvent(QKeyEvent* event)
 {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        CommitComposition();
         Q_EMIT Entered();
         return;
     }

@@ -2,6 +2,7 @@
 #include "editor/frmImgEdit.h"
 #include "editor/TextEntryBox.h"
 #include "frame/colours.h"
+#include "frame/composition.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
@@ -118,7 +119,7 @@ void frmImgEdit::OnTextEntered()
     if (!m_textOpen)
         return;
     m_textOpen = false;
-    const QString text = Trim(m_txtText->text());
+    const QString text = Trim(TextOf(*m_txtText));
     QPointF point = m_textPoint;
     // The picture was scrolled meanwhile: the text stands where its box is seen.
     if (m_imgMain->ViewFromPicture(point).toPoint() != m_txtText->pos())

@@ -3,6 +3,7 @@
 #include "contracts/fpSpread.h"
 #include "findings/findings_rows.h"
 #include "frame/components.h"
+#include "frame/composition.h"
 #include "frame/controls.h"
 #include "frame/guard.h"
 #include "frame/plain_text.h"
@@ -236,7 +237,7 @@ void frmSoFind::RunSearchBox(int key)
         m_sprSo->SetActiveCell(1, 1);
         m_sprSo->setFocus();
     });
-    QString value = Trim(m_txtSoFind[static_cast<size_t>(key - 1)]->text());
+    QString value = Trim(TextOf(*m_txtSoFind[static_cast<size_t>(key - 1)]));
     if (value.isEmpty())
         return;
     if (key == KeyChart && IsNumericText(value))
@@ -247,6 +248,7 @@ void frmSoFind::RunSearchBox(int key)
 void frmSoFind::HideSearchBox(int key)
 {
     QLineEdit* box = m_txtSoFind[static_cast<size_t>(key - 1)];
+    DropComposition(box);
     box->clear();
     box->hide();
 }
@@ -260,7 +262,6 @@ bool frmSoFind::eventFilter(QObject* watched, QEvent* event)
         if (event->type() == QEvent::KeyPress) {
             const int pressed = static_cast<QKeyEvent*>(event)->key();
             if (pressed == Qt::Key_Return || pressed == Qt::Key_Enter) {
-                CommitComposition();
                 Guarded([this, key] { RunSearchBox(key); });
                 return true;
             }

@@ -101,7 +101,6 @@ void StationForm::TakeOut()
 {
     if (m_unloaded)
         return;
-    CommitComposition();
     m_unloaded = true;
     Guarded([this] { Form_Unload(); });
     Collection().removeOne(this);

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "frame/composition.h"
-
 #include <QString>
 
 #include <exception>
@@ -76,12 +74,8 @@ auto GuardedSlot(Handler handler)
     };
 }
 
-/// The same for what the operator asks for by button, menu, list or key: what he is composing becomes text first.
 template <class Handler>
 auto CommandSlot(Handler handler)
 {
-    return [slot = GuardedSlot(handler)](auto&&... arguments) {
-        CommitComposition();
-        slot(std::forward<decltype(arguments)>(arguments)...);
-    };
+    return GuardedSlot(handler);
 }

@@ -13,6 +13,9 @@ public:
     PlainLabel(const QString& text, QWidget* parent) : PlainLabel(parent) { setText(text); }
 };
 
+/// A text with its Hangul in whole syllables (NFC): single letters, as some systems write them, show side by side.
+QString ComposedText(const QString& text);
+
 /// What a tooltip has to be given in order to show that text; of a very long one the beginning.
 QString ToolTipText(const QString& text);
 /// What a menu entry, a tab, a button or a row of a form has to be given in order to show that text.

@@ -1,44 +1,32 @@
 #include "screenparts/NoteBox.h"
 
-#include "frame/composition.h"
+#include "frame/plain_text.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QStyle>
 
 using namespace Qt::StringLiterals;
 
-NoteBox::NoteBox(QWidget* parent) : QPlainTextEdit(parent)
+NoteBox::NoteBox(QWidget* parent) : LongTextBox(u"\n"_s, parent), m_further(new PlainLabel(this))
 {
-    setTabChangesFocus(true);
-}
-
-QString NoteBox::Text() const
-{
-    QString text = toPlainText();
-    if (IsComposing())
-        text.insert(qMin<qsizetype>(textCursor().position(), text.size()), CompositionIn(this));
-    return m_crlf ? text.replace(u'\n', u"\r\n"_s) : text;
-}
-
-bool NoteBox::IsComposing() const
-{
-    return !CompositionIn(this).isEmpty();
+    m_further->setObjectName(u"furtherLines"_s);
+    m_further->hide();
+    connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
+            &NoteBox::ShowFurtherLines);
+    connect(this, &QTextEdit::textChanged, this, &NoteBox::ShowFurtherLines);
 }
 
 void NoteBox::BeginLoading(const Visit& visit)
 {
     m_visit = visit;
     m_state = State::Awaited;
-    m_crlf = false;
-    setPlainText(QString());
-    MarkUntouched();
+    setText(QString());
     ShowState();
 }
 
 void NoteBox::SetLoadedNote(const QString& note)
 {
-    m_crlf = note.contains(u"\r\n"_s);
-    setPlainText(note);
-    MarkUntouched();
+    setText(note);
     m_state = State::Loaded;
     ShowState();
 }
@@ -69,4 +57,28 @@ void NoteBox::ShowState()
     // A style sheet looks at the property only when it is polished anew.
     style()->unpolish(this);
     style()->polish(this);
+}
+
+void NoteBox::resizeEvent(QResizeEvent* event)
+{
+    LongTextBox::resizeEvent(event);
+    ShowFurtherLines();
+}
+
+void NoteBox::ShowFurtherLines()
+{
+    const int shown = viewport()->height();
+    const int needed = qRound(document()->size().height() - 2 * document()->documentMargin());
+    const bool hasMore = needed > shown;
+    m_further->setVisible(hasMore);
+    if (!hasMore)
+        return;
+    const int lines = static_cast<int>(ShownLines().size());
+    m_further->setText(u"%1줄"_s.arg(lines));
+    m_further->setAccessibleName(u"참고사항 %1줄"_s.arg(lines));
+    m_further->setToolTip(ToolTipText(Text()));
+    m_further->adjustSize();
+    m_further->move(viewport()->geometry().bottomRight() - QPoint(m_further->width(), m_further->height()) +
+                    QPoint(1, 1));
+    m_further->raise();
 }

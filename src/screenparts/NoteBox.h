@@ -1,12 +1,13 @@
 #pragma once
 
+#include "screenparts/LongTextBox.h"
 #include "visit/Visit.h"
 
-#include <QPlainTextEdit>
+class QLabel;
 
 /// A text box that shows the note of one visit and section, and knows whose note it is and whether it may stand in the
 /// place of the stored one.
-class NoteBox : public QPlainTextEdit
+class NoteBox : public LongTextBox
 {
     Q_OBJECT
     /// What the look shows: the note of a history line, which can't be edited here.
@@ -18,15 +19,10 @@ public:
     /// Whose note it is.
     const Visit& Of() const { return m_visit; }
 
-    /// The note as it would be stored: with what is being composed in it, and with the line ends of the stored one.
-    QString Text() const;
     /// False from the moment that a note is asked for until it has been read: nothing of it may then be written.
     bool IsLoaded() const { return m_state == State::Loaded; }
     /// The stored note has been asked for and may still come.
     bool IsAwaited() const { return m_state == State::Awaited; }
-    /// The operator has changed the text since it was loaded, or is about to.
-    bool IsTouched() const { return document()->isModified() || IsComposing(); }
-    bool IsComposing() const;
     bool IsHistoryNote() const { return m_historyNote; }
 
     /// Empties the box for the note of that visit, which is about to be read.
@@ -43,13 +39,18 @@ public:
     void RestoreNote(const Visit& visit, const QString& text, bool touched);
     void setHistoryNote(bool on);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     enum class State { Awaited, Failed, Loaded };
 
     void ShowState();
+    /// Lines that can't be seen have a mark that tells how many there are, and the whole note when it is pointed at.
+    void ShowFurtherLines();
 
     Visit m_visit;
     State m_state = State::Awaited;
-    bool m_crlf = false; ///< Lines of the stored note end in CR and LF.
     bool m_historyNote = false;
+    QLabel* m_further;
 };

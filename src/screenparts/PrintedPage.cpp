@@ -3,6 +3,7 @@
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "frame/components.h"
+#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 
@@ -38,7 +39,7 @@ void PrintedPage::Font(int size, bool underlined) const
 
 void PrintedPage::Text(const PrintedPlace& at, const QString& text, const QString& alignment) const
 {
-    m_canvas->myCelText(m_grid, text, at.row, at.row2, at.column, at.column2, Printer(), alignment);
+    m_canvas->myCelText(m_grid, ComposedText(text), at.row, at.row2, at.column, at.column2, Printer(), alignment);
 }
 
 void PrintedPage::Rule(int row, int lastColumn) const

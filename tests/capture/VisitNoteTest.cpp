@@ -1,4 +1,3 @@
-#include "frame/composition.h"
 #include "support/CaptureScreen.h"
 
 using namespace Qt::StringLiterals;
@@ -46,41 +45,50 @@ private Q_SLOTS:
     {
         m_box->Run(u"UPDATE ca SET ca_chamgo = 'a' || char(13, 10) || 'b' WHERE ca_ymd = '20261124';"_s);
         Press(u"취소"_s);
-        Box().appendPlainText(u"c"_s);
+        Box().append(u"c"_s);
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Value(StoredNoteQuery), u"a\r\nb\r\nc"_s);
     }
 
-    /// The last syllable of a Korean word is no text yet while the input method still composes it.
-    void ASyllableThatIsBeingComposed_data()
+    /// Some systems write a syllable as its letters, which would stand side by side; what nobody touched stays as it
+    /// is.
+    void HangulIsComposed()
     {
-        Columns<QString, bool>("command", "stillComposed");
-        QTest::newRow("button") << u"저장"_s << false;
-        QTest::newRow("drop-down entry") << u"연결끊기"_s << false;
-        QTest::newRow("foot") << QString() << true;
+        const QString apart = u"\u1112\u1161\u11AB"_s;
+        OtherStationStores(apart);
+        Press(u"취소"_s);
+        QCOMPARE(Box().toPlainText(), u"한"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), apart);
+
+        QGuiApplication::clipboard()->setText(u" 줄\n"_s + apart);
+        Box().moveCursor(QTextCursor::End);
+        Box().paste();
+        QTest::keyClick(&Box(), Qt::Key_Return, Qt::ControlModifier);
+        QTest::keyClicks(&Box(), u"x"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), u"한 줄\n한\nx"_s);
+        for (int line = 1; line < 3; ++line) {
+            const QTextBlock block = Box().document()->findBlockByNumber(line);
+            const auto top = [this](const QTextBlock& of) {
+                return Box().document()->documentLayout()->blockBoundingRect(of).top();
+            };
+            QCOMPARE(top(block) - top(block.previous()), 15.0);
+        }
+        Box().undo();
+        QVERIFY(Box().IsTouched());
     }
 
-    void ASyllableThatIsBeingComposed()
+    void LinesOutOfSightAreTold()
     {
-        QFETCH2(QString, command, bool, stillComposed);
-        Type(u"조직검"_s);
-        Box().moveCursor(QTextCursor::End);
-        QInputMethodEvent composing(u"사"_s, {});
-        QCoreApplication::sendEvent(&Box(), &composing);
-        for (int frame = 1; frame <= 3; ++frame)
-            Q_EMIT FakeVideoCap::Last()->OnFrame(frame, 0);
-        QCOMPARE(CompositionIn(&Box()), u"사"_s);
-        if (command.isEmpty())
-            Guarded([] { opened->SetCaptureValues([](const std::exception_ptr&) {}); });
-        else if (auto* button = opened->findChild<QToolButton*>(command))
-            button->click();
-        else
-            opened->findChild<QAction*>(command)->trigger();
-        AwaitStills();
-        QCOMPARE(CompositionIn(&Box()), stillComposed ? u"사"_s : QString());
-        QCOMPARE(Box().toPlainText(), stillComposed ? u"조직검"_s : u"조직검사"_s);
-        QCOMPARE(m_box->Value(StoredNoteQuery), command == u"연결끊기"_s ? u"처음"_s : u"조직검사"_s);
-        QVERIFY(!stillComposed || Box().IsTouched());
+        auto* mark = Box().findChild<QLabel*>(u"furtherLines"_s);
+        QVERIFY(!mark->isVisible());
+        Type(u"한 줄\n<img src=x>\n셋"_s);
+        QVERIFY(mark->isVisible());
+        QCOMPARE(mark->text(), u"3줄"_s);
+        QVERIFY(mark->toolTip().contains(u"한 줄\n&lt;img src=x&gt;\n셋"_s));
+        Type(u"한 줄"_s);
+        QVERIFY(!mark->isVisible());
     }
 
     /// A column of the clinic's may be shorter than the note.

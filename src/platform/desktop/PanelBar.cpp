@@ -54,7 +54,7 @@ protected:
         const QRect room = rect().adjusted(TextMargin, 0, -TextMargin, 0);
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                         fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
+                         fontMetrics().elidedText(ComposedText(text()), Qt::ElideRight, room.width()));
     }
 
     bool event(QEvent* event) override

@@ -14,7 +14,7 @@ constexpr int TextMargin = 4; // Pixels left and right of a text.
 
 QString OneLine(const QString& text)
 {
-    QString line = text;
+    QString line = ComposedText(text);
     line.replace(QLatin1String("\r\n"), QLatin1String(" "));
     line.replace(QLatin1Char('\n'), QLatin1Char(' '));
     return line;
