@@ -21,6 +21,8 @@ enum MousePointer : int {
     PointerBusy = 11,
 };
 
+enum class Answer { Yes, No, Cancel };
+
 class Desktop
 {
 public:
@@ -33,6 +35,9 @@ public:
     virtual void ShowPlain(const QString& text) = 0;
     /// Question with Yes and No and no icon. No is the default, and also what Enter, Escape and closing mean.
     virtual bool AskYesNo(const QString& question) = 0;
+    /// The same with a third button, by which all stays as it is: that one is the default, and what Enter, Escape and
+    /// closing mean.
+    virtual Answer AskYesNoCancel(const QString& question) = 0;
 
     /// Sets the pointer of the whole program; not counted, so one return to normal is enough.
     virtual void SetMousePointer(MousePointer pointer) = 0;

@@ -112,6 +112,9 @@ public:
     /// When a file was last changed, by the clock of the file system that holds it; invalid when there is none. Unlike
     /// `AgeMs` it leaves the folder untouched.
     virtual QDateTime LastModified(const QString& path) const = 0;
+    /// Tells one content of a file from another that took its place or was written into it: size and time of change, as
+    /// finely as the file system keeps it. Empty when there is none.
+    virtual QByteArray VersionOf(const QString& path) const = 0;
     /// Renames within one folder, replacing what is there. Throws PlatformError.
     virtual void RenameFile(const QString& from, const QString& to) = 0;
 

@@ -1,5 +1,6 @@
 #include "editor/frmImgEdit.h"
 
+#include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "editor/edit_settings.h"
@@ -119,9 +120,12 @@ void frmImgEdit::ReadPicture()
 {
     if (IsUnloaded())
         return;
+    const QString path = Trim(m_lblFilePath->text());
     QImage picture;
     try {
-        picture = Pictures().LoadToEdit(Trim(m_lblFilePath->text()));
+        // Asked first: a file that changes while it is read has changed since.
+        m_openedVersion = Files().VersionOf(path);
+        picture = Pictures().LoadToEdit(path);
     } catch (const PlatformError& error) {
         ShowInformation(error.Text());
         Unload();
@@ -185,10 +189,32 @@ void frmImgEdit::ShowPointer()
         m_imgMain->setPointerStyle(m_tool == ToolText ? PointerText : PointerCross);
 }
 
+bool frmImgEdit::MayReplaceFile(const QString& path)
+{
+    if (Files().VersionOf(path) == m_openedVersion)
+        return true;
+    const Answer answer = AskYesNoCancel(u"다른 곳에서 이 그림을 고쳤습니다. 내 것으로 저장하시겠습니까?"_s);
+    if (answer == Answer::No)
+        ShowFile(path);
+    return answer == Answer::Yes;
+}
+
+void frmImgEdit::ShowFile(const QString& path)
+{
+    const QByteArray version = Files().VersionOf(path);
+    const QImage picture = Pictures().LoadToEdit(path);
+    CopyPicture(*m_imgMain, imgImage(m_chain.Press()));
+    m_imgMain->setPicture(picture);
+    m_imgMain->Refresh();
+    CopyPicture(*m_imgMain, imgImage(m_chain.HolderIndex()));
+    m_openedVersion = version;
+    ShowChain();
+}
+
 void frmImgEdit::Save()
 {
     const QString path = Trim(m_lblFilePath->text());
-    if (path.isEmpty() || !PictureExists(path))
+    if (path.isEmpty() || !PictureExists(path) || !MayReplaceFile(path))
         return;
     CopyPicture(imgImage(m_chain.HolderIndex()), *m_imgMain);
     m_imgMain->setTargetFileType(JpegFile);
@@ -199,6 +225,7 @@ void frmImgEdit::Save()
     } catch (const StoredWithFault&) {
         fault = std::current_exception();
     }
+    m_openedVersion = Files().VersionOf(path);
     VisitContext.ImageSaved = true;
     if (fault != nullptr)
         std::rethrow_exception(fault);

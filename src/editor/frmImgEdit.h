@@ -49,6 +49,10 @@ private:
     void Redo();
     void Zoom(int step);
     void Save();
+    /// The file isn't what was opened: false when the operator doesn't want his picture in its place.
+    bool MayReplaceFile(const QString& path);
+    /// What the file holds now, as one more step: undoing it brings back what was there.
+    void ShowFile(const QString& path);
     void Exit();
     /// Undo and redo buttons as the chain has them.
     void ShowChain();
@@ -89,6 +93,7 @@ private:
     int m_colour = 0; ///< The background of `cmdColor`, as the platform's number.
     int m_zoomLevel = 5;
     bool m_pictureRead = false;
+    QByteArray m_openedVersion; ///< Of the file, when it was read or written last.
     bool m_isDrawing = false;
     bool m_isFirstMove = false;
     bool m_textOpen = false;

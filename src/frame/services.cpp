@@ -21,6 +21,11 @@ bool AskYesNo(const QString& question)
     return UseService<Desktop>().AskYesNo(question);
 }
 
+Answer AskYesNoCancel(const QString& question)
+{
+    return UseService<Desktop>().AskYesNoCancel(question);
+}
+
 void SetMousePointer(MousePointer pointer)
 {
     pointerNow = pointer;

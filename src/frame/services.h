@@ -15,6 +15,7 @@ class QImage;
 
 void ShowInformation(const QString& text, int patienceMs = 0);
 bool AskYesNo(const QString& question);
+Answer AskYesNoCancel(const QString& question);
 void SetMousePointer(MousePointer pointer);
 /// As it was set last.
 MousePointer MousePointerNow();

@@ -181,6 +181,35 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().shown.size(), 1);
     }
 
+    /// Two stations have opened one picture; the other one has saved it.
+    void AFileThatHasChangedIsAskedFor_data()
+    {
+        Columns<std::deque<bool>, bool, bool>("answers", "isMine", "showsMine");
+        QTest::newRow("mine") << std::deque{true} << true << true;
+        QTest::newRow("theirs") << std::deque{false} << false << false;
+        QTest::newRow("neither") << std::deque<bool>{} << false << true;
+    }
+
+    void AFileThatHasChangedIsAskedFor()
+    {
+        QFETCH3(std::deque<bool>, answers, bool, isMine, bool, showsMine);
+        frmImgEdit& editor = m_box->Open({640, 480});
+        const QString path = editor.lblFilePath().text();
+        m_box->Tool(4);
+        m_box->Drag({10, 60}, {600, 60});
+        m_box->Click(u"cmdISave"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList());
+        WriteWholeFile(path, StationInABox::Jpeg({640, 480}, Qt::darkRed));
+        m_box->Desk().answers = answers;
+        m_box->Click(u"cmdISave"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"다른 곳에서 이 그림을 고쳤습니다. 내 것으로 저장하시겠습니까?"_s});
+        QCOMPARE(IsYellow(LoadPicture(path), {300, 60}), isMine);
+        QCOMPARE(IsYellow(editor.imgMain().Picture(), {300, 60}), showsMine);
+        m_box->Click(showsMine ? u"cmdISave"_s : u"cmdUnDo"_s);
+        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 60}));
+        QCOMPARE(m_box->Desk().shown.size(), isMine || !showsMine ? 1 : 2);
+    }
+
     void ColourAndFontOutlastTheEditor()
     {
         frmImgEdit& editor = m_box->Open({640, 480});

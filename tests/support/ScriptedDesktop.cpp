@@ -33,6 +33,13 @@ bool ScriptedDesktop::AskYesNo(const QString& question)
     return answer;
 }
 
+Answer ScriptedDesktop::AskYesNoCancel(const QString& question)
+{
+    const bool isAnswered = !answers.empty();
+    const bool yes = AskYesNo(question);
+    return !isAnswered ? Answer::Cancel : yes ? Answer::Yes : Answer::No;
+}
+
 std::optional<QString> ScriptedDesktop::ShowOpenDialog(const QString& /*folder*/, const QString& value)
 {
     filter = value;

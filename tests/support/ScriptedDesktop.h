@@ -32,6 +32,7 @@ public:
     void ShowInformation(const QString& text, int patienceMs = 0) override;
     void ShowPlain(const QString& text) override { ShowInformation(text); }
     bool AskYesNo(const QString& question) override;
+    Answer AskYesNoCancel(const QString& question) override;
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;

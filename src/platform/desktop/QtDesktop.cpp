@@ -5,6 +5,7 @@
 #include "frame/components.h"
 #include "frame/event_loop.h"
 #include "frame/forms.h"
+#include "frame/plain_text.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
 #include "platform/desktop/InstanceLock.h"
@@ -56,7 +57,7 @@ void Fill(QMessageBox& box, const QString& text, const QString& title)
     box.setObjectName(u"messageBox"_s);
     box.setWindowTitle(title);
     box.setTextFormat(Qt::PlainText);
-    box.setText(text);
+    box.setText(ComposedText(text));
     box.setAccessibleName(title);
     box.setAccessibleDescription(text);
 }
@@ -155,6 +156,20 @@ bool QtDesktop::AskYesNo(const QString& question)
     box.setDefaultButton(no);
     box.setEscapeButton(no);
     return Run(box) && box.clickedButton() == yes;
+}
+
+Answer QtDesktop::AskYesNoCancel(const QString& question)
+{
+    QMessageBox box(OwnerWindow());
+    Fill(box, question, QString::fromUtf16(StationTitle));
+    const QPushButton* yes = AddButton(box, u"예"_s, QMessageBox::YesRole, u"cmdYes"_s);
+    const QPushButton* no = AddButton(box, u"아니오"_s, QMessageBox::NoRole, u"cmdNo"_s);
+    QPushButton* cancel = AddButton(box, u"취소"_s, QMessageBox::RejectRole, u"cmdCancel"_s);
+    box.setDefaultButton(cancel);
+    box.setEscapeButton(cancel);
+    if (!Run(box) || box.clickedButton() == cancel)
+        return Answer::Cancel;
+    return box.clickedButton() == yes ? Answer::Yes : box.clickedButton() == no ? Answer::No : Answer::Cancel;
 }
 
 void QtDesktop::SetMousePointer(MousePointer pointer)

@@ -19,6 +19,7 @@ public:
     void ShowInformation(const QString& text, int patienceMs = 0) override;
     void ShowPlain(const QString& text) override;
     bool AskYesNo(const QString& question) override;
+    Answer AskYesNoCancel(const QString& question) override;
     void SetMousePointer(MousePointer pointer) override;
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;

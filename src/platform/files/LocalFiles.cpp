@@ -282,6 +282,15 @@ QDateTime LocalFiles::LastModified(const QString& path) const
     return QDateTime::fromSecsSinceEpoch(facts.st_mtim.tv_sec);
 }
 
+QByteArray LocalFiles::VersionOf(const QString& path) const
+{
+    struct stat facts = {};
+    if (lstat(Native(path).constData(), &facts) != 0)
+        return {};
+    return QByteArray::number(qlonglong{facts.st_size}) + ' ' + QByteArray::number(qlonglong{facts.st_mtim.tv_sec}) +
+           '.' + QByteArray::number(qlonglong{facts.st_mtim.tv_nsec});
+}
+
 void LocalFiles::RenameFile(const QString& from, const QString& to)
 {
     if (std::rename(Native(from).constData(), Native(to).constData()) != 0)

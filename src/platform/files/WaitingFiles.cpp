@@ -83,6 +83,11 @@ QDateTime WaitingFiles::LastModified(const QString& path) const
     return Ask(&FileStore::LastModified, path);
 }
 
+QByteArray WaitingFiles::VersionOf(const QString& path) const
+{
+    return Ask(&FileStore::VersionOf, path);
+}
+
 void WaitingFiles::RenameFile(const QString& from, const QString& to)
 {
     Ask(&FileStore::RenameFile, from, to);

@@ -24,6 +24,7 @@ public:
     bool CreateExclusively(const QString& path, const QByteArray& content) override;
     qint64 AgeMs(const QString& path) const override;
     QDateTime LastModified(const QString& path) const override;
+    QByteArray VersionOf(const QString& path) const override;
     void RenameFile(const QString& from, const QString& to) override;
     void DeleteFile(const QString& path) override;
     QList<FolderEntry> Entries(const QString& folder) const override;

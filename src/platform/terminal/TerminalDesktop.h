@@ -12,6 +12,8 @@ public:
     void ShowInformation(const QString& text, int patienceMs = 0) override;
     void ShowPlain(const QString& text) override { ShowInformation(text); }
     bool AskYesNo(const QString& question) override;
+    /// The administrator's program asks none of these.
+    Answer AskYesNoCancel(const QString& /*question*/) override { return Answer::Cancel; }
     void SetMousePointer(MousePointer /*pointer*/) override {}
     void PumpEvents() override;
     bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
