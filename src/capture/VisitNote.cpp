@@ -1,21 +1,38 @@
 #include "capture/VisitNote.h"
 
+#include "contracts/desktop.h"
+#include "frame/components.h"
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString NoteKey = u"note"_s;
+
+QString DraftName(const Visit& visit)
+{
+    return TextDraft::NameOf({NoteKey, visit.chart, visit.ymd, visit.etc});
+}
+
+} // namespace
+
 void VisitNote::LoadForVisit()
 {
     m_aside.reset();
     m_box.setHistoryNote(false);
     LoadCaptureNote(CurrentVisit(), m_box);
+    LookForDraft();
 }
 
 void VisitNote::AwaitVisit()
 {
     m_aside.reset();
+    setOffered(std::nullopt);
     m_box.setHistoryNote(false);
     m_box.BeginLoading(CurrentVisit());
 }
@@ -104,4 +121,57 @@ void VisitNote::RowIsGone(const Visit& visit)
         m_aside->touched = true;
     if (IsInBox(visit) && m_box.IsLoaded())
         m_box.MarkTouched();
+}
+
+std::optional<TextDraft::Draft> VisitNote::UnsavedDraft() const
+{
+    const Visit visit = CurrentVisit();
+    const std::optional<QString> typed = TypedNote(visit);
+    if (!typed || Trim(*typed).isEmpty() || Trim(visit.chart).isEmpty())
+        return std::nullopt;
+    return TextDraft::Draft{
+        DraftName(visit),
+        {{u"chart"_s, visit.chart}, {u"date"_s, visit.ymd}, {u"section"_s, visit.etc}, {NoteKey, *typed}}};
+}
+
+void VisitNote::LookForDraft()
+{
+    const Visit visit = CurrentVisit();
+    const QString name = DraftName(visit);
+    const std::optional<QJsonObject> found = TextDraft::Find(name);
+    if (!found || !IsInBox(visit))
+        return;
+    // Compared as it would have been stored.
+    if (Trim(NoteForStore(found->value(NoteKey).toString())) == Trim(m_box.Text()))
+        TextDraft::Remove(name);
+    else
+        setOffered(TextDraft::Draft{name, *found});
+}
+
+void VisitNote::setOffered(const std::optional<TextDraft::Draft>& draft)
+{
+    m_offered = draft;
+    m_draftIsThere(draft.has_value());
+}
+
+void VisitNote::TakeUpDraft()
+{
+    BringBack();
+    const Visit visit = CurrentVisit();
+    if (!m_offered || !IsInBox(visit) || !m_box.IsLoaded())
+        return;
+    QString text = m_offered->content.value(NoteKey).toString();
+    if (m_box.IsTouched())
+        text += u'\n' + m_box.Text();
+    m_box.RestoreNote(visit, text, true);
+    m_draft.TakeUp(*m_offered);
+    setOffered(std::nullopt);
+    m_draft.Check();
+}
+
+void VisitNote::End()
+{
+    m_draft.End();
+    if (m_offered && !UseService<Desktop>().EndIsRequested())
+        TextDraft::Remove(m_offered->name);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filing/StillFiling.h"
+#include "screenparts/TextDraft.h"
 
 #include <optional>
 
@@ -10,7 +11,10 @@ class NoteBox;
 class VisitNote
 {
 public:
-    explicit VisitNote(NoteBox& box) : m_box(box) {}
+    /// Hears whether there is a note that an earlier run didn't store, and that can come back.
+    using DraftIsThere = std::function<void(bool isThere)>;
+
+    VisitNote(NoteBox& box, DraftIsThere draftIsThere) : m_box(box), m_draftIsThere(std::move(draftIsThere)) {}
 
     /// Shows the stored note of the visit as it stands now; what was typed and not stored is gone. Throws PlatformError
     /// when it can't be read: the box then stays closed.
@@ -46,6 +50,11 @@ public:
     /// nothing of its own any more; otherwise the text in the box goes on counting as typed.
     Kept CheckStored(const Visit& visit, const QString& text, const QString& stored);
 
+    /// The note that an earlier run didn't store comes back into the box, as typed, in front of what is typed there.
+    void TakeUpDraft();
+    /// The screen closes: what was typed and not stored is let go.
+    void End();
+
     /// The visit's row is gone: the text in the box, if it is that visit's own, is stored nowhere now.
     void RowIsGone(const Visit& visit);
 
@@ -61,6 +70,13 @@ private:
     bool IsInBox(const Visit& visit) const;
     void ShowUntouched(const Visit& visit, const QString& stored);
 
+    std::optional<TextDraft::Draft> UnsavedDraft() const;
+    void LookForDraft();
+    void setOffered(const std::optional<TextDraft::Draft>& draft);
+
     NoteBox& m_box;
+    const DraftIsThere m_draftIsThere;
+    std::optional<TextDraft::Draft> m_offered;
+    TextDraft m_draft{[this] { return UnsavedDraft(); }, nullptr};
     std::optional<Aside> m_aside; ///< The visit's own text while a history line has the box.
 };

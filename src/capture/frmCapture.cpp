@@ -48,7 +48,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildCommands();
     BuildControls();
     BuildPopupMenu();
-    m_note = std::make_unique<VisitNote>(*m_txtCapChamgo);
+    m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_stills = std::make_unique<StillCapture>(sprCap(1), *m_note);
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
@@ -125,6 +125,7 @@ void frmCapture::Form_Unload()
     m_fullPicture->Return();
     StopDevice(*m_capCapture);
     m_history->EndFills();
+    m_note->End();
     m_stills->Finish();
     if (m_pacs)
         m_pacs->End();
@@ -196,6 +197,12 @@ void frmCapture::ConnectPacs()
                                     pending.HasAny(visit));
             }));
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs, &PacsSending::PictureIsMarked);
+}
+
+void frmCapture::OfferNote(bool isThere)
+{
+    m_notices->setNotice(NoticeStrip::Draft, isThere ? u"저장하지 않은 참고사항이 있습니다."_s : QString(),
+                         {u"불러오기"_s, [this] { m_note->TakeUpDraft(); }});
 }
 
 void frmCapture::BuildCommands()

@@ -68,6 +68,7 @@ private:
     void ConnectPacs();
     void LoadSteps();
     void ShowCount(int pictures);
+    void OfferNote(bool isThere);
     void PrepareFolders();
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.

@@ -50,6 +50,9 @@ public:
     /// The value of the column that stands in that place of the statement, counted from 0.
     virtual QVariant Fields(int place) const = 0;
 
+    /// How many rows a statement without rows has met, changed or not.
+    virtual qint64 RecordsAffected() const = 0;
+
     /// Keeps the rows in which a column equals a text: " column = 'text' ", both without regard to case. An empty text
     /// lifts the filter. Stands on the first row that remains.
     virtual void setFilter(const QString& criterion) = 0;

@@ -2,20 +2,13 @@
 
 #include "visit/Visit.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include <array>
 #include <optional>
-
-/// What tells one report from another under the same number.
-struct FindingsOwner
-{
-    Visit visit;
-    QString jinchal; ///< Code of the report's doctor.
-
-    bool operator==(const FindingsOwner&) const = default;
-};
 
 /// The findings report that is being worked on. Texts; dates are `yyyymmdd`.
 struct FindingsRecordFields
@@ -44,9 +37,9 @@ struct FindingsRecordFields
     std::array<int, 6> PicNo = {};  ///< 0 for an empty slot.
     QString Sogyon;                 ///< Findings, several lines.
     QString Bigo;                   ///< Remark, several lines.
-    /// The owner that the record's row had when it was last read or stored, since the doctor can be another one by now;
-    /// nothing for a report that has no row.
-    std::optional<FindingsOwner> Stored;
+    /// The record's row as it was last read or stored: the values of its columns as they stood, in their order. Nothing
+    /// for a report that has no row.
+    std::optional<QList<QVariant>> Stored;
 };
 
 extern FindingsRecordFields FindingsRecord;

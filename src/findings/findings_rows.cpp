@@ -7,29 +7,61 @@
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// The new row that was sent last: it may have arrived although the answer didn't.
-QStringList unanswered;
-
-FindingsOwner RecordOwner()
+/// The columns in the order of the table.
+const QStringList& Columns()
 {
-    Visit visit;
-    visit.chart = Trim(FindingsRecord.Chart);
-    visit.ymd = Trim(FindingsRecord.Ymd);
-    visit.etc = Trim(FindingsRecord.Etc);
-    return {visit, Trim(FindingsRecord.Jinchal)};
+    static const QStringList columns = [] {
+        QStringList names;
+        for (const QString& name :
+             u"yeonno chart yuhyung ymd suname jumin jinchal etc no1 no2 no3 no4 no5 no6 sogyon bigo balymd myonheo "
+             "doctor yoyangno hospital"_s.split(u' '))
+            names << u"caso_"_s + name;
+        return names;
+    }();
+    return columns;
 }
 
-FindingsOwner RowOwner(const AdoRecordset& row)
+constexpr qsizetype FindingsColumn = 14;
+constexpr qsizetype RemarkColumn = 15;
+
+/// The record as its row is to be, in that order.
+QList<QVariant> RowOfRecord()
 {
+    const FindingsRecordFields& record = FindingsRecord;
+    QList<QVariant> row{record.Yeonno, record.Chart, record.Yuhyung, record.Ymd,
+                        record.Suname, record.Jumin, record.Jinchal, record.Etc};
+    for (const int number : record.PicNo)
+        row << qlonglong{number};
+    return row << record.Sogyon << record.Bigo << record.Balymd << record.Myonheo << record.Doctor << record.Yoyangno
+               << record.Hospital;
+}
+
+QList<QVariant> ValuesOf(const AdoRecordset& row)
+{
+    QList<QVariant> values;
+    for (const QString& column : Columns())
+        values << row.Fields(column);
+    return values;
+}
+
+/// A row that was sent and not answered: it may have arrived.
+QList<QVariant> unanswered;
+
+/// Whose report it is: chart, date and section.
+Visit OwnerOf(const QList<QVariant>& row)
+{
+    const auto text = [&row](const QString& column) { return Trim(row.value(Columns().indexOf(column)).toString()); };
     Visit visit;
-    visit.chart = FieldText(row, u"caso_chart"_s);
-    visit.ymd = FieldText(row, u"caso_ymd"_s);
-    visit.etc = FieldText(row, u"caso_etc"_s);
-    return {visit, FieldText(row, u"caso_jinchal"_s)};
+    visit.chart = text(u"caso_chart"_s);
+    visit.ymd = text(u"caso_ymd"_s);
+    visit.etc = text(u"caso_etc"_s);
+    return visit;
 }
 
 QString PicturePathOf(int number)
@@ -70,7 +102,7 @@ void ReadRow(const AdoRecordset& row)
     FindingsRecord.Sex = SexText(jumin);
     const QString years = AgeText(FindingsRecord.Ymd, jumin).left(3);
     FindingsRecord.Nai = IsNumericText(years) ? WholeNumberText(years) + u"세 "_s : QString();
-    FindingsRecord.Stored = RecordOwner();
+    FindingsRecord.Stored = ValuesOf(row);
 }
 
 std::unique_ptr<AdoRecordset> RowOfNumber()
@@ -79,83 +111,71 @@ std::unique_ptr<AdoRecordset> RowOfNumber()
                     adOpenKeyset);
 }
 
-/// By these a new row is known again.
-QStringList RowTexts()
+/// What stands under the record's number now.
+std::optional<QList<QVariant>> PresentRow()
 {
-    const FindingsOwner owner = RecordOwner();
-    return {FindingsRecord.Yeonno, owner.visit.chart,           owner.visit.ymd,       owner.jinchal,
-            owner.visit.etc,       Trim(FindingsRecord.Balymd), FindingsRecord.Sogyon, FindingsRecord.Bigo};
+    const auto row = RowOfNumber();
+    return HasRow(*row) ? std::optional(ValuesOf(*row)) : std::nullopt;
 }
 
-QStringList RowTexts(const AdoRecordset& row)
+bool IsSame(const QList<QVariant>& row, const QList<QVariant>& sent)
 {
-    QStringList texts;
-    for (const QString& column :
-         {u"caso_yeonno"_s, u"caso_chart"_s, u"caso_ymd"_s, u"caso_jinchal"_s, u"caso_etc"_s, u"caso_balymd"_s})
-        texts << FieldText(row, column);
-    return texts << row.Fields(u"caso_sogyon"_s).toString() << row.Fields(u"caso_bigo"_s).toString();
+    return std::ranges::equal(row, sent, {}, &QVariant::toString, &QVariant::toString);
 }
 
-/// True when the row under the record's number is the record's own. A report that was never stored has none, unless its
-/// row arrived without an answer.
-bool IsOwn(const AdoRecordset& row)
+/// True when a row is what columns that are too short, or hold fewer characters, make of the other.
+bool CanBe(const QList<QVariant>& row, const QList<QVariant>& sent)
 {
-    if (!FindingsRecord.Stored)
-        return RowTexts(row) == unanswered;
-    const FindingsOwner owner = RowOwner(row);
-    return owner == *FindingsRecord.Stored || owner == RecordOwner();
+    return std::ranges::equal(row, sent, &MayBeStoredAs, &QVariant::toString, &QVariant::toString);
 }
 
-/// The whole row, behind the word that says what happens to one of its number.
-void WriteRow(QStringView command)
+Statement& WithValue(Statement& statement, const QVariant& value)
 {
-    const FindingsRecordFields& record = FindingsRecord;
-    Execute(Statement(command)
-                .Piece(u" INTO caso VALUES ( ")
-                .Then(u" '", record.Yeonno)
-                .Then(u"', '", record.Chart)
-                .Then(u"', '", record.Yuhyung)
-                .Then(u"', '", record.Ymd)
-                .Piece(u"', ")
-                .Then(u" '", record.Suname)
-                .Then(u"', '", record.Jumin)
-                .Then(u"', '", record.Jinchal)
-                .Piece(u"', ")
-                .Then(u" '", record.Etc)
-                .Then(u"', ", record.PicNo[0])
-                .Then(u", ", record.PicNo[1])
-                .Then(u", ", record.PicNo[2])
-                .Piece(u", ")
-                .Then(u" ", record.PicNo[3])
-                .Then(u", ", record.PicNo[4])
-                .Then(u", ", record.PicNo[5])
-                .Then(u", '", record.Sogyon)
-                .Piece(u"', ")
-                .Then(u" '", record.Bigo)
-                .Then(u"', '", record.Balymd)
-                .Then(u"', '", record.Myonheo)
-                .Then(u"', '", record.Doctor)
-                .Piece(u"', ")
-                .Then(u" '", record.Yoyangno)
-                .Then(u"', '", record.Hospital)
-                .Piece(u"' ) "));
+    return value.typeId() == QMetaType::LongLong ? statement.Value(value.toInt())
+                                                 : statement.Piece(u"'").Value(value.toString()).Piece(u"'");
 }
 
 /// Puts the record under its number as a new row, whole, which the key lets only one station do. False when another
 /// report was quicker.
 bool InsertRow()
 {
-    unanswered = RowTexts();
+    unanswered = RowOfRecord();
+    Statement statement(u" INSERT INTO caso VALUES ( ");
+    for (qsizetype at = 0; at < unanswered.size(); ++at)
+        WithValue(statement.Piece(at == 0 ? u"" : u", "), unanswered[at]);
     try {
-        WriteRow(u" INSERT");
+        Execute(statement.Piece(u" ) "));
         return true;
     } catch (const PlatformError&) {
-        const auto row = RowOfNumber();
-        if (!HasRow(*row))
+        const auto row = PresentRow();
+        if (!row)
             throw;
         // One that had arrived before its connection was lost was repeated, and met itself.
-        return RowTexts(*row) == unanswered;
+        return IsSame(*row, unanswered);
     }
+}
+
+/// Puts the record in the place of its row, in one statement, so that no other station comes in between. False when the
+/// row isn't what it was.
+bool ReplaceRow(const QList<QVariant>& before)
+{
+    unanswered = RowOfRecord();
+    Statement statement(u" UPDATE caso SET ");
+    for (qsizetype at = 1; at < unanswered.size(); ++at)
+        WithValue(statement.Piece(at == 1 ? u"" : u", ").Piece(Columns()[at]).Piece(u" = "), unanswered[at]);
+    statement.Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno);
+    for (qsizetype at = 0; at < before.size(); ++at)
+        statement.Piece(u" AND ").Same(Columns()[at], before[at]);
+    return Execute(statement) > 0;
+}
+
+/// What has become of the row that was stored. Where it can't be that, another station was quicker, and what was sent
+/// is what the next save starts from.
+void ReadBack()
+{
+    const auto row = PresentRow();
+    FindingsRecord.Stored = row && CanBe(*row, unanswered) ? *row : unanswered;
+    unanswered.clear();
 }
 
 /// The year's greatest number as text; "0" when the year has no report.
@@ -230,47 +250,81 @@ QString NextFindingsNumber(const QString& year)
     return NumberBehind(GreatestNumber(year), year);
 }
 
-bool StoreFindings()
+FindingsStored StoreFindings()
 {
     const bool hasNumber = FindingsRecord.Stored || FindingsRecord.Yeonno.toLongLong() > 0;
     if (!hasNumber || FindingsRecord.Ymd.isEmpty())
         throw PlatformError(u"열린 소견서가 없습니다. 소견서를 다시 여십시오.!!"_s);
     FindingsRecordRollback rollback;
     const QString before = FindingsRecord.Yeonno;
-    const auto row = RowOfNumber();
-    if (HasRow(*row) && IsOwn(*row)) {
-        WriteRow(u" REPLACE");
+    if (FindingsRecord.Stored) {
+        const QList<QVariant> sent = unanswered;
+        if (!ReplaceRow(*FindingsRecord.Stored)) {
+            // Its own, from a statement that arrived without an answer.
+            const auto row = PresentRow();
+            const bool isOwn = row && (IsSame(*row, unanswered) || (IsSame(*row, sent) && ReplaceRow(*row)));
+            if (!isOwn) {
+                unanswered.clear();
+                return FindingsStored::Changed;
+            }
+        }
     } else {
         while (!InsertRow())
             TakeNextNumber();
     }
-    FindingsRecord.Stored = RecordOwner();
+    ReadBack();
     rollback.Keep();
-    return FindingsRecord.Yeonno != before;
+    return FindingsRecord.Yeonno == before ? FindingsStored::Done : FindingsStored::Renumbered;
+}
+
+void TakePresentRow()
+{
+    const auto row = PresentRow();
+    const bool isOwn = row && OwnerOf(*row) == OwnerOf(RowOfRecord());
+    FindingsRecord.Stored = isOwn ? row : std::nullopt;
+}
+
+std::optional<FindingsTexts> StoredFindingsTexts()
+{
+    if (!FindingsRecord.Stored)
+        return std::nullopt;
+    return FindingsTexts{FindingsRecord.Stored->at(FindingsColumn).toString(),
+                         FindingsRecord.Stored->at(RemarkColumn).toString()};
+}
+
+void ExpectFindingsTexts(const FindingsTexts& texts)
+{
+    const std::optional<FindingsTexts> stored = StoredFindingsTexts();
+    // Nothing, where nothing was stored, is null as well as empty.
+    if (stored && stored->findings != texts.findings)
+        FindingsRecord.Stored->replace(FindingsColumn, texts.findings);
+    if (stored && stored->remark != texts.remark)
+        FindingsRecord.Stored->replace(RemarkColumn, texts.remark);
 }
 
 QString CutTextsOfFindings()
 {
-    const auto row = RowOfNumber();
-    if (!HasRow(*row))
-        return {};
+    const std::optional<FindingsTexts> stored = StoredFindingsTexts();
     QStringList cut;
-    const auto compare = [&](const QString& name, const QString& column, const QString& text) {
+    const auto compare = [&](const QString& name, const QString& kept, const QString& text) {
         // Characters, as the column counts them: one that it can't hold has become another.
-        const qsizetype stored = row->Fields(column).toString().toUcs4().size();
+        const qsizetype characters = kept.toUcs4().size();
         const qsizetype wanted = text.toUcs4().size();
-        if (stored < wanted)
-            cut << u"%1이(가) 길어 %2자 중 %3자만 저장되었습니다.!!"_s.arg(name).arg(wanted).arg(stored);
+        if (characters < wanted)
+            cut << u"%1이(가) 길어 %2자 중 %3자만 저장되었습니다.!!"_s.arg(name).arg(wanted).arg(characters);
     };
-    compare(u"소견"_s, u"caso_sogyon"_s, FindingsRecord.Sogyon);
-    compare(u"비고"_s, u"caso_bigo"_s, FindingsRecord.Bigo);
+    if (stored) {
+        compare(u"소견"_s, stored->findings, FindingsRecord.Sogyon);
+        compare(u"비고"_s, stored->remark, FindingsRecord.Bigo);
+    }
     return cut.join(u"\r\n"_s);
 }
 
 void RemoveFindings()
 {
-    const auto row = RowOfNumber();
-    if (HasRow(*row) && !IsOwn(*row))
+    const auto row = PresentRow();
+    const QList<QVariant> own = FindingsRecord.Stored.value_or(RowOfRecord());
+    if (row && OwnerOf(*row) != OwnerOf(own))
         throw PlatformError(u"다른 곳에서 같은 번호로 저장한 소견서입니다. 삭제하지 않았습니다.!!"_s);
     Execute(Statement(u" DELETE FROM caso ").Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno));
     FindingsRecord.Stored.reset();

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include <optional>
+
 /// The rows of `caso` and `so` as the findings screen needs them. All work on `FindingsRecord`. A failing
 /// statement is a PlatformError and leaves the record as it was.
 
@@ -16,11 +18,28 @@ QString NextFindingsNumber(const QString& year);
 /// The number for the first one.
 QString FirstFindingsNumber(const QString& year);
 
-/// Writes the record's row, always whole. Another report under its number makes it take the next free one; where no
-/// number can be counted on from, that is a PlatformError. Gives true when the number has changed.
-bool StoreFindings();
-/// Reads back what a column of the clinic's has kept of the record's texts; for the operator, empty when both are
-/// whole.
+enum class FindingsStored {
+    Done,
+    Renumbered, ///< Another report had its number: it has the next free one.
+    Changed,    ///< Nothing: the row isn't what it was when the record was read or stored last, or is gone.
+};
+/// Writes the record's row, always whole: in the place of the one that it was read from, while that is byte for byte
+/// what it was; a record without one as a new row. Where no number can be counted on from, that is a PlatformError.
+FindingsStored StoreFindings();
+/// The row as it stands now is what the record will be stored in the place of. Without one, or with another report's
+/// under its number, the record is a new one.
+void TakePresentRow();
+struct FindingsTexts
+{
+    QString findings;
+    QString remark;
+};
+/// The long texts of the record's row as it was read or stored last; nothing without one.
+std::optional<FindingsTexts> StoredFindingsTexts();
+/// The record, if it has a row, was begun from these: `StoreFindings` compares with them.
+void ExpectFindingsTexts(const FindingsTexts& texts);
+/// What a column of the clinic's has kept of the record's texts when it was stored; for the operator, empty when both
+/// are whole.
 QString CutTextsOfFindings();
 /// Deletes the row of the record's number. Another report under it stays, with a PlatformError.
 void RemoveFindings();

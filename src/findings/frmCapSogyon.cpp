@@ -11,6 +11,7 @@
 #include "findings/UpDownArrows.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "records/tables.h"
@@ -31,7 +32,7 @@ namespace {
 /// Shows the beginning of a text that is longer than its box.
 void ShowText(QLineEdit& box, const QString& text)
 {
-    box.setText(text);
+    box.setText(ComposedText(text));
     box.setCursorPosition(0);
 }
 } // namespace
@@ -62,6 +63,11 @@ void frmCapSogyon::ConnectControls()
 void frmCapSogyon::Form_Load()
 {
     OpenRecord();
+}
+
+void frmCapSogyon::Form_Unload()
+{
+    m_draft.End();
 }
 
 void frmCapSogyon::OpenRecord()
@@ -115,6 +121,7 @@ void frmCapSogyon::SogyonClear()
         box->clear();
     m_txtSogyon->setText(QString());
     m_txtBigo->setText(QString());
+    m_blank = true;
 }
 
 bool frmCapSogyon::HasUnsavedText() const
@@ -169,6 +176,8 @@ void frmCapSogyon::ShowRecord(const Surroundings& surroundings)
     ShowDoctor();
     const QString& name = surroundings.doctorListName;
     ShowDoctorChoice(name.isNull() ? FindingsRecord.Jinchal : FindingsRecord.Jinchal + u' ' + name);
+    m_blank = false;
+    m_shownReport = MarkOfRecord();
 }
 
 void frmCapSogyon::ShowDoctor()

@@ -2,6 +2,8 @@
 
 #include "frame/forms.h"
 
+#include "screenparts/TextDraft.h"
+
 #include <array>
 
 class FindingsBox;
@@ -30,16 +32,23 @@ public:
 
     /// The boxes hold a text that isn't the record's: loading another report would lose it.
     bool HasUnsavedText() const;
+    /// Stores that text as its button does, without the first question. False when it isn't stored whole.
+    bool StoreText();
+    /// Asks whether a text of this report that an earlier run left is to come back.
+    void OfferDraft();
     /// The list of reports is open, or pages are being printed.
     bool IsBusy() const { return m_listing || m_printing; }
 
 protected:
     void Form_Load() override;
+    void Form_Unload() override;
 
 private:
     struct Surroundings;
     /// With `Cut` a column was too short, and the screen keeps the whole texts.
     enum class Saved { No, Whole, Cut };
+    /// What a question before printing has led to.
+    enum class Printed { NotWanted, NotStored, Yes };
 
     void BuildControls();
     void BuildHeader();
@@ -63,9 +72,19 @@ private:
     void DeleteAndClear();
     void PrintAndClear();
     Saved SaveFindings();
+    /// A blank screen's text would take the place of the whole report.
+    bool MayReplaceReport() const;
+    /// Another station has changed the report: false when nothing is to be stored now.
+    bool MayStoreOverOther();
+    void ShowTheirs();
+    /// Tells the record's report from others.
+    static QString MarkOfRecord();
+    std::optional<TextDraft::Draft> UnsavedDraft() const;
+    TextDraft::Draft DraftOfBoxes() const;
+    void TakeUpDraft(const TextDraft::Draft& draft);
     void DeleteFindings();
     void TakeInput();
-    Saved PrintFindings();
+    Printed PrintFindings();
     void OpenFromList();
     void FillFindingsList();
     void Close();
@@ -99,4 +118,7 @@ private:
     QString m_doctorChoice; ///< The entry of `cmbJinchal` that the other boxes belong to.
     bool m_listing = false; ///< The list of reports is being filled or shown.
     bool m_printing = false;
+    bool m_blank = true;   ///< The boxes have been emptied: what stands in them isn't the report's.
+    QString m_shownReport; ///< Whose texts the boxes hold.
+    TextDraft m_draft{[this] { return UnsavedDraft(); }, this};
 };

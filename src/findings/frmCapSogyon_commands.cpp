@@ -7,6 +7,7 @@
 #include "findings/frmSoFind.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -19,6 +20,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 const QString SaveQuestion = u"저장하시겠습니까?"_s;
+
+/// A text that only shows otherwise than it is written stays as it is.
+void TakeShown(QString& field, const QLineEdit& box)
+{
+    const QString shown = Trim(box.text());
+    if (shown != ComposedText(field))
+        field = shown;
+}
 } // namespace
 
 void frmCapSogyon::Run(void (frmCapSogyon::*command)())
@@ -30,7 +39,7 @@ void frmCapSogyon::Run(void (frmCapSogyon::*command)())
 
 void frmCapSogyon::SaveAndClear()
 {
-    if (AskYesNo(SaveQuestion) && SaveFindings() != Saved::Cut)
+    if (AskYesNo(SaveQuestion) && StoreText())
         SogyonClear();
 }
 
@@ -42,7 +51,7 @@ void frmCapSogyon::DeleteAndClear()
 
 void frmCapSogyon::PrintAndClear()
 {
-    if (PrintFindings() != Saved::Cut)
+    if (PrintFindings() != Printed::NotStored)
         SogyonClear();
 }
 
@@ -51,12 +60,27 @@ void frmCapSogyon::TakeInput()
     FindingsRecord.Balymd = LayIntoMask(m_txtPyy->text(), u"0000") + LayIntoMask(m_cmbPmm->currentText(), u"00") +
                             LayIntoMask(m_cmbPdd->currentText(), u"00");
     FindingsRecord.Jinchal = m_cmbJinchal->currentText().left(2);
-    FindingsRecord.Doctor = Trim(m_txtDoctor->text());
-    FindingsRecord.Myonheo = Trim(m_txtMyonheo->text());
+    TakeShown(FindingsRecord.Doctor, *m_txtDoctor);
+    TakeShown(FindingsRecord.Myonheo, *m_txtMyonheo);
     FindingsRecord.Sogyon = m_txtSogyon->Text();
     FindingsRecord.Bigo = m_txtBigo->Text();
-    FindingsRecord.Yoyangno = Trim(m_txtYoyangno->text());
-    FindingsRecord.Hospital = Trim(m_txtHospital->text());
+    TakeShown(FindingsRecord.Yoyangno, *m_txtYoyangno);
+    TakeShown(FindingsRecord.Hospital, *m_txtHospital);
+}
+
+bool frmCapSogyon::StoreText()
+{
+    if (!MayReplaceReport() || SaveFindings() != Saved::Whole)
+        return false;
+    m_draft.Check();
+    return true;
+}
+
+bool frmCapSogyon::MayReplaceReport() const
+{
+    return !m_blank || !FindingsRecord.Stored ||
+           AskYesNo(u"화면이 비어 있습니다. %1번 %2님의 소견서를 이 내용으로 바꾸시겠습니까?"_s.arg(
+               FindingsRecord.Yeonno, FindingsRecord.Suname));
 }
 
 frmCapSogyon::Saved frmCapSogyon::SaveFindings()
@@ -68,9 +92,25 @@ frmCapSogyon::Saved frmCapSogyon::SaveFindings()
         ShowInformation(u"저장할 소견 내용이 없습니다.!!"_s);
         return Saved::No;
     }
-    const bool renumbered = StoreFindings();
+    FindingsStored stored = StoreFindings();
+    while (stored == FindingsStored::Changed) {
+        switch (AskYesNoCancel(u"다른 곳에서 이 소견서를 고쳤습니다. 내 것으로 저장하시겠습니까?"_s)) {
+        case Answer::Yes:
+            TakePresentRow();
+            stored = StoreFindings();
+            break;
+        case Answer::No:
+            ShowTheirs();
+            rollback.Keep();
+            return Saved::No;
+        case Answer::Cancel:
+            return Saved::No;
+        }
+    }
     rollback.Keep();
-    if (renumbered) {
+    m_blank = false;
+    m_shownReport = MarkOfRecord();
+    if (stored == FindingsStored::Renumbered) {
         m_txtYeonNo->setText(LayIntoMask(FindingsRecord.Yeonno, u"0000-000000"));
         ShowInformation(u"다른 곳에서 같은 번호를 사용하여 새 번호로 저장합니다.!!"_s);
     }
@@ -79,6 +119,17 @@ frmCapSogyon::Saved frmCapSogyon::SaveFindings()
         return Saved::Whole;
     ShowInformation(cut);
     return Saved::Cut;
+}
+
+void frmCapSogyon::ShowTheirs()
+{
+    TakePresentRow();
+    // Kept behind theirs: whoever takes it up again has seen that.
+    TextDraft::Keep(DraftOfBoxes());
+    if (FindingsRecord.Stored && ReadFindingsByNumber(FindingsRecord.Yeonno))
+        ShowFindings();
+    else
+        SogyonClear();
 }
 
 void frmCapSogyon::DeleteFindings()
@@ -91,29 +142,29 @@ void frmCapSogyon::DeleteFindings()
 
 void frmCapSogyon::Close()
 {
-    if (!Trim(m_txtSogyon->Text()).isEmpty() && AskYesNo(SaveQuestion))
-        SaveFindings();
-    Unload();
+    const bool hasText = !Trim(m_txtSogyon->Text()).isEmpty();
+    if (!hasText || !AskYesNo(SaveQuestion) || StoreText())
+        Unload();
 }
 
-frmCapSogyon::Saved frmCapSogyon::PrintFindings()
+frmCapSogyon::Printed frmCapSogyon::PrintFindings()
 {
     if (!AskYesNo(u"출력하시겠습니까?"_s))
-        return Saved::No;
+        return Printed::NotWanted;
     if (Trim(FindingsRecord.Chart).isEmpty()) {
         ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
-        return Saved::No;
+        return Printed::NotWanted;
     }
-    const Saved saved = SaveFindings();
+    const Saved saved = MayReplaceReport() ? SaveFindings() : Saved::No;
     if (saved == Saved::No)
-        return saved;
+        return Printed::NotStored;
     SplitTextLines(*m_txtSogyon, FindingsRecord.SogyonLines);
     SplitTextLines(*m_txtBigo, FindingsRecord.BigoLines);
     m_printing = true;
     const auto end = qScopeGuard([this] { m_printing = false; });
     // The report is stored by now: a printer that refuses costs nothing but the paper.
     Guarded([this] { PrintFindingsPages(m_imgSogyon, *this); });
-    return saved;
+    return saved == Saved::Whole ? Printed::Yes : Printed::NotStored;
 }
 
 void frmCapSogyon::OpenFromList()
@@ -124,6 +175,7 @@ void frmCapSogyon::OpenFromList()
     if (!IsUnloaded())
         ShowFindings();
     rollback.Keep();
+    OfferDraft();
 }
 
 void frmCapSogyon::FillFindingsList()

@@ -10,6 +10,8 @@
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 void FillSlots(const QStringList& numbers)
@@ -46,6 +48,19 @@ void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
     FillSlots(ChosenNumbers(origin.pictures, gridNumber));
 }
 
+bool IsOfVisit(const Visit& visit)
+{
+    return FindingsRecord.Chart == visit.chart && FindingsRecord.Ymd == visit.ymd && FindingsRecord.Etc == visit.etc;
+}
+
+/// The text on the screen is another report's: it is stored or let go before this one comes.
+bool IsUnsavedTextSettled(frmCapSogyon& screen)
+{
+    const QString question = u"%1님의 저장하지 않은 소견이 있습니다. 저장하시겠습니까?"_s.arg(FindingsRecord.Suname);
+    const Answer answer = AskYesNoCancel(question);
+    return answer == Answer::No || (answer == Answer::Yes && screen.StoreText());
+}
+
 } // namespace
 
 void OpenFindings(int gridNumber, const FindingsOrigin& origin)
@@ -56,7 +71,8 @@ void OpenFindings(int gridNumber, const FindingsOrigin& origin)
     if (open != nullptr && (open->HasUnsavedText() || open->IsBusy())) {
         open->Show();
         open->activateWindow();
-        return;
+        if (open->IsBusy() || IsOfVisit(origin.visit) || !IsUnsavedTextSettled(*open))
+            return;
     }
     FindingsRecordRollback rollback;
     PrepareRecord(gridNumber, origin);
@@ -66,4 +82,5 @@ void OpenFindings(int gridNumber, const FindingsOrigin& origin)
     rollback.Keep();
     screen.Show();
     screen.activateWindow();
+    screen.OfferDraft();
 }

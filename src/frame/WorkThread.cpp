@@ -1,5 +1,8 @@
 #include "frame/WorkThread.h"
 
+#include "frame/guard.h"
+#include "frame/journal.h"
+
 #include <QCoreApplication>
 
 #include <condition_variable>
@@ -20,6 +23,16 @@ void DoPosted()
         posted.pop_front();
     }
     work();
+}
+
+/// A fault that nobody has caught must not end the program.
+void Do(const std::function<void()>& work)
+{
+    try {
+        work();
+    } catch (...) {
+        journal::NoteFault(guard::TextOf(std::current_exception()));
+    }
 }
 } // namespace
 
@@ -60,14 +73,14 @@ void WorkThread::Run(const std::shared_ptr<State>& state)
         state->line.pop_front();
         state->isBusy = true;
         lock.unlock();
-        work();
+        Do(work);
         work = nullptr;
         lock.lock();
         state->isBusy = false;
     }
     if (state->last) {
         lock.unlock();
-        state->last();
+        Do(state->last);
         lock.lock();
     }
     state->hasEnded = true;

@@ -14,7 +14,8 @@ public:
     WorkThread(const WorkThread&) = delete;
     WorkThread& operator=(const WorkThread&) = delete;
 
-    /// Behind all that was handed over before. The work may not throw. Dropped once the thread has been ended.
+    /// Behind all that was handed over before. What the work throws is noted in the journal, and goes no further.
+    /// Dropped once the thread has been ended.
     void Post(std::function<void()> work);
     /// True on the thread itself.
     bool IsCurrent() const;

@@ -44,6 +44,19 @@ Statement& Statement::Quoted(QStringView piece, const QString& text)
     return Piece(piece).Value(text).Piece(u"' ");
 }
 
+Statement& Statement::Same(const QString& column, const QVariant& value)
+{
+    if (!value.isValid())
+        return Piece(column).Piece(u" IS NULL ");
+    if (value.typeId() == QMetaType::LongLong)
+        return Piece(column).Then(u" = ", value.toInt()).Piece(u" ");
+    return Piece(u"CAST(CONVERT(")
+        .Piece(column)
+        .Piece(u" USING utf8mb4) AS BINARY) = CAST('")
+        .Value(value.toString())
+        .Piece(u"' AS BINARY) ");
+}
+
 Statement& Statement::OfVisit(const QString& prefix, const Visit& visit)
 {
     return Quoted(u" WHERE "_s + prefix + u"_chart = '"_s, visit.chart)
@@ -63,9 +76,9 @@ std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cu
     return rows;
 }
 
-void Execute(const Statement& statement)
+qint64 Execute(const Statement& statement)
 {
-    OpenConnection().Execute(statement.Text());
+    return OpenConnection().Execute(statement.Text())->RecordsAffected();
 }
 
 void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done)

@@ -27,6 +27,9 @@ public:
     }
     /// A piece that opens an apostrophe, a text, and the piece "' " behind it.
     Statement& Quoted(QStringView piece, const QString& text);
+    /// The condition that a column holds that value and no other, byte by byte: texts as they are read, whatever the
+    /// column's character set and collation.
+    Statement& Same(const QString& column, const QVariant& value);
     /// The condition that a row is one of the visit's captures, in a table whose columns have that prefix.
     Statement& OfVisit(const QString& prefix, const Visit& visit);
 
@@ -40,8 +43,8 @@ private:
 /// Throws PlatformError with the driver's text.
 std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cursor = adOpenForwardOnly,
                                        ExecuteOption option = adOptionUnspecified);
-/// Runs a statement without rows. Throws PlatformError with the driver's text.
-void Execute(const Statement& statement);
+/// Runs a statement without rows, and gives how many it has met. Throws PlatformError with the driver's text.
+qint64 Execute(const Statement& statement);
 
 /// Hands statements over without waiting for them; see `AdoConnection::Queue`.
 void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done);

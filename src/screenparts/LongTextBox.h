@@ -3,8 +3,8 @@
 #include <QTextEdit>
 
 /// A box for a plain text of several lines. Its lines stand apart, its Hangul is composed, whatever is typed, pasted or
-/// set, and Ctrl+Enter makes a line as Enter does. It gives back what it was given, line ends and all, as long as nothing
-/// was changed.
+/// set, and Ctrl+Enter makes a line as Enter does. It gives back what it was given, line ends and all, as long as
+/// nothing was changed.
 class LongTextBox : public QTextEdit
 {
     Q_OBJECT

@@ -3,6 +3,7 @@
 #include "contracts/desktop.h"
 #include "frame/controls.h"
 #include "frame/forms.h"
+#include "frame/guard.h"
 #include "frame/plain_text.h"
 #include "frame/waiting.h"
 
@@ -51,7 +52,8 @@ void Present(const waiting::Notice& notice)
 } // namespace
 
 NoticeStrip::NoticeStrip(QWidget* parent)
-    : QWidget(parent), m_text(new PlainLabel(this)), m_cancel(new QPushButton(u"취소"_s, this))
+    : QWidget(parent), m_text(new PlainLabel(this)), m_offer(new QPushButton(this)),
+      m_cancel(new QPushButton(u"취소"_s, this))
 {
     // Its ground is the style sheet's.
     setAttribute(Qt::WA_StyledBackground);
@@ -62,21 +64,34 @@ NoticeStrip::NoticeStrip(QWidget* parent)
     m_cancel->setFocusPolicy(Qt::NoFocus);
     m_cancel->setProperty(ServedWhileWaiting, true);
     m_cancel->hide();
+    m_offer->setObjectName(u"noticeOffer"_s);
+    m_offer->setFocusPolicy(Qt::NoFocus);
+    m_offer->hide();
+    connect(m_offer, &QPushButton::clicked, this, GuardedSlot([this] {
+                // It may take its own notice away.
+                if (const std::function<void()> run = m_notices.begin()->second.offer.run)
+                    run();
+            }));
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(8, 1, 4, 1);
     row->addWidget(m_text, 1);
+    row->addWidget(m_offer);
     row->addWidget(m_cancel);
     connect(m_cancel, &QPushButton::clicked, this, &NoticeStrip::Cancelled);
     hide();
 }
 
-void NoticeStrip::setNotice(Kind kind, const QString& text)
+void NoticeStrip::setNotice(Kind kind, const QString& text, const Offer& offer)
 {
     if (text.isEmpty())
         m_notices.erase(kind);
     else
-        m_notices[kind] = text;
-    const QString shown = m_notices.empty() ? QString() : m_notices.begin()->second;
+        m_notices[kind] = {text, offer};
+    const Notice notice = m_notices.empty() ? Notice() : m_notices.begin()->second;
+    const QString& shown = notice.text;
+    m_offer->setText(CaptionText(notice.offer.caption));
+    m_offer->setAccessibleName(notice.offer.caption);
+    m_offer->setVisible(!notice.offer.caption.isEmpty());
     m_text->setText(shown);
     m_text->setAccessibleName(shown);
     setVisible(!shown.isEmpty());

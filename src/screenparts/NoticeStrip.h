@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <map>
 
 class QLabel;
@@ -19,14 +20,22 @@ public:
         Share,   ///< The share of the pictures doesn't answer.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
+        Draft,   ///< A note that an earlier run didn't store can come back.
         Room,    ///< The disk of the pictures is nearly full.
         Pacs,    ///< Pictures wait for the clinic's server, or were refused by it.
     };
 
     explicit NoticeStrip(QWidget* parent);
 
+    /// What a notice offers: a button with that caption.
+    struct Offer
+    {
+        QString caption;
+        std::function<void()> run;
+    };
+
     /// An empty text takes the notice away.
-    void setNotice(Kind kind, const QString& text);
+    void setNotice(Kind kind, const QString& text, const Offer& offer = {});
     /// Offers a button by which the wait is given up.
     void setMayCancel(bool mayCancel);
 
@@ -36,8 +45,15 @@ Q_SIGNALS:
     void Shown(bool shown);
 
 private:
-    std::map<Kind, QString> m_notices;
+    struct Notice
+    {
+        QString text;
+        Offer offer;
+    };
+
+    std::map<Kind, Notice> m_notices;
     QLabel* m_text;
+    QPushButton* m_offer;
     QPushButton* m_cancel;
 };
 

@@ -150,3 +150,12 @@ QString NumberText(int number)
 {
     return LayIntoMask(QString::number(number), u"000");
 }
+
+bool MayBeStoredAs(const QString& kept, const QString& given)
+{
+    const QList<uint> keptCharacters = kept.toUcs4();
+    const QList<uint> givenCharacters = given.toUcs4();
+    return keptCharacters.size() <= givenCharacters.size() &&
+           std::equal(keptCharacters.begin(), keptCharacters.end(), givenCharacters.begin(),
+                      [](uint one, uint other) { return one == other || one == u'?'; });
+}

@@ -22,5 +22,9 @@ int WholeNumber(const QString& text);
 /// many stand in front of the first place. A text that isn't numeric stays as it is.
 QString LayIntoMask(const QString& text, QStringView mask);
 
+/// True when a column that is too short, or can't hold each character, can have made `kept` of `given`: it keeps the
+/// beginning, with "?" for what it doesn't know.
+bool MayBeStoredAs(const QString& kept, const QString& given);
+
 /// A picture number as it shows: at least three digits.
 QString NumberText(int number);

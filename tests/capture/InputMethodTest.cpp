@@ -1,14 +1,14 @@
 #include "findings/findings_popups.h"
-#include "findings/frmCapSogyon.h"
 #include "findings/FindingsBox.h"
+#include "findings/frmCapSogyon.h"
 #include "frame/composition.h"
 #include "support/CaptureScreen.h"
 #include "support/HangulDesktop.h"
 
 using namespace Qt::StringLiterals;
 
-/// The last syllable of a Korean word, with a real input method: it is stored once, in the box that it was typed into, and
-/// what is typed next is there.
+/// The last syllable of a Korean word, with a real input method: it is stored once, in the box that it was typed into,
+/// and what is typed next is there.
 class InputMethodTest : public QObject
 {
     Q_OBJECT

@@ -197,6 +197,48 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(StoredNoteQuery), u"먼저 쓴 글"_s);
     }
 
+    /// A note of a run that was killed is offered once it isn't what is stored.
+    void ANoteThatWasNotStoredComesBack_data()
+    {
+        Columns<bool, bool>("isKilled", "isStored");
+        QTest::newRow("let go") << false << false;
+        QTest::newRow("killed") << true << false;
+        QTest::newRow("killed, but stored") << true << true;
+    }
+
+    void ANoteThatWasNotStoredComesBack()
+    {
+        QFETCH2(bool, isKilled, bool, isStored);
+        const QDir folder(m_box->Desk().ProgramFolder());
+        const auto drafts = [&folder] { return folder.entryList({u"TextDraft-*"_s}); };
+        Type(u"쓰던 글"_s);
+        opened->sprCap(1).setFocus();
+        Box().setFocus();
+        QTRY_COMPARE(drafts().size(), 1);
+        const QString left = folder.filePath(QString(drafts().first()).replace(u".json"_s, u".kept.json"_s));
+        QVERIFY(!isKilled || QFile::copy(folder.filePath(drafts().first()), left));
+        if (isStored)
+            Press(u"저장"_s);
+        opened->Unload();
+        QCOMPARE(drafts().size(), isKilled ? 1 : 0);
+        m_box->Desk().shown.clear();
+        OpenScreen();
+        const bool isOffered = isKilled && !isStored;
+        auto* offer = opened->findChild<QPushButton*>(u"noticeOffer"_s);
+        QCOMPARE(offer->isVisible(), isOffered);
+        if (isOffered) {
+            QCOMPARE(opened->findChild<QLabel*>(u"noticeText"_s)->text(), u"저장하지 않은 참고사항이 있습니다."_s);
+            offer->click();
+            QVERIFY(!offer->isVisible());
+            Press(u"연결"_s);
+            Press(u"캡쳐"_s);
+        }
+        QCOMPARE(m_box->Value(StoredNoteQuery), isKilled ? u"쓰던 글"_s : u"처음"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList());
+        opened->Unload();
+        QCOMPARE(drafts(), QStringList());
+    }
+
 private:
     NoteBox& Box() { return opened->txtCapChamgo(); }
 

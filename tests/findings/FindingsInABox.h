@@ -63,11 +63,11 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
     static FindingsBox& Remark() { return *Form<frmCapSogyon>().findChild<FindingsBox*>(QStringLiteral("txtBigo")); }
     static QString TextOf(const QString& box) { return Form<frmCapSogyon>().findChild<QLineEdit*>(box)->text(); }
 
-    /// Presses the button with that caption; the next question is answered with `yes`.
-    void Press(const QString& caption, bool yes = true)
+    /// Presses the button with that caption; the questions are answered in turn.
+    void Press(const QString& caption, const std::deque<bool>& answers = {true})
     {
         Desk().shown.clear();
-        Desk().answers = {yes};
+        Desk().answers = answers;
         for (QPushButton* button : Form<frmCapSogyon>().findChildren<QPushButton*>()) {
             if (button->text() == caption)
                 QTest::mouseClick(button, Qt::LeftButton);

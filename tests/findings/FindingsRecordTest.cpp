@@ -99,14 +99,90 @@ private Q_SLOTS:
         FindingsInABox::Findings().setText(u"내 소견"_s);
         m_box->Desk().whileShown = [&] {
             m_box->Desk().whileShown = {};
-            m_box->Run(u"INSERT INTO caso (caso_yeonno, caso_chart, caso_ymd, caso_jinchal, caso_etc, caso_balymd, "
-                       "caso_sogyon, caso_bigo) VALUES ('2026000001', '00001234', '20261124', '11', '위내시경', "
-                       "'20261124', '%1', '');"_s.arg(findings));
+            m_box->Run(u"INSERT INTO caso VALUES ('2026000001', '00001234', '01', '20261124', '홍길동', "
+                       "'800101-1234567', '11', '위내시경', 1, 0, 0, 0, 0, 0, '%1', '', '20261124', '10001', '나누리', "
+                       "'11100001', '나래의원');"_s.arg(findings));
         };
         m_box->Press(u"저장"_s);
         QCOMPARE(Findings(u"2026000001"_s), findings);
         QTEST(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), "rows");
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso WHERE caso_sogyon = '내 소견'"_s), u"1"_s);
+    }
+
+    /// What stands on an emptied screen isn't the report.
+    void ABlankScreen_data()
+    {
+        Columns<QString, QString, std::deque<bool>, QString>("cleared", "button", "answers", "stored");
+        const QString kept = u"먼저"_s;
+        QTest::newRow("save, no") << u"취소"_s << u"저장"_s << std::deque{true, false} << kept;
+        QTest::newRow("save, yes") << u"취소"_s << u"저장"_s << std::deque{true, true} << u"한 줄"_s;
+        QTest::newRow("save after a save") << u"저장"_s << u"저장"_s << std::deque{true, false} << kept;
+        QTest::newRow("print") << u"취소"_s << u"출력"_s << std::deque{true, false} << kept;
+        QTest::newRow("close") << u"취소"_s << u"종료"_s << std::deque{true, false} << kept;
+        QTest::newRow("its row is gone") << u"삭제"_s << u"저장"_s << std::deque{true} << u"한 줄"_s;
+    }
+
+    void ABlankScreen()
+    {
+        QFETCH4(QString, cleared, QString, button, std::deque<bool>, answers, QString, stored);
+        m_box->Open();
+        Store(u"먼저"_s);
+        m_box->Open();
+        m_box->Press(cleared);
+        FindingsInABox::Findings().setText(u"한 줄"_s);
+        m_box->Press(button, answers);
+        QCOMPARE(m_box->Desk().shown.size(), static_cast<qsizetype>(answers.size()));
+        if (answers.size() > 1)
+            QCOMPARE(m_box->Desk().shown[1],
+                     u"화면이 비어 있습니다. 2026000001번 홍길동님의 소견서를 이 내용으로 바꾸시겠습니까?"_s);
+        QCOMPARE(Findings(u"2026000001"_s), stored);
+        QCOMPARE(FindingsInABox::Findings().Text(), answers.back() ? QString() : u"한 줄"_s);
+    }
+
+    /// Two stations have opened one report; the other one was quicker.
+    void TheOtherStationWasQuicker_data()
+    {
+        Columns<QString, std::deque<bool>, QString, QString, bool>("change", "answers", "stored", "shown", "asked");
+        const QString theirs = u"UPDATE caso SET caso_sogyon = '남의 글'"_s;
+        const QString mine = u"내 글"_s;
+        QTest::newRow("nothing has changed") << QString() << std::deque{true} << mine << QString() << false;
+        QTest::newRow("mine") << theirs << std::deque{true, true} << mine << QString() << true;
+        QTest::newRow("theirs") << theirs << std::deque{true, false} << u"남의 글"_s << u"남의 글"_s << true;
+        QTest::newRow("neither") << theirs << std::deque{true} << u"남의 글"_s << mine << true;
+        QTest::newRow("a blank at the end")
+            << u"UPDATE caso SET caso_bigo = ' '"_s << std::deque{true} << u"먼저"_s << mine << true;
+        QTest::newRow("another doctor") << u"UPDATE caso SET caso_jinchal = '12'"_s << std::deque{true, true} << mine
+                                        << QString() << true;
+        QTest::newRow("deleted, mine") << u"DELETE FROM caso"_s << std::deque{true, true} << mine << QString() << true;
+        QTest::newRow("deleted, theirs") << u"DELETE FROM caso"_s << std::deque{true, false} << QString() << QString()
+                                         << true;
+    }
+
+    void TheOtherStationWasQuicker()
+    {
+        QFETCH4(QString, change, std::deque<bool>, answers, QString, stored, QString, shown);
+        m_box->Open();
+        Store(u"먼저"_s);
+        m_box->Open();
+        m_box->Run(change + u';');
+        FindingsInABox::Findings().setText(u"내 글"_s);
+        m_box->Press(u"저장"_s, answers);
+        QTEST(m_box->Desk().shown.contains(u"다른 곳에서 이 소견서를 고쳤습니다. 내 것으로 저장하시겠습니까?"_s),
+              "asked");
+        QCOMPARE(Findings(u"2026000001"_s), stored);
+        QCOMPARE(FindingsInABox::Findings().Text(), shown);
+        // What gave way comes back when the report is opened the next time.
+        const bool gaveWay = answers.size() == 2 && !answers.back();
+        if (shown == u"내 글")
+            return;
+        m_box->Desk().answers = {true};
+        m_box->Open();
+        QCOMPARE(m_box->Desk().shown.contains(u"저장하지 않은 소견이 있습니다. 다시 불러올까요?"_s), gaveWay);
+        QCOMPARE(FindingsInABox::Findings().Text(), u"내 글"_s);
+        if (gaveWay) {
+            m_box->Press(u"저장"_s);
+            QCOMPARE(Findings(u"2026000001"_s), u"내 글"_s);
+        }
     }
 
     void NoNumberBehindTheGreatest()

@@ -108,7 +108,7 @@ private Q_SLOTS:
     {
         Columns<QString, bool, int, QString, QString>("button", "answer", "messages", "text", "left");
         QTest::newRow("save, no") << u"저장"_s << false << 1 << u"소견"_s << u"소견"_s;
-        QTest::newRow("save, nothing typed") << u"저장"_s << true << 2 << u"  "_s << QString();
+        QTest::newRow("save, nothing typed") << u"저장"_s << true << 2 << u"  "_s << u"  "_s;
         QTest::newRow("delete, no") << u"삭제"_s << false << 1 << u"소견"_s << QString();
         QTest::newRow("cancel") << u"취소"_s << false << 0 << u"소견"_s << QString();
     }
@@ -118,26 +118,85 @@ private Q_SLOTS:
         QFETCH3(QString, button, bool, answer, QString, text);
         m_box->Open();
         FindingsInABox::Findings().setText(text);
-        m_box->Press(button, answer);
+        m_box->Press(button, {answer});
         QTEST(static_cast<int>(m_box->Desk().shown.size()), "messages");
         QTEST(FindingsInABox::Findings().Text(), "left");
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM caso"_s), u"0"_s);
         QCOMPARE(FindingsRecord.Yeonno, u"2026000001"_s);
     }
 
+    void OpeningAgainNeverPutsATextUnderAnotherVisit_data()
+    {
+        Columns<std::deque<bool>, QString, QString, QString>("answers", "shown", "number", "stored");
+        QTest::newRow("cancel") << std::deque<bool>{} << u"쓰던 소견"_s << u"2026-000001"_s << QString();
+        QTest::newRow("let go") << std::deque{false} << QString() << u"2025-000001"_s << QString();
+        QTest::newRow("stored first") << std::deque{true} << QString() << u"2025-000001"_s << u"20261124"_s;
+    }
+
     void OpeningAgainNeverPutsATextUnderAnotherVisit()
     {
+        QFETCH(std::deque<bool>, answers);
         m_box->AddPicture(Earlier, VisitContext.Etc, 1);
         m_box->Open();
         FindingsInABox::Findings().setText(u"쓰던 소견"_s);
+        m_box->Open();
+        QCOMPARE(m_box->Desk().shown, QStringList());
         VisitContext.Ymd = Earlier;
+        m_box->Desk().answers = answers;
         m_box->Open();
-        QCOMPARE(FindingsInABox::Findings().Text(), u"쓰던 소견"_s);
-        QCOMPARE(FindingsRecord.Ymd, u"20261124"_s);
+        QCOMPARE(m_box->Desk().shown, QStringList{u"홍길동님의 저장하지 않은 소견이 있습니다. 저장하시겠습니까?"_s});
+        QTEST(FindingsInABox::Findings().Text(), "shown");
+        QTEST(FindingsInABox::TextOf(u"txtYeonNo"_s), "number");
+        QTEST(m_box->Value(u"SELECT caso_ymd AS v FROM caso"_s), "stored");
+    }
+
+    /// Closing loses no text that isn't stored whole.
+    void AColumnThatIsTooShort()
+    {
+        m_box->Run(u"CREATE TRIGGER cut AFTER INSERT ON caso BEGIN UPDATE caso SET caso_sogyon = "
+                   "substr(caso_sogyon, 1, 255); END;"_s);
+        const QString text(300, u'가');
+        m_box->Open();
+        FindingsInABox::Findings().setText(text);
+        m_box->Press(u"종료"_s);
+        QCOMPARE(m_box->Desk().shown.last(), u"소견이(가) 길어 300자 중 255자만 저장되었습니다.!!"_s);
+        QCOMPARE(FindingsInABox::Findings().Text(), text);
+        m_box->Press(u"종료"_s, {false});
+        QCOMPARE(FindForm(u"frmCapSogyon"_s), nullptr);
+    }
+
+    /// A text of a run that was killed.
+    void ATextThatWasNotStoredComesBack_data()
+    {
+        Columns<bool, bool, QString>("isKilled", "isWanted", "shown");
+        QTest::newRow("let go") << false << true << QString();
+        QTest::newRow("killed") << true << true << u"쓰던 글"_s;
+        QTest::newRow("killed, not wanted") << true << false << QString();
+    }
+
+    void ATextThatWasNotStoredComesBack()
+    {
+        QFETCH2(bool, isKilled, bool, isWanted);
+        m_box->Open();
+        FindingsInABox::Findings().setText(u"쓰던 글"_s);
+        FindingsInABox::Remark().setFocus();
+        QStringList drafts;
+        QTRY_COMPARE((drafts = Drafts()).size(), 1);
+        QCOMPARE(QFile::permissions(drafts.first()) &
+                     ~(QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser),
+                 QFile::Permissions());
+        const QString left = QString(drafts.first()).replace(u".json"_s, u".kept.json"_s);
+        QVERIFY(!isKilled || QFile::copy(drafts.first(), left));
+        m_box->Press(u"종료"_s, {false});
+        QCOMPARE(Drafts(), isKilled ? QStringList{left} : QStringList());
+        m_box->Desk().shown.clear();
+        m_box->Desk().answers = {isWanted};
+        m_box->Open();
+        QCOMPARE(m_box->Desk().shown.size(), isKilled ? 1 : 0);
+        QTEST(FindingsInABox::Findings().Text(), "shown");
         m_box->Press(u"저장"_s);
-        QCOMPARE(m_box->Value(u"SELECT caso_ymd AS v FROM caso"_s), u"20261124"_s);
-        m_box->Open();
-        QCOMPARE(FindingsInABox::TextOf(u"txtYeonNo"_s), u"2025-000001"_s);
+        m_box->Press(u"종료"_s);
+        QCOMPARE(Drafts(), QStringList());
     }
 
     void AFaultLeavesAllAsItWas_data()
@@ -240,6 +299,13 @@ private Q_SLOTS:
     }
 
 private:
+    QStringList Drafts()
+    {
+        QStringList paths;
+        for (const QFileInfo& file : QDir(m_box->Desk().ProgramFolder()).entryInfoList({u"TextDraft-*"_s}))
+            paths << file.filePath();
+        return paths;
+    }
     void StopServer() { m_box->Run(u"ALTER TABLE doctor RENAME TO doctor_gone;"_s); }
     /// Opens the list, stops the server, and goes on in the list.
     void InList(const std::function<void(frmSoFind&)>& work)

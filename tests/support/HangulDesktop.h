@@ -7,8 +7,8 @@
 #include <csignal>
 #include <sys/prctl.h>
 
-/// A display, a window manager and an input method that composes Hangul, all of this test program's own. Made before the
-/// application object, which finds them by its environment; ended with it.
+/// A display, a window manager and an input method that composes Hangul, all of this test program's own. Made before
+/// the application object, which finds them by its environment; ended with it.
 class HangulDesktop
 {
 public:
@@ -18,13 +18,14 @@ public:
         qputenv("XDG_CONFIG_HOME", m_home.filePath(QStringLiteral("config")).toLocal8Bit());
         qputenv("XDG_RUNTIME_DIR", m_home.path().toLocal8Bit());
         qunsetenv("WAYLAND_DISPLAY");
-        const QByteArray display = FirstLine(m_display, QStringLiteral("Xvfb"),
-                                             {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-                                              QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-noreset")});
+        const QByteArray display =
+            FirstLine(m_display, QStringLiteral("Xvfb"),
+                      {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                       QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-noreset")});
         qputenv("DISPLAY", ':' + display);
-        qputenv("DBUS_SESSION_BUS_ADDRESS",
-                FirstLine(m_bus, QStringLiteral("dbus-daemon"),
-                          {QStringLiteral("--session"), QStringLiteral("--nofork"), QStringLiteral("--print-address=1")}));
+        qputenv("DBUS_SESSION_BUS_ADDRESS", FirstLine(m_bus, QStringLiteral("dbus-daemon"),
+                                                      {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                       QStringLiteral("--print-address=1")}));
         qputenv("QT_QPA_PLATFORM", "xcb");
         qputenv("QT_IM_MODULE", "ibus");
         // The engine would begin with Latin letters.

@@ -94,7 +94,8 @@ void MariaDbEngine::Configure(QSqlDatabase& database, const DatabaseSettings& se
     database.setDatabaseName(settings.name);
     database.setUserName(settings.user);
     database.setPassword(settings.password);
-    QStringList options{u"MYSQL_OPT_CONNECT_TIMEOUT=%1"_s.arg(settings.connectTimeoutSeconds),
+    // An UPDATE counts the rows that it finds: whether they were as expected, not whether the new values differ.
+    QStringList options{u"CLIENT_FOUND_ROWS"_s, u"MYSQL_OPT_CONNECT_TIMEOUT=%1"_s.arg(settings.connectTimeoutSeconds),
                         u"MYSQL_OPT_READ_TIMEOUT=%1"_s.arg(settings.replyTimeoutSeconds),
                         u"MYSQL_OPT_WRITE_TIMEOUT=%1"_s.arg(settings.replyTimeoutSeconds)};
     if (!settings.socket.isEmpty())

@@ -17,6 +17,8 @@ public:
     /// Adds the values of the next row; false when there is none, or when `Error` tells of a fault.
     virtual bool Next(QList<QVariant>& values) = 0;
     virtual QSqlError Error() const = 0;
+    /// Rows that a statement without rows has met.
+    virtual qint64 Affected() const { return 0; }
 };
 
 /// Sends a statement by the toolkit.
@@ -31,6 +33,7 @@ public:
     QStringList Columns() const override { return m_columns; }
     bool Next(QList<QVariant>& values) override;
     QSqlError Error() const override { return m_query.lastError(); }
+    qint64 Affected() const override { return m_query.isSelect() ? 0 : m_query.numRowsAffected(); }
 
 private:
     QSqlQuery m_query;

@@ -26,6 +26,7 @@ public:
     void MoveNext() override;
     QVariant Fields(const QString& name) const override;
     QVariant Fields(int place) const override;
+    qint64 RecordsAffected() const override { return m_source != nullptr ? m_source->Affected() : 0; }
     void setFilter(const QString& criterion) override;
 
 private:

@@ -6,6 +6,7 @@
 void SqlRows::Begin(const RowSource& source)
 {
     m_columns = source.Columns();
+    m_affected = source.Affected();
     // Of a statement that is repeated, some may be there already; nobody has read them.
     const std::lock_guard lock(m_mutex);
     m_blocks.clear();

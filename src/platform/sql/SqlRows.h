@@ -23,7 +23,7 @@ public:
 
     // On the connection's thread.
 
-    /// Names the columns of a statement that has run.
+    /// Takes down the columns of a statement that has run.
     void Begin(const RowSource& source);
     /// Takes the next rows; false when there is none behind them, or nobody wants them any more. Whether all of them
     /// came, the source's error tells.
@@ -34,6 +34,7 @@ public:
     // On the screen's.
 
     const QStringList& Columns() const { return m_columns; }
+    qint64 Affected() const { return m_affected; }
     /// Adds the blocks that have come to those that are held already; false when no more will come. Throws what ended
     /// them, once all that came before it are held.
     bool Fetch(std::vector<Block>& blocks) const;
@@ -42,6 +43,7 @@ public:
 
 private:
     QStringList m_columns; ///< Stays what it is once `Begin` has returned.
+    qint64 m_affected = 0; ///< The same.
     mutable std::mutex m_mutex;
     std::vector<Block> m_blocks;
     std::exception_ptr m_fault;

@@ -11,6 +11,11 @@ bool IsWordCharacter(QChar character)
     return character.isLetterOrNumber() || character == u'_' || character == u'$';
 }
 
+bool IsQuote(QChar character)
+{
+    return character == u'\'' || character == u'"' || character == u'`';
+}
+
 /// Position behind the quoted text that begins at `from`. A doubled quote reads as two texts side by side, which ends
 /// at the same place.
 qsizetype BehindQuoted(const QString& text, qsizetype from)
@@ -31,13 +36,36 @@ qsizetype LeftParenthesis(const QString& text, qsizetype from)
     return at < text.size() && text.at(at) == u'(' ? at : -1;
 }
 
+/// What a piece of a statement without quoted texts says differently.
+QString ComparedAsBytes(const QString& piece)
+{
+    static const QRegularExpression convert(uR"(\bCONVERT\(\s*(\w+)\s+USING\s+utf8mb4\s*\))"_s,
+                                            QRegularExpression::CaseInsensitiveOption);
+    static const QRegularExpression binary(uR"(\bAS\s+BINARY\b)"_s, QRegularExpression::CaseInsensitiveOption);
+    return QString(piece).replace(convert, u"\\1"_s).replace(binary, u"AS BLOB"_s);
+}
+
+QString WithoutConvert(const QString& statement)
+{
+    QString result;
+    for (qsizetype at = 0; at < statement.size();) {
+        qsizetype quote = at;
+        while (quote < statement.size() && !IsQuote(statement.at(quote)))
+            ++quote;
+        result += ComparedAsBytes(statement.mid(at, quote - at));
+        at = quote < statement.size() ? BehindQuoted(statement, quote) : quote;
+        result += QStringView(statement).mid(quote, at - quote);
+    }
+    return result;
+}
+
 QString WithoutLeft(const QString& statement)
 {
     QString result;
     QList<bool> isLeft; // one for each open parenthesis
     for (qsizetype at = 0; at < statement.size();) {
         const QChar character = statement.at(at);
-        if (character == u'\'' || character == u'"' || character == u'`') {
+        if (IsQuote(character)) {
             const qsizetype end = BehindQuoted(statement, at);
             result.append(QStringView(statement).mid(at, end - at));
             at = end;
@@ -73,5 +101,6 @@ QString sqlite::Translated(const QString& statement)
                "WHERE type IN ('table', 'view') AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name"_s.arg(
                    match.captured(1));
     }
-    return WithoutLeft(statement);
+    // Looked for first: hardly a statement has one, and some hold long texts.
+    return WithoutLeft(statement.contains(u"CONVERT("_s) ? WithoutConvert(statement) : statement);
 }
