@@ -221,10 +221,7 @@ void OpenCdWriting(const QPoint& place)
 {
     const QString name = QString::fromUtf16(frmCapCDWrite::FormName);
     if (IsFormLoaded(name)) {
-        StationForm* screen = FindForm(name);
-        screen->showNormal();
-        screen->raise();
-        screen->activateWindow();
+        FindForm(name)->BringUp();
         return;
     }
     frmCapCDWrite& screen = Form<frmCapCDWrite>();

@@ -39,12 +39,9 @@ std::optional<TextDraft::Draft> frmCapSogyon::UnsavedDraft() const
 
 TextDraft::Draft frmCapSogyon::DraftOfBoxes() const
 {
-    QJsonObject content{{u"chart"_s, FindingsRecord.Chart},
-                        {u"date"_s, FindingsRecord.Ymd},
-                        {u"section"_s, FindingsRecord.Etc},
-                        {u"findings"_s, m_txtSogyon->Text()},
-                        {u"remark"_s, m_txtBigo->Text()},
-                        {u"blank"_s, m_blank}};
+    QJsonObject content{{u"chart"_s, FindingsRecord.Chart}, {u"date"_s, FindingsRecord.Ymd},
+                        {u"section"_s, FindingsRecord.Etc}, {u"findings"_s, m_txtSogyon->Text()},
+                        {u"remark"_s, m_txtBigo->Text()},   {u"blank"_s, m_blank}};
     if (const std::optional<FindingsTexts> stored = StoredFindingsTexts()) {
         content.insert(u"number"_s, FindingsRecord.Yeonno);
         content.insert(u"storedFindings"_s, stored->findings);
@@ -81,8 +78,8 @@ void frmCapSogyon::TakeUpDraft(const TextDraft::Draft& draft)
     m_txtSogyon->setText(draft.content.value(u"findings"_s).toString());
     m_txtBigo->setText(draft.content.value(u"remark"_s).toString());
     // What has been stored since by another station is met at the next save.
-    ExpectFindingsTexts({draft.content.value(u"storedFindings"_s).toString(),
-                         draft.content.value(u"storedRemark"_s).toString()});
+    ExpectFindingsTexts(
+        {draft.content.value(u"storedFindings"_s).toString(), draft.content.value(u"storedRemark"_s).toString()});
     m_draft.TakeUp(draft);
     m_draft.Check();
 }

@@ -69,8 +69,7 @@ void OpenFindings(int gridNumber, const FindingsOrigin& origin)
         return;
     auto* open = static_cast<frmCapSogyon*>(FindForm(QString::fromUtf16(frmCapSogyon::FormName)));
     if (open != nullptr && (open->HasUnsavedText() || open->IsBusy())) {
-        open->Show();
-        open->activateWindow();
+        open->BringUp();
         if (open->IsBusy() || IsOfVisit(origin.visit) || !IsUnsavedTextSettled(*open))
             return;
     }
@@ -80,7 +79,6 @@ void OpenFindings(int gridNumber, const FindingsOrigin& origin)
         open->OpenRecord();
     frmCapSogyon& screen = Form<frmCapSogyon>();
     rollback.Keep();
-    screen.Show();
-    screen.activateWindow();
+    screen.BringUp();
     screen.OfferDraft();
 }

@@ -18,6 +18,13 @@ QList<StationForm*>& Collection()
     static QList<StationForm*> collection;
     return collection;
 }
+
+/// Was brought to the front, and isn't the active window yet.
+QPointer<StationForm>& BroughtUp()
+{
+    static QPointer<StationForm> form;
+    return form;
+}
 } // namespace
 
 StationForm::StationForm(const QString& name)
@@ -112,6 +119,23 @@ void StationForm::TakeOut()
     });
 }
 
+void StationForm::BringUp()
+{
+    Show();
+    if (m_unloaded)
+        return;
+    if (!isActiveWindow())
+        BroughtUp() = this;
+    activateWindow();
+}
+
+void StationForm::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::ActivationChange && isActiveWindow())
+        BroughtUp() = nullptr;
+    QWidget::changeEvent(event);
+}
+
 void StationForm::closeEvent(QCloseEvent* event)
 {
     event->accept();
@@ -159,6 +183,10 @@ StationForm* LastSeenForm()
 QWidget* OwnerWindow()
 {
     QWidget* active = QApplication::activeWindow();
+    // A box or a list that is open keeps what follows it.
+    const bool isForm = active == nullptr || qobject_cast<StationForm*>(active) != nullptr;
+    if (isForm && BroughtUp() != nullptr && BroughtUp()->isVisible())
+        return BroughtUp();
     return active != nullptr ? active : LastSeenForm();
 }
 

@@ -20,6 +20,9 @@ public:
     /// Shows the form modeless, in its normal size when it was minimised. A form that its own load has closed again
     /// stays away.
     void Show();
+    /// Shows it in front of the others, with the keyboard. A box that opens before the desktop has come to it is the
+    /// form's already.
+    void BringUp();
     /// Shows the form over the one that is in use, which owns it, blocks the other forms, and returns when it has been
     /// unloaded or hidden.
     void ShowModal();
@@ -37,6 +40,7 @@ protected:
     /// True for a first screen: the program ends with it, whatever its unload meets.
     virtual bool EndsProgram() const { return false; }
     void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 Q_SIGNALS:
     void Unloaded();

@@ -47,7 +47,6 @@ public:
     static void Remove(const QString& name);
 
 private:
-
     Unsaved m_unsaved;
     std::optional<Draft> m_written;
     QTimer m_timer;
