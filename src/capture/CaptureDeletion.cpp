@@ -27,14 +27,19 @@ void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
     const QString text = m_history.NumberUnder(gridNumber, column, row);
     const bool waits = gridNumber == 1 && text == AwaitedNumber;
-    const int number = waits ? m_stills.WithoutNumberAt({column, row}) : IsNumericText(text) ? WholeNumber(text) : 0;
-    if (!visit || number == 0)
+    const QString waiting = waits ? m_stills.WithoutNumberAt({column, row}) : QString();
+    const int number = IsNumericText(text) ? WholeNumber(text) : 0;
+    if (!visit || (waiting.isEmpty() && number == 0))
         return;
     if (!AskYesNo(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
         return;
     // A fill may have put another picture there while the question stood open, and one that waited may have its number.
-    if (m_history.ShownVisit(gridNumber) == visit && (waits || m_history.NumberUnder(gridNumber, column, row) == text))
-        DeleteOnePicture(*visit, m_stills.NumberNow(number), gridNumber);
+    if (m_history.ShownVisit(gridNumber) != visit)
+        return;
+    if (waits)
+        DeleteWaitingPicture(waiting);
+    else if (m_history.NumberUnder(gridNumber, column, row) == text)
+        DeleteOnePicture(*visit, number, gridNumber);
 }
 
 void CaptureDeletion::DeleteShownVisit(int gridNumber)
@@ -47,8 +52,8 @@ void CaptureDeletion::DeleteShownVisit(int gridNumber)
 
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridNumber)
 {
-    if (m_stills.Pending().Holds(visit, number)) {
-        DeleteWaitingPicture(visit, number);
+    if (const PictureRecord* picture = m_stills.Journal().Find(visit, number)) {
+        DeleteWaitingPicture(QString(picture->id));
         return;
     }
     // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
@@ -66,14 +71,22 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridN
         m_history.FillPictures(visit, 1, false);
 }
 
-void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
+void CaptureDeletion::DeleteWaitingPicture(const QString& id)
 {
-    if (number > 0)
-        MoveToLogFolder(visit, number);
-    m_deleted(visit, number);
+    const PictureRecord* found = m_stills.Journal().Find(id);
+    if (found == nullptr) {
+        // Its rows have come in while the question stood open.
+        return;
+    }
+    const PictureRecord picture = *found;
+    const Visit& visit = picture.visit;
+    if (picture.number > 0) {
+        MoveToLogFolder(visit, picture.number);
+        m_deleted(visit, picture.number);
+    }
     fpSpread& pictures = m_history.VisitPictures();
-    const std::optional<QPoint> place = m_stills.PlaceOf(number);
-    m_stills.Forget(visit, number);
+    const std::optional<QPoint> place = m_stills.PlaceOf(id, picture.number);
+    m_stills.Forget(id);
     if (place)
         RemovePicture(pictures, *place);
     m_stills.TellTaken();
@@ -84,7 +97,7 @@ void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
 
 void CaptureDeletion::DeleteEmptyVisit(const Visit& visit)
 {
-    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty() || m_stills.Pending().HasAny(visit))
+    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty() || m_stills.Journal().HasAny(visit))
         return;
     DeleteVisitRow(visit);
     m_note.RowIsGone(visit);
@@ -94,16 +107,20 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
 {
     const BusyPointer busy;
     const QList<int> numbers = StoredNumbers(visit, NumberOrder::Any);
-    for (const int number : numbers + m_stills.Pending().NumbersOf(visit))
+    const QList<PictureRecord> own = m_stills.Journal().Of(visit);
+    for (const int number : numbers)
         CheckMovable(visit, number);
+    for (const PictureRecord& picture : own) {
+        if (picture.number > 0)
+            CheckMovable(visit, picture.number);
+    }
     for (const int number : numbers)
         MoveToLogFolder(visit, number);
-    for (const int number : m_stills.Pending().NumbersOf(visit)) {
-        MoveToLogFolder(visit, number);
-        m_stills.Forget(visit, number);
+    for (const PictureRecord& picture : own) {
+        if (picture.number > 0)
+            MoveToLogFolder(visit, picture.number);
+        m_stills.Forget(picture.id);
     }
-    for (const int number : m_stills.Pending().SpooledOf(visit))
-        m_stills.Forget(visit, number);
     m_deleted(visit, std::nullopt);
     DeleteVisitRow(visit);
     DeletePictureRows(visit);

@@ -31,7 +31,7 @@ public:
 private:
     void DeleteOnePicture(const Visit& visit, int number, int gridNumber);
     /// Its rows are undone when the database comes to it; nothing is waited for.
-    void DeleteWaitingPicture(const Visit& visit, int number);
+    void DeleteWaitingPicture(const QString& id);
     void DeleteEmptyVisit(const Visit& visit);
     void DeleteVisitCaptures(const Visit& visit);
 

@@ -134,7 +134,7 @@ void frmCapture::Form_Unload()
     if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() && !m_stills->IsShareAway() &&
         !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
-        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
+        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Journal()); });
     }
     m_footSwitch->Close();
     m_capCapture->Stop();
@@ -191,10 +191,13 @@ void frmCapture::ConnectPacs()
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Pacs, text); });
     connect(m_stills.get(), &StillCapture::StillIsSafe, pacs, &PacsSending::StillIsSafe);
     connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, GuardedSlot([this, pacs](const Visit& visit) {
-                const PendingRows& pending = m_stills->Pending();
-                const QList<int> waiting = pending.NumbersOf(visit);
-                pacs->VisitIsStored(visit, StoredNumbers(visit, NumberOrder::Ascending) + waiting,
-                                    pending.HasAny(visit));
+                const QList<PictureRecord> own = m_stills->Journal().Of(visit);
+                QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
+                for (const PictureRecord& picture : own) {
+                    if (picture.number > 0)
+                        numbers.append(picture.number);
+                }
+                pacs->VisitIsStored(visit, numbers, !own.isEmpty());
             }));
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs, &PacsSending::PictureIsMarked);
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include "filing/PendingRows.h"
+#include "filing/PictureJournal.h"
 #include "filing/StillFiles.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <atomic>
@@ -35,6 +36,7 @@ public:
     /// A picture whose file and rows are safe.
     struct SafePicture
     {
+        QString id;
         Visit visit;
         int number = 0;
         Note note; ///< Stored with it.
@@ -52,9 +54,9 @@ public:
     void WriteLeft();
     /// Lets go of a number whose rows are in, on the filing thread.
     void Release(const Visit& visit, int number);
-    /// A picture that waits, or lies in the spool, has been deleted: its entry goes, what came in of its rows, and its
-    /// claim.
-    void Forget(const Visit& visit, int number);
+    /// A picture of the journal has been deleted, its file too where it stood on the share: what came in of its rows
+    /// goes, and its claim.
+    void Forget(const QString& id);
 
     /// The rows have been waited for too long, or the database has refused to answer, and it hasn't answered since.
     bool IsDatabaseAway() const { return m_isAway; }
@@ -62,10 +64,8 @@ public:
     /// that the server refuses or doesn't answer for.
     bool IsAtRest() const;
 
-    PendingRows& Pending() { return m_pending; }
-    const PendingRows& Pending() const { return m_pending; }
-    /// The database can't tell of the visit: looks into its folder, on the filing thread.
-    void LearnFromFolder(const Visit& visit);
+    PictureJournal& Journal() { return m_journal; }
+    const PictureJournal& Journal() const { return m_journal; }
     /// Makes them when the share answers, before it takes a picture.
     void MakeFoldersLater(const QStringList& folders);
     /// What is under way ends; what waits is left to the next run.
@@ -74,8 +74,8 @@ public:
 Q_SIGNALS:
     void Safe(const StillFiling::SafePicture& picture);
     /// The rows of a picture have to wait.
-    void Waits(const Visit& visit, int number);
-    /// For the operator: rows that the server refuses, a disk that reports faults, a spool that can't be written.
+    void Waits(const QString& id);
+    /// For the operator: rows that the server refuses, a disk that reports faults.
     void Tidings(const QString& text);
     /// How many wait, or whether the database is away, is another now.
     void Changed();
@@ -83,9 +83,9 @@ Q_SIGNALS:
 private:
     struct Rows;
 
-    void HandOverRows(const Visit& visit, int number);
-    void Submit(const Visit& visit, int number);
-    void AnswerRows(const Visit& visit, int number, const Rows& rows, const std::exception_ptr& fault);
+    void HandOverRows(const QString& id);
+    void Submit(const PictureRecord& picture);
+    void AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault);
     /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
     void Undo(const Visit& visit, int number);
     void SetAway(bool isAway);
@@ -93,9 +93,9 @@ private:
 
     const NoteSource m_note;
     WorkThread m_local; ///< Files of this machine.
-    PendingRows m_pending;
+    PictureJournal m_journal;
     StillFiles m_files;
-    QList<std::pair<Visit, int>> m_forgotten; ///< Deleted while their rows were under way.
+    QSet<QString> m_forgotten; ///< Deleted while their rows were under way.
     /// Rows handed over earlier have failed: those behind them wait too, so that their order stays.
     const std::shared_ptr<std::atomic<bool>> m_blocked = std::make_shared<std::atomic<bool>>(false);
     QTimer m_retry;

@@ -39,6 +39,13 @@ QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
     return numbers;
 }
 
+int NextCaptureNo(const Visit& visit)
+{
+    const auto rows =
+        OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ").OfVisit(Pictures, visit));
+    return HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
+}
+
 bool HasPictureRow(const Visit& visit, int number)
 {
     return HasRow(*OpenRows(

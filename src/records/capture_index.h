@@ -12,6 +12,8 @@ struct Visit;
 enum class NumberOrder { Any, Ascending };
 /// The numbers of the visit's pictures, as their rows say.
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order);
+/// The largest number among them, 0 when the visit has none.
+int NextCaptureNo(const Visit& visit);
 /// True when the picture has a `cap` row.
 bool HasPictureRow(const Visit& visit, int number);
 
