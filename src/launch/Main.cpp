@@ -66,8 +66,8 @@ void ShowViewer()
 /// Brings up the first screen, unless there is a reason not to.
 void OpenVisit()
 {
-    const QString command = UseService<Desktop>().Command();
-    if (Trim(command).isEmpty())
+    const CommandString command = UseService<Desktop>().Command();
+    if (Trim(QString::fromLatin1(command.bytes)).isEmpty())
         return;
     if (UseService<Desktop>().PrevInstance()) {
         ShowInformation(u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s);

@@ -103,6 +103,35 @@ private Q_SLOTS:
         }
     }
 
+    void ASectionInEitherEncoding_data()
+    {
+        Columns<QByteArray, QString, QString, bool, QString>("section", "list", "setup", "legacy", "etc");
+        const QByteArray korean = QStringEncoder("windows-949")(u"처치2"_s);
+        const QString letters = u"óġ2"_s; // The same bytes in UTF-8.
+        QTest::newRow("listed") << korean << u"위내시경, 처치2"_s << QString() << false << u"처치2"_s;
+        QTest::newRow("its letters listed") << korean << u"위내시경,óġ2"_s << QString() << true << letters;
+        QTest::newRow("neither listed") << korean << u"위내시경"_s << QString() << false << letters;
+        QTest::newRow("neither, Korean locale") << korean << u"위내시경"_s << QString() << true << u"처치2"_s;
+        QTest::newRow("both, Korean setup") << korean << u"óġ2,처치2"_s << u"windows-949"_s << false << u"처치2"_s;
+        QTest::newRow("both, setup against locale") << korean << u"óġ2,처치2"_s << u"utf-8"_s << true << letters;
+        QTest::newRow("text in UTF-8 alone") << "위내시경 "_ba << u"초음파"_s << QString() << true << u"위내시경"_s;
+        QTest::newRow("text in windows-949 alone") << QByteArray(QStringEncoder("windows-949")(u"초음파"_s))
+                                                   << u"위내시경"_s << QString() << false << u"초음파"_s;
+    }
+
+    void ASectionInEitherEncoding()
+    {
+        QFETCH4(QByteArray, section, QString, list, QString, setup, bool, legacy);
+        PreparedProfile::prepared.EtcList = list;
+        PreparedProfile::prepared.LaunchEncoding = setup;
+        m_box->Desk().commandBytes = "A01 00001234011120261124" + section;
+        m_box->Desk().isOfLegacyLocale = legacy;
+        Main();
+        QTEST(VisitContext.Etc, "etc");
+        QCOMPARE(VisitContext.Chart + VisitContext.Ymd, u"0000123420261124"_s);
+        QVERIFY(m_box->Desk().shown.isEmpty() && IsFormLoaded(u"frmCapture"_s));
+    }
+
     void CapitalCOpensTheViewer()
     {
         m_box->AddPicture(u"20261124"_s, u"위내시경"_s, 1);
