@@ -269,6 +269,7 @@ void frmCapture::PrintGridCaptures(int gridNumber)
 
 void frmCapture::Connect()
 {
+    m_movie->ForgetCutOff();
     if (StartDevice(*m_capCapture))
         m_footSwitch->OpenFootSwitchPort();
     else
