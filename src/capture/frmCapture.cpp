@@ -1,8 +1,7 @@
 #include "capture/frmCapture.h"
 
-#include "capture/CommandBar.h"
 #include "capture/device_link.h"
-#include "cdexport/frmCapCDWrite.h"
+#include "capture/MeantPictures.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -11,13 +10,10 @@
 #include "contracts/VideoCap.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
-#include "findings/open_findings.h"
 #include "frame/components.h"
-#include "frame/controls.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
 #include "frame/services.h"
-#include "frame/twips.h"
 #include "frame/waiting.h"
 #include "pacs/PacsSending.h"
 #include "records/capture_index.h"
@@ -26,7 +22,6 @@
 #include "screenparts/NoteBox.h"
 #include "screenparts/NoticeStrip.h"
 #include "text/text_routines.h"
-#include "viewing/CaptureSheet.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
@@ -34,7 +29,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 
 using namespace Qt::StringLiterals;
 
@@ -53,7 +47,8 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note,
+    m_meant = std::make_unique<MeantPictures>(*m_history, *m_stills);
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note, *m_meant,
                                                    [this](const Visit& visit, std::optional<int> number) {
                                                        if (m_pacs)
                                                            m_pacs->IsDeleted(visit, number);
@@ -205,68 +200,6 @@ void frmCapture::OfferNote(bool isThere)
                          {u"불러오기"_s, [this] { m_note->TakeUpDraft(); }});
 }
 
-void frmCapture::BuildCommands()
-{
-    const CommandBar::Entry endConnection{u"연결끊기"_s, [this] { StopDevice(*m_capCapture); }};
-    const QList<CommandBar::Entry> saving{{u"CD저장"_s, [this] { OpenCdWriting(pos()); }},
-                                          {u"동영상저장시작"_s, [this] { m_movie->Begin(); }},
-                                          {u"동영상저장종료"_s, [this] { m_movie->End(); }}};
-    const QList<CommandBar::Entry> settings{
-        {u"장치설정"_s, [this] { ChooseDevice(*m_capCapture); }},
-        {u"기타설정1"_s, [this] { ShowDriverSettings(*m_capCapture, static_cast<int>(winId())); }},
-        {u"기타설정2"_s, [this] { m_capCapture->ShowDriverDialog2(static_cast<int>(winId())); }},
-        {u"프린터설정"_s, [] { UseService<Desktop>().ShowPrinterDialog(); }}};
-    // What is shown stays until the database has answered.
-    const auto showAnew = [this] {
-        m_history->EndFills();
-        ShowStored();
-    };
-    const QList<CommandBar::Button> commands{
-        {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
-        {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(guard::Rethrow); }, {}},
-        {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
-        {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
-        {u"취소"_s, u"Clear"_s, showAnew, {}},
-        {u"출력"_s, u"Print"_s, [this] { PrintGridCaptures(1); }, {}},
-        {u"설정"_s, u"Tool"_s, {}, settings},
-        {u"파일"_s, u"Find"_s, [this] { m_import->ImportPictureFile(); }, {}},
-        {u"기타"_s, u"Happy"_s, {}, {{u"소견서입력"_s, [this] { OpenFindingsScreen(1); }}}},
-        {u"종료"_s, u"Exit"_s, [this] { Unload(); }, {}},
-    };
-    m_tbarCap = Named(new CommandBar(commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
-    // Nothing holds up the shutter, and who wants to leave waits for nothing.
-    m_tbarCap->findChild<QWidget*>(u"캡쳐"_s)->setProperty(ServedWhileWaiting, true);
-    m_tbarCap->findChild<QWidget*>(u"종료"_s)->setProperty(LeavesWait, true);
-}
-
-void frmCapture::BuildPopupMenu()
-{
-    m_popup = new QMenu(this);
-    m_popup->setObjectName(u"팝업메뉴"_s);
-    const auto add = [this](const QString& caption, const std::function<void()>& run) {
-        QAction* action = m_popup->addAction(caption);
-        action->setObjectName(caption);
-        connect(action, &QAction::triggered, this, CommandSlot([run](bool) { run(); }));
-    };
-    add(u"그림지우기"_s, [this] { m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow); });
-    add(u"전체지우기"_s, [this] { m_deletion->DeleteShownVisit(m_popupGrid); });
-    m_popup->addSeparator()->setObjectName(u"mnuSep"_s);
-    add(u"소견서입력"_s, [this] { OpenFindingsScreen(2); });
-    add(u"출력"_s, [this] { PrintGridCaptures(2); });
-}
-
-void frmCapture::OpenFindingsScreen(int gridNumber)
-{
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, *visit});
-}
-
-void frmCapture::PrintGridCaptures(int gridNumber)
-{
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        PrintGridSheet(sprCap(gridNumber), gridNumber, *visit, *m_sbarCap, *m_picture1);
-}
-
 void frmCapture::Connect()
 {
     m_movie->ForgetCutOff();
@@ -305,18 +238,4 @@ void frmCapture::OnGridDblClick(int element, int column, int row)
         m_history->ShowHistoryLine(row);
     else if (element == 2)
         m_history->EditHistoryPicture(column, row);
-}
-
-void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)
-{
-    if (element == 3 || !m_history->IsFilledPicture(element, column, row))
-        return;
-    m_popupRow = row;
-    m_popupCol = column;
-    m_popupGrid = element;
-    for (QAction* action : m_popup->actions()) {
-        if (action->objectName() == u"소견서입력"_s)
-            action->setEnabled(element == 2);
-    }
-    m_popup->popup(sprCap(element).mapToGlobal(QPoint(PixelsFromTwips(x), PixelsFromTwips(y))));
 }

@@ -16,6 +16,7 @@
 class CommandBar;
 class fpSpread;
 class ImagXpress;
+class MeantPictures;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
@@ -76,6 +77,8 @@ private:
     void Connect();
     void OpenFindingsScreen(int gridNumber);
 
+    /// Asks, and deletes the picture that the menu was opened on.
+    void DeleteMeantPicture();
     void OnGridDblClick(int element, int column, int row);
     void OnGridRightClick(int element, int column, int row, int x, int y);
     void OnSectionChosen();
@@ -101,6 +104,7 @@ private:
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
+    std::unique_ptr<MeantPictures> m_meant;
     std::unique_ptr<CaptureDeletion> m_deletion;
     std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;
