@@ -42,6 +42,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildCommands();
     BuildControls();
     BuildPopupMenu();
+    m_dateRefusal = std::make_unique<DateRefusal>(*m_notices);
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_stills = std::make_unique<StillCapture>(sprCap(1), *m_note);
     m_history = std::make_unique<CaptureHistory>(
@@ -77,11 +78,13 @@ void frmCapture::Form_Load()
 
 void frmCapture::PrepareFolders()
 {
+    m_cmbEtc->clear();
+    m_cmbEtc->addItems(SectionsOfClient());
+    if (!VisitContext.YmdIsValid)
+        return;
     // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
-        m_cmbEtc->clear();
-        m_cmbEtc->addItems(SectionsOfClient());
         MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
     } catch (const FilesAway& error) {
         m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
@@ -106,10 +109,13 @@ void frmCapture::LoadSteps()
     LoadDeviceSettings();
     QString markFault;
     EnsureTable(Connection, QString(), u"endo"_s, true, &markFault);
-    m_dtpYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
+    // Fewer digits would be laid into the mask as another date.
+    m_dtpYmd->setText(Trim(VisitContext.Ymd).size() == 8 ? LayIntoMask(VisitContext.Ymd, u"0000-00-00")
+                                                         : VisitContext.Ymd);
     ShowPatientPanels(*m_sbarCap);
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
-    UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
+    if (VisitContext.YmdIsValid)
+        UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
     if (!markFault.isEmpty() && !MarksInYk())
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
@@ -126,8 +132,8 @@ void frmCapture::Form_Unload()
         m_pacs->End();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
-    if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() && !m_stills->IsShareAway() &&
-        !filecalls::AnyHeld()) {
+    if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() &&
+        !m_stills->IsShareAway() && !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
         Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
     }
@@ -155,8 +161,10 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
     connect(m_cmbEtc, &QComboBox::activated, this, CommandSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
-    connect(&sprCap(1), &fpSpread::FilesDropped, this,
-            CommandSlot([this](const QStringList& paths) { m_import->ImportFiles(paths); }));
+    connect(&sprCap(1), &fpSpread::FilesDropped, this, CommandSlot([this](const QStringList& paths) {
+        if (!m_dateRefusal->Refuses())
+            m_import->ImportFiles(paths);
+    }));
     for (const int element : {1, 2}) {
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
@@ -211,7 +219,10 @@ void frmCapture::Connect()
 
 void frmCapture::SetCaptureValues(const StillCapture::Filed& filed)
 {
-    m_stills->SetCaptureValues(*m_capCapture, filed);
+    if (m_dateRefusal->Refuses())
+        filed(nullptr);
+    else
+        m_stills->SetCaptureValues(*m_capCapture, filed);
 }
 
 void frmCapture::Clear()
@@ -236,6 +247,6 @@ void frmCapture::OnGridDblClick(int element, int column, int row)
 {
     if (element == 3)
         m_history->ShowHistoryLine(row);
-    else if (element == 2)
+    else if (element == 2 && m_history->IsFilledPicture(element, column, row) && !m_dateRefusal->Refuses())
         m_history->EditHistoryPicture(column, row);
 }

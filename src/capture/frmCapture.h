@@ -2,6 +2,7 @@
 
 #include "capture/CaptureDeletion.h"
 #include "capture/CaptureHistory.h"
+#include "capture/DateRefusal.h"
 #include "capture/FootSwitch.h"
 #include "capture/FullPicture.h"
 #include "capture/MovieRecording.h"
@@ -11,6 +12,7 @@
 #include "frame/forms.h"
 
 #include <array>
+#include <functional>
 #include <memory>
 
 class CommandBar;
@@ -71,6 +73,8 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
+    /// The command, refused while the visit's date can't be one.
+    std::function<void()> OnlyWithDate(const std::function<void()>& command);
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
     void PrintGridCaptures(int gridNumber);
@@ -101,6 +105,7 @@ private:
     QMenu* m_popup = nullptr;
     ImagXpress* m_picture1 = nullptr; ///< Never shown: carries pictures to the printed page and from foreign files.
 
+    std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;

@@ -19,9 +19,10 @@ using namespace Qt::StringLiterals;
 
 void frmCapture::BuildCommands()
 {
+    const auto dated = [this](const std::function<void()>& run) { return OnlyWithDate(run); };
     const CommandBar::Entry endConnection{u"연결끊기"_s, [this] { StopDevice(*m_capCapture); }};
     const QList<CommandBar::Entry> saving{{u"CD저장"_s, [this] { OpenCdWriting(pos()); }},
-                                          {u"동영상저장시작"_s, [this] { m_movie->Begin(); }},
+                                          {u"동영상저장시작"_s, dated([this] { m_movie->Begin(); })},
                                           {u"동영상저장종료"_s, [this] { m_movie->End(); }}};
     const QList<CommandBar::Entry> settings{
         {u"장치설정"_s, [this] { ChooseDevice(*m_capCapture); }},
@@ -36,13 +37,13 @@ void frmCapture::BuildCommands()
     const QList<CommandBar::Button> commands{
         {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
         {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(guard::Rethrow); }, {}},
-        {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
-        {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
+        {u"저장"_s, u"Save2"_s, dated([this] { m_stills->SaveVisitNote(); }), saving},
+        {u"삭제"_s, u"Delete"_s, dated([this] { m_deletion->DeleteCurrentVisit(); }), {}},
         {u"취소"_s, u"Clear"_s, showAnew, {}},
         {u"출력"_s, u"Print"_s, [this] { PrintGridCaptures(1); }, {}},
         {u"설정"_s, u"Tool"_s, {}, settings},
-        {u"파일"_s, u"Find"_s, [this] { m_import->ImportPictureFile(); }, {}},
-        {u"기타"_s, u"Happy"_s, {}, {{u"소견서입력"_s, [this] { OpenFindingsScreen(1); }}}},
+        {u"파일"_s, u"Find"_s, dated([this] { m_import->ImportPictureFile(); }), {}},
+        {u"기타"_s, u"Happy"_s, {}, {{u"소견서입력"_s, dated([this] { OpenFindingsScreen(1); })}}},
         {u"종료"_s, u"Exit"_s, [this] { Unload(); }, {}},
     };
     m_tbarCap = Named(new CommandBar(commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
@@ -60,10 +61,10 @@ void frmCapture::BuildPopupMenu()
         action->setObjectName(caption);
         connect(action, &QAction::triggered, this, CommandSlot([run](bool) { run(); }));
     };
-    add(u"그림지우기"_s, [this] { DeleteMeantPicture(); });
-    add(u"전체지우기"_s, [this] { m_deletion->DeleteShownVisit(m_popupGrid); });
+    add(u"그림지우기"_s, OnlyWithDate([this] { DeleteMeantPicture(); }));
+    add(u"전체지우기"_s, OnlyWithDate([this] { m_deletion->DeleteShownVisit(m_popupGrid); }));
     m_popup->addSeparator()->setObjectName(u"mnuSep"_s);
-    add(u"소견서입력"_s, [this] { OpenFindingsScreen(2); });
+    add(u"소견서입력"_s, OnlyWithDate([this] { OpenFindingsScreen(2); }));
     add(u"출력"_s, [this] { PrintGridCaptures(2); });
     // An entry runs behind this signal, and before what is queued.
     connect(
@@ -73,6 +74,14 @@ void frmCapture::BuildPopupMenu()
                 m_meant->MenuIsClosed();
         },
         Qt::QueuedConnection);
+}
+
+std::function<void()> frmCapture::OnlyWithDate(const std::function<void()>& command)
+{
+    return [this, command] {
+        if (!m_dateRefusal->Refuses())
+            command();
+    };
 }
 
 void frmCapture::DeleteMeantPicture()

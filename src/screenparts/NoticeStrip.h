@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -17,6 +18,7 @@ class NoticeStrip : public QWidget
 public:
     /// The most urgent first.
     enum Kind {
+        Date,    ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
         Share,   ///< The share of the pictures doesn't answer.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
@@ -36,6 +38,8 @@ public:
 
     /// An empty text takes the notice away.
     void setNotice(Kind kind, const QString& text, const Offer& offer = {});
+    /// Shows what it says in reversed colours for a moment.
+    void Flash();
     /// Offers a button by which the wait is given up.
     void setMayCancel(bool mayCancel);
 
@@ -51,7 +55,10 @@ private:
         Offer offer;
     };
 
+    void SetLook(const char* property, bool on);
+
     std::map<Kind, Notice> m_notices;
+    QTimer m_flash;
     QLabel* m_text;
     QPushButton* m_offer;
     QPushButton* m_cancel;
