@@ -17,6 +17,7 @@
 #include "frame/waiting.h"
 #include "pacs/PacsSending.h"
 #include "records/capture_index.h"
+#include "records/patient_lookup.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
@@ -113,12 +114,22 @@ void frmCapture::LoadSteps()
     m_dtpYmd->setText(Trim(VisitContext.Ymd).size() == 8 ? LayIntoMask(VisitContext.Ymd, u"0000-00-00")
                                                          : VisitContext.Ymd);
     ShowPatientPanels(*m_sbarCap);
+    ShowUnknownPatient();
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
     if (VisitContext.YmdIsValid)
         UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
     if (!markFault.isEmpty() && !MarksInYk())
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
+}
+
+void frmCapture::ShowUnknownPatient()
+{
+    // The look-up needs an insurance row beside the patient's own.
+    const QString& chart = VisitContext.Chart;
+    if (PatientRecord.Chart != chart && !HasPatientRow(chart))
+        m_notices->setNotice(NoticeStrip::Patient,
+                             u"차트번호 %1의 환자 정보가 없습니다.!! 확인하세요."_s.arg(Trim(chart)));
 }
 
 void frmCapture::Form_Unload()

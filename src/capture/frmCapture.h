@@ -73,6 +73,7 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
+    void ShowUnknownPatient();
     /// The command, refused while the visit's date can't be one.
     std::function<void()> OnlyWithDate(const std::function<void()>& command);
 

@@ -25,6 +25,7 @@ public:
         Draft,   ///< A note that an earlier run didn't store can come back.
         Room,    ///< The disk of the pictures is nearly full.
         Pacs,    ///< Pictures wait for the clinic's server, or were refused by it.
+        Patient, ///< The clinic doesn't know the chart.
     };
 
     explicit NoticeStrip(QWidget* parent);

@@ -309,6 +309,26 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
     }
 
+    void AnUnknownChartIsTold_data()
+    {
+        Columns<QString, bool>("rows", "isTold");
+        QTest::newRow("known") << u"SELECT 1;"_s << false;
+        QTest::newRow("without insurance") << u"DELETE FROM bh;"_s << false;
+        QTest::newRow("unknown") << u"DELETE FROM wj;"_s << true;
+    }
+
+    void AnUnknownChartIsTold()
+    {
+        QFETCH2(QString, rows, bool, isTold);
+        m_box->Run(rows);
+        const auto* strip = OpenWithOneStill().findChild<NoticeStrip*>();
+        QCOMPARE(strip->isVisible(), isTold);
+        QCOMPARE(strip->findChild<QLabel*>()->text(),
+                 isTold ? u"차트번호 00001234의 환자 정보가 없습니다.!! 확인하세요."_s : QString());
+        QVERIFY(!strip->property("alarm").toBool() && m_box->Desk().shown.isEmpty());
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 1);
+    }
+
     void HistoryLines()
     {
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
