@@ -2,6 +2,7 @@
 #include "visit/VisitContext.h"
 
 #include "capture/CaptureHistory.h"
+#include "capture/MeantPictures.h"
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_wastebasket.h"
@@ -17,30 +18,28 @@ using namespace Qt::StringLiterals;
 void CaptureDeletion::DeleteCurrentVisit()
 {
     const Visit visit = CurrentVisit();
-    if (AskYesNo(LayIntoMask(visit.ymd, u"0000년 00월 00일") + u", "_s + visit.etc +
-                 u" 캡쳐자료를 삭제하시겠습니까?"_s))
+    if (m_meant.AskOfAll(1, LayIntoMask(visit.ymd, u"0000년 00월 00일") + u", "_s + visit.etc +
+                                u" 캡쳐자료를 삭제하시겠습니까?"_s))
         DeleteVisitCaptures(visit);
 }
 
 void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    const QString text = m_history.NumberUnder(gridNumber, column, row);
-    const bool waits = gridNumber == 1 && text == AwaitedNumber;
-    const int number = waits ? m_stills.WithoutNumberAt({column, row}) : IsNumericText(text) ? WholeNumber(text) : 0;
+    const int number = m_history.NumberAt(gridNumber, column, row);
     if (!visit || number == 0)
         return;
-    if (!AskYesNo(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
+    if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
         return;
-    // A fill may have put another picture there while the question stood open, and one that waited may have its number.
-    if (m_history.ShownVisit(gridNumber) == visit && (waits || m_history.NumberUnder(gridNumber, column, row) == text))
+    // A fill may have put others there while the question stood open, and one that waited may have its number.
+    if (m_history.ShownVisit(gridNumber) == visit && (number < 0 || m_history.PlaceOf(gridNumber, number)))
         DeleteOnePicture(*visit, m_stills.NumberNow(number), gridNumber);
 }
 
 void CaptureDeletion::DeleteShownVisit(int gridNumber)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    if (visit && AskYesNo(u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
+    if (visit && m_meant.AskOfAll(gridNumber, u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
         m_history.ShownVisit(gridNumber) == visit)
         DeleteVisitCaptures(*visit);
 }
@@ -71,7 +70,7 @@ void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
     if (number > 0)
         MoveToLogFolder(visit, number);
     m_deleted(visit, number);
-    fpSpread& pictures = m_history.VisitPictures();
+    fpSpread& pictures = m_history.Grid(1);
     const std::optional<QPoint> place = m_stills.PlaceOf(number);
     m_stills.Forget(visit, number);
     if (place)

@@ -6,6 +6,7 @@
 #include <optional>
 
 class CaptureHistory;
+class MeantPictures;
 class StillCapture;
 class VisitNote;
 
@@ -16,8 +17,9 @@ public:
     /// Hears of a picture that has gone, or, without a number, of all of a visit.
     using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
 
-    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, Deleted deleted)
-        : m_history(history), m_stills(stills), m_note(note), m_deleted(std::move(deleted))
+    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
+                    Deleted deleted)
+        : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted))
     {
     }
 
@@ -38,5 +40,6 @@ private:
     CaptureHistory& m_history;
     StillCapture& m_stills;
     VisitNote& m_note;
+    MeantPictures& m_meant;
     const Deleted m_deleted;
 };
