@@ -170,9 +170,9 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](int refused, int kept) { KeepFormat(*m_capCapture, refused, kept); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
-    connect(m_cmbEtc, &QComboBox::activated, this, CommandSlot([this](int) { OnSectionChosen(); }));
+    connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
-    connect(&sprCap(1), &fpSpread::FilesDropped, this, CommandSlot([this](const QStringList& paths) {
+    connect(&sprCap(1), &fpSpread::FilesDropped, this, GuardedSlot([this](const QStringList& paths) {
         if (!m_dateRefusal->Refuses())
             m_import->ImportFiles(paths);
     }));
@@ -185,9 +185,9 @@ void frmCapture::ConnectControls()
     }
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
-                CommandSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
+                GuardedSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
         connect(&sprCap(element), &fpSpread::RightClick, this,
-                CommandSlot([this, element](int, int column, int row, int x, int y) {
+                GuardedSlot([this, element](int, int column, int row, int x, int y) {
                     OnGridRightClick(element, column, row, x, y);
                 }));
     }

@@ -59,7 +59,7 @@ void frmCapture::BuildPopupMenu()
     const auto add = [this](const QString& caption, const std::function<void()>& run) {
         QAction* action = m_popup->addAction(caption);
         action->setObjectName(caption);
-        connect(action, &QAction::triggered, this, CommandSlot([run](bool) { run(); }));
+        connect(action, &QAction::triggered, this, GuardedSlot([run](bool) { run(); }));
     };
     add(u"그림지우기"_s, OnlyWithDate([this] { DeleteMeantPicture(); }));
     add(u"전체지우기"_s, OnlyWithDate([this] { m_deletion->DeleteShownVisit(m_popupGrid); }));

@@ -37,7 +37,7 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
         Guarded([&] { path = FileBehind(column, row); });
         return path;
     });
-    connect(m_popup, &QMenu::triggered, this, CommandSlot([this](QAction*) { PrintShownCaptures(); }));
+    connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
 }
 
 CapShow::~CapShow() = default;
