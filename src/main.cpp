@@ -5,6 +5,7 @@
 #include "frame/forms.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "platform/desktop/command_string.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/desktop/screen_scale.h"
@@ -25,7 +26,6 @@
 #include "visit/VisitContext.h"
 
 #include <QApplication>
-#include <QStringDecoder>
 
 #include <cstdio>
 #include <cstdlib>
@@ -33,18 +33,6 @@
 #include <unistd.h>
 
 namespace {
-
-/// The clinic's program may hand the string over in UTF-8 or in the Korean code page.
-QString CommandText(const char* argument)
-{
-    const QByteArray bytes(argument);
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    QString text = utf8(bytes);
-    if (!utf8.hasError())
-        return text;
-    QStringDecoder korean("windows-949");
-    return korean.isValid() ? QString(korean(bytes)) : text;
-}
 
 constexpr char HelpText[] =
     "사용법: capture-station \"실행문자열\"\n"
@@ -86,7 +74,8 @@ int main(int argc, char* argv[])
     RegisterFiles();
     SetScreenScale(ScreenScaleOfSetup(ProgramFolderHere()));
 
-    const QString command = argc == 2 ? CommandText(argv[1]) : QString();
+    // Asked before there is an application object, which changes the locale.
+    const CommandString command = CommandStringOf(argc == 2 ? argv[1] : "");
     int ownArgc = 1;
     QApplication application(ownArgc, argv);
     QApplication::setApplicationName(QStringLiteral("capture-station"));

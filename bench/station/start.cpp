@@ -55,7 +55,7 @@ int StartStation()
     const QString launch = u"A01 00001234011120261124위내시경"_s;
     PrepareApplication();
     RegisterFiles();
-    RegisterDesktop(launch);
+    RegisterDesktop({launch.toUtf8()});
     RegisterProfile();
     RegisterSql();
     RegisterSetup();

@@ -2,6 +2,7 @@
 #include "visit/VisitContext.h"
 
 #include "capture/CaptureHistory.h"
+#include "capture/MeantPictures.h"
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_wastebasket.h"
@@ -17,45 +18,44 @@ using namespace Qt::StringLiterals;
 void CaptureDeletion::DeleteCurrentVisit()
 {
     const Visit visit = CurrentVisit();
-    if (AskYesNo(LayIntoMask(visit.ymd, u"0000년 00월 00일") + u", "_s + visit.etc +
-                 u" 캡쳐자료를 삭제하시겠습니까?"_s))
+    if (m_meant.AskOfAll(1, LayIntoMask(visit.ymd, u"0000년 00월 00일") + u", "_s + visit.etc +
+                                u" 캡쳐자료를 삭제하시겠습니까?"_s))
         DeleteVisitCaptures(visit);
 }
 
 void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    const QString text = m_history.NumberUnder(gridNumber, column, row);
-    const bool waits = gridNumber == 1 && text == AwaitedNumber;
-    const QString waiting = waits ? m_stills.WithoutNumberAt({column, row}) : QString();
-    const int number = IsNumericText(text) ? WholeNumber(text) : 0;
-    if (!visit || (waiting.isEmpty() && number == 0))
+    const ShownPicture picture = m_history.PictureAt(gridNumber, column, row);
+    if (!visit || picture.IsNone())
         return;
-    if (!AskYesNo(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
+    if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
         return;
-    // A fill may have put another picture there while the question stood open, and one that waited may have its number.
-    if (m_history.ShownVisit(gridNumber) != visit)
-        return;
-    if (waits)
-        DeleteWaitingPicture(waiting);
-    else if (m_history.NumberUnder(gridNumber, column, row) == text)
-        DeleteOnePicture(*visit, number, gridNumber);
+    // A fill may have put others there while the question stood open.
+    if (m_history.ShownVisit(gridNumber) == visit && m_history.PlaceOf(gridNumber, picture))
+        DeleteOnePicture(*visit, picture, gridNumber);
 }
 
 void CaptureDeletion::DeleteShownVisit(int gridNumber)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    if (visit && AskYesNo(u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
+    if (visit && m_meant.AskOfAll(gridNumber, u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
         m_history.ShownVisit(gridNumber) == visit)
         DeleteVisitCaptures(*visit);
 }
 
-void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridNumber)
+void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber)
 {
-    if (const PictureRecord* picture = m_stills.Journal().Find(visit, number)) {
-        DeleteWaitingPicture(QString(picture->id));
+    // One that waited may have its number by now, and one whose rows waited its rows.
+    const int number = m_stills.NumberOf(picture);
+    const PictureJournal& journal = m_stills.Journal();
+    const PictureRecord* record = picture.id.isEmpty() ? journal.Find(visit, number) : journal.Find(picture.id);
+    if (record != nullptr) {
+        DeleteWaitingPicture(PictureRecord(*record));
         return;
     }
+    if (number == 0)
+        return;
     // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
     HasPictureRow(visit, number);
     MoveToLogFolder(visit, number);
@@ -71,28 +71,21 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridN
         m_history.FillPictures(visit, 1, false);
 }
 
-void CaptureDeletion::DeleteWaitingPicture(const QString& id)
+void CaptureDeletion::DeleteWaitingPicture(const PictureRecord& picture)
 {
-    const PictureRecord* found = m_stills.Journal().Find(id);
-    if (found == nullptr) {
-        // Its rows have come in while the question stood open.
-        return;
-    }
-    const PictureRecord picture = *found;
-    const Visit& visit = picture.visit;
     if (picture.number > 0) {
-        MoveToLogFolder(visit, picture.number);
-        m_deleted(visit, picture.number);
+        MoveToLogFolder(picture.visit, picture.number);
+        m_deleted(picture.visit, picture.number);
     }
-    fpSpread& pictures = m_history.VisitPictures();
-    const std::optional<QPoint> place = m_stills.PlaceOf(id, picture.number);
-    m_stills.Forget(id);
+    fpSpread& pictures = m_history.Grid(1);
+    const std::optional<QPoint> place = m_stills.PlaceOf({picture.id, picture.number});
+    m_stills.Forget(picture.id);
     if (place)
         RemovePicture(pictures, *place);
     m_stills.TellTaken();
     // The visit's row may go with it.
     if (PictureCount(pictures) == 0)
-        m_note.RowIsGone(visit);
+        m_note.RowIsGone(picture.visit);
 }
 
 void CaptureDeletion::DeleteEmptyVisit(const Visit& visit)

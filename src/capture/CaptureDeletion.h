@@ -6,8 +6,11 @@
 #include <optional>
 
 class CaptureHistory;
+class MeantPictures;
 class StillCapture;
 class VisitNote;
+struct PictureRecord;
+struct ShownPicture;
 
 /// Deletes pictures of the current visit or of the history line on display, after a question.
 class CaptureDeletion
@@ -16,8 +19,9 @@ public:
     /// Hears of a picture that has gone, or, without a number, of all of a visit.
     using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
 
-    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, Deleted deleted)
-        : m_history(history), m_stills(stills), m_note(note), m_deleted(std::move(deleted))
+    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
+                    Deleted deleted)
+        : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted))
     {
     }
 
@@ -29,14 +33,15 @@ public:
     void DeleteShownVisit(int gridNumber);
 
 private:
-    void DeleteOnePicture(const Visit& visit, int number, int gridNumber);
+    void DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber);
     /// Its rows are undone when the database comes to it; nothing is waited for.
-    void DeleteWaitingPicture(const QString& id);
+    void DeleteWaitingPicture(const PictureRecord& picture);
     void DeleteEmptyVisit(const Visit& visit);
     void DeleteVisitCaptures(const Visit& visit);
 
     CaptureHistory& m_history;
     StillCapture& m_stills;
     VisitNote& m_note;
+    MeantPictures& m_meant;
     const Deleted m_deleted;
 };

@@ -46,10 +46,15 @@ public:
 
     /// The visit that grid 1 or 2 shows: the current one, or the history line that was chosen, if one was.
     std::optional<Visit> ShownVisit(int gridNumber) const;
-    fpSpread& VisitPictures() { return m_controls.visitPictures; }
+    /// `sprCap(1)` or `sprCap(2)`.
+    fpSpread& Grid(int gridNumber);
     void FillPictures(const Visit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);
+    /// The picture in a cell of grid 1 or 2; none for a cell without one.
+    ShownPicture PictureAt(int gridNumber, int column, int row);
+    /// Column and row of the picture's cell; one that waited for its number may have it now.
+    std::optional<QPoint> PlaceOf(int gridNumber, const ShownPicture& picture);
     /// Path of the picture file that a cell of grid 1 or 2 shows; empty when there is none.
     QString FileBehind(int gridNumber, int column, int row);
     /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does
@@ -64,8 +69,6 @@ Q_SIGNALS:
     void PictureIsMarked(const Visit& visit, int number);
 
 private:
-    fpSpread& Grid(int gridNumber);
-
     Controls m_controls;
     VisitNote& m_note;
     StillCapture& m_stills;

@@ -41,13 +41,13 @@ CommandBar::CommandBar(const QList<Button>& buttons, QWidget* parent) : QToolBar
         tool->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         tool->setFocusPolicy(Qt::NoFocus);
         if (button.run)
-            connect(tool, &QToolButton::clicked, this, CommandSlot([run = button.run](bool) { run(); }));
+            connect(tool, &QToolButton::clicked, this, GuardedSlot([run = button.run](bool) { run(); }));
         if (!button.entries.isEmpty()) {
             auto* menu = new QMenu(tool);
             for (const Entry& entry : button.entries) {
                 QAction* action = menu->addAction(CaptionText(entry.caption));
                 action->setObjectName(entry.caption);
-                connect(action, &QAction::triggered, this, CommandSlot([run = entry.run](bool) { run(); }));
+                connect(action, &QAction::triggered, this, GuardedSlot([run = entry.run](bool) { run(); }));
             }
             tool->setMenu(menu);
             connect(

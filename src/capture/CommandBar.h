@@ -13,7 +13,7 @@ class CommandBar : public QToolBar
     Q_OBJECT
 
 public:
-    /// Runs as a command of the operator, see `CommandSlot`. Without a run it does nothing.
+    /// Runs as a command of the operator, see `GuardedSlot`. Without a run it does nothing.
     struct Entry
     {
         QString caption;

@@ -50,7 +50,11 @@ void MovieRecording::Begin()
     if (!m_capture.HasRoomForMovie(folder))
         throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
     m_lblMovie.setText(u"동영상 저장중..."_s);
-    PumpEvents();
+    {
+        m_isBeginning = true;
+        const auto begun = qScopeGuard([this] { m_isBeginning = false; });
+        PumpEvents();
+    }
     if (command != m_command)
         return;
     try {
@@ -97,6 +101,12 @@ void MovieRecording::End()
     m_capture.setKeepMovieFormat(false);
     m_capture.Stop();
     StartDevice(m_capture);
+}
+
+void MovieRecording::ForgetCutOff()
+{
+    if (!m_capture.CaptureMode() && !m_isBeginning)
+        ShowNoRecording();
 }
 
 void MovieRecording::OnFrame(int frames)

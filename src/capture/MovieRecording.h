@@ -19,6 +19,9 @@ public:
     void Begin();
     /// Ends the recording and shows the live picture under its stored format again.
     void End();
+    /// The device is connected again: what a recording that was cut off has left on the labels goes. One that runs
+    /// keeps them.
+    void ForgetCutOff();
     /// A frame event of the control.
     void OnFrame(int frames);
     /// The control has ended the recording by itself. Throws PlatformError with the reason.
@@ -36,6 +39,7 @@ private:
     QString m_movieBase;
     int m_movieSegment = 0;
     int m_command = 0; ///< Grows with each command: one that comes while events are served ends the older one.
+    bool m_isBeginning = false;
     bool m_isChangingFile = false;
     bool m_isServingEvents = false;
 };

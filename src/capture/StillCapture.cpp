@@ -175,7 +175,7 @@ void StillCapture::ShowStill(const StillPointer& still)
     if (still->visit != CurrentVisit())
         return;
     // A fill that it waited for may have found it already.
-    std::optional<QPoint> place = PlaceOf(still->id, still->number);
+    std::optional<QPoint> place = PlaceOf({still->id, still->number});
     if (!place)
         place = PlaceThumbnail(still->id, still->number, still->thumbnail->Take(0));
     TellTaken();
@@ -203,12 +203,13 @@ QPoint StillCapture::PlaceThumbnail(const QString& id, int number, const QImage&
     return {column, row};
 }
 
-std::optional<QPoint> StillCapture::PlaceOf(const QString& id, int number) const
+std::optional<QPoint> StillCapture::PlaceOf(const ShownPicture& picture) const
 {
     const QList<QPoint> places = PicturesWithoutNumber(m_grid);
-    const qsizetype at = m_unnumbered.indexOf(id);
+    const qsizetype at = picture.id.isEmpty() ? -1 : m_unnumbered.indexOf(picture.id);
     if (at >= 0 && at < places.size())
         return places[at];
+    const int number = NumberOf(picture);
     return number > 0 ? FindPicture(m_grid, 1, number) : std::nullopt;
 }
 
@@ -219,7 +220,7 @@ QString StillCapture::WithoutNumberAt(QPoint place) const
 
 void StillCapture::MarkWaiting(const QString& id, int number)
 {
-    if (const std::optional<QPoint> place = PlaceOf(id, number))
+    if (const std::optional<QPoint> place = PlaceOf({id, number}))
         MarkPicture(m_grid, place->x(), place->y(), m_filing.Journal().Find(id) ? PendingMark : QString());
 }
 
@@ -235,7 +236,7 @@ void StillCapture::ShowPending(const Visit& visit)
 void StillCapture::ShowUnnumbered(const Visit& visit)
 {
     for (const PictureRecord& picture : m_filing.Journal().Of(visit)) {
-        if (picture.number > 0 || OnRoad(picture.id) != nullptr || PlaceOf(picture.id, 0))
+        if (picture.number > 0 || OnRoad(picture.id) != nullptr || PlaceOf({picture.id, 0}))
             continue;
         // An earlier run has left its file alone.
         const QImage thumbnail =
@@ -251,12 +252,13 @@ void StillCapture::ShowMoved(const QString& id)
     const PictureRecord* picture = m_filing.Journal().Find(id);
     const int number = picture != nullptr ? picture->number : 0;
     m_waiting.remove(id);
+    m_moved.insert(id, number);
     if (const StillPointer still = OnRoad(id)) {
         still->number = number;
         return;
     }
     m_line.Show([this, id, number] {
-        const std::optional<QPoint> place = PlaceOf(id, 0);
+        const std::optional<QPoint> place = PlaceOf({id, 0});
         if (!place)
             return;
         NumberPicture(m_grid, *place, number);
@@ -338,7 +340,7 @@ void StillCapture::ShowNumbered(const QString& id, const Visit& visit, int numbe
     m_line.Show([this, id, visit, number] {
         if (visit != CurrentVisit())
             return;
-        if (PlaceOf(id, number))
+        if (PlaceOf({id, number}))
             MarkWaiting(id, number);
         else
             ShowFiled(id, visit, number);

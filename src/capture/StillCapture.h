@@ -19,6 +19,15 @@ class PictureBatch;
 class VideoCap;
 class VisitNote;
 
+/// A picture in a grid: by its number, or, while it waits for one, by its identity.
+struct ShownPicture
+{
+    QString id;
+    int number = 0;
+
+    bool IsNone() const { return id.isEmpty() && number == 0; }
+};
+
 /// Takes stills of the current visit, stores its note, and shows its pictures. A still's file is written at the press,
 /// whatever box is open, whatever grid is being filled and whatever the database does; its rows follow, and its
 /// thumbnail behind them.
@@ -80,8 +89,13 @@ public:
 
     /// The picture that stands in a place of the grid without a number; empty when none does.
     QString WithoutNumberAt(QPoint place) const;
-    /// Column and row of a picture's cell, by its identity while it has no number.
-    std::optional<QPoint> PlaceOf(const QString& id, int number) const;
+    /// Column and row of a picture's cell.
+    std::optional<QPoint> PlaceOf(const ShownPicture& picture) const;
+    /// Its number, also that of one that waited for it when it was shown; 0 when it has none yet.
+    int NumberOf(const ShownPicture& picture) const
+    {
+        return picture.number > 0 ? picture.number : m_moved.value(picture.id);
+    }
 
 Q_SIGNALS:
     /// How many pictures the visit has.
@@ -151,5 +165,6 @@ private:
     QList<int> m_read;                        ///< Numbers of the rows that its last fill was made from.
     QStringList m_unnumbered;                 ///< Pictures of its cells without a number, in reading order.
     QHash<QString, QImage> m_waiting;         ///< Thumbnails of pictures that wait for the share.
+    QHash<QString, int> m_moved;              ///< What number those have got.
     bool m_finished = false;
 };

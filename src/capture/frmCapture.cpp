@@ -1,8 +1,7 @@
 #include "capture/frmCapture.h"
 
-#include "capture/CommandBar.h"
 #include "capture/device_link.h"
-#include "cdexport/frmCapCDWrite.h"
+#include "capture/MeantPictures.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -11,22 +10,19 @@
 #include "contracts/VideoCap.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
-#include "findings/open_findings.h"
 #include "frame/components.h"
-#include "frame/controls.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
 #include "frame/services.h"
-#include "frame/twips.h"
 #include "frame/waiting.h"
 #include "pacs/PacsSending.h"
 #include "records/capture_index.h"
+#include "records/patient_lookup.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/NoticeStrip.h"
 #include "text/text_routines.h"
-#include "viewing/CaptureSheet.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
@@ -34,7 +30,6 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 
 using namespace Qt::StringLiterals;
 
@@ -48,12 +43,14 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildCommands();
     BuildControls();
     BuildPopupMenu();
+    m_dateRefusal = std::make_unique<DateRefusal>(*m_notices);
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_stills = std::make_unique<StillCapture>(sprCap(1), *m_note);
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
     m_history->LayOutGrids();
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note,
+    m_meant = std::make_unique<MeantPictures>(*m_history, *m_stills);
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note, *m_meant,
                                                    [this](const Visit& visit, std::optional<int> number) {
                                                        if (m_pacs)
                                                            m_pacs->IsDeleted(visit, number);
@@ -82,11 +79,13 @@ void frmCapture::Form_Load()
 
 void frmCapture::PrepareFolders()
 {
+    m_cmbEtc->clear();
+    m_cmbEtc->addItems(SectionsOfClient());
+    if (!VisitContext.YmdIsValid)
+        return;
     // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
-        m_cmbEtc->clear();
-        m_cmbEtc->addItems(SectionsOfClient());
         MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
     } catch (const FilesAway& error) {
         m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
@@ -111,13 +110,26 @@ void frmCapture::LoadSteps()
     LoadDeviceSettings();
     QString markFault;
     EnsureTable(Connection, QString(), u"endo"_s, true, &markFault);
-    m_dtpYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
+    // Fewer digits would be laid into the mask as another date.
+    m_dtpYmd->setText(Trim(VisitContext.Ymd).size() == 8 ? LayIntoMask(VisitContext.Ymd, u"0000-00-00")
+                                                         : VisitContext.Ymd);
     ShowPatientPanels(*m_sbarCap);
+    ShowUnknownPatient();
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
-    UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
+    if (VisitContext.YmdIsValid)
+        UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
     if (!markFault.isEmpty() && !MarksInYk())
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
+}
+
+void frmCapture::ShowUnknownPatient()
+{
+    // The look-up needs an insurance row beside the patient's own.
+    const QString& chart = VisitContext.Chart;
+    if (PatientRecord.Chart != chart && !HasPatientRow(chart))
+        m_notices->setNotice(NoticeStrip::Patient,
+                             u"차트번호 %1의 환자 정보가 없습니다.!! 확인하세요."_s.arg(Trim(chart)));
 }
 
 void frmCapture::Form_Unload()
@@ -131,8 +143,8 @@ void frmCapture::Form_Unload()
         m_pacs->End();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
-    if (!UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() && !m_stills->IsShareAway() &&
-        !filecalls::AnyHeld()) {
+    if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() &&
+        !m_stills->IsShareAway() && !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
         Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Journal()); });
     }
@@ -158,10 +170,12 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](int refused, int kept) { KeepFormat(*m_capCapture, refused, kept); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
-    connect(m_cmbEtc, &QComboBox::activated, this, CommandSlot([this](int) { OnSectionChosen(); }));
+    connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
-    connect(&sprCap(1), &fpSpread::FilesDropped, this,
-            CommandSlot([this](const QStringList& paths) { m_import->ImportFiles(paths); }));
+    connect(&sprCap(1), &fpSpread::FilesDropped, this, GuardedSlot([this](const QStringList& paths) {
+        if (!m_dateRefusal->Refuses())
+            m_import->ImportFiles(paths);
+    }));
     for (const int element : {1, 2}) {
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
@@ -171,9 +185,9 @@ void frmCapture::ConnectControls()
     }
     for (int element = 1; element <= 3; ++element) {
         connect(&sprCap(element), &fpSpread::DblClick, this,
-                CommandSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
+                GuardedSlot([this, element](int column, int row) { OnGridDblClick(element, column, row); }));
         connect(&sprCap(element), &fpSpread::RightClick, this,
-                CommandSlot([this, element](int, int column, int row, int x, int y) {
+                GuardedSlot([this, element](int, int column, int row, int x, int y) {
                     OnGridRightClick(element, column, row, x, y);
                 }));
     }
@@ -208,70 +222,9 @@ void frmCapture::OfferNote(bool isThere)
                          {u"불러오기"_s, [this] { m_note->TakeUpDraft(); }});
 }
 
-void frmCapture::BuildCommands()
-{
-    const CommandBar::Entry endConnection{u"연결끊기"_s, [this] { StopDevice(*m_capCapture); }};
-    const QList<CommandBar::Entry> saving{{u"CD저장"_s, [this] { OpenCdWriting(pos()); }},
-                                          {u"동영상저장시작"_s, [this] { m_movie->Begin(); }},
-                                          {u"동영상저장종료"_s, [this] { m_movie->End(); }}};
-    const QList<CommandBar::Entry> settings{
-        {u"장치설정"_s, [this] { ChooseDevice(*m_capCapture); }},
-        {u"기타설정1"_s, [this] { ShowDriverSettings(*m_capCapture, static_cast<int>(winId())); }},
-        {u"기타설정2"_s, [this] { m_capCapture->ShowDriverDialog2(static_cast<int>(winId())); }},
-        {u"프린터설정"_s, [] { UseService<Desktop>().ShowPrinterDialog(); }}};
-    // What is shown stays until the database has answered.
-    const auto showAnew = [this] {
-        m_history->EndFills();
-        ShowStored();
-    };
-    const QList<CommandBar::Button> commands{
-        {u"연결"_s, u"Connect"_s, [this] { Connect(); }, {endConnection}},
-        {u"캡쳐"_s, u"Movie"_s, [this] { SetCaptureValues(guard::Rethrow); }, {}},
-        {u"저장"_s, u"Save2"_s, [this] { m_stills->SaveVisitNote(); }, saving},
-        {u"삭제"_s, u"Delete"_s, [this] { m_deletion->DeleteCurrentVisit(); }, {}},
-        {u"취소"_s, u"Clear"_s, showAnew, {}},
-        {u"출력"_s, u"Print"_s, [this] { PrintGridCaptures(1); }, {}},
-        {u"설정"_s, u"Tool"_s, {}, settings},
-        {u"파일"_s, u"Find"_s, [this] { m_import->ImportPictureFile(); }, {}},
-        {u"기타"_s, u"Happy"_s, {}, {{u"소견서입력"_s, [this] { OpenFindingsScreen(1); }}}},
-        {u"종료"_s, u"Exit"_s, [this] { Unload(); }, {}},
-    };
-    m_tbarCap = Named(new CommandBar(commands, this), u"tbarCap"_s, u"캡쳐 명령"_s, RectFromTwips(0, 0, 15240, 405));
-    // Nothing holds up the shutter, and who wants to leave waits for nothing.
-    m_tbarCap->findChild<QWidget*>(u"캡쳐"_s)->setProperty(ServedWhileWaiting, true);
-    m_tbarCap->findChild<QWidget*>(u"종료"_s)->setProperty(LeavesWait, true);
-}
-
-void frmCapture::BuildPopupMenu()
-{
-    m_popup = new QMenu(this);
-    m_popup->setObjectName(u"팝업메뉴"_s);
-    const auto add = [this](const QString& caption, const std::function<void()>& run) {
-        QAction* action = m_popup->addAction(caption);
-        action->setObjectName(caption);
-        connect(action, &QAction::triggered, this, CommandSlot([run](bool) { run(); }));
-    };
-    add(u"그림지우기"_s, [this] { m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow); });
-    add(u"전체지우기"_s, [this] { m_deletion->DeleteShownVisit(m_popupGrid); });
-    m_popup->addSeparator()->setObjectName(u"mnuSep"_s);
-    add(u"소견서입력"_s, [this] { OpenFindingsScreen(2); });
-    add(u"출력"_s, [this] { PrintGridCaptures(2); });
-}
-
-void frmCapture::OpenFindingsScreen(int gridNumber)
-{
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, *visit});
-}
-
-void frmCapture::PrintGridCaptures(int gridNumber)
-{
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        PrintGridSheet(sprCap(gridNumber), gridNumber, *visit, *m_sbarCap, *m_picture1);
-}
-
 void frmCapture::Connect()
 {
+    m_movie->ForgetCutOff();
     if (StartDevice(*m_capCapture))
         m_footSwitch->OpenFootSwitchPort();
     else
@@ -280,7 +233,10 @@ void frmCapture::Connect()
 
 void frmCapture::SetCaptureValues(const StillCapture::Filed& filed)
 {
-    m_stills->SetCaptureValues(*m_capCapture, filed);
+    if (m_dateRefusal->Refuses())
+        filed(nullptr);
+    else
+        m_stills->SetCaptureValues(*m_capCapture, filed);
 }
 
 void frmCapture::Clear()
@@ -305,20 +261,6 @@ void frmCapture::OnGridDblClick(int element, int column, int row)
 {
     if (element == 3)
         m_history->ShowHistoryLine(row);
-    else if (element == 2)
+    else if (element == 2 && m_history->IsFilledPicture(element, column, row) && !m_dateRefusal->Refuses())
         m_history->EditHistoryPicture(column, row);
-}
-
-void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)
-{
-    if (element == 3 || !m_history->IsFilledPicture(element, column, row))
-        return;
-    m_popupRow = row;
-    m_popupCol = column;
-    m_popupGrid = element;
-    for (QAction* action : m_popup->actions()) {
-        if (action->objectName() == u"소견서입력"_s)
-            action->setEnabled(element == 2);
-    }
-    m_popup->popup(sprCap(element).mapToGlobal(QPoint(PixelsFromTwips(x), PixelsFromTwips(y))));
 }

@@ -2,6 +2,7 @@
 
 #include "capture/CaptureDeletion.h"
 #include "capture/CaptureHistory.h"
+#include "capture/DateRefusal.h"
 #include "capture/FootSwitch.h"
 #include "capture/FullPicture.h"
 #include "capture/MovieRecording.h"
@@ -11,11 +12,13 @@
 #include "frame/forms.h"
 
 #include <array>
+#include <functional>
 #include <memory>
 
 class CommandBar;
 class fpSpread;
 class ImagXpress;
+class MeantPictures;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
@@ -70,12 +73,17 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
+    void ShowUnknownPatient();
+    /// The command, refused while the visit's date can't be one.
+    std::function<void()> OnlyWithDate(const std::function<void()>& command);
 
     /// Prints the pictures of grid 1, or the ticked ones of grid 2, on a sheet.
     void PrintGridCaptures(int gridNumber);
     void Connect();
     void OpenFindingsScreen(int gridNumber);
 
+    /// Asks, and deletes the picture that the menu was opened on.
+    void DeleteMeantPicture();
     void OnGridDblClick(int element, int column, int row);
     void OnGridRightClick(int element, int column, int row, int x, int y);
     void OnSectionChosen();
@@ -98,9 +106,11 @@ private:
     QMenu* m_popup = nullptr;
     ImagXpress* m_picture1 = nullptr; ///< Never shown: carries pictures to the printed page and from foreign files.
 
+    std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
+    std::unique_ptr<MeantPictures> m_meant;
     std::unique_ptr<CaptureDeletion> m_deletion;
     std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;

@@ -112,7 +112,7 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
 void frmCapCDAdd::ListCdMovies()
 {
     const QString folder = MovieFolder(VisitContext.CaptureDir);
-    if (!FolderExists(folder))
+    if (VisitContext.CaptureDir.isEmpty() || !FolderExists(folder))
         return;
     m_sprMovieList->DeleteRows(1, m_sprMovieList->DataRowCnt());
     m_sprMovieList->setMaxRows(MovieRows);

@@ -57,9 +57,9 @@ void frmCapCDAdd::BuildControls()
         return Named(button, name, caption, RectFromTwips(left, 8070, 1500, 420));
     };
     connect(addButton(u"cmdAddFile"_s, u"추가"_s, 8100), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { StageSelection(); }));
+            GuardedSlot([this](bool) { StageSelection(); }));
     connect(addButton(u"cmdExit"_s, u"종료"_s, 9720), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { Unload(); }));
+            GuardedSlot([this](bool) { Unload(); }));
     connect(m_tabCapCD, &QTabWidget::currentChanged, this, GuardedSlot([this](int tab) { ShowTab(tab); }));
 }
 
@@ -90,5 +90,5 @@ void frmCapCDAdd::BuildLists()
     m_sprMovieList->setMultipleSelection(true);
     m_sprMovieList->setRowBlocks(true);
 
-    connect(m_sprCapList, &fpSpread::DblClick, this, CommandSlot([this](int, int row) { ListVisitImages(row); }));
+    connect(m_sprCapList, &fpSpread::DblClick, this, GuardedSlot([this](int, int row) { ListVisitImages(row); }));
 }

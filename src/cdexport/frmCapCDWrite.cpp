@@ -59,19 +59,19 @@ void frmCapCDWrite::BuildControls()
     m_sprCDDrive = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCDDrive"_s,
                          u"CD에 저장할 파일"_s, RectFromTwips(120, 930, 9360, 4950));
     LayOutFileList(*m_sprCDDrive);
-    connect(m_sprCDDrive, &fpSpread::KeyDown, this, CommandSlot([this](int keyCode, int) {
+    connect(m_sprCDDrive, &fpSpread::KeyDown, this, GuardedSlot([this](int keyCode, int) {
                 if (keyCode == KeyCodeDelete)
                     DeleteStagedFile();
             }));
 
     connect(AddButton(u"cmdFind"_s, u"파일추가"_s, 120), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { FindFile(); }));
+            GuardedSlot([this](bool) { FindFile(); }));
     connect(AddButton(u"cmdAddFile"_s, u"추가"_s, 1650), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { AddFiles(); }));
+            GuardedSlot([this](bool) { AddFiles(); }));
     connect(AddButton(u"cmdDelFile"_s, u"삭제"_s, 3180), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { DeleteStagedFile(); }));
+            GuardedSlot([this](bool) { DeleteStagedFile(); }));
     connect(AddButton(u"cmdStart"_s, u"Burn..."_s, 8040), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { StartBurning(); }));
+            GuardedSlot([this](bool) { StartBurning(); }));
 }
 
 QPushButton* frmCapCDWrite::AddButton(const QString& name, const QString& caption, int left)

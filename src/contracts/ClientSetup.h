@@ -31,7 +31,9 @@ struct ClientSetupRecord
     QString CaptureRoot; ///< Root folder of all captures, with a separator at its end.
     QString EtcList;     ///< Examination sections, separated by commas, each trimmed.
     QString ImageFormat; ///< "2" is bmp, every other value jpg.
-    QString CheckTable;  ///< First character "1": the capture mark goes to `yk`, otherwise to `endo`.
+    /// Of launch strings that could be text in either: "windows-949" or "utf-8"; empty for that of the environment.
+    QString LaunchEncoding;
+    QString CheckTable; ///< First character "1": the capture mark goes to `yk`, otherwise to `endo`.
 
     bool ShutterSound = true;            ///< Stills are heard.
     bool TestPicture = false;            ///< The video control offers a moving test picture beside the devices.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDate>
 #include <QString>
 
@@ -22,6 +23,13 @@ enum MousePointer : int {
 };
 
 enum class Answer { Yes, No, Cancel };
+
+/// The string that started the program, as it stood: what its bytes are text in is told nowhere.
+struct CommandString
+{
+    QByteArray bytes;
+    bool isOfLegacyLocale = false; ///< The environment names an encoding other than UTF-8.
+};
 
 class Desktop
 {
@@ -64,8 +72,7 @@ public:
     /// empty for all files. Nothing when it is cancelled; an empty text when it was confirmed without a name.
     virtual std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) = 0;
 
-    /// The command string that started the program, as it stood.
-    virtual QString Command() const = 0;
+    virtual CommandString Command() const = 0;
     /// The program's own folder, without a separator at its end. It can be written.
     virtual QString ProgramFolder() const = 0;
     /// True when another instance runs on this user's desktop. The answer is fixed at the first call: when it is

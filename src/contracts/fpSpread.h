@@ -76,6 +76,9 @@ public:
     /// A few words of warning over the lower edge of the cell's picture; empty for none. Goes with the picture.
     virtual void setTypePictMark(const QString& mark) = 0;
     virtual QString TypePictMark() const = 0;
+    /// It is the picture that an open menu or question is about: framed unlike any other. Goes with the picture.
+    virtual void setTypePictMeant(bool meant) = 0;
+    virtual bool TypePictMeant() const = 0;
     virtual QString Text() const = 0;
     virtual void setText(const QString& text) = 0;
     /// `Text` of that cell, which becomes the current one.
@@ -129,6 +132,9 @@ Q_SIGNALS:
     void KeyDown(int keyCode, int shift);
     /// The operator ticked or unticked a box.
     void ButtonClicked(int column, int row, bool down);
+    /// Cells were emptied or written; comes with the emptying, or once for all that was written when events are served
+    /// next.
+    void CellsChanged();
     /// Files of this machine were dropped onto the grid; their native paths. Arrives once the drop is over.
     void FilesDropped(const QStringList& paths);
 

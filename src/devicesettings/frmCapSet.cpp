@@ -74,13 +74,13 @@ void frmCapSet::BuildControls()
     const auto addButton = [this](const QString& name, const QString& caption, int left) {
         return Named(new QPushButton(caption, this), name, caption, RectFromTwips(left, 2880, 1350, 450));
     };
-    connect(addButton(u"cmdSet"_s, u"설정"_s, 3510), &QPushButton::clicked, this, CommandSlot([this](bool) {
+    connect(addButton(u"cmdSet"_s, u"설정"_s, 3510), &QPushButton::clicked, this, GuardedSlot([this](bool) {
                 TakePositions();
                 SaveDeviceSettings();
                 Unload();
             }));
     connect(addButton(u"cmdCancel"_s, u"취소"_s, 5010), &QPushButton::clicked, this,
-            CommandSlot([this](bool) { Unload(); }));
+            GuardedSlot([this](bool) { Unload(); }));
 }
 
 void frmCapSet::keyPressEvent(QKeyEvent* event)

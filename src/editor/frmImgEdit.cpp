@@ -62,13 +62,13 @@ void frmImgEdit::Form_Load()
 void frmImgEdit::ConnectControls()
 {
     for (int tool = 0; tool < Tools; ++tool) {
-        connect(m_cmdDMode[static_cast<size_t>(tool)], &QToolButton::clicked, this, CommandSlot([this, tool](bool) {
+        connect(m_cmdDMode[static_cast<size_t>(tool)], &QToolButton::clicked, this, GuardedSlot([this, tool](bool) {
                     LeaveTextEntry();
                     MarkToolButton(tool);
                 }));
     }
     const auto onClick = [this](QToolButton* button, void (frmImgEdit::*command)()) {
-        connect(button, &QToolButton::clicked, this, CommandSlot([this, command](bool) {
+        connect(button, &QToolButton::clicked, this, GuardedSlot([this, command](bool) {
                     if (BeginCommand())
                         (this->*command)();
                 }));
@@ -80,14 +80,14 @@ void frmImgEdit::ConnectControls()
     onClick(m_cmdISave, &frmImgEdit::Save);
     onClick(m_cmdIExit, &frmImgEdit::Exit);
     for (const auto& [button, step] : {std::pair(m_cmdZoomIn, -1), std::pair(m_cmdZoomOut, 1)}) {
-        connect(button, &QToolButton::clicked, this, CommandSlot([this, by = step](bool) {
+        connect(button, &QToolButton::clicked, this, GuardedSlot([this, by = step](bool) {
                     if (BeginCommand())
                         Zoom(by);
                 }));
     }
     const auto onKey = [this](auto key, QToolButton* button) {
         auto* shortcut = new QShortcut(key, this);
-        connect(shortcut, &QShortcut::activated, this, CommandSlot([this, button] {
+        connect(shortcut, &QShortcut::activated, this, GuardedSlot([this, button] {
                     if (!m_textOpen && !m_isDrawing)
                         button->click();
                 }));
@@ -102,8 +102,8 @@ void frmImgEdit::ConnectControls()
     connect(m_imgMain, &ImagXpress::MouseMove, this, GuardedSlot([this](int, int, float x, float y) { OnMove(x, y); }));
     connect(m_imgMain, &ImagXpress::MouseUp, this,
             GuardedSlot([this](int button, int, float x, float y) { OnRelease(button, x, y); }));
-    connect(m_txtText, &TextEntryBox::Entered, this, CommandSlot([this] { OnTextEntered(); }));
-    connect(m_txtText, &TextEntryBox::FocusLost, this, CommandSlot([this] { LeaveTextEntry(); }));
+    connect(m_txtText, &TextEntryBox::Entered, this, GuardedSlot([this] { OnTextEntered(); }));
+    connect(m_txtText, &TextEntryBox::FocusLost, this, GuardedSlot([this] { LeaveTextEntry(); }));
 }
 
 void frmImgEdit::showEvent(QShowEvent* event)

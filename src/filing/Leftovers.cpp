@@ -29,9 +29,11 @@ void Leftovers::Settle()
         if (!Trim(section).isEmpty() && !folders.contains(folder))
             folders.append(folder);
     };
-    for (const QString& section : SectionsOfClient())
-        add(section);
-    add(visit.etc);
+    if (VisitContext.YmdIsValid) {
+        for (const QString& section : SectionsOfClient())
+            add(section);
+        add(visit.etc);
+    }
     m_numbers.LookIn(folders);
 }
 

@@ -22,7 +22,8 @@ public:
         QStringList tidings;       ///< For the operator.
     };
 
-    /// Begins to look for them. `AreSettled` follows once, unless it is ended before.
+    /// Begins to look for them; in no year when the visit's date is none. `AreSettled` follows once, unless it is ended
+    /// before.
     void Settle();
     /// No row is written any more.
     void End() { m_ended = true; }

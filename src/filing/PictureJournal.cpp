@@ -88,8 +88,11 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
         const bool isBroken = name.endsWith(QStringView(BrokenEnding));
         if (mark.isEmpty() && !isBroken)
             continue;
-        Found found{folder + name, isBroken ? Holder::Dead : Files().HolderOf(mark),
-                    Files().ForeignOwner(folder + name), false, {}};
+        Found found{folder + name,
+                    isBroken ? Holder::Dead : Files().HolderOf(mark),
+                    Files().ForeignOwner(folder + name),
+                    false,
+                    {}};
         found.isReadable = !isBroken && IgnoringFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
             found.pictures = journal_rows::Pictures(*database);
@@ -255,8 +258,7 @@ PictureRecord* PictureJournal::At(const QString& id)
 QList<PictureRecord> PictureJournal::Of(const Visit& visit) const
 {
     QList<PictureRecord> pictures = m_pictures;
-    pictures.removeIf(
-        [&visit](const PictureRecord& picture) { return picture.IsDeleted() || picture.visit != visit; });
+    pictures.removeIf([&visit](const PictureRecord& picture) { return picture.IsDeleted() || picture.visit != visit; });
     return pictures;
 }
 

@@ -63,8 +63,9 @@ QString journal_rows::Write(const PictureRecord& picture)
 {
     const Visit& visit = picture.visit;
     // Its place stays what it was: the order of the presses.
-    return Statement(u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, "
-                     "takenAt, reason, note ) VALUES ( ")
+    return Statement(
+               u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, "
+               "takenAt, reason, note ) VALUES ( ")
         .Then(u"'", picture.id)
         .Then(u"', '", visit.chart)
         .Then(u"', '", visit.yuhyung)

@@ -53,11 +53,11 @@ frmCapSogyon::frmCapSogyon() : StationForm(QString::fromUtf16(FormName))
 
 void frmCapSogyon::ConnectControls()
 {
-    connect(m_cmbJinchal, &QComboBox::activated, this, CommandSlot([this](int) { ChooseDoctor(); }));
-    connect(m_udPYY, &UpDownArrows::UpClick, this, CommandSlot([this] { StepPrintYear(1); }));
-    connect(m_udPYY, &UpDownArrows::DownClick, this, CommandSlot([this] { StepPrintYear(-1); }));
-    connect(m_cmdQry, &QPushButton::clicked, this, CommandSlot([this](bool) { ShowEarlierFindings(); }));
-    connect(m_cmdSoFind, &QPushButton::clicked, this, CommandSlot([this](bool) { ChooseOpinion(); }));
+    connect(m_cmbJinchal, &QComboBox::activated, this, GuardedSlot([this](int) { ChooseDoctor(); }));
+    connect(m_udPYY, &UpDownArrows::UpClick, this, GuardedSlot([this] { StepPrintYear(1); }));
+    connect(m_udPYY, &UpDownArrows::DownClick, this, GuardedSlot([this] { StepPrintYear(-1); }));
+    connect(m_cmdQry, &QPushButton::clicked, this, GuardedSlot([this](bool) { ShowEarlierFindings(); }));
+    connect(m_cmdSoFind, &QPushButton::clicked, this, GuardedSlot([this](bool) { ChooseOpinion(); }));
 }
 
 void frmCapSogyon::Form_Load()

@@ -164,7 +164,7 @@ void frmCapSogyon::BuildButtons()
         const QString caption = QString::fromUtf16(command.caption);
         auto* button = Named(new QPushButton(caption, this), u"cmdSogyon(%1)"_s.arg(command.index), caption,
                              RectFromTwips(command.left, command.top, 735, 615));
-        connect(button, &QPushButton::clicked, this, CommandSlot([this, run = command.run](bool) { Run(run); }));
+        connect(button, &QPushButton::clicked, this, GuardedSlot([this, run = command.run](bool) { Run(run); }));
     }
     const QIcon find = UseService<ImageList>().Picture(u"Find"_s);
     m_cmdSoFind =

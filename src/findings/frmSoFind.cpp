@@ -106,13 +106,13 @@ void frmSoFind::BuildControls()
 void frmSoFind::ConnectControls()
 {
     connect(&m_further, &QTimer::timeout, this, GuardedSlot([this] { WriteRows(); }));
-    connect(m_sprSo, &fpSpread::DblClick, this, CommandSlot([this](int, int row) { OpenRow(row); }));
-    connect(m_sprSo, &fpSpread::KeyDown, this, CommandSlot([this](int keyCode, int) {
+    connect(m_sprSo, &fpSpread::DblClick, this, GuardedSlot([this](int, int row) { OpenRow(row); }));
+    connect(m_sprSo, &fpSpread::KeyDown, this, GuardedSlot([this](int keyCode, int) {
                 if (keyCode == 13)
                     OpenRow(m_sprSo->ActiveRow());
             }));
     connect(m_sprSo, &fpSpread::RightClick, this,
-            CommandSlot([this](int, int, int, int x, int y) { ShowSearchBox(x, y); }));
+            GuardedSlot([this](int, int, int, int x, int y) { ShowSearchBox(x, y); }));
 }
 
 void frmSoFind::Form_Load()

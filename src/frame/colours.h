@@ -18,6 +18,10 @@ constexpr int NumberOf(QRgb colour)
 /// pictures themselves are red and brown.
 inline constexpr QRgb AccentColour = 0xFF4FC3D9;
 
+/// Frame of the picture that an open menu or question is about: told from the accent also by who sees no colours, as it
+/// is brighter.
+inline constexpr QRgb MeantColour = 0xFFFFD23F;
+
 /// Ground and text of what the operator should mind: tinted panels, marks on pictures.
 inline constexpr QRgb NoticeColour = 0xFF4A3B14;
 inline constexpr QRgb NoticeTextColour = 0xFFFCE9BD;

@@ -73,9 +73,3 @@ auto GuardedSlot(Handler handler)
         Guarded([&] { guard::Invoke(handler, std::forward<decltype(arguments)>(arguments)...); });
     };
 }
-
-template <class Handler>
-auto CommandSlot(Handler handler)
-{
-    return GuardedSlot(handler);
-}

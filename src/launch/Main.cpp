@@ -3,6 +3,8 @@
 #include "capture/frmCapture.h"
 #include "contracts/cd.h"
 #include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/Journal.h"
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "contracts/printing.h"
@@ -13,6 +15,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "launch/launch_string.h"
+#include "launch/visit_date.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
 #include "text/text_routines.h"
@@ -39,9 +42,19 @@ void CheckVisit()
 {
     if (!FitsSectionColumn(VisitContext.Etc))
         throw PlatformError(u"검사 이름이 너무 깁니다.!! (%1)"_s.arg(VisitContext.Etc.left(60)));
-    CheckedPathPart(VisitContext.Ymd.left(4));
     CheckedPathPart(VisitContext.Etc);
-    CheckedPathPart(VisitContext.Chart + VisitContext.Ymd);
+    CheckedPathPart(VisitContext.Chart);
+}
+
+/// Columns that have slipped come with a date that is none: the screen opens all the same, to tell of it.
+void JudgeDate()
+{
+    VisitContext.YmdIsValid = IsVisitDate(VisitContext.Ymd);
+    if (!VisitContext.YmdIsValid)
+        journal::Note(Journal::Warning, u"진료일자가 올바르지 않음: %1"_s.arg(VisitContext.Ymd));
+    // Some shares drop the blanks at a name's end.
+    const bool isName = IsPathPart(Trim(VisitContext.Ymd)) && IsPathPart(Trim(VisitContext.Ymd.left(4)));
+    VisitContext.CaptureDir = isName ? YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd) : QString();
 }
 
 void ShowCaptureScreen()
@@ -66,8 +79,8 @@ void ShowViewer()
 /// Brings up the first screen, unless there is a reason not to.
 void OpenVisit()
 {
-    const QString command = UseService<Desktop>().Command();
-    if (Trim(command).isEmpty())
+    const CommandString command = UseService<Desktop>().Command();
+    if (Trim(QString::fromLatin1(command.bytes)).isEmpty())
         return;
     if (UseService<Desktop>().PrevInstance()) {
         ShowInformation(u"캡쳐화면이나 캡쳐이미지화면이 실행중입니다.!!"_s);
@@ -93,7 +106,7 @@ void OpenVisit()
     if (Trim(VisitContext.Chart).isEmpty() || VisitContext.Chart == NoChart)
         return;
     CheckVisit();
-    VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
+    JudgeDate();
 
     if (Trim(launch.mode) == u"C"_s)
         ShowViewer();

@@ -2,6 +2,8 @@
 
 #include <QString>
 
+struct CommandString;
+
 /// The fixed columns of the string with which the clinic's program starts the station. Only the section is trimmed; a
 /// column that isn't there is empty.
 struct LaunchString
@@ -16,4 +18,6 @@ struct LaunchString
     QString etc;     ///< Column 25 to the end.
 };
 
-LaunchString CutLaunchString(const QString& command);
+/// Cuts the string by its characters. Its bytes are UTF-8 or windows-949; where they are text in both, a section of the
+/// client's list is meant, and else what setup or environment say.
+LaunchString CutLaunchString(const CommandString& command);

@@ -85,6 +85,11 @@ QString CenturyOf(const QString& jumin)
 
 } // namespace
 
+bool HasPatientRow(const QString& chart)
+{
+    return HasRow(*OpenRows(Statement(u" SELECT wj_chart FROM wj ").Quoted(u" WHERE wj_chart = '", chart)));
+}
+
 QString AddressText(const PatientRecordFields& patient)
 {
     const QString post = Trim(patient.Post);

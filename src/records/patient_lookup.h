@@ -19,6 +19,9 @@ extern PatientRecordFields PatientRecord;
 /// well, otherwise a code and a blank before the message: "N" nobody found, "Y" something to correct.
 QString LookupPatient(const QString& chart, const QString& yuhyung, PatientRecordFields& patient, const QString& ymd);
 
+/// True when the clinic has a patient of that chart, whatever else it knows of him.
+bool HasPatientRow(const QString& chart);
+
 /// Place name and house number of a patient; empty for a post code that isn't known.
 QString AddressText(const PatientRecordFields& patient);
 

@@ -10,11 +10,16 @@
 #include <QApplication>
 #include <QHBoxLayout>
 #include <QPushButton>
+#include <QStyle>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int OwnHeight = 26;
+constexpr int FlashMs = 400;
+/// Properties that the style sheet looks at.
+constexpr char Alarm[] = "alarm";
+constexpr char Flashing[] = "flashing";
 const QString OwnName = u"waitNotice"_s;
 
 /// The form that the operator has before him; null when none is shown.
@@ -78,6 +83,9 @@ NoticeStrip::NoticeStrip(QWidget* parent)
     row->addWidget(m_offer);
     row->addWidget(m_cancel);
     connect(m_cancel, &QPushButton::clicked, this, &NoticeStrip::Cancelled);
+    m_flash.setSingleShot(true);
+    m_flash.setInterval(FlashMs);
+    connect(&m_flash, &QTimer::timeout, this, [this] { SetLook(Flashing, false); });
     hide();
 }
 
@@ -94,10 +102,28 @@ void NoticeStrip::setNotice(Kind kind, const QString& text, const Offer& offer)
     m_offer->setVisible(!notice.offer.caption.isEmpty());
     m_text->setText(shown);
     m_text->setAccessibleName(shown);
+    SetLook(Alarm, !m_notices.empty() && m_notices.begin()->first == Date);
     setVisible(!shown.isEmpty());
     Q_EMIT Shown(!shown.isEmpty());
     if (!shown.isEmpty())
         raise();
+}
+
+void NoticeStrip::Flash()
+{
+    SetLook(Flashing, true);
+    m_flash.start();
+}
+
+void NoticeStrip::SetLook(const char* property, bool on)
+{
+    if (this->property(property).toBool() == on)
+        return;
+    setProperty(property, on);
+    for (QWidget* each : {static_cast<QWidget*>(this), static_cast<QWidget*>(m_text)}) {
+        each->style()->unpolish(each);
+        each->style()->polish(each);
+    }
 }
 
 void NoticeStrip::setMayCancel(bool mayCancel)

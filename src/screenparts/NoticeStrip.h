@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QTimer>
 #include <QWidget>
 
 #include <functional>
@@ -17,12 +18,14 @@ class NoticeStrip : public QWidget
 public:
     /// The most urgent first.
     enum Kind {
+        Date,    ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
         Share,   ///< The share of the pictures doesn't answer.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
         Draft,   ///< A note that an earlier run didn't store can come back.
         Room,    ///< The disk of the pictures is nearly full.
         Pacs,    ///< Pictures wait for the clinic's server, or were refused by it.
+        Patient, ///< The clinic doesn't know the chart.
     };
 
     explicit NoticeStrip(QWidget* parent);
@@ -36,6 +39,8 @@ public:
 
     /// An empty text takes the notice away.
     void setNotice(Kind kind, const QString& text, const Offer& offer = {});
+    /// Shows what it says in reversed colours for a moment.
+    void Flash();
     /// Offers a button by which the wait is given up.
     void setMayCancel(bool mayCancel);
 
@@ -51,7 +56,10 @@ private:
         Offer offer;
     };
 
+    void SetLook(const char* property, bool on);
+
     std::map<Kind, Notice> m_notices;
+    QTimer m_flash;
     QLabel* m_text;
     QPushButton* m_offer;
     QPushButton* m_cancel;

@@ -37,8 +37,8 @@ int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool kee
 {
     const QPointer<fpSpread> there(&grid);
     const int fill = grid.BeginFill();
-    // Asked first: a database that doesn't answer leaves the pictures as they were.
-    const QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
+    // Asked first: a database that doesn't answer leaves the pictures as they were. A visit without a folder has none.
+    const QList<int> numbers = visit.captureDir.isEmpty() ? QList<int>() : StoredNumbers(visit, NumberOrder::Ascending);
     if (!there || !there->IsCurrentFill(fill))
         return 0;
     ClearPictureGrid(grid, gridNumber);

@@ -37,7 +37,7 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
         Guarded([&] { path = FileBehind(column, row); });
         return path;
     });
-    connect(m_popup, &QMenu::triggered, this, CommandSlot([this](QAction*) { PrintShownCaptures(); }));
+    connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
 }
 
 CapShow::~CapShow() = default;
@@ -105,6 +105,10 @@ void CapShow::OpenEditorFromCell(int column, int row)
     const QString path = FileBehind(column, row);
     if (path.isEmpty())
         return;
+    if (!VisitContext.YmdIsValid) {
+        ShowInformation(QString::fromUtf16(InvalidDateText));
+        return;
+    }
     const QString number = CellText(*m_sprCap, column, row + 1);
     OpenPictureEditor(CurrentVisit(), *m_sprCap, column, row);
     // Here nobody stores the visit.

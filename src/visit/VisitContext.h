@@ -16,12 +16,17 @@ struct VisitContextRecord
     QString Yuhyung;         ///< Patient type code.
     QString Jinchal;         ///< Examining doctor's code.
     QString Ymd;             ///< Visit date, `yyyymmdd`.
+    bool YmdIsValid = true;  ///< It can be the date of a visit; otherwise nothing is filed or altered.
     QString Etc;             ///< Examination section.
-    QString CaptureDir;      ///< Year folder of the visit, with a backslash at its end.
+    QString CaptureDir;      ///< Year folder of the visit, with a backslash at its end; empty for a date that can't
+                             ///< stand in a path.
     QString ImageExt;        ///< "jpg" or "bmp", without a point.
     bool ImageSaved = false; ///< The image editor has written its picture.
     QString CaExtra;         ///< Last value of the `ca` row; always empty.
 };
+
+/// What the operator is told of a visit whose date can't be one.
+inline constexpr char16_t InvalidDateText[] = u"진료일자가 올바르지 않습니다.!! 확인하세요.";
 
 extern VisitContextRecord VisitContext;
 extern ClientSetupRecord ClientSetup;

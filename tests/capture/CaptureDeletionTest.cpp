@@ -209,6 +209,65 @@ private Q_SLOTS:
         QCOMPARE(CellText(opened->sprCap(1), 2, 2), left.isEmpty() ? QString() : u"003"_s);
     }
 
+    void WhatIsAskedAboutIsFramed_data()
+    {
+        Columns<int, QString, bool, QString>("grid", "command", "answer", "framed");
+        QTest::newRow("one of the visit") << 1 << u"그림지우기"_s << false << u"002"_s;
+        QTest::newRow("one of the visit, deleted") << 1 << u"그림지우기"_s << true << u"002"_s;
+        QTest::newRow("one of the history") << 2 << u"그림지우기"_s << true << u"001"_s;
+        QTest::newRow("all of the history") << 2 << u"전체지우기"_s << false << u"001 002"_s;
+        QTest::newRow("all of the visit") << 1 << u"전체지우기"_s << false << u"001 002 003 004"_s;
+        QTest::newRow("by the button") << 1 << u"삭제"_s << false << u"001 002 003 004"_s;
+    }
+
+    void WhatIsAskedAboutIsFramed()
+    {
+        QFETCH4(int, grid, QString, command, bool, answer, QString, framed);
+        FakeVideoCap::Last()->live = true;
+        ShowLine(u"20250301"_s);
+        const bool byButton = command == u"삭제"_s;
+        if (!byButton) {
+            OpenMenu(grid, 2, 1);
+            QCOMPARE(Framed(grid), grid == 1 ? u"002"_s : u"001"_s);
+        }
+        // A still that arrives under the question, and a fill that moves the pictures up, leave the frames where they
+        // belong.
+        QString under;
+        m_box->Desk().answers = {answer};
+        m_box->Desk().whileShown = [&] {
+            m_box->Desk().whileShown = {};
+            opened->findChild<QMenu*>(u"팝업메뉴"_s)->hide();
+            Press(u"캡쳐"_s);
+            DeleteFile(m_box->PicturePath(Day, Stomach, 1));
+            opened->ShowStored();
+            if (grid == 2)
+                ShowLine(u"20250301"_s);
+            QCoreApplication::processEvents();
+            under = Framed(grid);
+        };
+        Run(command);
+        QCOMPARE(under, grid == 1 ? QString(framed).remove(u"001 "_s) : framed);
+        QCOMPARE(Framed(1) + Framed(2), QString());
+        const bool isGone = answer && command == u"그림지우기"_s;
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), isGone && grid == 1 ? u"1,3,4"_s : u"1,2,3,4"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(u"20250301"_s, Colon)), isGone && grid == 2 ? u"2"_s : u"1,2"_s);
+        // Without a choice it goes with the menu.
+        OpenMenu(1, 1, 1);
+        QVERIFY(!Framed(1).isEmpty());
+        opened->findChild<QMenu*>(u"팝업메뉴"_s)->hide();
+        QTRY_COMPARE(Framed(1), QString());
+    }
+
+    void TheMenuFollowsItsPicture()
+    {
+        m_box->Desk().answers = {true};
+        OpenMenu(1, 2, 1);
+        DeleteFile(m_box->PicturePath(Day, Stomach, 1));
+        opened->ShowStored();
+        Run(u"그림지우기"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,3"_s);
+    }
+
     void TheCellMayHaveChangedBehindTheQuestion()
     {
         m_box->Desk().answers = {true};
@@ -294,6 +353,21 @@ private:
         else
             Choose(command, u"팝업메뉴"_s);
         opened->findChild<QMenu*>(u"팝업메뉴"_s)->hide();
+    }
+    /// Numbers of the framed pictures of a grid.
+    static QString Framed(int element)
+    {
+        fpSpread& grid = opened->sprCap(element);
+        QStringList numbers;
+        for (int row = 1; row < grid.DataRowCnt(); row += 2) {
+            for (const int column : PictureColumns(element)) {
+                const QString number = CellText(grid, column, row + 1);
+                grid.setRow(row);
+                if (grid.TypePictMeant())
+                    numbers << number;
+            }
+        }
+        return numbers.join(u' ');
     }
     static void OpenMenu(int element, int column, int row)
     {

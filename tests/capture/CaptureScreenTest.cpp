@@ -278,6 +278,69 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"대장 소견"_s);
     }
 
+    void UnderADateThatIsNoneNothingIsDone_data()
+    {
+        QTest::addColumn<std::function<void()>>("command");
+        const auto row = [](const char* name, const std::function<void()>& command) { QTest::newRow(name) << command; };
+        row("still", [] { Press(u"캡쳐"_s); });
+        row("save", [] { Press(u"저장"_s); });
+        row("delete", [] { Press(u"삭제"_s); });
+        row("file", [] { Press(u"파일"_s); });
+        row("dropped file", [] { Q_EMIT opened->sprCap(1).FilesDropped({u"/dev/null"_s}); });
+        row("movie", [] { Choose(u"동영상저장시작"_s); });
+        row("findings", [] { Choose(u"소견서입력"_s); });
+        row("editor", [] { DoubleClick(2, 2, 1); });
+        for (const QString& entry : {u"그림지우기"_s, u"전체지우기"_s, u"소견서입력"_s})
+            QTest::addRow("menu %s", qPrintable(entry)) << std::function([entry] { ChooseOver(2, 2, 1, entry); });
+    }
+
+    void UnderADateThatIsNoneNothingIsDone()
+    {
+        QFETCH(std::function<void()>, command);
+        m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
+        VisitContext.Ymd = u"0261126위"_s;
+        VisitContext.CaptureDir = m_box->Root() + u"0261\\"_s;
+        VisitContext.YmdIsValid = false;
+        OpenScreen();
+        Press(u"연결"_s);
+        ShowLine(u"20250301"_s);
+        m_box->Desk().answers = {true, true};
+        m_box->Desk().files = {u"/dev/null"_s, u"/dev/null"_s};
+        const auto* strip = opened->findChild<NoticeStrip*>();
+        command();
+        QCOMPARE(m_box->Desk().shown, QStringList{QString::fromUtf16(InvalidDateText)});
+        QVERIFY(!strip->property("flashing").toBool());
+        command();
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        QVERIFY(strip->property("flashing").toBool() && strip->isVisible());
+        QTRY_VERIFY(!strip->property("flashing").toBool());
+        QCOMPARE(LoadedForms().size(), 1);
+        QVERIFY(!FolderExists(VisitContext.CaptureDir) && !opened->capCapture().CaptureMode());
+        QCOMPARE(m_box->Names(u"2025"_s, Colon).size(), 1);
+        QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"1"_s);
+        QCOMPARE(m_box->Value(u"SELECT endo_check AS v FROM endo"_s), u"0"_s);
+    }
+
+    void AnUnknownChartIsTold_data()
+    {
+        Columns<QString, bool>("rows", "isTold");
+        QTest::newRow("known") << u"SELECT 1;"_s << false;
+        QTest::newRow("without insurance") << u"DELETE FROM bh;"_s << false;
+        QTest::newRow("unknown") << u"DELETE FROM wj;"_s << true;
+    }
+
+    void AnUnknownChartIsTold()
+    {
+        QFETCH2(QString, rows, bool, isTold);
+        m_box->Run(rows);
+        const auto* strip = OpenWithOneStill().findChild<NoticeStrip*>();
+        QCOMPARE(strip->isVisible(), isTold);
+        QCOMPARE(strip->findChild<QLabel*>()->text(),
+                 isTold ? u"차트번호 00001234의 환자 정보가 없습니다.!! 확인하세요."_s : QString());
+        QVERIFY(!strip->property("alarm").toBool() && m_box->Desk().shown.isEmpty());
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 1);
+    }
+
     void HistoryLines()
     {
         m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);

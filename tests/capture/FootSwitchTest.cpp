@@ -59,6 +59,20 @@ private Q_SLOTS:
         QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
+    void UnderADateThatIsNoneAPressIsToldOnce()
+    {
+        VisitContext.YmdIsValid = false;
+        OpenScreen();
+        Press(u"연결"_s);
+        for (int press = 1; press <= 2; ++press) {
+            m_cable->Send("1");
+            QTRY_VERIFY(!Port().PortOpen());
+            QTRY_VERIFY(Port().PortOpen());
+            QTRY_COMPARE(m_box->Desk().shown, QStringList{QString::fromUtf16(InvalidDateText)});
+        }
+        QCOMPARE(Stills(), 0);
+    }
+
     void AFloodIsDiscarded()
     {
         OpenScreen();

@@ -159,6 +159,28 @@ private Q_SLOTS:
         QCOMPARE(Text(u"lblMovie"_s), QString());
     }
 
+    void AnotherConnectForgetsWhatWasCutOff_data()
+    {
+        Columns<QString, QString>("before", "left");
+        QTest::newRow("a recording that was cut off") << u"연결끊기"_s << QString();
+        QTest::newRow("one that runs") << u"연결"_s << u"동영상 저장중...38 Frame Processed"_s;
+    }
+
+    void AnotherConnectForgetsWhatWasCutOff()
+    {
+        QFETCH(QString, before);
+        Press(u"연결"_s);
+        // The click inside the start doesn't take its text.
+        m_box->Desk().whilePumped = [] { Press(u"연결"_s); };
+        Choose(u"동영상저장시작"_s);
+        Q_EMIT m_video->OnFrame(38, 0);
+        if (before == u"연결끊기"_s)
+            Choose(before);
+        QCOMPARE(Text(u"lblMovie"_s) + Text(u"lblMovieStatus"_s), u"동영상 저장중...38 Frame Processed"_s);
+        Press(u"연결"_s);
+        QTEST(Text(u"lblMovie"_s) + Text(u"lblMovieStatus"_s), "left");
+    }
+
     void TheRecordingGoesOnThrough_data()
     {
         QTest::addColumn<std::function<void(MovieRecordingTest&)>>("event");

@@ -8,6 +8,7 @@
 #include "findings/frmSoFind.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/screen_scale.h"
+#include "screenparts/NoticeStrip.h"
 #include "support/StationInABox.h"
 #include "viewing/CapShow.h"
 
@@ -162,6 +163,20 @@ private Q_SLOTS:
         QStringList faults{u"not shown"_s};
         show([&](StationForm& form) { faults = FaultsOf(form); });
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join(u'\n')));
+    }
+
+    void TheAlarmOfADateStandsOut()
+    {
+        VisitContext.YmdIsValid = false;
+        frmCapture& screen = Form<frmCapture>();
+        screen.Show();
+        auto* strip = screen.findChild<NoticeStrip*>();
+        const auto text = [strip] { return strip->grab(strip->findChild<QLabel*>()->geometry()).toImage(); };
+        const QColor ground = text().pixelColor(0, 0);
+        QVERIFY2(ground.red() > 120 && ground.green() < 60 && ground.blue() < 60, qPrintable(ground.name()));
+        QVERIFY(LargestContrast(text()) >= TextContrast);
+        strip->Flash();
+        QVERIFY(text().pixelColor(0, 0) != ground && LargestContrast(text()) >= TextContrast);
     }
 
     void APanelAndACellSayWhatTheyAre()

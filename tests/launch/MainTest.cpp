@@ -4,7 +4,9 @@
 #include "contracts/setup_components.h"
 #include "frame/plain_text.h"
 #include "screenparts/NoteBox.h"
+#include "screenparts/NoticeStrip.h"
 #include "support/StationInABox.h"
+#include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "viewing/CapShow.h"
 
@@ -82,7 +84,6 @@ private Q_SLOTS:
         QTest::newRow("longer than its column")
             << u"A01 "_s + visit + QString(101, u'a') << 1 << false << QString() << 1;
         QTest::newRow("10,000 characters") << u"A01 "_s + visit + QString(9976, u'가') << 1 << false << QString() << 1;
-        QTest::newRow("date that goes up") << u"A01 000012340111..\\..\\01위내시경"_s << 1 << false << QString() << 1;
         QTest::newRow("date that is none") << u"A01 00001234011120269999위내시경"_s << 1 << true << u"위내시경"_s << 0;
     }
 
@@ -101,6 +102,86 @@ private Q_SLOTS:
         } else {
             QVERIFY(!FolderExists(m_box->Root() + u"2026\\위내시경Log"_s));
         }
+    }
+
+    void ASectionInEitherEncoding_data()
+    {
+        Columns<QByteArray, QString, QString, bool, QString>("section", "list", "setup", "legacy", "etc");
+        const QByteArray korean = QStringEncoder("windows-949")(u"처치2"_s);
+        const QString letters = u"óġ2"_s; // The same bytes in UTF-8.
+        QTest::newRow("listed") << korean << u"위내시경, 처치2"_s << QString() << false << u"처치2"_s;
+        QTest::newRow("its letters listed") << korean << u"위내시경,óġ2"_s << QString() << true << letters;
+        QTest::newRow("neither listed") << korean << u"위내시경"_s << QString() << false << letters;
+        QTest::newRow("neither, Korean locale") << korean << u"위내시경"_s << QString() << true << u"처치2"_s;
+        QTest::newRow("both, Korean setup") << korean << u"óġ2,처치2"_s << u"windows-949"_s << false << u"처치2"_s;
+        QTest::newRow("both, setup against locale") << korean << u"óġ2,처치2"_s << u"utf-8"_s << true << letters;
+        QTest::newRow("text in UTF-8 alone") << "위내시경 "_ba << u"초음파"_s << QString() << true << u"위내시경"_s;
+        QTest::newRow("text in windows-949 alone") << QByteArray(QStringEncoder("windows-949")(u"초음파"_s))
+                                                   << u"위내시경"_s << QString() << false << u"초음파"_s;
+    }
+
+    void ASectionInEitherEncoding()
+    {
+        QFETCH4(QByteArray, section, QString, list, QString, setup, bool, legacy);
+        PreparedProfile::prepared.EtcList = list;
+        PreparedProfile::prepared.LaunchEncoding = setup;
+        m_box->Desk().commandBytes = "A01 00001234011120261124" + section;
+        m_box->Desk().isOfLegacyLocale = legacy;
+        Main();
+        QTEST(VisitContext.Etc, "etc");
+        QCOMPARE(VisitContext.Chart + VisitContext.Ymd, u"0000123420261124"_s);
+        QVERIFY(m_box->Desk().shown.isEmpty() && IsFormLoaded(u"frmCapture"_s));
+    }
+
+    void DatesOfTheLaunch_data()
+    {
+        Columns<QString, QString, bool, QString>("mode", "ymd", "isValid", "year");
+        const QString today = TextFromDate(QDate::currentDate());
+        QTest::newRow("today") << u"A"_s << u"20261124"_s << true << u"2026"_s;
+        QTest::newRow("in a year") << u"A"_s << u"20271124"_s << true << u"2027"_s;
+        QTest::newRow("the first") << u"A"_s << u"19900101"_s << true << u"1990"_s;
+        QTest::newRow("today, by a station that has lost its clock") << u"lost"_s << today << true << today.left(4);
+        QTest::newRow("before the first") << u"A"_s << u"19891231"_s << false << u"1989"_s;
+        QTest::newRow("slipped") << u"A"_s << u"0261126위"_s << false << u"0261"_s;
+        QTest::newRow("a thirteenth month") << u"A"_s << u"20261332"_s << false << u"2026"_s;
+        QTest::newRow("in decades") << u"A"_s << u"20620101"_s << false << u"2062"_s;
+        QTest::newRow("with a sign") << u"A"_s << u"+2026112"_s << false << u"+202"_s;
+        QTest::newRow("missing") << u"A"_s << QString() << false << QString();
+        QTest::newRow("goes up") << u"A"_s << u"..\\..\\01"_s << false << QString();
+        QTest::newRow("goes up, to be viewed") << u"C"_s << u".."_s << false << QString();
+        QTest::newRow("with separators, to be viewed") << u"C"_s << u"2026/1/1"_s << false << QString();
+        QTest::newRow("slipped, to be viewed") << u"C"_s << u"20261332"_s << false << u"2026"_s;
+    }
+
+    void DatesOfTheLaunch()
+    {
+        QFETCH4(QString, mode, QString, ymd, bool, isValid, QString, year);
+        if (mode == u"lost"_s)
+            m_box->Desk().today = QDate(2000, 1, 1);
+        // The sweep at closing would move it, and a path without a folder would lead to where the program runs.
+        WriteWholeFile(m_box->PicturePath(u"20261332"_s, u"위내시경"_s, 1), "orphan");
+        QDir::setCurrent(NativePath(m_box->Root()));
+        const QStringList before = FoundIn(m_box->Root());
+        const bool isViewed = mode == u"C"_s;
+        m_box->Desk().command = (isViewed ? u"C01 000012340111"_s : u"A01 000012340111"_s) + ymd;
+        if (!ymd.isEmpty())
+            m_box->Desk().command += QString(8 - ymd.size(), u' ') + u"위내시경"_s;
+        Main();
+        QCOMPARE(VisitContext.YmdIsValid, isValid);
+        QCOMPARE(VisitContext.CaptureDir, year.isEmpty() ? QString() : m_box->Root() + year + u'\\');
+        QVERIFY(IsFormLoaded(isViewed ? u"CapShow"_s : u"frmCapture"_s));
+        QVERIFY(!m_box->Desk().ended);
+        if (!isViewed) {
+            auto& screen = Form<frmCapture>();
+            const auto* strip = screen.findChild<NoticeStrip*>();
+            QCOMPARE(strip->isVisible(), !isValid);
+            QCOMPARE(strip->property("alarm").toBool(), !isValid);
+            QCOMPARE(strip->findChild<QLabel*>()->text(), isValid ? QString() : QString::fromUtf16(InvalidDateText));
+            QCOMPARE(screen.cmbEtc().count(), 2);
+        }
+        UnloadForms();
+        QVERIFY(m_box->Desk().shown.isEmpty());
+        QVERIFY(isValid || FoundIn(m_box->Root()) == before);
     }
 
     void CapitalCOpensTheViewer()
@@ -269,6 +350,18 @@ private Q_SLOTS:
     }
 
 private:
+    /// All that lies in a folder, and in those inside.
+    static QStringList FoundIn(const QString& folder)
+    {
+        QStringList found;
+        QDirIterator entries(NativePath(folder), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                             QDirIterator::Subdirectories);
+        while (entries.hasNext())
+            found << entries.next();
+        found.sort();
+        return found;
+    }
+
     /// Opens a form as the operator does, a modal one only to close it again. False when it didn't come up.
     static bool Open(const QString& form)
     {

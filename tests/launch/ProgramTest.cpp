@@ -1,5 +1,6 @@
 #include "platform/files/LocalFiles.h"
 #include "support/StationInABox.h"
+#include "text/date_routines.h"
 
 using namespace Qt::StringLiterals;
 
@@ -11,17 +12,24 @@ class ProgramTest : public QObject
 private Q_SLOTS:
     void StartsWith_data()
     {
-        Columns<QByteArrayList, int, bool>("arguments", "exitCode", "opens");
-        const QString launch = u"A01 00001234011120261124초음파"_s;
-        QTest::newRow("the Korean code page") << QByteArrayList{QStringEncoder("windows-949")(launch)} << 0 << true;
-        QTest::newRow("UTF-8") << QByteArrayList{launch.toUtf8()} << 0 << true;
-        QTest::newRow("two arguments") << QByteArrayList{"A01", "00001234"} << 2 << false;
-        QTest::newRow("none") << QByteArrayList{} << 0 << false;
+        Columns<QByteArrayList, QString, QString, int, bool>("arguments", "locale", "section", "exitCode", "opens");
+        const QString utf8 = u"C.UTF-8"_s;
+        const QString launch = u"A01 000012340111"_s + TextFromDate(QDate::currentDate());
+        const auto korean = [&](const QString& section) {
+            return QByteArrayList{QStringEncoder("windows-949")(launch + section)};
+        };
+        QTest::newRow("the Korean code page") << korean(u"초음파"_s) << utf8 << u"초음파"_s << 0 << true;
+        // Bytes that could be either.
+        QTest::newRow("a Korean locale") << korean(u"처치"_s) << u"ko_KR.eucKR@x"_s << u"처치"_s << 0 << true;
+        QTest::newRow("no locale") << korean(u"처치"_s) << u"POSIX"_s << u"óġ"_s << 0 << true;
+        QTest::newRow("UTF-8") << QByteArrayList{(launch + u"초음파"_s).toUtf8()} << utf8 << u"초음파"_s << 0 << true;
+        QTest::newRow("two arguments") << QByteArrayList{"A01", "00001234"} << utf8 << QString() << 2 << false;
+        QTest::newRow("none") << QByteArrayList{} << utf8 << QString() << 0 << false;
     }
 
     void StartsWith()
     {
-        QFETCH3(QByteArrayList, arguments, int, exitCode, bool, opens);
+        QFETCH5(QByteArrayList, arguments, QString, locale, QString, section, int, exitCode, bool, opens);
         StationInABox box;
         QFile setup(NativePath(box.Root() + u"Setup.ini"_s));
         QVERIFY(setup.open(QIODevice::WriteOnly));
@@ -30,7 +38,7 @@ private Q_SLOTS:
                         .toUtf8());
         setup.close();
         // The section is none of this client's list: only a start that read its name right clears up in its folder.
-        const QString folder = SectionFolder(VisitContext.CaptureDir, u"초음파"_s);
+        const QString folder = SectionFolder(YearFolder(box.Root(), TextFromDate(QDate::currentDate())), section);
         MakeFolder(folder);
         const QString left = folder + u".station-"_s + Files().ProcessMark() + u"0-1.part"_s;
         WriteWholeFile(left, "of a station that died");
@@ -39,6 +47,7 @@ private Q_SLOTS:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"CAPTURE_STATION_SETUP"_s, setup.fileName());
         environment.insert(u"CAPTURE_STATION_FOLDER"_s, NativePath(box.Root()));
+        environment.insert(u"LC_ALL"_s, locale);
         environment.insert(u"XDG_RUNTIME_DIR"_s, NativePath(box.Root()));
         program.setProcessEnvironment(environment);
         // Through a shell, since a QProcess hands texts over in one code page alone.

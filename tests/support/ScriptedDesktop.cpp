@@ -19,8 +19,9 @@ ScriptedDesktop& ScriptedDesktop::Install()
 void ScriptedDesktop::ShowInformation(const QString& text, int /*patienceMs*/)
 {
     shown.append(text);
-    if (whileShown)
-        whileShown();
+    // A copy, since it may take itself away.
+    if (const auto event = whileShown)
+        event();
 }
 
 bool ScriptedDesktop::AskYesNo(const QString& question)

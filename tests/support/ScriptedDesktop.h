@@ -20,6 +20,9 @@ public:
     std::function<void()> leaveWait;          ///< Of the wait that was begun last: the operator closes a window.
     QString filter;                           ///< Of the open dialog that was shown last.
     QString command;
+    QByteArray commandBytes; ///< In the place of `command`, unless they are empty.
+    bool isOfLegacyLocale = false;
+    QDate today{2026, 11, 24};
     QString folder; ///< The program's own folder; a temporary one when empty.
     bool otherInstance = false;
     bool endIsRequested = false;
@@ -40,7 +43,10 @@ public:
     void Pause(int timeMs) override;
     void ShowPrinterDialog() override {}
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
-    QString Command() const override { return command; }
+    CommandString Command() const override
+    {
+        return {commandBytes.isEmpty() ? command.toUtf8() : commandBytes, isOfLegacyLocale};
+    }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }
     void LeaveInstance() override {}
@@ -48,7 +54,7 @@ public:
     bool EndIsRequested() const override { return endIsRequested; }
     void EndProgram() override { ended = true; }
     bool ProgramEnded() const override { return ended; }
-    QDate Today() const override { return {2026, 11, 24}; }
+    QDate Today() const override { return today; }
 
 private:
     QTemporaryDir m_folder;

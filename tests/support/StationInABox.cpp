@@ -40,7 +40,7 @@ INSERT INTO endo (endo_ykymd, endo_chart, endo_jinchal, endo_check) VALUES ('202
 StationInABox::StationInABox(const QString& driver)
 {
     FollowComposition();
-    RegisterDesktop(QString());
+    RegisterDesktop({});
     m_desktop = &ScriptedDesktop::Install();
     m_files = &FailingFiles::Install();
     RegisterProfile();

@@ -108,7 +108,7 @@ private:
     QtDesktop& m_desktop;
 };
 
-QtDesktop::QtDesktop(QString command) : m_command(std::move(command)), m_programFolder(ProgramFolderHere()) {}
+QtDesktop::QtDesktop(CommandString command) : m_command(std::move(command)), m_programFolder(ProgramFolderHere()) {}
 
 QtDesktop::~QtDesktop() = default;
 

@@ -13,7 +13,7 @@ class QMessageBox;
 class QtDesktop final : public Desktop
 {
 public:
-    explicit QtDesktop(QString command);
+    explicit QtDesktop(CommandString command);
     ~QtDesktop() override;
 
     void ShowInformation(const QString& text, int patienceMs = 0) override;
@@ -27,7 +27,7 @@ public:
     void Pause(int timeMs) override;
     void ShowPrinterDialog() override;
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
-    QString Command() const override { return m_command; }
+    CommandString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override;
     void LeaveInstance() override;
@@ -44,7 +44,7 @@ private:
     void RequestEnd();
     void ShowPointer();
 
-    QString m_command;
+    CommandString m_command;
     QString m_programFolder;
     QString m_chosenPrinter;   ///< Empty as long as the operator chose none.
     QString m_chosenPrintFile; ///< Chosen in place of a printer.

@@ -18,10 +18,26 @@ struct NamedColour
     QRgb colour;
 };
 
-enum ColourName { Window, Base, Line, Raised, Border, Text, Faint, Chosen, ChosenText, Accent, Tint, TintText, Grip };
+enum ColourName {
+    Window,
+    Base,
+    Line,
+    Raised,
+    Border,
+    Text,
+    Faint,
+    Chosen,
+    ChosenText,
+    Accent,
+    Tint,
+    TintText,
+    Alarm,
+    AlarmText,
+    Grip
+};
 
 // Every text stands at 4.5:1 or better on the ground that it is used on, every line and edge at 3:1.
-constexpr std::array<NamedColour, 13> Colours{{
+constexpr std::array<NamedColour, 15> Colours{{
     {"window"_L1, 0xFF23292F},
     {"base"_L1, 0xFF191E23},
     {"line"_L1, 0xFF5F6D78},
@@ -34,6 +50,8 @@ constexpr std::array<NamedColour, 13> Colours{{
     {"accent"_L1, AccentColour},
     {"tint"_L1, NoticeColour},
     {"tinttext"_L1, NoticeTextColour},
+    {"alarm"_L1, 0xFFA61B1B},
+    {"alarmtext"_L1, 0xFFFFFFFF},
     {"grip"_L1, 0xFF7A8996},
 }};
 

@@ -7,7 +7,7 @@
 
 using namespace Qt::StringLiterals;
 
-void RegisterDesktop(const QString& command)
+void RegisterDesktop(const CommandString& command)
 {
     InstallService<Desktop>(std::make_unique<QtDesktop>(command));
     InstallService<ImageList>(std::make_unique<IconList>());

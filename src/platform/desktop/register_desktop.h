@@ -1,7 +1,6 @@
 #pragma once
 
-#include <QString>
+struct CommandString;
 
 /// Installs the desktop and the toolbar's pictures, and registers the status bar and the look of the forms.
-/// `command` is the command string that started the program, as it stood.
-void RegisterDesktop(const QString& command);
+void RegisterDesktop(const CommandString& command);

@@ -96,6 +96,12 @@ void PaintFrame(QPainter& painter, const QRect& cell, const QColor& colour, int 
     painter.drawRect(cell.left(), cell.top(), width, cell.height());
     painter.drawRect(cell.right() - width + 1, cell.top(), width, cell.height());
 }
+/// The dark line keeps it apart from a bright picture.
+void PaintMeant(QPainter& painter, const QRect& cell)
+{
+    PaintFrame(painter, cell, Qt::black, 5);
+    PaintFrame(painter, cell, QColor(MeantColour), 4);
+}
 } // namespace
 
 void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const
@@ -137,6 +143,8 @@ void CellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option, 
         PaintFrame(*painter, option.rect, QColor(AccentColour), 1);
     if (m_flashing.isValid() && m_flashing == index)
         PaintFrame(*painter, option.rect, QColor(AccentColour), 3);
+    if (type == CellTypePicture && cell != nullptr && cell->picture != nullptr && cell->picture->meant)
+        PaintMeant(*painter, option.rect);
     painter->restore();
 }
 

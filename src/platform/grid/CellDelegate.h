@@ -3,7 +3,8 @@
 #include <QPersistentModelIndex>
 #include <QStyledItemDelegate>
 
-/// Paints the cells of a grid: text, picture, tick box, and the frame of a cell that was just filled.
+/// Paints the cells of a grid: text, picture, tick box, and the frames of a cell that was just filled and of a picture
+/// that is meant.
 class CellDelegate final : public QStyledItemDelegate
 {
     Q_OBJECT

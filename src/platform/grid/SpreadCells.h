@@ -13,6 +13,7 @@ struct CellPicture
     bool given = false; ///< A picture was set, if only one that can't be shown.
     bool center = false;
     bool stretch = false;
+    bool meant = false; ///< A menu or a question is about it.
 };
 
 struct SpreadCell

@@ -55,6 +55,7 @@ SpreadGrid::SpreadGrid(QWidget* parent)
     m_flashTimer.setSingleShot(true);
     m_flashTimer.setInterval(FlashMs);
     connect(&m_flashTimer, &QTimer::timeout, this, &SpreadGrid::EndFlash);
+    connect(m_model, &SpreadModel::dataChanged, this, &SpreadGrid::CellsChanged);
     connect(m_view, &SpreadView::CellDoubleClicked, this, &SpreadGrid::DblClick);
     connect(m_view, &SpreadView::KeyPressed, this, &SpreadGrid::KeyDown);
     connect(m_view, &SpreadView::BoxToggled, this, &SpreadGrid::ButtonClicked);
@@ -193,6 +194,7 @@ void SpreadGrid::setTypePictPicture(const QImage& picture)
     const QSize room = CellPixels(m_column, m_row);
     m_model->Write(m_row - 1, m_column - 1, [&](SpreadCell& cell) {
         cell.Picture().given = true;
+        cell.Picture().meant = false;
         cell.Picture().image = AtCellSize(picture, room, cell.Picture());
     });
 }
@@ -212,6 +214,17 @@ QString SpreadGrid::TypePictMark() const
 {
     const SpreadCell* cell = m_model->Cells().Find(m_row - 1, m_column - 1);
     return cell != nullptr && cell->picture != nullptr ? cell->picture->mark : QString();
+}
+
+void SpreadGrid::setTypePictMeant(bool meant)
+{
+    m_model->Write(m_row - 1, m_column - 1, [meant](SpreadCell& cell) { cell.Picture().meant = meant; });
+}
+
+bool SpreadGrid::TypePictMeant() const
+{
+    const SpreadCell* cell = m_model->Cells().Find(m_row - 1, m_column - 1);
+    return cell != nullptr && cell->picture != nullptr && cell->picture->meant;
 }
 
 QString SpreadGrid::Text() const

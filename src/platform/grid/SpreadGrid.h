@@ -49,6 +49,8 @@ public:
     QImage TypePictPicture() const override;
     void setTypePictMark(const QString& mark) override;
     QString TypePictMark() const override;
+    void setTypePictMeant(bool meant) override;
+    bool TypePictMeant() const override;
     QString Text() const override;
     void setText(const QString& text) override;
     QString Value() const override;

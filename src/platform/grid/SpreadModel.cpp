@@ -49,7 +49,7 @@ QString SpreadModel::SpokenText(const QModelIndex& index, const SpreadCell& cell
     // Its number stands below it.
     if (const SpreadCell* below = m_cells.Find(index.row() + 1, index.column()); below != nullptr)
         words << below->text;
-    words << cell.picture->mark;
+    words << cell.picture->mark << (cell.picture->meant ? u"고른 그림"_s : QString());
     words.removeAll(QString());
     return words.join(u' ');
 }

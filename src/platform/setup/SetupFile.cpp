@@ -123,6 +123,11 @@ void Reader::ReadClient()
     m_setup.client.ImageFormat = Text(section, u"ImageFormat"_s);
     m_setup.client.CheckTable = Text(section, u"CheckTable"_s);
     m_setup.client.ShutterSound = Text(section, u"ShutterSound"_s) != u"0";
+    m_setup.client.LaunchEncoding = Text(section, u"LaunchEncoding"_s).toLower();
+    const QStringList encodings{QString(), u"utf-8"_s, u"windows-949"_s};
+    if (!encodings.contains(m_setup.client.LaunchEncoding))
+        m_setup.problems.append(u"[Client] LaunchEncoding은 utf-8이나 windows-949입니다. (%1)"_s.arg(
+            m_setup.client.LaunchEncoding.left(60)));
     m_setup.needsCaptureMount = Text(section, u"CaptureMount"_s) == u"1";
     ReadSections(Text(section, u"EtcList"_s));
     ReadCaptureRoot(Needed(section, u"CaptureRoot"_s));

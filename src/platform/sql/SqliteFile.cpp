@@ -18,8 +18,8 @@ class SqliteFile final : public LocalDatabase
 public:
     SqliteFile(const QString& path, int flags) : m_path(path)
     {
-        if (sqlite3_open_v2(NativePath(path).toUtf8().constData(), &m_handle, flags | SQLITE_OPEN_FULLMUTEX,
-                            nullptr) != SQLITE_OK) {
+        if (sqlite3_open_v2(NativePath(path).toUtf8().constData(), &m_handle, flags | SQLITE_OPEN_FULLMUTEX, nullptr) !=
+            SQLITE_OK) {
             const PlatformError fault = Fault();
             sqlite3_close(m_handle);
             throw fault;
@@ -82,8 +82,7 @@ private:
                 break;
             default: {
                 const void* bytes = sqlite3_column_blob(row, column);
-                values.append(
-                    QString::fromUtf8(static_cast<const char*>(bytes), sqlite3_column_bytes(row, column)));
+                values.append(QString::fromUtf8(static_cast<const char*>(bytes), sqlite3_column_bytes(row, column)));
             }
             }
         }

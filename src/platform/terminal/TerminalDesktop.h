@@ -21,7 +21,7 @@ public:
     void Pause(int timeMs) override;
     void ShowPrinterDialog() override {}
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
-    QString Command() const override { return {}; }
+    CommandString Command() const override { return {}; }
     QString ProgramFolder() const override { return m_programFolder; }
     bool PrevInstance() override { return false; }
     void LeaveInstance() override {}

@@ -48,7 +48,7 @@ class DesktopTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { RegisterDesktop(u"00012345 01 02"_s); }
+    void init() { RegisterDesktop({"00012345 01 02"}); }
 
     void QuestionMeansNoUnlessYesIsChosen_data()
     {
@@ -382,7 +382,7 @@ private Q_SLOTS:
 void DesktopTest::ProgramEndsInThePump()
 {
     Desktop& desktop = UseService<Desktop>();
-    QCOMPARE(desktop.Command(), u"00012345 01 02"_s);
+    QCOMPARE(desktop.Command().bytes, "00012345 01 02"_ba);
     QVERIFY(!desktop.ProgramEnded());
     QTimer::singleShot(0, [] { EndProgram(); });
     QVERIFY(!desktop.PumpEventsUntil([] { return false; }, 60000));

@@ -308,6 +308,29 @@ private Q_SLOTS:
         QTRY_VERIFY(history->rect().contains(history->CellRect(2, 10)));
     }
 
+    void AMeantPictureHasAFrameOfItsOwn()
+    {
+        const auto grid = New(VisitPictures);
+        for (const int column : {1, 2})
+            ShowPicture(*grid, 1, column, QImage(8, 8, QImage::Format_RGB32));
+        Show(*grid);
+        const auto edge = [&](int column) {
+            return grid->grab(grid->CellRect(column, 1)).toImage().pixel(2, grid->CellRect(column, 1).height() / 2);
+        };
+        grid->SetActiveCell(2, 1);
+        grid->FlashCell(2, 1);
+        grid->setRow(1);
+        grid->setCol(1);
+        grid->setTypePictMeant(true);
+        QCOMPARE(edge(1), MeantColour);
+        QVERIFY(edge(2) != MeantColour);
+        // It outshines the others, and goes with its picture.
+        grid->FlashCell(1, 1);
+        QCOMPARE(edge(1), MeantColour);
+        ShowPicture(*grid, 1, 1, QImage(8, 8, QImage::Format_RGB32));
+        QVERIFY(!grid->TypePictMeant() && edge(1) != MeantColour);
+    }
+
     void BadPictureShowsAMark()
     {
         const auto grid = New(VisitPictures);

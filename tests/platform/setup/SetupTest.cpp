@@ -75,6 +75,7 @@ private Q_SLOTS:
         QCOMPARE((QStringList{setup.CommPort, setup.CaptureRoot, setup.EtcList, setup.ImageFormat, setup.CheckTable}),
                  (QStringList{u"2"_s, Folder() + u"/캡쳐/"_s, u"위내시경,대장내시경,초음파"_s, u"2"_s, u"1"_s}));
         QVERIFY(setup.TestPicture);
+        QCOMPARE(setup.LaunchEncoding, u"windows-949"_s);
         QCOMPARE(setup.SerialPorts,
                  (QHash<QString, QString>{{u"1"_s, u"/dev/ttyUSB0"_s}, {u"3"_s, u"/dev/ttyACM0"_s}}));
         QCOMPARE(setup.PrinterFolder, Folder() + u"/인쇄"_s);
@@ -110,6 +111,8 @@ private Q_SLOTS:
             {"title that is too long", u"EtcList"_s, u"[Pacs]\nHost=a\nCalledAet=A2345678901234567"_s,
              u"CalledAet은"_s},
             {"title that is two values", u"EtcList"_s, u"[Pacs]\nHost=a\nCallingAet=A\\B"_s, u"CallingAet은"_s},
+            {"launch strings in another encoding", u"LaunchEncoding"_s, u"LaunchEncoding=CP949"_s,
+             u"LaunchEncoding은"_s},
             {"neither still nor save", u"EtcList"_s, u"[Pacs]\nHost=a\nSend=all"_s, u"[Pacs] Send는"_s},
             {"root of identifiers with a 0", u"EtcList"_s, u"[Pacs]\nUidRoot=1.02.3"_s, u"[Pacs] UidRoot는"_s},
             {"section that its column would cut", u"EtcList"_s, u"EtcList="_s + QString(101, u'a'), u"검사 이름으로"_s},
@@ -279,7 +282,8 @@ private:
         const DatabaseSettings& database = m_clinic->Settings();
         return u"; 의원의 설정\n"
                "[Database]\nDriver=%1\nSocket=%2\nName=%3\nUser=%4\nPort=\n\n"
-               "[Client]\nCommPort=2\nCaptureRoot=%5/캡쳐/\nEtcList= 위내시경 ,대장내시경,, 초음파 ,\nImageFormat=2\n"
+               "[Client]\nCommPort=2\nLaunchEncoding=Windows-949\nCaptureRoot=%5/캡쳐/\nEtcList= 위내시경 "
+               ",대장내시경,, 초음파 ,\nImageFormat=2\n"
                "CheckTable=1\n\n"
                "[Saup.1]\nYoyangno=11100001\nHospital=나래의원\n[saup.12]\nHospital=빛터의원\n\n"
                "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n03=/dev/ttyACM0\n4=\n"
