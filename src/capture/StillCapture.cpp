@@ -41,7 +41,7 @@ const QString PendingMark = u"기록 대기"_s;
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.TypedNote(visit); })
+    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.Typed(visit); })
 {
     connect(&m_leftovers, &Leftovers::AreSettled, this,
             [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
@@ -313,7 +313,8 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 
 void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
-    m_note.ShowStored(picture.visit, picture.note);
+    if (const QString tidings = m_note.ShowStored(picture.visit, picture.note); !tidings.isEmpty())
+        m_line.Command([tidings] { ShowInformation(tidings); });
     if (m_shown == picture.visit)
         m_arrived.append({picture.id, picture.number});
     if (const StillPointer still = OnRoad(picture.id))
@@ -379,14 +380,15 @@ void StillCapture::SaveVisitNote()
     const Visit visit = CurrentVisit();
     m_note.BringBack();
     m_filing.WriteWaiting();
-    const QString text = m_note.NoteToStore(visit);
-    UpdateVisitNote(visit, text);
-    const VisitNote::Kept kept = m_note.CheckStored(visit, text, StoredNote(visit));
-    Q_EMIT VisitIsStored(visit);
     QStringList tidings{u"캡쳐이미지를 저장하였습니다."_s};
-    if (kept.hasRow && !kept.IsWhole()) {
-        tidings.append(u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
+    if (const std::optional<TypedNote> typed = m_note.Typed(visit)) {
+        const QString told = m_note.ShowTyped(visit, typed->text, m_filing.StoreTyped(visit, *typed), true);
+        if (!told.isEmpty())
+            tidings.append(told);
+    } else {
+        m_note.ShowPresent(visit);
     }
+    Q_EMIT VisitIsStored(visit);
     m_line.Command([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
 }
 

@@ -59,7 +59,7 @@ void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Cou
     const auto write = [isNew, visit = leftover.visit, number = leftover.number] {
         if (HasPictureRow(visit, number))
             return;
-        SaveCaptureRows(visit, number, StoredNote(visit));
+        AddCaptureRows(visit, number);
         *isNew = true;
     };
     QueueStatements(

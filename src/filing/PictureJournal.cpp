@@ -72,7 +72,9 @@ QList<PictureRecord> PicturesIn(const QJsonDocument& list)
         picture.state = entry.value(u"refused"_s).toBool() ? PictureState::SetAside
                         : picture.number > 0               ? PictureState::OnShare
                                                            : PictureState::Local;
-        picture.note = entry.value(u"note"_s).toString();
+        // Lists didn't tell what it was begun from: it goes behind what stands there.
+        if (const QString note = entry.value(u"note"_s).toString(); !note.isEmpty())
+            picture.note = TypedNote{note, {}};
         pictures.append(picture);
     }
     return pictures;
@@ -287,6 +289,37 @@ void PictureJournal::Update(const QString& id, const Change& change)
         return;
     change(*picture);
     Store({journal_rows::Write(*picture)});
+}
+
+void PictureJournal::setNote(const Visit& visit, const TypedNote& note)
+{
+    UpdateAll([&](PictureRecord& picture) {
+        const bool isOther = picture.visit == visit && picture.note != note;
+        if (isOther)
+            picture.note = note;
+        return isOther;
+    });
+}
+
+void PictureJournal::NoteIsStored(const Visit& visit, const QString& text)
+{
+    UpdateAll([&](PictureRecord& picture) {
+        const bool isSame = picture.visit == visit && picture.note && picture.note->text == text;
+        if (isSame)
+            picture.note.reset();
+        return isSame;
+    });
+}
+
+void PictureJournal::UpdateAll(const std::function<bool(PictureRecord&)>& change)
+{
+    QStringList statements;
+    for (PictureRecord& picture : m_pictures) {
+        if (change(picture))
+            statements << journal_rows::Write(picture);
+    }
+    if (!statements.isEmpty())
+        Store(statements);
 }
 
 void PictureJournal::Mark(const QString& id, const Change& change)

@@ -67,7 +67,11 @@ public:
     using Change = std::function<void(PictureRecord&)>;
     /// Nothing happens when it isn't there.
     void Update(const QString& id, const Change& change);
-    /// The same for what is of this run alone.
+    /// The operator's text for a visit is now that one: all of its pictures would bring it.
+    void setNote(const Visit& visit, const TypedNote& note);
+    /// That text is stored: no picture of the visit has to bring it any more.
+    void NoteIsStored(const Visit& visit, const QString& text);
+    /// Changes what is of this run alone.
     void Mark(const QString& id, const Change& change);
     /// By value: it may be the very one that goes.
     void Remove(QString id);
@@ -90,6 +94,8 @@ private:
     bool TakeOverJournal(const QString& path);
     void TakeOverLists();
     void Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders);
+    /// Changes those for which it gives true.
+    void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
     PictureRecord* At(const QString& id);
 

@@ -4,6 +4,8 @@
 
 #include <QDateTime>
 
+#include <optional>
+
 /// How a picture came to be taken.
 enum class PictureOrigin { Press, Foot, Import };
 
@@ -16,6 +18,15 @@ enum class PictureState {
     Deleted,  ///< By the operator: once it stands under a number it goes to the deleted pictures.
 };
 
+/// The operator's own text for a visit, and the stored note that it was begun from, as `RawNote` gives it.
+struct TypedNote
+{
+    QString text;
+    QString base;
+
+    bool operator==(const TypedNote&) const = default;
+};
+
 /// A picture from the press until its rows are in.
 struct PictureRecord
 {
@@ -25,8 +36,8 @@ struct PictureRecord
     int number = 0; ///< 0 until it has one.
     PictureOrigin origin = PictureOrigin::Press;
     QDateTime takenAt = {};
-    QString reason = {}; ///< Why it is set aside.
-    QString note = {};   ///< Typed note that is to be stored with it; empty when there was none.
+    QString reason = {};                ///< Why it is set aside.
+    std::optional<TypedNote> note = {}; ///< To be stored with it, when there is one.
 
     bool isFromEarlierRun = false;
     // Of this run alone.

@@ -165,12 +165,15 @@ QString StillFiles::File(const Picture& picture)
     still->picture = picture;
     still->picture.encode = nullptr;
     m_journal.ClaimsIn({picture.visit.captureDir, picture.visit.etc});
+    const std::optional<TypedNote> note = m_note(picture.visit);
+    if (note)
+        m_journal.setNote(picture.visit, *note);
     // On the disk before the picture is, while that is being encoded.
     m_journal.Add({.id = still->id,
                    .visit = picture.visit,
                    .origin = picture.origin,
                    .takenAt = QDateTime::currentDateTime(),
-                   .note = m_note(picture.visit)});
+                   .note = note});
     still->question = m_numbers->Ask(picture.visit);
     m_road.append(still);
     Encode(still, picture.encode);
@@ -357,11 +360,9 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
     const PictureRecord* picture = m_journal.Find(still->id);
     const bool isWanted = placed.number > 0 && picture != nullptr && !picture->IsDeleted();
     if (isWanted) {
-        const QString note = wasWaiting ? picture->note : m_note(still->visit);
         m_journal.Update(still->id, [&](PictureRecord& changed) {
             changed.number = placed.number;
             changed.state = PictureState::OnShare;
-            changed.note = note;
         });
     } else {
         // Deleted, or refused, while the share had it in its hands.

@@ -41,7 +41,7 @@ public:
         std::function<void(int number, std::exception_ptr fault)> filed;
     };
     /// The operator's own text for a visit.
-    using Note = std::function<QString(const Visit&)>;
+    using Note = std::function<std::optional<TypedNote>(const Visit&)>;
 
     /// Files of this machine are written on `local`, as the journal is. Goes on with what the journal holds.
     StillFiles(WorkThread& local, PictureJournal& journal, Note note);

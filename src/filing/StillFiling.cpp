@@ -15,6 +15,8 @@
 #include <QPointer>
 #include <QThread>
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -40,21 +42,17 @@ struct StillFiling::Rows
 {
     Note note;
 
-    /// `kept` was typed when the picture was taken, and hasn't been stored since.
-    void Write(const Visit& visit, int number, const std::optional<QString>& typed, const QString& kept)
+    void Write(const Visit& visit, int number, const std::optional<TypedNote>& typed, OwnNotes& own)
     {
-        note = {typed.value_or(QString()), typed.has_value(), {}};
-        if (!note.typed) {
-            note.text = StoredNote(visit);
-            // What was typed when the rows had to wait must not be lost, nor what others have stored since.
-            if (!Trim(kept).isEmpty() && !note.text.contains(Trim(kept))) {
-                const QString lineEnd = note.text.contains(u"\r\n"_s) ? u"\r\n"_s : u"\n"_s;
-                note.text = Trim(note.text).isEmpty() ? kept : note.text + lineEnd + kept;
-            }
+        if (typed) {
+            note.typed = typed->text;
+            note.stored = StoreNote(visit, typed->text, own.Bases(visit, *typed), true);
+            own.Add(visit, note.stored);
+        } else {
+            AddVisitRow(visit, {});
+            note.stored.raw = RawNote(visit);
         }
-        SaveCaptureRows(visit, number, note.text);
-        if (note.typed)
-            note.stored = StoredNote(visit);
+        WritePictureRow(visit, number);
     }
 };
 
@@ -64,7 +62,7 @@ StillFiling::StillFiling(NoteSource note)
                                              if (self)
                                                  Q_EMIT self->Tidings(fault);
                                          }),
-      m_files(m_local, m_journal, [this](const Visit& visit) { return m_note(visit).value_or(QString()); })
+      m_files(m_local, m_journal, m_note)
 {
     m_retry.setSingleShot(true);
     m_retry.setInterval(RetryMs);
@@ -110,12 +108,16 @@ void StillFiling::Submit(const PictureRecord& picture)
     if (!picture.WantsRows() || picture.isUnderWay)
         return;
     const auto rows = std::make_shared<Rows>();
-    const auto work = [rows, visit = picture.visit, number = picture.number, typed = m_note(picture.visit),
-                       kept = picture.note, blocked = m_blocked] {
+    // What he has typed since goes along.
+    std::optional<TypedNote> typed = m_note(picture.visit);
+    if (!typed)
+        typed = picture.note;
+    const auto work = [rows, visit = picture.visit, number = picture.number, typed, own = m_ownNotes,
+                       blocked = m_blocked] {
         if (*blocked)
             throw DatabaseAway(QString());
         try {
-            rows->Write(visit, number, typed, kept);
+            rows->Write(visit, number, typed, *own);
         } catch (const DatabaseAway&) {
             *blocked = true;
             throw;
@@ -145,6 +147,8 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
     m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
     if (fault == nullptr) {
         m_journal.Remove(picture.id);
+        if (rows.note.typed)
+            m_journal.NoteIsStored(picture.visit, *rows.note.typed);
         Release(picture.visit, picture.number);
         SetAway(false);
         Q_EMIT Safe({picture.id, picture.visit, picture.number, rows.note});
@@ -167,6 +171,35 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
     Q_EMIT Waits(picture.id);
     Q_EMIT Changed();
     Q_EMIT Tidings(RefusalText(picture, reason));
+}
+
+QStringList StillFiling::OwnNotes::Bases(const Visit& visit, const TypedNote& note) const
+{
+    const std::lock_guard lock(m_mutex);
+    QStringList bases{note.base};
+    const auto own = std::ranges::find(m_notes, visit, &std::pair<Visit, QString>::first);
+    if (own != m_notes.end() && own->second != note.base)
+        bases << own->second;
+    return bases;
+}
+
+void StillFiling::OwnNotes::Add(const Visit& visit, const NoteStored& stored)
+{
+    const std::lock_guard lock(m_mutex);
+    std::erase_if(m_notes, [&](const auto& own) { return own.first == visit; });
+    // What another station has written a part of isn't its own.
+    if (stored.outcome == NoteStored::Stored)
+        m_notes.emplace_back(visit, stored.raw);
+}
+
+NoteStored StillFiling::StoreTyped(const Visit& visit, const TypedNote& note)
+{
+    const NoteStored stored = StoreNote(visit, note.text, m_ownNotes->Bases(visit, note), false);
+    if (stored.outcome != NoteStored::NoRow) {
+        m_ownNotes->Add(visit, stored);
+        m_journal.NoteIsStored(visit, note.text);
+    }
+    return stored;
 }
 
 void StillFiling::Undo(const Visit& visit, int number)

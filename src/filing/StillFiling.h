@@ -3,6 +3,7 @@
 #include "filing/PictureJournal.h"
 #include "filing/StillFiles.h"
 #include "frame/WorkThread.h"
+#include "records/visit_note.h"
 #include "visit/Visit.h"
 
 #include <QObject>
@@ -13,7 +14,10 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <utility>
+#include <vector>
 
 /// Files pictures of a visit: number, file, rows. Knows no screen. A picture's rows follow its file, in the order of
 /// the presses, and are never waited for. Several stations may file into one visit at the same time; no number is taken
@@ -23,15 +27,15 @@ class StillFiling : public QObject
     Q_OBJECT
 
 public:
-    /// What has been stored as the visit's note with a picture.
+    /// What has become of the visit's note with a picture.
     struct Note
     {
-        QString text;
-        bool typed = false; ///< The operator's own text of this screen, not one read from the store.
-        QString stored;     ///< What the column has taken of a typed one; null without a row.
+        std::optional<QString> typed; ///< Was to be stored; nothing when nobody had typed any.
+        NoteStored stored;            ///< Without a typed one, what stands in the row.
     };
-    /// The operator's own text for the visit, nothing when he has typed none. Asked when the rows are handed over.
-    using NoteSource = std::function<std::optional<QString>(const Visit&)>;
+    /// The operator's own text for the visit, nothing when he has typed none. Asked at the press, and when the rows are
+    /// handed over.
+    using NoteSource = std::function<std::optional<TypedNote>(const Visit&)>;
 
     /// A picture whose file and rows are safe.
     struct SafePicture
@@ -52,6 +56,8 @@ public:
     void WriteWaiting();
     /// The same for what an earlier run has left, whose pictures may have gone.
     void WriteLeft();
+    /// Stores the operator's own text for a visit, which has a row or stays without one. Throws PlatformError.
+    NoteStored StoreTyped(const Visit& visit, const TypedNote& note);
     /// Lets go of a number whose rows are in, on the filing thread.
     void Release(const Visit& visit, int number);
     /// A picture of the journal has been deleted, its file too where it stood on the share: what came in of its rows
@@ -91,7 +97,21 @@ private:
     void SetAway(bool isAway);
     void Retry();
 
+    /// What this station has stored as the notes of visits: it is no other one's change. Any thread.
+    class OwnNotes
+    {
+    public:
+        /// What may stand in the row without anybody else having changed it.
+        QStringList Bases(const Visit& visit, const TypedNote& note) const;
+        void Add(const Visit& visit, const NoteStored& stored);
+
+    private:
+        mutable std::mutex m_mutex;
+        std::vector<std::pair<Visit, QString>> m_notes;
+    };
+
     const NoteSource m_note;
+    const std::shared_ptr<OwnNotes> m_ownNotes = std::make_shared<OwnNotes>();
     WorkThread m_local; ///< Files of this machine.
     PictureJournal m_journal;
     StillFiles m_files;

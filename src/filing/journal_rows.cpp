@@ -25,7 +25,7 @@ QStringList journal_rows::Tables()
 {
     return {u"CREATE TABLE IF NOT EXISTS picture ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
             "chart TEXT, yuhyung TEXT, ymd TEXT, etc TEXT, captureDir TEXT, imageExt TEXT, number INTEGER, state TEXT, "
-            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT )"_s,
+            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
             "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s};
 }
@@ -35,7 +35,7 @@ QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
     QList<PictureRecord> pictures;
     for (const QVariantList& row :
          journal.Rows(u"SELECT id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, takenAt, "
-                      "reason, note FROM picture ORDER BY place"_s)) {
+                      "reason, note, noteBase FROM picture ORDER BY place"_s)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
         PictureRecord picture;
         picture.id = text(0);
@@ -45,7 +45,8 @@ QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
         picture.origin = FromWord<PictureOrigin>(Origins, text(9));
         picture.takenAt = QDateTime::fromString(text(10), Qt::ISODateWithMs);
         picture.reason = text(11);
-        picture.note = text(12);
+        if (!row.at(12).isNull())
+            picture.note = TypedNote{text(12), text(13)};
         pictures.append(picture);
     }
     return pictures;
@@ -63,10 +64,9 @@ QString journal_rows::Write(const PictureRecord& picture)
 {
     const Visit& visit = picture.visit;
     // Its place stays what it was: the order of the presses.
-    return Statement(
-               u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, "
-               "takenAt, reason, note ) VALUES ( ")
-        .Then(u"'", picture.id)
+    Statement statement(u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, "
+                        "origin, takenAt, reason, note, noteBase ) VALUES ( ");
+    statement.Then(u"'", picture.id)
         .Then(u"', '", visit.chart)
         .Then(u"', '", visit.yuhyung)
         .Then(u"', '", visit.ymd)
@@ -77,10 +77,14 @@ QString journal_rows::Write(const PictureRecord& picture)
         .Then(u", '", States.at(static_cast<int>(picture.state)))
         .Then(u"', '", Origins.at(static_cast<int>(picture.origin)))
         .Then(u"', '", picture.takenAt.toString(Qt::ISODateWithMs))
-        .Then(u"', '", picture.reason)
-        .Then(u"', '", picture.note)
-        .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
-               "reason = excluded.reason, note = excluded.note")
+        .Then(u"', '", picture.reason);
+    if (picture.note)
+        statement.Then(u"', '", picture.note->text).Then(u"', '", picture.note->base).Piece(u"'");
+    else
+        statement.Piece(u"', NULL, NULL");
+    return statement
+        .Piece(u" ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
+               "reason = excluded.reason, note = excluded.note, noteBase = excluded.noteBase")
         .Text();
 }
 

@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "records/Statement.h"
+#include "records/visit_note.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
@@ -10,21 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 const QString Pictures = u"cap"_s;
 const QString Visits = u"ca"_s;
-
-void WritePictureRow(const Visit& visit, int number)
-{
-    QString path = visit.PicturePath(number);
-    path.replace(u'\\', u'/');
-    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
-                .Then(u" '", visit.chart)
-                .Then(u"', '", visit.yuhyung)
-                .Then(u"', '", visit.ymd)
-                .Piece(u"', ")
-                .Then(u" 'A', '", visit.etc)
-                .Then(u"', ", number)
-                .Then(u", '", path)
-                .Piece(u"') "));
-}
 } // namespace
 
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
@@ -109,18 +95,19 @@ QString NoteForStore(const QString& typed)
     return CleanText(Trim(typed), static_cast<int>(typed.size()));
 }
 
-void SaveCaptureRows(const Visit& visit, int number, const QString& note)
+void WritePictureRow(const Visit& visit, int number)
 {
-    Execute(Statement(u" REPLACE INTO ca VALUES ( ")
+    QString path = visit.PicturePath(number);
+    path.replace(u'\\', u'/');
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
                 .Then(u" '", visit.chart)
                 .Then(u"', '", visit.yuhyung)
                 .Then(u"', '", visit.ymd)
-                .Then(u"', 'A', '", visit.etc)
                 .Piece(u"', ")
-                .Then(u" '", NoteForStore(note))
-                .Then(u"', '", VisitContext.CaExtra)
-                .Piece(u"' ) "));
-    WritePictureRow(visit, number);
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
+                .Piece(u"') "));
 }
 
 QString StoredPatientType(const Visit& visit)
@@ -137,27 +124,11 @@ void AddCaptureRows(const Visit& visit, int number)
     try {
         // The number is claimed and has no row: the statement may run twice, as on a connection that was lost.
         WritePictureRow(visit, number);
-        if (!StoredNote(visit).isNull())
-            return;
-        Execute(Statement(u" INSERT INTO ca SELECT ")
-                    .Then(u" '", visit.chart)
-                    .Then(u"', '", visit.yuhyung)
-                    .Then(u"', '", visit.ymd)
-                    .Then(u"', 'A', '", visit.etc)
-                    .Then(u"', '', '", VisitContext.CaExtra)
-                    .Piece(u"' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
-                    .OfVisit(Visits, visit)
-                    .Piece(u" ) "));
+        AddVisitRow(visit, {});
     } catch (const PlatformError&) {
         DeletePictureRow(visit, number);
         throw;
     }
-}
-
-void UpdateVisitNote(const Visit& visit, const QString& note)
-{
-    Execute(
-        Statement(u" UPDATE ca SET ").Then(u" ca_chamgo = '", NoteForStore(note)).Piece(u"' ").OfVisit(Visits, visit));
 }
 
 void DeletePictureRow(const Visit& visit, int number)

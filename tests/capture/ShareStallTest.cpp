@@ -40,7 +40,7 @@ int RunDyingStation(const QStringList& arguments)
     if (diesMoving)
         posix_files::calls.unlink = DieAtSpoolFile;
     Visit visit{u"00001234"_s, u"01"_s, u"20261124"_s, u"위내시경"_s, arguments[4], u"jpg"_s};
-    StillFiling filing([](const Visit&) { return std::optional(u"쓰던 글"_s); });
+    StillFiling filing([](const Visit&) { return std::optional(TypedNote{u"쓰던 글"_s, {}}); });
     StoppableShare::StopServer(server);
     for (const char* content : {"one", "two", "three"})
         filing.Pictures().File({visit, PictureOrigin::Press, [content] { return QByteArray(content); },

@@ -23,7 +23,7 @@ int StillsEach()
     return wanted > 0 ? wanted : 60;
 }
 
-std::optional<QString> NothingTyped(const Visit&)
+std::optional<TypedNote> NothingTyped(const Visit&)
 {
     return std::nullopt;
 }
@@ -98,7 +98,7 @@ int RunStation(const QStringList& arguments)
         // Asked at the press, and again when the file stands.
         if (dies && filed == stills - 1 && ++asked == 2)
             std::raise(SIGKILL);
-        return dies ? std::optional(u"쓰던 글"_s) : std::nullopt;
+        return dies ? std::optional(TypedNote{u"쓰던 글"_s, u"남의 글"_s}) : std::nullopt;
     });
     for (; filed < stills; ++filed) {
         const QByteArray content =
@@ -328,7 +328,7 @@ private Q_SLOTS:
         StationInABox box;
         const Visit visit = CurrentVisit();
         {
-            StillFiling filing([&](const Visit&) { return std::optional(u"내가 쓴 글"_s); });
+            StillFiling filing([&](const Visit&) { return std::optional(TypedNote{u"내가 쓴 글"_s, {}}); });
             box.Run(u"ALTER TABLE ca RENAME TO ca_gone;"_s);
             QVERIFY(FileAndWait(filing, visit, "x").waits);
         }
