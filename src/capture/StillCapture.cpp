@@ -279,6 +279,15 @@ void StillCapture::ForgetShown()
     m_unnumbered.clear();
 }
 
+void StillCapture::ShowNone()
+{
+    m_grid.BeginFill();
+    ClearPictureGrid(m_grid, 1);
+    m_unnumbered.clear();
+    m_read.clear();
+    TellTaken();
+}
+
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
     const auto tell = qScopeGuard([this] { TellTaken(); });
@@ -400,7 +409,7 @@ void StillCapture::ShowSaved(const Visit& visit, const QString& message)
         if (visit == CurrentVisit())
             ShowPictures(visit, false);
     }
-    MarkVisitCaptured(visit, u"1"_s);
+    MarkVisitCaptured(visit, VisitContext.Jinchal, u"1"_s);
     ShowInformation(message);
 }
 

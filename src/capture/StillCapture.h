@@ -60,6 +60,8 @@ public:
     void ShowPictures(const Visit& visit, bool keepCursor);
     /// Another one than the visit's own pictures is shown from here on, or none.
     void ForgetShown();
+    /// The visit's pictures are gone.
+    void ShowNone();
 
     /// The visit's pictures, those on their way included.
     int Taken() const;
@@ -79,6 +81,9 @@ public:
     void Finish();
 
     const PictureJournal& Journal() const { return m_filing.Journal(); }
+    StillFiling& Filing() { return m_filing; }
+    /// Numbers of a visit's rows as they were read last, if that was for the grid; else none.
+    QList<int> KnownNumbers(const Visit& visit) const { return m_shown == visit ? m_read : QList<int>(); }
     bool IsDatabaseAway() const { return m_filing.IsDatabaseAway(); }
     bool IsShareAway() const { return m_filing.Pictures().IsShareAway(); }
     /// No picture is on its way any more, but for those whose rows the database refuses or doesn't answer for, and

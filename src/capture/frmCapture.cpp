@@ -138,6 +138,7 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_note->End();
+    m_deletion->End();
     m_stills->Finish();
     if (m_pacs)
         m_pacs->End();

@@ -116,6 +116,7 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
         m_database->Run(journal_rows::Tables());
         m_pictures = journal_rows::Pictures(*m_database);
         m_folders = journal_rows::Folders(*m_database);
+        m_deletions = journal_rows::Deletions(*m_database);
     });
     TakeOver();
     TakeOverLists();
@@ -136,7 +137,8 @@ void PictureJournal::End()
         return;
     const QString mark = Files().ProcessMark();
     IgnoringFaults([&] {
-        if (m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_database != nullptr) {
+        const bool isEmpty = m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty();
+        if (isEmpty && m_database != nullptr) {
             m_database.reset();
             UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
         }
@@ -180,16 +182,18 @@ bool PictureJournal::TakeOverJournal(const QString& path)
     LocalDatabases& databases = UseService<LocalDatabases>();
     QList<PictureRecord> pictures;
     QList<Folder> folders;
+    QList<DeletionJob> deletions;
     const bool isReadable = IgnoringFaults([&] {
         const auto database = databases.Open(path);
         pictures = journal_rows::Pictures(*database);
         folders = journal_rows::Folders(*database);
+        deletions = journal_rows::Deletions(*database);
     });
     if (!isReadable) {
         databases.Rename(path, path + QString::fromUtf16(BrokenEnding));
         return true;
     }
-    Adopt(pictures, folders);
+    Adopt(pictures, folders, deletions);
     // Only a journal that holds it all lets the other one go.
     if (m_database == nullptr)
         return false;
@@ -205,7 +209,7 @@ void PictureJournal::TakeOverLists()
         const QJsonArray claimed = list.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
-        Adopt(PicturesIn(list), folders);
+        Adopt(PicturesIn(list), folders, {});
     });
     for (const QString& owner : lists.ForeignOwners()) {
         if (!m_foreignOwners.contains(owner))
@@ -216,7 +220,8 @@ void PictureJournal::TakeOverLists()
     lists.End(std::nullopt);
 }
 
-void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders)
+void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders,
+                           const QList<DeletionJob>& deletions)
 {
     QStringList statements;
     QList<PictureRecord> adopted = m_pictures;
@@ -229,6 +234,12 @@ void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Fol
     }
     for (const Folder& folder : folders)
         statements << journal_rows::Write(folder, true);
+    for (const DeletionJob& job : deletions) {
+        if (FindDeletion(job.id) != nullptr)
+            continue;
+        m_deletions.append(job);
+        statements << journal_rows::Write(job);
+    }
     if (m_database != nullptr)
         m_database->Run(statements);
     // In the order of the presses, whichever process's they were.
@@ -333,6 +344,36 @@ void PictureJournal::Remove(QString id)
 {
     if (m_pictures.removeIf([&id](const PictureRecord& picture) { return picture.id == id; }) > 0)
         Store({journal_rows::Remove(id)});
+}
+
+const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
+{
+    const auto found = std::ranges::find(m_deletions, id, &DeletionJob::id);
+    return found != m_deletions.end() ? &*found : nullptr;
+}
+
+void PictureJournal::StoreDeletion(const DeletionJob& job)
+{
+    const auto found = std::ranges::find(m_deletions, job.id, &DeletionJob::id);
+    if (found != m_deletions.end())
+        *found = job;
+    else
+        m_deletions.append(job);
+    Store({journal_rows::Write(job)});
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RemoveDeletion(QString id)
+{
+    if (m_deletions.removeIf([&id](const DeletionJob& job) { return job.id == id; }) > 0)
+        Store({journal_rows::RemoveDeletion(id)});
+}
+
+bool PictureJournal::HasAnyBeside(const DeletionJob& job) const
+{
+    return std::ranges::any_of(Of(job.visit), [&job](const PictureRecord& picture) {
+        return std::ranges::find(job.items, picture.id, &DeletionJob::Item::picture) == job.items.end();
+    });
 }
 
 void PictureJournal::ClaimsIn(const Folder& folder)

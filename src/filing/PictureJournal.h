@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contracts/files.h"
+#include "filing/DeletionJob.h"
 #include "filing/PictureRecord.h"
 
 #include <QList>
@@ -76,6 +77,14 @@ public:
     /// By value: it may be the very one that goes.
     void Remove(QString id);
 
+    /// Deletions that haven't come to their end.
+    const QList<DeletionJob>& Deletions() const { return m_deletions; }
+    const DeletionJob* FindDeletion(const QString& id) const;
+    void StoreDeletion(const DeletionJob& job);
+    void RemoveDeletion(QString id);
+    /// Pictures of the job's visit, deleted ones aside, that it doesn't mean.
+    bool HasAnyBeside(const DeletionJob& job) const;
+
     /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
     void ClaimsIn(const Folder& folder);
     /// Folders in which the stations whose journals were taken over had claimed numbers.
@@ -93,7 +102,7 @@ private:
     /// False when it has to stay where it is.
     bool TakeOverJournal(const QString& path);
     void TakeOverLists();
-    void Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders);
+    void Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders, const QList<DeletionJob>& deletions);
     /// Changes those for which it gives true.
     void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
@@ -103,6 +112,7 @@ private:
     const std::function<void(const QString&)> m_fault;
     std::shared_ptr<LocalDatabase> m_database; ///< Null when it can't be opened.
     QList<PictureRecord> m_pictures;
+    QList<DeletionJob> m_deletions;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
     QStringList m_foreignOwners;

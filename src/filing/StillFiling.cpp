@@ -345,3 +345,25 @@ void StillFiling::MakeFoldersLater(const QStringList& folders)
         }
     });
 }
+
+void StillFiling::Hold(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        m_files.SharedNumbers()->Hold(job.visit, item.number);
+}
+
+void StillFiling::LetGo(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        m_files.SharedNumbers()->Release(job.visit, item.number);
+}
+
+void StillFiling::AfterJournal(QObject* context, const std::function<void()>& work)
+{
+    m_local.Post([work, there = QPointer(context)] {
+        PostToScreen([work, there] {
+            if (there)
+                work();
+        });
+    });
+}

@@ -1,7 +1,11 @@
 #include "filing/journal_rows.h"
 
 #include "contracts/LocalDatabase.h"
+#include "filing/visit_json.h"
 #include "records/Statement.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
 
 #include <algorithm>
 
@@ -27,7 +31,8 @@ QStringList journal_rows::Tables()
             "chart TEXT, yuhyung TEXT, ymd TEXT, etc TEXT, captureDir TEXT, imageExt TEXT, number INTEGER, state TEXT, "
             "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
-            "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s};
+            "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
+            u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s};
 }
 
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
@@ -58,6 +63,55 @@ QList<PictureJournal::Folder> journal_rows::Folders(LocalDatabase& journal)
     for (const QVariantList& row : journal.Rows(u"SELECT captureDir, etc FROM folder"_s))
         folders.append({row.at(0).toString(), row.at(1).toString()});
     return folders;
+}
+
+QList<DeletionJob> journal_rows::Deletions(LocalDatabase& journal)
+{
+    QList<DeletionJob> jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM deletion"_s)) {
+        const QJsonObject json = QJsonDocument::fromJson(row.at(1).toString().toUtf8()).object();
+        DeletionJob job;
+        job.id = row.at(0).toString();
+        job.visit = VisitFromJson(json);
+        job.isWhole = json.value(u"isWhole"_s).toBool();
+        job.markedDoctor = json.value(u"markedDoctor"_s).toString();
+        job.rowsUpTo = json.value(u"rowsUpTo"_s).toInt();
+        job.isPlanned = json.value(u"isPlanned"_s).toBool();
+        const QJsonArray items = json.value(u"items"_s).toArray();
+        for (const auto& item : items)
+            job.items.append({item[u"number"_s].toInt(), item[u"version"_s].toString().toUtf8(),
+                              item[u"picture"_s].toString(), item[u"isMoved"_s].toBool()});
+        jobs.append(job);
+    }
+    return jobs;
+}
+
+QString journal_rows::Write(const DeletionJob& job)
+{
+    QJsonObject json = ToJson(job.visit);
+    QJsonArray items;
+    for (const DeletionJob::Item& item : job.items)
+        items.append(QJsonObject{{u"number"_s, item.number},
+                                 {u"version"_s, QString::fromUtf8(item.version)},
+                                 {u"picture"_s, item.picture},
+                                 {u"isMoved"_s, item.isMoved}});
+    json.insert(u"items"_s, items);
+    json.insert(u"isWhole"_s, job.isWhole);
+    json.insert(u"rowsUpTo"_s, job.rowsUpTo);
+    json.insert(u"isPlanned"_s, job.isPlanned);
+    // Null where no mark is taken back.
+    if (!job.markedDoctor.isNull())
+        json.insert(u"markedDoctor"_s, job.markedDoctor);
+    return Statement(u"REPLACE INTO deletion VALUES ( ")
+        .Then(u"'", job.id)
+        .Then(u"', '", QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)))
+        .Piece(u"' )")
+        .Text();
+}
+
+QString journal_rows::RemoveDeletion(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM deletion WHERE id = '", id).Text();
 }
 
 QString journal_rows::Write(const PictureRecord& picture)

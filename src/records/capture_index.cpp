@@ -151,13 +151,13 @@ bool MarksInYk()
     return Trim(ClientSetup.CheckTable.left(1)) == u"1"_s;
 }
 
-void MarkVisitCaptured(const Visit& visit, const QString& mark)
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark)
 {
     if (MarksInYk()) {
         Execute(Statement(u"update yk set ")
                     .Quoted(u"yk_check = '", mark)
                     .Then(u"where  yk_chart = '", visit.chart)
-                    .Quoted(u"'  and yk_jinchal = '", VisitContext.Jinchal)
+                    .Quoted(u"'  and yk_jinchal = '", doctor)
                     .Then(u" and yk_ykymd = '", visit.ymd)
                     .Piece(u"' AND  yk_sayugubun = '6'  "));
         return;
@@ -169,5 +169,5 @@ void MarkVisitCaptured(const Visit& visit, const QString& mark)
                 .Piece(u"'  ")
                 .Then(u" AND endo_chart = '", visit.chart)
                 .Piece(u"'  ")
-                .Quoted(u" AND endo_jinchal = '", VisitContext.Jinchal));
+                .Quoted(u" AND endo_jinchal = '", doctor));
 }

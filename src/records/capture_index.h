@@ -63,5 +63,6 @@ void DeleteVisitRow(const Visit& visit);
 
 /// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
 bool MarksInYk();
-/// Sets the capture mark of the visit in the clinic's table, "1" or "0". A clinic without a matching row gets none.
-void MarkVisitCaptured(const Visit& visit, const QString& mark);
+/// Sets the capture mark of the visit and its examining doctor in the clinic's table, "1" or "0". A clinic without a
+/// matching row gets none.
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark);

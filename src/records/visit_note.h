@@ -15,10 +15,10 @@ QString RawNote(const Visit& visit);
 struct NoteStored
 {
     enum Outcome {
-        NoRow,   ///< The visit has none, and none was to be made.
-        Stored,  ///< It stands in the place of what it was begun from.
-        Joined,  ///< Another station has changed the note meanwhile: it stands behind theirs.
-        NoRoom,  ///< The same, but both together are longer than the column: theirs stays as it was.
+        NoRow,  ///< The visit has none, and none was to be made.
+        Stored, ///< It stands in the place of what it was begun from.
+        Joined, ///< Another station has changed the note meanwhile: it stands behind theirs.
+        NoRoom, ///< The same, but both together are longer than the column: theirs stays as it was.
     };
 
     Outcome outcome = NoRow;
@@ -26,8 +26,8 @@ struct NoteStored
     QString theirs; ///< What the other station had written.
 };
 
-/// Puts a note in the place of the one that it was begun from, or that this station has stored since: one of `bases`, as
-/// `RawNote` gave them. One statement compares and changes. `addsRow` makes a row where the visit has none.
+/// Puts a note in the place of the one that it was begun from, or that this station has stored since: one of `bases`,
+/// as `RawNote` gave them. One statement compares and changes. `addsRow` makes a row where the visit has none.
 NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList& bases, bool addsRow);
 
 /// Adds a `ca` row with that note where the visit has none. False when it has one.
