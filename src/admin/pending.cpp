@@ -23,21 +23,23 @@ namespace {
 /// A database or a share that has brought nothing on for so long is left alone.
 constexpr int PatienceMs = 15'000;
 
-void ShowEntry(const PendingRows::Entry& entry, const PendingRows::List& list, QTextStream& out)
+void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, QTextStream& out)
 {
-    const Visit& visit = entry.visit;
-    out << (entry.spooled.isEmpty() ? u"기록대기 "_s : u"보관 "_s) << visit.chart << u' ' << visit.ymd << u' '
-        << visit.etc << u' ' << (entry.spooled.isEmpty() ? NumberText(entry.number) : u"-"_s) << u" ("_s
-        << HolderText(list.holder, list.foreignOwner) << (entry.refused ? u", 데이터베이스가 거부함"_s : QString())
-        << u") "_s;
-    if (entry.spooled.isEmpty()) {
-        out << NativePath(visit.PicturePath(entry.number)) << u'\n';
+    const Visit& visit = picture.visit;
+    const bool isLocal = picture.number == 0;
+    out << (isLocal ? u"보관 "_s : u"기록대기 "_s) << visit.chart << u' ' << visit.ymd << u' ' << visit.etc << u' '
+        << (isLocal ? u"-"_s : NumberText(picture.number)) << u" ("_s
+        << HolderText(journal.holder, journal.foreignOwner)
+        << (picture.state == PictureState::SetAside ? u", 데이터베이스가 거부함"_s : QString())
+        << (picture.IsDeleted() ? u", 삭제 중"_s : QString()) << u") "_s;
+    if (!isLocal) {
+        out << NativePath(visit.PicturePath(picture.number)) << u'\n';
         return;
     }
-    // It lies beside the list, whoever's it is.
-    const QString picture = list.path.left(list.path.lastIndexOf(u'\\') + 1) +
-                            QString::fromUtf16(StillFiles::SpoolPrefix) + entry.spooled + u".jpg"_s;
-    out << NativePath(picture) << (FileExists(picture) ? u""_s : u" 파일 없음"_s) << u'\n';
+    // It lies beside the journal, whoever's it is.
+    const QString file = journal.path.left(journal.path.lastIndexOf(u'\\') + 1) +
+                         QString::fromUtf16(StillFiles::LocalPrefix) + picture.id + u".jpg"_s;
+    out << NativePath(file) << (FileExists(file) ? u""_s : u" 파일 없음"_s) << u'\n';
 }
 
 /// What waits in a program's folder; gives how many lines.
@@ -45,19 +47,19 @@ int ShowFolder(const QString& folder, QTextStream& out)
 {
     int lines = 0;
     QStringList listed;
-    for (const PendingRows::List& list : PendingRows::ListsIn(folder)) {
-        if (!list.isReadable) {
-            out << u"읽을수없는목록 "_s << NativePath(list.path) << u" ("_s
-                << HolderText(list.holder, list.foreignOwner) << u")\n"_s;
+    for (const PictureJournal::Found& journal : PictureJournal::In(folder)) {
+        if (!journal.isReadable) {
+            out << u"읽을수없는목록 "_s << NativePath(journal.path) << u" ("_s
+                << HolderText(journal.holder, journal.foreignOwner) << u")\n"_s;
             ++lines;
         }
-        for (const PendingRows::Entry& entry : list.entries) {
-            ShowEntry(entry, list, out);
-            listed << entry.spooled;
+        for (const PictureRecord& picture : journal.pictures) {
+            ShowPicture(picture, journal, out);
+            listed << picture.id;
             ++lines;
         }
     }
-    const QString prefix = QString::fromUtf16(StillFiles::SpoolPrefix);
+    const QString prefix = QString::fromUtf16(StillFiles::LocalPrefix);
     for (const QString& name : Files().FilesStartingWith(folder, prefix)) {
         const QString picture = name.mid(prefix.size()).section(u'.', 0, 0);
         if (listed.contains(picture))
@@ -68,17 +70,17 @@ int ShowFolder(const QString& folder, QTextStream& out)
     return lines;
 }
 
-/// Tells of the lists that living stations hold; false when there is none. A station that has ended but for its process
-/// holds none any more.
+/// Tells of the journals that living stations hold; false when there is none. A station that has ended but for its
+/// process holds none any more.
 bool TellHeld(QTextStream& out)
 {
     bool isAnyHeld = false;
-    for (const PendingRows::List& list : PendingRows::ListsIn(OwnFolder())) {
-        if (list.holder != Holder::Living || !list.foreignOwner.isEmpty() || list.entries.isEmpty())
+    for (const PictureJournal::Found& journal : PictureJournal::In(OwnFolder())) {
+        if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() || journal.pictures.isEmpty())
             continue;
         isAnyHeld = true;
-        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(list.entries.size())
-                   .arg(NativePath(list.path));
+        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(journal.pictures.size())
+                   .arg(NativePath(journal.path));
     }
     return isAnyHeld;
 }
@@ -88,7 +90,7 @@ void AwaitFiling(const StillFiling& filing, const bool& isSettled)
 {
     // The claims go last, on the share's thread.
     const auto left = [&] {
-        return filing.Pictures().Spooled() + filing.Pending().Waiting() + (isSettled ? 0 : 1) +
+        return filing.Pictures().Waiting() + filing.Journal().Waiting() + (isSettled ? 0 : 1) +
                (filing.Pictures().IsIdle() ? 0 : 1);
     };
     AwaitNothingLeft(left, PatienceMs);

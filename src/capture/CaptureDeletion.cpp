@@ -5,8 +5,9 @@
 #include "capture/MeantPictures.h"
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
-#include "filing/capture_wastebasket.h"
+#include "frame/guard.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "records/capture_index.h"
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
@@ -14,6 +15,14 @@
 #include <exception>
 
 using namespace Qt::StringLiterals;
+
+CaptureDeletion::CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
+                                 Deleted deleted)
+    : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted)),
+      m_jobs(stills.Filing())
+{
+    connect(&m_jobs, &PictureDeletion::Ended, this, &CaptureDeletion::OnEnded);
+}
 
 void CaptureDeletion::DeleteCurrentVisit()
 {
@@ -26,14 +35,14 @@ void CaptureDeletion::DeleteCurrentVisit()
 void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
 {
     const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    const int number = m_history.NumberAt(gridNumber, column, row);
-    if (!visit || number == 0)
+    const ShownPicture picture = m_history.PictureAt(gridNumber, column, row);
+    if (!visit || picture.IsNone())
         return;
     if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
         return;
-    // A fill may have put others there while the question stood open, and one that waited may have its number.
-    if (m_history.ShownVisit(gridNumber) == visit && (number < 0 || m_history.PlaceOf(gridNumber, number)))
-        DeleteOnePicture(*visit, m_stills.NumberNow(number), gridNumber);
+    // A fill may have put others there while the question stood open.
+    if (m_history.ShownVisit(gridNumber) == visit && m_history.PlaceOf(gridNumber, picture))
+        DeleteOnePicture(*visit, picture, gridNumber);
 }
 
 void CaptureDeletion::DeleteShownVisit(int gridNumber)
@@ -44,79 +53,146 @@ void CaptureDeletion::DeleteShownVisit(int gridNumber)
         DeleteVisitCaptures(*visit);
 }
 
-void CaptureDeletion::DeleteOnePicture(const Visit& visit, int number, int gridNumber)
+void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber)
 {
-    if (m_stills.Pending().Holds(visit, number)) {
-        DeleteWaitingPicture(visit, number);
+    // One that waited may have its number by now, and one whose rows waited its rows.
+    const int number = m_stills.NumberOf(picture);
+    const PictureJournal& journal = m_stills.Journal();
+    const PictureRecord* record = picture.id.isEmpty() ? journal.Find(visit, number) : journal.Find(picture.id);
+    if (number == 0) {
+        if (record != nullptr)
+            DeleteUnnumbered(PictureRecord(*record));
         return;
     }
     // Asked before anything is touched: a database that doesn't answer leaves the picture as it was.
-    HasPictureRow(visit, number);
-    MoveToLogFolder(visit, number);
-    m_deleted(visit, number);
-    DeletePictureRow(visit, number);
-    DeleteEmptyVisit(visit);
-    if (gridNumber == 1) {
-        m_history.FillPictures(visit, 1, false);
-        return;
-    }
-    m_history.FillPictures(visit, 2, true);
-    if (Trim(visit.ymd) == Trim(CurrentVisit().ymd))
-        m_history.FillPictures(visit, 1, false);
+    if (record == nullptr)
+        HasPictureRow(visit, number);
+    DeletionJob job;
+    job.visit = visit;
+    job.items = {{number, {}, record != nullptr ? record->id : QString()}};
+    const bool waits = record != nullptr;
+    Run(job, [this, visit, number, gridNumber, waits](const PictureDeletion::Result& result) {
+        if (result.isVisitGone)
+            m_note.RowIsGone(visit);
+        if (waits || m_stills.IsDatabaseAway()) {
+            TakeOut({QString(), number}, visit);
+            return;
+        }
+        if (gridNumber == 2)
+            m_history.FillPictures(visit, 2, true);
+        if (gridNumber == 1 || Trim(visit.ymd) == Trim(CurrentVisit().ymd))
+            m_history.FillPictures(CurrentVisit(), 1, false);
+    });
 }
 
-void CaptureDeletion::DeleteWaitingPicture(const Visit& visit, int number)
+void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 {
-    if (number > 0)
-        MoveToLogFolder(visit, number);
-    m_deleted(visit, number);
-    fpSpread& pictures = m_history.Grid(1);
-    const std::optional<QPoint> place = m_stills.PlaceOf(number);
-    m_stills.Forget(visit, number);
+    const ShownPicture shown{picture.id, 0};
+    const std::optional<QPoint> place = m_stills.PlaceOf(shown);
+    m_stills.Forget(picture.id);
     if (place)
-        RemovePicture(pictures, *place);
+        RemovePicture(m_history.Grid(1), *place);
+    m_stills.TellTaken();
+}
+
+void CaptureDeletion::TakeOut(const ShownPicture& picture, const Visit& visit)
+{
+    if (const std::optional<QPoint> place = m_stills.PlaceOf(picture); place && visit == CurrentVisit())
+        RemovePicture(m_history.Grid(1), *place);
     m_stills.TellTaken();
     // The visit's row may go with it.
-    if (PictureCount(pictures) == 0)
+    if (PictureCount(m_history.Grid(1)) == 0)
         m_note.RowIsGone(visit);
-}
-
-void CaptureDeletion::DeleteEmptyVisit(const Visit& visit)
-{
-    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty() || m_stills.Pending().HasAny(visit))
-        return;
-    DeleteVisitRow(visit);
-    m_note.RowIsGone(visit);
 }
 
 void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
 {
     const BusyPointer busy;
-    const QList<int> numbers = StoredNumbers(visit, NumberOrder::Any);
-    for (const int number : numbers + m_stills.Pending().NumbersOf(visit))
-        CheckMovable(visit, number);
+    DeletionJob job;
+    job.visit = visit;
+    job.isWhole = true;
+    QList<int> numbers;
+    if (m_stills.IsDatabaseAway()) {
+        numbers = m_stills.KnownNumbers(visit);
+        job.rowsUpTo = Visit::LargestNumber;
+    } else {
+        numbers = StoredNumbers(visit, NumberOrder::Any);
+    }
     for (const int number : numbers)
-        MoveToLogFolder(visit, number);
-    for (const int number : m_stills.Pending().NumbersOf(visit)) {
-        MoveToLogFolder(visit, number);
-        m_stills.Forget(visit, number);
+        job.items.append(DeletionJob::Item{number});
+    const QList<PictureRecord> own = m_stills.Journal().Of(visit);
+    for (const PictureRecord& picture : own) {
+        if (picture.number > 0 && !numbers.contains(picture.number))
+            job.items.append(DeletionJob::Item{picture.number, {}, picture.id});
     }
-    for (const int number : m_stills.Pending().SpooledOf(visit))
-        m_stills.Forget(visit, number);
-    m_deleted(visit, std::nullopt);
-    DeleteVisitRow(visit);
-    DeletePictureRows(visit);
     // Another date's deletion says nothing of today's visit, whose pictures are still there.
-    std::exception_ptr markFault;
-    try {
-        if (visit.ymd == CurrentVisit().ymd)
-            MarkVisitCaptured(CurrentVisit(), u"0"_s);
-    } catch (const PlatformError&) {
-        // The pictures are gone all the same, and the screen has to show it.
-        markFault = std::current_exception();
+    if (visit.ymd == CurrentVisit().ymd)
+        job.markedDoctor = u""_s + VisitContext.Jinchal;
+    const auto begun = [this, own] {
+        // Those that the share hasn't got yet go there when it has.
+        for (const PictureRecord& picture : own) {
+            if (picture.number == 0)
+                m_stills.Forget(picture.id);
+        }
+    };
+    begun();
+    Run(job, [this, visit](const PictureDeletion::Result&) {
+        if (m_stills.IsDatabaseAway()) {
+            if (visit == CurrentVisit())
+                m_stills.ShowNone();
+            return;
+        }
+        m_history.ShowVisits();
+        m_history.ShowVisit();
+    });
+}
+
+void CaptureDeletion::Run(const DeletionJob& job, const Shown& show)
+{
+    const QString id = m_jobs.Begin(job);
+    m_running.insert(id, {show, std::nullopt, false});
+    // A database that doesn't answer gets its part later.
+    const waiting::Outcome outcome = waiting::Await(u"그림을 지우고 있습니다."_s, [this, &id] {
+        return !m_jobs.IsUnderWay(id) || (m_stills.IsDatabaseAway() && m_jobs.AreFilesMoved(id));
+    });
+    if (outcome == waiting::Outcome::Done) {
+        if (const std::optional<PictureDeletion::Result> result = m_running[id].result) {
+            m_running.remove(id);
+            Show(*result, show);
+            return;
+        }
+        show({job.visit, {}, false, nullptr});
+        m_running[id].isBehind = true;
+        return;
     }
-    m_history.ShowVisits();
-    m_history.ShowVisit();
-    if (markFault != nullptr)
-        std::rethrow_exception(markFault);
+    if (m_jobs.GiveUp(id)) {
+        m_running.remove(id);
+        throw FilesAway(outcome == waiting::Outcome::Cancelled ? u"저장 폴더가 응답하지 않아 작업을 취소하였습니다.!!"_s
+                                                               : QString());
+    }
+    // It goes on behind the screen.
+    m_running[id].isBehind = true;
+}
+
+void CaptureDeletion::OnEnded(const QString& id, const PictureDeletion::Result& result)
+{
+    for (const int number : result.deleted)
+        m_deleted(result.visit, number);
+    const auto running = m_running.find(id);
+    if (running == m_running.end())
+        return; // An earlier run's: what is shown now was read behind its beginning, or is read anew.
+    running->result = result;
+    if (!running->isBehind)
+        return;
+    const Running done = m_running.take(id);
+    m_stills.Line().Command([this, done] { Guarded([&] { Show(*done.result, done.show); }); });
+}
+
+void CaptureDeletion::Show(const PictureDeletion::Result& result, const Shown& show)
+{
+    std::exception_ptr fault = result.fault;
+    // What is gone has to be seen, whatever else has failed.
+    if (fault == nullptr || !result.deleted.isEmpty())
+        show(result);
+    guard::Rethrow(fault);
 }

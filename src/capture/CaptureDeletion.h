@@ -1,6 +1,9 @@
 #pragma once
 
+#include "filing/PictureDeletion.h"
 #include "visit/Visit.h"
+
+#include <QHash>
 
 #include <functional>
 #include <optional>
@@ -9,19 +12,20 @@ class CaptureHistory;
 class MeantPictures;
 class StillCapture;
 class VisitNote;
+struct PictureRecord;
+struct ShownPicture;
 
 /// Deletes pictures of the current visit or of the history line on display, after a question.
-class CaptureDeletion
+class CaptureDeletion : public QObject
 {
+    Q_OBJECT
+
 public:
     /// Hears of a picture that has gone, or, without a number, of all of a visit.
     using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
 
     CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
-                    Deleted deleted)
-        : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted))
-    {
-    }
+                    Deleted deleted);
 
     /// Asks, and deletes the current visit's pictures of the section.
     void DeleteCurrentVisit();
@@ -30,16 +34,34 @@ public:
     /// Asks, and deletes all pictures of the visit that grid 1 or 2 shows.
     void DeleteShownVisit(int gridNumber);
 
+    /// The screen closes; what is left of a deletion is for the next start.
+    void End() { m_jobs.End(); }
+
 private:
-    void DeleteOnePicture(const Visit& visit, int number, int gridNumber);
-    /// Its rows are undone when the database comes to it; nothing is waited for.
-    void DeleteWaitingPicture(const Visit& visit, int number);
-    void DeleteEmptyVisit(const Visit& visit);
+    /// Shows what is left.
+    using Shown = std::function<void(const PictureDeletion::Result& result)>;
+    struct Running
+    {
+        Shown show;
+        std::optional<PictureDeletion::Result> result;
+        bool isBehind = false; ///< Nobody waits for it any more.
+    };
+
+    void DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber);
+    /// It goes to the deleted pictures when the share has it; nothing is waited for.
+    void DeleteUnnumbered(const PictureRecord& picture);
+    void TakeOut(const ShownPicture& picture, const Visit& visit);
     void DeleteVisitCaptures(const Visit& visit);
+    /// Waits for the end of the job, or lets it go on behind the screen.
+    void Run(const DeletionJob& job, const Shown& show);
+    void OnEnded(const QString& id, const PictureDeletion::Result& result);
+    static void Show(const PictureDeletion::Result& result, const Shown& show);
 
     CaptureHistory& m_history;
     StillCapture& m_stills;
     VisitNote& m_note;
     MeantPictures& m_meant;
     const Deleted m_deleted;
+    QHash<QString, Running> m_running;
+    PictureDeletion m_jobs;
 };

@@ -163,17 +163,17 @@ QString CaptureHistory::NumberUnder(int gridNumber, int column, int row)
     return CellText(Grid(gridNumber), column, row + 1);
 }
 
-int CaptureHistory::NumberAt(int gridNumber, int column, int row)
+ShownPicture CaptureHistory::PictureAt(int gridNumber, int column, int row)
 {
     const QString text = NumberUnder(gridNumber, column, row);
     if (gridNumber == 1 && text == AwaitedNumber)
-        return m_stills.WithoutNumberAt({column, row});
-    return IsNumericText(text) ? WholeNumber(text) : 0;
+        return {m_stills.WithoutNumberAt({column, row}), 0};
+    return {QString(), IsNumericText(text) ? WholeNumber(text) : 0};
 }
 
-std::optional<QPoint> CaptureHistory::PlaceOf(int gridNumber, int number)
+std::optional<QPoint> CaptureHistory::PlaceOf(int gridNumber, const ShownPicture& picture)
 {
-    return gridNumber == 1 ? m_stills.PlaceOf(m_stills.NumberNow(number)) : FindPicture(Grid(2), 2, number);
+    return gridNumber == 1 ? m_stills.PlaceOf(picture) : FindPicture(Grid(2), 2, picture.number);
 }
 
 QString CaptureHistory::FileBehind(int gridNumber, int column, int row)

@@ -51,10 +51,10 @@ public:
     void FillPictures(const Visit& visit, int gridNumber, bool keepCursor);
     /// Text of the number cell under a picture cell, trimmed.
     QString NumberUnder(int gridNumber, int column, int row);
-    /// Number of the picture in a cell of grid 1 or 2: below 0 in the spool, 0 for a cell without one.
-    int NumberAt(int gridNumber, int column, int row);
-    /// Column and row of the picture's cell; one that had that number in the spool may have another now.
-    std::optional<QPoint> PlaceOf(int gridNumber, int number);
+    /// The picture in a cell of grid 1 or 2; none for a cell without one.
+    ShownPicture PictureAt(int gridNumber, int column, int row);
+    /// Column and row of the picture's cell; one that waited for its number may have it now.
+    std::optional<QPoint> PlaceOf(int gridNumber, const ShownPicture& picture);
     /// Path of the picture file that a cell of grid 1 or 2 shows; empty when there is none.
     QString FileBehind(int gridNumber, int column, int row);
     /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does

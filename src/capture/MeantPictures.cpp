@@ -19,29 +19,29 @@ MeantPictures::MeantPictures(CaptureHistory& history, StillCapture& stills) : m_
 
 void MeantPictures::MeanOne(int gridNumber, int column, int row)
 {
-    if (const int number = m_history.NumberAt(gridNumber, column, row); number != 0)
-        Mean(gridNumber, number);
+    if (const ShownPicture picture = m_history.PictureAt(gridNumber, column, row); !picture.IsNone())
+        Mean(gridNumber, picture);
 }
 
-void MeantPictures::Mean(int gridNumber, int number)
+void MeantPictures::Mean(int gridNumber, const ShownPicture& picture)
 {
     m_gridNumber = gridNumber;
     m_visit = gridNumber == 0 ? std::nullopt : m_history.ShownVisit(gridNumber);
-    m_number = number;
+    m_picture = picture;
     Show();
 }
 
 void MeantPictures::MenuIsClosed()
 {
     if (m_questions == 0)
-        Mean(0, 0);
+        Mean(0, {});
 }
 
 std::optional<QPoint> MeantPictures::Place()
 {
-    if (m_gridNumber == 0 || m_number == 0 || m_history.ShownVisit(m_gridNumber) != m_visit)
+    if (m_gridNumber == 0 || m_picture.IsNone() || m_history.ShownVisit(m_gridNumber) != m_visit)
         return std::nullopt;
-    return m_history.PlaceOf(m_gridNumber, m_number);
+    return m_history.PlaceOf(m_gridNumber, m_picture);
 }
 
 bool MeantPictures::Ask(const QString& question)
@@ -49,14 +49,14 @@ bool MeantPictures::Ask(const QString& question)
     ++m_questions;
     const auto answered = qScopeGuard([this] {
         --m_questions;
-        Mean(0, 0);
+        Mean(0, {});
     });
     return AskYesNo(question);
 }
 
 bool MeantPictures::AskOfAll(int gridNumber, const QString& question)
 {
-    Mean(gridNumber, 0);
+    Mean(gridNumber, {});
     return Ask(question);
 }
 
@@ -64,8 +64,10 @@ bool MeantPictures::IsMeant(int gridNumber, int column, int row)
 {
     if (gridNumber != m_gridNumber || m_history.ShownVisit(gridNumber) != m_visit)
         return false;
-    const int number = m_history.NumberAt(gridNumber, column, row);
-    return number != 0 && (m_number == 0 || number == m_stills.NumberNow(m_number));
+    const ShownPicture picture = m_history.PictureAt(gridNumber, column, row);
+    if (picture.IsNone() || m_picture.IsNone())
+        return !picture.IsNone();
+    return picture.number > 0 ? picture.number == m_stills.NumberOf(m_picture) : picture.id == m_picture.id;
 }
 
 void MeantPictures::Show()

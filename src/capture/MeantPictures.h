@@ -1,5 +1,6 @@
 #pragma once
 
+#include "capture/StillCapture.h"
 #include "visit/Visit.h"
 
 #include <QObject>
@@ -8,7 +9,6 @@
 #include <optional>
 
 class CaptureHistory;
-class StillCapture;
 
 /// The pictures that an open menu or question is about: one, or all that its grid shows. They are framed for as long,
 /// and followed: a picture that a fill brings to another cell keeps its frame, and no other gets it.
@@ -32,7 +32,7 @@ public:
     bool AskOfAll(int gridNumber, const QString& question);
 
 private:
-    void Mean(int gridNumber, int number);
+    void Mean(int gridNumber, const ShownPicture& picture);
     void Show();
     bool IsMeant(int gridNumber, int column, int row);
 
@@ -40,6 +40,6 @@ private:
     StillCapture& m_stills;
     int m_gridNumber = 0; ///< 0 when none is meant.
     std::optional<Visit> m_visit;
-    int m_number = 0; ///< 0 for all.
+    ShownPicture m_picture; ///< None for all.
     int m_questions = 0;
 };

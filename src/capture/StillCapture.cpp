@@ -41,7 +41,7 @@ const QString PendingMark = u"기록 대기"_s;
 } // namespace
 
 StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.TypedNote(visit); })
+    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.Typed(visit); })
 {
     connect(&m_leftovers, &Leftovers::AreSettled, this,
             [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
@@ -56,7 +56,7 @@ StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
 
 StillCapture::~StillCapture() = default;
 
-void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed)
+void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin)
 {
     if (!HasChart() || !HasRoom()) {
         filed(nullptr);
@@ -65,7 +65,7 @@ void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed)
     const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    const auto still = std::make_shared<Still>(Still{CurrentVisit()});
+    const auto still = std::make_shared<Still>(Still{CurrentVisit(), origin});
     // The microphone of a movie would hear it.
     still->isHeard = ClientSetup.ShutterSound && !capture.CaptureMode();
     FileStill(
@@ -80,8 +80,8 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     if (!HasRoom())
         return;
     FileStill(
-        std::make_shared<Still>(Still{CurrentVisit()}), [content = picture.TargetContent()] { return content; },
-        guard::Rethrow);
+        std::make_shared<Still>(Still{CurrentVisit(), PictureOrigin::Import}),
+        [content = picture.TargetContent()] { return content; }, guard::Rethrow);
 }
 
 bool StillCapture::HasChart() const
@@ -106,9 +106,10 @@ int StillCapture::Taken() const
     // A grid that is being filled tells nothing: what it is filled from does.
     if (m_shown != visit)
         return CountOnRoad(visit);
-    const auto spooled = std::ranges::count_if(m_filing.Pending().SpooledOf(visit),
-                                               [&](int number) { return OnRoad(visit, number) == nullptr; });
-    return static_cast<int>(m_read.size() + spooled) + CountOnRoad(visit);
+    const auto waiting = std::ranges::count_if(m_filing.Journal().Of(visit), [&](const PictureRecord& picture) {
+        return picture.number == 0 && OnRoad(picture.id) == nullptr;
+    });
+    return static_cast<int>(m_read.size() + waiting) + CountOnRoad(visit);
 }
 
 bool StillCapture::HasRoom() const
@@ -134,24 +135,26 @@ void StillCapture::FileStill(const StillPointer& still, const std::function<QByt
     m_note.BringBack();
     m_road.append(still);
     auto refused = qScopeGuard([&] { m_road.removeOne(still); });
-    m_filing.Pictures().File({still->visit, encode,
-                              [this, still](const QByteArray& content) {
-                                  still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
-                                  connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
-                                  ShowReady();
-                              },
-                              [this, still, filed](int number, const std::exception_ptr& fault) {
-                                  still->number = number;
-                                  still->mayShow |= number < 0;
-                                  if (number < 0)
-                                      Sound(still, false);
-                                  if (fault != nullptr)
-                                      m_road.removeOne(still);
-                                  if (fault != nullptr || number < 0)
-                                      ShowReady();
-                                  TellTaken();
-                                  Guarded([&] { filed(fault); });
-                              }});
+    still->id = m_filing.Pictures().File(
+        {still->visit, still->origin, encode,
+         [this, still](const QByteArray& content) {
+             still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
+             connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
+             ShowReady();
+         },
+         [this, still, filed](int number, const std::exception_ptr& fault) {
+             const bool waits = fault == nullptr && number == 0;
+             still->number = number;
+             still->mayShow |= waits;
+             if (waits)
+                 Sound(still, false);
+             if (fault != nullptr)
+                 m_road.removeOne(still);
+             if (fault != nullptr || waits)
+                 ShowReady();
+             TellTaken();
+             Guarded([&] { filed(fault); });
+         }});
     refused.dismiss();
     TellTaken();
 }
@@ -172,49 +175,102 @@ void StillCapture::ShowStill(const StillPointer& still)
     if (still->visit != CurrentVisit())
         return;
     // A fill that it waited for may have found it already.
-    std::optional<QPoint> place = PlaceOf(still->number);
+    std::optional<QPoint> place = PlaceOf({still->id, still->number});
     if (!place)
-        place = PlaceThumbnail(still->visit, still->number, still->thumbnail->Take(0));
+        place = PlaceThumbnail(still->id, still->number, still->thumbnail->Take(0));
     TellTaken();
     m_grid.SetActiveCell(1, place->y());
     m_grid.FlashCell(place->x(), place->y());
 }
 
-StillCapture::StillPointer StillCapture::OnRoad(const Visit& visit, int number) const
+StillCapture::StillPointer StillCapture::OnRoad(const QString& id) const
 {
-    for (const StillPointer& still : m_road) {
-        if (still->number == number && still->visit == visit)
-            return still;
-    }
-    return nullptr;
+    const auto found = std::ranges::find(m_road, id, &Still::id);
+    return found != m_road.end() ? *found : nullptr;
 }
 
-QPoint StillCapture::PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail)
+QPoint StillCapture::PlaceThumbnail(const QString& id, int number, const QImage& thumbnail)
 {
     int row = 0;
     int column = 0;
     NextGridSlot(number, row, column, 1, m_grid);
     PlacePicture(m_grid, row, column, thumbnail, number);
-    if (number < 0) {
-        m_unnumbered.append(number);
-        m_spooled.insert(number, thumbnail);
+    if (number == 0) {
+        m_unnumbered.append(id);
+        m_waiting.insert(id, thumbnail);
     }
-    MarkWaiting(visit, number);
+    MarkWaiting(id, number);
     return {column, row};
 }
 
-std::optional<QPoint> StillCapture::PlaceOf(int number) const
+std::optional<QPoint> StillCapture::PlaceOf(const ShownPicture& picture) const
 {
-    if (number > 0)
-        return FindPicture(m_grid, 1, number);
     const QList<QPoint> places = PicturesWithoutNumber(m_grid);
-    const qsizetype at = m_unnumbered.indexOf(number);
-    return at >= 0 && at < places.size() ? std::optional(places[at]) : std::nullopt;
+    const qsizetype at = picture.id.isEmpty() ? -1 : m_unnumbered.indexOf(picture.id);
+    if (at >= 0 && at < places.size())
+        return places[at];
+    const int number = NumberOf(picture);
+    return number > 0 ? FindPicture(m_grid, 1, number) : std::nullopt;
 }
 
-int StillCapture::WithoutNumberAt(QPoint place) const
+QString StillCapture::WithoutNumberAt(QPoint place) const
 {
-    return m_unnumbered.value(PicturesWithoutNumber(m_grid).indexOf(place), 0);
+    return m_unnumbered.value(PicturesWithoutNumber(m_grid).indexOf(place));
+}
+
+void StillCapture::MarkWaiting(const QString& id, int number)
+{
+    if (const std::optional<QPoint> place = PlaceOf({id, number}))
+        MarkPicture(m_grid, place->x(), place->y(), m_filing.Journal().Find(id) ? PendingMark : QString());
+}
+
+void StillCapture::ShowPending(const Visit& visit)
+{
+    for (const PictureRecord& picture : m_filing.Journal().Of(visit)) {
+        if (picture.number > 0)
+            ShowFiled(picture.id, visit, picture.number);
+    }
+    ShowUnnumbered(visit);
+}
+
+void StillCapture::ShowUnnumbered(const Visit& visit)
+{
+    for (const PictureRecord& picture : m_filing.Journal().Of(visit)) {
+        if (picture.number > 0 || OnRoad(picture.id) != nullptr || PlaceOf({picture.id, 0}))
+            continue;
+        // An earlier run has left its file alone.
+        const QImage thumbnail =
+            m_waiting.contains(picture.id)
+                ? m_waiting.value(picture.id)
+                : Pictures().LoadWithin(StillFiles::LocalPath(picture.id), m_grid.CellPixels(1, 1));
+        PlaceThumbnail(picture.id, 0, thumbnail);
+    }
+}
+
+void StillCapture::ShowMoved(const QString& id)
+{
+    const PictureRecord* picture = m_filing.Journal().Find(id);
+    const int number = picture != nullptr ? picture->number : 0;
+    m_waiting.remove(id);
+    m_moved.insert(id, number);
+    if (const StillPointer still = OnRoad(id)) {
+        still->number = number;
+        return;
+    }
+    m_line.Show([this, id, number] {
+        const std::optional<QPoint> place = PlaceOf({id, 0});
+        if (!place)
+            return;
+        NumberPicture(m_grid, *place, number);
+        m_unnumbered.removeOne(id);
+    });
+}
+
+void StillCapture::ShowFiled(const QString& id, const Visit& visit, int number)
+{
+    const QString path = visit.PicturePath(number);
+    if (OnRoad(id) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
+        PlaceThumbnail(id, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
 }
 
 void StillCapture::ForgetShown()
@@ -223,55 +279,13 @@ void StillCapture::ForgetShown()
     m_unnumbered.clear();
 }
 
-void StillCapture::MarkWaiting(const Visit& visit, int number)
+void StillCapture::ShowNone()
 {
-    if (const std::optional<QPoint> place = PlaceOf(number))
-        MarkPicture(m_grid, place->x(), place->y(), m_filing.Pending().Holds(visit, number) ? PendingMark : QString());
-}
-
-void StillCapture::ShowPending(const Visit& visit)
-{
-    for (const int number : m_filing.Pending().NumbersOf(visit))
-        ShowFiled(visit, number);
-    ShowSpooled(visit);
-}
-
-void StillCapture::ShowSpooled(const Visit& visit)
-{
-    for (const PendingRows::Entry& entry : m_filing.Pending().Spooled()) {
-        if (entry.visit != visit || OnRoad(visit, entry.number) != nullptr || PlaceOf(entry.number))
-            continue;
-        // An earlier run has left its file alone.
-        const QImage thumbnail =
-            m_spooled.contains(entry.number)
-                ? m_spooled.value(entry.number)
-                : Pictures().LoadWithin(StillFiles::SpoolPath(entry.spooled), m_grid.CellPixels(1, 1));
-        PlaceThumbnail(visit, entry.number, thumbnail);
-    }
-}
-
-void StillCapture::ShowMoved(const Visit& visit, int spooled, int number)
-{
-    m_moved.insert(spooled, number);
-    m_spooled.remove(spooled);
-    if (const StillPointer still = OnRoad(visit, spooled)) {
-        still->number = number;
-        return;
-    }
-    m_line.Show([this, spooled, number] {
-        const std::optional<QPoint> place = PlaceOf(spooled);
-        if (!place)
-            return;
-        NumberPicture(m_grid, *place, number);
-        m_unnumbered.removeOne(spooled);
-    });
-}
-
-void StillCapture::ShowFiled(const Visit& visit, int number)
-{
-    const QString path = visit.PicturePath(number);
-    if (OnRoad(visit, number) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
-        PlaceThumbnail(visit, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
+    m_grid.BeginFill();
+    ClearPictureGrid(m_grid, 1);
+    m_unnumbered.clear();
+    m_read.clear();
+    TellTaken();
 }
 
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
@@ -291,10 +305,8 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
             placing.emplace(m_line);
             m_read = numbers;
             m_unnumbered.clear();
-            m_filing.Pictures().Numbers().Read(visit, numbers);
         });
     } catch (const PlatformError&) {
-        m_filing.LearnFromFolder(visit);
         if (m_shown == visit)
             ShowPending(visit);
         throw;
@@ -304,37 +316,44 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         return;
     ShowPending(visit);
     // Their thumbnails came before the fill, their rows behind its question.
-    for (const int number : m_arrived)
-        ShowFiled(visit, number);
+    for (const auto& [id, number] : QList(m_arrived))
+        ShowFiled(id, visit, number);
 }
 
 void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
-    m_note.ShowStored(picture.visit, picture.note);
+    if (const QString tidings = m_note.ShowStored(picture.visit, picture.note); !tidings.isEmpty())
+        m_line.Command([tidings] { ShowInformation(tidings); });
     if (m_shown == picture.visit)
-        m_arrived.append(picture.number);
-    if (const StillPointer still = OnRoad(picture.visit, picture.number))
+        m_arrived.append({picture.id, picture.number});
+    if (const StillPointer still = OnRoad(picture.id))
         Sound(still, true);
-    ShowWaiting(picture.visit, picture.number);
+    ShowNumbered(picture.id, picture.visit, picture.number);
     Q_EMIT StillIsSafe(picture.visit, picture.number);
 }
 
-void StillCapture::ShowWaiting(const Visit& visit, int number)
+void StillCapture::ShowWaiting(const QString& id)
 {
-    if (const StillPointer still = OnRoad(visit, number)) {
+    if (const PictureRecord* picture = m_filing.Journal().Find(id))
+        ShowNumbered(id, picture->visit, picture->number);
+}
+
+void StillCapture::ShowNumbered(const QString& id, const Visit& visit, int number)
+{
+    if (const StillPointer still = OnRoad(id)) {
         // Nothing is left to be heard of one that is safe.
         Sound(still, false);
         still->mayShow = true;
         ShowReady();
         return;
     }
-    m_line.Show([this, visit, number] {
+    m_line.Show([this, id, visit, number] {
         if (visit != CurrentVisit())
             return;
-        if (PlaceOf(number))
-            MarkWaiting(visit, number);
+        if (PlaceOf({id, number}))
+            MarkWaiting(id, number);
         else
-            ShowFiled(visit, number);
+            ShowFiled(id, visit, number);
     });
 }
 
@@ -342,10 +361,10 @@ void StillCapture::ShowOutage()
 {
     const bool isAway = m_filing.IsDatabaseAway();
     const QString text = u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
-    Q_EMIT OutageChanged(isAway ? text.arg(m_filing.Pending().Waiting()) : QString());
-    const int spooled = m_filing.Pictures().Spooled();
+    Q_EMIT OutageChanged(isAway ? text.arg(m_filing.Journal().Waiting()) : QString());
+    const int waiting = m_filing.Pictures().Waiting();
     const QString shareText = u"저장 폴더가 응답하지 않습니다. 그림은 이 컴퓨터에 보관되고 있습니다. (%1장 대기)"_s;
-    Q_EMIT ShareOutageChanged(spooled > 0 ? shareText.arg(spooled) : QString());
+    Q_EMIT ShareOutageChanged(waiting > 0 ? shareText.arg(waiting) : QString());
 }
 
 bool StillCapture::IsAtRest() const
@@ -353,15 +372,15 @@ bool StillCapture::IsAtRest() const
     return m_filing.IsAtRest() && (m_road.isEmpty() || m_line.PicturesAreHeld());
 }
 
-void StillCapture::Forget(const Visit& visit, int number)
+void StillCapture::Forget(const QString& id)
 {
-    if (const StillPointer still = OnRoad(visit, number)) {
+    if (const StillPointer still = OnRoad(id)) {
         m_road.removeOne(still);
         ShowReady();
     }
-    m_unnumbered.removeOne(number);
-    m_spooled.remove(number);
-    m_filing.Forget(visit, number);
+    m_unnumbered.removeOne(id);
+    m_waiting.remove(id);
+    m_filing.Forget(id);
     TellTaken();
 }
 
@@ -370,14 +389,15 @@ void StillCapture::SaveVisitNote()
     const Visit visit = CurrentVisit();
     m_note.BringBack();
     m_filing.WriteWaiting();
-    const QString text = m_note.NoteToStore(visit);
-    UpdateVisitNote(visit, text);
-    const VisitNote::Kept kept = m_note.CheckStored(visit, text, StoredNote(visit));
-    Q_EMIT VisitIsStored(visit);
     QStringList tidings{u"캡쳐이미지를 저장하였습니다."_s};
-    if (kept.hasRow && !kept.IsWhole()) {
-        tidings.append(u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(kept.wanted).arg(kept.stored));
+    if (const std::optional<TypedNote> typed = m_note.Typed(visit)) {
+        const QString told = m_note.ShowTyped(visit, typed->text, m_filing.StoreTyped(visit, *typed), true);
+        if (!told.isEmpty())
+            tidings.append(told);
+    } else {
+        m_note.ShowPresent(visit);
     }
+    Q_EMIT VisitIsStored(visit);
     m_line.Command([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
 }
 
@@ -389,7 +409,7 @@ void StillCapture::ShowSaved(const Visit& visit, const QString& message)
         if (visit == CurrentVisit())
             ShowPictures(visit, false);
     }
-    MarkVisitCaptured(visit, u"1"_s);
+    MarkVisitCaptured(visit, VisitContext.Jinchal, u"1"_s);
     ShowInformation(message);
 }
 
@@ -420,10 +440,10 @@ void StillCapture::Finish()
             m_filing.WriteWaiting();
             serve([this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); }, RowsPatienceMs);
         }
-        if (m_filing.Pending().Count() > 0) {
+        if (m_filing.Journal().Count() > 0) {
             ShowInformation(
                 u"캡쳐 %1건의 기록을 데이터베이스에 저장하지 못했습니다.!!\r\n"
-                "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Pending().Count()),
+                "그림파일은 보관되어 있으며, 다음 실행시 다시 저장합니다.!!"_s.arg(m_filing.Journal().Count()),
                 ClosingPatienceMs);
         }
     });

@@ -19,6 +19,15 @@ class PictureBatch;
 class VideoCap;
 class VisitNote;
 
+/// A picture in a grid: by its number, or, while it waits for one, by its identity.
+struct ShownPicture
+{
+    QString id;
+    int number = 0;
+
+    bool IsNone() const { return id.isEmpty() && number == 0; }
+};
+
 /// Takes stills of the current visit, stores its note, and shows its pictures. A still's file is written at the press,
 /// whatever box is open, whatever grid is being filled and whatever the database does; its rows follow, and its
 /// thumbnail behind them.
@@ -39,7 +48,7 @@ public:
     /// Takes the frame of this moment and files it. Refused with a message without a chart or a live picture, in
     /// silence when the visit's grid is full: throws PlatformError with what the operator is to be told, and `filed`
     /// isn't called.
-    void SetCaptureValues(VideoCap& capture, const Filed& filed);
+    void SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin = PictureOrigin::Press);
     /// Files the picture that the control holds like a still, with the same refusals.
     void FilePicture(const ImagXpress& picture);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
@@ -51,6 +60,8 @@ public:
     void ShowPictures(const Visit& visit, bool keepCursor);
     /// Another one than the visit's own pictures is shown from here on, or none.
     void ForgetShown();
+    /// The visit's pictures are gone.
+    void ShowNone();
 
     /// The visit's pictures, those on their way included.
     int Taken() const;
@@ -69,21 +80,27 @@ public:
     /// the operator when rows have to wait for the next run.
     void Finish();
 
-    const PendingRows& Pending() const { return m_filing.Pending(); }
+    const PictureJournal& Journal() const { return m_filing.Journal(); }
+    StillFiling& Filing() { return m_filing; }
+    /// Numbers of a visit's rows as they were read last, if that was for the grid; else none.
+    QList<int> KnownNumbers(const Visit& visit) const { return m_shown == visit ? m_read : QList<int>(); }
     bool IsDatabaseAway() const { return m_filing.IsDatabaseAway(); }
     bool IsShareAway() const { return m_filing.Pictures().IsShareAway(); }
     /// No picture is on its way any more, but for those whose rows the database refuses or doesn't answer for, and
     /// those whose place on the screen is being filled.
     bool IsAtRest() const;
-    /// A picture whose rows wait, or that lies in the spool, has been deleted.
-    void Forget(const Visit& visit, int number);
+    /// A picture of the journal has been deleted.
+    void Forget(const QString& id);
 
-    /// Number in the spool of the picture that stands in a place of the grid without one; 0 when none does.
-    int WithoutNumberAt(QPoint place) const;
-    /// The number of a picture that had that one in the spool, once it has been filed; any other number as it is.
-    int NumberNow(int number) const { return m_moved.value(number, number); }
-    /// Column and row of a picture's cell, also of one in the spool.
-    std::optional<QPoint> PlaceOf(int number) const;
+    /// The picture that stands in a place of the grid without a number; empty when none does.
+    QString WithoutNumberAt(QPoint place) const;
+    /// Column and row of a picture's cell.
+    std::optional<QPoint> PlaceOf(const ShownPicture& picture) const;
+    /// Its number, also that of one that waited for it when it was shown; 0 when it has none yet.
+    int NumberOf(const ShownPicture& picture) const
+    {
+        return picture.number > 0 ? picture.number : m_moved.value(picture.id);
+    }
 
 Q_SIGNALS:
     /// How many pictures the visit has.
@@ -104,7 +121,9 @@ private:
     struct Still
     {
         Visit visit;
-        int number = 0; ///< 0 until the file stands; below 0 in the spool.
+        PictureOrigin origin = PictureOrigin::Press;
+        QString id = {};
+        int number = 0; ///< 0 until the file stands.
         std::shared_ptr<PictureBatch> thumbnail = nullptr;
         bool isHeard = false; ///< Its shutter makes a sound.
         bool mayShow = false; ///< The rows are in, or have to wait.
@@ -121,18 +140,20 @@ private:
     /// Those that can be shown, in the order of the presses.
     void ShowReady();
     void ShowStill(const StillPointer& still);
-    StillPointer OnRoad(const Visit& visit, int number) const;
+    StillPointer OnRoad(const QString& id) const;
     void ShowPending(const Visit& visit);
-    /// Those in the spool stand behind the others, without a number.
-    void ShowSpooled(const Visit& visit);
-    void ShowMoved(const Visit& visit, int spooled, int number);
+    /// Those that wait for the share stand behind the others, without a number.
+    void ShowUnnumbered(const Visit& visit);
+    void ShowMoved(const QString& id);
     /// Places a picture that is neither shown nor on its way.
-    void ShowFiled(const Visit& visit, int number);
+    void ShowFiled(const QString& id, const Visit& visit, int number);
     /// Gives the column and row of its cell.
-    QPoint PlaceThumbnail(const Visit& visit, int number, const QImage& thumbnail);
-    void MarkWaiting(const Visit& visit, int number);
+    QPoint PlaceThumbnail(const QString& id, int number, const QImage& thumbnail);
+    void MarkWaiting(const QString& id, int number);
     void ShowSafe(const StillFiling::SafePicture& picture);
-    void ShowWaiting(const Visit& visit, int number);
+    void ShowWaiting(const QString& id);
+    /// A picture whose rows are in, or have to wait.
+    void ShowNumbered(const QString& id, const Visit& visit, int number);
     void ShowOutage();
     void ShowSaved(const Visit& visit, const QString& message);
     void TellSettled(const Leftovers::Settled& settled);
@@ -143,12 +164,12 @@ private:
     Leftovers m_leftovers{m_filing};
     RoomWatch m_room{m_filing.Pictures()};
     FillLine m_line;
-    QList<StillPointer> m_road;   ///< In the order of the presses.
-    std::optional<Visit> m_shown; ///< Whose pictures the grid shows.
-    QList<int> m_arrived;         ///< Numbers whose rows came in since its last fill was begun.
-    QList<int> m_read;            ///< Numbers of the rows that its last fill was made from.
-    QList<int> m_unnumbered;      ///< Numbers in the spool of its cells without one, in reading order.
-    QHash<int, QImage> m_spooled; ///< Thumbnails of pictures in the spool.
-    QHash<int, int> m_moved;      ///< What became of numbers in the spool.
+    QList<StillPointer> m_road;               ///< In the order of the presses.
+    std::optional<Visit> m_shown;             ///< Whose pictures the grid shows.
+    QList<std::pair<QString, int>> m_arrived; ///< Pictures whose rows came in since its last fill was begun.
+    QList<int> m_read;                        ///< Numbers of the rows that its last fill was made from.
+    QStringList m_unnumbered;                 ///< Pictures of its cells without a number, in reading order.
+    QHash<QString, QImage> m_waiting;         ///< Thumbnails of pictures that wait for the share.
+    QHash<QString, int> m_moved;              ///< What number those have got.
     bool m_finished = false;
 };

@@ -3,16 +3,21 @@
 #include "contracts/desktop.h"
 #include "frame/components.h"
 #include "records/capture_index.h"
+#include "records/visit_note.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const QString NoteKey = u"note"_s;
+/// What it was begun from.
+const QString BaseKey = u"storedNote"_s;
 
 QString DraftName(const Visit& visit)
 {
@@ -48,7 +53,7 @@ void VisitNote::ShowHistoryNote(const Visit& visit)
     BringBack();
     if (m_box.Of() == visit)
         return;
-    m_aside = Aside{m_box.Of(), m_box.Text(), m_box.IsTouched(), m_box.IsLoaded()};
+    m_aside = Aside{m_box.Of(), m_box.Text(), m_box.Base(), m_box.IsTouched(), m_box.IsLoaded()};
     m_box.setHistoryNote(true);
     LoadCaptureNote(visit, m_box);
 }
@@ -61,7 +66,7 @@ void VisitNote::BringBack()
     m_aside.reset();
     m_box.setHistoryNote(false);
     if (aside.loaded) {
-        m_box.RestoreNote(aside.visit, aside.text, aside.touched);
+        m_box.RestoreNote(aside.visit, aside.text, aside.base, aside.touched);
         return;
     }
     m_box.BeginLoading(aside.visit);
@@ -73,46 +78,80 @@ bool VisitNote::IsInBox(const Visit& visit) const
     return !m_aside && m_box.Of() == visit;
 }
 
-std::optional<QString> VisitNote::TypedNote(const Visit& visit) const
+std::optional<TypedNote> VisitNote::Typed(const Visit& visit) const
 {
     if (m_aside && m_aside->visit == visit && m_aside->loaded && m_aside->touched)
-        return m_aside->text;
+        return TypedNote{m_aside->text, m_aside->base};
     const bool isTyped = IsInBox(visit) && m_box.IsLoaded() && m_box.IsTouched();
-    return isTyped ? std::optional(m_box.Text()) : std::nullopt;
+    return isTyped ? std::optional(TypedNote{m_box.Text(), m_box.Base()}) : std::nullopt;
 }
 
-QString VisitNote::NoteToStore(const Visit& visit)
+void VisitNote::ShowPresent(const Visit& visit)
 {
-    if (const std::optional<QString> typed = TypedNote(visit))
-        return *typed;
-    QString stored = StoredNote(visit);
-    ShowUntouched(visit, stored);
-    return stored;
+    ShowUntouched(visit, RawNote(visit));
 }
 
-void VisitNote::ShowStored(const Visit& visit, const StillFiling::Note& note)
+QString VisitNote::ShowStored(const Visit& visit, const StillFiling::Note& note)
 {
     if (note.typed)
-        CheckStored(visit, note.text, note.stored);
-    else
-        ShowUntouched(visit, note.text);
+        return ShowTyped(visit, *note.typed, note.stored, false);
+    ShowUntouched(visit, note.stored.raw);
+    return {};
 }
 
-void VisitNote::ShowUntouched(const Visit& visit, const QString& stored)
+void VisitNote::ShowUntouched(const Visit& visit, const QString& raw)
 {
     // A box whose note is on its way gets it from there, and one that has been typed into since keeps that.
-    if (IsInBox(visit) && !m_box.IsAwaited() && !m_box.IsTouched() && (!m_box.IsLoaded() || m_box.Text() != stored))
-        m_box.SetLoadedNote(stored);
+    if (IsInBox(visit) && !m_box.IsAwaited() && !m_box.IsTouched() && (!m_box.IsLoaded() || m_box.Base() != raw))
+        m_box.SetLoadedNote(raw);
 }
 
-VisitNote::Kept VisitNote::CheckStored(const Visit& visit, const QString& text, const QString& stored)
+void VisitNote::Replace(const Visit& visit, const QString& text, const QString& base, bool touched)
 {
-    // Characters, as the column counts them: one that it can't hold has become another, which is no loss of length.
-    const auto characters = [](const QString& counted) { return static_cast<int>(counted.toUcs4().size()); };
-    const Kept kept{!stored.isNull(), characters(Trim(NoteForStore(text))), characters(stored)};
-    if (kept.IsWhole() && IsInBox(visit) && m_box.Text() == text && !m_box.IsComposing())
-        m_box.MarkUntouched();
-    return kept;
+    if (m_aside && m_aside->visit == visit && m_aside->loaded)
+        *m_aside = Aside{visit, text, base, touched, true};
+    else if (IsInBox(visit) && m_box.IsLoaded())
+        m_box.RestoreNote(visit, text, base, touched);
+}
+
+QString VisitNote::ShowTyped(const Visit& visit, const QString& text, const NoteStored& stored, bool tellsCut)
+{
+    const std::optional<TypedNote> present = Typed(visit);
+    const bool isSame = present && present->text == text;
+    const auto characters = [](const QString& counted) { return static_cast<int>(Trim(counted).toUcs4().size()); };
+    const int wanted = characters(NoteForStore(text));
+    const int kept = characters(stored.raw);
+    switch (stored.outcome) {
+    case NoteStored::NoRow:
+        // A visit without a picture has no row: its note waits in the box for the first one.
+        return {};
+    case NoteStored::Stored:
+        if (IsInBox(visit))
+            m_box.setBase(stored.raw);
+        else if (m_aside && m_aside->visit == visit)
+            m_aside->base = stored.raw;
+        if (kept < wanted)
+            return tellsCut ? u"참고사항이 길어 %1자 중 %2자만 저장되었습니다.!!"_s.arg(wanted).arg(kept) : QString();
+        // Another station's holds it already.
+        if (isSame && !MayBeStoredAs(Trim(stored.raw), Trim(NoteForStore(text))))
+            Replace(visit, Trim(stored.raw), stored.raw, false);
+        else if (isSame && m_aside)
+            m_aside->touched = false;
+        else if (isSame && !m_box.IsComposing())
+            m_box.MarkUntouched();
+        return {};
+    case NoteStored::Joined:
+        if (isSame || !present)
+            Replace(visit, Trim(stored.raw), stored.raw, false);
+        else // He has typed on: theirs goes in front of that.
+            Replace(visit, stored.theirs + u'\n' + present->text, stored.raw, true);
+        return u"다른 곳에서 참고사항을 고쳤습니다.!! 쓴 글을 그 뒤에 붙여 함께 저장하였습니다.!!"_s;
+    case NoteStored::NoRoom:
+        if (std::exchange(m_toldOf, stored.raw) == stored.raw)
+            return {};
+        return u"다른 곳에서 참고사항을 고쳤습니다.!! 함께 저장할 자리가 없어 그쪽 글이 남았고, 쓴 글은 화면에 있습니다.!!"_s;
+    }
+    return {};
 }
 
 void VisitNote::RowIsGone(const Visit& visit)
@@ -126,12 +165,15 @@ void VisitNote::RowIsGone(const Visit& visit)
 std::optional<TextDraft::Draft> VisitNote::UnsavedDraft() const
 {
     const Visit visit = CurrentVisit();
-    const std::optional<QString> typed = TypedNote(visit);
-    if (!typed || Trim(*typed).isEmpty() || Trim(visit.chart).isEmpty())
+    const std::optional<TypedNote> typed = Typed(visit);
+    if (!typed || Trim(typed->text).isEmpty() || Trim(visit.chart).isEmpty())
         return std::nullopt;
-    return TextDraft::Draft{
-        DraftName(visit),
-        {{u"chart"_s, visit.chart}, {u"date"_s, visit.ymd}, {u"section"_s, visit.etc}, {NoteKey, *typed}}};
+    return TextDraft::Draft{DraftName(visit),
+                            {{u"chart"_s, visit.chart},
+                             {u"date"_s, visit.ymd},
+                             {u"section"_s, visit.etc},
+                             {NoteKey, typed->text},
+                             {BaseKey, typed->base}}};
 }
 
 void VisitNote::LookForDraft()
@@ -163,7 +205,7 @@ void VisitNote::TakeUpDraft()
     QString text = m_offered->content.value(NoteKey).toString();
     if (m_box.IsTouched())
         text += u'\n' + m_box.Text();
-    m_box.RestoreNote(visit, text, true);
+    m_box.RestoreNote(visit, text, m_offered->content.value(BaseKey).toString(), true);
     m_draft.TakeUp(*m_offered);
     setOffered(std::nullopt);
     m_draft.Check();

@@ -30,25 +30,15 @@ public:
     void BringBack();
 
     /// The operator's own text, when the box holds one for that visit, with what is still being composed.
-    std::optional<QString> TypedNote(const Visit& visit) const;
-    /// The note to store for a visit: the typed one; else the stored one, read afresh and shown. Throws PlatformError
-    /// when that read fails.
-    QString NoteToStore(const Visit& visit);
-    /// A note has been stored with a picture: a typed one counts as stored, another one is shown.
-    void ShowStored(const Visit& visit, const StillFiling::Note& note);
-
-    /// What became of a note that was to be stored.
-    struct Kept
-    {
-        bool hasRow = false; ///< A visit without a picture has no row: its note waits in the box for the first one.
-        int wanted = 0;      ///< Characters that were to be stored, without blanks around them.
-        int stored = 0;      ///< Characters that the column has taken.
-
-        bool IsWhole() const { return hasRow && stored >= wanted; }
-    };
-    /// Compares the text with what has been read back of it, null without a row. When it is whole, the box holds
-    /// nothing of its own any more; otherwise the text in the box goes on counting as typed.
-    Kept CheckStored(const Visit& visit, const QString& text, const QString& stored);
+    std::optional<TypedNote> Typed(const Visit& visit) const;
+    /// Nobody has typed for the visit: what is stored now is shown. Throws PlatformError.
+    void ShowPresent(const Visit& visit);
+    /// What has become of a note with a picture: a typed one that is stored counts as such, another one is shown.
+    /// Gives what the operator is to hear of it.
+    QString ShowStored(const Visit& visit, const StillFiling::Note& note);
+    /// The same for one that was typed. Where it stands whole, the box holds nothing of its own any more; what a column
+    /// has cut goes on counting as typed, and what another station has written stands in front of it.
+    QString ShowTyped(const Visit& visit, const QString& text, const NoteStored& stored, bool tellsCut);
 
     /// The note that an earlier run didn't store comes back into the box, as typed, in front of what is typed there.
     void TakeUpDraft();
@@ -63,12 +53,15 @@ private:
     {
         Visit visit;
         QString text;
+        QString base;
         bool touched = false;
         bool loaded = false;
     };
 
     bool IsInBox(const Visit& visit) const;
-    void ShowUntouched(const Visit& visit, const QString& stored);
+    void ShowUntouched(const Visit& visit, const QString& raw);
+    /// The text for a visit in the box, or kept aside, becomes that one.
+    void Replace(const Visit& visit, const QString& text, const QString& base, bool touched);
 
     std::optional<TextDraft::Draft> UnsavedDraft() const;
     void LookForDraft();
@@ -78,5 +71,6 @@ private:
     const DraftIsThere m_draftIsThere;
     std::optional<TextDraft::Draft> m_offered;
     TextDraft m_draft{[this] { return UnsavedDraft(); }, nullptr};
+    QString m_toldOf;             ///< Another station's note that leaves no room for the own one.
     std::optional<Aside> m_aside; ///< The visit's own text while a history line has the box.
 };

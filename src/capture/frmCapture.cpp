@@ -138,6 +138,7 @@ void frmCapture::Form_Unload()
     StopDevice(*m_capCapture);
     m_history->EndFills();
     m_note->End();
+    m_deletion->End();
     m_stills->Finish();
     if (m_pacs)
         m_pacs->End();
@@ -146,7 +147,7 @@ void frmCapture::Form_Unload()
     if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() &&
         !m_stills->IsShareAway() && !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
-        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Pending()); });
+        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Journal()); });
     }
     m_footSwitch->Close();
     m_capCapture->Stop();
@@ -205,10 +206,13 @@ void frmCapture::ConnectPacs()
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Pacs, text); });
     connect(m_stills.get(), &StillCapture::StillIsSafe, pacs, &PacsSending::StillIsSafe);
     connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, GuardedSlot([this, pacs](const Visit& visit) {
-                const PendingRows& pending = m_stills->Pending();
-                const QList<int> waiting = pending.NumbersOf(visit);
-                pacs->VisitIsStored(visit, StoredNumbers(visit, NumberOrder::Ascending) + waiting,
-                                    pending.HasAny(visit));
+                const QList<PictureRecord> own = m_stills->Journal().Of(visit);
+                QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
+                for (const PictureRecord& picture : own) {
+                    if (picture.number > 0)
+                        numbers.append(picture.number);
+                }
+                pacs->VisitIsStored(visit, numbers, !own.isEmpty());
             }));
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs, &PacsSending::PictureIsMarked);
 }

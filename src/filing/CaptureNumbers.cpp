@@ -1,51 +1,86 @@
 #include "filing/CaptureNumbers.h"
 
 #include "contracts/files.h"
+#include "contracts/PlatformError.h"
 #include "frame/services.h"
+#include "records/capture_index.h"
+#include "records/Statement.h"
 
 #include <algorithm>
 
-int CaptureNumbers::NextCaptureNo(const Visit& visit) const
+namespace {
+/// A database that answers does so within this time, beside the encoding of the picture.
+constexpr int RowsPatienceMs = 50;
+
+/// In what follows chart and date in the name of a picture or a claim; 0 in any other.
+int NumberIn(const QString& rest)
+{
+    bool isNumber = false;
+    const int number = rest.section(QLatin1Char('.'), 0, 0).toInt(&isNumber);
+    return isNumber ? std::max(0, number) : 0;
+}
+} // namespace
+
+void CaptureNumbers::Question::Answer(std::optional<int> largest)
 {
     const std::lock_guard lock(m_mutex);
-    const Largest* known = Find(visit);
-    return known != nullptr ? known->number : 0;
+    m_largest = largest;
+    m_isAnswered = true;
+    m_changed.notify_all();
 }
 
-void CaptureNumbers::Read(const Visit& visit, const QList<int>& numbers)
+std::optional<int> CaptureNumbers::Question::Await(int patienceMs)
 {
-    const std::lock_guard lock(m_mutex);
-    At(visit) = numbers.isEmpty() ? 0 : *std::ranges::max_element(numbers);
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, std::chrono::milliseconds(patienceMs), [this] { return m_isAnswered; });
+    return m_largest;
 }
 
-void CaptureNumbers::Filed(const Visit& visit, int number)
+CaptureNumbers::QuestionPointer CaptureNumbers::Ask(const Visit& visit)
 {
-    const std::lock_guard lock(m_mutex);
-    int& largest = At(visit);
-    largest = std::max(largest, number);
-}
-
-void CaptureNumbers::LearnFromFolder(const Visit& visit)
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        if (Find(visit) != nullptr)
-            return;
+    const auto question = std::make_shared<Question>();
+    const auto ask = [question, visit] {
+        try {
+            question->Answer(::NextCaptureNo(visit));
+        } catch (const PlatformError&) {
+            question->Answer(std::nullopt);
+        }
+    };
+    try {
+        QueueStatements(this, ask, [](const std::exception_ptr&) {});
+    } catch (const PlatformError&) {
+        question->Answer(std::nullopt);
     }
-    for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix()))
-        Filed(visit, visit.PictureNumber(name));
+    return question;
 }
 
-const CaptureNumbers::Largest* CaptureNumbers::Find(const Visit& visit) const
+int CaptureNumbers::Next(const Visit& visit, Question& question) const
 {
-    const auto found = std::ranges::find(m_visits, visit, &Largest::visit);
-    return found != m_visits.end() ? &*found : nullptr;
+    int largest = 0;
+    if (const std::optional<int> ofRows = question.Await(RowsPatienceMs)) {
+        largest = *ofRows;
+    } else {
+        for (const QString& name : Files().FilesStartingWith(visit.SectionFolder(), visit.PicturePrefix()))
+            largest = std::max(largest, NumberIn(name.sliced(visit.PicturePrefix().size())));
+    }
+    const std::lock_guard lock(m_mutex);
+    for (const auto& [each, number] : m_held) {
+        if (each == visit)
+            largest = std::max(largest, number);
+    }
+    return largest + 1;
 }
 
-int& CaptureNumbers::At(const Visit& visit)
+void CaptureNumbers::Hold(const Visit& visit, int number)
 {
-    auto found = std::ranges::find(m_visits, visit, &Largest::visit);
-    if (found == m_visits.end())
-        found = m_visits.insert(found, {visit, 0});
-    return found->number;
+    const std::lock_guard lock(m_mutex);
+    m_held.emplace_back(visit, number);
+}
+
+void CaptureNumbers::Release(const Visit& visit, int number)
+{
+    const std::lock_guard lock(m_mutex);
+    const auto held = std::ranges::find(m_held, std::pair(visit, number));
+    if (held != m_held.end())
+        m_held.erase(held);
 }

@@ -16,7 +16,7 @@ constexpr int ChartSize = 8;
 constexpr int DateSize = 8;
 
 /// Chart, date and number in a claim's name; no number for any other name.
-LeftoverNumber FromClaimName(const QString& name, const PendingRows::Folder& folder)
+LeftoverNumber FromClaimName(const QString& name, const PictureJournal::Folder& folder)
 {
     const QString digits = name.mid(ChartSize + DateSize);
     bool isNumber = false;
@@ -44,7 +44,7 @@ void ClearForeignClaim(const LeftoverNumber& leftover, const QString& path)
         DeleteFile(path);
 }
 
-void LookAtClaim(const QString& name, const PendingRows::Folder& folder, QList<LeftoverNumber>& found)
+void LookAtClaim(const QString& name, const PictureJournal::Folder& folder, QList<LeftoverNumber>& found)
 {
     LeftoverNumber leftover = FromClaimName(name, folder);
     if (leftover.number == 0)
@@ -67,7 +67,7 @@ void LookAtClaim(const QString& name, const PendingRows::Folder& folder, QList<L
         DeleteFile(path);
 }
 
-void LookInFolder(const PendingRows::Folder& folder, QList<LeftoverNumber>& found)
+void LookInFolder(const PictureJournal::Folder& folder, QList<LeftoverNumber>& found)
 {
     const QString section = SectionFolder(folder.captureDir, folder.etc);
     for (const QString& name : Files().FilesStartingWith(section, QString())) {
@@ -83,10 +83,10 @@ void LookInFolder(const PendingRows::Folder& folder, QList<LeftoverNumber>& foun
 
 } // namespace
 
-QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& folders)
+QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PictureJournal::Folder>& folders)
 {
     QList<LeftoverNumber> found;
-    for (const PendingRows::Folder& folder : folders) {
+    for (const PictureJournal::Folder& folder : folders) {
         try {
             LookInFolder(folder, found);
         } catch (const PlatformError&) {
@@ -96,7 +96,7 @@ QList<LeftoverNumber> LeftoverNumbers::FindIn(const QList<PendingRows::Folder>& 
     return found;
 }
 
-void LeftoverNumbers::LookIn(const QList<PendingRows::Folder>& folders)
+void LeftoverNumbers::LookIn(const QList<PictureJournal::Folder>& folders)
 {
     m_thread.Post([folders, self = QPointer(this)] {
         const QList<LeftoverNumber> numbers = FindIn(folders);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "filing/PendingRows.h"
+#include "filing/PictureJournal.h"
 #include "frame/WorkThread.h"
 #include "visit/Visit.h"
 
@@ -23,9 +23,9 @@ class LeftoverNumbers : public QObject
 
 public:
     /// Begins to look in these sections' folders. `Found` follows once.
-    void LookIn(const QList<PendingRows::Folder>& folders);
+    void LookIn(const QList<PictureJournal::Folder>& folders);
     /// Looks, and returns when that is done.
-    static QList<LeftoverNumber> FindIn(const QList<PendingRows::Folder>& folders);
+    static QList<LeftoverNumber> FindIn(const QList<PictureJournal::Folder>& folders);
 
 Q_SIGNALS:
     void Found(const QList<LeftoverNumber>& numbers);

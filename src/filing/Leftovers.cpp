@@ -23,9 +23,9 @@ Leftovers::Leftovers(StillFiling& filing) : m_filing(filing)
 void Leftovers::Settle()
 {
     const Visit visit = CurrentVisit();
-    QList<PendingRows::Folder> folders = m_filing.Pending().LeftFolders();
+    QList<PictureJournal::Folder> folders = m_filing.Journal().LeftFolders();
     const auto add = [&](const QString& section) {
-        const PendingRows::Folder folder{visit.captureDir, section};
+        const PictureJournal::Folder folder{visit.captureDir, section};
         if (!Trim(section).isEmpty() && !folders.contains(folder))
             folders.append(folder);
     };
@@ -44,12 +44,9 @@ void Leftovers::Write(const QList<LeftoverNumber>& numbers)
     m_filing.WriteLeft();
     const auto count = std::make_shared<Count>();
     for (const LeftoverNumber& number : numbers) {
-        // What lies in the spool comes from there.
-        const bool isSpooled =
-            !number.picture.isEmpty() &&
-            std::ranges::any_of(m_filing.Pending().Spooled(),
-                                [&number](const PendingRows::Entry& entry) { return entry.spooled == number.picture; });
-        if (!isSpooled && !m_filing.Pending().Holds(number.visit, number.number))
+        // What the journal has comes from there.
+        const bool isOnItsWay = m_filing.Journal().Find(number.picture) != nullptr;
+        if (!isOnItsWay && !m_filing.Journal().Holds(number.visit, number.number))
             Submit(number, count);
     }
     QueueStatements(
@@ -62,7 +59,7 @@ void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Cou
     const auto write = [isNew, visit = leftover.visit, number = leftover.number] {
         if (HasPictureRow(visit, number))
             return;
-        SaveCaptureRows(visit, number, StoredNote(visit));
+        AddCaptureRows(visit, number);
         *isNew = true;
     };
     QueueStatements(
@@ -85,11 +82,11 @@ void Leftovers::Tell(const Count& count)
     if (m_ended)
         return;
     if (!count.isAway)
-        m_filing.Pending().LeftFoldersAreSettled();
+        m_filing.Journal().LeftFoldersAreSettled();
     QStringList tidings;
     if (count.settled > 0)
         tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(count.settled);
-    for (const QString& owner : m_filing.Pending().ForeignOwners())
+    for (const QString& owner : m_filing.Journal().ForeignOwners())
         tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
             owner);
     Q_EMIT AreSettled({count.isVisitShown, tidings});

@@ -4,14 +4,14 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
-#include "filing/PendingRows.h"
+#include "filing/PictureJournal.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
 
-#include <QPointer>
 #include <QUuid>
 
 #include <algorithm>
@@ -26,72 +26,103 @@ constexpr int SharePatienceMs = 1000;
 constexpr int RetryMs = 1000;
 /// More than the slowest machine takes for the pictures that wait to be encoded.
 constexpr int LongestEncodingMs = 10'000;
-/// All that the spool may hold, and what it leaves free on the disk.
-constexpr qint64 LargestSpool = 500'000'000;
+/// All that may wait on the local disk, and what that is to keep free.
+constexpr qint64 MostLocalBytes = 500'000'000;
 constexpr qint64 LeastFreeBytes = 1'000'000'000;
 
 /// Beside a picture there has to be room for its claim and for what the disk itself needs. In bytes.
 constexpr qint64 LeftOnShare = 1'000'000;
 
-QString SpoolFolder()
+QString LocalFolder()
 {
     return UseService<Desktop>().ProgramFolder() + u'\\';
 }
 
+void CheckLocalRoom()
+{
+    qint64 bytes = 0;
+    for (const FolderEntry& entry : Files().Entries(LocalFolder())) {
+        if (entry.Name.startsWith(QStringView(StillFiles::LocalPrefix)))
+            bytes += entry.Size;
+    }
+    const qint64 freeBytes = Files().FreeBytes(LocalFolder());
+    if (bytes > MostLocalBytes || (freeBytes >= 0 && freeBytes < LeastFreeBytes)) {
+        throw PlatformError(
+            u"저장 폴더가 응답하지 않고, 이 컴퓨터에도 그림을 보관할 공간이 없습니다.!! (보관 %1MB, 남은 공간 %2MB)"_s
+                .arg(bytes / 1'000'000)
+                .arg(freeBytes / 1'000'000));
+    }
+}
+
 /// A disk that refuses keeps nobody waiting.
-void DeleteSpoolFile(const QString& picture)
+void DeleteLocalFile(const QString& id)
 {
     try {
-        DeleteFile(StillFiles::SpoolPath(picture));
+        DeleteFile(StillFiles::LocalPath(id));
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
     }
 }
 
+/// Others wait for the share, and nothing may pass them.
+class Passed : public FilesAway
+{
+public:
+    using FilesAway::FilesAway;
+};
+
 } // namespace
 
 struct StillFiles::Still
 {
-    Picture picture;
     QString id;
-    bool isLeft = false; ///< By an earlier run, which may have filed it.
-
-    /// Who has it. What waits for the share can be taken back; what has begun there comes to an end of its own.
-    enum Hand { Waiting, AtShare, TakenBack };
-    std::atomic<int> hand = Waiting;
+    Visit visit;
+    Picture picture;
+    CaptureNumbers::QuestionPointer question = nullptr;
+    bool isLeft = false;                 ///< By an earlier run, which may have filed it.
+    std::atomic<bool> isDeleted = false; ///< It goes on to the deleted pictures.
+    std::atomic<bool> isPlaced = false;
 
     // The screen's thread alone.
-    QByteArray content = {}; ///< Until it is safe.
+    QByteArray content = {}; ///< Empty when it has to be read from the local disk.
+    enum Local { Pending, Kept, Failed };
+    Local local = Pending;
     bool isEncoded = false;
-    int spooled = 0;         ///< Its number in the spool.
-    bool isSpooling = false; ///< Its spool file is being written.
-    bool isForgotten = false;
-    std::shared_ptr<Placed> placed = nullptr; ///< The share has it, while it was still being spooled.
+    bool isAtShare = false;
+    bool isOverdue = false; ///< The share has had its second.
+    bool isWaiting = false; ///< The screen knows.
+    std::exception_ptr localFault = {};
+    std::exception_ptr shareFault = {};
 };
 
-QString StillFiles::SpoolPath(const QString& picture)
+QString StillFiles::LocalPath(const QString& id)
 {
-    return SpoolFolder() + QString::fromUtf16(SpoolPrefix) + picture + u".jpg"_s;
+    return LocalFolder() + QString::fromUtf16(LocalPrefix) + id + u".jpg"_s;
 }
 
-StillFiles::StillFiles(WorkThread& local, PendingRows& list, Note note)
-    : m_local(local), m_list(list), m_note(std::move(note))
+StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
+    : m_local(local), m_journal(journal), m_note(std::move(note))
 {
     for (QTimer* timer : {&m_patience, &m_retry})
         timer->setSingleShot(true);
     m_retry.setInterval(RetryMs);
-    connect(&m_patience, &QTimer::timeout, this, &StillFiles::SpoolAll);
+    connect(&m_patience, &QTimer::timeout, this, &StillFiles::LoseShare);
     connect(&m_retry, &QTimer::timeout, this, &StillFiles::MoveNext);
-    for (const PendingRows::Entry& entry : m_list.Spooled()) {
+    for (const PictureRecord& picture : m_journal.Pictures()) {
+        if (picture.number > 0) {
+            m_numbers->Hold(picture.visit, picture.number);
+            m_local.Post([id = picture.id] { DeleteLocalFile(id); });
+            continue;
+        }
         const auto still = std::make_shared<Still>();
-        still->picture.visit = entry.visit;
-        still->id = entry.spooled;
-        still->isLeft = true;
-        still->hand = Still::TakenBack;
-        still->spooled = entry.number;
+        still->id = picture.id;
+        still->visit = picture.visit;
+        still->isLeft = still->isEncoded = still->isWaiting = true;
+        still->isDeleted = picture.IsDeleted();
+        still->local = Still::Kept;
         m_road.append(still);
     }
-    *m_isAway = IsShareAway();
+    *m_isAway = !m_road.isEmpty();
     MoveNext();
 }
 
@@ -111,49 +142,55 @@ void StillFiles::End()
 
 int StillFiles::UnderWay() const
 {
-    return static_cast<int>(std::ranges::count_if(
-        m_road, [](const StillPointer& still) { return still->spooled == 0 || still->isSpooling; }));
+    return static_cast<int>(
+        std::ranges::count(m_road, false, [](const StillPointer& still) { return still->isWaiting; }));
 }
 
-int StillFiles::Spooled() const
+int StillFiles::Waiting() const
 {
     return static_cast<int>(
-        std::ranges::count_if(m_road, [](const StillPointer& still) { return still->spooled != 0; }));
+        std::ranges::count_if(m_road, [](const StillPointer& still) { return still->isWaiting && !still->isDeleted; }));
 }
 
-void StillFiles::CheckSpoolHasRoom() const
+bool StillFiles::IsShareAway() const
 {
-    qint64 bytes = 0;
-    for (const FolderEntry& entry : Files().Entries(SpoolFolder())) {
-        if (entry.Name.startsWith(QStringView(SpoolPrefix)))
-            bytes += entry.Size;
-    }
-    const qint64 freeBytes = Files().FreeBytes(SpoolFolder());
-    if (bytes > LargestSpool || (freeBytes >= 0 && freeBytes < LeastFreeBytes)) {
-        throw PlatformError(
-            u"저장 폴더가 응답하지 않고, 이 컴퓨터에도 그림을 보관할 공간이 없습니다.!! (보관 %1MB, 남은 공간 %2MB)"_s
-                .arg(bytes / 1'000'000)
-                .arg(freeBytes / 1'000'000));
-    }
+    return std::ranges::any_of(m_road, [](const StillPointer& still) { return still->isWaiting; });
 }
 
-void StillFiles::File(const Picture& picture)
+QString StillFiles::File(const Picture& picture)
 {
-    if (IsShareAway())
-        CheckSpoolHasRoom();
-    m_list.ClaimsIn({picture.visit.captureDir, picture.visit.etc});
     const auto still = std::make_shared<Still>();
-    still->picture = picture;
     still->id = QUuid::createUuid().toString(QUuid::Id128);
+    still->visit = picture.visit;
+    still->picture = picture;
+    still->picture.encode = nullptr;
+    m_journal.ClaimsIn({picture.visit.captureDir, picture.visit.etc});
+    const std::optional<TypedNote> note = m_note(picture.visit);
+    if (note)
+        m_journal.setNote(picture.visit, *note);
+    // On the disk before the picture is, while that is being encoded.
+    m_journal.Add({.id = still->id,
+                   .visit = picture.visit,
+                   .origin = picture.origin,
+                   .takenAt = QDateTime::currentDateTime(),
+                   .note = note});
+    still->question = m_numbers->Ask(picture.visit);
     m_road.append(still);
-    m_encoder.Post([this, still, encode = picture.encode, self = m_self]() mutable {
+    Encode(still, picture.encode);
+    return still->id;
+}
+
+void StillFiles::Encode(const StillPointer& still, const std::function<QByteArray()>& encode)
+{
+    still->isAtShare = true;
+    m_encoder.Post([this, still, encode = std::function(encode), self = m_self]() mutable {
         QByteArray content;
         try {
             content = encode();
         } catch (...) {
             PostToScreen([self, still, fault = std::current_exception()] {
                 if (self)
-                    self->AnswerPlaced(still, {}, fault);
+                    self->Refuse(still, fault);
             });
             return;
         }
@@ -163,41 +200,85 @@ void StillFiles::File(const Picture& picture)
             if (self)
                 self->AnswerEncoded(still, content);
         });
-        HandOver(still, content);
+        KeepLocally(still, content);
+        HandOver(still, content, false);
     });
-    still->picture.encode = nullptr;
 }
 
-void StillFiles::HandOver(const StillPointer& still, const QByteArray& content)
+void StillFiles::KeepLocally(const StillPointer& still, const QByteArray& content)
 {
-    m_share.Post([still, content, isAway = m_isAway, numbers = m_numbers, self = m_self] {
-        const int hand = *isAway ? Still::TakenBack : Still::AtShare;
-        int waiting = Still::Waiting;
-        if (!still->hand.compare_exchange_strong(waiting, hand) || hand == Still::TakenBack)
-            return;
-        Place(self, still, [&] { return PlaceFile(*still, content, *numbers); });
+    m_local.Post([still, content, self = m_self] {
+        std::exception_ptr fault;
+        try {
+            // The share may have been quicker.
+            if (!still->isPlaced) {
+                CheckLocalRoom();
+                Files().WritePrivateFile(LocalPath(still->id), content);
+            }
+        } catch (const StoredWithFault&) {
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        PostToScreen([self, still, fault] {
+            if (self)
+                self->AnswerLocal(still, fault);
+        });
     });
 }
 
-void StillFiles::Place(const QPointer<StillFiles>& self, const StillPointer& still,
-                       const std::function<Placed()>& place)
+void StillFiles::HandOver(const StillPointer& still, const QByteArray& content, bool isFirst)
+{
+    m_share.Post([still, content, isFirst, isAway = m_isAway, numbers = m_numbers, self = m_self] {
+        Placed placed;
+        std::exception_ptr fault;
+        try {
+            if (*isAway && !isFirst)
+                throw Passed(QString());
+            placed = Place(*still, content, *numbers);
+            still->isPlaced = true;
+        } catch (...) {
+            // Those behind it may not pass.
+            *isAway = true;
+            fault = std::current_exception();
+        }
+        PostToScreen([self, still, placed, fault] {
+            if (self)
+                self->AnswerPlaced(still, placed, fault);
+        });
+    });
+}
+
+StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, CaptureNumbers& numbers)
 {
     Placed placed;
-    std::exception_ptr fault;
-    try {
-        placed = place();
-    } catch (...) {
-        fault = std::current_exception();
+    if (still.isLeft) {
+        if (const std::optional<int> number = NumberClaim::NumberOf(still.visit, still.id)) {
+            placed.number = *number;
+            numbers.Hold(still.visit, *number);
+        } else if (!FileExists(LocalPath(still.id))) {
+            // It had come neither here nor there.
+            return placed;
+        }
     }
-    PostToScreen([self, still, placed, fault] {
-        if (self)
-            self->AnswerPlaced(still, placed, fault);
-    });
+    if (placed.number == 0)
+        placed = PlaceFile(still, content.isEmpty() ? Files().ReadFile(LocalPath(still.id)) : content, numbers);
+    if (still.isDeleted) {
+        ThrowAway(still.visit, placed.number, numbers);
+        placed.number = 0;
+    }
+    return placed;
+}
+
+void StillFiles::ThrowAway(const Visit& visit, int number, CaptureNumbers& numbers)
+{
+    MoveToLogFolder(visit, number);
+    NumberClaim::Release(visit, number);
+    numbers.Release(visit, number);
 }
 
 StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers)
 {
-    const Visit& visit = still.picture.visit;
+    const Visit& visit = still.visit;
     // A section outside this client's list has no folder of its own yet.
     EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
     const qint64 freeBytes = Files().FreeBytes(visit.captureDir);
@@ -205,7 +286,7 @@ StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& c
         throw PlatformError(
             u"저장 폴더에 남은 공간이 없어 그림을 저장할 수 없습니다.!! (남은 공간 %1MB)"_s.arg(freeBytes / 1'000'000));
     }
-    for (int number = numbers.NextCaptureNo(visit) + 1; number <= Visit::LargestNumber; ++number) {
+    for (int number = numbers.Next(visit, *still.question); number <= Visit::LargestNumber; ++number) {
         auto claim = NumberClaim::Take(visit, number, still.id);
         // Another station may have filed this number and let go of it before the claim was ours.
         if (claim == nullptr || NumberClaim::IsPictureThere(visit, number))
@@ -219,220 +300,165 @@ StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& c
         }
         // It stands until the rows are in.
         claim->Keep();
-        numbers.Filed(visit, number);
+        numbers.Hold(visit, number);
         return placed;
     }
     throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
 }
 
-StillFiles::Placed StillFiles::PlaceSpooled(const Still& still, CaptureNumbers& numbers)
-{
-    if (still.isLeft) {
-        if (const std::optional<int> number = NumberClaim::NumberOf(still.picture.visit, still.id))
-            return {*number, {}};
-        if (!FileExists(SpoolPath(still.id)))
-            return {};
-        // Its visit is hardly the one on the screen: no number of a picture that was deleted is to be filled.
-        numbers.LearnFromFolder(still.picture.visit);
-    }
-    return PlaceFile(still, Files().ReadFile(SpoolPath(still.id)), numbers);
-}
-
 void StillFiles::AnswerEncoded(const StillPointer& still, const QByteArray& content)
 {
-    still->content = content;
     still->isEncoded = true;
+    still->content = content;
     still->picture.encoded(content);
-    // The share may have been quicker.
+    if (m_road.contains(still) && !m_patience.isActive())
+        m_patience.start(SharePatienceMs);
+}
+
+void StillFiles::AnswerLocal(const StillPointer& still, const std::exception_ptr& fault)
+{
+    still->local = fault == nullptr ? Still::Kept : Still::Failed;
+    still->localFault = fault;
     if (!m_road.contains(still))
         return;
-    if (IsShareAway()) {
-        Spool(still);
-        return;
+    if (fault == nullptr) {
+        if (still->shareFault != nullptr || still->isOverdue || IsShareAway())
+            LetWait(still);
+    } else if (still->shareFault != nullptr) {
+        Refuse(still, guard::Is<Passed>(still->shareFault) ? fault : still->shareFault);
+    } else if (still->isOverdue || IsShareAway()) {
+        Refuse(still, fault);
     }
-    // The share came back between its refusal of this one and now.
-    int takenBack = Still::TakenBack;
-    if (still->hand.compare_exchange_strong(takenBack, Still::Waiting))
-        HandOver(still, content);
-    if (!m_patience.isActive())
-        m_patience.start(SharePatienceMs);
 }
 
 void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault)
 {
-    if (still->isSpooling) {
-        // Which is to end first.
-        if (fault == nullptr)
-            still->placed = std::make_shared<Placed>(placed);
-        else
-            still->hand = Still::TakenBack;
+    still->isAtShare = false;
+    if (fault == nullptr) {
+        AnswerAtShare(still, placed);
         return;
     }
-    if (still->spooled == 0) {
-        m_road.removeOne(still);
-        m_patience.stop();
-        if (fault == nullptr) {
-            m_list.Add({still->picture.visit, placed.number, m_note(still->picture.visit)});
-            Q_EMIT Filed(still->picture.visit, placed.number);
-        }
-        still->picture.filed(placed.number, fault);
-        if (!placed.fault.isEmpty())
-            Q_EMIT Tidings(placed.fault);
-        // It does answer: the next one has its own second.
-        if (std::ranges::any_of(m_road, [](const StillPointer& next) { return next->isEncoded && next->spooled == 0; }))
-            m_patience.start(SharePatienceMs);
+    if (!m_road.contains(still))
         return;
-    }
-    if (fault != nullptr) {
-        still->hand = Still::TakenBack;
-        if (still->isForgotten)
-            Leave(still);
+    still->shareFault = fault;
+    if (still->local == Still::Failed)
+        Refuse(still, guard::Is<Passed>(fault) ? still->localFault : fault);
+    else if (still->local == Still::Kept)
+        LetWait(still);
+    // Those before it are on the share by now.
+    if (guard::Is<Passed>(fault) && !m_road.isEmpty() && m_road.first() == still)
+        MoveNext();
+    else
         m_retry.start();
-        return;
-    }
-    still->placed = std::make_shared<Placed>(placed);
-    Settle(still);
 }
 
-void StillFiles::SpoolAll()
-{
-    for (const StillPointer& still : QList(m_road)) {
-        if (still->isEncoded && still->spooled == 0)
-            Spool(still);
-    }
-}
-
-void StillFiles::Spool(const StillPointer& still)
+void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
 {
     m_patience.stop();
-    if (!m_isAway->exchange(true))
-        journal::Note(Journal::Warning, u"저장 폴더가 응답하지 않음, 그림을 이 컴퓨터에 보관함"_s);
-    int waiting = Still::Waiting;
-    still->hand.compare_exchange_strong(waiting, Still::TakenBack);
-    still->isSpooling = true;
-    const Visit& visit = still->picture.visit;
-    still->spooled = m_list.Spool(visit, still->id, m_note(visit));
-    m_local.Post([self = m_self, still, content = still->content, path = SpoolPath(still->id)] {
-        std::exception_ptr fault;
-        try {
-            Files().WritePrivateFile(path, content);
-        } catch (const StoredWithFault&) {
-        } catch (...) {
-            fault = std::current_exception();
-        }
-        PostToScreen([self, still, fault] {
-            if (self)
-                self->AnswerSpooled(still, fault);
+    m_road.removeOne(still);
+    const bool wasWaiting = still->isWaiting;
+    const PictureRecord* picture = m_journal.Find(still->id);
+    const bool isWanted = placed.number > 0 && picture != nullptr && !picture->IsDeleted();
+    if (isWanted) {
+        m_journal.Update(still->id, [&](PictureRecord& changed) {
+            changed.number = placed.number;
+            changed.state = PictureState::OnShare;
         });
-    });
+    } else {
+        // Deleted, or refused, while the share had it in its hands.
+        if (placed.number > 0) {
+            m_share.Post([visit = still->visit, number = placed.number, numbers = m_numbers] {
+                ThrowAway(visit, number, *numbers);
+            });
+        }
+        m_journal.Remove(still->id);
+    }
+    // Behind the journal: a number that it doesn't know yet is found by its claim.
+    m_local.Post([id = still->id] { DeleteLocalFile(id); });
+    still->content.clear();
+    if (m_road.isEmpty() && m_isAway->exchange(false) && wasWaiting)
+        journal::Note(Journal::Information, u"저장 폴더가 다시 응답함, 보관한 그림을 모두 옮김"_s);
+    if (isWanted) {
+        if (wasWaiting)
+            Q_EMIT Moved(still->id);
+        Q_EMIT Filed(still->id);
+        if (!wasWaiting)
+            still->picture.filed(placed.number, nullptr);
+    }
+    if (!placed.fault.isEmpty())
+        Q_EMIT Tidings(placed.fault);
+    if (wasWaiting)
+        Q_EMIT Changed();
+    // It does answer: the next one has its own second.
+    if (std::ranges::any_of(m_road, [](const StillPointer& next) { return next->isEncoded && !next->isWaiting; }))
+        m_patience.start(SharePatienceMs);
+    MoveNext();
 }
 
-void StillFiles::AnswerSpooled(const StillPointer& still, const std::exception_ptr& fault)
+void StillFiles::LoseShare()
 {
-    still->isSpooling = false;
-    if (fault == nullptr)
-        still->content.clear();
-    else
-        Q_EMIT Tidings(
-            u"그림을 이 컴퓨터에 보관하지 못하였습니다.!! 저장 폴더가 응답할 때까지 끄지 마십시오.!!\r\n%1"_s.arg(
-                guard::TextOf(fault)));
-    if (!still->isForgotten) {
-        Q_EMIT Filed(still->picture.visit, still->spooled);
-        still->picture.filed(still->spooled, nullptr);
-        Q_EMIT Changed();
-    } else if (still->hand == Still::TakenBack) {
-        Leave(still);
+    bool isFirst = !IsShareAway();
+    for (const StillPointer& still : QList(m_road)) {
+        if (!still->isEncoded || still->isWaiting)
+            continue;
+        if (std::exchange(isFirst, false))
+            journal::Note(Journal::Warning, u"저장 폴더가 응답하지 않음, 그림을 이 컴퓨터에 보관함"_s);
+        still->isOverdue = true;
+        if (still->local == Still::Kept)
+            LetWait(still);
+        else if (still->local == Still::Failed)
+            Q_EMIT Tidings(
+                u"그림을 이 컴퓨터에 보관하지 못하였습니다.!! 저장 폴더가 응답할 때까지 끄지 마십시오.!!\r\n%1"_s.arg(
+                    guard::TextOf(still->localFault)));
     }
-    if (still->placed != nullptr)
-        Settle(still);
-    else
-        MoveNext();
+}
+
+void StillFiles::LetWait(const StillPointer& still)
+{
+    if (std::exchange(still->isWaiting, true))
+        return;
+    m_journal.Mark(still->id, [](PictureRecord& picture) {
+        picture.waits = true;
+        if (!picture.IsDeleted())
+            picture.state = PictureState::Local;
+    });
+    // It is read from there when its turn comes.
+    still->content.clear();
+    still->picture.filed(0, nullptr);
+    Q_EMIT Changed();
+}
+
+void StillFiles::Refuse(const StillPointer& still, const std::exception_ptr& fault)
+{
+    if (!m_road.removeOne(still))
+        return;
+    m_journal.Remove(still->id);
+    // Should the share take it after all, it goes to the deleted pictures.
+    still->isDeleted = true;
+    still->picture.filed(0, fault);
+    MoveNext();
 }
 
 void StillFiles::MoveNext()
 {
-    if (m_road.isEmpty())
+    if (m_road.isEmpty()) {
+        *m_isAway = false;
         return;
+    }
     const StillPointer still = m_road.first();
-    if (still->spooled == 0 || still->isSpooling || still->hand != Still::TakenBack)
+    // One that is on its way comes back by itself; one that was refused has its pause.
+    if (!still->isEncoded || std::exchange(still->isAtShare, true))
         return;
-    still->hand = Still::AtShare;
-    m_share.Post([self = m_self, still, content = still->content, numbers = m_numbers] {
-        Place(self, still, [&] {
-            return content.isEmpty() ? PlaceSpooled(*still, *numbers) : PlaceFile(*still, content, *numbers);
-        });
-    });
+    still->shareFault = nullptr;
+    still->question = m_numbers->Ask(still->visit);
+    HandOver(still, still->content, true);
 }
 
-void StillFiles::Settle(const StillPointer& still)
+void StillFiles::Delete(const QString& id)
 {
-    const Visit& visit = still->picture.visit;
-    const int number = still->placed->number;
-    if (!still->placed->fault.isEmpty())
-        Q_EMIT Tidings(still->placed->fault);
-    if (number == 0 || still->isForgotten) {
-        // Deleted while it was on its way.
-        if (number > 0) {
-            m_share.Post([visit, number] {
-                try {
-                    DeleteFile(visit.PicturePath(number));
-                } catch (const PlatformError&) {
-                    return; // The claim stays with it.
-                }
-                NumberClaim::Release(visit, number);
-            });
-        }
-        Leave(still);
-        MoveNext();
-        return;
-    }
-    // Its rows, and with them the claim, come after the spool file has gone.
-    m_local.Post([self = m_self, still, number] {
-        DeleteSpoolFile(still->id);
-        PostToScreen([self, still, number] {
-            if (!self)
-                return;
-            const Visit visit = still->picture.visit;
-            self->m_road.removeOne(still);
-            self->LookAtShare();
-            self->m_list.File(visit, still->spooled, number);
-            Q_EMIT self->Moved(visit, still->spooled, number);
-            Q_EMIT self->Filed(visit, number);
-            Q_EMIT self->Changed();
-            self->MoveNext();
-        });
-    });
-}
-
-void StillFiles::LookAtShare()
-{
-    const bool isAway = IsShareAway();
-    if (m_isAway->exchange(isAway) && !isAway)
-        journal::Note(Journal::Information, u"저장 폴더가 다시 응답함, 보관한 그림을 모두 옮김"_s);
-}
-
-void StillFiles::Leave(const StillPointer& still)
-{
-    m_road.removeOne(still);
-    LookAtShare();
-    m_list.Remove(still->picture.visit, still->spooled);
-    m_local.Post([id = still->id] { DeleteSpoolFile(id); });
+    const auto found = std::ranges::find(m_road, id, [](const StillPointer& still) { return still->id; });
+    if (found != m_road.end())
+        (*found)->isDeleted = true;
+    m_journal.Update(id, [](PictureRecord& picture) { picture.state = PictureState::Deleted; });
     Q_EMIT Changed();
-}
-
-void StillFiles::Forget(const Visit& visit, int spooled)
-{
-    for (const StillPointer& still : QList(m_road)) {
-        if (still->spooled != spooled || still->picture.visit != visit)
-            continue;
-        // What has begun at the share is undone when it ends.
-        if (still->hand == Still::AtShare || still->isSpooling) {
-            still->isForgotten = true;
-            m_list.Remove(visit, spooled);
-            m_local.Post([id = still->id] { DeleteSpoolFile(id); });
-        } else {
-            Leave(still);
-            MoveNext();
-        }
-    }
 }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "filing/CaptureNumbers.h"
+#include "filing/PictureRecord.h"
 #include "frame/WorkThread.h"
-#include "visit/Visit.h"
 
 #include <QObject>
 #include <QPointer>
@@ -13,14 +13,15 @@
 #include <functional>
 #include <memory>
 
-class PendingRows;
+class PictureJournal;
 
 /// Brings the files of stills into the capture directory, in the order of the presses, under numbers that no other
-/// station takes. A share that hasn't answered after a second keeps no picture from safety: it goes, whole, into the
-/// spool in the program's folder, and so do all behind it, until the share answers; then they are moved, in order.
+/// station takes. Each is written to this machine's disk as well, beside the share, and is safe as soon as one of the
+/// two has it. A share that faults or stands still keeps no picture from safety: those that it hasn't taken wait on the
+/// local disk, in order, until it answers.
 ///
-/// One picture is in one hand at a time. The claim of a number names its picture and outlives the picture's spool file,
-/// so that a picture that a dead station was moving is found again and never filed twice.
+/// The claim of a number names its picture and outlives the picture's local file, so that one that a dead station was
+/// bringing to the share is found again and never filed twice.
 class StillFiles : public QObject
 {
     Q_OBJECT
@@ -30,53 +31,53 @@ public:
     struct Picture
     {
         Visit visit;
+        PictureOrigin origin = PictureOrigin::Press;
         /// Gives the content of the file. Runs on a thread of its own; may throw PlatformError.
         std::function<QByteArray()> encode;
         /// Hears the content before it is written.
         std::function<void(const QByteArray&)> encoded;
-        /// The file stands under its number, or lies in the spool under one below 0; or it could not be written, and
-        /// nothing is left behind.
+        /// It is safe: the file stands under its number, or, with 0, lies on the local disk and waits for the share. Or
+        /// neither has taken it, and nothing is left behind.
         std::function<void(int number, std::exception_ptr fault)> filed;
     };
     /// The operator's own text for a visit.
-    using Note = std::function<QString(const Visit&)>;
+    using Note = std::function<std::optional<TypedNote>(const Visit&)>;
 
-    /// Files of this machine are written on `local`, as the list is. Goes on with what the spool holds.
-    StillFiles(WorkThread& local, PendingRows& list, Note note);
+    /// Files of this machine are written on `local`, as the journal is. Goes on with what the journal holds.
+    StillFiles(WorkThread& local, PictureJournal& journal, Note note);
     ~StillFiles() override;
 
-    /// Throws PlatformError, and takes no picture, when the share doesn't answer and the spool has no room.
-    void File(const Picture& picture);
-    /// Pictures that are neither on the share nor in the spool.
+    /// Gives the picture's identity.
+    QString File(const Picture& picture);
+    /// Pictures that aren't safe yet.
     int UnderWay() const;
-    /// How many lie in the spool.
-    int Spooled() const;
-    /// It holds pictures: the share doesn't answer, or hasn't taken them all yet.
-    bool IsShareAway() const { return Spooled() > 0; }
-    /// A picture of the spool has been deleted.
-    void Forget(const Visit& visit, int spooled);
+    /// How many wait on the local disk, those that were deleted not counted.
+    int Waiting() const;
+    /// The share doesn't answer, or hasn't taken them all yet.
+    bool IsShareAway() const;
+    /// A picture that has no number yet has been deleted: it goes to the deleted pictures when the share has it.
+    void Delete(const QString& id);
 
     /// Work on files of the share, behind what is under way there.
     void Post(std::function<void()> work) { m_share.Post(std::move(work)); }
     bool IsIdle() const { return m_share.IsIdle(); }
-    CaptureNumbers& Numbers() { return *m_numbers; }
     const std::shared_ptr<CaptureNumbers>& SharedNumbers() const { return m_numbers; }
     /// What waits is left to the next run. Work for `local` is still under way.
     void End();
 
-    /// Path of a picture in the spool.
-    static QString SpoolPath(const QString& picture);
-    /// What the names of the spool's files begin with.
-    static constexpr char16_t SpoolPrefix[] = u"Spool-";
+    /// Path of a picture on the local disk.
+    static QString LocalPath(const QString& id);
+    /// What the names of these files begin with.
+    static constexpr char16_t LocalPrefix[] = u"Spool-";
 
 Q_SIGNALS:
-    /// A file stands, or lies in the spool; the list has it from here on.
-    void Filed(const Visit& visit, int number);
-    /// A picture of the spool stands under its number, and has left the spool.
-    void Moved(const Visit& visit, int spooled, int number);
+    /// A picture stands under its number.
+    void Filed(const QString& id);
+    /// It waited for that, and the screen knows.
+    void Moved(const QString& id);
     /// For the operator: a disk that reports faults.
     void Tidings(const QString& text);
-    /// How many lie in the spool is another now.
+    /// How many wait is another now.
     void Changed();
 
 private:
@@ -84,34 +85,35 @@ private:
     using StillPointer = std::shared_ptr<Still>;
     struct Placed
     {
-        int number = 0; ///< 0 for a picture of the spool that is nowhere any more.
+        int number = 0; ///< 0 for one that needs no place any more.
         QString fault;  ///< The file stands, but the disk reported a fault.
     };
 
-    /// On the share's thread: places the picture, and answers on the screen's.
-    static void Place(const QPointer<StillFiles>& self, const StillPointer& still,
-                      const std::function<Placed()>& place);
+    /// On the share's thread.
+    static Placed Place(Still& still, const QByteArray& content, CaptureNumbers& numbers);
+    static void ThrowAway(const Visit& visit, int number, CaptureNumbers& numbers);
     static Placed PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers);
-    static Placed PlaceSpooled(const Still& still, CaptureNumbers& numbers);
-    void CheckSpoolHasRoom() const;
-    /// Hands it over to the share, unless others wait for that in the spool.
-    void HandOver(const StillPointer& still, const QByteArray& content);
+
+    void Encode(const StillPointer& still, const std::function<QByteArray()>& encode);
+    void KeepLocally(const StillPointer& still, const QByteArray& content);
+    /// One that isn't the first lets those that wait go before it.
+    void HandOver(const StillPointer& still, const QByteArray& content, bool isFirst);
     void AnswerEncoded(const StillPointer& still, const QByteArray& content);
+    void AnswerLocal(const StillPointer& still, const std::exception_ptr& fault);
     void AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault);
-    void AnswerSpooled(const StillPointer& still, const std::exception_ptr& fault);
+    void AnswerAtShare(const StillPointer& still, const Placed& placed);
     /// The share hasn't answered for the first of them.
-    void SpoolAll();
-    void Spool(const StillPointer& still);
+    void LoseShare();
+    /// It waits, if the local disk has it.
+    void LetWait(const StillPointer& still);
+    void Refuse(const StillPointer& still, const std::exception_ptr& fault);
     void MoveNext();
-    void Settle(const StillPointer& still);
-    void LookAtShare();
-    void Leave(const StillPointer& still);
 
     WorkThread& m_local;
-    PendingRows& m_list;
+    PictureJournal& m_journal;
     const Note m_note;
     const std::shared_ptr<CaptureNumbers> m_numbers = std::make_shared<CaptureNumbers>();
-    /// Others wait for the share in the spool, and nothing may pass them.
+    /// The share has refused one, and nothing may pass it.
     const std::shared_ptr<std::atomic<bool>> m_isAway = std::make_shared<std::atomic<bool>>(false);
     WorkThread m_encoder;
     WorkThread m_share;

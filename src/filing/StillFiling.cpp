@@ -11,7 +11,11 @@
 #include "records/Statement.h"
 #include "text/text_routines.h"
 
+#include <QDeadlineTimer>
 #include <QPointer>
+#include <QThread>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -24,6 +28,13 @@ constexpr int LocalPatienceMs = 3000;
 /// So long after a failure the database is asked again.
 constexpr int RetryMs = 1000;
 
+/// What the operator is told of a picture whose rows the server refuses.
+QString RefusalText(const PictureRecord& picture, const QString& reason)
+{
+    return u"캡쳐 %1번(차트 %2, %3, %4)의 기록을 데이터베이스가 거부하여 따로 보관합니다.!!\r\n%5"_s.arg(
+        NumberText(picture.number), picture.visit.chart, LayIntoMask(picture.visit.ymd, u"0000-00-00"),
+        picture.visit.etc, reason);
+}
 } // namespace
 
 /// What the rows of one picture hold, made on the connection's thread.
@@ -31,39 +42,32 @@ struct StillFiling::Rows
 {
     Note note;
 
-    /// `kept` was typed when the picture was taken, and hasn't been stored since.
-    void Write(const Visit& visit, int number, const std::optional<QString>& typed, const QString& kept)
+    void Write(const Visit& visit, int number, const std::optional<TypedNote>& typed, OwnNotes& own)
     {
-        note = {typed.value_or(QString()), typed.has_value(), {}};
-        if (!note.typed) {
-            note.text = StoredNote(visit);
-            // What was typed when the rows had to wait must not be lost, nor what others have stored since.
-            if (!Trim(kept).isEmpty() && !note.text.contains(Trim(kept))) {
-                const QString lineEnd = note.text.contains(u"\r\n"_s) ? u"\r\n"_s : u"\n"_s;
-                note.text = Trim(note.text).isEmpty() ? kept : note.text + lineEnd + kept;
-            }
+        if (typed) {
+            note.typed = typed->text;
+            note.stored = StoreNote(visit, typed->text, own.Bases(visit, *typed), true);
+            own.Add(visit, note.stored);
+        } else {
+            AddVisitRow(visit, {});
+            note.stored.raw = RawNote(visit);
         }
-        SaveCaptureRows(visit, number, note.text);
-        if (note.typed)
-            note.stored = StoredNote(visit);
+        WritePictureRow(visit, number);
     }
 };
 
 StillFiling::StillFiling(NoteSource note)
-    : m_note(std::move(note)), m_pending(m_local,
+    : m_note(std::move(note)), m_journal(m_local,
                                          [self = QPointer(this)](const QString& fault) {
                                              if (self)
                                                  Q_EMIT self->Tidings(fault);
                                          }),
-      m_files(m_local, m_pending, [this](const Visit& visit) { return m_note(visit).value_or(QString()); })
+      m_files(m_local, m_journal, m_note)
 {
     m_retry.setSingleShot(true);
     m_retry.setInterval(RetryMs);
     connect(&m_retry, &QTimer::timeout, this, &StillFiling::Retry);
-    connect(&m_files, &StillFiles::Filed, this, [this](const Visit& visit, int number) {
-        if (number > 0)
-            HandOverRows(visit, number);
-    });
+    connect(&m_files, &StillFiles::Filed, this, &StillFiling::HandOverRows);
     connect(&m_files, &StillFiles::Tidings, this, &StillFiling::Tidings);
     connect(&m_files, &StillFiles::Changed, this, &StillFiling::Changed);
 }
@@ -77,46 +81,54 @@ void StillFiling::End()
 {
     m_retry.stop();
     m_files.End();
+    // What has been handed over to it is worked off: the journal's last steps.
+    const QDeadlineTimer patience(LocalPatienceMs);
+    while (!m_local.IsIdle() && !patience.hasExpired())
+        QThread::msleep(1);
     m_local.End(LocalPatienceMs);
-    m_pending.End();
+    m_journal.End();
 }
 
-void StillFiling::HandOverRows(const Visit& visit, int number)
+void StillFiling::HandOverRows(const QString& id)
 {
     // Those that the server has refused have their turn again, before this one.
     if (!*m_blocked) {
-        for (const auto& [each, eachNumber] : m_pending.All())
-            Submit(each, eachNumber);
+        for (const PictureRecord& picture : QList(m_journal.Pictures()))
+            Submit(picture);
     }
-    QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, visit, number] {
-        const PendingRows::Entry* entry = m_pending.Find(visit, number);
-        if (entry != nullptr && !entry->waits)
+    QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, id] {
+        const PictureRecord* picture = m_journal.Find(id);
+        if (picture != nullptr && !picture->waits)
             SetAway(true);
     });
 }
 
-void StillFiling::Submit(const Visit& visit, int number)
+void StillFiling::Submit(const PictureRecord& picture)
 {
-    PendingRows::Entry* entry = m_pending.Find(visit, number);
-    if (entry == nullptr || entry->isUnderWay)
+    if (!picture.WantsRows() || picture.isUnderWay)
         return;
     const auto rows = std::make_shared<Rows>();
-    const auto work = [rows, visit, number, typed = m_note(visit), kept = entry->note, blocked = m_blocked] {
+    // What he has typed since goes along.
+    std::optional<TypedNote> typed = m_note(picture.visit);
+    if (!typed)
+        typed = picture.note;
+    const auto work = [rows, visit = picture.visit, number = picture.number, typed, own = m_ownNotes,
+                       blocked = m_blocked] {
         if (*blocked)
             throw DatabaseAway(QString());
         try {
-            rows->Write(visit, number, typed, kept);
+            rows->Write(visit, number, typed, *own);
         } catch (const DatabaseAway&) {
             *blocked = true;
             throw;
         }
     };
     try {
-        QueueStatements(this, work, [this, rows, visit, number](const std::exception_ptr& fault) {
+        QueueStatements(this, work, [this, rows, picture](const std::exception_ptr& fault) {
             --m_rowsUnderWay;
-            AnswerRows(visit, number, *rows, fault);
+            AnswerRows(picture, *rows, fault);
         });
-        entry->isUnderWay = true;
+        m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = true; });
         ++m_rowsUnderWay;
     } catch (const PlatformError&) {
         SetAway(true);
@@ -124,21 +136,22 @@ void StillFiling::Submit(const Visit& visit, int number)
     }
 }
 
-void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, const std::exception_ptr& fault)
+void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault)
 {
-    if (m_forgotten.removeOne({visit, number})) {
-        Undo(visit, number);
+    if (m_forgotten.remove(picture.id)) {
+        Undo(picture.visit, picture.number);
         return;
     }
-    PendingRows::Entry* entry = m_pending.Find(visit, number);
-    if (entry == nullptr)
+    if (m_journal.Find(picture.id) == nullptr)
         return;
-    entry->isUnderWay = false;
+    m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
     if (fault == nullptr) {
-        m_pending.Remove(visit, number);
-        Release(visit, number);
+        m_journal.Remove(picture.id);
+        if (rows.note.typed)
+            m_journal.NoteIsStored(picture.visit, *rows.note.typed);
+        Release(picture.visit, picture.number);
         SetAway(false);
-        Q_EMIT Safe({visit, number, rows.note});
+        Q_EMIT Safe({picture.id, picture.visit, picture.number, rows.note});
         return;
     }
     if (guard::Is<DatabaseAway>(fault)) {
@@ -146,18 +159,52 @@ void StillFiling::AnswerRows(const Visit& visit, int number, const Rows& rows, c
         m_retry.start();
         return;
     }
-    if (entry->refused)
+    const PictureRecord* present = m_journal.Find(picture.id);
+    if (present->state == PictureState::SetAside)
         return;
-    const QString text = PendingRows::RefusalText(*entry, guard::TextOf(fault));
-    m_pending.Refuse(visit, number);
-    Q_EMIT Waits(visit, number);
+    const QString reason = guard::TextOf(fault);
+    m_journal.Update(picture.id, [&reason](PictureRecord& refused) {
+        refused.state = PictureState::SetAside;
+        refused.reason = reason;
+        refused.waits = true;
+    });
+    Q_EMIT Waits(picture.id);
     Q_EMIT Changed();
-    Q_EMIT Tidings(text);
+    Q_EMIT Tidings(RefusalText(picture, reason));
+}
+
+QStringList StillFiling::OwnNotes::Bases(const Visit& visit, const TypedNote& note) const
+{
+    const std::lock_guard lock(m_mutex);
+    QStringList bases{note.base};
+    const auto own = std::ranges::find(m_notes, visit, &std::pair<Visit, QString>::first);
+    if (own != m_notes.end() && own->second != note.base)
+        bases << own->second;
+    return bases;
+}
+
+void StillFiling::OwnNotes::Add(const Visit& visit, const NoteStored& stored)
+{
+    const std::lock_guard lock(m_mutex);
+    std::erase_if(m_notes, [&](const auto& own) { return own.first == visit; });
+    // What another station has written a part of isn't its own.
+    if (stored.outcome == NoteStored::Stored)
+        m_notes.emplace_back(visit, stored.raw);
+}
+
+NoteStored StillFiling::StoreTyped(const Visit& visit, const TypedNote& note)
+{
+    const NoteStored stored = StoreNote(visit, note.text, m_ownNotes->Bases(visit, note), false);
+    if (stored.outcome != NoteStored::NoRow) {
+        m_ownNotes->Add(visit, stored);
+        m_journal.NoteIsStored(visit, note.text);
+    }
+    return stored;
 }
 
 void StillFiling::Undo(const Visit& visit, int number)
 {
-    const auto remove = [visit, number, isLast = !m_pending.HasAny(visit)] {
+    const auto remove = [visit, number, isLast = !m_journal.HasAny(visit)] {
         DeletePictureRow(visit, number);
         if (isLast && StoredNumbers(visit, NumberOrder::Any).isEmpty())
             DeleteVisitRow(visit);
@@ -175,15 +222,19 @@ void StillFiling::SetAway(bool isAway)
 {
     if (isAway != std::exchange(m_isAway, isAway)) {
         if (isAway)
-            journal::Note(Journal::Warning, u"데이터베이스가 응답하지 않음, 기록 대기 %1장"_s.arg(m_pending.Count()));
+            journal::Note(Journal::Warning, u"데이터베이스가 응답하지 않음, 기록 대기 %1장"_s.arg(m_journal.Count()));
         else
             journal::Note(Journal::Information,
-                          u"데이터베이스가 다시 응답함, 남은 기록 대기 %1장"_s.arg(m_pending.Count()));
+                          u"데이터베이스가 다시 응답함, 남은 기록 대기 %1장"_s.arg(m_journal.Count()));
     }
     // One that waits keeps those behind it waiting.
     if (isAway) {
-        for (const auto& [visit, number] : m_pending.LetAllWait())
-            Q_EMIT Waits(visit, number);
+        for (const PictureRecord& picture : QList(m_journal.Pictures())) {
+            if (!picture.WantsRows() || picture.waits)
+                continue;
+            m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.waits = true; });
+            Q_EMIT Waits(picture.id);
+        }
     }
     Q_EMIT Changed();
 }
@@ -201,59 +252,68 @@ void StillFiling::WriteWaiting()
     if (m_rowsUnderWay > 0)
         return; // What has failed there is tried again behind it.
     *m_blocked = false;
-    for (const auto& [visit, number] : m_pending.All())
-        Submit(visit, number);
+    for (const PictureRecord& picture : QList(m_journal.Pictures()))
+        Submit(picture);
 }
 
 void StillFiling::WriteLeft()
 {
-    m_files.Post([waiting = m_pending.All(), self = QPointer(this)] {
-        QList<std::pair<Visit, int>> gone;
-        QList<std::pair<Visit, int>> there;
-        for (const auto& [visit, number] : waiting) {
-            if (FileExists(visit.PicturePath(number)))
-                there.append({visit, number});
-            else if (FolderExists(visit.SectionFolder())) // without it there is no share to tell
-                gone.append({visit, number});
+    m_files.Post([waiting = m_journal.Pictures(), self = QPointer(this)] {
+        QList<PictureRecord> gone;
+        QStringList there;
+        for (const PictureRecord& picture : waiting) {
+            if (!picture.WantsRows())
+                continue;
+            try {
+                if (FileExists(picture.visit.PicturePath(picture.number)))
+                    there.append(picture.id);
+                else if (FolderExists(picture.visit.SectionFolder())) // without it there is no share to tell
+                    gone.append(picture);
+            } catch (const PlatformError& error) {
+                // A journal of an earlier run may name a folder that can be none.
+                journal::NoteFault(error.Text());
+            }
         }
         PostToScreen([self, gone, there] {
             if (!self)
                 return;
-            for (const auto& [visit, number] : gone) {
-                const PendingRows::Entry* entry = self->m_pending.Find(visit, number);
-                if (entry == nullptr || entry->isUnderWay)
+            for (const PictureRecord& picture : gone) {
+                const PictureRecord* present = self->m_journal.Find(picture.id);
+                if (present == nullptr || present->isUnderWay)
                     continue;
-                self->m_pending.Remove(visit, number);
-                self->Release(visit, number);
+                self->m_journal.Remove(picture.id);
+                self->Release(picture.visit, picture.number);
                 Q_EMIT self->Changed();
             }
             if (self->m_rowsUnderWay > 0)
                 return;
             *self->m_blocked = false;
-            for (const auto& [visit, number] : there) {
-                const PendingRows::Entry* entry = self->m_pending.Find(visit, number);
-                if (entry != nullptr && !entry->refused)
-                    self->Submit(visit, number);
+            for (const QString& id : there) {
+                const PictureRecord* picture = self->m_journal.Find(id);
+                if (picture != nullptr && picture->state != PictureState::SetAside)
+                    self->Submit(*picture);
             }
-            if (self->m_rowsUnderWay == 0 && self->m_pending.Waiting() > 0)
+            if (self->m_rowsUnderWay == 0 && self->m_journal.Waiting() > 0)
                 self->m_retry.start();
         });
     });
 }
 
-void StillFiling::Forget(const Visit& visit, int number)
+void StillFiling::Forget(const QString& id)
 {
-    if (number < 0) {
-        m_files.Forget(visit, number);
+    const PictureRecord* picture = m_journal.Find(id);
+    if (picture == nullptr)
+        return;
+    if (picture->number == 0) {
+        m_files.Delete(id);
         return;
     }
-    const PendingRows::Entry* entry = m_pending.Find(visit, number);
-    if (entry == nullptr)
-        return;
-    const bool isUnderWay = entry->isUnderWay;
-    m_pending.Remove(visit, number);
+    const Visit visit = picture->visit;
+    const int number = picture->number;
+    const bool isUnderWay = picture->isUnderWay;
+    m_journal.Remove(id);
     if (isUnderWay)
-        m_forgotten.append({visit, number});
+        m_forgotten.insert(id);
     else
         Undo(visit, number);
     Q_EMIT Changed();
@@ -261,14 +321,17 @@ void StillFiling::Forget(const Visit& visit, int number)
 
 void StillFiling::Release(const Visit& visit, int number)
 {
-    m_files.Post([visit, number] { NumberClaim::Release(visit, number); });
+    m_files.Post([visit, number, numbers = m_files.SharedNumbers()] {
+        NumberClaim::Release(visit, number);
+        numbers->Release(visit, number);
+    });
 }
 
 bool StillFiling::IsAtRest() const
 {
     if (m_files.UnderWay() > 0)
         return false;
-    const bool areRowsIn = m_rowsUnderWay == 0 && m_pending.Waiting() == 0;
+    const bool areRowsIn = m_rowsUnderWay == 0 && m_journal.Waiting() == 0;
     return (areRowsIn || m_isAway) && (m_isAway || m_files.IsIdle() || m_files.IsShareAway());
 }
 
@@ -283,7 +346,24 @@ void StillFiling::MakeFoldersLater(const QStringList& folders)
     });
 }
 
-void StillFiling::LearnFromFolder(const Visit& visit)
+void StillFiling::Hold(const DeletionJob& job)
 {
-    m_files.Post([visit, numbers = m_files.SharedNumbers()] { numbers->LearnFromFolder(visit); });
+    for (const DeletionJob::Item& item : job.items)
+        m_files.SharedNumbers()->Hold(job.visit, item.number);
+}
+
+void StillFiling::LetGo(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        m_files.SharedNumbers()->Release(job.visit, item.number);
+}
+
+void StillFiling::AfterJournal(QObject* context, const std::function<void()>& work)
+{
+    m_local.Post([work, there = QPointer(context)] {
+        PostToScreen([work, there] {
+            if (there)
+                work();
+        });
+    });
 }

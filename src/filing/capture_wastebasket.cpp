@@ -5,7 +5,7 @@
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
 #include "filing/NumberClaim.h"
-#include "filing/PendingRows.h"
+#include "filing/PictureJournal.h"
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
@@ -58,12 +58,12 @@ void MoveToLogFolder(const Visit& visit, int number)
     DeleteFile(live);
 }
 
-void SweepOrphanPictures(const Visit& visit, const PendingRows& pending)
+void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
 {
     QList<int> orphans;
     for (int number = 1; number <= LastSwept; ++number) {
         const FileKind kind = Files().KindOf(visit.PicturePath(number));
-        if (kind == FileKind::None || NumberClaim::Stands(visit, number) || pending.Holds(visit, number) ||
+        if (kind == FileKind::None || NumberClaim::Stands(visit, number) || journal.Holds(visit, number) ||
             HasPictureRow(visit, number))
             continue;
         if (kind == FileKind::File)

@@ -2,7 +2,7 @@
 
 #include <QString>
 
-class PendingRows;
+class PictureJournal;
 struct Visit;
 
 /// The section's Log folder is the station's wastebasket: what is deleted goes there under its own name, over what lies
@@ -20,4 +20,4 @@ inline constexpr char SweptNote[] = "swept";
 /// Moves the pictures of the visit and section that have no row into the Log folder. Since another station's rows may
 /// be on their way, it waits two seconds once, and asks again. Numbers that are claimed, however long ago, or whose
 /// rows wait are left alone. Throws PlatformError at the first query that fails, with nothing moved after it.
-void SweepOrphanPictures(const Visit& visit, const PendingRows& pending);
+void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal);

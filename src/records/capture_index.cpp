@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "records/Statement.h"
+#include "records/visit_note.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
@@ -10,21 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 const QString Pictures = u"cap"_s;
 const QString Visits = u"ca"_s;
-
-void WritePictureRow(const Visit& visit, int number)
-{
-    QString path = visit.PicturePath(number);
-    path.replace(u'\\', u'/');
-    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
-                .Then(u" '", visit.chart)
-                .Then(u"', '", visit.yuhyung)
-                .Then(u"', '", visit.ymd)
-                .Piece(u"', ")
-                .Then(u" 'A', '", visit.etc)
-                .Then(u"', ", number)
-                .Then(u", '", path)
-                .Piece(u"') "));
-}
 } // namespace
 
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
@@ -37,6 +23,13 @@ QList<int> StoredNumbers(const Visit& visit, NumberOrder order)
     for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext())
         numbers.append(FieldNumber(*rows, u"cap_no"_s));
     return numbers;
+}
+
+int NextCaptureNo(const Visit& visit)
+{
+    const auto rows =
+        OpenRows(Statement(u" SELECT IFNULL(MAX(cap_no), 0) AS Maxno FROM cap ").OfVisit(Pictures, visit));
+    return HasRow(*rows) ? FieldNumber(*rows, u"maxno"_s) : 0;
 }
 
 bool HasPictureRow(const Visit& visit, int number)
@@ -102,18 +95,19 @@ QString NoteForStore(const QString& typed)
     return CleanText(Trim(typed), static_cast<int>(typed.size()));
 }
 
-void SaveCaptureRows(const Visit& visit, int number, const QString& note)
+void WritePictureRow(const Visit& visit, int number)
 {
-    Execute(Statement(u" REPLACE INTO ca VALUES ( ")
+    QString path = visit.PicturePath(number);
+    path.replace(u'\\', u'/');
+    Execute(Statement(u" REPLACE INTO cap VALUES ( ")
                 .Then(u" '", visit.chart)
                 .Then(u"', '", visit.yuhyung)
                 .Then(u"', '", visit.ymd)
-                .Then(u"', 'A', '", visit.etc)
                 .Piece(u"', ")
-                .Then(u" '", NoteForStore(note))
-                .Then(u"', '", VisitContext.CaExtra)
-                .Piece(u"' ) "));
-    WritePictureRow(visit, number);
+                .Then(u" 'A', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", path)
+                .Piece(u"') "));
 }
 
 QString StoredPatientType(const Visit& visit)
@@ -130,27 +124,11 @@ void AddCaptureRows(const Visit& visit, int number)
     try {
         // The number is claimed and has no row: the statement may run twice, as on a connection that was lost.
         WritePictureRow(visit, number);
-        if (!StoredNote(visit).isNull())
-            return;
-        Execute(Statement(u" INSERT INTO ca SELECT ")
-                    .Then(u" '", visit.chart)
-                    .Then(u"', '", visit.yuhyung)
-                    .Then(u"', '", visit.ymd)
-                    .Then(u"', 'A', '", visit.etc)
-                    .Then(u"', '', '", VisitContext.CaExtra)
-                    .Piece(u"' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
-                    .OfVisit(Visits, visit)
-                    .Piece(u" ) "));
+        AddVisitRow(visit, {});
     } catch (const PlatformError&) {
         DeletePictureRow(visit, number);
         throw;
     }
-}
-
-void UpdateVisitNote(const Visit& visit, const QString& note)
-{
-    Execute(
-        Statement(u" UPDATE ca SET ").Then(u" ca_chamgo = '", NoteForStore(note)).Piece(u"' ").OfVisit(Visits, visit));
 }
 
 void DeletePictureRow(const Visit& visit, int number)
@@ -173,13 +151,13 @@ bool MarksInYk()
     return Trim(ClientSetup.CheckTable.left(1)) == u"1"_s;
 }
 
-void MarkVisitCaptured(const Visit& visit, const QString& mark)
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark)
 {
     if (MarksInYk()) {
         Execute(Statement(u"update yk set ")
                     .Quoted(u"yk_check = '", mark)
                     .Then(u"where  yk_chart = '", visit.chart)
-                    .Quoted(u"'  and yk_jinchal = '", VisitContext.Jinchal)
+                    .Quoted(u"'  and yk_jinchal = '", doctor)
                     .Then(u" and yk_ykymd = '", visit.ymd)
                     .Piece(u"' AND  yk_sayugubun = '6'  "));
         return;
@@ -191,5 +169,5 @@ void MarkVisitCaptured(const Visit& visit, const QString& mark)
                 .Piece(u"'  ")
                 .Then(u" AND endo_chart = '", visit.chart)
                 .Piece(u"'  ")
-                .Quoted(u" AND endo_jinchal = '", VisitContext.Jinchal));
+                .Quoted(u" AND endo_jinchal = '", doctor));
 }

@@ -12,6 +12,8 @@ struct Visit;
 enum class NumberOrder { Any, Ascending };
 /// The numbers of the visit's pictures, as their rows say.
 QList<int> StoredNumbers(const Visit& visit, NumberOrder order);
+/// The largest number among them, 0 when the visit has none.
+int NextCaptureNo(const Visit& visit);
 /// True when the picture has a `cap` row.
 bool HasPictureRow(const Visit& visit, int number);
 
@@ -44,16 +46,14 @@ QList<VisitLine> StoredVisits(const QString& chart, const QString& kind);
 
 /// A note as it is stored: cleaned, as many characters long as it was typed.
 QString NoteForStore(const QString& typed);
-/// Writes the `ca` row with the note, then the `cap` row of a picture.
-void SaveCaptureRows(const Visit& visit, int number, const QString& note);
+/// Writes the `cap` row of a picture.
+void WritePictureRow(const Visit& visit, int number);
 /// Patient type of the visit as its rows tell it, trimmed; empty without a row.
 QString StoredPatientType(const Visit& visit);
 /// Writes the `cap` row of a picture whose number is claimed and has none, and a `ca` row without a note where the
 /// visit has none; one that is there stays as it is. After a fault neither row has been added, unless that is
 /// DatabaseAway.
 void AddCaptureRows(const Visit& visit, int number);
-/// Stores the note in the visit's row; a visit without a row stays without one.
-void UpdateVisitNote(const Visit& visit, const QString& note);
 
 void DeletePictureRow(const Visit& visit, int number);
 /// The rows of all pictures of the visit.
@@ -63,5 +63,6 @@ void DeleteVisitRow(const Visit& visit);
 
 /// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
 bool MarksInYk();
-/// Sets the capture mark of the visit in the clinic's table, "1" or "0". A clinic without a matching row gets none.
-void MarkVisitCaptured(const Visit& visit, const QString& mark);
+/// Sets the capture mark of the visit and its examining doctor in the clinic's table, "1" or "0". A clinic without a
+/// matching row gets none.
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark);

@@ -1,6 +1,7 @@
 #include "screenparts/NoteBox.h"
 
 #include "frame/plain_text.h"
+#include "text/text_routines.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QStyle>
@@ -20,13 +21,15 @@ void NoteBox::BeginLoading(const Visit& visit)
 {
     m_visit = visit;
     m_state = State::Awaited;
+    m_base.clear();
     setText(QString());
     ShowState();
 }
 
-void NoteBox::SetLoadedNote(const QString& note)
+void NoteBox::SetLoadedNote(const QString& raw)
 {
-    setText(note);
+    setText(Trim(raw));
+    m_base = raw;
     m_state = State::Loaded;
     ShowState();
 }
@@ -37,10 +40,13 @@ void NoteBox::FailLoading()
     ShowState();
 }
 
-void NoteBox::RestoreNote(const Visit& visit, const QString& text, bool touched)
+void NoteBox::RestoreNote(const Visit& visit, const QString& text, const QString& base, bool touched)
 {
     BeginLoading(visit);
-    SetLoadedNote(text);
+    setText(text);
+    m_base = base;
+    m_state = State::Loaded;
+    ShowState();
     document()->setModified(touched);
 }
 

@@ -27,16 +27,20 @@ public:
 
     /// Empties the box for the note of that visit, which is about to be read.
     void BeginLoading(const Visit& visit);
-    /// The stored note. The box can be edited from here on, unless it shows a history line.
-    void SetLoadedNote(const QString& note);
+    /// The stored note, as `RawNote` gives it. The box can be edited from here on, unless it shows a history line.
+    void SetLoadedNote(const QString& raw);
+    /// The stored note that the text was begun from.
+    const QString& Base() const { return m_base; }
+    /// The text stays, and is compared with that one from here on.
+    void setBase(const QString& raw) { m_base = raw; }
     /// The note that was asked for can't be read.
     void FailLoading();
     /// What the box holds is what is stored.
     void MarkUntouched() { document()->setModified(false); }
     /// What the box holds is stored nowhere.
     void MarkTouched() { document()->setModified(true); }
-    /// Back to an own text kept aside earlier, as `Text` gave it.
-    void RestoreNote(const Visit& visit, const QString& text, bool touched);
+    /// Back to an own text kept aside earlier, as `Text` gave it, begun from `base`.
+    void RestoreNote(const Visit& visit, const QString& text, const QString& base, bool touched);
     void setHistoryNote(bool on);
 
 protected:
@@ -52,5 +56,6 @@ private:
     Visit m_visit;
     State m_state = State::Awaited;
     bool m_historyNote = false;
+    QString m_base;
     QLabel* m_further;
 };

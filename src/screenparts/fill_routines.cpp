@@ -7,6 +7,7 @@
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
+#include "records/visit_note.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/picture_grid.h"
 #include "text/date_routines.h"
@@ -74,7 +75,7 @@ void LoadCaptureNote(const Visit& visit, NoteBox& box)
 {
     box.BeginLoading(visit);
     try {
-        box.SetLoadedNote(StoredNote(visit));
+        box.SetLoadedNote(RawNote(visit));
     } catch (const PlatformError&) {
         box.FailLoading();
         throw;

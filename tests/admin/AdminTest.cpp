@@ -1,7 +1,7 @@
 #include "admin/deleted_pictures.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
-#include "filing/PendingRows.h"
+#include "filing/PictureJournal.h"
 #include "frame/WorkThread.h"
 #include "support/PacsServer.h"
 #include "support/StationInABox.h"
@@ -127,7 +127,7 @@ private Q_SLOTS:
         WriteWholeFile(log + u"0000123420261124007.jpg"_s, "no picture");
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 5), StationInABox::Jpeg({64, 64}, Qt::blue));
         WorkThread writer;
-        SweepOrphanPictures(CurrentVisit(), PendingRows(writer, {}));
+        SweepOrphanPictures(CurrentVisit(), PictureJournal(writer, {}));
 
         QCOMPARE(Run({u"list-deleted"_s, u"1234"_s, Day}), 0);
         const QStringList lines = m_output.trimmed().split(u'\n');

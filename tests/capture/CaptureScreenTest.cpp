@@ -144,12 +144,29 @@ private Q_SLOTS:
         InstallService<ShutterSound>(nullptr);
     }
 
-    void WithoutAPictureNothingIsFiled_data()
+    /// It waits on this machine's disk, and nobody is asked.
+    void AShareThatFaultsGetsThePictureLater_data()
     {
-        Columns<bool, int, QString>("connected", "failingStep", "message");
-        QTest::newRow("idle") << false << 0 << u"캡쳐할 영상이 없습니다.!!"_s;
-        QTest::newRow("the claim can't be made") << true << 1 << u"디스크가 가득 찼습니다.!!"_s;
-        QTest::newRow("the file can't be written") << true << 2 << u"디스크가 가득 찼습니다.!!"_s;
+        QTest::addColumn<int>("failingStep");
+        QTest::newRow("the claim can't be made") << 1;
+        QTest::newRow("the file can't be written") << 2;
+    }
+
+    void AShareThatFaultsGetsThePictureLater()
+    {
+        QFETCH(int, failingStep);
+        frmCapture& screen = OpenScreen();
+        Press(u"연결"_s);
+        m_box->FaultyFiles().FailAt(failingStep, true);
+        Press(u"캡쳐"_s);
+        Press(u"캡쳐"_s);
+        QCOMPARE(CellText(screen.sprCap(1), 1, 2) + CellText(screen.sprCap(1), 2, 2), u"대기대기"_s);
+        QVERIFY(screen.findChild<QLabel*>(u"noticeText"_s)->text().contains(u"(2장 대기)"_s));
+        m_box->FaultyFiles().Recover();
+        QTRY_COMPARE(m_box->Value(u"SELECT GROUP_CONCAT(cap_no) AS v FROM cap"_s), u"1,2"_s);
+        QTRY_COMPARE(CellText(screen.sprCap(1), 1, 2) + CellText(screen.sprCap(1), 2, 2), u"001002"_s);
+        QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 1)), 1);
+        QVERIFY(m_box->Desk().shown.isEmpty());
     }
 
     void ThePictureFillsTheScreenAndGoesOn()
@@ -205,18 +222,13 @@ private Q_SLOTS:
 
     void WithoutAPictureNothingIsFiled()
     {
-        QFETCH3(bool, connected, int, failingStep, QString, message);
         frmCapture& screen = OpenScreen();
-        if (connected)
-            Press(u"연결"_s);
-        m_box->FaultyFiles().FailAt(failingStep);
         Press(u"캡쳐"_s);
-        QCOMPARE(m_box->Desk().shown, QStringList{message});
+        QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"0"_s);
         QCOMPARE(screen.sprCap(1).DataRowCnt(), 0);
         QCOMPARE(m_box->Desk().pointer, PointerNormal);
-
         FakeVideoCap::Last()->live = true;
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 1);

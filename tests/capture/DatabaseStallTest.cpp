@@ -35,7 +35,6 @@ private Q_SLOTS:
         UseService<SerialPortOptions>().UseDevices({{u"1"_s, device}});
         frmCapture& screen = OpenWithOneStill();
         StationInABox::Server().Freeze();
-        m_box->FaultyFiles().FailAt(1, true, FailingFiles::Lists);
         MSComm& port = *screen.findChild<MSComm*>(u"commCapture"_s);
         for (int still = 2; still <= 7; ++still) {
             const int frame = FakeVideoCap::Last()->frames + 1;
@@ -76,9 +75,10 @@ private Q_SLOTS:
         const bool closes = how == u"close"_s;
         QAbstractButton& cancel = *screen.findChild<QAbstractButton*>(u"noticeCancel"_s);
         QTimer operating;
+        bool isPressed = false;
         connect(&operating, &QTimer::timeout, this, [&] {
             // The shutter goes on in the wait.
-            if (m_box->Names(u"2026"_s, Stomach).size() == 1)
+            if (!std::exchange(isPressed, true))
                 screen.findChild<QToolButton*>(u"캡쳐"_s)->click();
             if (!cancel.isVisible())
                 return;

@@ -148,6 +148,40 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(StoredNoteQuery), u"다시 다른 방"_s);
     }
 
+    /// The note has been changed elsewhere since it was read.
+    void AnotherStationsNoteIsKept_data()
+    {
+        Columns<QString, QString, QString, QString>("theirs", "command", "stored", "told");
+        const QString joined = u"다른 곳에서 참고사항을 고쳤습니다.!! 쓴 글을 그 뒤에 붙여 함께 저장하였습니다.!!"_s;
+        QTest::newRow("a still") << u"그쪽 글"_s << u"캡쳐"_s << u"그쪽 글\n이쪽 글"_s << joined;
+        QTest::newRow("stored") << u"그쪽 글"_s << u"저장"_s << u"그쪽 글\n이쪽 글"_s
+                                << u"캡쳐이미지를 저장하였습니다.\r\n"_s + joined;
+        QTest::newRow("no room for both")
+            << QString(250, u'가') << u"캡쳐"_s << QString(250, u'가')
+            << u"다른 곳에서 참고사항을 고쳤습니다.!! 함께 저장할 자리가 없어 그쪽 글이 남았고, "
+               "쓴 글은 화면에 있습니다.!!"_s;
+        QTest::newRow("it says the same") << u"이쪽 글 그리고"_s << u"캡쳐"_s << u"이쪽 글 그리고"_s << QString();
+    }
+
+    void AnotherStationsNoteIsKept()
+    {
+        QFETCH4(QString, theirs, QString, command, QString, stored, QString, told);
+        m_box->Run(u"CREATE TRIGGER cut AFTER UPDATE ON ca WHEN length(NEW.ca_chamgo) > 252 BEGIN "
+                   "UPDATE ca SET ca_chamgo = substr(NEW.ca_chamgo, 1, 252); END;"_s);
+        Type(u"이쪽 글"_s);
+        OtherStationStores(theirs);
+        Press(command);
+        QTRY_COMPARE(m_box->Value(StoredNoteQuery), stored);
+        QCOMPARE(m_box->Desk().shown, told.isEmpty() ? QStringList() : QStringList{told});
+        const bool isInBoxAlone = stored == theirs && !told.isEmpty();
+        QCOMPARE(Box().toPlainText(), isInBoxAlone ? u"이쪽 글"_s : stored);
+        QCOMPARE(Box().IsTouched(), isInBoxAlone);
+        // Told once, and no text twice.
+        Press(u"캡쳐"_s);
+        QCOMPARE(m_box->Value(StoredNoteQuery), stored);
+        QVERIFY(m_box->Desk().shown.size() <= 1);
+    }
+
     void AHistoryNoteNeverReachesTheVisit()
     {
         Type(u"쓰던 글"_s);

@@ -1,6 +1,7 @@
 #include "platform/sql/register_sql.h"
 
 #include "frame/components.h"
+#include "platform/sql/SqliteFile.h"
 #include "platform/sql/TableKeeper.h"
 
 using namespace Qt::StringLiterals;
@@ -11,4 +12,5 @@ void RegisterSql()
     Q_INIT_RESOURCE(tables);
     RegisterComponent<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s,
                                       [] { return std::make_unique<TableKeeper>(); });
+    InstallService<LocalDatabases>(std::make_unique<SqliteFiles>());
 }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QStringList>
+#include <QVariantList>
+
+#include <memory>
+
+/// A database in one file of this machine, for this user alone. What a call has changed outlives a power cut once the
+/// call has returned. May be used on any thread, by one at a time.
+class LocalDatabase
+{
+public:
+    virtual ~LocalDatabase() = default;
+
+    /// Runs the statements, of the dialect of the clinic's, as one: all of them or none. Throws PlatformError.
+    virtual void Run(const QStringList& statements) = 0;
+    /// Texts, whole numbers and nulls, row by row. Throws PlatformError.
+    virtual QList<QVariantList> Rows(const QString& statement) = 0;
+};
+
+class LocalDatabases
+{
+public:
+    virtual ~LocalDatabases() = default;
+
+    /// Opens the file, which is made when it isn't there. Throws PlatformError, also for a file that is no database.
+    virtual std::unique_ptr<LocalDatabase> Open(const QString& path) = 0;
+    /// Opens one that is there, and that another process may have open, to look at it: nothing in it is changed.
+    virtual std::unique_ptr<LocalDatabase> OpenToRead(const QString& path) = 0;
+    /// Deletes the file and what lies beside it; one that isn't there is no fault. Nobody may have it open. Throws
+    /// PlatformError.
+    virtual void Remove(const QString& path) = 0;
+    /// Gives the file another name, with what lies beside it. Throws PlatformError.
+    virtual void Rename(const QString& from, const QString& to) = 0;
+};

@@ -1,0 +1,221 @@
+#include "filing/PictureDeletion.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "filing/capture_wastebasket.h"
+#include "filing/StillFiling.h"
+#include "frame/guard.h"
+#include "frame/services.h"
+#include "records/capture_index.h"
+#include "records/Statement.h"
+
+#include <QPointer>
+#include <QUuid>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// So long after a failure the database is asked again.
+constexpr int RetryMs = 1000;
+
+/// Every one is a picture that can be moved, before the first is touched. Throws PlatformError.
+void IdentifyFiles(DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        CheckMovable(job.visit, item.number);
+    for (DeletionJob::Item& item : job.items) {
+        if (!item.isMoved)
+            item.version = Files().VersionOf(job.visit.PicturePath(item.number));
+    }
+}
+
+/// The pictures that were meant; another one that has come under such a number since stays, and its row.
+void MoveFiles(DeletionJob& job)
+{
+    for (DeletionJob::Item& item : job.items) {
+        if (item.isMoved)
+            continue;
+        const QByteArray version = Files().VersionOf(job.visit.PicturePath(item.number));
+        if (!version.isEmpty() && version == item.version)
+            MoveToLogFolder(job.visit, item.number);
+        item.isMoved = version.isEmpty() || version == item.version;
+    }
+}
+
+} // namespace
+
+PictureDeletion::PictureDeletion(StillFiling& filing) : m_filing(filing)
+{
+    for (const DeletionJob& job : m_filing.Journal().Deletions()) {
+        m_filing.Hold(job);
+        Go(job);
+    }
+}
+
+QString PictureDeletion::Begin(DeletionJob job)
+{
+    job.id = QUuid::createUuid().toString(QUuid::Id128);
+    m_filing.Hold(job);
+    m_filing.Journal().StoreDeletion(job);
+    Go(job);
+    return job.id;
+}
+
+bool PictureDeletion::IsUnderWay(const QString& id) const
+{
+    return m_filing.Journal().FindDeletion(id) != nullptr;
+}
+
+bool PictureDeletion::AreFilesMoved(const QString& id) const
+{
+    const DeletionJob* job = m_filing.Journal().FindDeletion(id);
+    return job == nullptr || (job->isPlanned && std::ranges::all_of(job->items, &DeletionJob::Item::isMoved));
+}
+
+bool PictureDeletion::GiveUp(const QString& id)
+{
+    const DeletionJob* job = m_filing.Journal().FindDeletion(id);
+    if (job == nullptr || job->isPlanned)
+        return false;
+    m_filing.LetGo(*job);
+    m_filing.Journal().RemoveDeletion(id);
+    return true;
+}
+
+void PictureDeletion::Go(const DeletionJob& job)
+{
+    if (!job.isPlanned)
+        AtShare(job, IdentifyFiles, &PictureDeletion::TakeIdentified);
+    else
+        AtShare(job, MoveFiles, &PictureDeletion::TakeMoved);
+}
+
+void PictureDeletion::AtShare(const DeletionJob& job, const std::function<void(DeletionJob&)>& work, Answer answer)
+{
+    m_filing.Pictures().Post([job = DeletionJob(job), work, answer, self = QPointer(this)]() mutable {
+        std::exception_ptr fault;
+        try {
+            work(job);
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        PostToScreen([self, job, answer, fault] {
+            if (self && !self->m_hasEnded && self->IsUnderWay(job.id))
+                (self->*answer)(job, fault);
+        });
+    });
+}
+
+void PictureDeletion::TakeIdentified(const DeletionJob& job, const std::exception_ptr& fault)
+{
+    if (fault != nullptr) {
+        Finish(job, {job.visit, {}, false, fault});
+        return;
+    }
+    DeletionJob planned = job;
+    planned.isPlanned = true;
+    m_filing.Journal().StoreDeletion(planned);
+    // Behind the journal: a run that is cut off from here on is finished by the next.
+    m_filing.AfterJournal(this, [this, planned] { Go(planned); });
+}
+
+void PictureDeletion::TakeMoved(const DeletionJob& job, const std::exception_ptr& fault)
+{
+    m_filing.Journal().StoreDeletion(job);
+    if (job.rowsUpTo > 0 && fault == nullptr)
+        AskRows(job);
+    else
+        DeleteRows(job, fault);
+}
+
+void PictureDeletion::TryAgain(const QString& id, void (PictureDeletion::*step)(const DeletionJob& job))
+{
+    QTimer::singleShot(RetryMs, this, [this, id, step] {
+        const DeletionJob* job = m_filing.Journal().FindDeletion(id);
+        if (job != nullptr && !m_hasEnded)
+            (this->*step)(DeletionJob(*job));
+    });
+}
+
+void PictureDeletion::AskRows(const DeletionJob& job)
+{
+    const auto numbers = std::make_shared<QList<int>>();
+    const auto answer = [this, job, numbers](const std::exception_ptr& fault) {
+        if (m_hasEnded)
+            return;
+        if (fault != nullptr) {
+            TryAgain(job.id, &PictureDeletion::AskRows);
+            return;
+        }
+        DeletionJob whole = job;
+        for (const int number : *numbers) {
+            const bool isKnown =
+                std::ranges::find(whole.items, number, &DeletionJob::Item::number) != whole.items.end();
+            if (number <= job.rowsUpTo && !isKnown)
+                whole.items.append(DeletionJob::Item{number});
+        }
+        whole.rowsUpTo = 0;
+        whole.isPlanned = false;
+        m_filing.Journal().StoreDeletion(whole);
+        Go(whole);
+    };
+    try {
+        QueueStatements(
+            this, [numbers, visit = job.visit] { *numbers = StoredNumbers(visit, NumberOrder::Any); }, answer);
+    } catch (const PlatformError&) {
+        TryAgain(job.id, &PictureDeletion::AskRows);
+    }
+}
+
+void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_ptr& moving)
+{
+    const auto result = std::make_shared<Result>(Result{job.visit, {}, false, moving});
+    for (const DeletionJob::Item& item : job.items) {
+        if (item.isMoved)
+            result->deleted.append(item.number);
+    }
+    // Another picture of the visit may be on its way.
+    const bool mayBeEmpty = !m_filing.Journal().HasAnyBeside(job);
+    const auto remove = [result, job, mayBeEmpty] {
+        for (const int number : result->deleted)
+            DeletePictureRow(job.visit, number);
+        const bool isEmpty = mayBeEmpty && StoredNumbers(job.visit, NumberOrder::Any).isEmpty();
+        const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
+        if (isEmpty && hadPictures) {
+            DeleteVisitRow(job.visit);
+            result->isVisitGone = true;
+        }
+        if (!job.markedDoctor.isNull() && result->fault == nullptr)
+            MarkVisitCaptured(job.visit, job.markedDoctor, u"0"_s);
+    };
+    const auto answer = [this, job, result](const std::exception_ptr& fault) {
+        if (m_hasEnded)
+            return;
+        if (fault != nullptr && guard::Is<DatabaseAway>(fault)) {
+            TryAgain(job.id, &PictureDeletion::Go);
+            return;
+        }
+        if (result->fault == nullptr)
+            result->fault = fault;
+        Finish(job, *result);
+    };
+    try {
+        QueueStatements(this, remove, answer);
+    } catch (const PlatformError&) {
+        TryAgain(job.id, &PictureDeletion::Go);
+    }
+}
+
+void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
+{
+    for (const DeletionJob::Item& item : job.items) {
+        if (item.isMoved && !item.picture.isEmpty())
+            m_filing.Forget(item.picture);
+    }
+    m_filing.LetGo(job);
+    m_filing.Journal().RemoveDeletion(job.id);
+    Q_EMIT Ended(job.id, result);
+}

@@ -1,0 +1,407 @@
+#include "filing/PictureJournal.h"
+
+#include "contracts/desktop.h"
+#include "contracts/LocalDatabase.h"
+#include "contracts/PlatformError.h"
+#include "filing/journal_rows.h"
+#include "filing/ProcessList.h"
+#include "filing/visit_json.h"
+#include "frame/components.h"
+#include "frame/journal.h"
+#include "frame/services.h"
+#include "frame/WorkThread.h"
+
+#include <QJsonArray>
+#include <QUuid>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char16_t Prefix[] = u"Pictures-";
+constexpr char16_t JournalEnding[] = u".journal";
+constexpr char16_t LockEnding[] = u".lock";
+constexpr char16_t BrokenEnding[] = u".broken";
+/// The lists of an earlier release.
+const QString ListName = u"PendingRows"_s;
+
+QString JournalFolder()
+{
+    return UseService<Desktop>().ProgramFolder() + u'\\';
+}
+
+QString PathOf(const QString& mark, const char16_t* ending)
+{
+    return JournalFolder() + QString::fromUtf16(Prefix) + mark + QString::fromUtf16(ending);
+}
+
+/// Process mark in the name of a journal or its lock; empty for any other name.
+QString MarkIn(const QString& name, const char16_t* ending)
+{
+    if (!name.startsWith(QStringView(Prefix)) || !name.endsWith(QStringView(ending)))
+        return {};
+    return name.sliced(QStringView(Prefix).size()).chopped(QStringView(ending).size());
+}
+
+/// Journals come from the same disk as the settings; one that can't be used keeps no station from its work.
+bool IgnoringFaults(const std::function<void()>& step)
+{
+    try {
+        step();
+        return true;
+    } catch (const PlatformError& error) {
+        journal::NoteFault(error.Text());
+        return false;
+    }
+}
+
+QList<PictureRecord> PicturesIn(const QJsonDocument& list)
+{
+    QList<PictureRecord> pictures;
+    const QJsonArray entries = list.isArray() ? list.array() : list.object().value(u"entries"_s).toArray();
+    for (const auto& value : entries) {
+        const QJsonObject entry = value.toObject();
+        PictureRecord picture;
+        picture.id = entry.value(u"spooled"_s).toString();
+        if (picture.id.isEmpty())
+            picture.id = QUuid::createUuid().toString(QUuid::Id128);
+        picture.visit = VisitFromJson(entry);
+        picture.number = std::max(0, entry.value(u"number"_s).toInt());
+        picture.state = entry.value(u"refused"_s).toBool() ? PictureState::SetAside
+                        : picture.number > 0               ? PictureState::OnShare
+                                                           : PictureState::Local;
+        // Lists didn't tell what it was begun from: it goes behind what stands there.
+        if (const QString note = entry.value(u"note"_s).toString(); !note.isEmpty())
+            picture.note = TypedNote{note, {}};
+        pictures.append(picture);
+    }
+    return pictures;
+}
+
+} // namespace
+
+QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
+{
+    QList<Found> journals;
+    for (const QString& name : Files().FilesStartingWith(folder, QString::fromUtf16(Prefix))) {
+        const QString mark = MarkIn(name, JournalEnding);
+        const bool isBroken = name.endsWith(QStringView(BrokenEnding));
+        if (mark.isEmpty() && !isBroken)
+            continue;
+        Found found{folder + name,
+                    isBroken ? Holder::Dead : Files().HolderOf(mark),
+                    Files().ForeignOwner(folder + name),
+                    false,
+                    {}};
+        found.isReadable = !isBroken && IgnoringFaults([&found] {
+            const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
+            found.pictures = journal_rows::Pictures(*database);
+        });
+        journals.append(found);
+    }
+    for (const ProcessList::Found& list : ProcessList::In(folder, ListName))
+        journals.append({list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document)});
+    return journals;
+}
+
+PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault)
+    : m_writer(writer), m_fault(std::move(fault))
+{
+    const QString mark = Files().ProcessMark();
+    IgnoringFaults([&] {
+        m_lock = Files().Lock(PathOf(mark, LockEnding));
+        m_database = UseService<LocalDatabases>().Open(PathOf(mark, JournalEnding));
+        m_database->Run(journal_rows::Tables());
+        m_pictures = journal_rows::Pictures(*m_database);
+        m_folders = journal_rows::Folders(*m_database);
+        m_deletions = journal_rows::Deletions(*m_database);
+    });
+    TakeOver();
+    TakeOverLists();
+    for (PictureRecord& picture : m_pictures)
+        picture.waits = picture.isFromEarlierRun = true;
+    if (!m_pictures.isEmpty())
+        journal::Note(Journal::Warning, u"앞 실행이 남긴 기록 대기 %1건을 이어받음"_s.arg(m_pictures.size()));
+}
+
+PictureJournal::~PictureJournal()
+{
+    End();
+}
+
+void PictureJournal::End()
+{
+    if (std::exchange(m_hasEnded, true))
+        return;
+    const QString mark = Files().ProcessMark();
+    IgnoringFaults([&] {
+        const bool isEmpty = m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty();
+        if (isEmpty && m_database != nullptr) {
+            m_database.reset();
+            UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
+        }
+        DeleteFile(PathOf(mark, LockEnding));
+    });
+    m_database.reset();
+    m_lock.reset();
+}
+
+void PictureJournal::TakeOver()
+{
+    const QString own = Files().ProcessMark();
+    for (const QString& name : Files().FilesStartingWith(JournalFolder(), QString::fromUtf16(Prefix))) {
+        QString mark = MarkIn(name, JournalEnding);
+        const bool isJournal = !mark.isEmpty();
+        if (!isJournal)
+            mark = MarkIn(name, LockEnding);
+        const Holder holder = mark.isEmpty() ? Holder::Elsewhere : Files().HolderOf(mark);
+        if (mark == own || holder == Holder::Self || holder == Holder::Elsewhere)
+            continue;
+        const QString owner = Files().ForeignOwner(JournalFolder() + name);
+        if (!owner.isEmpty()) {
+            if (isJournal && holder == Holder::Dead && !m_foreignOwners.contains(owner))
+                m_foreignOwners << owner;
+            continue;
+        }
+        IgnoringFaults([&] {
+            const std::unique_ptr<FileLock> lock = Files().Lock(PathOf(mark, LockEnding));
+            if (lock == nullptr)
+                return;
+            if (isJournal && !TakeOverJournal(JournalFolder() + name))
+                return;
+            if (isJournal || !FileExists(PathOf(mark, JournalEnding)))
+                DeleteFile(PathOf(mark, LockEnding));
+        });
+    }
+}
+
+bool PictureJournal::TakeOverJournal(const QString& path)
+{
+    LocalDatabases& databases = UseService<LocalDatabases>();
+    QList<PictureRecord> pictures;
+    QList<Folder> folders;
+    QList<DeletionJob> deletions;
+    const bool isReadable = IgnoringFaults([&] {
+        const auto database = databases.Open(path);
+        pictures = journal_rows::Pictures(*database);
+        folders = journal_rows::Folders(*database);
+        deletions = journal_rows::Deletions(*database);
+    });
+    if (!isReadable) {
+        databases.Rename(path, path + QString::fromUtf16(BrokenEnding));
+        return true;
+    }
+    Adopt(pictures, folders, deletions);
+    // Only a journal that holds it all lets the other one go.
+    if (m_database == nullptr)
+        return false;
+    databases.Remove(path);
+    return true;
+}
+
+void PictureJournal::TakeOverLists()
+{
+    ProcessList lists(ListName);
+    lists.TakeOver([this](const QJsonDocument& list, bool) {
+        QList<Folder> folders;
+        const QJsonArray claimed = list.object().value(u"folders"_s).toArray();
+        for (const auto& value : claimed)
+            folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
+        Adopt(PicturesIn(list), folders, {});
+    });
+    for (const QString& owner : lists.ForeignOwners()) {
+        if (!m_foreignOwners.contains(owner))
+            m_foreignOwners << owner;
+    }
+    if (m_database != nullptr)
+        IgnoringFaults([&lists] { lists.RemoveTaken(); });
+    lists.End(std::nullopt);
+}
+
+void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders,
+                           const QList<DeletionJob>& deletions)
+{
+    QStringList statements;
+    QList<PictureRecord> adopted = m_pictures;
+    for (const PictureRecord& picture : pictures) {
+        // One that was being taken over when that process died stands in both.
+        if (Find(picture.id) != nullptr)
+            continue;
+        adopted.append(picture);
+        statements << journal_rows::Write(picture);
+    }
+    for (const Folder& folder : folders)
+        statements << journal_rows::Write(folder, true);
+    for (const DeletionJob& job : deletions) {
+        if (FindDeletion(job.id) != nullptr)
+            continue;
+        m_deletions.append(job);
+        statements << journal_rows::Write(job);
+    }
+    if (m_database != nullptr)
+        m_database->Run(statements);
+    // In the order of the presses, whichever process's they were.
+    std::ranges::stable_sort(adopted, {}, &PictureRecord::takenAt);
+    m_pictures = adopted;
+    m_leftFolders += folders;
+}
+
+const PictureRecord* PictureJournal::Find(const QString& id) const
+{
+    const auto found = std::ranges::find(m_pictures, id, &PictureRecord::id);
+    return found != m_pictures.end() ? &*found : nullptr;
+}
+
+const PictureRecord* PictureJournal::Find(const Visit& visit, int number) const
+{
+    const auto found = std::ranges::find_if(m_pictures, [&](const PictureRecord& picture) {
+        return picture.number == number && number > 0 && picture.visit == visit;
+    });
+    return found != m_pictures.end() ? &*found : nullptr;
+}
+
+PictureRecord* PictureJournal::At(const QString& id)
+{
+    const auto found = std::ranges::find(m_pictures, id, &PictureRecord::id);
+    return found != m_pictures.end() ? &*found : nullptr;
+}
+
+QList<PictureRecord> PictureJournal::Of(const Visit& visit) const
+{
+    QList<PictureRecord> pictures = m_pictures;
+    pictures.removeIf([&visit](const PictureRecord& picture) { return picture.IsDeleted() || picture.visit != visit; });
+    return pictures;
+}
+
+int PictureJournal::Waiting() const
+{
+    return static_cast<int>(std::ranges::count_if(m_pictures, [](const PictureRecord& picture) {
+        return picture.WantsRows() && picture.state != PictureState::SetAside;
+    }));
+}
+
+int PictureJournal::Count() const
+{
+    return static_cast<int>(std::ranges::count(m_pictures, false, &PictureRecord::IsDeleted));
+}
+
+void PictureJournal::Add(const PictureRecord& picture)
+{
+    m_pictures.append(picture);
+    Store({journal_rows::Write(picture)});
+}
+
+void PictureJournal::Update(const QString& id, const Change& change)
+{
+    PictureRecord* picture = At(id);
+    if (picture == nullptr)
+        return;
+    change(*picture);
+    Store({journal_rows::Write(*picture)});
+}
+
+void PictureJournal::setNote(const Visit& visit, const TypedNote& note)
+{
+    UpdateAll([&](PictureRecord& picture) {
+        const bool isOther = picture.visit == visit && picture.note != note;
+        if (isOther)
+            picture.note = note;
+        return isOther;
+    });
+}
+
+void PictureJournal::NoteIsStored(const Visit& visit, const QString& text)
+{
+    UpdateAll([&](PictureRecord& picture) {
+        const bool isSame = picture.visit == visit && picture.note && picture.note->text == text;
+        if (isSame)
+            picture.note.reset();
+        return isSame;
+    });
+}
+
+void PictureJournal::UpdateAll(const std::function<bool(PictureRecord&)>& change)
+{
+    QStringList statements;
+    for (PictureRecord& picture : m_pictures) {
+        if (change(picture))
+            statements << journal_rows::Write(picture);
+    }
+    if (!statements.isEmpty())
+        Store(statements);
+}
+
+void PictureJournal::Mark(const QString& id, const Change& change)
+{
+    if (PictureRecord* picture = At(id))
+        change(*picture);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::Remove(QString id)
+{
+    if (m_pictures.removeIf([&id](const PictureRecord& picture) { return picture.id == id; }) > 0)
+        Store({journal_rows::Remove(id)});
+}
+
+const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
+{
+    const auto found = std::ranges::find(m_deletions, id, &DeletionJob::id);
+    return found != m_deletions.end() ? &*found : nullptr;
+}
+
+void PictureJournal::StoreDeletion(const DeletionJob& job)
+{
+    const auto found = std::ranges::find(m_deletions, job.id, &DeletionJob::id);
+    if (found != m_deletions.end())
+        *found = job;
+    else
+        m_deletions.append(job);
+    Store({journal_rows::Write(job)});
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RemoveDeletion(QString id)
+{
+    if (m_deletions.removeIf([&id](const DeletionJob& job) { return job.id == id; }) > 0)
+        Store({journal_rows::RemoveDeletion(id)});
+}
+
+bool PictureJournal::HasAnyBeside(const DeletionJob& job) const
+{
+    return std::ranges::any_of(Of(job.visit), [&job](const PictureRecord& picture) {
+        return std::ranges::find(job.items, picture.id, &DeletionJob::Item::picture) == job.items.end();
+    });
+}
+
+void PictureJournal::ClaimsIn(const Folder& folder)
+{
+    if (m_folders.contains(folder))
+        return;
+    m_folders.append(folder);
+    Store({journal_rows::Write(folder, false)});
+}
+
+void PictureJournal::LeftFoldersAreSettled()
+{
+    if (m_leftFolders.isEmpty())
+        return;
+    m_leftFolders.clear();
+    Store({journal_rows::ForgetLeftFolders()});
+}
+
+void PictureJournal::Store(const QStringList& statements)
+{
+    m_writer.Post([database = m_database, statements, told = m_fault] {
+        try {
+            if (database != nullptr)
+                database->Run(statements);
+        } catch (const PlatformError& error) {
+            journal::NoteFault(error.Text());
+            PostToScreen([told, text = u"기록을 기다리는 캡쳐의 목록을 저장하지 못했습니다.!!\r\n%1"_s.arg(
+                                    error.Text())] { told(text); });
+        }
+    });
+}

@@ -1,0 +1,121 @@
+#pragma once
+
+#include "contracts/files.h"
+#include "filing/DeletionJob.h"
+#include "filing/PictureRecord.h"
+
+#include <QList>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class LocalDatabase;
+class WorkThread;
+
+/// The pictures of this process that aren't safe yet, in the order of the presses: the only place that holds them until
+/// their rows are in. It lies in the program's folder, in a file of this process's own, one transaction a step, so that
+/// it outlives the program at any moment and no other station with the same folder gets in its way. It also tells in
+/// which folders this process has claimed numbers.
+///
+/// Used by the screen's thread; what it changes is written behind it, in order, by the thread that it is given.
+class PictureJournal
+{
+public:
+    /// A section's folder: its year folder and its name.
+    struct Folder
+    {
+        QString captureDir;
+        QString etc;
+
+        bool operator==(const Folder&) const = default;
+    };
+
+    /// A journal as it lies in a folder.
+    struct Found
+    {
+        QString path;
+        Holder holder = Holder::Elsewhere; ///< Of the process whose journal it is.
+        QString foreignOwner;              ///< User's name, unless it is this process's user.
+        bool isReadable = false;
+        QList<PictureRecord> pictures;
+    };
+    /// The journals in a program's folder, also those that were put aside. Changes none.
+    static QList<Found> In(const QString& folder);
+
+    /// Takes over the journals of this user's stations on this machine that have died. `fault` hears, on the screen's
+    /// thread, why it can't be written: it then stands in memory alone.
+    PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault);
+    ~PictureJournal();
+    PictureJournal(const PictureJournal&) = delete;
+    PictureJournal& operator=(const PictureJournal&) = delete;
+
+    const QList<PictureRecord>& Pictures() const { return m_pictures; }
+    /// Null when it isn't there. Good until the journal is changed.
+    const PictureRecord* Find(const QString& id) const;
+    const PictureRecord* Find(const Visit& visit, int number) const;
+    bool Holds(const Visit& visit, int number) const { return Find(visit, number) != nullptr; }
+    /// Those of the visit that aren't deleted.
+    QList<PictureRecord> Of(const Visit& visit) const;
+    bool HasAny(const Visit& visit) const { return !Of(visit).isEmpty(); }
+    /// How many wait for the database, those that it refuses not counted.
+    int Waiting() const;
+    /// How many aren't safe yet, those that were deleted not counted.
+    int Count() const;
+
+    void Add(const PictureRecord& picture);
+    using Change = std::function<void(PictureRecord&)>;
+    /// Nothing happens when it isn't there.
+    void Update(const QString& id, const Change& change);
+    /// The operator's text for a visit is now that one: all of its pictures would bring it.
+    void setNote(const Visit& visit, const TypedNote& note);
+    /// That text is stored: no picture of the visit has to bring it any more.
+    void NoteIsStored(const Visit& visit, const QString& text);
+    /// Changes what is of this run alone.
+    void Mark(const QString& id, const Change& change);
+    /// By value: it may be the very one that goes.
+    void Remove(QString id);
+
+    /// Deletions that haven't come to their end.
+    const QList<DeletionJob>& Deletions() const { return m_deletions; }
+    const DeletionJob* FindDeletion(const QString& id) const;
+    void StoreDeletion(const DeletionJob& job);
+    void RemoveDeletion(QString id);
+    /// Pictures of the job's visit, deleted ones aside, that it doesn't mean.
+    bool HasAnyBeside(const DeletionJob& job) const;
+
+    /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
+    void ClaimsIn(const Folder& folder);
+    /// Folders in which the stations whose journals were taken over had claimed numbers.
+    const QList<Folder>& LeftFolders() const { return m_leftFolders; }
+    /// Nothing is left to look for there.
+    void LeftFoldersAreSettled();
+    /// Names of other users of this machine whose dead stations have left journals; theirs stay for them.
+    const QStringList& ForeignOwners() const { return m_foreignOwners; }
+
+    /// The station ends: what is left is for the next one. Called behind the last work of the writing thread.
+    void End();
+
+private:
+    void TakeOver();
+    /// False when it has to stay where it is.
+    bool TakeOverJournal(const QString& path);
+    void TakeOverLists();
+    void Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders, const QList<DeletionJob>& deletions);
+    /// Changes those for which it gives true.
+    void UpdateAll(const std::function<bool(PictureRecord&)>& change);
+    void Store(const QStringList& statements);
+    PictureRecord* At(const QString& id);
+
+    WorkThread& m_writer;
+    const std::function<void(const QString&)> m_fault;
+    std::shared_ptr<LocalDatabase> m_database; ///< Null when it can't be opened.
+    QList<PictureRecord> m_pictures;
+    QList<DeletionJob> m_deletions;
+    QList<Folder> m_folders;
+    QList<Folder> m_leftFolders;
+    QStringList m_foreignOwners;
+    std::unique_ptr<FileLock> m_lock;
+    bool m_hasEnded = false;
+};

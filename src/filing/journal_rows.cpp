@@ -1,0 +1,163 @@
+#include "filing/journal_rows.h"
+
+#include "contracts/LocalDatabase.h"
+#include "filing/visit_json.h"
+#include "records/Statement.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// As they stand in the journal.
+const QStringList States{u"taken"_s, u"local"_s, u"share"_s, u"aside"_s, u"deleted"_s};
+const QStringList Origins{u"press"_s, u"foot"_s, u"import"_s};
+
+template <class Enum>
+Enum FromWord(const QStringList& words, const QString& word)
+{
+    return static_cast<Enum>(std::max<qsizetype>(0, words.indexOf(word)));
+}
+
+} // namespace
+
+QStringList journal_rows::Tables()
+{
+    return {u"CREATE TABLE IF NOT EXISTS picture ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
+            "chart TEXT, yuhyung TEXT, ymd TEXT, etc TEXT, captureDir TEXT, imageExt TEXT, number INTEGER, state TEXT, "
+            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT )"_s,
+            u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
+            "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
+            u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s};
+}
+
+QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
+{
+    QList<PictureRecord> pictures;
+    for (const QVariantList& row :
+         journal.Rows(u"SELECT id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, takenAt, "
+                      "reason, note, noteBase FROM picture ORDER BY place"_s)) {
+        const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
+        PictureRecord picture;
+        picture.id = text(0);
+        picture.visit = {text(1), text(2), text(3), text(4), text(5), text(6)};
+        picture.number = row.at(7).toInt();
+        picture.state = FromWord<PictureState>(States, text(8));
+        picture.origin = FromWord<PictureOrigin>(Origins, text(9));
+        picture.takenAt = QDateTime::fromString(text(10), Qt::ISODateWithMs);
+        picture.reason = text(11);
+        if (!row.at(12).isNull())
+            picture.note = TypedNote{text(12), text(13)};
+        pictures.append(picture);
+    }
+    return pictures;
+}
+
+QList<PictureJournal::Folder> journal_rows::Folders(LocalDatabase& journal)
+{
+    QList<PictureJournal::Folder> folders;
+    for (const QVariantList& row : journal.Rows(u"SELECT captureDir, etc FROM folder"_s))
+        folders.append({row.at(0).toString(), row.at(1).toString()});
+    return folders;
+}
+
+QList<DeletionJob> journal_rows::Deletions(LocalDatabase& journal)
+{
+    QList<DeletionJob> jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM deletion"_s)) {
+        const QJsonObject json = QJsonDocument::fromJson(row.at(1).toString().toUtf8()).object();
+        DeletionJob job;
+        job.id = row.at(0).toString();
+        job.visit = VisitFromJson(json);
+        job.isWhole = json.value(u"isWhole"_s).toBool();
+        job.markedDoctor = json.value(u"markedDoctor"_s).toString();
+        job.rowsUpTo = json.value(u"rowsUpTo"_s).toInt();
+        job.isPlanned = json.value(u"isPlanned"_s).toBool();
+        const QJsonArray items = json.value(u"items"_s).toArray();
+        for (const auto& item : items)
+            job.items.append({item[u"number"_s].toInt(), item[u"version"_s].toString().toUtf8(),
+                              item[u"picture"_s].toString(), item[u"isMoved"_s].toBool()});
+        jobs.append(job);
+    }
+    return jobs;
+}
+
+QString journal_rows::Write(const DeletionJob& job)
+{
+    QJsonObject json = ToJson(job.visit);
+    QJsonArray items;
+    for (const DeletionJob::Item& item : job.items)
+        items.append(QJsonObject{{u"number"_s, item.number},
+                                 {u"version"_s, QString::fromUtf8(item.version)},
+                                 {u"picture"_s, item.picture},
+                                 {u"isMoved"_s, item.isMoved}});
+    json.insert(u"items"_s, items);
+    json.insert(u"isWhole"_s, job.isWhole);
+    json.insert(u"rowsUpTo"_s, job.rowsUpTo);
+    json.insert(u"isPlanned"_s, job.isPlanned);
+    // Null where no mark is taken back.
+    if (!job.markedDoctor.isNull())
+        json.insert(u"markedDoctor"_s, job.markedDoctor);
+    return Statement(u"REPLACE INTO deletion VALUES ( ")
+        .Then(u"'", job.id)
+        .Then(u"', '", QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)))
+        .Piece(u"' )")
+        .Text();
+}
+
+QString journal_rows::RemoveDeletion(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM deletion WHERE id = '", id).Text();
+}
+
+QString journal_rows::Write(const PictureRecord& picture)
+{
+    const Visit& visit = picture.visit;
+    // Its place stays what it was: the order of the presses.
+    Statement statement(u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, "
+                        "origin, takenAt, reason, note, noteBase ) VALUES ( ");
+    statement.Then(u"'", picture.id)
+        .Then(u"', '", visit.chart)
+        .Then(u"', '", visit.yuhyung)
+        .Then(u"', '", visit.ymd)
+        .Then(u"', '", visit.etc)
+        .Then(u"', '", visit.captureDir)
+        .Then(u"', '", visit.imageExt)
+        .Then(u"', ", picture.number)
+        .Then(u", '", States.at(static_cast<int>(picture.state)))
+        .Then(u"', '", Origins.at(static_cast<int>(picture.origin)))
+        .Then(u"', '", picture.takenAt.toString(Qt::ISODateWithMs))
+        .Then(u"', '", picture.reason);
+    if (picture.note)
+        statement.Then(u"', '", picture.note->text).Then(u"', '", picture.note->base).Piece(u"'");
+    else
+        statement.Piece(u"', NULL, NULL");
+    return statement
+        .Piece(u" ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
+               "reason = excluded.reason, note = excluded.note, noteBase = excluded.noteBase")
+        .Text();
+}
+
+QString journal_rows::Remove(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM picture WHERE id = '", id).Text();
+}
+
+QString journal_rows::Write(const PictureJournal::Folder& folder, bool isLeft)
+{
+    return Statement(u"INSERT OR IGNORE INTO folder VALUES ( ")
+        .Then(u"'", folder.captureDir)
+        .Then(u"', '", folder.etc)
+        .Then(u"', ", isLeft ? 1 : 0)
+        .Piece(u" )")
+        .Text();
+}
+
+QString journal_rows::ForgetLeftFolders()
+{
+    return u"DELETE FROM folder WHERE isLeft = 1"_s;
+}

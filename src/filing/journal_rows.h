@@ -1,0 +1,26 @@
+#pragma once
+
+#include "filing/PictureJournal.h"
+
+class LocalDatabase;
+
+/// The tables of a journal of pictures.
+namespace journal_rows {
+
+/// Makes those that aren't there.
+QStringList Tables();
+/// In the order in which they were written first. Throws PlatformError.
+QList<PictureRecord> Pictures(LocalDatabase& journal);
+QList<PictureJournal::Folder> Folders(LocalDatabase& journal);
+QList<DeletionJob> Deletions(LocalDatabase& journal);
+
+/// Statements.
+QString Write(const PictureRecord& picture);
+QString Remove(const QString& id);
+QString Write(const DeletionJob& job);
+QString RemoveDeletion(const QString& id);
+/// `isLeft`: an earlier process's.
+QString Write(const PictureJournal::Folder& folder, bool isLeft);
+QString ForgetLeftFolders();
+
+} // namespace journal_rows
