@@ -16,6 +16,7 @@ struct DeletionJob
         QByteArray version = {}; ///< Of its file when the job was begun; empty without one.
         QString picture = {};    ///< Identity of one whose rows aren't in yet.
         bool isMoved = false;    ///< It is no live picture any more.
+        bool wasMoved = false;   ///< This job has moved it, in this run.
     };
 
     QString id;

@@ -10,6 +10,7 @@
 #include "records/Statement.h"
 
 #include <QPointer>
+#include <QTimer>
 #include <QUuid>
 
 #include <algorithm>
@@ -36,12 +37,13 @@ void IdentifyFiles(DeletionJob& job)
 void MoveFiles(DeletionJob& job)
 {
     for (DeletionJob::Item& item : job.items) {
-        if (item.isMoved)
-            continue;
         const QByteArray version = Files().VersionOf(job.visit.PicturePath(item.number));
-        if (!version.isEmpty() && version == item.version)
+        const bool isMeant = !item.isMoved && !version.isEmpty() && version == item.version;
+        if (isMeant)
             MoveToLogFolder(job.visit, item.number);
-        item.isMoved = version.isEmpty() || version == item.version;
+        // One that was moved while the database was away may have left its number to another by now.
+        item.isMoved = isMeant || version.isEmpty();
+        item.wasMoved |= isMeant;
     }
 }
 
@@ -49,15 +51,17 @@ void MoveFiles(DeletionJob& job)
 
 PictureDeletion::PictureDeletion(StillFiling& filing) : m_filing(filing)
 {
-    for (const DeletionJob& job : m_filing.Journal().Deletions()) {
-        m_filing.Hold(job);
+    for (const DeletionJob& job : QList(m_filing.Journal().Deletions()))
         Go(job);
-    }
 }
 
 QString PictureDeletion::Begin(DeletionJob job)
 {
     job.id = QUuid::createUuid().toString(QUuid::Id128);
+    for (DeletionJob::Item& item : job.items) {
+        const PictureRecord* own = m_filing.Journal().Find(job.visit, item.number);
+        item.picture = own != nullptr ? own->id : QString();
+    }
     m_filing.Hold(job);
     m_filing.Journal().StoreDeletion(job);
     Go(job);
@@ -66,7 +70,7 @@ QString PictureDeletion::Begin(DeletionJob job)
 
 bool PictureDeletion::IsUnderWay(const QString& id) const
 {
-    return m_filing.Journal().FindDeletion(id) != nullptr;
+    return m_filing.Journal().FindDeletion(id) != nullptr && !m_refused.contains(id);
 }
 
 bool PictureDeletion::AreFilesMoved(const QString& id) const
@@ -103,7 +107,7 @@ void PictureDeletion::AtShare(const DeletionJob& job, const std::function<void(D
             fault = std::current_exception();
         }
         PostToScreen([self, job, answer, fault] {
-            if (self && !self->m_hasEnded && self->IsUnderWay(job.id))
+            if (self && !self->m_hasEnded && self->m_filing.Journal().FindDeletion(job.id) != nullptr)
                 (self->*answer)(job, fault);
         });
     });
@@ -125,6 +129,12 @@ void PictureDeletion::TakeIdentified(const DeletionJob& job, const std::exceptio
 void PictureDeletion::TakeMoved(const DeletionJob& job, const std::exception_ptr& fault)
 {
     m_filing.Journal().StoreDeletion(job);
+    // Rows that are still to come in, or that came in without an answer, would bring it back.
+    for (const DeletionJob::Item& item : job.items) {
+        const PictureRecord* own = item.isMoved ? m_filing.Journal().Find(job.visit, item.number) : nullptr;
+        if (own != nullptr)
+            m_filing.Forget(QString(own->id));
+    }
     if (job.rowsUpTo > 0 && fault == nullptr)
         AskRows(job);
     else
@@ -180,8 +190,13 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
     // Another picture of the visit may be on its way.
     const bool mayBeEmpty = !m_filing.Journal().HasAnyBeside(job);
     const auto remove = [result, job, mayBeEmpty] {
-        for (const int number : result->deleted)
-            DeletePictureRow(job.visit, number);
+        for (const DeletionJob::Item& item : job.items) {
+            if (!item.isMoved)
+                continue;
+            // A row without a file: another deletion may have freed the number, and another station taken it.
+            if (item.wasMoved || !PictureExists(job.visit.PicturePath(item.number)))
+                DeletePictureRow(job.visit, item.number);
+        }
         const bool isEmpty = mayBeEmpty && StoredNumbers(job.visit, NumberOrder::Any).isEmpty();
         const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
         if (isEmpty && hadPictures) {
@@ -198,9 +213,17 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
             TryAgain(job.id, &PictureDeletion::Go);
             return;
         }
-        if (result->fault == nullptr)
+        if (fault == nullptr) {
+            Finish(job, *result);
+            return;
+        }
+        // The server refuses: the operator hears of it once, and the rows go when it takes the statements.
+        if (!m_refused.contains(job.id)) {
+            m_refused.insert(job.id);
             result->fault = fault;
-        Finish(job, *result);
+            Q_EMIT Ended(job.id, *result);
+        }
+        TryAgain(job.id, &PictureDeletion::Go);
     };
     try {
         QueueStatements(this, remove, answer);
@@ -211,11 +234,8 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
 
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
-    for (const DeletionJob::Item& item : job.items) {
-        if (item.isMoved && !item.picture.isEmpty())
-            m_filing.Forget(item.picture);
-    }
     m_filing.LetGo(job);
     m_filing.Journal().RemoveDeletion(job.id);
-    Q_EMIT Ended(job.id, result);
+    if (!m_refused.remove(job.id))
+        Q_EMIT Ended(job.id, result);
 }

@@ -3,7 +3,7 @@
 #include "filing/DeletionJob.h"
 
 #include <QObject>
-#include <QTimer>
+#include <QSet>
 
 #include <exception>
 #include <functional>
@@ -31,6 +31,7 @@ public:
 
     /// `job` without an id; gives it one.
     QString Begin(DeletionJob job);
+    /// It hasn't come to its end, nor to one that the operator has heard of.
     bool IsUnderWay(const QString& id) const;
     /// What is left of it is the database's.
     bool AreFilesMoved(const QString& id) const;
@@ -59,5 +60,6 @@ private:
     void TryAgain(const QString& id, void (PictureDeletion::*step)(const DeletionJob& job));
 
     StillFiling& m_filing;
+    QSet<QString> m_refused; ///< Jobs whose rows the server refuses to delete; told.
     bool m_hasEnded = false;
 };

@@ -12,6 +12,8 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 
+#include <QDeadlineTimer>
+#include <QThread>
 #include <QUuid>
 
 #include <algorithm>
@@ -108,6 +110,10 @@ StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
     m_retry.setInterval(RetryMs);
     connect(&m_patience, &QTimer::timeout, this, &StillFiles::LoseShare);
     connect(&m_retry, &QTimer::timeout, this, &StillFiles::MoveNext);
+    for (const DeletionJob& job : m_journal.Deletions()) {
+        for (const DeletionJob::Item& item : job.items)
+            m_numbers->Hold(job.visit, item.number);
+    }
     for (const PictureRecord& picture : m_journal.Pictures()) {
         if (picture.number > 0) {
             m_numbers->Hold(picture.visit, picture.number);
@@ -137,6 +143,10 @@ void StillFiles::End()
     m_retry.stop();
     // Its work calls the members of this, and comes to an end whatever the share does.
     m_encoder.End(LongestEncodingMs);
+    // Claims whose rows are in; a share that answers takes no time for them.
+    const QDeadlineTimer patience(IsShareAway() ? 0 : SharePatienceMs);
+    while (!m_share.IsIdle() && !patience.hasExpired())
+        QThread::msleep(1);
     m_share.End();
 }
 
