@@ -1,15 +1,16 @@
 #include "filing/PictureDeletion.h"
 #include "filing/StillFiling.h"
 #include "records/capture_index.h"
+#include "records/Statement.h"
 #include "support/StationInABox.h"
 
 #include <QRandomGenerator>
 
 using namespace Qt::StringLiterals;
 
-/// Presses, deletions, other stations, shares and databases that go and come, and stations that end in the middle, in any
-/// order. Whatever has happened: in the end each picture that was taken stands once, under a number and a row of its own,
-/// or lies among the deleted ones.
+/// Presses, deletions, other stations, shares and databases that go and come, and stations that end in the middle, in
+/// any order. Whatever has happened: in the end each picture that was taken stands once, under a number and a row of
+/// its own, or lies among the deleted ones.
 class FilingWalkTest : public QObject
 {
     Q_OBJECT
@@ -160,8 +161,9 @@ private:
     /// A database without its tables refuses, and takes the same rows later.
     void Database(bool isThere)
     {
+        // In the line of the station's own statements: beside them the file may be locked.
         if (isThere != std::exchange(m_hasDatabase, isThere))
-            m_box->Run(isThere ? u"ALTER TABLE cap_gone RENAME TO cap;"_s : u"ALTER TABLE cap RENAME TO cap_gone;"_s);
+            Execute(Statement(isThere ? u"ALTER TABLE cap_gone RENAME TO cap" : u"ALTER TABLE cap RENAME TO cap_gone"));
     }
 
     void OtherStation()
