@@ -69,7 +69,7 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& p
         HasPictureRow(visit, number);
     DeletionJob job;
     job.visit = visit;
-    job.items = {{number, {}, record != nullptr ? record->id : QString()}};
+    job.items = {DeletionJob::Item{number}};
     const bool waits = record != nullptr;
     Run(job, [this, visit, number, gridNumber, waits](const PictureDeletion::Result& result) {
         if (result.isVisitGone)
@@ -123,19 +123,16 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
     const QList<PictureRecord> own = m_stills.Journal().Of(visit);
     for (const PictureRecord& picture : own) {
         if (picture.number > 0 && !numbers.contains(picture.number))
-            job.items.append(DeletionJob::Item{picture.number, {}, picture.id});
+            job.items.append(DeletionJob::Item{picture.number});
     }
     // Another date's deletion says nothing of today's visit, whose pictures are still there.
     if (visit.ymd == CurrentVisit().ymd)
         job.markedDoctor = u""_s + VisitContext.Jinchal;
-    const auto begun = [this, own] {
-        // Those that the share hasn't got yet go there when it has.
-        for (const PictureRecord& picture : own) {
-            if (picture.number == 0)
-                m_stills.Forget(picture.id);
-        }
-    };
-    begun();
+    // Those that the share hasn't got yet go to the deleted ones when it has.
+    for (const PictureRecord& picture : own) {
+        if (picture.number == 0)
+            m_stills.Forget(picture.id);
+    }
     Run(job, [this, visit](const PictureDeletion::Result&) {
         if (m_stills.IsDatabaseAway()) {
             if (visit == CurrentVisit())

@@ -58,7 +58,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
     m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this](const FootSwitch::Filed& filed) {
         if (!IsUnloaded())
-            SetCaptureValues(filed);
+            SetCaptureValues(filed, PictureOrigin::Foot);
     });
     m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_lblMovie, *m_lblMovieStatus);
     ConnectControls();
@@ -232,12 +232,12 @@ void frmCapture::Connect()
         Unload();
 }
 
-void frmCapture::SetCaptureValues(const StillCapture::Filed& filed)
+void frmCapture::SetCaptureValues(const StillCapture::Filed& filed, PictureOrigin origin)
 {
     if (m_dateRefusal->Refuses())
         filed(nullptr);
     else
-        m_stills->SetCaptureValues(*m_capCapture, filed);
+        m_stills->SetCaptureValues(*m_capCapture, filed, origin);
 }
 
 void frmCapture::Clear()

@@ -43,7 +43,7 @@ public:
 
     /// Takes the frame of this moment and files it. Throws PlatformError with the reason why it can't; `filed` hears
     /// what became of it otherwise.
-    void SetCaptureValues(const StillCapture::Filed& filed);
+    void SetCaptureValues(const StillCapture::Filed& filed, PictureOrigin origin = PictureOrigin::Press);
     /// Empties the three grids; the labels and the note stay.
     void Clear();
 

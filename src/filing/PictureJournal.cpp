@@ -45,18 +45,6 @@ QString MarkIn(const QString& name, const char16_t* ending)
     return name.sliced(QStringView(Prefix).size()).chopped(QStringView(ending).size());
 }
 
-/// Journals come from the same disk as the settings; one that can't be used keeps no station from its work.
-bool IgnoringFaults(const std::function<void()>& step)
-{
-    try {
-        step();
-        return true;
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-        return false;
-    }
-}
-
 QList<PictureRecord> PicturesIn(const QJsonDocument& list)
 {
     QList<PictureRecord> pictures;
@@ -95,7 +83,7 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
                     Files().ForeignOwner(folder + name),
                     false,
                     {}};
-        found.isReadable = !isBroken && IgnoringFaults([&found] {
+        found.isReadable = !isBroken && journal::NotingFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
             found.pictures = journal_rows::Pictures(*database);
         });
@@ -110,7 +98,7 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
     : m_writer(writer), m_fault(std::move(fault))
 {
     const QString mark = Files().ProcessMark();
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         m_lock = Files().Lock(PathOf(mark, LockEnding));
         m_database = UseService<LocalDatabases>().Open(PathOf(mark, JournalEnding));
         m_database->Run(journal_rows::Tables());
@@ -136,7 +124,7 @@ void PictureJournal::End()
     if (std::exchange(m_hasEnded, true))
         return;
     const QString mark = Files().ProcessMark();
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         const bool isEmpty = m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty();
         if (isEmpty && m_database != nullptr) {
             m_database.reset();
@@ -165,7 +153,7 @@ void PictureJournal::TakeOver()
                 m_foreignOwners << owner;
             continue;
         }
-        IgnoringFaults([&] {
+        journal::NotingFaults([&] {
             const std::unique_ptr<FileLock> lock = Files().Lock(PathOf(mark, LockEnding));
             if (lock == nullptr)
                 return;
@@ -183,7 +171,7 @@ bool PictureJournal::TakeOverJournal(const QString& path)
     QList<PictureRecord> pictures;
     QList<Folder> folders;
     QList<DeletionJob> deletions;
-    const bool isReadable = IgnoringFaults([&] {
+    const bool isReadable = journal::NotingFaults([&] {
         const auto database = databases.Open(path);
         pictures = journal_rows::Pictures(*database);
         folders = journal_rows::Folders(*database);
@@ -216,7 +204,7 @@ void PictureJournal::TakeOverLists()
             m_foreignOwners << owner;
     }
     if (m_database != nullptr)
-        IgnoringFaults([&lists] { lists.RemoveTaken(); });
+        journal::NotingFaults([&lists] { lists.RemoveTaken(); });
     lists.End(std::nullopt);
 }
 

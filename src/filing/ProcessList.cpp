@@ -19,15 +19,6 @@ QString ListFolder()
     return UseService<Desktop>().ProgramFolder() + u'\\';
 }
 
-void IgnoringFaults(const std::function<void()>& step)
-{
-    try {
-        step();
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
-}
-
 /// Throws PlatformError when it can't be read.
 QJsonDocument ReadDocument(const QString& path)
 {
@@ -46,7 +37,7 @@ bool ReadList(const QString& path, bool isOwn, const ProcessList::Reader& read)
         return true;
     } catch (const PlatformError& error) {
         journal::NoteFault(u"%1: %2"_s.arg(error.Text(), path));
-        IgnoringFaults([&path] { Files().RenameFile(path, path + QString::fromUtf16(BrokenEnding)); });
+        journal::NotingFaults([&path] { Files().RenameFile(path, path + QString::fromUtf16(BrokenEnding)); });
         return false;
     }
 }
@@ -77,7 +68,7 @@ QList<ProcessList::Found> ProcessList::In(const QString& folder, const QString& 
 
 ProcessList::ProcessList(QString name) : m_name(std::move(name))
 {
-    IgnoringFaults([this] { m_lock = Files().Lock(PathOf(Files().ProcessMark(), LockEnding)); });
+    journal::NotingFaults([this] { m_lock = Files().Lock(PathOf(Files().ProcessMark(), LockEnding)); });
 }
 
 QString ProcessList::PathOf(const QString& mark, QStringView ending) const
@@ -134,7 +125,7 @@ bool ProcessList::TakeOver(const Reader& read)
 bool ProcessList::TakeOverList(const QString& mark, const Reader& read)
 {
     bool taken = false;
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         auto lock = Files().Lock(PathOf(mark, LockEnding));
         if (lock == nullptr)
             return;
@@ -162,7 +153,7 @@ void ProcessList::End(const std::optional<QByteArray>& content)
 {
     if (HasEnded())
         return;
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         if (content)
             Write(Path(), *content);
         else

@@ -1,5 +1,7 @@
 #include "frame/journal.h"
 
+#include "contracts/PlatformError.h"
+
 #include "contracts/files.h"
 #include "frame/components.h"
 
@@ -94,4 +96,15 @@ QString journal::Reduced(const QString& message, const QString& captureRoot)
     const QString first = WithoutForeignPaths(end < 0 ? message : message.left(end), captureRoot);
     const QRegularExpressionMatch match = number.match(message);
     return match.hasMatch() && end >= 0 ? u"%1 [%2]"_s.arg(first, match.captured(1)) : first;
+}
+
+bool journal::NotingFaults(const std::function<void()>& step)
+{
+    try {
+        step();
+        return true;
+    } catch (const PlatformError& error) {
+        NoteFault(error.Text());
+        return false;
+    }
 }

@@ -71,13 +71,6 @@ QStringList StoredYears()
     return years;
 }
 
-QString StoredNote(const Visit& visit)
-{
-    const auto rows = OpenRows(Statement(u" SELECT ca_chamgo FROM ca ").OfVisit(Visits, visit));
-    // Not null, if only empty, for a row without a note.
-    return HasRow(*rows) ? u""_s + FieldText(*rows, u"ca_chamgo"_s) : QString();
-}
-
 QList<VisitLine> StoredVisits(const QString& chart, const QString& kind)
 {
     QList<VisitLine> lines;

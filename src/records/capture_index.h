@@ -31,9 +31,6 @@ QList<PictureKey> StoredPictures(const QString& year, const std::optional<Pictur
 /// Years of which there are pictures.
 QStringList StoredYears();
 
-/// The stored note of the visit as text, trimmed; null without a row.
-QString StoredNote(const Visit& visit);
-
 /// A visit as a list of visits shows it: trimmed texts.
 struct VisitLine
 {

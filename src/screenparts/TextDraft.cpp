@@ -35,15 +35,6 @@ QString PathOf(const QString& name, Copy copy)
     return path;
 }
 
-void IgnoringFaults(const std::function<void()>& step)
-{
-    try {
-        step();
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
-}
-
 /// Their present texts are this run's own: let go, or about to be written.
 QSet<QString>& NamesOfThisRun()
 {
@@ -59,7 +50,7 @@ QByteArray ToText(const QJsonObject& content)
 /// On the writing thread.
 void Replace(const std::optional<TextDraft::Draft>& before, const std::optional<TextDraft::Draft>& draft)
 {
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         if (draft)
             Files().WritePrivateFile(PathOf(draft->name, Copy::Present), ToText(draft->content));
         if (before && (!draft || draft->name != before->name))
@@ -100,7 +91,8 @@ void TextDraft::End()
 
 void TextDraft::TakeUp(const Draft& draft)
 {
-    IgnoringFaults([&] { Files().RenameFile(PathOf(draft.name, Copy::Kept), PathOf(draft.name, Copy::Present)); });
+    journal::NotingFaults(
+        [&] { Files().RenameFile(PathOf(draft.name, Copy::Kept), PathOf(draft.name, Copy::Present)); });
     m_written = draft;
     NamesOfThisRun().insert(draft.name);
 }
@@ -119,7 +111,7 @@ void TextDraft::Keep(const Draft& draft)
 std::optional<QJsonObject> TextDraft::Find(const QString& name)
 {
     QJsonObject found;
-    IgnoringFaults([&] {
+    journal::NotingFaults([&] {
         const QString kept = PathOf(name, Copy::Kept);
         const QString present = PathOf(name, Copy::Present);
         if (!NamesOfThisRun().contains(name) && FileExists(present))
@@ -132,5 +124,5 @@ std::optional<QJsonObject> TextDraft::Find(const QString& name)
 
 void TextDraft::Remove(const QString& name)
 {
-    IgnoringFaults([&] { DeleteFile(PathOf(name, Copy::Kept)); });
+    journal::NotingFaults([&] { DeleteFile(PathOf(name, Copy::Kept)); });
 }
