@@ -31,6 +31,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -57,6 +58,21 @@ bool AnswerOption(int argc, char* argv[])
     else
         return false;
     return true;
+}
+
+/// A movie becomes whole, what is under way comes to its place, and nothing of the toolkit is touched any more.
+void EndWithoutDisplay()
+{
+    static bool hasBegun = false;
+    if (!std::exchange(hasBegun, true)) {
+        UseService<Desktop>().LoseDisplay();
+        const QList<StationForm*> forms = LoadedForms();
+        for (StationForm* form : forms)
+            form->UnloadUnseen();
+        UseService<Desktop>().LeaveInstance();
+        EndJournal();
+    }
+    std::_Exit(1);
 }
 
 } // namespace
@@ -103,6 +119,8 @@ int main(int argc, char* argv[])
         EndProgram();
     });
     Guarded([] { Main(); });
+    // The toolkit ends the process when the display is gone, in the middle of its own work.
+    std::atexit(EndWithoutDisplay);
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
     // A process whose thread the kernel holds can stand for hours: the next start takes it for one that has ended.
     UseService<Desktop>().LeaveInstance();

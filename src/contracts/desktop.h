@@ -85,6 +85,9 @@ public:
     /// From then on no box opens any more: its text goes to standard error, and a question counts as answered with No.
     virtual void setEndRequest(std::function<void()> end) = 0;
     virtual bool EndIsRequested() const = 0;
+    /// The display is gone, and the process is about to end: as after an end request, and no events are served any
+    /// more, since serving them would end it at once.
+    virtual void LoseDisplay() = 0;
 
     /// Ends the program; the event loop returns, or is never entered.
     virtual void EndProgram() = 0;

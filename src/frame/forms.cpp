@@ -11,6 +11,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 QList<StationForm*>& Collection()
@@ -117,6 +118,12 @@ void StationForm::TakeOut()
         if (form != nullptr)
             form->deleteLater();
     });
+}
+
+void StationForm::UnloadUnseen()
+{
+    if (!std::exchange(m_unloaded, true))
+        Guarded([this] { Form_Unload(); });
 }
 
 void StationForm::BringUp()

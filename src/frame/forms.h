@@ -33,6 +33,8 @@ public:
     /// program.
     void Unload();
     bool IsUnloaded() const { return m_unloaded; }
+    /// Runs `Form_Unload` alone: there is no display any more on which anything could go.
+    void UnloadUnseen();
 
 protected:
     virtual void Form_Load() {}

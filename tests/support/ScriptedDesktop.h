@@ -51,6 +51,7 @@ public:
     bool PrevInstance() override { return otherInstance; }
     void LeaveInstance() override {}
     void setEndRequest(std::function<void()>) override {}
+    void LoseDisplay() override {}
     bool EndIsRequested() const override { return endIsRequested; }
     void EndProgram() override { ended = true; }
     bool ProgramEnded() const override { return ended; }

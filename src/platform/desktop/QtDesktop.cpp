@@ -12,6 +12,7 @@
 #include "platform/files/program_folder.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -21,6 +22,7 @@
 #include <QPrinter>
 #include <QPushButton>
 #include <QScopeGuard>
+#include <QThread>
 #include <QTimer>
 #include <QTreeView>
 
@@ -29,6 +31,16 @@ using namespace Qt::StringLiterals;
 namespace {
 /// Room for a long name beside the size, kind and date of a file.
 constexpr QSize OpenDialogPixels{800, 480};
+/// Without a display: what other threads are left to end in.
+constexpr int LastPatienceMs = 3000;
+
+bool SleepUntil(const std::function<bool()>& done, int timeoutMs)
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (!done() && !deadline.hasExpired())
+        QThread::msleep(5);
+    return done();
+}
 
 QPushButton* AddButton(QMessageBox& box, const QString& text, QMessageBox::ButtonRole role, const QString& name)
 {
@@ -192,17 +204,22 @@ void QtDesktop::ShowPointer()
 
 void QtDesktop::PumpEvents()
 {
-    QCoreApplication::processEvents();
+    if (!m_displayIsGone)
+        QCoreApplication::processEvents();
 }
 
 bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
 {
+    if (m_displayIsGone)
+        return SleepUntil(done, timeoutMs);
     return event_loop::ServeUntil(
         done, [this] { return m_ended; }, timeoutMs);
 }
 
 bool QtDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
 {
+    if (m_displayIsGone)
+        return SleepUntil(done, LastPatienceMs);
     // A box that opens meanwhile wants an answer.
     const HeldInput held([this, boxes = m_openBoxes] { return m_openBoxes > boxes; }, leave);
     return event_loop::ServeUntil(done, [this] { return m_ended; });
@@ -210,6 +227,8 @@ bool QtDesktop::ServeUntil(const std::function<bool()>& done, const std::functio
 
 void QtDesktop::Pause(int timeMs)
 {
+    if (m_displayIsGone)
+        return;
     QTimer timer;
     timer.setSingleShot(true);
     timer.start(timeMs);

@@ -33,6 +33,7 @@ public:
     void LeaveInstance() override;
     void setEndRequest(std::function<void()> end) override;
     bool EndIsRequested() const override { return m_endIsRequested; }
+    void LoseDisplay() override { m_displayIsGone = m_endIsRequested = true; }
     void EndProgram() override;
     bool ProgramEnded() const override { return m_ended; }
     QDate Today() const override;
@@ -58,5 +59,6 @@ private:
     std::unique_ptr<EndSignals> m_signals;
     std::function<void()> m_end;
     bool m_endIsRequested = false;
+    bool m_displayIsGone = false;
     bool m_ended = false;
 };

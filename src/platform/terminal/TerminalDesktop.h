@@ -26,6 +26,7 @@ public:
     bool PrevInstance() override { return false; }
     void LeaveInstance() override {}
     void setEndRequest(std::function<void()> /*end*/) override {}
+    void LoseDisplay() override {}
     bool EndIsRequested() const override { return false; }
     void EndProgram() override { m_ended = true; }
     bool ProgramEnded() const override { return m_ended; }
