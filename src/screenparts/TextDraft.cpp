@@ -75,8 +75,14 @@ void TextDraft::Check()
     if (draft == m_written)
         return;
     if (draft)
-        NamesOfThisRun().insert(draft->name);
+        NoteName(draft->name);
     m_thread.Post([before = std::exchange(m_written, draft), draft] { Replace(before, draft); });
+}
+
+void TextDraft::NoteName(const QString& name)
+{
+    NamesOfThisRun().insert(name);
+    m_names.insert(name);
 }
 
 void TextDraft::End()
@@ -86,7 +92,13 @@ void TextDraft::End()
         Check();
     m_timer.stop();
     const std::optional<Draft> left = stays ? m_written : std::nullopt;
-    m_thread.End(EndPatienceMs, [written = m_written, left] { Replace(written, left); });
+    if (left)
+        m_names.remove(left->name);
+    m_thread.End(EndPatienceMs, [names = m_names, left] {
+        Replace(std::nullopt, left);
+        for (const QString& name : names)
+            journal::NotingFaults([&] { DeleteFile(PathOf(name, Copy::Present)); });
+    });
 }
 
 void TextDraft::TakeUp(const Draft& draft)
@@ -94,7 +106,7 @@ void TextDraft::TakeUp(const Draft& draft)
     journal::NotingFaults(
         [&] { Files().RenameFile(PathOf(draft.name, Copy::Kept), PathOf(draft.name, Copy::Present)); });
     m_written = draft;
-    NamesOfThisRun().insert(draft.name);
+    NoteName(draft.name);
 }
 
 QString TextDraft::NameOf(const QStringList& words)

@@ -4,6 +4,7 @@
 
 #include <QJsonObject>
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <functional>
@@ -47,8 +48,12 @@ public:
     static void Remove(const QString& name);
 
 private:
+    void NoteName(const QString& name);
+
     Unsaved m_unsaved;
     std::optional<Draft> m_written;
+    /// Whose copies may lie in the folder: the closing drops what still waits to be removed.
+    QSet<QString> m_names;
     QTimer m_timer;
     WorkThread m_thread;
 };
