@@ -62,7 +62,7 @@ QString PictureDeletion::Begin(DeletionJob job)
         const PictureRecord* own = m_filing.Journal().Find(job.visit, item.number);
         item.picture = own != nullptr ? own->id : QString();
     }
-    m_filing.Hold(job);
+    m_filing.Pictures().Hold(job);
     m_filing.Journal().StoreDeletion(job);
     Go(job);
     return job.id;
@@ -84,7 +84,7 @@ bool PictureDeletion::GiveUp(const QString& id)
     const DeletionJob* job = m_filing.Journal().FindDeletion(id);
     if (job == nullptr || job->isPlanned)
         return false;
-    m_filing.LetGo(*job);
+    m_filing.Pictures().LetGo(*job);
     m_filing.Journal().RemoveDeletion(id);
     return true;
 }
@@ -234,7 +234,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
 
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
-    m_filing.LetGo(job);
+    m_filing.Pictures().LetGo(job);
     m_filing.Journal().RemoveDeletion(job.id);
     if (!m_refused.remove(job.id))
         Q_EMIT Ended(job.id, result);

@@ -12,8 +12,6 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 
-#include <QDeadlineTimer>
-#include <QThread>
 #include <QUuid>
 
 #include <algorithm>
@@ -59,11 +57,7 @@ void CheckLocalRoom()
 /// A disk that refuses keeps nobody waiting.
 void DeleteLocalFile(const QString& id)
 {
-    try {
-        DeleteFile(StillFiles::LocalPath(id));
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
+    journal::NotingFaults([&] { DeleteFile(StillFiles::LocalPath(id)); });
 }
 
 /// Others wait for the share, and nothing may pass them.
@@ -110,10 +104,8 @@ StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
     m_retry.setInterval(RetryMs);
     connect(&m_patience, &QTimer::timeout, this, &StillFiles::LoseShare);
     connect(&m_retry, &QTimer::timeout, this, &StillFiles::MoveNext);
-    for (const DeletionJob& job : m_journal.Deletions()) {
-        for (const DeletionJob::Item& item : job.items)
-            m_numbers->Hold(job.visit, item.number);
-    }
+    for (const DeletionJob& job : m_journal.Deletions())
+        Hold(job);
     for (const PictureRecord& picture : m_journal.Pictures()) {
         if (picture.number > 0) {
             m_numbers->Hold(picture.visit, picture.number);
@@ -144,10 +136,20 @@ void StillFiles::End()
     // Its work calls the members of this, and comes to an end whatever the share does.
     m_encoder.End(LongestEncodingMs);
     // Claims whose rows are in; a share that answers takes no time for them.
-    const QDeadlineTimer patience(IsShareAway() ? 0 : SharePatienceMs);
-    while (!m_share.IsIdle() && !patience.hasExpired())
-        QThread::msleep(1);
+    m_share.AwaitIdle(IsShareAway() ? 0 : SharePatienceMs);
     m_share.End();
+}
+
+void StillFiles::Hold(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        m_numbers->Hold(job.visit, item.number);
+}
+
+void StillFiles::LetGo(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items)
+        m_numbers->Release(job.visit, item.number);
 }
 
 int StillFiles::UnderWay() const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filing/CaptureNumbers.h"
+#include "filing/DeletionJob.h"
 #include "filing/PictureRecord.h"
 #include "frame/WorkThread.h"
 
@@ -58,6 +59,9 @@ public:
     /// A picture that has no number yet has been deleted: it goes to the deleted pictures when the share has it.
     void Delete(const QString& id);
 
+    /// Numbers of a deletion are taken again only behind its end.
+    void Hold(const DeletionJob& job);
+    void LetGo(const DeletionJob& job);
     /// Work on files of the share, behind what is under way there.
     void Post(std::function<void()> work) { m_share.Post(std::move(work)); }
     bool IsIdle() const { return m_share.IsIdle(); }

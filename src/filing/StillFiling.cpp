@@ -11,9 +11,7 @@
 #include "records/Statement.h"
 #include "text/text_routines.h"
 
-#include <QDeadlineTimer>
 #include <QPointer>
-#include <QThread>
 
 #include <algorithm>
 
@@ -82,9 +80,7 @@ void StillFiling::End()
     m_retry.stop();
     m_files.End();
     // What has been handed over to it is worked off: the journal's last steps.
-    const QDeadlineTimer patience(LocalPatienceMs);
-    while (!m_local.IsIdle() && !patience.hasExpired())
-        QThread::msleep(1);
+    m_local.AwaitIdle(LocalPatienceMs);
     m_local.End(LocalPatienceMs);
     m_journal.End();
 }
@@ -264,15 +260,13 @@ void StillFiling::WriteLeft()
         for (const PictureRecord& picture : waiting) {
             if (!picture.WantsRows())
                 continue;
-            try {
+            // A journal of an earlier run may name a folder that can be none.
+            journal::NotingFaults([&] {
                 if (FileExists(picture.visit.PicturePath(picture.number)))
                     there.append(picture.id);
                 else if (FolderExists(picture.visit.SectionFolder())) // without it there is no share to tell
                     gone.append(picture);
-            } catch (const PlatformError& error) {
-                // A journal of an earlier run may name a folder that can be none.
-                journal::NoteFault(error.Text());
-            }
+            });
         }
         PostToScreen([self, gone, there] {
             if (!self)
@@ -337,25 +331,7 @@ bool StillFiling::IsAtRest() const
 
 void StillFiling::MakeFoldersLater(const QStringList& folders)
 {
-    m_files.Post([folders] {
-        try {
-            MakeMissingFolders(folders);
-        } catch (const PlatformError& error) {
-            journal::NoteFault(error.Text());
-        }
-    });
-}
-
-void StillFiling::Hold(const DeletionJob& job)
-{
-    for (const DeletionJob::Item& item : job.items)
-        m_files.SharedNumbers()->Hold(job.visit, item.number);
-}
-
-void StillFiling::LetGo(const DeletionJob& job)
-{
-    for (const DeletionJob::Item& item : job.items)
-        m_files.SharedNumbers()->Release(job.visit, item.number);
+    m_files.Post([folders] { journal::NotingFaults([&] { MakeMissingFolders(folders); }); });
 }
 
 void StillFiling::AfterJournal(QObject* context, const std::function<void()>& work)

@@ -74,9 +74,6 @@ public:
     const PictureJournal& Journal() const { return m_journal; }
     /// Makes them when the share answers, before it takes a picture.
     void MakeFoldersLater(const QStringList& folders);
-    /// Numbers of a deletion are taken again only behind its end.
-    void Hold(const DeletionJob& job);
-    void LetGo(const DeletionJob& job);
     /// Does it on the screen's thread once the journal's steps up to now are on the disk.
     void AfterJournal(QObject* context, const std::function<void()>& work);
     /// What is under way ends; what waits is left to the next run.

@@ -48,6 +48,8 @@ struct WorkThread::State
     bool hasEnded = false;
     std::thread thread;
     std::thread::id id;
+
+    bool IsIdle() const { return line.empty() && !isBusy; }
 };
 
 WorkThread::WorkThread() : m_state(std::make_shared<State>())
@@ -77,6 +79,7 @@ void WorkThread::Run(const std::shared_ptr<State>& state)
         work = nullptr;
         lock.lock();
         state->isBusy = false;
+        state->changed.notify_all();
     }
     if (state->last) {
         lock.unlock();
@@ -105,7 +108,13 @@ bool WorkThread::IsCurrent() const
 bool WorkThread::IsIdle() const
 {
     const std::lock_guard lock(m_state->mutex);
-    return m_state->line.empty() && !m_state->isBusy;
+    return m_state->IsIdle();
+}
+
+bool WorkThread::AwaitIdle(int patienceMs) const
+{
+    std::unique_lock lock(m_state->mutex);
+    return m_state->changed.wait_for(lock, std::chrono::milliseconds(patienceMs), [this] { return m_state->IsIdle(); });
 }
 
 bool WorkThread::End(int patienceMs, std::function<void()> last)

@@ -21,6 +21,8 @@ public:
     bool IsCurrent() const;
     /// All that was handed over has been done.
     bool IsIdle() const;
+    /// Waits for that, no longer than the time. False when it has run out.
+    bool AwaitIdle(int patienceMs) const;
 
     /// Drops what hasn't begun, does `last` behind the piece that runs, and waits for both. One that doesn't come to
     /// its end in that time, such as a call that the kernel holds, is left behind with its thread; false then.

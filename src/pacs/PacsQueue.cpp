@@ -1,6 +1,5 @@
 #include "pacs/PacsQueue.h"
 
-#include "contracts/PlatformError.h"
 #include "filing/visit_json.h"
 #include "frame/journal.h"
 #include "frame/WorkThread.h"
@@ -55,12 +54,10 @@ PacsQueue::PacsQueue(WorkThread& writer, QString today) : m_writer(writer), m_to
 {
     if (!m_list.TakeOver([this](const QJsonDocument& document, bool) { Read(document); }))
         return;
-    try {
+    journal::NotingFaults([&] {
         ProcessList::Write(m_list.Path(), Content());
         m_list.RemoveTaken();
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
+    });
 }
 
 void PacsQueue::Read(const QJsonDocument& document)
@@ -218,11 +215,7 @@ QByteArray PacsQueue::Content() const
 void PacsQueue::Store()
 {
     m_writer.Post([path = m_list.Path(), content = Content()] {
-        try {
-            ProcessList::Write(path, content);
-        } catch (const PlatformError& error) {
-            journal::NoteFault(error.Text());
-        }
+        journal::NotingFaults([&] { ProcessList::Write(path, content); });
     });
 }
 

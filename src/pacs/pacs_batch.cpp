@@ -53,11 +53,7 @@ QString Prepare(DicomKit& kit, pacs::Item& item, pacs::Result& result, const QSt
 void DeleteObjects(const QList<Object>& objects)
 {
     for (const Object& object : objects) {
-        try {
-            DeleteFile(object.path);
-        } catch (const PlatformError& error) {
-            journal::NoteFault(error.Text());
-        }
+        journal::NotingFaults([&] { DeleteFile(object.path); });
     }
 }
 

@@ -62,11 +62,8 @@ DcmtkKit::~DcmtkKit()
 {
     if (m_folder.isEmpty())
         return;
-    try {
-        Files().DeleteEntry(UseService<Desktop>().ProgramFolder() + u'\\', NameOf(m_folder.chopped(1)));
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
+    journal::NotingFaults(
+        [&] { Files().DeleteEntry(UseService<Desktop>().ProgramFolder() + u'\\', NameOf(m_folder.chopped(1))); });
 }
 
 QString DcmtkKit::WorkFolder()
@@ -75,11 +72,7 @@ QString DcmtkKit::WorkFolder()
         return m_folder;
     static std::atomic<int> made = 0;
     const QString above = UseService<Desktop>().ProgramFolder() + u'\\';
-    try {
-        RemoveLeftFolders(above);
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
-    }
+    journal::NotingFaults([&] { RemoveLeftFolders(above); });
     const QString folder = above + FolderPrefix + Files().ProcessMark() + u'-' + QString::number(++made) + u'\\';
     Files().MakePrivateFolder(folder);
     return m_folder = folder;
@@ -95,11 +88,7 @@ DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture&
         const QString folder = WorkFolder();
         const auto clean = qScopeGuard([&folder] {
             for (const QString& name : {DatasetName, FrameName}) {
-                try {
-                    DeleteFile(folder + name);
-                } catch (const PlatformError& error) {
-                    journal::NoteFault(error.Text());
-                }
+                journal::NotingFaults([&] { DeleteFile(folder + name); });
             }
         });
         Files().WritePrivateFile(folder + FrameName, frame.coded);

@@ -217,11 +217,7 @@ void MovieRecorder::CompleteHeldFiles()
         files = std::move(m_heldFiles);
     }
     for (const std::shared_ptr<AviFile>& file : files) {
-        try {
-            CompleteFile(*file);
-        } catch (const PlatformError& error) {
-            journal::NoteFault(error.Text());
-        }
+        journal::NotingFaults([&] { CompleteFile(*file); });
     }
 }
 
