@@ -5,6 +5,7 @@
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "filing/Leftovers.h"
+#include "filing/MovieFiling.h"
 #include "filing/StillFiling.h"
 #include "frame/components.h"
 #include "frame/services.h"
@@ -42,12 +43,20 @@ void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& jour
     out << NativePath(file) << (FileExists(file) ? u""_s : u" 파일 없음"_s) << u'\n';
 }
 
+/// Files of movies, whole or not, that lie beside the journals.
+QStringList LocalMovies(const QString& folder, const QString& id)
+{
+    const QString name = QString::fromUtf16(MovieFiling::LocalPrefix) + id;
+    return Files().FilesStartingWith(folder, name) + Files().FilesStartingWith(folder, u'.' + name);
+}
+
 /// What waits in a program's folder; gives how many lines.
 int ShowFolder(const QString& folder, QTextStream& out)
 {
     int lines = 0;
     QStringList listed;
-    for (const PictureJournal::Found& journal : PictureJournal::In(folder)) {
+    const QList<PictureJournal::Found> journals = PictureJournal::In(folder);
+    for (const PictureJournal::Found& journal : journals) {
         if (!journal.isReadable) {
             out << u"읽을수없는목록 "_s << NativePath(journal.path) << u" ("_s
                 << HolderText(journal.holder, journal.foreignOwner) << u")\n"_s;
@@ -58,6 +67,19 @@ int ShowFolder(const QString& folder, QTextStream& out)
             listed << picture.id;
             ++lines;
         }
+    }
+    for (const QString& name : LocalMovies(folder, {})) {
+        const auto isOf = [&name](const MovieJob& job) { return name.contains(job.id); };
+        const auto journal = std::ranges::find_if(
+            journals, [&](const PictureJournal::Found& each) { return std::ranges::any_of(each.movies, isOf); });
+        if (journal == journals.end()) {
+            out << u"목록에없는동영상 "_s << NativePath(folder + name) << u'\n';
+        } else {
+            const Visit visit = std::ranges::find_if(journal->movies, isOf)->visit;
+            out << u"동영상 "_s << visit.chart << u' ' << visit.ymd << u" ("_s
+                << HolderText(journal->holder, journal->foreignOwner) << u") "_s << NativePath(folder + name) << u'\n';
+        }
+        ++lines;
     }
     const QString prefix = QString::fromUtf16(StillFiles::LocalPrefix);
     for (const QString& name : Files().FilesStartingWith(folder, prefix)) {
@@ -76,22 +98,24 @@ bool TellHeld(QTextStream& out)
 {
     bool isAnyHeld = false;
     for (const PictureJournal::Found& journal : PictureJournal::In(OwnFolder())) {
-        if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() || journal.pictures.isEmpty())
+        if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() ||
+            (journal.pictures.isEmpty() && journal.movies.isEmpty()))
             continue;
         isAnyHeld = true;
-        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(journal.pictures.size())
+        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s
+                   .arg(journal.pictures.size() + journal.movies.size())
                    .arg(NativePath(journal.path));
     }
     return isAnyHeld;
 }
 
 /// Serves the filing until it has nothing left to do, or nothing has come on for too long.
-void AwaitFiling(const StillFiling& filing, const bool& isSettled)
+void AwaitFiling(const StillFiling& filing, const MovieFiling& movies, const bool& isSettled)
 {
     // The claims go last, on the share's thread.
     const auto left = [&] {
         return filing.Pictures().Waiting() + filing.Journal().Waiting() + (isSettled ? 0 : 1) +
-               (filing.Pictures().IsIdle() ? 0 : 1);
+               (movies.IsAtRest() ? 0 : 1) + (filing.Pictures().IsIdle() ? 0 : 1);
     };
     AwaitNothingLeft(left, PatienceMs);
 }
@@ -128,9 +152,11 @@ int WritePending(QTextStream& out)
             for (const QString& text : settled.tidings)
                 out << text << u'\n';
         });
+        MovieFiling movies(filing);
         leftovers.Settle();
-        AwaitFiling(filing, isSettled);
+        AwaitFiling(filing, movies, isSettled);
         leftovers.End();
+        movies.End();
         filing.End();
     }
     const int left = ShowFolder(OwnFolder(), out);

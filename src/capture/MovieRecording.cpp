@@ -5,6 +5,8 @@
 #include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
 #include "filing/capture_folders.h"
+#include "filing/MovieFiling.h"
+#include "frame/file_calls.h"
 #include "frame/services.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
@@ -34,8 +36,8 @@ void PrepareMovieCapture(VideoCap& capture, const QString& path)
     capture.setCaptureMode(true);
 }
 
-MovieRecording::MovieRecording(VideoCap& capture, QLabel& lblMovie, QLabel& lblMovieStatus)
-    : m_capture(capture), m_lblMovie(lblMovie), m_lblMovieStatus(lblMovieStatus)
+MovieRecording::MovieRecording(VideoCap& capture, MovieFiling& filing, QLabel& lblMovie, QLabel& lblMovieStatus)
+    : m_capture(capture), m_filing(filing), m_lblMovie(lblMovie), m_lblMovieStatus(lblMovieStatus)
 {
 }
 
@@ -45,10 +47,9 @@ void MovieRecording::Begin()
     // What can't be recorded must not cost the earlier recording.
     if (m_capture.HoldFrame() == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    const QString folder = MovieFolder(VisitContext.CaptureDir);
-    EnsureFolderOfYear(VisitContext.CaptureDir, folder);
-    if (!m_capture.HasRoomForMovie(folder))
-        throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
+    if (!m_capture.HasRoomForMovie(MovieFiling::LocalFolder()))
+        throw PlatformError(u"이 컴퓨터의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
+    CheckShare();
     m_lblMovie.setText(u"동영상 저장중..."_s);
     {
         m_isBeginning = true;
@@ -66,25 +67,32 @@ void MovieRecording::Begin()
     }
 }
 
+void MovieRecording::CheckShare()
+{
+    // One that doesn't answer takes the movie later.
+    if (m_filing.IsAway() || filecalls::AnyHeld())
+        return;
+    const QString folder = MovieFolder(VisitContext.CaptureDir);
+    try {
+        EnsureFolderOfYear(VisitContext.CaptureDir, folder);
+        if (m_capture.HasRoomForMovie(folder))
+            return;
+    } catch (const FilesAway&) {
+        return;
+    }
+    throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
+}
+
 void MovieRecording::StartMovieRecording()
 {
-    // The files of a recording that still runs can only go once they are closed.
+    // One that still runs counts as an earlier one.
     if (m_capture.CaptureMode())
         m_capture.setCaptureMode(false);
-    m_movieBase = CurrentVisit().MovieStem();
-    DeleteEarlierMovies();
+    m_movieBase = m_filing.Begin(CurrentVisit());
+    const auto begun = qScopeGuard([this] { m_filing.HasBegun(); });
     m_movieSegment = 1;
     PrepareMovieCapture(m_capture, MoviePath(m_movieBase, m_movieSegment));
     m_capture.Start();
-}
-
-void MovieRecording::DeleteEarlierMovies() const
-{
-    const QString folder = MovieFolder(VisitContext.CaptureDir);
-    for (const QString& name : Files().FilesStartingWith(folder, m_movieBase.mid(folder.size()))) {
-        if (name.endsWith(u".avi", Qt::CaseInsensitive))
-            DeleteFile(folder + name);
-    }
 }
 
 void MovieRecording::End()
@@ -100,6 +108,7 @@ void MovieRecording::End()
     m_capture.setCaptureMode(false);
     m_capture.setKeepMovieFormat(false);
     m_capture.Stop();
+    m_filing.Look();
     StartDevice(m_capture);
 }
 

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 
+class MovieFiling;
 class QLabel;
 class VideoCap;
 
@@ -12,10 +13,10 @@ class MovieRecording : public QObject
     Q_OBJECT
 
 public:
-    MovieRecording(VideoCap& capture, QLabel& lblMovie, QLabel& lblMovieStatus);
+    MovieRecording(VideoCap& capture, MovieFiling& filing, QLabel& lblMovie, QLabel& lblMovieStatus);
 
-    /// Deletes the visit's earlier movies and records a new one. Throws PlatformError without a live picture, and when
-    /// the movie can't be written; nothing is then recorded.
+    /// Records a movie in the place of the visit's earlier ones. Throws PlatformError without a live picture, and when
+    /// the movie can't be written; nothing is then recorded, and the earlier ones stay.
     void Begin();
     /// Ends the recording and shows the live picture under its stored format again.
     void End();
@@ -28,12 +29,14 @@ public:
     void OnMovieFault(const QString& reason);
 
 private:
+    /// Throws PlatformError when the share answers, and has no folder or no room.
+    void CheckShare();
     void StartMovieRecording();
     void StartNextSegment();
-    void DeleteEarlierMovies() const;
     void ShowNoRecording();
 
     VideoCap& m_capture;
+    MovieFiling& m_filing;
     QLabel& m_lblMovie;
     QLabel& m_lblMovieStatus;
     QString m_movieBase;

@@ -12,15 +12,14 @@
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
 
-#include <QDeadlineTimer>
 #include <QScopeGuard>
-#include <QTimer>
 
 #include <algorithm>
 #include <utility>
@@ -429,16 +428,10 @@ void StillCapture::Finish()
     m_leftovers.End();
     m_line.Finish();
     Guarded([this] {
-        const auto serve = [](const std::function<bool()>& done, int patienceMs) {
-            const QDeadlineTimer deadline(patienceMs);
-            QTimer wake;
-            wake.start(patienceMs);
-            UseService<Desktop>().ServeUntil([&] { return done() || deadline.hasExpired(); }, [] {});
-        };
-        serve([this] { return m_filing.Pictures().UnderWay() == 0; }, FilePatienceMs);
+        waiting::ServeFor(FilePatienceMs, [this] { return m_filing.Pictures().UnderWay() == 0; });
         if (!m_filing.IsDatabaseAway()) {
             m_filing.WriteWaiting();
-            serve([this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); }, RowsPatienceMs);
+            waiting::ServeFor(RowsPatienceMs, [this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); });
         }
         if (m_filing.Journal().Count() > 0) {
             ShowInformation(

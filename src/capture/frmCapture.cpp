@@ -10,6 +10,7 @@
 #include "contracts/VideoCap.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
+#include "filing/MovieFiling.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
@@ -36,6 +37,10 @@ using namespace Qt::StringLiterals;
 namespace {
 /// No question of the sweep may hold up the closing for longer.
 constexpr int SweepPatienceMs = 2000;
+/// What the closing waits for the last file of a movie that goes to the share.
+constexpr int MoviePatienceMs = 10'000;
+/// The message about what is left closes by itself.
+constexpr int ClosingPatienceMs = 10'000;
 } // namespace
 
 frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
@@ -60,7 +65,8 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
         if (!IsUnloaded())
             SetCaptureValues(filed, PictureOrigin::Foot);
     });
-    m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_lblMovie, *m_lblMovieStatus);
+    m_movies = std::make_unique<MovieFiling>(m_stills->Filing());
+    m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_movies, *m_lblMovie, *m_lblMovieStatus);
     ConnectControls();
 }
 
@@ -117,7 +123,7 @@ void frmCapture::LoadSteps()
     ShowUnknownPatient();
     RegisterHistoryGrids(&sprCap(2), &sprCap(3));
     if (VisitContext.YmdIsValid)
-        UseService<VideoOptions>().RepairMovies(MovieFolder(VisitContext.CaptureDir));
+        m_movies->RepairIn(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
     if (!markFault.isEmpty() && !MarksInYk())
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
@@ -139,6 +145,7 @@ void frmCapture::Form_Unload()
     m_history->EndFills();
     m_note->End();
     m_deletion->End();
+    FinishMovies();
     m_stills->Finish();
     if (m_pacs)
         m_pacs->End();
@@ -153,8 +160,27 @@ void frmCapture::Form_Unload()
     m_capCapture->Stop();
 }
 
+void frmCapture::FinishMovies()
+{
+    m_movies->Look();
+    if (!UseService<Desktop>().EndIsRequested()) {
+        const BusyPointer busy;
+        waiting::ServeFor(MoviePatienceMs, [this] { return m_movies->IsAtRest() || m_movies->IsAway(); });
+    }
+    m_movies->End();
+    if (!m_movies->IsAtRest() && !UseService<Desktop>().EndIsRequested())
+        ShowInformation(u"동영상을 저장 폴더로 옮기지 못했습니다.!!\r\n"
+                        "이 컴퓨터에 보관되어 있으며, 다음 실행시 옮깁니다.!!"_s,
+                        ClosingPatienceMs);
+}
+
 void frmCapture::ConnectControls()
 {
+    connect(m_movies.get(), &MovieFiling::Changed, this, [this] {
+        m_notices->setNotice(NoticeStrip::Movie,
+                             m_movies->IsAway() ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
+                                                : QString());
+    });
     connect(m_stills.get(), &StillCapture::OutageChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
     connect(m_stills.get(), &StillCapture::ShareOutageChanged, this,

@@ -19,6 +19,7 @@ class CommandBar;
 class fpSpread;
 class ImagXpress;
 class MeantPictures;
+class MovieFiling;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
@@ -73,6 +74,8 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
+    /// Gives the last files the time to come to the share.
+    void FinishMovies();
     void ShowUnknownPatient();
     /// The command, refused while the visit's date can't be one.
     std::function<void()> OnlyWithDate(const std::function<void()>& command);
@@ -114,6 +117,7 @@ private:
     std::unique_ptr<CaptureDeletion> m_deletion;
     std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;
+    std::unique_ptr<MovieFiling> m_movies;
     std::unique_ptr<MovieRecording> m_movie;
     std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 

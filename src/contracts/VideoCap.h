@@ -99,16 +99,3 @@ Q_SIGNALS:
     /// The device has stopped by itself, or its signal came back.
     void OnDeviceChange();
 };
-
-/// What the video devices are to be like, set once the setup is known.
-class VideoOptions
-{
-public:
-    virtual ~VideoOptions() = default;
-
-    /// A moving test picture stands in the list of devices beside the cameras. Once listed it keeps its position.
-    virtual void OfferTestPicture(bool offered) = 0;
-    /// Makes movies whole that a crash of this station left unfinished in the folder. Works in the background; faults
-    /// leave a file as it is.
-    virtual void RepairMovies(const QString& folder) = 0;
-};

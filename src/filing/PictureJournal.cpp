@@ -82,15 +82,17 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
                     isBroken ? Holder::Dead : Files().HolderOf(mark),
                     Files().ForeignOwner(folder + name),
                     false,
+                    {},
                     {}};
         found.isReadable = !isBroken && journal::NotingFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
             found.pictures = journal_rows::Pictures(*database);
+            found.movies = journal_rows::Movies(*database);
         });
         journals.append(found);
     }
     for (const ProcessList::Found& list : ProcessList::In(folder, ListName))
-        journals.append({list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document)});
+        journals.append({list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document), {}});
     return journals;
 }
 
@@ -102,9 +104,11 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
         m_lock = Files().Lock(PathOf(mark, LockEnding));
         m_database = UseService<LocalDatabases>().Open(PathOf(mark, JournalEnding));
         m_database->Run(journal_rows::Tables());
-        m_pictures = journal_rows::Pictures(*m_database);
-        m_folders = journal_rows::Folders(*m_database);
-        m_deletions = journal_rows::Deletions(*m_database);
+        const Content own = Read(*m_database);
+        m_pictures = own.pictures;
+        m_folders = own.folders;
+        m_deletions = own.deletions;
+        m_movies = own.movies;
     });
     TakeOver();
     TakeOverLists();
@@ -125,7 +129,8 @@ void PictureJournal::End()
         return;
     const QString mark = Files().ProcessMark();
     journal::NotingFaults([&] {
-        const bool isEmpty = m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty();
+        const bool isEmpty =
+            m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty() && m_movies.isEmpty();
         if (isEmpty && m_database != nullptr) {
             m_database.reset();
             UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
@@ -168,20 +173,17 @@ void PictureJournal::TakeOver()
 bool PictureJournal::TakeOverJournal(const QString& path)
 {
     LocalDatabases& databases = UseService<LocalDatabases>();
-    QList<PictureRecord> pictures;
-    QList<Folder> folders;
-    QList<DeletionJob> deletions;
+    Content content;
     const bool isReadable = journal::NotingFaults([&] {
         const auto database = databases.Open(path);
-        pictures = journal_rows::Pictures(*database);
-        folders = journal_rows::Folders(*database);
-        deletions = journal_rows::Deletions(*database);
+        database->Run(journal_rows::Tables());
+        content = Read(*database);
     });
     if (!isReadable) {
         databases.Rename(path, path + QString::fromUtf16(BrokenEnding));
         return true;
     }
-    Adopt(pictures, folders, deletions);
+    Adopt(content);
     // Only a journal that holds it all lets the other one go.
     if (m_database == nullptr)
         return false;
@@ -197,7 +199,7 @@ void PictureJournal::TakeOverLists()
         const QJsonArray claimed = list.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
-        Adopt(PicturesIn(list), folders, {});
+        Adopt({PicturesIn(list), folders, {}, {}});
     });
     for (const QString& owner : lists.ForeignOwners()) {
         if (!m_foreignOwners.contains(owner))
@@ -208,24 +210,35 @@ void PictureJournal::TakeOverLists()
     lists.End(std::nullopt);
 }
 
-void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders,
-                           const QList<DeletionJob>& deletions)
+PictureJournal::Content PictureJournal::Read(LocalDatabase& journal)
+{
+    return {journal_rows::Pictures(journal), journal_rows::Folders(journal), journal_rows::Deletions(journal),
+            journal_rows::Movies(journal)};
+}
+
+void PictureJournal::Adopt(const Content& content)
 {
     QStringList statements;
     QList<PictureRecord> adopted = m_pictures;
-    for (const PictureRecord& picture : pictures) {
+    for (const PictureRecord& picture : content.pictures) {
         // One that was being taken over when that process died stands in both.
         if (Find(picture.id) != nullptr)
             continue;
         adopted.append(picture);
         statements << journal_rows::Write(picture);
     }
-    for (const Folder& folder : folders)
+    for (const Folder& folder : content.folders)
         statements << journal_rows::Write(folder, true);
-    for (const DeletionJob& job : deletions) {
+    for (const DeletionJob& job : content.deletions) {
         if (FindDeletion(job.id) != nullptr)
             continue;
         m_deletions.append(job);
+        statements << journal_rows::Write(job);
+    }
+    for (const MovieJob& job : content.movies) {
+        if (std::ranges::find(m_movies, job.id, &MovieJob::id) != m_movies.end())
+            continue;
+        m_movies.append(job);
         statements << journal_rows::Write(job);
     }
     if (m_database != nullptr)
@@ -233,7 +246,7 @@ void PictureJournal::Adopt(const QList<PictureRecord>& pictures, const QList<Fol
     // In the order of the presses, whichever process's they were.
     std::ranges::stable_sort(adopted, {}, &PictureRecord::takenAt);
     m_pictures = adopted;
-    m_leftFolders += folders;
+    m_leftFolders += content.folders;
 }
 
 const PictureRecord* PictureJournal::Find(const QString& id) const
@@ -355,6 +368,23 @@ void PictureJournal::RemoveDeletion(QString id)
 {
     if (m_deletions.removeIf([&id](const DeletionJob& job) { return job.id == id; }) > 0)
         Store({journal_rows::RemoveDeletion(id)});
+}
+
+void PictureJournal::StoreMovie(const MovieJob& job)
+{
+    const auto found = std::ranges::find(m_movies, job.id, &MovieJob::id);
+    if (found != m_movies.end())
+        *found = job;
+    else
+        m_movies.append(job);
+    Store({journal_rows::Write(job)});
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RemoveMovie(QString id)
+{
+    if (m_movies.removeIf([&id](const MovieJob& job) { return job.id == id; }) > 0)
+        Store({journal_rows::RemoveMovie(id)});
 }
 
 bool PictureJournal::HasAnyBeside(const DeletionJob& job) const

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "filing/DeletionJob.h"
+#include "filing/MovieJob.h"
 #include "filing/PictureRecord.h"
 
 #include <QList>
@@ -40,6 +41,7 @@ public:
         QString foreignOwner;              ///< User's name, unless it is this process's user.
         bool isReadable = false;
         QList<PictureRecord> pictures;
+        QList<MovieJob> movies;
     };
     /// The journals in a program's folder, also those that were put aside. Changes none.
     static QList<Found> In(const QString& folder);
@@ -85,6 +87,11 @@ public:
     /// Pictures of the job's visit, deleted ones aside, that it doesn't mean.
     bool HasAnyBeside(const DeletionJob& job) const;
 
+    /// Movies that aren't on the share yet, in the order in which they were begun.
+    const QList<MovieJob>& Movies() const { return m_movies; }
+    void StoreMovie(const MovieJob& job);
+    void RemoveMovie(QString id);
+
     /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
     void ClaimsIn(const Folder& folder);
     /// Folders in which the stations whose journals were taken over had claimed numbers.
@@ -98,11 +105,20 @@ public:
     void End();
 
 private:
+    struct Content
+    {
+        QList<PictureRecord> pictures;
+        QList<Folder> folders;
+        QList<DeletionJob> deletions;
+        QList<MovieJob> movies;
+    };
+    static Content Read(LocalDatabase& journal);
+
     void TakeOver();
     /// False when it has to stay where it is.
     bool TakeOverJournal(const QString& path);
     void TakeOverLists();
-    void Adopt(const QList<PictureRecord>& pictures, const QList<Folder>& folders, const QList<DeletionJob>& deletions);
+    void Adopt(const Content& content);
     /// Changes those for which it gives true.
     void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
@@ -113,6 +129,7 @@ private:
     std::shared_ptr<LocalDatabase> m_database; ///< Null when it can't be opened.
     QList<PictureRecord> m_pictures;
     QList<DeletionJob> m_deletions;
+    QList<MovieJob> m_movies;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
     QStringList m_foreignOwners;

@@ -23,6 +23,16 @@ Enum FromWord(const QStringList& words, const QString& word)
     return static_cast<Enum>(std::max<qsizetype>(0, words.indexOf(word)));
 }
 
+QJsonObject ObjectIn(const QVariant& text)
+{
+    return QJsonDocument::fromJson(text.toString().toUtf8()).object();
+}
+
+QString TextOf(const QJsonObject& json)
+{
+    return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
+}
+
 } // namespace
 
 QStringList journal_rows::Tables()
@@ -32,7 +42,9 @@ QStringList journal_rows::Tables()
             "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
             "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
-            u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s};
+            u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s,
+            u"CREATE TABLE IF NOT EXISTS movie ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
+            "job TEXT )"_s};
 }
 
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
@@ -69,7 +81,7 @@ QList<DeletionJob> journal_rows::Deletions(LocalDatabase& journal)
 {
     QList<DeletionJob> jobs;
     for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM deletion"_s)) {
-        const QJsonObject json = QJsonDocument::fromJson(row.at(1).toString().toUtf8()).object();
+        const QJsonObject json = ObjectIn(row.at(1));
         DeletionJob job;
         job.id = row.at(0).toString();
         job.visit = VisitFromJson(json);
@@ -104,7 +116,7 @@ QString journal_rows::Write(const DeletionJob& job)
         json.insert(u"markedDoctor"_s, job.markedDoctor);
     return Statement(u"REPLACE INTO deletion VALUES ( ")
         .Then(u"'", job.id)
-        .Then(u"', '", QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)))
+        .Then(u"', '", TextOf(json))
         .Piece(u"' )")
         .Text();
 }
@@ -112,6 +124,42 @@ QString journal_rows::Write(const DeletionJob& job)
 QString journal_rows::RemoveDeletion(const QString& id)
 {
     return Statement().Quoted(u"DELETE FROM deletion WHERE id = '", id).Text();
+}
+
+QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
+{
+    QList<MovieJob> jobs;
+    if (journal.Rows(u"SELECT name FROM sqlite_master WHERE name = 'movie'"_s).isEmpty())
+        return jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM movie ORDER BY place"_s)) {
+        const QJsonObject json = ObjectIn(row.at(1));
+        MovieJob job{row.at(0).toString(), VisitFromJson(json), json.value(u"isListed"_s).toBool(), {}};
+        const QJsonArray earlier = json.value(u"earlier"_s).toArray();
+        for (const auto& file : earlier)
+            job.earlier.append({file[u"path"_s].toString(), file[u"version"_s].toString().toUtf8()});
+        jobs.append(job);
+    }
+    return jobs;
+}
+
+QString journal_rows::Write(const MovieJob& job)
+{
+    QJsonObject json = ToJson(job.visit);
+    QJsonArray earlier;
+    for (const MovieJob::Earlier& file : job.earlier)
+        earlier.append(QJsonObject{{u"path"_s, file.path}, {u"version"_s, QString::fromUtf8(file.version)}});
+    json.insert(u"earlier"_s, earlier);
+    json.insert(u"isListed"_s, job.isListed);
+    return Statement(u"INSERT INTO movie ( id, job ) VALUES ( ")
+        .Then(u"'", job.id)
+        .Then(u"', '", TextOf(json))
+        .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET job = excluded.job")
+        .Text();
+}
+
+QString journal_rows::RemoveMovie(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM movie WHERE id = '", id).Text();
 }
 
 QString journal_rows::Write(const PictureRecord& picture)

@@ -13,12 +13,16 @@ QStringList Tables();
 QList<PictureRecord> Pictures(LocalDatabase& journal);
 QList<PictureJournal::Folder> Folders(LocalDatabase& journal);
 QList<DeletionJob> Deletions(LocalDatabase& journal);
+/// None in a journal of an earlier release.
+QList<MovieJob> Movies(LocalDatabase& journal);
 
 /// Statements.
 QString Write(const PictureRecord& picture);
 QString Remove(const QString& id);
 QString Write(const DeletionJob& job);
 QString RemoveDeletion(const QString& id);
+QString Write(const MovieJob& job);
+QString RemoveMovie(const QString& id);
 /// `isLeft`: an earlier process's.
 QString Write(const PictureJournal::Folder& folder, bool isLeft);
 QString ForgetLeftFolders();

@@ -4,6 +4,7 @@
 #include "frame/services.h"
 #include "frame/WorkThread.h"
 
+#include <QDeadlineTimer>
 #include <QScopeGuard>
 #include <QTimer>
 
@@ -73,6 +74,14 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
     if (done())
         return Outcome::Done;
     return served ? *wait.end : Outcome::Leaving;
+}
+
+void waiting::ServeFor(int patienceMs, const std::function<bool()>& done)
+{
+    const QDeadlineTimer deadline(patienceMs);
+    QTimer wake;
+    wake.start(patienceMs);
+    UseService<Desktop>().ServeUntil([&] { return done() || deadline.hasExpired(); }, [] {});
 }
 
 waiting::Patience::Patience(int patienceMs) : m_before(std::exchange(patienceNowMs, patienceMs)) {}

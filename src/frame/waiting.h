@@ -29,6 +29,8 @@ inline constexpr int CancelledAfterMs = 3000;
 
 /// Waits until `done` holds, which is asked after each event. `text` tells the operator what is awaited.
 Outcome Await(const QString& text, const std::function<bool()>& done);
+/// Serves events at the closing until `done` holds, no longer than that; neither shown nor given up.
+void ServeFor(int patienceMs, const std::function<bool()>& done);
 /// A handler up the stack waits.
 bool IsUnderWay();
 /// The operator gives up the wait that was begun last.

@@ -10,6 +10,7 @@
 #include "contracts/printing.h"
 #include "contracts/setup_components.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/journal.h"

@@ -20,6 +20,7 @@ public:
     enum Kind {
         Date,    ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
         Share,   ///< The share of the pictures doesn't answer.
+        Movie,   ///< It doesn't take the movies.
         Outage,  ///< The database doesn't answer, and rows wait.
         Waiting, ///< A handler waits.
         Draft,   ///< A note that an earlier run didn't store can come back.

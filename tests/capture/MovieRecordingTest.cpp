@@ -1,4 +1,6 @@
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
+#include "filing/MovieFiling.h"
 #include "platform/gstreamer/register_video.h"
 #include "support/CaptureScreen.h"
 #include "support/MovieReader.h"
@@ -28,21 +30,25 @@ private Q_SLOTS:
         for (const int frames : {1, 2500})
             Q_EMIT m_video->OnFrame(frames, 0);
         QCOMPARE(Text(u"lblMovieStatus"_s), u"2500 Frame Processed"_s);
-        QCOMPARE(m_video->movies, QStringList{Movie(1)});
+        QCOMPARE(Begun(), QStringList{u"001"_s});
         AskInsideAFrameEvent([this] { Q_EMIT m_video->OnFrame(2501, 0); });
         Q_EMIT m_video->OnFrame(2500, 0);
-        QCOMPARE(m_video->movies, (QStringList{Movie(1), Movie(2)}));
+        QCOMPARE(Begun(), (QStringList{u"001"_s, u"002"_s}));
         Q_EMIT m_video->OnFrame(1, 0);
         Q_EMIT m_video->OnFrame(2502, 0);
-        const QStringList three = {Movie(1), Movie(2), Movie(3)};
-        QCOMPARE(m_video->movies, three);
+        QCOMPARE(Begun(), (QStringList{u"001"_s, u"002"_s, u"003"_s}));
+        // What is whole is brought while the recording goes on.
+        QTRY_COMPARE(Visible().size(), 2);
         m_video->calls.clear();
         Choose(u"동영상저장종료"_s);
         QVERIFY(!m_video->CaptureMode());
         QCOMPARE(Text(u"lblMovie"_s) + Text(u"lblMovieStatus"_s), QString());
         const QStringList calls = {u"Stop"_s, u"Device 0"_s, u"VideoFormat 0"_s, u"VideoInput 0"_s, u"Start"_s};
         QCOMPARE(m_video->calls, calls);
-        QCOMPARE(MovieFiles().size(), 3);
+        QTRY_VERIFY(FileExists(Movie(3)) && MovieFiles().size() == 3);
+        for (int segment = 1; segment <= 3; ++segment)
+            QCOMPARE(Files().ReadFile(Movie(segment)), m_video->movies[segment - 1].toUtf8());
+        QVERIFY(LocalMovies().isEmpty());
     }
 
     void ANewRecordingReplacesTheOneOfTheVisit()
@@ -55,17 +61,58 @@ private Q_SLOTS:
         opened->cmbEtc().setCurrentIndex(1);
         Press(u"연결"_s);
         Choose(u"동영상저장시작"_s);
+        // They stay until there is something to take their place.
+        QTRY_VERIFY(!MovieFiles().filter(u".recording"_s).isEmpty());
+        QCOMPARE(Visible().size(), 6);
+        Choose(u"동영상저장종료"_s);
         const QStringList left = {u"."_s + stem + u"001.avi.h.1.2.part"_s, u"0000123420261123001.avi"_s,
                                   stem + u"001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s};
-        QCOMPARE(MovieFiles(), left);
-        QCOMPARE(Files().ReadFile(folder + stem + u"001.avi"_s), QByteArray());
+        QTRY_COMPARE(MovieFiles(), left);
+        QCOMPARE(Files().ReadFile(folder + stem + u"001.avi"_s), m_video->movies[0].toUtf8());
+    }
+
+    void AnotherStationsMovieStays()
+    {
+        WriteWholeFile(Movie(1), "theirs");
+        const QString theirs = MovieFolder(VisitContext.CaptureDir) + u".0000123420261124.elsewhere.1.2.3.recording"_s;
+        WriteWholeFile(theirs, "");
+        Press(u"연결"_s);
+        Choose(u"동영상저장시작"_s);
+        QTRY_COMPARE(MovieFiles().filter(u".recording"_s).size(), 2);
+        WriteWholeFile(Movie(3), "theirs too");
+        Choose(u"동영상저장종료"_s);
+        QTRY_VERIFY(FileExists(Movie(4)) && MovieFiles().size() == 4);
+        QCOMPARE(Files().ReadFile(Movie(1)), QByteArray("theirs"));
+        QCOMPARE(Files().ReadFile(Movie(3)), QByteArray("theirs too"));
+        QCOMPARE(Files().ReadFile(Movie(4)), m_video->movies[0].toUtf8());
+    }
+
+    void AShareThatRefusesGetsTheMovieLater()
+    {
+        WriteWholeFile(Movie(1), "old");
+        Press(u"연결"_s);
+        Choose(u"동영상저장시작"_s);
+        QTRY_COMPARE(MovieFiles().filter(u".recording"_s).size(), 1);
+        Files().RenameFile(VisitContext.CaptureDir, m_box->Root() + u"gone"_s);
+        Choose(u"동영상저장종료"_s);
+        QTRY_VERIFY(Text(u"noticeText"_s).startsWith(u"동영상을 저장 폴더로 옮기지 못하여"_s));
+        QCOMPARE(LocalMovies().size(), 1);
+        // The station ends, and its next start brings it.
+        opened->close();
+        QVERIFY2(m_box->Desk().shown.last().startsWith(u"동영상을 저장 폴더로 옮기지 못했습니다.!!"_s),
+                 qPrintable(m_box->Desk().shown.last()));
+        Files().RenameFile(m_box->Root() + u"gone"_s, VisitContext.CaptureDir.chopped(1));
+        OpenScreen();
+        QTRY_VERIFY(LocalMovies().isEmpty());
+        QTRY_COMPARE(MovieFiles().size(), 1);
+        QVERIFY(Files().ReadFile(Movie(1)).endsWith("001.avi"));
     }
 
     void AStartThatCantSucceedDeletesNothing_data()
     {
         Columns<bool, QString>("live", "message");
         QTest::newRow("no picture") << false << u"캡쳐할 영상이 없습니다.!!"_s;
-        QTest::newRow("a full disk") << true << u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s;
+        QTest::newRow("a full disk") << true << u"이 컴퓨터의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s;
     }
 
     void AStartThatCantSucceedDeletesNothing()
@@ -231,7 +278,8 @@ private Q_SLOTS:
             Choose(u"동영상저장종료"_s);
             QTRY_VERIFY(opened->capCapture().HoldFrame());
         }
-        QCOMPARE(MovieFiles().size(), 1);
+        QTRY_COMPARE(MovieFiles().size(), 1);
+        QTRY_VERIFY(FileExists(Movie(1)));
         const MovieReader movie(NativePath(Movie(1)));
         QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
         QVERIFY(movie.frames.size() > (m_box->Desk().ended ? 20 : 40));
@@ -260,6 +308,24 @@ private:
     int FramesTold() const { return Text(u"lblMovieStatus"_s).section(u' ', 0, 0).toInt(); }
     QString Text(const QString& label) const { return opened->findChild<QLabel*>(label)->text(); }
     QString Movie(int segment) const { return MoviePath(CurrentVisit().MovieStem(), segment); }
+    /// Numbers of the files that were begun.
+    QStringList Begun() const
+    {
+        QStringList numbers;
+        for (const QString& path : m_video->movies)
+            numbers << path.chopped(4).right(3);
+        return numbers;
+    }
+    QStringList LocalMovies() const
+    {
+        return Files().FilesStartingWith(MovieFiling::LocalFolder(), QString::fromUtf16(MovieFiling::LocalPrefix));
+    }
+    QStringList Visible() const
+    {
+        QStringList names = MovieFiles();
+        names.removeIf([](const QString& name) { return name.endsWith(u".recording"_s); });
+        return names;
+    }
     QStringList MovieFiles() const { return m_box->Names(u"2026"_s, u"movie"_s); }
 
     std::unique_ptr<StationInABox> m_box;

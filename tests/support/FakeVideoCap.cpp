@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/services.h"
 
@@ -82,8 +83,34 @@ void FakeVideoCap::Start()
     live = true;
     if (!m_captureMode)
         return;
-    WriteWholeFile(m_movie, {});
+    WriteWholeFile(Partial(m_movie), m_movie.toUtf8());
     movies << m_movie;
+    EndFile();
+    m_open = m_movie;
+}
+
+void FakeVideoCap::setCaptureMode(bool on)
+{
+    m_captureMode = on;
+    try {
+        if (!on)
+            EndFile();
+    } catch (const PlatformError&) {
+        // A partial file stays.
+    }
+}
+
+QString FakeVideoCap::Partial(const QString& path)
+{
+    const qsizetype folder = path.lastIndexOf(u'\\') + 1;
+    return path.left(folder) + u'.' + path.mid(folder) + u'.' + Files().ProcessMark() + u".part"_s;
+}
+
+void FakeVideoCap::EndFile()
+{
+    if (!m_open.isEmpty())
+        Files().RenameFile(Partial(m_open), m_open);
+    m_open.clear();
 }
 
 void FakeVideoCap::Stop()

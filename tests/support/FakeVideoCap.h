@@ -15,7 +15,7 @@ public:
     QString dialogFault; ///< What its dialogs throw.
     bool room = true;    ///< The disk has room for a movie.
     bool deinterlaces = true;
-    QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; an empty file is left under each.
+    QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; each is a partial file until it ends.
     QStringList calls;  ///< Members called that change the device's state, in order.
 
     /// Registers the control under its name; the last one made is found by `Last`.
@@ -35,7 +35,7 @@ public:
     void Start() override;
     void Stop() override;
     bool CaptureMode() const override { return m_captureMode; }
-    void setCaptureMode(bool on) override { m_captureMode = on; }
+    void setCaptureMode(bool on) override;
     void setCaptureFileName(const QString& path) override { m_movie = path; }
     void setUseCustomVideoFormat(bool) override {}
     void setCustomVideoWidth(int) override {}
@@ -56,7 +56,10 @@ public:
 
 private:
     void ShowDialog(const QString& call);
+    static QString Partial(const QString& path);
+    void EndFile();
 
     bool m_captureMode = false;
     QString m_movie;
+    QString m_open; ///< The movie that is being written.
 };

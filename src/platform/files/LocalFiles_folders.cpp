@@ -81,6 +81,7 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
     if (!copy.IsOpen())
         ThrowFault(fault, to, errno);
     const auto remove = qScopeGuard([&] { calls.unlink(partial.constData()); });
+    ShareFile(copy.Handle(), FolderOf(target));
 
     bool stopped = false;
     if (!CopyBytes(source, copy, progress, stopped) || !copy.Close()) {

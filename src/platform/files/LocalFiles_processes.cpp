@@ -44,7 +44,7 @@ Holder LocalFiles::HolderOf(const QString& mark) const
 QString LocalFiles::MarkOfPartial(const QString& name) const
 {
     // A movie's has the name that it is to get before the mark.
-    static const QRegularExpression movie(uR"(^\..+\.([^.]+\.[^.]+\.[^.]+\.[^.]+)\.part$)"_s);
+    static const QRegularExpression movie(uR"(^\..+\.([^.]+\.[^.]+\.[^.]+\.[^.]+)\.(?:part|recording)$)"_s);
     const QString mark = MarkInName(name);
     return mark.isEmpty() ? movie.match(name).captured(1) : mark;
 }

@@ -1,5 +1,6 @@
 #include "platform/gstreamer/register_video.h"
 
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
 #include "platform/gstreamer/movies/movie_repair.h"
@@ -15,7 +16,7 @@ public:
     explicit SharedVideoOptions(std::shared_ptr<VideoDevices> devices) : m_devices(std::move(devices)) {}
 
     void OfferTestPicture(bool offered) override { m_devices->OfferTestPicture(offered); }
-    void RepairMovies(const QString& folder) override { RepairMoviesInBackground(folder); }
+    void RepairMovies(const QString& folder) override { ::RepairMovies(folder); }
 
 private:
     std::shared_ptr<VideoDevices> m_devices;

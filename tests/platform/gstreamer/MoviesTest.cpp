@@ -225,12 +225,16 @@ private Q_SLOTS:
         fields[fields.size() - 5] = u"elsewhere"_s;
         const QString foreign = fields.join(u'.');
         QVERIFY(QFile::copy(m_folder->filePath(abandoned), m_folder->filePath(foreign)));
+        // Another movie has taken the name meanwhile.
+        const QByteArray other = "another movie";
+        WriteWholeFile(Path(1), other);
         RepairMovies(m_folder->path());
         QCOMPARE(Partials(), QStringList{foreign});
-        QCOMPARE(QFile::exists(Path(1)), frames > 0);
+        QCOMPARE(Files().ReadFile(Path(1)), other);
+        QCOMPARE(QFile::exists(Path(2)), frames > 0);
         if (frames == 0)
             return;
-        const MovieReader movie(Path(1));
+        const MovieReader movie(Path(2));
         QVERIFY2(movie.fault.isEmpty(), qPrintable(movie.fault));
         QCOMPARE(movie.frames.size(), frames);
         QCOMPARE(movie.frames.last(), QByteArray(1000, char(frames - 1)));
@@ -365,7 +369,7 @@ private Q_SLOTS:
         QTRY_VERIFY(frames.count() > 10);
         share.Stop();
         QTRY_COMPARE(told.count(), 1);
-        QCOMPARE(told[0][0].toString(), u"저장 폴더가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s);
+        QCOMPARE(told[0][0].toString(), u"이 컴퓨터의 디스크가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s);
         QVERIFY(!control->CaptureMode());
         QVERIFY(control->HoldFrame());
         share.Resume();

@@ -64,6 +64,20 @@ private:
     QByteArray m_bytes;
 };
 
+/// The name with the number behind its own; a name without one gets it.
+QString NextName(const QString& path)
+{
+    const QFileInfo info(path);
+    const QString base = info.completeBaseName();
+    const QString digits = base.right(3);
+    bool isNumber = false;
+    const int number = digits.toInt(&isNumber);
+    const QString stem = isNumber && number < 999 ? base.chopped(digits.size()) : base;
+    const QString next = u"%1/%2%3.%4"_s.arg(
+        info.path(), stem, QString::number((stem == base ? 0 : number) + 1).rightJustified(3, u'0'), info.suffix());
+    return next;
+}
+
 quint32 U32At(const QByteArray& bytes, qsizetype at)
 {
     return qFromLittleEndian<quint32>(bytes.constData() + at);
@@ -102,7 +116,7 @@ AviFile::Partial AviFile::ReadPartialName(const QString& fileName)
 
 void AviFile::Open(int flags)
 {
-    m_fd = open(QFile::encodeName(m_partial).constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0666);
+    m_fd = open(QFile::encodeName(m_partial).constData(), flags | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
     if (m_fd < 0)
         ThrowFault(u"동영상 파일을 만들수 없습니다.!!"_s, errno);
 }
@@ -280,9 +294,8 @@ void AviFile::Sync()
 
 void AviFile::Complete()
 {
-    const QByteArray partial = QFile::encodeName(m_partial);
     if (m_frames == 0) {
-        unlink(partial.constData());
+        unlink(QFile::encodeName(m_partial).constData());
         return;
     }
     ClosePart();
@@ -291,13 +304,9 @@ void AviFile::Complete()
     Write(8, header.mid(8, header.size() - 16));
     if (ftruncate(m_fd, m_end) != 0 || fsync(m_fd) != 0)
         ThrowFault(u"동영상 파일에 쓸수 없습니다.!!"_s, errno);
-    if (rename(partial.constData(), QFile::encodeName(m_path).constData()) != 0)
-        ThrowFault(u"동영상 파일을 저장할수 없습니다.!!"_s, errno);
-    const int folder = open(QFile::encodeName(QFileInfo(m_path).path()).constData(), O_RDONLY | O_CLOEXEC);
-    if (folder >= 0) {
-        fsync(folder); // A share that can't do this has the name all the same.
-        close(folder);
-    }
+    // No name is taken from another file.
+    while (!Files().PlaceNewFile(m_partial, m_path))
+        m_path = NextName(m_path);
 }
 
 void AviFile::ReadFormat()
@@ -360,8 +369,6 @@ void AviFile::ScanChunks()
 
 void AviFile::Repair(const QString& partialPath, const QString& nativePath)
 {
-    if (QFileInfo::exists(nativePath))
-        return; // A later recording; which of the two is wanted is for a person to say.
     AviFile file(partialPath, nativePath);
     file.ReadFormat();
     file.ScanChunks();

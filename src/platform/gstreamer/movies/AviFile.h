@@ -23,7 +23,7 @@ public:
 
     static constexpr int SampleRate = 44100;
 
-    /// Makes the file under its partial name; an old partial file of this process goes.
+    /// Makes the file, for this user alone, under its partial name; an old partial file of this process goes.
     AviFile(const QString& nativePath, const Format& format);
     /// A file that isn't complete keeps its partial name.
     ~AviFile();
@@ -34,8 +34,8 @@ public:
     void Append(const QByteArray& jpeg, const QByteArray& samples);
     /// Takes frames off the end, to make room for the index on a full disk.
     void DropTail(int frames);
-    /// Writes counts and index, and gives the file its own name; a file without frames vanishes. Can be tried again
-    /// after a fault.
+    /// Writes counts and index, and gives the file its own name, or, where that is taken, the next number's; a file
+    /// without frames vanishes. Can be tried again after a fault.
     void Complete();
 
     int Frames() const { return m_frames; }

@@ -110,7 +110,7 @@ void MovieRecorder::WatchWriting()
             return;
         m_isHeld = true;
         if (!std::exchange(m_hasEnded, true))
-            m_reason = u"저장 폴더가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s;
+            m_reason = u"이 컴퓨터의 디스크가 응답하지 않아 동영상 저장을 끝냈습니다.!!"_s;
         reason = m_reason;
         m_heldFiles = TakeUnfinished();
     }
@@ -245,7 +245,7 @@ void MovieRecorder::WatchSpace()
         m_isScarce = bytes >= 0 && bytes < ScarceBytes;
     }
     if (bytes >= 0 && bytes < LeastBytes)
-        throw PlatformError(u"캡쳐 디렉토리의 남은 공간이 부족하여 동영상 저장을 끝냈습니다.!!"_s);
+        throw PlatformError(u"이 컴퓨터의 남은 공간이 부족하여 동영상 저장을 끝냈습니다.!!"_s);
 }
 
 std::vector<std::shared_ptr<AviFile>> MovieRecorder::TakeUnfinished()

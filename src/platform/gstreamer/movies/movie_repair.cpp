@@ -3,7 +3,6 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/journal.h"
-#include "frame/WorkThread.h"
 #include "platform/gstreamer/movies/AviFile.h"
 
 #include <QDir>
@@ -25,10 +24,4 @@ void RepairMovies(const QString& folder)
             journal::NoteFault(error.Text());
         }
     }
-}
-
-void RepairMoviesInBackground(const QString& folder)
-{
-    static WorkThread worker;
-    worker.Post([folder] { RepairMovies(folder); });
 }

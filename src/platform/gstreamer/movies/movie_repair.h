@@ -5,5 +5,3 @@
 /// Completes the movies that a crash of this machine's station left unfinished in the folder. Those of other machines
 /// and of processes that live stay as they are.
 void RepairMovies(const QString& folder);
-/// The same on a thread of its own; the program's end waits for it.
-void RepairMoviesInBackground(const QString& folder);

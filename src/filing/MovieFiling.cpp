@@ -1,0 +1,282 @@
+#include "filing/MovieFiling.h"
+
+#include "contracts/desktop.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "contracts/VideoOptions.h"
+#include "filing/capture_folders.h"
+#include "filing/PictureJournal.h"
+#include "filing/StillFiling.h"
+#include "frame/components.h"
+#include "frame/guard.h"
+#include "frame/journal.h"
+#include "frame/services.h"
+#include "text/text_routines.h"
+
+#include <QHash>
+#include <QPointer>
+#include <QUuid>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// So often it is looked whether a file has become whole, and a share that refuses is asked again.
+constexpr int LookMs = 1000;
+/// More than a slow share takes for one file.
+constexpr int HeldLooks = 10;
+constexpr char16_t MovieEnding[] = u".avi";
+/// Behind the movies' common part and a process's mark: that process records a movie of the visit.
+constexpr char16_t RecordingEnding[] = u".recording";
+
+QString StemName(const Visit& visit)
+{
+    return visit.MovieStem().sliced(MovieFolder(visit.captureDir).size());
+}
+
+QString RecordingPrefix(const Visit& visit)
+{
+    return u'.' + StemName(visit) + u'.';
+}
+
+QString RecordingPath(const Visit& visit)
+{
+    return MovieFolder(visit.captureDir) + RecordingPrefix(visit) + Files().ProcessMark() +
+           QString::fromUtf16(RecordingEnding);
+}
+
+/// Paths of the marks of processes that record a movie of the visit, or did so when they died.
+QHash<QString, Holder> RecordingMarks(const Visit& visit)
+{
+    const QString prefix = RecordingPrefix(visit);
+    QHash<QString, Holder> marks;
+    for (const QString& name : Files().FilesStartingWith(MovieFolder(visit.captureDir), prefix)) {
+        if (!name.endsWith(QStringView(RecordingEnding)))
+            continue;
+        const QString mark = name.sliced(prefix.size()).chopped(QStringView(RecordingEnding).size());
+        marks.insert(MovieFolder(visit.captureDir) + name, Files().HolderOf(mark));
+    }
+    return marks;
+}
+
+/// The visit's movies on the share.
+QStringList MoviesOf(const Visit& visit)
+{
+    const QString folder = MovieFolder(visit.captureDir);
+    QStringList paths;
+    for (const QString& name : Files().FilesStartingWith(folder, StemName(visit))) {
+        if (name.endsWith(QStringView(MovieEnding), Qt::CaseInsensitive))
+            paths.append(folder + name);
+    }
+    return paths;
+}
+
+/// 0 in any other name.
+int NumberIn(const QString& path, const Visit& visit)
+{
+    return path.sliced(visit.MovieStem().size()).section(u'.', 0, 0).toInt();
+}
+
+/// Files of a movie that are whole, in their order.
+QStringList LocalFiles(const QString& id)
+{
+    QStringList names = Files().FilesStartingWith(MovieFiling::LocalFolder(),
+                                                  QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-');
+    names.removeIf([](const QString& name) { return !name.endsWith(QStringView(MovieEnding)); });
+    return names;
+}
+
+bool IsBeingRecorded(const QString& id)
+{
+    return !Files()
+                .FilesStartingWith(MovieFiling::LocalFolder(),
+                                   u'.' + QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-')
+                .isEmpty();
+}
+
+} // namespace
+
+QString MovieFiling::LocalFolder()
+{
+    return UseService<Desktop>().ProgramFolder() + u'\\';
+}
+
+MovieFiling::MovieFiling(StillFiling& filing) : m_filing(filing), m_journal(filing.Journal())
+{
+    m_again.setInterval(LookMs);
+    connect(&m_again, &QTimer::timeout, this, &MovieFiling::Look);
+    for (const MovieJob& job : m_journal.Movies())
+        m_doubtful.insert(job.id);
+    RepairIn(LocalFolder());
+    Look();
+}
+
+void MovieFiling::RepairIn(const QString& folder)
+{
+    // A program without video leaves that to the station.
+    if (ServiceSlot<VideoOptions>() != nullptr)
+        m_share.Post([folder] { journal::NotingFaults([&] { UseService<VideoOptions>().RepairMovies(folder); }); });
+}
+
+QString MovieFiling::Begin(const Visit& visit)
+{
+    MovieJob job;
+    job.id = m_beginning = QUuid::createUuid().toString(QUuid::Id128);
+    job.visit = visit;
+    m_journal.StoreMovie(job);
+    Look();
+    return LocalFolder() + QString::fromUtf16(LocalPrefix) + job.id + u'-';
+}
+
+void MovieFiling::HasBegun()
+{
+    m_beginning.clear();
+    Look();
+}
+
+bool MovieFiling::IsAtRest() const
+{
+    return m_journal.Movies().isEmpty() || (!m_isUnderWay && !m_isAway && m_lookedAt.isEmpty());
+}
+
+void MovieFiling::End()
+{
+    m_hasEnded = true;
+    m_again.stop();
+    m_share.End();
+}
+
+void MovieFiling::Look()
+{
+    if (m_hasEnded)
+        return;
+    const QList<MovieJob>& jobs = m_journal.Movies();
+    if (jobs.isEmpty()) {
+        m_again.stop();
+        return;
+    }
+    m_again.start();
+    if (m_isUnderWay) {
+        if (++m_looksUnderWay == HeldLooks)
+            setAway(true, u"저장 폴더가 응답하지 않음"_s);
+        return;
+    }
+    const auto last = std::ranges::find(jobs, m_lookedAt, &MovieJob::id);
+    Go(last != jobs.end() && last + 1 != jobs.end() ? *(last + 1) : jobs.first());
+}
+
+void MovieFiling::Go(const MovieJob& job)
+{
+    m_isUnderWay = true;
+    m_looksUnderWay = 0;
+    m_share.Post([result = Result{job, job.isListed}, mayBeThere = m_doubtful.contains(job.id), isBeginning = job.id == m_beginning,
+                  self = QPointer(this)]() mutable {
+        try {
+            if (!result.job.isListed)
+                List(result.job);
+            else
+                result.isOver = BringFiles(result.job, mayBeThere) && !isBeginning;
+        } catch (...) {
+            result.fault = std::current_exception();
+        }
+        PostToScreen([self, result] {
+            if (self && !self->m_hasEnded)
+                self->Answer(result);
+        });
+    });
+}
+
+void MovieFiling::Answer(const Result& result)
+{
+    m_isUnderWay = false;
+    const MovieJob& job = result.job;
+    if (result.fault != nullptr) {
+        m_doubtful.insert(job.id);
+        m_refused.insert(job.id);
+        setAway(true, guard::TextOf(result.fault));
+    } else {
+        m_refused.remove(job.id);
+        setAway(!m_refused.isEmpty(), {});
+    }
+    if (job.isListed && !result.wasListed) {
+        m_journal.StoreMovie(job);
+        // What is about to be deleted stands there first.
+        m_isUnderWay = true;
+        m_filing.AfterJournal(this, [this, job] { Go(job); });
+        return;
+    }
+    // One that is refused, or whose part couldn't be made whole, keeps no other waiting.
+    m_lookedAt = job.id == m_journal.Movies().last().id ? QString() : job.id;
+    if (result.isOver) {
+        m_doubtful.remove(job.id);
+        m_journal.RemoveMovie(job.id);
+    }
+    if (result.isOver || !m_lookedAt.isEmpty())
+        Look();
+}
+
+void MovieFiling::setAway(bool isAway, const QString& reason)
+{
+    if (isAway == std::exchange(m_isAway, isAway))
+        return;
+    if (isAway)
+        journal::Note(Journal::Warning, u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관함: %1"_s.arg(reason));
+    else
+        journal::Note(Journal::Information, u"저장 폴더가 동영상을 다시 받음"_s);
+    Q_EMIT Changed();
+}
+
+void MovieFiling::List(MovieJob& job)
+{
+    const Visit& visit = job.visit;
+    EnsureFolderOfYear(visit.captureDir, MovieFolder(visit.captureDir));
+    // Of two that begin at the same moment, one at least sees the other.
+    Files().CreateExclusively(RecordingPath(visit), {});
+    for (const QString& path : MoviesOf(visit))
+        job.earlier.append({path, Files().VersionOf(path)});
+    const QHash<QString, Holder> marks = RecordingMarks(visit);
+    const bool anotherRecords = std::ranges::any_of(
+        marks, [](Holder holder) { return holder == Holder::Living || holder == Holder::Elsewhere; });
+    if (anotherRecords)
+        job.earlier.clear();
+    job.isListed = true;
+}
+
+bool MovieFiling::BringFiles(const MovieJob& job, bool mayBeThere)
+{
+    // Asked first: a file that becomes whole meanwhile is found behind it.
+    const bool isBeingRecorded = IsBeingRecorded(job.id);
+    const QStringList names = LocalFiles(job.id);
+    if (!names.isEmpty()) {
+        for (const MovieJob::Earlier& earlier : job.earlier) {
+            if (Files().VersionOf(earlier.path) == earlier.version)
+                DeleteFile(earlier.path);
+        }
+    }
+    for (const QString& name : names) {
+        BringFile(LocalFolder() + name, job.visit, mayBeThere);
+        DeleteFile(LocalFolder() + name);
+    }
+    if (isBeingRecorded)
+        return false;
+    const QHash<QString, Holder> marks = RecordingMarks(job.visit);
+    for (auto mark = marks.begin(); mark != marks.end(); ++mark) {
+        if (mark.value() == Holder::Self || mark.value() == Holder::Dead)
+            DeleteFile(mark.key());
+    }
+    return true;
+}
+
+void MovieFiling::BringFile(const QString& local, const Visit& visit, bool mayBeThere)
+{
+    int number = 0;
+    for (const QString& path : MoviesOf(visit)) {
+        if (mayBeThere && Files().SameContent(local, path))
+            return;
+        number = std::max(number, NumberIn(path, visit));
+    }
+    while (Files().CopyToNewFile(local, MoviePath(visit.MovieStem(), ++number), {}) == CopyOutcome::NameTaken) {
+    }
+}
