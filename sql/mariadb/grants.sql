@@ -8,3 +8,5 @@ GRANT INSERT, UPDATE, DELETE ON clinic.cap TO 'station'@'%';
 GRANT INSERT, UPDATE, DELETE ON clinic.caso TO 'station'@'%';
 GRANT UPDATE ON clinic.endo TO 'station'@'%';
 GRANT UPDATE ON clinic.yk TO 'station'@'%';
+-- Where the table caproot has been made: lets an operator accept another capture root for all stations.
+-- GRANT INSERT, DELETE ON clinic.caproot TO 'station'@'%';

@@ -5,6 +5,7 @@
 #include "admin/exit_codes.h"
 #include "admin/pacs.h"
 #include "admin/pending.h"
+#include "admin/root.h"
 #include "admin/verify.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
@@ -100,6 +101,17 @@ const QList<Command>& Commands()
          {u"--write"_s},
          false,
          [](const Call& call) { return call.options.isEmpty() ? ListPending(call.out) : WritePending(call.out); }},
+        {u"root"_s,
+         u"[--store]"_s,
+         u"캡쳐 폴더의 표시를 보여 줍니다. --store는 데이터베이스가 그 표시를 기억하게 하여, 모든 스테이션이 다른 "
+         u"폴더를 "
+         "거절합니다."_s,
+         Needs::Database,
+         0,
+         0,
+         {u"--store"_s},
+         false,
+         [](const Call& call) { return call.options.isEmpty() ? ShowRoot(call.out) : StoreRoot(call.out); }},
         {u"pacs"_s,
          u"[--retry | --drop]"_s,
          u"PACS로 아직 보내지 못했거나 거부된 그림을 보여 줍니다. --retry는 끝난 스테이션이 남긴 것을 거부된 것까지 "

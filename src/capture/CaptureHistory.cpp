@@ -2,6 +2,7 @@
 
 #include "capture/VisitNote.h"
 #include "contracts/fpSpread.h"
+#include "contracts/PlatformError.h"
 #include "editor/frmImgEdit.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
@@ -92,6 +93,19 @@ void CaptureHistory::ShowVisit()
     // A section chosen meanwhile has its own fill, and its own note.
     if (section == VisitContext.Etc)
         m_note.LoadForVisit();
+}
+
+void CaptureHistory::ShowAgain()
+{
+    try {
+        if (m_note.Typed(CurrentVisit()))
+            m_stills.ShowPictures(CurrentVisit(), true);
+        else
+            ShowVisit();
+        ShowVisits();
+    } catch (const Away&) {
+        // Once more: that has been told, and it is asked again.
+    }
 }
 
 void CaptureHistory::ShowSection()

@@ -37,6 +37,8 @@ public:
 
     /// Fills `sprCap(1)` and the note box for the visit and section as they stand now.
     void ShowVisit();
+    /// Shows what a start that got no answer has left away; what was typed meanwhile stays.
+    void ShowAgain();
     /// The section was changed by the operator: shows its pictures and note from the first cell on.
     void ShowSection();
     /// Reads the list of visits again.

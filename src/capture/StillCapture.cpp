@@ -19,6 +19,7 @@
 #include "screenparts/picture_grid.h"
 #include "text/text_routines.h"
 
+#include <QPointer>
 #include <QScopeGuard>
 
 #include <algorithm>
@@ -35,6 +36,9 @@ constexpr int RowsPatienceMs = 2000;
 /// The message about what is left closes by itself.
 constexpr int ClosingPatienceMs = 10000;
 
+/// So long after a fill that failed, share and database are asked whether they answer again.
+constexpr int AskAgainMs = 1000;
+
 /// Of a picture whose rows the database hasn't taken yet.
 const QString PendingMark = u"기록 대기"_s;
 } // namespace
@@ -44,6 +48,9 @@ StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
 {
     connect(&m_leftovers, &Leftovers::AreSettled, this,
             [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
+    m_askAgain.setSingleShot(true);
+    m_askAgain.setInterval(AskAgainMs);
+    connect(&m_askAgain, &QTimer::timeout, this, &StillCapture::AskAgain);
     connect(&m_room, &RoomWatch::Changed, this, &StillCapture::RoomChanged);
     connect(&m_filing.Pictures(), &StillFiles::Moved, this, &StillCapture::ShowMoved);
     connect(&m_filing, &StillFiling::Safe, this, &StillCapture::ShowSafe);
@@ -297,6 +304,7 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         m_unnumbered.clear();
     }
     m_shown = visit;
+    m_lacksStored = false;
     m_arrived.clear();
     std::optional<FillLine::PictureHold> placing;
     try {
@@ -306,8 +314,12 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
             m_unnumbered.clear();
         });
     } catch (const PlatformError&) {
-        if (m_shown == visit)
+        if (m_shown == visit) {
             ShowPending(visit);
+            m_lacksStored = guard::Is<Away>(std::current_exception());
+            if (m_lacksStored)
+                m_askAgain.start();
+        }
         throw;
     }
     // A later fill, of another visit's pictures, has ended this one.
@@ -317,6 +329,35 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
     // Their thumbnails came before the fill, their rows behind its question.
     for (const auto& [id, number] : QList(m_arrived))
         ShowFiled(id, visit, number);
+}
+
+void StillCapture::AskAgain()
+{
+    const auto answer = [self = QPointer(this), visit = CurrentVisit()](const std::exception_ptr& fault) {
+        if (!self || self->m_finished || !self->m_lacksStored)
+            return;
+        if (fault != nullptr || visit != CurrentVisit())
+            self->m_askAgain.start();
+        else
+            self->m_line.Command([self] {
+                if (self && std::exchange(self->m_lacksStored, false))
+                    Q_EMIT self->CanBeShown();
+            });
+    };
+    // Both have to answer; one that is held keeps its own line alone.
+    m_filing.Pictures().Post([folder = CurrentVisit().captureDir, self = QPointer(this), answer] {
+        FolderExists(folder);
+        PostToScreen([self, answer] {
+            if (!self || self->m_finished)
+                return;
+            try {
+                QueueStatements(
+                    self, [] { NextCaptureNo(CurrentVisit()); }, answer);
+            } catch (const PlatformError&) {
+                answer(std::current_exception());
+            }
+        });
+    });
 }
 
 void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
@@ -425,6 +466,7 @@ void StillCapture::TellSettled(const Leftovers::Settled& settled)
 void StillCapture::Finish()
 {
     m_finished = true;
+    m_askAgain.stop();
     m_leftovers.End();
     m_line.Finish();
     Guarded([this] {

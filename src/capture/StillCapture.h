@@ -111,6 +111,8 @@ Q_SIGNALS:
     void OutageChanged(const QString& text);
     /// The same of the share.
     void ShareOutageChanged(const QString& text);
+    /// Share and database answer again, and the visit's stored pictures could not be shown before.
+    void CanBeShown();
     /// A still's file and rows are safe.
     void StillIsSafe(const Visit& visit, int number);
     /// The operator has stored the visit.
@@ -155,6 +157,8 @@ private:
     /// A picture whose rows are in, or have to wait.
     void ShowNumbered(const QString& id, const Visit& visit, int number);
     void ShowOutage();
+    /// Whether share and database answer again.
+    void AskAgain();
     void ShowSaved(const Visit& visit, const QString& message);
     void TellSettled(const Leftovers::Settled& settled);
 
@@ -171,5 +175,7 @@ private:
     QStringList m_unnumbered;                 ///< Pictures of its cells without a number, in reading order.
     QHash<QString, QImage> m_waiting;         ///< Thumbnails of pictures that wait for the share.
     QHash<QString, int> m_moved;              ///< What number those have got.
+    bool m_lacksStored = false;               ///< The last fill got no answer.
+    QTimer m_askAgain;
     bool m_finished = false;
 };

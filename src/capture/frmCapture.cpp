@@ -9,6 +9,7 @@
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_root.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/MovieFiling.h"
 #include "frame/components.h"
@@ -31,6 +32,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 
 using namespace Qt::StringLiterals;
 
@@ -92,7 +94,11 @@ void frmCapture::PrepareFolders()
     // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
-        MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
+        capture_root::Judge();
+        if (capture_root::Refusal().isEmpty())
+            MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
+        else
+            m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
     } catch (const FilesAway& error) {
         m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
         if (!wasHeld)
@@ -160,6 +166,18 @@ void frmCapture::Form_Unload()
     m_capCapture->Stop();
 }
 
+void frmCapture::ShowRootRefusal()
+{
+    const QString refusal = capture_root::Refusal();
+    m_notices->setNotice(NoticeStrip::Root, refusal, {u"이 폴더 사용"_s, [] {
+                                                          if (AskYesNo(u"이 폴더를 캡쳐 폴더로 쓰시겠습니까?\r\n"
+                                                                       "보관한 그림도 이 폴더로 옮겨집니다."_s))
+                                                              capture_root::Accept();
+                                                      }});
+    if (refusal.isEmpty() && VisitContext.YmdIsValid)
+        m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
+}
+
 void frmCapture::FinishMovies()
 {
     m_movies->Look();
@@ -176,6 +194,10 @@ void frmCapture::FinishMovies()
 
 void frmCapture::ConnectControls()
 {
+    capture_root::setListener([self = QPointer(this)] {
+        if (self && !self->IsUnloaded())
+            self->ShowRootRefusal();
+    });
     connect(m_movies.get(), &MovieFiling::Changed, this, [this] {
         m_notices->setNotice(NoticeStrip::Movie,
                              m_movies->IsAway() ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
@@ -185,6 +207,10 @@ void frmCapture::ConnectControls()
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
     connect(m_stills.get(), &StillCapture::ShareOutageChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Share, text); });
+    connect(m_stills.get(), &StillCapture::CanBeShown, this, GuardedSlot([this] {
+                if (!IsUnloaded())
+                    m_history->ShowAgain();
+            }));
     connect(m_stills.get(), &StillCapture::RoomChanged, this,
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Room, text); });
     connect(m_stills.get(), &StillCapture::TakenChanged, this, &frmCapture::ShowCount);

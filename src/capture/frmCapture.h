@@ -74,6 +74,7 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
+    void ShowRootRefusal();
     /// Gives the last files the time to come to the share.
     void FinishMovies();
     void ShowUnknownPatient();

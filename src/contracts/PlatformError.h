@@ -27,18 +27,25 @@ public:
     using PlatformError::PlatformError;
 };
 
-/// The database can't be reached, or takes no statements for the time being: the same statement may pass later. Any
-/// other fault of a statement is the server's refusal.
-class DatabaseAway : public PlatformError
+/// What is asked for can't be reached for the time being: the same may pass later.
+class Away : public PlatformError
 {
 public:
     using PlatformError::PlatformError;
 };
 
-/// A file or a folder can't be reached because the share that holds it doesn't answer, or the operator has given up
-/// waiting for it.
-class FilesAway : public PlatformError
+/// The database can't be reached, or takes no statements for the time being: the same statement may pass later. Any
+/// other fault of a statement is the server's refusal.
+class DatabaseAway : public Away
 {
 public:
-    using PlatformError::PlatformError;
+    using Away::Away;
+};
+
+/// A file or a folder can't be reached because the share that holds it doesn't answer, or the operator has given up
+/// waiting for it.
+class FilesAway : public Away
+{
+public:
+    using Away::Away;
 };

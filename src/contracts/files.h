@@ -146,6 +146,8 @@ public:
     virtual bool HasFileNote(const QString& path, const QByteArray& name) const = 0;
     /// True when both can be read and hold the same bytes.
     virtual bool SameContent(const QString& one, const QString& other) const = 0;
+    /// The machine's own list of mounts says that one belongs there or above it, and nothing is mounted there.
+    virtual bool IsMissingMount(const QString& folder) const = 0;
     /// Room in the file system that holds the folder, in bytes; negative when there is no telling.
     virtual qint64 FreeBytes(const QString& folder) const = 0;
 

@@ -5,6 +5,7 @@
 #include "contracts/PlatformError.h"
 #include "contracts/VideoOptions.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_root.h"
 #include "filing/PictureJournal.h"
 #include "filing/StillFiling.h"
 #include "frame/components.h"
@@ -82,8 +83,8 @@ int NumberIn(const QString& path, const Visit& visit)
 /// Files of a movie that are whole, in their order.
 QStringList LocalFiles(const QString& id)
 {
-    QStringList names = Files().FilesStartingWith(MovieFiling::LocalFolder(),
-                                                  QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-');
+    QStringList names =
+        Files().FilesStartingWith(MovieFiling::LocalFolder(), QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-');
     names.removeIf([](const QString& name) { return !name.endsWith(QStringView(MovieEnding)); });
     return names;
 }
@@ -171,8 +172,8 @@ void MovieFiling::Go(const MovieJob& job)
 {
     m_isUnderWay = true;
     m_looksUnderWay = 0;
-    m_share.Post([result = Result{job, job.isListed}, mayBeThere = m_doubtful.contains(job.id), isBeginning = job.id == m_beginning,
-                  self = QPointer(this)]() mutable {
+    m_share.Post([result = Result{job, job.isListed}, mayBeThere = m_doubtful.contains(job.id),
+                  isBeginning = job.id == m_beginning, self = QPointer(this)]() mutable {
         try {
             if (!result.job.isListed)
                 List(result.job);
@@ -246,6 +247,7 @@ void MovieFiling::List(MovieJob& job)
 
 bool MovieFiling::BringFiles(const MovieJob& job, bool mayBeThere)
 {
+    capture_root::Check(job.visit.captureDir);
     // Asked first: a file that becomes whole meanwhile is found behind it.
     const bool isBeingRecorded = IsBeingRecorded(job.id);
     const QStringList names = LocalFiles(job.id);

@@ -72,11 +72,11 @@ private:
     PictureJournal& m_journal;
     WorkThread m_share;
     QTimer m_again;
-    QString m_beginning;       ///< Identity of a job whose first file isn't there yet.
-    QSet<QString> m_doubtful;  ///< Jobs that may have brought a file without anybody knowing.
-    QSet<QString> m_refused;   ///< Jobs whose last step the share has refused.
-    int m_looksUnderWay = 0;   ///< So often the step that is under way has been asked for.
-    QString m_lookedAt;        ///< Identity of the job that was looked at last in this round; empty behind its end.
+    QString m_beginning;      ///< Identity of a job whose first file isn't there yet.
+    QSet<QString> m_doubtful; ///< Jobs that may have brought a file without anybody knowing.
+    QSet<QString> m_refused;  ///< Jobs whose last step the share has refused.
+    int m_looksUnderWay = 0;  ///< So often the step that is under way has been asked for.
+    QString m_lookedAt;       ///< Identity of the job that was looked at last in this round; empty behind its end.
     bool m_isUnderWay = false;
     bool m_isAway = false;
     bool m_hasEnded = false;

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_root.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
@@ -25,6 +26,7 @@ constexpr int RetryMs = 1000;
 /// Every one is a picture that can be moved, before the first is touched. Throws PlatformError.
 void IdentifyFiles(DeletionJob& job)
 {
+    capture_root::Check(job.visit.captureDir);
     for (const DeletionJob::Item& item : job.items)
         CheckMovable(job.visit, item.number);
     for (DeletionJob::Item& item : job.items) {
@@ -36,6 +38,7 @@ void IdentifyFiles(DeletionJob& job)
 /// The pictures that were meant; another one that has come under such a number since stays, and its row.
 void MoveFiles(DeletionJob& job)
 {
+    capture_root::Check(job.visit.captureDir);
     for (DeletionJob::Item& item : job.items) {
         const QByteArray version = Files().VersionOf(job.visit.PicturePath(item.number));
         const bool isMeant = !item.isMoved && !version.isEmpty() && version == item.version;

@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_root.h"
 #include "filing/NumberClaim.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
@@ -262,6 +263,7 @@ void StillFiling::WriteLeft()
                 continue;
             // A journal of an earlier run may name a folder that can be none.
             journal::NotingFaults([&] {
+                capture_root::Check(picture.visit.captureDir);
                 if (FileExists(picture.visit.PicturePath(picture.number)))
                     there.append(picture.id);
                 else if (FolderExists(picture.visit.SectionFolder())) // without it there is no share to tell

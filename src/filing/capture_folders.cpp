@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_root.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
@@ -28,6 +29,8 @@ QStringList CaptureFolders(const QString& ymd)
 
 void MakeMissingFolders(const QStringList& folders)
 {
+    if (!folders.isEmpty())
+        capture_root::Check(folders.first());
     for (const QString& folder : folders) {
         if (!FolderExists(folder))
             MakeFolder(folder);
@@ -36,6 +39,7 @@ void MakeMissingFolders(const QStringList& folders)
 
 void EnsureFolderOfYear(const QString& yearFolder, const QString& folder)
 {
+    capture_root::Check(yearFolder);
     if (FolderExists(folder))
         return;
     if (!FolderExists(yearFolder))

@@ -4,6 +4,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_root.h"
 #include "filing/NumberClaim.h"
 #include "filing/PictureJournal.h"
 #include "frame/components.h"
@@ -60,6 +61,7 @@ void MoveToLogFolder(const Visit& visit, int number)
 
 void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
 {
+    capture_root::Check(visit.captureDir);
     QList<int> orphans;
     for (int number = 1; number <= LastSwept; ++number) {
         const FileKind kind = Files().KindOf(visit.PicturePath(number));

@@ -19,6 +19,7 @@ public:
     /// The most urgent first.
     enum Kind {
         Date,    ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
+        Root,    ///< The capture root isn't the one that belongs to the clinic.
         Share,   ///< The share of the pictures doesn't answer.
         Movie,   ///< It doesn't take the movies.
         Outage,  ///< The database doesn't answer, and rows wait.

@@ -1,8 +1,12 @@
 #include "support/CaptureScreen.h"
 #include "contracts/ShutterSound.h"
 #include "contracts/StatusPanels.h"
+#include "filing/capture_root.h"
 #include "screenparts/NoticeStrip.h"
 #include "visit/device_settings.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using namespace Qt::StringLiterals;
 
@@ -42,6 +46,63 @@ private Q_SLOTS:
         for (const QString& folder : {Stomach, Stomach + u"Log"_s, Colon, Colon + u"Log"_s, u"movie"_s})
             QVERIFY2(FolderExists(m_box->Root() + u"2026\\"_s + folder), qPrintable(folder));
         m_box->Run(u"SELECT * FROM endo;"_s);
+    }
+
+    void OnlyTheRightRootIsUsed_data()
+    {
+        Columns<QString, QString, QString, bool, QString>("mark", "remembered", "stored", "rows", "refusal");
+        const QString other = u"앞서 쓰던 것이 아닙니다"_s;
+        QTest::newRow("a new clinic") << QString() << QString() << QString() << false << QString();
+        QTest::newRow("an archive without a mark") << QString() << QString() << QString() << true << QString();
+        QTest::newRow("rows, and no file") << QString() << QString() << QString() << true << u"그림이 캡쳐 폴더에 없"_s;
+        QTest::newRow("a mark that nobody knows") << u"one"_s << QString() << QString() << false << QString();
+        QTest::newRow("the one of the last start") << u"one"_s << u"one"_s << QString() << false << QString();
+        QTest::newRow("another one") << u"one"_s << u"two"_s << QString() << false << other;
+        QTest::newRow("the clinic's") << u"one"_s << u"two"_s << u"one"_s << false << QString();
+        QTest::newRow("not the clinic's") << u"one"_s << QString() << u"two"_s << false << other;
+        QTest::newRow("the share is missing") << QString() << u"one"_s << QString() << false << u"표시가 없습니다"_s;
+    }
+
+    void OnlyTheRightRootIsUsed()
+    {
+        QFETCH2(QString, mark, QString, remembered);
+        QFETCH2(QString, stored, bool, rows);
+        QFETCH(QString, refusal);
+        const QString path = m_box->Root() + QString::fromUtf16(capture_root::MarkName);
+        if (!mark.isEmpty())
+            WriteWholeFile(path, u"{\"id\": \"%1\"}"_s.arg(mark).toUtf8());
+        if (!remembered.isEmpty())
+            WriteWholeFile(m_box->Desk().ProgramFolder() + u"\\CaptureRoot.json"_s,
+                           QJsonDocument(QJsonObject{{m_box->Root(), remembered}}).toJson());
+        if (!stored.isEmpty())
+            capture_root::StoreMark(stored);
+        if (rows) {
+            m_box->AddPicture(u"20250301"_s, Colon, 1, u"정상"_s);
+            if (!refusal.isEmpty())
+                DeleteFile(m_box->PicturePath(u"20250301"_s, Colon, 1));
+        }
+        const QStringList before = Files().FilesStartingWith(m_box->Root(), {});
+        OpenScreen();
+        Press(u"연결"_s);
+        opened->findChild<QToolButton*>(u"캡쳐"_s)->click();
+        QLabel& strip = *opened->findChild<QLabel*>(u"noticeText"_s);
+        if (refusal.isEmpty()) {
+            AwaitStills();
+            QVERIFY(FileExists(path) && strip.text().isEmpty());
+            return;
+        }
+        QTRY_VERIFY2(strip.text().contains(refusal), qPrintable(strip.text()));
+        QTRY_COMPARE(CellText(opened->sprCap(1), 1, 2), u"대기"_s);
+        QCOMPARE(Files().FilesStartingWith(m_box->Root(), {}), before);
+        QVERIFY(!FolderExists(m_box->Root() + u"2026\\movie"_s));
+        // The operator knows better, and what waits is filed.
+        m_box->Desk().answers = {true};
+        opened->findChild<QPushButton*>(u"noticeOffer"_s)->click();
+        QTRY_COMPARE(CellText(opened->sprCap(1), 1, 2), u"001"_s);
+        AwaitStills();
+        QTRY_VERIFY(strip.text().isEmpty());
+        QVERIFY(FileExists(m_box->PicturePath(Day, Stomach, 1)));
+        QCOMPARE(stored.isEmpty() ? QString() : capture_root::StoredMark(), stored.isEmpty() ? QString() : mark);
     }
 
     void SectionsOfTheClient_data()

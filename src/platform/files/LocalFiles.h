@@ -34,6 +34,7 @@ public:
     void SetFileNote(const QString& path, const QByteArray& name) override;
     bool HasFileNote(const QString& path, const QByteArray& name) const override;
     bool SameContent(const QString& one, const QString& other) const override;
+    bool IsMissingMount(const QString& folder) const override;
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override;
     Holder HolderOf(const QString& mark) const override;

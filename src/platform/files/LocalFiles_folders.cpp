@@ -3,12 +3,14 @@
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
 
+#include <QDir>
 #include <QFile>
 #include <QScopeGuard>
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <mntent.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -20,6 +22,8 @@ using namespace posix_files;
 namespace {
 
 constexpr size_t ChunkBytes = 1024 * 1024;
+/// What the machine mounts at its start.
+constexpr char MountList[] = "/etc/fstab";
 
 /// Copies all bytes and the time of change. False, with errno, on a fault; `stopped` when the progress said so.
 bool CopyBytes(const Descriptor& from, const Descriptor& to, const CopyProgress& progress, bool& stopped)
@@ -118,6 +122,27 @@ bool LocalFiles::SameContent(const QString& one, const QString& other) const
             return false;
     }
     return left.error() == QFileDevice::NoError && right.error() == QFileDevice::NoError;
+}
+
+bool LocalFiles::IsMissingMount(const QString& folder) const
+{
+    const QString place = QDir::cleanPath(NativePath(folder));
+    const auto mountPoints = [](const char* list) {
+        QStringList points;
+        if (FILE* table = setmntent(list, "re")) {
+            while (const mntent* entry = getmntent(table))
+                points << QDir::cleanPath(QFile::decodeName(entry->mnt_dir));
+            endmntent(table);
+        }
+        return points;
+    };
+    QStringList missing = mountPoints(MountList);
+    const QStringList mounted = mountPoints("/proc/self/mounts");
+    missing.removeIf([&](const QString& point) {
+        return !point.startsWith(u'/') || mounted.contains(point) ||
+               (place != point && !place.startsWith(point + u'/'));
+    });
+    return !missing.isEmpty();
 }
 
 qint64 LocalFiles::FreeBytes(const QString& folder) const

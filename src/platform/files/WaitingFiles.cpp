@@ -143,6 +143,11 @@ bool WaitingFiles::SameContent(const QString& one, const QString& other) const
     return Ask(&FileStore::SameContent, one, other);
 }
 
+bool WaitingFiles::IsMissingMount(const QString& folder) const
+{
+    return Ask(&FileStore::IsMissingMount, folder);
+}
+
 qint64 WaitingFiles::FreeBytes(const QString& folder) const
 {
     return Ask(&FileStore::FreeBytes, folder);

@@ -70,8 +70,10 @@ void setup_steps::CheckCaptureRoot(const SetupFile& file, MissingRoot missingRoo
     const waiting::Patience patience(SharePatienceMs);
     if (file.needsCaptureMount && !filecalls::Ask([root] { return IsMountPoint(root); }))
         throw PlatformError(u"캡쳐 폴더의 공유가 연결되어 있지 않습니다.!! (%1)"_s.arg(NativePath(root)));
-    if (missingRoot == MissingRoot::IsMade)
-        MakeFolder(root);
-    else if (!FolderExists(root))
+    if (missingRoot == MissingRoot::IsMade) {
+        // Without its share the station opens, and makes nothing there.
+        if (!Files().IsMissingMount(root))
+            MakeFolder(root);
+    } else if (!FolderExists(root))
         throw PlatformError(u"캡쳐 폴더가 없습니다.!! (%1)"_s.arg(NativePath(root)));
 }
