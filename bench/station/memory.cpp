@@ -51,7 +51,7 @@ int BenchMemory(const QString& mode)
     const double filled = ResidentMb();
     const double empty = EmptyWindowMb();
     for (int refill = 0; refill < Refills; ++refill)
-        LoadCaptureList(CurrentVisit(), screen.sprCap(1), 1, false);
+        LoadCaptureList(CurrentVisit(), screen.Pictures(1), false);
     QCoreApplication::processEvents();
     PrintFigure(u"memory after 50 pictures of 1080p"_s, u"%1 MB"_s.arg(filled, 0, 'f', 1),
                 u"%1 MB beyond an empty window (under 150)"_s.arg(filled - empty, 0, 'f', 1));

@@ -5,7 +5,7 @@
 #include "frame/components.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "support/StationInABox.h"
 #include "visit/VisitContext.h"
 
@@ -42,6 +42,7 @@ int BenchThumbnails()
     for (int row = 1; row <= 20; ++row)
         grid->setRowHeight(row, row % 2 == 1 ? 53.2 : 13.3);
     grid->resize(560, 231);
+    VisitPictures pictures(*grid, 1);
     grid->show();
 
     QList<double> fills;
@@ -68,7 +69,7 @@ int BenchThumbnails()
                 first = last - start;
         });
         beat.start(0);
-        LoadCaptureList(VisitOf(VisitContext.Chart, {}, ymd, etc), *grid, 1, false);
+        LoadCaptureList(VisitOf(VisitContext.Chart, {}, ymd, etc), pictures, false);
         grid->repaint();
         fills << NowMs() - start;
         longestGap = qMax(longestGap, NowMs() - last);

@@ -9,7 +9,7 @@
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "records/capture_index.h"
-#include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "text/text_routines.h"
 
 #include <exception>
@@ -32,33 +32,43 @@ void CaptureDeletion::DeleteCurrentVisit()
         DeleteVisitCaptures(visit);
 }
 
-void CaptureDeletion::DeletePictureAt(int gridNumber, int column, int row)
+void CaptureDeletion::DeleteMeantPicture()
 {
-    const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
-    const ShownPicture picture = m_history.PictureAt(gridNumber, column, row);
-    if (!visit || picture.IsNone())
+    const VisitPictures::Picture* picture = m_meant.One();
+    if (picture == nullptr)
         return;
-    if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s))
+    const int gridNumber = m_meant.GridNumber();
+    const ShownPicture meant = *picture;
+    VisitPictures& pictures = m_history.Pictures(gridNumber);
+    const Visit visit = *pictures.Shown();
+    if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) || !IsShown(gridNumber, visit))
         return;
-    // A fill may have put others there while the question stood open.
-    if (m_history.ShownVisit(gridNumber) == visit && m_history.PlaceOf(gridNumber, picture))
-        DeleteOnePicture(*visit, picture, gridNumber);
+    // A fill may have put others there while the question stood open, and one that waited may have its number by now.
+    if (const qsizetype at = pictures.Find(meant); at >= 0)
+        DeleteOnePicture(visit, ShownPicture(pictures.Pictures()[at]), gridNumber);
 }
 
-void CaptureDeletion::DeleteShownVisit(int gridNumber)
+void CaptureDeletion::DeleteMeantVisit()
 {
-    const std::optional<Visit> visit = m_history.ShownVisit(gridNumber);
+    const int gridNumber = m_meant.GridNumber();
+    const std::optional<Visit> visit = gridNumber != 0 ? m_history.Pictures(gridNumber).Shown() : std::nullopt;
     if (visit && m_meant.AskOfAll(gridNumber, u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
-        m_history.ShownVisit(gridNumber) == visit)
+        IsShown(gridNumber, visit))
         DeleteVisitCaptures(*visit);
+}
+
+bool CaptureDeletion::IsShown(int gridNumber, const std::optional<Visit>& visit) const
+{
+    return m_history.Pictures(gridNumber).Shown() == visit;
 }
 
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber)
 {
-    // One that waited may have its number by now, and one whose rows waited its rows.
-    const int number = m_stills.NumberOf(picture);
+    const int number = picture.number;
     const PictureJournal& journal = m_stills.Journal();
-    const PictureRecord* record = picture.id.isEmpty() ? journal.Find(visit, number) : journal.Find(picture.id);
+    const PictureRecord* record = journal.Find(picture.id);
+    if (record == nullptr)
+        record = journal.Find(visit, number);
     if (number == 0) {
         if (record != nullptr)
             DeleteUnnumbered(PictureRecord(*record));
@@ -75,33 +85,30 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& p
         if (result.isVisitGone)
             m_note.RowIsGone(visit);
         if (waits || m_stills.IsDatabaseAway()) {
-            TakeOut({QString(), number}, visit);
+            TakeOut({QString(), number}, visit, true);
             return;
         }
         if (gridNumber == 2)
-            m_history.FillPictures(visit, 2, true);
+            m_history.RefillHistory(visit);
         if (gridNumber == 1 || Trim(visit.ymd) == Trim(CurrentVisit().ymd))
-            m_history.FillPictures(CurrentVisit(), 1, false);
+            m_stills.ShowPictures(CurrentVisit(), false);
     });
 }
 
 void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 {
-    const ShownPicture shown{picture.id, 0};
-    const std::optional<QPoint> place = m_stills.PlaceOf(shown);
     m_stills.Forget(picture.id);
-    if (place)
-        RemovePicture(m_history.Grid(1), *place);
-    m_stills.TellTaken();
+    TakeOut({picture.id, 0}, picture.visit, false);
 }
 
-void CaptureDeletion::TakeOut(const ShownPicture& picture, const Visit& visit)
+void CaptureDeletion::TakeOut(const ShownPicture& picture, const Visit& visit, bool mayBeLast)
 {
-    if (const std::optional<QPoint> place = m_stills.PlaceOf(picture); place && visit == CurrentVisit())
-        RemovePicture(m_history.Grid(1), *place);
+    VisitPictures& pictures = m_history.Pictures(1);
+    if (const qsizetype at = pictures.Find(picture); at >= 0 && IsShown(1, visit))
+        pictures.Remove(at);
     m_stills.TellTaken();
     // The visit's row may go with it.
-    if (PictureCount(m_history.Grid(1)) == 0)
+    if (mayBeLast && pictures.Pictures().isEmpty())
         m_note.RowIsGone(visit);
 }
 

@@ -29,10 +29,10 @@ public:
 
     /// Asks, and deletes the current visit's pictures of the section.
     void DeleteCurrentVisit();
-    /// Asks, and deletes the one picture in that cell of grid 1 or 2.
-    void DeletePictureAt(int gridNumber, int column, int row);
-    /// Asks, and deletes all pictures of the visit that grid 1 or 2 shows.
-    void DeleteShownVisit(int gridNumber);
+    /// Asks, and deletes the one picture that is meant.
+    void DeleteMeantPicture();
+    /// Asks, and deletes all pictures of the visit whose grid is meant.
+    void DeleteMeantVisit();
 
     /// The screen closes; what is left of a deletion is for the next start.
     void End() { m_jobs.End(); }
@@ -48,9 +48,11 @@ private:
     };
 
     void DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber);
+    bool IsShown(int gridNumber, const std::optional<Visit>& visit) const;
     /// It goes to the deleted pictures when the share has it; nothing is waited for.
     void DeleteUnnumbered(const PictureRecord& picture);
-    void TakeOut(const ShownPicture& picture, const Visit& visit);
+    /// Out of the visit's grid.
+    void TakeOut(const ShownPicture& picture, const Visit& visit, bool mayBeLast);
     void DeleteVisitCaptures(const Visit& visit);
     /// Waits for the end of the job, or lets it go on behind the screen.
     void Run(const DeletionJob& job, const Shown& show);

@@ -8,6 +8,7 @@
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
@@ -43,17 +44,17 @@ CaptureHistory::CaptureHistory(const Controls& controls, VisitNote& note, StillC
 {
 }
 
-fpSpread& CaptureHistory::Grid(int gridNumber)
+VisitPictures& CaptureHistory::Pictures(int gridNumber) const
 {
     return gridNumber == 1 ? m_controls.visitPictures : m_controls.historyPictures;
 }
 
 void CaptureHistory::LayOutGrids()
 {
-    LayOutPictureGrid(m_controls.visitPictures, {13.33, 13.37, 13.37, 13.37, 13.37}, 20, 53.5, 53.2);
-    LayOutPictureGrid(m_controls.historyPictures, {1.75, 15.9, 1.87, 15.87, 1.87, 15.87}, 50, 62.0, 62.3);
+    LayOutPictureGrid(m_controls.visitPictures.Grid(), {13.33, 13.37, 13.37, 13.37, 13.37}, 20, 53.5, 53.2);
+    LayOutPictureGrid(m_controls.historyPictures.Grid(), {1.75, 15.9, 1.87, 15.87, 1.87, 15.87}, 50, 62.0, 62.3);
     for (const int column : {1, 3, 5})
-        m_controls.historyPictures.setStoredCellType(column, 1, CellTypeCheckBox);
+        m_controls.historyPictures.Grid().setStoredCellType(column, 1, CellTypeCheckBox);
 
     fpSpread& visits = m_controls.visits;
     visits.setMaxCols(3);
@@ -69,17 +70,16 @@ void CaptureHistory::LayOutGrids()
 void CaptureHistory::Clear()
 {
     EndFills();
-    m_stills.ForgetShown();
-    ClearPictureGrid(m_controls.visitPictures, 1);
-    ClearPictureGrid(m_controls.historyPictures, 2);
+    m_controls.visitPictures.Clear();
+    m_controls.historyPictures.Clear();
     m_controls.visits.ClearRange(1, 1, 2, m_controls.visits.DataRowCnt(), false);
 }
 
 void CaptureHistory::EndFills()
 {
     ++m_lineShown;
-    m_controls.visitPictures.BeginFill();
-    m_controls.historyPictures.BeginFill();
+    m_controls.visitPictures.Grid().BeginFill();
+    m_controls.historyPictures.Grid().BeginFill();
 }
 
 void CaptureHistory::ShowVisit()
@@ -111,8 +111,8 @@ void CaptureHistory::ShowAgain()
 void CaptureHistory::ShowSection()
 {
     ShowVisit();
-    m_controls.visitPictures.SetActiveCell(1, 1);
-    m_controls.visitPictures.setFocus();
+    m_controls.visitPictures.Grid().SetActiveCell(1, 1);
+    m_controls.visitPictures.Grid().setFocus();
 }
 
 void CaptureHistory::ShowVisits()
@@ -125,88 +125,45 @@ void CaptureHistory::ShowHistoryLine(int row)
 {
     if (Trim(VisitContext.Chart).isEmpty())
         return;
-    const std::optional<Visit> before = std::exchange(m_chosen, std::nullopt);
     m_controls.lblHisYmd.clear();
     m_controls.lblHisEtc.clear();
     // Whatever line is still coming in, its labels are gone.
     const int line = ++m_lineShown;
-    m_controls.historyPictures.BeginFill();
+    m_controls.historyPictures.Grid().BeginFill();
     const QString ymd = CellText(m_controls.visits, 1, row);
     if (ymd.isEmpty())
         return;
     const Visit visit = VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, CellText(m_controls.visits, 2, row));
-    m_chosen = visit;
     m_controls.lblHisYmd.setText(LayIntoMask(visit.ymd, u"0000-00-00"));
     m_controls.lblHisEtc.setText(visit.etc);
 
     const FillLine::Hold hold(m_stills.Line());
     // The pictures of another line may not stand there while this one's are awaited.
-    if (before != visit)
-        ClearPictureGrid(m_controls.historyPictures, 2);
-    LoadCaptureList(visit, m_controls.historyPictures, 2, false);
+    m_controls.historyPictures.Show(visit);
+    LoadCaptureList(visit, m_controls.historyPictures, false);
     if (line == m_lineShown)
         m_note.ShowHistoryNote(visit);
 }
 
 void CaptureHistory::EditHistoryPicture(int column, int row)
 {
-    const bool pictureCell = row % 2 == 1 && PictureColumns(2).contains(column);
-    if (!m_chosen || !pictureCell)
+    VisitPictures& pictures = m_controls.historyPictures;
+    const VisitPictures::Picture* picture = pictures.At(column, row);
+    if (picture == nullptr)
         return;
-    const Visit visit = *m_chosen;
-    const QString number = NumberUnder(2, column, row);
-    OpenPictureEditor(visit, Grid(2), column, row);
-    if (!VisitContext.ImageSaved)
+    const Visit visit = *pictures.Shown();
+    const int number = picture->number;
+    if (!OpenPictureEditor(pictures.FileAt(column, row)))
         return;
-    if (IsNumericText(number))
-        Q_EMIT PictureIsMarked(visit, WholeNumber(number));
+    Q_EMIT PictureIsMarked(visit, number);
     ++m_lineShown;
-    FillPictures(visit, 2, true);
+    RefillHistory(visit);
 }
 
-bool CaptureHistory::IsFilledPicture(int gridNumber, int column, int row)
+void CaptureHistory::RefillHistory(const Visit& visit)
 {
-    const bool pictureCell = row % 2 == 1 && PictureColumns(gridNumber).contains(column);
-    if (!pictureCell)
-        return false;
-    return !NumberUnder(gridNumber, column, row).isEmpty();
-}
-
-QString CaptureHistory::NumberUnder(int gridNumber, int column, int row)
-{
-    return CellText(Grid(gridNumber), column, row + 1);
-}
-
-ShownPicture CaptureHistory::PictureAt(int gridNumber, int column, int row)
-{
-    const QString text = NumberUnder(gridNumber, column, row);
-    if (gridNumber == 1 && text == AwaitedNumber)
-        return {m_stills.WithoutNumberAt({column, row}), 0};
-    return {QString(), IsNumericText(text) ? WholeNumber(text) : 0};
-}
-
-std::optional<QPoint> CaptureHistory::PlaceOf(int gridNumber, const ShownPicture& picture)
-{
-    return gridNumber == 1 ? m_stills.PlaceOf(picture) : FindPicture(Grid(2), 2, picture.number);
-}
-
-QString CaptureHistory::FileBehind(int gridNumber, int column, int row)
-{
-    const std::optional<Visit> visit = ShownVisit(gridNumber);
-    return visit ? PictureFileBehind(Grid(gridNumber), column, row, *visit) : QString();
-}
-
-std::optional<Visit> CaptureHistory::ShownVisit(int gridNumber) const
-{
-    return gridNumber == 1 ? CurrentVisit() : m_chosen;
-}
-
-void CaptureHistory::FillPictures(const Visit& visit, int gridNumber, bool keepCursor)
-{
-    if (gridNumber == 1) {
-        m_stills.ShowPictures(visit, keepCursor);
+    if (m_controls.historyPictures.Shown() != visit)
         return;
-    }
     const FillLine::Hold hold(m_stills.Line());
-    LoadCaptureList(visit, m_controls.historyPictures, gridNumber, keepCursor);
+    LoadCaptureList(visit, m_controls.historyPictures, true);
 }

@@ -9,9 +9,9 @@
 class fpSpread;
 class QLabel;
 class VisitNote;
+class VisitPictures;
 
-/// The three grids of the capture screen, and what the mouse does on the two of the history. What
-/// they show stands in the grids; the history line that was chosen is a value beside its two labels.
+/// The three grids of the capture screen, and what the mouse does on the two of the history.
 class CaptureHistory : public QObject
 {
     Q_OBJECT
@@ -19,9 +19,9 @@ class CaptureHistory : public QObject
 public:
     struct Controls
     {
-        fpSpread& visitPictures;   ///< `sprCap(1)`
-        fpSpread& historyPictures; ///< `sprCap(2)`
-        fpSpread& visits;          ///< `sprCap(3)`
+        VisitPictures& visitPictures;   ///< `sprCap(1)`
+        VisitPictures& historyPictures; ///< `sprCap(2)`
+        fpSpread& visits;               ///< `sprCap(3)`
         QLabel& lblHisYmd;
         QLabel& lblHisEtc;
     };
@@ -46,25 +46,13 @@ public:
     /// Shows the visit of a line of `sprCap(3)`; a line without a date only empties the selection.
     void ShowHistoryLine(int row);
 
-    /// The visit that grid 1 or 2 shows: the current one, or the history line that was chosen, if one was.
-    std::optional<Visit> ShownVisit(int gridNumber) const;
-    /// `sprCap(1)` or `sprCap(2)`.
-    fpSpread& Grid(int gridNumber);
-    void FillPictures(const Visit& visit, int gridNumber, bool keepCursor);
-    /// Text of the number cell under a picture cell, trimmed.
-    QString NumberUnder(int gridNumber, int column, int row);
-    /// The picture in a cell of grid 1 or 2; none for a cell without one.
-    ShownPicture PictureAt(int gridNumber, int column, int row);
-    /// Column and row of the picture's cell; one that waited for its number may have it now.
-    std::optional<QPoint> PlaceOf(int gridNumber, const ShownPicture& picture);
-    /// Path of the picture file that a cell of grid 1 or 2 shows; empty when there is none.
-    QString FileBehind(int gridNumber, int column, int row);
+    /// Of `sprCap(1)` or `sprCap(2)`.
+    VisitPictures& Pictures(int gridNumber) const;
+    /// The history line's pictures are read anew, if it is still shown.
+    void RefillHistory(const Visit& visit);
     /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does
     /// nothing.
     void EditHistoryPicture(int column, int row);
-
-    /// True for a picture cell of that grid: the cell under it holds a number.
-    bool IsFilledPicture(int gridNumber, int column, int row);
 
 Q_SIGNALS:
     /// A picture has been marked up: its file is another one now.
@@ -74,6 +62,5 @@ private:
     Controls m_controls;
     VisitNote& m_note;
     StillCapture& m_stills;
-    std::optional<Visit> m_chosen; ///< The history line on display; comes and goes with the two labels.
-    int m_lineShown = 0;           ///< Rises with each line that is shown, so that an overtaken one knows.
+    int m_lineShown = 0; ///< Rises with each line that is shown, so that an overtaken one knows.
 };

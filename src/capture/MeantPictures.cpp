@@ -1,32 +1,34 @@
 #include "capture/MeantPictures.h"
 
 #include "capture/CaptureHistory.h"
-#include "capture/StillCapture.h"
 #include "contracts/fpSpread.h"
 #include "frame/services.h"
 #include "screenparts/picture_grid.h"
 
 #include <QScopeGuard>
 
-MeantPictures::MeantPictures(CaptureHistory& history, StillCapture& stills) : m_history(history), m_stills(stills)
+MeantPictures::MeantPictures(CaptureHistory& history) : m_history(history)
 {
     for (const int gridNumber : {1, 2})
-        connect(&m_history.Grid(gridNumber), &fpSpread::CellsChanged, this, [this] {
+        connect(&m_history.Pictures(gridNumber).Grid(), &fpSpread::CellsChanged, this, [this] {
             if (m_gridNumber != 0)
                 Show();
         });
 }
 
-void MeantPictures::MeanOne(int gridNumber, int column, int row)
+bool MeantPictures::MeanOne(int gridNumber, int column, int row)
 {
-    if (const ShownPicture picture = m_history.PictureAt(gridNumber, column, row); !picture.IsNone())
-        Mean(gridNumber, picture);
+    const VisitPictures::Picture* picture = m_history.Pictures(gridNumber).At(column, row);
+    if (picture == nullptr)
+        return false;
+    Mean(gridNumber, *picture);
+    return true;
 }
 
 void MeantPictures::Mean(int gridNumber, const ShownPicture& picture)
 {
     m_gridNumber = gridNumber;
-    m_visit = gridNumber == 0 ? std::nullopt : m_history.ShownVisit(gridNumber);
+    m_visit = gridNumber == 0 ? std::nullopt : m_history.Pictures(gridNumber).Shown();
     m_picture = picture;
     Show();
 }
@@ -37,11 +39,13 @@ void MeantPictures::MenuIsClosed()
         Mean(0, {});
 }
 
-std::optional<QPoint> MeantPictures::Place()
+const VisitPictures::Picture* MeantPictures::One() const
 {
-    if (m_gridNumber == 0 || m_picture.IsNone() || m_history.ShownVisit(m_gridNumber) != m_visit)
-        return std::nullopt;
-    return m_history.PlaceOf(m_gridNumber, m_picture);
+    if (m_gridNumber == 0 || m_picture.IsNone())
+        return nullptr;
+    const VisitPictures& pictures = m_history.Pictures(m_gridNumber);
+    const qsizetype at = pictures.Shown() == m_visit ? pictures.Find(m_picture) : -1;
+    return at >= 0 ? &pictures.Pictures()[at] : nullptr;
 }
 
 bool MeantPictures::Ask(const QString& question)
@@ -60,24 +64,18 @@ bool MeantPictures::AskOfAll(int gridNumber, const QString& question)
     return Ask(question);
 }
 
-bool MeantPictures::IsMeant(int gridNumber, int column, int row)
-{
-    if (gridNumber != m_gridNumber || m_history.ShownVisit(gridNumber) != m_visit)
-        return false;
-    const ShownPicture picture = m_history.PictureAt(gridNumber, column, row);
-    if (picture.IsNone() || m_picture.IsNone())
-        return !picture.IsNone();
-    return picture.number > 0 ? picture.number == m_stills.NumberOf(m_picture) : picture.id == m_picture.id;
-}
-
 void MeantPictures::Show()
 {
+    const VisitPictures::Picture* one = One();
     for (const int gridNumber : {1, 2}) {
-        fpSpread& grid = m_history.Grid(gridNumber);
+        const VisitPictures& pictures = m_history.Pictures(gridNumber);
+        fpSpread& grid = pictures.Grid();
         const int before[] = {grid.Col(), grid.Row()};
+        const bool isMeantGrid = gridNumber == m_gridNumber && pictures.Shown() == m_visit;
         for (int row = 1; row <= grid.DataRowCnt(); row += 2) {
             for (const int column : PictureColumns(gridNumber)) {
-                const bool isMeant = IsMeant(gridNumber, column, row);
+                const VisitPictures::Picture* picture = pictures.At(column, row);
+                const bool isMeant = isMeantGrid && picture != nullptr && (m_picture.IsNone() || picture == one);
                 grid.setCol(column);
                 grid.setRow(row);
                 if (grid.TypePictMeant() != isMeant)

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "capture/StillCapture.h"
-#include "visit/Visit.h"
+#include "screenparts/VisitPictures.h"
 
 #include <QObject>
-#include <QPoint>
 
 #include <optional>
 
@@ -17,14 +15,16 @@ class MeantPictures : public QObject
     Q_OBJECT
 
 public:
-    MeantPictures(CaptureHistory& history, StillCapture& stills);
+    explicit MeantPictures(CaptureHistory& history);
 
-    /// The picture in that cell of grid 1 or 2.
-    void MeanOne(int gridNumber, int column, int row);
+    /// The picture in that cell of grid 1 or 2. False where there is none.
+    bool MeanOne(int gridNumber, int column, int row);
     /// The menu has closed; a question that it has led to keeps its pictures.
     void MenuIsClosed();
-    /// Column and row of the one picture where it stands now; nothing when it is shown no more.
-    std::optional<QPoint> Place();
+    /// Whose grid it is, 1 or 2; 0 when none is meant.
+    int GridNumber() const { return m_gridNumber; }
+    /// The one picture as it is now; null when it is shown no more.
+    const VisitPictures::Picture* One() const;
 
     /// Asks about the picture that is meant. Nothing is meant any more when that is answered.
     bool Ask(const QString& question);
@@ -34,10 +34,8 @@ public:
 private:
     void Mean(int gridNumber, const ShownPicture& picture);
     void Show();
-    bool IsMeant(int gridNumber, int column, int row);
 
     CaptureHistory& m_history;
-    StillCapture& m_stills;
     int m_gridNumber = 0; ///< 0 when none is meant.
     std::optional<Visit> m_visit;
     ShownPicture m_picture; ///< None for all.

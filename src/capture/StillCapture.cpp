@@ -16,7 +16,7 @@
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "text/text_routines.h"
 
 #include <QPointer>
@@ -43,8 +43,8 @@ constexpr int AskAgainMs = 1000;
 const QString PendingMark = u"기록 대기"_s;
 } // namespace
 
-StillCapture::StillCapture(fpSpread& visitGrid, VisitNote& note)
-    : m_grid(visitGrid), m_note(note), m_filing([this](const Visit& visit) { return m_note.Typed(visit); })
+StillCapture::StillCapture(VisitPictures& pictures, VisitNote& note)
+    : m_pictures(pictures), m_note(note), m_filing([this](const Visit& visit) { return m_note.Typed(visit); })
 {
     connect(&m_leftovers, &Leftovers::AreSettled, this,
             [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
@@ -108,14 +108,14 @@ int StillCapture::Taken() const
 {
     const Visit visit = CurrentVisit();
     if (!m_line.PicturesAreHeld())
-        return PictureCount(m_grid) + CountOnRoad(visit);
-    // A grid that is being filled tells nothing: what it is filled from does.
-    if (m_shown != visit)
+        return static_cast<int>(m_pictures.Pictures().size()) + CountOnRoad(visit);
+    // Pictures that are being filled tell nothing: what they are filled from does.
+    if (m_pictures.Shown() != visit)
         return CountOnRoad(visit);
     const auto waiting = std::ranges::count_if(m_filing.Journal().Of(visit), [&](const PictureRecord& picture) {
         return picture.number == 0 && OnRoad(picture.id) == nullptr;
     });
-    return static_cast<int>(m_read.size() + waiting) + CountOnRoad(visit);
+    return static_cast<int>(m_read.second.size() + waiting) + CountOnRoad(visit);
 }
 
 bool StillCapture::HasRoom() const
@@ -126,7 +126,7 @@ bool StillCapture::HasRoom() const
     // Some of the rows may have lost their files.
     const Visit visit = CurrentVisit();
     const auto gone =
-        std::ranges::count_if(m_read, [&](int number) { return !PictureExists(visit.PicturePath(number)); });
+        std::ranges::count_if(m_read.second, [&](int number) { return !PictureExists(visit.PicturePath(number)); });
     return taken - gone < MostPictures;
 }
 
@@ -144,7 +144,7 @@ void StillCapture::FileStill(const StillPointer& still, const std::function<QByt
     still->id = m_filing.Pictures().File(
         {still->visit, still->origin, encode,
          [this, still](const QByteArray& content) {
-             still->thumbnail = Pictures().LoadContent(content, m_grid.CellPixels(1, 1));
+             still->thumbnail = Pictures().LoadContent(content, m_pictures.Grid().CellPixels(1, 1));
              connect(still->thumbnail.get(), &PictureBatch::Ready, this, &StillCapture::ShowReady);
              ShowReady();
          },
@@ -181,12 +181,14 @@ void StillCapture::ShowStill(const StillPointer& still)
     if (still->visit != CurrentVisit())
         return;
     // A fill that it waited for may have found it already.
-    std::optional<QPoint> place = PlaceOf({still->id, still->number});
-    if (!place)
-        place = PlaceThumbnail(still->id, still->number, still->thumbnail->Take(0));
+    m_pictures.Show(still->visit);
+    const ShownPicture picture{still->id, still->number};
+    if (m_pictures.Find(picture) < 0)
+        Place(still->id, still->number, still->thumbnail->Take(0));
     TellTaken();
-    m_grid.SetActiveCell(1, place->y());
-    m_grid.FlashCell(place->x(), place->y());
+    const QPoint place = *m_pictures.PlaceOf(picture);
+    m_pictures.Grid().SetActiveCell(1, place.y());
+    m_pictures.Grid().FlashCell(place.x(), place.y());
 }
 
 StillCapture::StillPointer StillCapture::OnRoad(const QString& id) const
@@ -195,39 +197,14 @@ StillCapture::StillPointer StillCapture::OnRoad(const QString& id) const
     return found != m_road.end() ? *found : nullptr;
 }
 
-QPoint StillCapture::PlaceThumbnail(const QString& id, int number, const QImage& thumbnail)
+QString StillCapture::MarkOf(const QString& id) const
 {
-    int row = 0;
-    int column = 0;
-    NextGridSlot(number, row, column, 1, m_grid);
-    PlacePicture(m_grid, row, column, thumbnail, number);
-    if (number == 0) {
-        m_unnumbered.append(id);
-        m_waiting.insert(id, thumbnail);
-    }
-    MarkWaiting(id, number);
-    return {column, row};
+    return m_filing.Journal().Find(id) != nullptr ? PendingMark : QString();
 }
 
-std::optional<QPoint> StillCapture::PlaceOf(const ShownPicture& picture) const
+void StillCapture::Place(const QString& id, int number, const QImage& thumbnail)
 {
-    const QList<QPoint> places = PicturesWithoutNumber(m_grid);
-    const qsizetype at = picture.id.isEmpty() ? -1 : m_unnumbered.indexOf(picture.id);
-    if (at >= 0 && at < places.size())
-        return places[at];
-    const int number = NumberOf(picture);
-    return number > 0 ? FindPicture(m_grid, 1, number) : std::nullopt;
-}
-
-QString StillCapture::WithoutNumberAt(QPoint place) const
-{
-    return m_unnumbered.value(PicturesWithoutNumber(m_grid).indexOf(place));
-}
-
-void StillCapture::MarkWaiting(const QString& id, int number)
-{
-    if (const std::optional<QPoint> place = PlaceOf({id, number}))
-        MarkPicture(m_grid, place->x(), place->y(), m_filing.Journal().Find(id) ? PendingMark : QString());
+    m_pictures.Add({{id, number}, thumbnail, MarkOf(id)});
 }
 
 void StillCapture::ShowPending(const Visit& visit)
@@ -242,14 +219,9 @@ void StillCapture::ShowPending(const Visit& visit)
 void StillCapture::ShowUnnumbered(const Visit& visit)
 {
     for (const PictureRecord& picture : m_filing.Journal().Of(visit)) {
-        if (picture.number > 0 || OnRoad(picture.id) != nullptr || PlaceOf({picture.id, 0}))
-            continue;
-        // An earlier run has left its file alone.
-        const QImage thumbnail =
-            m_waiting.contains(picture.id)
-                ? m_waiting.value(picture.id)
-                : Pictures().LoadWithin(StillFiles::LocalPath(picture.id), m_grid.CellPixels(1, 1));
-        PlaceThumbnail(picture.id, 0, thumbnail);
+        if (picture.number == 0 && OnRoad(picture.id) == nullptr && m_pictures.Find({picture.id, 0}) < 0)
+            Place(picture.id, 0,
+                  Pictures().LoadWithin(StillFiles::LocalPath(picture.id), m_pictures.Grid().CellPixels(1, 1)));
     }
 }
 
@@ -257,40 +229,34 @@ void StillCapture::ShowMoved(const QString& id)
 {
     const PictureRecord* picture = m_filing.Journal().Find(id);
     const int number = picture != nullptr ? picture->number : 0;
-    m_waiting.remove(id);
-    m_moved.insert(id, number);
     if (const StillPointer still = OnRoad(id)) {
         still->number = number;
         return;
     }
-    m_line.Show([this, id, number] {
-        const std::optional<QPoint> place = PlaceOf({id, 0});
-        if (!place)
+    m_line.Show([this, id, number, visit = picture != nullptr ? picture->visit : Visit()] {
+        if (m_pictures.Shown() != visit)
             return;
-        NumberPicture(m_grid, *place, number);
-        m_unnumbered.removeOne(id);
+        // A fill may have found it by its row.
+        if (const qsizetype at = m_pictures.Find({id, number}); at >= 0)
+            m_pictures.Update(at, [&](VisitPictures::Picture& shown) {
+                shown.id = id;
+                shown.number = number;
+            });
     });
 }
 
 void StillCapture::ShowFiled(const QString& id, const Visit& visit, int number)
 {
     const QString path = visit.PicturePath(number);
-    if (OnRoad(id) == nullptr && PictureExists(path) && !FindPicture(m_grid, 1, number))
-        PlaceThumbnail(id, number, Pictures().LoadWithin(path, m_grid.CellPixels(1, 1)));
-}
-
-void StillCapture::ForgetShown()
-{
-    m_shown.reset();
-    m_unnumbered.clear();
+    if (OnRoad(id) == nullptr && PictureExists(path) && m_pictures.Find({id, number}) < 0)
+        Place(id, number, Pictures().LoadWithin(path, m_pictures.Grid().CellPixels(1, 1)));
 }
 
 void StillCapture::ShowNone()
 {
-    m_grid.BeginFill();
-    ClearPictureGrid(m_grid, 1);
-    m_unnumbered.clear();
-    m_read.clear();
+    m_pictures.Clear();
+    m_pictures.Show(CurrentVisit());
+    m_read = {};
     TellTaken();
 }
 
@@ -299,22 +265,17 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
     const auto tell = qScopeGuard([this] { TellTaken(); });
     const FillLine::Hold hold(m_line);
     // The pictures of another visit may not stand there while this one's are awaited.
-    if (m_shown != visit) {
-        ClearPictureGrid(m_grid, 1);
-        m_unnumbered.clear();
-    }
-    m_shown = visit;
+    m_pictures.Show(visit);
     m_lacksStored = false;
     m_arrived.clear();
     std::optional<FillLine::PictureHold> placing;
     try {
-        LoadCaptureList(visit, m_grid, 1, keepCursor, [&](const QList<int>& numbers) {
+        LoadCaptureList(visit, m_pictures, keepCursor, [&](const QList<int>& numbers) {
             placing.emplace(m_line);
-            m_read = numbers;
-            m_unnumbered.clear();
+            m_read = {visit, numbers};
         });
     } catch (const PlatformError&) {
-        if (m_shown == visit) {
+        if (m_pictures.Shown() == visit) {
             ShowPending(visit);
             m_lacksStored = guard::Is<Away>(std::current_exception());
             if (m_lacksStored)
@@ -323,7 +284,7 @@ void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
         throw;
     }
     // A later fill, of another visit's pictures, has ended this one.
-    if (m_shown != visit)
+    if (m_pictures.Shown() != visit)
         return;
     ShowPending(visit);
     // Their thumbnails came before the fill, their rows behind its question.
@@ -364,7 +325,7 @@ void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
     if (const QString tidings = m_note.ShowStored(picture.visit, picture.note); !tidings.isEmpty())
         m_line.Command([tidings] { ShowInformation(tidings); });
-    if (m_shown == picture.visit)
+    if (m_pictures.Shown() == picture.visit)
         m_arrived.append({picture.id, picture.number});
     if (const StillPointer still = OnRoad(picture.id))
         Sound(still, true);
@@ -388,10 +349,10 @@ void StillCapture::ShowNumbered(const QString& id, const Visit& visit, int numbe
         return;
     }
     m_line.Show([this, id, visit, number] {
-        if (visit != CurrentVisit())
+        if (m_pictures.Shown() != visit)
             return;
-        if (PlaceOf({id, number}))
-            MarkWaiting(id, number);
+        if (const qsizetype at = m_pictures.Find({id, number}); at >= 0)
+            m_pictures.Update(at, [&](VisitPictures::Picture& shown) { shown.mark = MarkOf(id); });
         else
             ShowFiled(id, visit, number);
     });
@@ -418,8 +379,6 @@ void StillCapture::Forget(const QString& id)
         m_road.removeOne(still);
         ShowReady();
     }
-    m_unnumbered.removeOne(id);
-    m_waiting.remove(id);
     m_filing.Forget(id);
     TellTaken();
 }

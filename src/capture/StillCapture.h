@@ -5,28 +5,18 @@
 #include "filing/Leftovers.h"
 #include "filing/StillFiling.h"
 
-#include <QHash>
 #include <QImage>
 #include <QObject>
-#include <QPoint>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
 
-class fpSpread;
 class ImagXpress;
 class PictureBatch;
 class VideoCap;
 class VisitNote;
-
-/// A picture in a grid: by its number, or, while it waits for one, by its identity.
-struct ShownPicture
-{
-    QString id;
-    int number = 0;
-
-    bool IsNone() const { return id.isEmpty() && number == 0; }
-};
+class VisitPictures;
 
 /// Takes stills of the current visit, stores its note, and shows its pictures. A still's file is written at the press,
 /// whatever box is open, whatever grid is being filled and whatever the database does; its rows follow, and its
@@ -36,7 +26,7 @@ class StillCapture : public QObject
     Q_OBJECT
 
 public:
-    StillCapture(fpSpread& visitGrid, VisitNote& note);
+    StillCapture(VisitPictures& pictures, VisitNote& note);
     ~StillCapture() override;
 
     /// A visit takes 50 stills: ten rows of five.
@@ -58,8 +48,6 @@ public:
     /// others, marked. A visit that can't be read leaves the pictures of the visit that was shown, or an empty grid
     /// when that was another one.
     void ShowPictures(const Visit& visit, bool keepCursor);
-    /// Another one than the visit's own pictures is shown from here on, or none.
-    void ForgetShown();
     /// The visit's pictures are gone.
     void ShowNone();
 
@@ -83,7 +71,7 @@ public:
     const PictureJournal& Journal() const { return m_filing.Journal(); }
     StillFiling& Filing() { return m_filing; }
     /// Numbers of a visit's rows as they were read last, if that was for the grid; else none.
-    QList<int> KnownNumbers(const Visit& visit) const { return m_shown == visit ? m_read : QList<int>(); }
+    QList<int> KnownNumbers(const Visit& visit) const { return m_read.first == visit ? m_read.second : QList<int>(); }
     bool IsDatabaseAway() const { return m_filing.IsDatabaseAway(); }
     bool IsShareAway() const { return m_filing.Pictures().IsShareAway(); }
     /// No picture is on its way any more, but for those whose rows the database refuses or doesn't answer for, and
@@ -91,16 +79,6 @@ public:
     bool IsAtRest() const;
     /// A picture of the journal has been deleted.
     void Forget(const QString& id);
-
-    /// The picture that stands in a place of the grid without a number; empty when none does.
-    QString WithoutNumberAt(QPoint place) const;
-    /// Column and row of a picture's cell.
-    std::optional<QPoint> PlaceOf(const ShownPicture& picture) const;
-    /// Its number, also that of one that waited for it when it was shown; 0 when it has none yet.
-    int NumberOf(const ShownPicture& picture) const
-    {
-        return picture.number > 0 ? picture.number : m_moved.value(picture.id);
-    }
 
 Q_SIGNALS:
     /// How many pictures the visit has.
@@ -149,9 +127,8 @@ private:
     void ShowMoved(const QString& id);
     /// Places a picture that is neither shown nor on its way.
     void ShowFiled(const QString& id, const Visit& visit, int number);
-    /// Gives the column and row of its cell.
-    QPoint PlaceThumbnail(const QString& id, int number, const QImage& thumbnail);
-    void MarkWaiting(const QString& id, int number);
+    void Place(const QString& id, int number, const QImage& thumbnail);
+    QString MarkOf(const QString& id) const;
     void ShowSafe(const StillFiling::SafePicture& picture);
     void ShowWaiting(const QString& id);
     /// A picture whose rows are in, or have to wait.
@@ -162,19 +139,15 @@ private:
     void ShowSaved(const Visit& visit, const QString& message);
     void TellSettled(const Leftovers::Settled& settled);
 
-    fpSpread& m_grid;
+    VisitPictures& m_pictures;
     VisitNote& m_note;
     StillFiling m_filing;
     Leftovers m_leftovers{m_filing};
     RoomWatch m_room{m_filing.Pictures()};
     FillLine m_line;
     QList<StillPointer> m_road;               ///< In the order of the presses.
-    std::optional<Visit> m_shown;             ///< Whose pictures the grid shows.
     QList<std::pair<QString, int>> m_arrived; ///< Pictures whose rows came in since its last fill was begun.
-    QList<int> m_read;                        ///< Numbers of the rows that its last fill was made from.
-    QStringList m_unnumbered;                 ///< Pictures of its cells without a number, in reading order.
-    QHash<QString, QImage> m_waiting;         ///< Thumbnails of pictures that wait for the share.
-    QHash<QString, int> m_moved;              ///< What number those have got.
+    std::pair<Visit, QList<int>> m_read;      ///< Numbers of the rows that the last fill was made from.
     bool m_lacksStored = false;               ///< The last fill got no answer.
     QTimer m_askAgain;
     bool m_finished = false;

@@ -24,6 +24,7 @@
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/NoticeStrip.h"
+#include "screenparts/VisitPictures.h"
 #include "text/text_routines.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
@@ -52,11 +53,14 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildPopupMenu();
     m_dateRefusal = std::make_unique<DateRefusal>(*m_notices);
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
-    m_stills = std::make_unique<StillCapture>(sprCap(1), *m_note);
+    m_visitPictures = std::make_unique<VisitPictures>(sprCap(1), 1);
+    m_historyPictures = std::make_unique<VisitPictures>(sprCap(2), 2);
+    m_stills = std::make_unique<StillCapture>(*m_visitPictures, *m_note);
     m_history = std::make_unique<CaptureHistory>(
-        CaptureHistory::Controls{sprCap(1), sprCap(2), sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note, *m_stills);
+        CaptureHistory::Controls{*m_visitPictures, *m_historyPictures, sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note,
+        *m_stills);
     m_history->LayOutGrids();
-    m_meant = std::make_unique<MeantPictures>(*m_history, *m_stills);
+    m_meant = std::make_unique<MeantPictures>(*m_history);
     m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note, *m_meant,
                                                    [this](const Visit& visit, std::optional<int> number) {
                                                        if (m_pacs)
@@ -127,7 +131,7 @@ void frmCapture::LoadSteps()
                                                          : VisitContext.Ymd);
     ShowPatientPanels(*m_sbarCap);
     ShowUnknownPatient();
-    RegisterHistoryGrids(&sprCap(2), &sprCap(3));
+    RegisterHistoryGrids(m_historyPictures.get(), &sprCap(3));
     if (VisitContext.YmdIsValid)
         m_movies->RepairIn(MovieFolder(VisitContext.CaptureDir));
     m_stills->SettleLeftovers();
@@ -232,7 +236,7 @@ void frmCapture::ConnectControls()
     for (const int element : {1, 2}) {
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
-            Guarded([&] { path = m_history->FileBehind(element, column, row); });
+            Guarded([&] { path = Pictures(element).FileAt(column, row); });
             return path;
         });
     }
@@ -314,6 +318,6 @@ void frmCapture::OnGridDblClick(int element, int column, int row)
 {
     if (element == 3)
         m_history->ShowHistoryLine(row);
-    else if (element == 2 && m_history->IsFilledPicture(element, column, row) && !m_dateRefusal->Refuses())
+    else if (element == 2 && m_historyPictures->At(column, row) != nullptr && !m_dateRefusal->Refuses())
         m_history->EditHistoryPicture(column, row);
 }

@@ -30,6 +30,7 @@ class QLineEdit;
 class QMenu;
 class StatusPanels;
 class VideoCap;
+class VisitPictures;
 
 /// "캡쳐화면": the station's main screen, shown for one visit. Closing it ends the program.
 class frmCapture : public StationForm
@@ -53,6 +54,8 @@ public:
 
     QComboBox& cmbEtc() { return *m_cmbEtc; }
     fpSpread& sprCap(int element) { return *m_sprCap[static_cast<size_t>(element - 1)]; }
+    /// Of `sprCap(1)` or `sprCap(2)`.
+    VisitPictures& Pictures(int gridNumber) { return m_history->Pictures(gridNumber); }
     NoteBox& txtCapChamgo() { return *m_txtCapChamgo; }
     VideoCap& capCapture() { return *m_capCapture; }
     StatusPanels& sbarCap() { return *m_sbarCap; }
@@ -86,8 +89,6 @@ private:
     void Connect();
     void OpenFindingsScreen(int gridNumber);
 
-    /// Asks, and deletes the picture that the menu was opened on.
-    void DeleteMeantPicture();
     void OnGridDblClick(int element, int column, int row);
     void OnGridRightClick(int element, int column, int row, int x, int y);
     void OnSectionChosen();
@@ -100,6 +101,8 @@ private:
     std::unique_ptr<FullPicture> m_fullPicture;
     MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
+    std::unique_ptr<VisitPictures> m_visitPictures;
+    std::unique_ptr<VisitPictures> m_historyPictures;
     QLineEdit* m_dtpYmd = nullptr;
     QComboBox* m_cmbEtc = nullptr;
     NoteBox* m_txtCapChamgo = nullptr;
@@ -121,8 +124,4 @@ private:
     std::unique_ptr<MovieFiling> m_movies;
     std::unique_ptr<MovieRecording> m_movie;
     std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
-
-    int m_popupRow = 0;
-    int m_popupCol = 0;
-    int m_popupGrid = 0;
 };

@@ -61,8 +61,8 @@ void frmCapture::BuildPopupMenu()
         action->setObjectName(caption);
         connect(action, &QAction::triggered, this, GuardedSlot([run](bool) { run(); }));
     };
-    add(u"그림지우기"_s, OnlyWithDate([this] { DeleteMeantPicture(); }));
-    add(u"전체지우기"_s, OnlyWithDate([this] { m_deletion->DeleteShownVisit(m_popupGrid); }));
+    add(u"그림지우기"_s, OnlyWithDate([this] { m_deletion->DeleteMeantPicture(); }));
+    add(u"전체지우기"_s, OnlyWithDate([this] { m_deletion->DeleteMeantVisit(); }));
     m_popup->addSeparator()->setObjectName(u"mnuSep"_s);
     add(u"소견서입력"_s, OnlyWithDate([this] { OpenFindingsScreen(2); }));
     add(u"출력"_s, [this] { PrintGridCaptures(2); });
@@ -84,37 +84,20 @@ std::function<void()> frmCapture::OnlyWithDate(const std::function<void()>& comm
     };
 }
 
-void frmCapture::DeleteMeantPicture()
-{
-    const std::optional<QPoint> place = m_meant->Place();
-    if (!place)
-        return;
-    // A fill may have brought it to another cell under the open menu.
-    m_popupCol = place->x();
-    m_popupRow = place->y();
-    m_deletion->DeletePictureAt(m_popupGrid, m_popupCol, m_popupRow);
-}
-
 void frmCapture::OpenFindingsScreen(int gridNumber)
 {
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        OpenFindings(gridNumber, {sprCap(gridNumber), *m_sbarCap, *visit});
+    OpenFindings({Pictures(gridNumber), *m_sbarCap});
 }
 
 void frmCapture::PrintGridCaptures(int gridNumber)
 {
-    if (const std::optional<Visit> visit = m_history->ShownVisit(gridNumber))
-        PrintGridSheet(sprCap(gridNumber), gridNumber, *visit, *m_sbarCap, *m_picture1);
+    PrintGridSheet(Pictures(gridNumber), *m_sbarCap, *m_picture1);
 }
 
 void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)
 {
-    if (element == 3 || !m_history->IsFilledPicture(element, column, row))
+    if (element == 3 || !m_meant->MeanOne(element, column, row))
         return;
-    m_popupRow = row;
-    m_popupCol = column;
-    m_popupGrid = element;
-    m_meant->MeanOne(element, column, row);
     for (QAction* action : m_popup->actions()) {
         if (action->objectName() == u"소견서입력"_s)
             action->setEnabled(element == 2);

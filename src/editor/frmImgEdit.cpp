@@ -238,13 +238,13 @@ void frmImgEdit::Exit()
     Unload();
 }
 
-void OpenPictureEditor(const Visit& visit, fpSpread& grid, int column, int row)
+bool OpenPictureEditor(const QString& path)
 {
     VisitContext.ImageSaved = false;
-    const QString path = PictureFileBehind(grid, column, row, visit);
     if (path.isEmpty())
-        return;
+        return false;
     frmImgEdit& editor = Form<frmImgEdit>();
     editor.lblFilePath().setText(path);
     editor.ShowModal();
+    return VisitContext.ImageSaved;
 }

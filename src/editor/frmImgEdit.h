@@ -105,6 +105,6 @@ private:
 /// The way in which a picture passes from one image control to another; the target shows it fitted.
 void CopyPicture(const ImagXpress& source, ImagXpress& target);
 
-/// Opens the editor on the picture of a cell, and returns when it is closed; `VisitContext.ImageSaved` then tells
-/// whether it has written the file. Nothing happens for a cell without a number under it, or without a file.
-void OpenPictureEditor(const Visit& visit, fpSpread& grid, int column, int row);
+/// Opens the editor on a picture, and returns when it is closed: true when it has written the file, as
+/// `VisitContext.ImageSaved` tells as well. Nothing happens without a path.
+bool OpenPictureEditor(const QString& path);

@@ -6,36 +6,19 @@
 #include "findings/frmCapSogyon.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/picture_grid.h"
-#include "text/text_routines.h"
+#include "screenparts/VisitPictures.h"
 #include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-void FillSlots(const QStringList& numbers)
+void PrepareRecord(const FindingsOrigin& origin)
 {
-    const Visit visit = VisitOfFindings();
-    size_t slot = 0;
-    for (const QString& text : numbers) {
-        const int number = WholeNumber(text);
-        if (number <= 0 || slot == FindingsRecord.PicNo.size())
-            continue;
-        const QString path = visit.PicturePath(number);
-        if (!PictureExists(path))
-            continue;
-        FindingsRecord.PicPath[slot] = path;
-        FindingsRecord.PicNo[slot] = number;
-        ++slot;
-    }
-}
-
-void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
-{
+    const Visit visit = *origin.pictures.Shown();
     ClearFindingsRecord();
-    FindingsRecord.Chart = origin.visit.chart;
-    FindingsRecord.Yuhyung = origin.visit.yuhyung;
+    FindingsRecord.Chart = visit.chart;
+    FindingsRecord.Yuhyung = visit.yuhyung;
     FindingsRecord.Jinchal = VisitContext.Jinchal;
     FindingsRecord.Suname = origin.panels.Text(PanelSuname);
     FindingsRecord.Sex = origin.panels.Text(PanelSex);
@@ -43,9 +26,16 @@ void PrepareRecord(int gridNumber, const FindingsOrigin& origin)
     FindingsRecord.Phone = origin.panels.Text(PanelTel);
     FindingsRecord.Jumin = origin.panels.Text(PanelJumin);
     FindingsRecord.Address = origin.panels.Text(PanelAddress);
-    FindingsRecord.Ymd = origin.visit.ymd;
-    FindingsRecord.Etc = origin.visit.etc;
-    FillSlots(ChosenNumbers(origin.pictures, gridNumber));
+    FindingsRecord.Ymd = visit.ymd;
+    FindingsRecord.Etc = visit.etc;
+    size_t slot = 0;
+    for (const auto& [number, path] : origin.pictures.Chosen()) {
+        if (slot == FindingsRecord.PicNo.size())
+            break;
+        FindingsRecord.PicPath[slot] = path;
+        FindingsRecord.PicNo[slot] = number;
+        ++slot;
+    }
 }
 
 bool IsOfVisit(const Visit& visit)
@@ -63,18 +53,19 @@ bool IsUnsavedTextSettled(frmCapSogyon& screen)
 
 } // namespace
 
-void OpenFindings(int gridNumber, const FindingsOrigin& origin)
+void OpenFindings(const FindingsOrigin& origin)
 {
-    if (origin.pictures.DataRowCnt() == 0)
+    // A box that is ticked counts as well.
+    if (origin.pictures.Grid().DataRowCnt() == 0 || !origin.pictures.Shown())
         return;
     auto* open = static_cast<frmCapSogyon*>(FindForm(QString::fromUtf16(frmCapSogyon::FormName)));
     if (open != nullptr && (open->HasUnsavedText() || open->IsBusy())) {
         open->BringUp();
-        if (open->IsBusy() || IsOfVisit(origin.visit) || !IsUnsavedTextSettled(*open))
+        if (open->IsBusy() || IsOfVisit(*origin.pictures.Shown()) || !IsUnsavedTextSettled(*open))
             return;
     }
     FindingsRecordRollback rollback;
-    PrepareRecord(gridNumber, origin);
+    PrepareRecord(origin);
     if (open != nullptr)
         open->OpenRecord();
     frmCapSogyon& screen = Form<frmCapSogyon>();

@@ -74,7 +74,7 @@ void ShowViewer()
 {
     CapShow& viewer = Form<CapShow>();
     viewer.Show();
-    LoadCaptureList(CurrentVisit(), viewer.sprCap(), 1, false);
+    LoadCaptureList(CurrentVisit(), viewer.Pictures(), false);
 }
 
 /// Brings up the first screen, unless there is a reason not to.

@@ -10,6 +10,7 @@
 #include "records/visit_note.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
@@ -22,7 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 struct HistoryGrids
 {
-    QPointer<fpSpread> pictures;
+    QPointer<VisitPictures> pictures;
     QPointer<fpSpread> visits;
 };
 
@@ -33,26 +34,26 @@ HistoryGrids& RegisteredHistoryGrids()
 }
 } // namespace
 
-int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor,
+int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor,
                     const std::function<void(const QList<int>&)>& read)
 {
+    fpSpread& grid = pictures.Grid();
     const QPointer<fpSpread> there(&grid);
     const int fill = grid.BeginFill();
     // Asked first: a database that doesn't answer leaves the pictures as they were. A visit without a folder has none.
     const QList<int> numbers = visit.captureDir.isEmpty() ? QList<int>() : StoredNumbers(visit, NumberOrder::Ascending);
     if (!there || !there->IsCurrentFill(fill))
         return 0;
-    ClearPictureGrid(grid, gridNumber);
+    pictures.BeginAnew(visit);
     if (read)
         read(numbers);
     QStringList paths;
     for (const int number : numbers)
         paths.append(visit.PicturePath(number));
-    const QSize room = grid.CellPixels(PictureColumns(gridNumber).first(), 1);
+    const QSize room = grid.CellPixels(PictureColumns(pictures.Layout()).first(), 1);
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
 
     int result = 0;
-    int placed = 0;
     for (int at = 0; at < numbers.size(); ++at) {
         const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
         if (!picture)
@@ -60,13 +61,12 @@ int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool kee
         result = numbers[at];
         if (!PictureExists(paths[at]))
             continue;
-        const auto [row, column] = PlaceAfter(placed++, gridNumber);
-        PlacePicture(grid, row, column, *picture, result);
+        pictures.Add({{{}, result}, *picture, {}});
         if (!keepCursor)
-            grid.SetActiveCell(1, row);
+            grid.SetActiveCell(1, pictures.PlaceOf({{}, result})->y());
     }
     // What is empty shows its beginning.
-    if (placed == 0)
+    if (pictures.Pictures().isEmpty())
         grid.SetActiveCell(1, 1);
     return result;
 }
@@ -82,7 +82,7 @@ void LoadCaptureNote(const Visit& visit, NoteBox& box)
     }
 }
 
-void RegisterHistoryGrids(fpSpread* pictures, fpSpread* visits)
+void RegisterHistoryGrids(VisitPictures* pictures, fpSpread* visits)
 {
     RegisteredHistoryGrids() = {pictures, visits};
 }
@@ -94,9 +94,8 @@ void LoadVisitHistory(const Visit& visit, const QString& kind)
         return;
     // Asked first: a database that doesn't answer leaves the screen as it was.
     const QList<VisitLine> lines = StoredVisits(visit.chart, kind);
-    pictures->BeginFill();
-    ClearPictureGrid(*pictures, 2);
-    pictures->SetActiveCell(1, 1);
+    pictures->Clear();
+    pictures->Grid().SetActiveCell(1, 1);
     visits->ClearRange(1, 1, 2, visits->DataRowCnt(), false);
     if (lines.size() > visits->MaxRows())
         visits->setMaxRows(static_cast<int>(lines.size()));

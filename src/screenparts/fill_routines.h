@@ -9,17 +9,18 @@ class fpSpread;
 class NoteBox;
 class QComboBox;
 class StatusPanels;
+class VisitPictures;
 struct Visit;
 struct VisitLine;
 
 /// Routines that bring what the rows of the clinic say onto controls of a screen. A failing query is a
 /// PlatformError.
 
-/// Fills a picture grid with the pictures of a visit, serving events between them. Rows whose file is missing take no
+/// Shows the pictures of a visit, serving events between them. Rows whose file is missing take no
 /// place; a file that is no picture shows a mark. With `keepCursor` the grid stays where it is, otherwise its active
-/// cell follows the pictures. A later fill of the same grid ends this one. Gives the number of the last row read.
+/// cell follows the pictures. A later fill of them ends this one. Gives the number of the last row read.
 /// `read` hears the numbers of all rows before the first picture is placed.
-int LoadCaptureList(const Visit& visit, fpSpread& grid, int gridNumber, bool keepCursor,
+int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor,
                     const std::function<void(const QList<int>&)>& read = {});
 
 /// Brings the visit's note into the box. The box is empty, and knows that it holds no note, until it has been read.
@@ -27,7 +28,7 @@ void LoadCaptureNote(const Visit& visit, NoteBox& box);
 
 /// The two grids of the capture screen that `LoadVisitHistory` fills: `sprCap(2)` and `sprCap(3)`. The screen registers
 /// them when it loads; while no such screen is there, nothing is filled.
-void RegisterHistoryGrids(fpSpread* pictures, fpSpread* visits);
+void RegisterHistoryGrids(VisitPictures* pictures, fpSpread* visits);
 /// Empties the picture grid of the history and fills the list with the visits of that visit's chart, newest first, all
 /// sections.
 void LoadVisitHistory(const Visit& visit, const QString& kind);

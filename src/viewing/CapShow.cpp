@@ -14,7 +14,7 @@
 #include "frame/twips.h"
 #include "pacs/PacsSending.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
 #include "visit/VisitContext.h"
@@ -27,6 +27,7 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
 {
     BuildControls();
     LayOutGrid();
+    m_pictures = std::make_unique<VisitPictures>(*m_sprCap, 1);
     connect(m_sprCap, &fpSpread::DblClick, this,
             GuardedSlot([this](int column, int row) { OpenEditorFromCell(column, row); }));
     connect(m_sprCap, &fpSpread::RightClick, this, GuardedSlot([this](int, int, int, int x, int y) {
@@ -34,7 +35,7 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
             }));
     m_sprCap->setDragFile([this](int column, int row) {
         QString path;
-        Guarded([&] { path = FileBehind(column, row); });
+        Guarded([&] { path = m_pictures->FileAt(column, row); });
         return path;
     });
     connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
@@ -95,29 +96,27 @@ void CapShow::Form_Unload()
         m_pacs->End();
 }
 
-QString CapShow::FileBehind(int column, int row)
-{
-    return PictureFileBehind(*m_sprCap, column, row, CurrentVisit());
-}
-
 void CapShow::OpenEditorFromCell(int column, int row)
 {
-    const QString path = FileBehind(column, row);
+    const QString path = m_pictures->FileAt(column, row);
     if (path.isEmpty())
         return;
     if (!VisitContext.YmdIsValid) {
         ShowInformation(QString::fromUtf16(InvalidDateText));
         return;
     }
-    const QString number = CellText(*m_sprCap, column, row + 1);
-    OpenPictureEditor(CurrentVisit(), *m_sprCap, column, row);
+    const Visit visit = *m_pictures->Shown();
+    const ShownPicture picture = *m_pictures->At(column, row);
     // Here nobody stores the visit.
-    if (m_pacs && VisitContext.ImageSaved && IsNumericText(number))
-        m_pacs->Send(CurrentVisit(), WholeNumber(number));
-    ShowPicture(*m_sprCap, row, column, Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row)));
+    if (OpenPictureEditor(path) && m_pacs)
+        m_pacs->Send(visit, picture.number);
+    if (const qsizetype at = m_pictures->Find(picture); at >= 0 && m_pictures->Shown() == visit) {
+        const QImage thumbnail = ::Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row));
+        m_pictures->Update(at, [&thumbnail](VisitPictures::Picture& shown) { shown.thumbnail = thumbnail; });
+    }
 }
 
 void CapShow::PrintShownCaptures()
 {
-    PrintGridSheet(*m_sprCap, 1, CurrentVisit(), *m_sbarCap, *m_picture1);
+    PrintGridSheet(*m_pictures, *m_sbarCap, *m_picture1);
 }

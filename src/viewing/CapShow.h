@@ -10,6 +10,7 @@ class PacsSending;
 class QLabel;
 class QMenu;
 class StatusPanels;
+class VisitPictures;
 
 /// "캡쳐이미지 ": the pictures of one visit, to look at, mark up and print. Closing it ends the program.
 class CapShow : public StationForm
@@ -23,6 +24,7 @@ public:
     ~CapShow() override;
 
     fpSpread& sprCap() { return *m_sprCap; }
+    VisitPictures& Pictures() { return *m_pictures; }
 
 protected:
     void Form_Load() override;
@@ -32,8 +34,6 @@ protected:
 private:
     void BuildControls();
     void LayOutGrid();
-    /// Path of the picture file that a cell shows; empty when there is none.
-    QString FileBehind(int column, int row);
     void OpenEditorFromCell(int column, int row);
     void PrintShownCaptures();
 
@@ -43,5 +43,6 @@ private:
     QLabel* m_lblYmd = nullptr;
     QLabel* m_lblEtc = nullptr;
     QMenu* m_popup = nullptr;
+    std::unique_ptr<VisitPictures> m_pictures;
     std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 };

@@ -1,15 +1,14 @@
 #include "viewing/CaptureSheet.h"
 
 #include "contracts/desktop.h"
-#include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
 #include "contracts/StatusPanels.h"
 #include "frame/components.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/picture_grid.h"
 #include "screenparts/PrintedPage.h"
+#include "screenparts/VisitPictures.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
@@ -99,29 +98,16 @@ void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
     }
 }
 
-QStringList SheetPictures(fpSpread& grid, int gridNumber, const Visit& visit)
+void PrintGridSheet(const VisitPictures& pictures, const StatusPanels& patient, ImagXpress& carrier)
 {
-    QStringList paths;
-    const QStringList numbers = ChosenNumbers(grid, gridNumber);
-    for (const QString& number : numbers) {
-        if (!IsNumericText(number))
-            continue;
-        const QString path = visit.PicturePath(WholeNumber(number));
-        if (PictureExists(path))
-            paths.append(path);
-    }
-    return paths;
-}
-
-void PrintGridSheet(fpSpread& grid, int gridNumber, const Visit& visit, const StatusPanels& patient,
-                    ImagXpress& carrier)
-{
+    const QList<std::pair<int, QString>> chosen = pictures.Chosen();
+    if (chosen.isEmpty())
+        return;
     CaptureSheetRecord sheet;
     ClearCaptureSheetRecord(sheet);
-    FillCaptureSheetRecord(sheet, visit, patient);
-    sheet.Pictures = SheetPictures(grid, gridNumber, visit);
-    if (sheet.Pictures.isEmpty())
-        return;
+    FillCaptureSheetRecord(sheet, *pictures.Shown(), patient);
+    for (const auto& [number, path] : chosen)
+        sheet.Pictures.append(path);
     const BusyPointer busy;
     PrintCaptureSheet(sheet, carrier);
 }

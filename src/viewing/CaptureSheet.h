@@ -5,9 +5,9 @@
 #include <QString>
 #include <QStringList>
 
-class fpSpread;
 class ImagXpress;
 class StatusPanels;
+class VisitPictures;
 
 /// What a caller hands to the printed sheet; one for each print. All texts.
 struct CaptureSheetRecord
@@ -35,11 +35,6 @@ void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const Visit& visit, const
 /// PlatformError when the printer refuses.
 void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier);
 
-/// Paths of the pictures that a sheet takes from a grid, in the grid's order, as far as their files exist. Layout 1
-/// gives the pictures of columns 1 to 3, whatever is ticked; any other layout the ticked ones.
-QStringList SheetPictures(fpSpread& grid, int gridNumber, const Visit& visit);
-
-/// Prints the sheet of the visit that a grid shows, with the pictures that `SheetPictures` takes; nothing without any.
-/// Throws PlatformError when the printer refuses.
-void PrintGridSheet(fpSpread& grid, int gridNumber, const Visit& visit, const StatusPanels& patient,
-                    ImagXpress& carrier);
+/// Prints the sheet of the visit that is shown, with the pictures that are chosen; nothing without any. Throws
+/// PlatformError when the printer refuses.
+void PrintGridSheet(const VisitPictures& pictures, const StatusPanels& patient, ImagXpress& carrier);

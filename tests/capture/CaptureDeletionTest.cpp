@@ -274,12 +274,12 @@ private Q_SLOTS:
         OpenMenu(1, 1, 1);
         m_box->Desk().whileShown = [this] {
             m_box->Desk().whileShown = {};
-            opened->sprCap(1).setRow(2);
-            opened->sprCap(1).setCol(1);
-            opened->sprCap(1).setText(u"002"_s);
+            DeleteFile(m_box->PicturePath(Day, Stomach, 1));
+            opened->ShowStored();
         };
         Run(u"그림지우기"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
+        QCOMPARE(CellText(opened->sprCap(1), 1, 2), u"002"_s);
+        QCOMPARE(m_box->Value(Numbers.arg(Day, Stomach)), u"1,2,3"_s);
     }
 
     void TheSweepMovesOrphansOnly()

@@ -221,7 +221,7 @@ private Q_SLOTS:
 
         frmCapture& screen = OpenScreen();
         QTRY_COMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
-        QTRY_VERIFY(FindPicture(screen.sprCap(1), 1, 3));
+        QTRY_VERIFY(screen.Pictures(1).PlaceOf({{}, 3}));
         QTRY_VERIFY(!NumberClaim::Stands(visit, 3));
         QCOMPARE(box.Desk().shown, QStringList());
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"쓰던 글"_s);
@@ -300,7 +300,7 @@ private Q_SLOTS:
 
         box.Desk().answers = {true};
         ChooseOver(1, 2, 1, u"그림지우기"_s);
-        QVERIFY(!FindPicture(screen.sprCap(1), 1, 2));
+        QVERIFY(!screen.Pictures(1).PlaceOf({{}, 2}));
         QCOMPARE(Mark(3), u"기록 대기"_s);
         QTRY_VERIFY(!NumberClaim::Stands(visit, 2));
         QVERIFY(FileExists(LogFolder(visit.captureDir, visit.etc) + u"0000123420261124002.jpg"_s));

@@ -7,6 +7,7 @@
 #include "findings/frmCapSogyon.h"
 #include "findings/open_findings.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/VisitPictures.h"
 #include "support/StationInABox.h"
 
 /// A station with doctors, and the findings screen opened on the visit as the capture screen opens it.
@@ -48,11 +49,18 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
 
     fpSpread& Grid() { return *m_grid; }
 
+    /// The grid in that layout, with the visit's pictures.
+    void Fill(int layout)
+    {
+        m_pictures = std::make_unique<VisitPictures>(*m_grid, layout);
+        LoadCaptureList(CurrentVisit(), *m_pictures, false);
+    }
+
     frmCapSogyon& Open(int gridNumber = 1)
     {
         if (m_grid->DataRowCnt() == 0)
-            LoadCaptureList(CurrentVisit(), *m_grid, gridNumber, false);
-        OpenFindings(gridNumber, {*m_grid, *m_panels, CurrentVisit()});
+            Fill(gridNumber);
+        OpenFindings({*m_pictures, *m_panels});
         return Form<frmCapSogyon>();
     }
 
@@ -88,5 +96,6 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
 
 private:
     std::unique_ptr<fpSpread> m_grid;
+    std::unique_ptr<VisitPictures> m_pictures;
     std::unique_ptr<StatusPanels> m_panels;
 };

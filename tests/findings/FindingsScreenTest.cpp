@@ -41,7 +41,7 @@ private Q_SLOTS:
     {
         for (int number = 1; number <= 8; ++number)
             m_box->AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
-        LoadCaptureList(CurrentVisit(), m_box->Grid(), 2, false);
+        m_box->Fill(2);
         for (const QPoint& box : {QPoint(3, 1), QPoint(1, 3), QPoint(5, 3)}) {
             m_box->Grid().setCol(box.x());
             m_box->Grid().setRow(box.y());
@@ -142,7 +142,9 @@ private Q_SLOTS:
         m_box->Open();
         QCOMPARE(m_box->Desk().shown, QStringList());
         VisitContext.Ymd = Earlier;
+        VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, Earlier);
         m_box->Desk().answers = answers;
+        m_box->Fill(1);
         m_box->Open();
         QCOMPARE(m_box->Desk().shown, QStringList{u"홍길동님의 저장하지 않은 소견이 있습니다. 저장하시겠습니까?"_s});
         QTEST(FindingsInABox::Findings().Text(), "shown");

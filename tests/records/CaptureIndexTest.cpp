@@ -5,6 +5,7 @@
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "support/StationInABox.h"
 
 using namespace Qt::StringLiterals;
@@ -35,9 +36,9 @@ Visit On(const QString& ymd, const QString& etc = Stomach)
     return VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc);
 }
 
-int Fill(fpSpread& grid, int gridNumber)
+int Fill(VisitPictures& pictures)
 {
-    return LoadCaptureList(On(Day), grid, gridNumber, false);
+    return LoadCaptureList(On(Day), pictures, false);
 }
 
 } // namespace
@@ -52,41 +53,60 @@ private Q_SLOTS:
 
     void PicturesFillTheGridInPairs_data()
     {
-        Columns<int, int, int, int, int, int>("gridNumber", "pictures", "lastColumn", "lastRow", "nextColumn",
-                                              "nextRow");
-        QTest::newRow("none") << 1 << 0 << 0 << 0 << 1 << 1;
-        QTest::newRow("seven across five columns") << 1 << 7 << 2 << 3 << 3 << 3;
-        QTest::newRow("a full pair") << 1 << 5 << 5 << 1 << 1 << 3;
-        QTest::newRow("three across the history") << 2 << 3 << 6 << 1 << 2 << 3;
-        QTest::newRow("two across the history") << 2 << 2 << 4 << 1 << 6 << 1;
+        Columns<int, int, int, int, QList<int>>("layout", "pictures", "lastColumn", "lastRow", "chosen");
+        const auto row = [](const char* name, int layout, int pictures, int column, int lastRow,
+                            const QList<int>& chosen) {
+            QTest::newRow(name) << layout << pictures << column << lastRow << chosen;
+        };
+        row("none", 1, 0, 0, 0, {});
+        row("seven across five columns", 1, 7, 2, 3, {1, 2, 3, 6, 7});
+        row("a full pair", 1, 5, 5, 1, {1, 2, 3});
+        row("three across the history", 2, 3, 6, 1, {});
+        row("four across the history", 2, 4, 2, 3, {4});
+        row("a picture beyond the rows of the grid", 2, 31, 2, 21, {4, 22});
     }
 
     void PicturesFillTheGridInPairs()
     {
-        QFETCH4(int, gridNumber, int, pictures, int, lastColumn, int, lastRow);
+        QFETCH4(int, layout, int, pictures, int, lastColumn, int, lastRow);
         const auto grid = MakeGrid(6, 20);
+        VisitPictures shown(*grid, layout);
         for (int number = 1; number <= pictures; ++number)
             m_box->AddPicture(Day, Stomach, number);
-        QCOMPARE(Fill(*grid, gridNumber), pictures);
+        QCOMPARE(Fill(shown), pictures);
+        QCOMPARE(shown.Pictures().size(), pictures);
         if (pictures > 0) {
             QVERIFY(HasPicture(*grid, lastColumn, lastRow));
             QCOMPARE(CellText(*grid, lastColumn, lastRow + 1), NumberTextOf(pictures));
             QCOMPARE(grid->ActiveRow(), lastRow);
         }
         QCOMPARE(grid->DataRowCnt(), pictures == 0 ? 0 : lastRow + 1);
-        int row = 0;
-        int column = 0;
-        NextGridSlot(0, row, column, gridNumber, *grid);
-        QTEST(column, "nextColumn");
-        QTEST(row, "nextRow");
         // A box ticked further down is no picture.
-        grid->setRow(15);
-        grid->setCol(1);
-        grid->setCellType(CellTypeCheckBox);
-        grid->setValue(u"1"_s);
-        NextGridSlot(0, row, column, gridNumber, *grid);
-        QTEST(column, "nextColumn");
-        QTEST(row, "nextRow");
+        for (const int row : {3, 15}) {
+            grid->setRow(row);
+            grid->setCol(1);
+            if (layout == 2) {
+                grid->setCellType(CellTypeCheckBox);
+                grid->setValue(u"1"_s);
+            }
+        }
+        // One that waits for its number stands behind the others, and goes to no sheet.
+        shown.Add({{u"a"_s, 0}, QImage(8, 8, QImage::Format_RGB32), u"기록 대기"_s});
+        const QPoint waiting = *shown.PlaceOf({u"a"_s, 0});
+        QCOMPARE(CellText(*grid, waiting.x(), waiting.y() + 1), u"대기"_s);
+        QVERIFY(shown.At(waiting.x(), waiting.y())->id == u"a"_s && shown.FileAt(waiting.x(), waiting.y()).isEmpty());
+        QVERIFY(!shown.At(waiting.x(), waiting.y() + 1) && !shown.At(1, waiting.y() + 2));
+        QList<int> chosen;
+        for (const auto& [number, path] : shown.Chosen())
+            chosen << number;
+        QTEST(chosen, "chosen");
+        // It gets its number, is found by it in the next fill, and keeps its identity.
+        shown.Update(pictures, [&](VisitPictures::Picture& picture) { picture.number = pictures + 1; });
+        m_box->AddPicture(Day, Stomach, pictures + 1);
+        Fill(shown);
+        QCOMPARE(shown.Find({u"a"_s, 0}), pictures);
+        shown.Remove(0);
+        QCOMPARE(shown.Find({{}, pictures + 1}), pictures - 1);
     }
 
     void AMissingFileTakesNoPlace()
@@ -95,7 +115,8 @@ private Q_SLOTS:
             m_box->AddPicture(Day, Stomach, number);
         DeleteFile(m_box->PicturePath(Day, Stomach, 2));
         const auto grid = MakeGrid(5, 20);
-        QCOMPARE(Fill(*grid, 1), 1000);
+        VisitPictures shown(*grid, 1);
+        QCOMPARE(Fill(shown), 1000);
         QCOMPARE(CellText(*grid, 2, 2), u"003"_s);
         QCOMPARE(CellText(*grid, 3, 2), u"1000"_s);
     }
@@ -106,12 +127,13 @@ private Q_SLOTS:
             m_box->AddPicture(Day, Stomach, number);
         m_box->AddPicture(u"20251231"_s, Stomach, 7);
         const auto grid = MakeGrid(5, 20);
+        VisitPictures shown(*grid, 1);
         bool inner = false;
         QTimer::singleShot(0, this, [&] {
             inner = true;
-            LoadCaptureList(On(u"20251231"_s), *grid, 1, false);
+            LoadCaptureList(On(u"20251231"_s), shown, false);
         });
-        Fill(*grid, 1);
+        Fill(shown);
         QVERIFY(inner);
         QCOMPARE(grid->DataRowCnt(), 2);
         QCOMPARE(CellText(*grid, 1, 2), u"007"_s);
@@ -123,8 +145,8 @@ private Q_SLOTS:
             m_box->AddPicture(Day, Stomach, number);
         auto grid = MakeGrid(5, 20);
         QTimer::singleShot(0, this, [&] { grid.reset(); });
-        fpSpread& filled = *grid;
-        QVERIFY(Fill(filled, 1) < 20);
+        VisitPictures shown(*grid, 1);
+        QVERIFY(Fill(shown) < 20);
         QVERIFY(grid == nullptr);
     }
 

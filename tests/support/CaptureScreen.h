@@ -4,6 +4,7 @@
 #include "frame/guard.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/picture_grid.h"
+#include "screenparts/VisitPictures.h"
 #include "support/StationInABox.h"
 
 /// The operator at the capture screen of a station in a box.
@@ -53,7 +54,7 @@ inline frmCapture& OpenWithOneStill()
 inline QString Mark(int number)
 {
     fpSpread& grid = opened->sprCap(1);
-    const std::optional<QPoint> place = FindPicture(grid, 1, number);
+    const std::optional<QPoint> place = opened->Pictures(1).PlaceOf({{}, number});
     if (!place)
         return QStringLiteral("no picture");
     grid.setRow(place->y());

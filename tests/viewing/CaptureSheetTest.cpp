@@ -120,7 +120,7 @@ private:
     {
         CapShow& viewer = Form<CapShow>();
         viewer.Show();
-        Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.sprCap(), 1, false); });
+        Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.Pictures(), false); });
         return viewer;
     }
 
