@@ -6,6 +6,7 @@
 #include "admin/pacs.h"
 #include "admin/pending.h"
 #include "admin/root.h"
+#include "admin/take_over.h"
 #include "admin/verify.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
@@ -93,14 +94,19 @@ const QList<Command>& Commands()
          false,
          [](const Call& call) { return VerifyArchive(call.arguments.value(0), !call.options.isEmpty(), call.out); }},
         {u"pending"_s,
-         u"[--write]"_s,
-         u"이 컴퓨터에서 기다리는 그림을 보여 줍니다. --write는 끝난 스테이션이 남긴 것을 저장하고 기록합니다."_s,
+         u"[--write | --take-over]"_s,
+         u"이 컴퓨터에서 기다리는 그림을 보여 줍니다. --write는 끝난 스테이션이 남긴 것을 저장하고 기록합니다. "
+         "--take-over는 다른 사용자의 것까지 이어받습니다."_s,
          Needs::Nothing,
          0,
          0,
-         {u"--write"_s},
+         {u"--write"_s, u"--take-over"_s},
          false,
-         [](const Call& call) { return call.options.isEmpty() ? ListPending(call.out) : WritePending(call.out); }},
+         [](const Call& call) {
+             if (call.options.isEmpty())
+                 return ListPending(call.out);
+             return call.options.contains(u"--take-over"_s) ? TakeOverPending(call.out) : WritePending(call.out);
+         }},
         {u"root"_s,
          u"[--store]"_s,
          u"캡쳐 폴더의 표시를 보여 줍니다. --store는 데이터베이스가 그 표시를 기억하게 하여, 모든 스테이션이 다른 "

@@ -16,7 +16,7 @@ constexpr int LookMs = 200;
 
 QString OwnFolder()
 {
-    return UseService<Desktop>().ProgramFolder() + u'\\';
+    return UseService<Desktop>().StateFolder() + u'\\';
 }
 
 QString HolderText(Holder holder, const QString& foreignOwner)

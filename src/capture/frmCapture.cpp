@@ -12,6 +12,7 @@
 #include "filing/capture_root.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/MovieFiling.h"
+#include "filing/StationLease.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
@@ -132,8 +133,10 @@ void frmCapture::LoadSteps()
     ShowPatientPanels(*m_sbarCap);
     ShowUnknownPatient();
     RegisterHistoryGrids(m_historyPictures.get(), &sprCap(3));
-    if (VisitContext.YmdIsValid)
+    if (VisitContext.YmdIsValid) {
+        m_lease = std::make_unique<StationLease>();
         m_movies->RepairIn(MovieFolder(VisitContext.CaptureDir));
+    }
     m_stills->SettleLeftovers();
     if (!markFault.isEmpty() && !MarksInYk())
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
@@ -157,6 +160,7 @@ void frmCapture::Form_Unload()
     m_deletion->End();
     FinishMovies();
     m_stills->Finish();
+    m_lease.reset();
     if (m_pacs)
         m_pacs->End();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the

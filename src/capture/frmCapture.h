@@ -24,6 +24,7 @@ class MSComm;
 class NoteBox;
 class NoticeStrip;
 class PacsSending;
+class StationLease;
 class QComboBox;
 class QLabel;
 class QLineEdit;
@@ -122,6 +123,7 @@ private:
     std::unique_ptr<PictureImport> m_import;
     std::unique_ptr<FootSwitch> m_footSwitch;
     std::unique_ptr<MovieFiling> m_movies;
+    std::unique_ptr<StationLease> m_lease; ///< Null for a visit whose date can't be one.
     std::unique_ptr<MovieRecording> m_movie;
     std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 };

@@ -75,6 +75,10 @@ public:
     virtual CommandString Command() const = 0;
     /// The program's own folder, without a separator at its end. It can be written.
     virtual QString ProgramFolder() const = 0;
+    /// Where pictures on their way lie: this user's own folder on this machine's disk, without a separator at its end.
+    virtual QString StateFolder() const { return ProgramFolder(); }
+    /// The folder of all users of this machine, in which theirs lie; empty where there is none.
+    virtual QString MachineFolder() const { return {}; }
     /// True when another instance runs on this user's desktop. The answer is fixed at the first call: when it is
     /// false, this program is from then on the instance that others find.
     virtual bool PrevInstance() = 0;

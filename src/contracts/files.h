@@ -52,7 +52,7 @@ enum class Holder {
     Self,
     Living,    ///< Another process of this machine.
     Dead,      ///< A process of this machine that has ended.
-    Elsewhere, ///< Of another machine, or no mark at all.
+    Elsewhere, ///< Of another machine, or perhaps of one, or no mark at all.
 };
 
 /// What another machine's process left goes after a day: until then it may be in the middle of its work.
@@ -154,7 +154,11 @@ public:
     /// How this process signs what it leaves in folders that it shares: unlike any other process of any machine. May
     /// stand in a file's name; has no hyphen.
     virtual QString ProcessMark() const = 0;
+    /// A process of an earlier boot has ended, but only of a boot that this machine remembers: a copied disk has the
+    /// same identity.
     virtual Holder HolderOf(const QString& mark) const = 0;
+    /// The mark bears this machine's identity, which another machine with a copy of its disk has as well.
+    virtual bool IsOfThisMachine(const QString& mark) const = 0;
     /// Mark in the name of a file that a process is still writing, or was when it died; empty for any other name.
     virtual QString MarkOfPartial(const QString& name) const = 0;
     /// Holds the file, made for this user alone when it isn't there. Null when another process holds it. Throws

@@ -3,8 +3,9 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/NumberClaim.h"
+#include "filing/StationLease.h"
 #include "frame/services.h"
-#include "visit/Visit.h"
+#include "visit/VisitContext.h"
 
 #include <QPointer>
 
@@ -53,7 +54,7 @@ void LookAtClaim(const QString& name, const PictureJournal::Folder& folder, QLis
     const std::optional<NumberClaim::Facts> facts = NumberClaim::Read(path);
     if (!facts)
         return;
-    const Holder holder = Files().HolderOf(facts->holder);
+    const Holder holder = StationLease::HolderOf(ClientSetup.CaptureRoot, facts->holder);
     if (holder == Holder::Elsewhere)
         ClearForeignClaim(leftover, path);
     if (holder != Holder::Dead)

@@ -89,5 +89,13 @@ void Leftovers::Tell(const Count& count)
     for (const QString& owner : m_filing.Journal().ForeignOwners())
         tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
             owner);
+    const QMap<QString, int>& foreign = m_filing.Journal().ForeignPictures();
+    for (auto owner = foreign.begin(); owner != foreign.end(); ++owner) {
+        if (owner.value() > 0)
+            tidings
+                << u"다른 사용자(%1)의 저장되지 않은 캡쳐 %2장이 이 컴퓨터에 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s
+                       .arg(owner.key())
+                       .arg(owner.value());
+    }
     Q_EMIT AreSettled({count.isVisitShown, tidings});
 }

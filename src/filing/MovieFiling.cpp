@@ -7,12 +7,13 @@
 #include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/PictureJournal.h"
+#include "filing/StationLease.h"
 #include "filing/StillFiling.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
-#include "text/text_routines.h"
+#include "visit/VisitContext.h"
 
 #include <QHash>
 #include <QPointer>
@@ -57,7 +58,7 @@ QHash<QString, Holder> RecordingMarks(const Visit& visit)
         if (!name.endsWith(QStringView(RecordingEnding)))
             continue;
         const QString mark = name.sliced(prefix.size()).chopped(QStringView(RecordingEnding).size());
-        marks.insert(MovieFolder(visit.captureDir) + name, Files().HolderOf(mark));
+        marks.insert(MovieFolder(visit.captureDir) + name, StationLease::HolderOf(ClientSetup.CaptureRoot, mark));
     }
     return marks;
 }
@@ -101,7 +102,7 @@ bool IsBeingRecorded(const QString& id)
 
 QString MovieFiling::LocalFolder()
 {
-    return UseService<Desktop>().ProgramFolder() + u'\\';
+    return UseService<Desktop>().StateFolder() + u'\\';
 }
 
 MovieFiling::MovieFiling(StillFiling& filing) : m_filing(filing), m_journal(filing.Journal())

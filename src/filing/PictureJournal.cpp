@@ -24,12 +24,14 @@ constexpr char16_t Prefix[] = u"Pictures-";
 constexpr char16_t JournalEnding[] = u".journal";
 constexpr char16_t LockEnding[] = u".lock";
 constexpr char16_t BrokenEnding[] = u".broken";
+/// Behind a process's mark, in the folder of all users: how many pictures it has.
+constexpr char16_t CountEnding[] = u".count";
 /// The lists of an earlier release.
 const QString ListName = u"PendingRows"_s;
 
 QString JournalFolder()
 {
-    return UseService<Desktop>().ProgramFolder() + u'\\';
+    return UseService<Desktop>().StateFolder() + u'\\';
 }
 
 QString PathOf(const QString& mark, const char16_t* ending)
@@ -112,6 +114,9 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
     });
     TakeOver();
     TakeOverLists();
+    LookForForeignPictures();
+    if (!m_pictures.isEmpty())
+        TellCount();
     for (PictureRecord& picture : m_pictures)
         picture.waits = picture.isFromEarlierRun = true;
     if (!m_pictures.isEmpty())
@@ -292,6 +297,7 @@ void PictureJournal::Add(const PictureRecord& picture)
 {
     m_pictures.append(picture);
     Store({journal_rows::Write(picture)});
+    TellCount();
 }
 
 void PictureJournal::Update(const QString& id, const Change& change)
@@ -343,8 +349,10 @@ void PictureJournal::Mark(const QString& id, const Change& change)
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PictureJournal::Remove(QString id)
 {
-    if (m_pictures.removeIf([&id](const PictureRecord& picture) { return picture.id == id; }) > 0)
+    if (m_pictures.removeIf([&id](const PictureRecord& picture) { return picture.id == id; }) > 0) {
         Store({journal_rows::Remove(id)});
+        TellCount();
+    }
 }
 
 const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
@@ -408,6 +416,39 @@ void PictureJournal::LeftFoldersAreSettled()
         return;
     m_leftFolders.clear();
     Store({journal_rows::ForgetLeftFolders()});
+}
+
+void PictureJournal::LookForForeignPictures()
+{
+    const QString folder = UseService<Desktop>().MachineFolder() + u'\\';
+    if (folder.size() == 1)
+        return;
+    for (const QString& name : Files().FilesStartingWith(folder, {})) {
+        if (!name.endsWith(QStringView(CountEnding)) ||
+            Files().HolderOf(name.chopped(QStringView(CountEnding).size())) != Holder::Dead)
+            continue;
+        journal::NotingFaults([&] {
+            if (const QString owner = Files().ForeignOwner(folder + name); !owner.isEmpty())
+                m_foreignPictures[owner] += Files().ReadArchivedFile(folder + name).toInt();
+            else
+                DeleteFile(folder + name); // Taken over.
+        });
+    }
+}
+
+void PictureJournal::TellCount()
+{
+    const QString folder = UseService<Desktop>().MachineFolder();
+    if (folder.isEmpty())
+        return;
+    const QString path = folder + u'\\' + Files().ProcessMark() + QString::fromUtf16(CountEnding);
+    m_writer.Post([path, count = Count()] {
+        journal::NotingFaults([&] {
+            DeleteFile(path);
+            if (count > 0)
+                Files().CreateExclusively(path, QByteArray::number(count));
+        });
+    });
 }
 
 void PictureJournal::Store(const QStringList& statements)

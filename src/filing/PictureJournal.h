@@ -6,6 +6,7 @@
 #include "filing/PictureRecord.h"
 
 #include <QList>
+#include <QMap>
 #include <QStringList>
 
 #include <functional>
@@ -100,6 +101,8 @@ public:
     void LeftFoldersAreSettled();
     /// Names of other users of this machine whose dead stations have left journals; theirs stay for them.
     const QStringList& ForeignOwners() const { return m_foreignOwners; }
+    /// How many pictures dead stations of other users have in folders of theirs, by the user's name.
+    const QMap<QString, int>& ForeignPictures() const { return m_foreignPictures; }
 
     /// The station ends: what is left is for the next one. Called behind the last work of the writing thread.
     void End();
@@ -122,6 +125,9 @@ private:
     /// Changes those for which it gives true.
     void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
+    void LookForForeignPictures();
+    /// Tells the other users of this machine how many wait here.
+    void TellCount();
     PictureRecord* At(const QString& id);
 
     WorkThread& m_writer;
@@ -133,6 +139,7 @@ private:
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
     QStringList m_foreignOwners;
+    QMap<QString, int> m_foreignPictures;
     std::unique_ptr<FileLock> m_lock;
     bool m_hasEnded = false;
 };

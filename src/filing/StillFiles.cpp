@@ -35,7 +35,7 @@ constexpr qint64 LeftOnShare = 1'000'000;
 
 QString LocalFolder()
 {
-    return UseService<Desktop>().ProgramFolder() + u'\\';
+    return UseService<Desktop>().StateFolder() + u'\\';
 }
 
 void CheckLocalRoom()

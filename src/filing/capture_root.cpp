@@ -54,7 +54,7 @@ QString MarkPath(const QString& root)
 
 QString MemoryPath()
 {
-    return UseService<Desktop>().ProgramFolder() + u"\\CaptureRoot.json"_s;
+    return UseService<Desktop>().StateFolder() + u"\\CaptureRoot.json"_s;
 }
 
 /// Identities by the root's path.

@@ -1,6 +1,8 @@
 #include "filing/NumberClaim.h"
+#include "filing/StationLease.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
+#include "platform/files/process_mark.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_index.h"
 #include "support/CaptureScreen.h"
@@ -135,6 +137,14 @@ int FailFolderSync(int handle)
     return -1;
 }
 
+/// Mark of a process of this machine's identity that ran under another boot.
+QString OfBoot(const QString& boot)
+{
+    QStringList parts = Files().ProcessMark().split(u'.');
+    parts[1] = boot;
+    return parts.join(u'.');
+}
+
 } // namespace
 
 class StillFilingTest : public QObject
@@ -180,6 +190,9 @@ private Q_SLOTS:
         QTest::newRow("another machine's of today") << u"elsewhere"_s << false << false << false << true;
         QTest::newRow("another machine's of long ago") << u"elsewhere"_s << true << false << false << false;
         QTest::newRow("another machine's picture of long ago") << u"elsewhere"_s << true << true << false << true;
+        QTest::newRow("an earlier boot's picture") << u"before"_s << false << true << true << true;
+        QTest::newRow("picture of a copied disk") << u"copy"_s << true << true << false << true;
+        QTest::newRow("of one whose lease is old") << u"silent"_s << false << true << true << true;
     }
 
     void WhatStationsLeft()
@@ -188,7 +201,13 @@ private Q_SLOTS:
         StationInABox box;
         const Visit visit = CurrentVisit();
         const QHash<QString, QString> marks = {
-            {u"own"_s, Files().ProcessMark()}, {u"dead"_s, DeadMark()}, {u"elsewhere"_s, u"other.boot.1.1"_s}};
+            {u"own"_s, Files().ProcessMark()},  {u"dead"_s, DeadMark()},        {u"elsewhere"_s, u"other.boot.1.1"_s},
+            {u"before"_s, OfBoot(u"before"_s)}, {u"copy"_s, OfBoot(u"copy"_s)}, {u"silent"_s, OfBoot(u"silent"_s)}};
+        process_mark::KeepBoots(box.Desk().ProgramFolder() + u"/boots"_s,
+                                [&] { return QStringList{marks[u"before"_s]}; });
+        for (const QString& each : {u"copy"_s, u"silent"_s})
+            WriteWholeFile(box.Root() + QString::fromUtf16(StationLease::Prefix) + marks[each], {});
+        MakeOld(box.Root() + QString::fromUtf16(StationLease::Prefix) + marks[u"silent"_s]);
         const QString claim = ClaimOf(box, 7);
         QVERIFY(Files().CreateExclusively(
             claim, R"({"holder":"%1","yuhyung":"02","imageExt":"jpg"})"_L1.arg(marks[holder]).toUtf8()));
@@ -207,7 +226,9 @@ private Q_SLOTS:
             QCOMPARE(numbers[0].visit.yuhyung, u"02"_s);
         }
         QCOMPARE(FileExists(claim), claimStays);
-        QCOMPARE(FileExists(part), holder == u"own"_s || (holder == u"elsewhere"_s && !old));
+        // What is half written isn't judged by a lease.
+        const bool isDead = holder == u"dead"_s || holder == u"before"_s;
+        QCOMPARE(FileExists(part), holder == u"own"_s || (!isDead && !old));
     }
 
     void AStationThatDiesBetweenFileAndRowsLosesNothing()

@@ -23,7 +23,8 @@ public:
     QByteArray commandBytes; ///< In the place of `command`, unless they are empty.
     bool isOfLegacyLocale = false;
     QDate today{2026, 11, 24};
-    QString folder; ///< The program's own folder; a temporary one when empty.
+    QString folder;        ///< The program's own folder; a temporary one when empty.
+    QString machineFolder; ///< Of all users; none when empty.
     bool otherInstance = false;
     bool endIsRequested = false;
     bool ended = false;
@@ -47,6 +48,8 @@ public:
     {
         return {commandBytes.isEmpty() ? command.toUtf8() : commandBytes, isOfLegacyLocale};
     }
+    QString StateFolder() const override { return ProgramFolder(); }
+    QString MachineFolder() const override { return machineFolder; }
     QString ProgramFolder() const override { return folder.isEmpty() ? m_folder.path() : folder; }
     bool PrevInstance() override { return otherInstance; }
     void LeaveInstance() override {}

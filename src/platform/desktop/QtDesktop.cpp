@@ -122,6 +122,13 @@ private:
 
 QtDesktop::QtDesktop(CommandString command) : m_command(std::move(command)), m_programFolder(ProgramFolderHere()) {}
 
+const StatePlace& QtDesktop::State() const
+{
+    if (!m_state)
+        m_state = StateFolderHere(m_programFolder);
+    return *m_state;
+}
+
 QtDesktop::~QtDesktop() = default;
 
 /// False when the box wasn't shown.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "contracts/desktop.h"
+#include "platform/files/program_folder.h"
 
 #include <memory>
 #include <optional>
@@ -29,6 +30,8 @@ public:
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     CommandString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
+    QString StateFolder() const override { return State().folder; }
+    QString MachineFolder() const override { return State().machineFolder; }
     bool PrevInstance() override;
     void LeaveInstance() override;
     void setEndRequest(std::function<void()> end) override;
@@ -39,6 +42,8 @@ public:
     QDate Today() const override;
 
 private:
+    const StatePlace& State() const;
+
     class OpenBox;
 
     bool Run(QMessageBox& box);
@@ -47,9 +52,10 @@ private:
 
     CommandString m_command;
     QString m_programFolder;
-    QString m_chosenPrinter;   ///< Empty as long as the operator chose none.
-    QString m_chosenPrintFile; ///< Chosen in place of a printer.
-    QString m_openFolder;      ///< Of the file chosen last.
+    mutable std::optional<StatePlace> m_state; ///< Looked for at first use.
+    QString m_chosenPrinter;                   ///< Empty as long as the operator chose none.
+    QString m_chosenPrintFile;                 ///< Chosen in place of a printer.
+    QString m_openFolder;                      ///< Of the file chosen last.
     std::unique_ptr<InstanceLock> m_instance;
     std::optional<bool> m_prevInstance;
     bool m_busy = false;      ///< What the station asked for.

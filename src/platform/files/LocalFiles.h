@@ -38,6 +38,7 @@ public:
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override;
     Holder HolderOf(const QString& mark) const override;
+    bool IsOfThisMachine(const QString& mark) const override;
     QString MarkOfPartial(const QString& name) const override;
     std::unique_ptr<FileLock> Lock(const QString& path) override;
     QString ForeignOwner(const QString& path) const override;

@@ -41,6 +41,11 @@ Holder LocalFiles::HolderOf(const QString& mark) const
     return process_mark::HolderOf(mark);
 }
 
+bool LocalFiles::IsOfThisMachine(const QString& mark) const
+{
+    return process_mark::IsOfThisMachine(mark);
+}
+
 QString LocalFiles::MarkOfPartial(const QString& name) const
 {
     // A movie's has the name that it is to get before the mark.

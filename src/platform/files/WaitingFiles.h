@@ -40,6 +40,7 @@ public:
     qint64 FreeBytes(const QString& folder) const override;
     QString ProcessMark() const override { return m_store->ProcessMark(); }
     Holder HolderOf(const QString& mark) const override { return m_store->HolderOf(mark); }
+    bool IsOfThisMachine(const QString& mark) const override { return m_store->IsOfThisMachine(mark); }
     QString MarkOfPartial(const QString& name) const override { return m_store->MarkOfPartial(name); }
     std::unique_ptr<FileLock> Lock(const QString& path) override;
     QString ForeignOwner(const QString& path) const override;

@@ -1,9 +1,12 @@
 #include "platform/files/process_mark.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStringList>
 #include <QSysInfo>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -31,6 +34,17 @@ QString Machine()
     const QByteArray id = QSysInfo::machineUniqueId();
     const QString machine = Plain(id.isEmpty() ? QSysInfo::machineHostName().toUtf8() : id);
     return machine.isEmpty() ? u"machine"_s : machine;
+}
+
+QString& BootFolder()
+{
+    static QString folder;
+    return folder;
+}
+
+bool IsRemembered(const QString& boot)
+{
+    return !BootFolder().isEmpty() && !boot.isEmpty() && QFile::exists(BootFolder() + u'/' + boot);
 }
 
 QString Boot()
@@ -67,9 +81,38 @@ Holder process_mark::HolderOf(const QString& mark)
 {
     if (mark == Own())
         return Holder::Self;
-    const QStringList parts = mark.split(u'.');
-    const QStringList own = Own().split(u'.');
-    if (parts.size() != own.size() || parts[0] != own[0] || parts[2].toLongLong() <= 0 || parts[3].isEmpty())
+    if (!IsOfThisMachine(mark))
         return Holder::Elsewhere;
-    return parts[1] == own[1] && StartOf(parts[2]) == parts[3] ? Holder::Living : Holder::Dead;
+    const QStringList parts = mark.split(u'.');
+    if (parts[1] != Boot())
+        return IsRemembered(parts[1]) ? Holder::Dead : Holder::Elsewhere;
+    return StartOf(parts[2]) == parts[3] ? Holder::Living : Holder::Dead;
+}
+
+bool process_mark::IsOfThisMachine(const QString& mark)
+{
+    const QStringList parts = mark.split(u'.');
+    return parts.size() == 4 && parts[0] == Own().section(u'.', 0, 0) && parts[2].toLongLong() > 0 &&
+           !parts[3].isEmpty();
+}
+
+void process_mark::KeepBoots(const QString& folder, const std::function<QStringList()>& known)
+{
+    BootFolder() = folder;
+    QStringList boots{Boot()};
+    if (!QFileInfo::exists(folder)) {
+        for (const QString& mark : known()) {
+            if (IsOfThisMachine(mark))
+                boots << mark.section(u'.', 1, 1);
+        }
+        QDir().mkpath(folder);
+        // Every user's station adds to the machine's record.
+        struct stat above = {};
+        if (stat(QFile::encodeName(QFileInfo(folder).path()).constData(), &above) == 0) [[maybe_unused]]
+            const int refused = chmod(QFile::encodeName(folder).constData(), above.st_mode & 03777);
+    }
+    for (const QString& boot : boots) {
+        QFile file(folder + u'/' + boot);
+        file.open(QFile::WriteOnly | QFile::Append);
+    }
 }

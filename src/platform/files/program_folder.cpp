@@ -4,6 +4,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "platform/files/process_mark.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -23,6 +24,10 @@ const QString OwnName = u"/capture-station"_s;
 const QString SettingsName = u"CapSet.ini"_s;
 const QString ListNames = u"PendingRows"_s;
 const QString SpoolNames = u"Spool-"_s;
+const QString MovieNames = u"Movie-"_s;
+const QString JournalNames = u"Pictures-"_s;
+/// Made by the package, for the group of its name.
+const QString MachineFolder = u"/var/lib/capture-station"_s;
 
 bool BelongsToPackages(const QString& folder)
 {
@@ -37,10 +42,37 @@ bool IsHeld(const QString& list)
     return holder == Holder::Living || holder == Holder::Self;
 }
 
+/// Process mark in a name such as Pictures-MARK.journal.
+QString MarkIn(const QString& name)
+{
+    return QFileInfo(name).completeBaseName().section(u'-', 1);
+}
+
 void Move(const QString& from, const QString& to)
 {
     Files().WritePrivateFile(to, Files().ReadFile(from));
     Files().DeleteFile(from);
+}
+
+/// Pictures and journals on their way, unless a station works with them there: an earlier release may.
+void MoveState(const QString& from, const QString& to)
+{
+    try {
+        const QStringList journals = Files().FilesStartingWith(from, JournalNames);
+        const bool isAnyHeld = std::ranges::any_of(journals, [](const QString& name) {
+            const Holder holder = Files().HolderOf(MarkIn(name));
+            return holder == Holder::Living || holder == Holder::Self;
+        });
+        if (isAnyHeld)
+            return;
+        // The pictures first: a journal names those that lie beside it.
+        for (const QString& prefix : {SpoolNames, MovieNames, u'.' + MovieNames, JournalNames}) {
+            for (const QString& name : Files().FilesStartingWith(from, prefix))
+                Move(from + u'/' + name, to + u'/' + name);
+        }
+    } catch (const PlatformError& error) {
+        journal::NoteFault(u"프로그램 폴더(%1)의 그림을 옮기지 못함: %2"_s.arg(from, error.Text()));
+    }
 }
 
 } // namespace
@@ -91,9 +123,49 @@ void TakeOverProgramFolder(const QString& from, const QString& to)
     }
 }
 
+StatePlace FindStateFolder(const QString& machineFolder, const QString& programFolder)
+{
+    const StatePlace beside{programFolder, {}};
+    const QFileInfo machine(machineFolder);
+    const passwd* user = getpwuid(geteuid());
+    if (user == nullptr || !machine.isDir() || !machine.isWritable() || !machine.isExecutable())
+        return beside;
+    const QString folder = machineFolder + u'/' + QFile::decodeName(user->pw_name);
+    try {
+        Files().MakePrivateFolder(folder);
+    } catch (const PlatformError& error) {
+        journal::NoteFault(error.Text());
+        return beside;
+    }
+    MoveState(programFolder, folder);
+    return {folder, machineFolder};
+}
+
+StatePlace StateFolderHere(const QString& programFolder)
+{
+    const bool isChosen = !qEnvironmentVariable("CAPTURE_STATION_FOLDER").trimmed().isEmpty();
+    const StatePlace state = isChosen ? StatePlace{programFolder, {}} : FindStateFolder(MachineFolder, programFolder);
+    const QString boots = (state.machineFolder.isEmpty() ? programFolder : state.machineFolder) + u"/boots"_s;
+    process_mark::KeepBoots(boots, [&] {
+        QStringList marks;
+        for (const QString& folder : {programFolder, state.folder}) {
+            for (const QString& prefix : {JournalNames, ListNames}) {
+                for (const QString& name : Files().FilesStartingWith(folder, prefix))
+                    marks << MarkIn(name);
+            }
+        }
+        return marks;
+    });
+    return state;
+}
+
 QStringList ProgramFoldersOfOthers()
 {
     QStringList folders;
+    for (const QFileInfo& folder : QDir(MachineFolder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        if (folder.ownerId() != geteuid() && folder.isReadable() && folder.fileName() != u"boots")
+            folders << folder.filePath();
+    }
     setpwent();
     while (const passwd* user = getpwent()) {
         const QString folder = QFile::decodeName(user->pw_dir) + u"/.config"_s + OwnName;

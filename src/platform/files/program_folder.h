@@ -19,6 +19,18 @@ QString FindProgramFolder(const QString& chosen, const QString& executableFolder
 /// be moved stays where it is and is told on standard error.
 void TakeOverProgramFolder(const QString& from, const QString& to);
 
+/// Where pictures on their way lie.
+struct StatePlace
+{
+    QString folder;        ///< This user's own.
+    QString machineFolder; ///< That of all users, in which it lies; empty where it is the program's folder.
+};
+/// In the machine's folder that the package makes, where this user may write in it and hasn't chosen a program folder,
+/// else the program's. Brings what lies in the program's folder there, and keeps the record of the machine's boots.
+StatePlace StateFolderHere(const QString& programFolder);
+/// The same for any machine's folder.
+StatePlace FindStateFolder(const QString& machineFolder, const QString& programFolder);
+
 /// Folders where the program keeps what belongs to other users of this machine, as far as this user can look into them:
 /// root can, others hardly.
 QStringList ProgramFoldersOfOthers();

@@ -23,6 +23,8 @@ namespace {
 
 /// A share that hasn't answered after so long is told.
 constexpr int PatienceMs = 5000;
+/// A lease that a living station has renewed: it does so each minute.
+constexpr qint64 LivingLeaseMs = 5LL * 60 * 1000;
 constexpr qint64 LittleRoom = 1'000'000'000; ///< Bytes; the station warns from there on.
 
 const QString Root = u"캡쳐 폴더"_s;
@@ -125,6 +127,22 @@ void CheckYear(const ClientSetupRecord& client, CheckLines& lines)
                       u"스테이션이 시작할 때 만듭니다"_s});
 }
 
+/// A station that works now, under this machine's identity, and of a boot that isn't this machine's.
+void CheckCopies(const ClientSetupRecord& client, CheckLines& lines)
+{
+    const QString prefix = u".lease-"_s;
+    for (const QString& name : Files().FilesStartingWith(client.CaptureRoot, prefix)) {
+        const QString mark = name.sliced(prefix.size());
+        if (Files().HolderOf(mark) == Holder::Elsewhere && Files().IsOfThisMachine(mark) &&
+            Files().AgeMs(client.CaptureRoot + name) < LivingLeaseMs) {
+            lines.append({CheckLine::Wrong, u"machine-id"_s, u"다른 컴퓨터가 이 컴퓨터와 같은 machine-id를 씁니다"_s,
+                          u"디스크를 복사한 컴퓨터에서 rm -f /etc/machine-id /var/lib/dbus/machine-id; "
+                          "systemd-machine-id-setup 하고 다시 시작하십시오"_s});
+            return;
+        }
+    }
+}
+
 } // namespace
 
 CheckLines CheckRootFolder(const ClientSetupRecord& client)
@@ -144,6 +162,7 @@ CheckLines CheckRootFolder(const ClientSetupRecord& client)
             CheckWriting(native, lines);
             CheckSharing(native, lines);
             CheckYear(client, lines);
+            CheckCopies(client, lines);
             return lines;
         });
     } catch (const FilesAway&) {

@@ -25,6 +25,13 @@ void Tell(const QString& text)
 
 TerminalDesktop::TerminalDesktop() : m_programFolder(ProgramFolderHere()) {}
 
+const StatePlace& TerminalDesktop::State() const
+{
+    if (!m_state)
+        m_state = StateFolderHere(m_programFolder);
+    return *m_state;
+}
+
 void TerminalDesktop::ShowInformation(const QString& text, int /*patienceMs*/)
 {
     Tell(text);

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "contracts/desktop.h"
+#include "platform/files/program_folder.h"
+
+#include <optional>
 
 /// The desktop of a program without a screen: what would be a box is a line on standard error, and every question is
 /// answered with No. It needs a QCoreApplication, whose events are served while something is awaited.
@@ -23,6 +26,8 @@ public:
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     CommandString Command() const override { return {}; }
     QString ProgramFolder() const override { return m_programFolder; }
+    QString StateFolder() const override { return State().folder; }
+    QString MachineFolder() const override { return State().machineFolder; }
     bool PrevInstance() override { return false; }
     void LeaveInstance() override {}
     void setEndRequest(std::function<void()> /*end*/) override {}
@@ -33,6 +38,9 @@ public:
     QDate Today() const override;
 
 private:
+    const StatePlace& State() const;
+
     const QString m_programFolder;
+    mutable std::optional<StatePlace> m_state; ///< Looked for at first use.
     bool m_ended = false;
 };

@@ -233,6 +233,29 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo(now.filePath(picture)).permissions().testFlag(QFileDevice::ReadGroup));
     }
 
+    void PicturesOnTheirWayLieInTheMachinesFolder()
+    {
+        RegisterFiles();
+        const QTemporaryDir program;
+        const QTemporaryDir machine;
+        const auto put = [&program](const QString& name) {
+            QFile file(program.filePath(name));
+            QVERIFY(file.open(QFile::WriteOnly));
+        };
+        for (const QString& name :
+             {u"Spool-7.jpg"_s, u"Pictures-dead.journal"_s, u".Movie-1-001.avi.x.part"_s, u"CapSet.ini"_s})
+            put(name);
+        // Another user's, or none: what the program's folder has stays there.
+        QCOMPARE(FindStateFolder(machine.filePath(u"none"_s), program.path()).folder, program.path());
+        const StatePlace place = FindStateFolder(machine.path(), program.path());
+        QCOMPARE(place.machineFolder, machine.path());
+        QCOMPARE(QFileInfo(place.folder).path(), machine.path());
+        QCOMPARE(QFile::permissions(place.folder) & 0x77, QFile::Permissions());
+        QCOMPARE(QDir(place.folder).entryList(QDir::Files | QDir::Hidden, QDir::Name),
+                 (QStringList{u".Movie-1-001.avi.x.part"_s, u"Pictures-dead.journal"_s, u"Spool-7.jpg"_s}));
+        QCOMPARE(QDir(program.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"CapSet.ini"_s});
+    }
+
     void ProgramEndsInThePump(); // The last: no event loop runs after it.
 
     void initTestCase()
