@@ -53,6 +53,7 @@ void TakeOver(const PictureJournal::Found& journal, const QString& folder)
     for (const QString& each : beside)
         DeleteFile(folder + each);
     DeleteFile(folder + name.chopped(JournalEnding.size()) + u".lock"_s);
+    DeleteFile(PictureJournal::CountPath(name.chopped(JournalEnding.size()).section(u'-', 1)));
 }
 
 } // namespace
@@ -66,8 +67,8 @@ int TakeOverPending(QTextStream& out)
                 continue;
             try {
                 TakeOver(journal, folder);
-                out << u"이어받음 "_s << NativePath(journal.path) << u" (%1건)\n"_s.arg(journal.pictures.size() +
-                                                                                         journal.movies.size());
+                out << u"이어받음 "_s << NativePath(journal.path)
+                    << u" (%1건)\n"_s.arg(journal.pictures.size() + journal.movies.size());
             } catch (const PlatformError& error) {
                 out << error.Text() << u'\n';
             }

@@ -418,6 +418,11 @@ void PictureJournal::LeftFoldersAreSettled()
     Store({journal_rows::ForgetLeftFolders()});
 }
 
+QString PictureJournal::CountPath(const QString& mark)
+{
+    return UseService<Desktop>().MachineFolder() + u'\\' + mark + QString::fromUtf16(CountEnding);
+}
+
 void PictureJournal::LookForForeignPictures()
 {
     const QString folder = UseService<Desktop>().MachineFolder() + u'\\';
@@ -438,10 +443,9 @@ void PictureJournal::LookForForeignPictures()
 
 void PictureJournal::TellCount()
 {
-    const QString folder = UseService<Desktop>().MachineFolder();
-    if (folder.isEmpty())
+    const QString path = CountPath(Files().ProcessMark());
+    if (UseService<Desktop>().MachineFolder().isEmpty())
         return;
-    const QString path = folder + u'\\' + Files().ProcessMark() + QString::fromUtf16(CountEnding);
     m_writer.Post([path, count = Count()] {
         journal::NotingFaults([&] {
             DeleteFile(path);

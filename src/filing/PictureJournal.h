@@ -44,6 +44,8 @@ public:
         QList<PictureRecord> pictures;
         QList<MovieJob> movies;
     };
+    /// What tells the other users of this machine how many pictures a process has.
+    static QString CountPath(const QString& mark);
     /// The journals in a program's folder, also those that were put aside. Changes none.
     static QList<Found> In(const QString& folder);
 
