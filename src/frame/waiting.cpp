@@ -8,6 +8,7 @@
 #include <QScopeGuard>
 #include <QTimer>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -15,15 +16,24 @@ namespace {
 
 struct Wait
 {
+    const std::function<bool()>& done;
     waiting::Notice notice;
     std::optional<waiting::Outcome> end; ///< Why it ends before its time.
 };
 
-/// The waits of the handlers that run one inside the other.
+/// The waits of the handlers that run one inside the other. An inner one ends as soon as an outer one can go on: the
+/// handler that came first isn't held up by what it let in.
 std::vector<Wait*> waits;
 std::vector<std::function<void()>> later;
 std::function<void(const waiting::Notice&)> presenter;
 int patienceNowMs = 0; ///< 0 for no limit.
+
+/// One that was begun before the last is over.
+bool IsOuterOver()
+{
+    return std::any_of(waits.begin(), waits.end() - 1,
+                       [](const Wait* wait) { return wait->end.has_value() || wait->done(); });
+}
 
 void Present()
 {
@@ -43,7 +53,7 @@ void WorkOffLater()
 
 waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>& done)
 {
-    Wait wait;
+    Wait wait{done, {}, {}};
     waits.push_back(&wait);
     const MousePointer before = MousePointerNow();
     const auto over = qScopeGuard([&] {
@@ -69,11 +79,11 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
     if (patienceNowMs > 0)
         QTimer::singleShot(patienceNowMs, &awaited, [&] { wait.end = Outcome::Leaving; });
 
-    const bool served = UseService<Desktop>().ServeUntil([&] { return done() || wait.end.has_value(); },
-                                                         [&] { wait.end = Outcome::Leaving; });
+    const bool served = UseService<Desktop>().ServeUntil(
+        [&] { return done() || wait.end.has_value() || IsOuterOver(); }, [&] { wait.end = Outcome::Leaving; });
     if (done())
         return Outcome::Done;
-    return served ? *wait.end : Outcome::Leaving;
+    return served && wait.end ? *wait.end : Outcome::Leaving;
 }
 
 void waiting::ServeFor(int patienceMs, const std::function<bool()>& done)

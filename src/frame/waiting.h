@@ -12,7 +12,8 @@ namespace waiting {
 enum class Outcome {
     Done,
     Cancelled, ///< The operator has given it up.
-    Leaving,   ///< He closes the screen, or the program ends: nothing needs to be said.
+    Leaving,   ///< He closes the screen, the program ends, or a handler up the stack can go on: nothing needs to be
+               ///< said, and what comes later is dropped.
 };
 
 /// A wait as the operator is to see it.

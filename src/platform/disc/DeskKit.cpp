@@ -7,17 +7,20 @@
 #include "frame/controls.h"
 #include "frame/plain_text.h"
 #include "frame/services.h"
+#include "frame/WorkThread.h"
 #include "platform/disc/staged_files.h"
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QPointer>
 #include <QProgressDialog>
 #include <QPushButton>
 #include <QScopeGuard>
-#include <QThread>
 #include <QTimer>
 
 #include <atomic>
+#include <limits>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -110,23 +113,28 @@ void DeskKit::FileCopyDialog(const QString& source, const QString& target)
     const QString name = source.mid(NameStart(source));
     CopyState state;
     {
-        const std::unique_ptr<QThread> thread(QThread::create([&] {
+        WorkThread thread;
+        const auto wait = qScopeGuard([&] { thread.AwaitIdle(std::numeric_limits<int>::max()); });
+        QEventLoop loop;
+        const auto isDone = std::make_shared<bool>(false);
+        thread.Post([&, isDone, quit = QPointer(&loop)] {
             try {
                 CopyBeside(source, target, state);
             } catch (const PlatformError& error) {
                 state.fault = error.Text();
             }
-        }));
-        const auto wait = qScopeGuard([&] { thread->wait(); });
-        QEventLoop loop;
-        QObject::connect(thread.get(), &QThread::finished, &loop, &QEventLoop::quit);
+            PostToScreen([isDone, quit] {
+                *isDone = true;
+                if (quit)
+                    quit->quit();
+            });
+        });
         QTimer quiet;
         quiet.setSingleShot(true);
         QObject::connect(&quiet, &QTimer::timeout, &loop, &QEventLoop::quit);
         quiet.start(QuietMs);
-        thread->start();
         loop.exec(QEventLoop::ExcludeUserInputEvents);
-        if (!thread->isFinished()) {
+        if (!*isDone) {
             CopyWindow window(name, state);
             window.show();
             loop.exec();

@@ -23,6 +23,7 @@ constexpr int FormatPatienceMs = 4000;
 VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     : VideoCap(nullptr), m_devices(std::move(devices)), m_live(std::make_unique<Live>())
 {
+    m_live->preparation.Post(&PrepareMedia);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(u"실시간 영상"_s);
     connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);

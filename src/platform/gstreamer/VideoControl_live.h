@@ -1,18 +1,17 @@
 #pragma once
 
+#include "frame/WorkThread.h"
 #include "platform/gstreamer/devices/VideoMode.h"
 #include "platform/gstreamer/live/LiveSession.h"
 #include "platform/gstreamer/live/LiveView.h"
 #include "platform/gstreamer/movies/MovieRecorder.h"
 #include "platform/gstreamer/VideoControl.h"
 
-#include <thread>
-
 /// What runs behind a video control.
 struct VideoControl::Live
 {
     // The media library takes its time at its first use, which is not to be the operator's.
-    std::jthread preparation{&PrepareMedia};
+    WorkThread preparation;
     LiveSession session;
     LiveView view;
     LiveSession::State shownState = LiveSession::State::Idle;

@@ -6,6 +6,7 @@
 #include "frame/components.h"
 #include "frame/plain_text.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
 #include "platform/desktop/screen_scale.h"
@@ -369,6 +370,19 @@ private Q_SLOTS:
         QTRY_COMPARE(form.closed, 1);
         QCOMPARE(done, (QStringList{u"캡쳐"_s, u"저장"_s, u"종료"_s}));
         QCOMPARE(text.text(), u"a1"_s);
+    }
+
+    void AnInnerWaitHoldsUpNoOuterOne()
+    {
+        bool isOuterDone = false;
+        std::optional<waiting::Outcome> inner;
+        QTimer::singleShot(0, this, [&] {
+            QTimer::singleShot(50, this, [&] { isOuterDone = true; });
+            inner = waiting::Await(u"inner"_s, [] { return false; });
+        });
+        QCOMPARE(waiting::Await(u"outer"_s, [&] { return isOuterDone; }), waiting::Outcome::Done);
+        QCOMPARE(*inner, waiting::Outcome::Leaving);
+        QVERIFY(!waiting::IsUnderWay());
     }
 
     void PanelsKeepAndShorten()

@@ -32,8 +32,9 @@ qint64 MovieRecorder::FreeBytes(const QString& nativePath)
 
 MovieRecorder::MovieRecorder(const AviFile::Format& format, std::unique_ptr<MovieSound> sound, FreeSpace freeSpace)
     : m_format(format), m_freeSpace(freeSpace ? std::move(freeSpace) : FreeBytes), m_sound(std::move(sound)),
-      m_maker({format.width, format.height}), m_worker([this] { Work(); })
+      m_maker({format.width, format.height})
 {
+    m_worker.Post([this] { Work(); });
     connect(&m_watch, &QTimer::timeout, this, &MovieRecorder::WatchWriting);
     m_watch.start(WatchMs);
 }
@@ -83,8 +84,8 @@ QString MovieRecorder::Finish()
     }
     m_watch.stop();
     const bool isHeld = IsHeld();
-    if (!isHeld && m_worker.joinable())
-        m_worker.join();
+    if (!isHeld)
+        m_worker.End();
     const std::lock_guard lock(m_mutex);
     return m_reason;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frame/WorkThread.h"
 #include "platform/gstreamer/live/FrameExchange.h"
 #include "platform/gstreamer/movies/AviFile.h"
 #include "platform/gstreamer/movies/MovieFrameMaker.h"
@@ -13,7 +14,6 @@
 #include <deque>
 #include <functional>
 #include <optional>
-#include <thread>
 
 /// Records the frames of a stream at a steady rate into one movie file after the other. Frames come in on the streaming
 /// thread; encoding and writing have a thread of their own.
@@ -115,5 +115,5 @@ private:
 
     QTimer m_watch;
 
-    std::thread m_worker;
+    WorkThread m_worker;
 };

@@ -1,5 +1,6 @@
 #include "platform/gstreamer/movies/MovieSound.h"
 
+#include "frame/WorkThread.h"
 #include "platform/gstreamer/GstPointers.h"
 #include "platform/gstreamer/live/LivePipeline.h"
 
@@ -7,9 +8,9 @@
 
 #include <cmath>
 #include <condition_variable>
+#include <limits>
 #include <mutex>
 #include <numbers>
-#include <thread>
 
 namespace {
 constexpr int SampleRate = 44100;
@@ -42,10 +43,13 @@ class SoundInput final : public MovieSound
 {
 public:
     // A sound server may take its time to answer.
-    SoundInput() : m_opening([this] { Open(); }) {}
+    SoundInput()
+    {
+        m_opening.Post([this] { Open(); });
+    }
     ~SoundInput() override
     {
-        m_opening.join();
+        m_opening.AwaitIdle(std::numeric_limits<int>::max());
         if (m_pipeline)
             gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
     }
@@ -110,7 +114,7 @@ private:
     QByteArray m_waiting;
     bool m_isFlowing = false;
     GstPointer<GstElement> m_pipeline;
-    std::thread m_opening;
+    WorkThread m_opening;
 };
 } // namespace
 
