@@ -3,6 +3,7 @@
 // that fills such a screen, or "interlaced" for what deinterlacing 1080i costs.
 
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "platform/gstreamer/live/LivePipeline.h"
 #include "platform/gstreamer/register_video.h"

@@ -1,5 +1,6 @@
 #include "capture/frmCapture.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"

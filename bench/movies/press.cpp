@@ -1,6 +1,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/MSComm.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "movies/works.h"
 #include "platform/gstreamer/register_video.h"

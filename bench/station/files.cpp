@@ -18,7 +18,7 @@ namespace {
 
 constexpr int Imports = 10;
 constexpr int Rounds = 3;
-constexpr int VisitPictures = 50;
+constexpr int PicturesOfVisit = 50;
 
 frmCapture& OpenScreen()
 {
@@ -71,7 +71,7 @@ int BenchDelete()
     QList<double> deletions;
     QList<double> alone;
     for (int round = 0; round < Rounds; ++round) {
-        for (int number = 1; number <= VisitPictures; ++number) {
+        for (int number = 1; number <= PicturesOfVisit; ++number) {
             box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number, u"note"_s);
             WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number), scene);
         }
@@ -81,7 +81,7 @@ int BenchDelete()
         screen.findChild<QToolButton*>(u"삭제"_s)->click();
         deletions << NowMs() - start;
         start = NowMs();
-        for (int number = 1; number <= VisitPictures; ++number) {
+        for (int number = 1; number <= PicturesOfVisit; ++number) {
             WriteWholeFile(beside, scene);
             DeleteFile(beside);
         }

@@ -3,6 +3,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/files.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
@@ -62,7 +63,7 @@ int BenchSpool()
     PrintFigure(u"share stopped: click to spooled file, the first"_s, u"%1 ms"_s.arg(first, 0, 'f', 0),
                 u"the share has a second"_s);
     PrintFigure(u"  those behind it (median)"_s, u"%1 ms"_s.arg(Median(clicks), 0, 'f', 1),
-                u"%1 x encode + write"_s.arg(Median(clicks) / Median(parts), 0, 'f', 2));
+                u"%1 x encode + write (at most 1.5)"_s.arg(Median(clicks) / Median(parts), 0, 'f', 2));
     PrintFigure(u"  longest that an event waited"_s, u"%1 ms"_s.arg(waited, 0, 'f', 1));
     PrintFigure(u"  %1 stills moved when it answers"_s.arg(Stills), u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
     const int rows = box.Value(u"SELECT COUNT(*) AS v FROM cap"_s).toInt();

@@ -3,6 +3,7 @@
 #include "capture/frmCapture.h"
 #include "contracts/MSComm.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"

@@ -5,6 +5,7 @@
 #include "contracts/fpSpread.h"
 #include "contracts/LocalDatabase.h"
 #include "contracts/VideoCap.h"
+#include "contracts/VideoOptions.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"

@@ -12,6 +12,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 
+#include <QHash>
 #include <QUuid>
 
 #include <algorithm>
@@ -33,31 +34,11 @@ constexpr qint64 LeastFreeBytes = 1'000'000'000;
 /// Beside a picture there has to be room for its claim and for what the disk itself needs. In bytes.
 constexpr qint64 LeftOnShare = 1'000'000;
 
+const QString PictureEnding = u".jpg"_s;
+
 QString LocalFolder()
 {
     return UseService<Desktop>().StateFolder() + u'\\';
-}
-
-void CheckLocalRoom()
-{
-    qint64 bytes = 0;
-    for (const FolderEntry& entry : Files().Entries(LocalFolder())) {
-        if (entry.Name.startsWith(QStringView(StillFiles::LocalPrefix)))
-            bytes += entry.Size;
-    }
-    const qint64 freeBytes = Files().FreeBytes(LocalFolder());
-    if (bytes > MostLocalBytes || (freeBytes >= 0 && freeBytes < LeastFreeBytes)) {
-        throw PlatformError(
-            u"저장 폴더가 응답하지 않고, 이 컴퓨터에도 그림을 보관할 공간이 없습니다.!! (보관 %1MB, 남은 공간 %2MB)"_s
-                .arg(bytes / 1'000'000)
-                .arg(freeBytes / 1'000'000));
-    }
-}
-
-/// A disk that refuses keeps nobody waiting.
-void DeleteLocalFile(const QString& id)
-{
-    journal::NotingFaults([&] { DeleteFile(StillFiles::LocalPath(id)); });
 }
 
 /// Others wait for the share, and nothing may pass them.
@@ -68,6 +49,54 @@ public:
 };
 
 } // namespace
+
+/// The pictures on this machine's disk. Used by the thread of its files alone.
+class StillFiles::LocalDisk
+{
+public:
+    /// Throws PlatformError, also when the pictures would take too much of it.
+    void Write(const QString& id, const QByteArray& content)
+    {
+        if (!std::exchange(m_isRead, true))
+            Read();
+        const qint64 freeBytes = Files().FreeBytes(LocalFolder());
+        if (m_bytes > MostLocalBytes || (freeBytes >= 0 && freeBytes < LeastFreeBytes)) {
+            throw PlatformError(
+                u"저장 폴더가 응답하지 않고, 이 컴퓨터에도 그림을 보관할 공간이 없습니다.!! (보관 %1MB, 남은 공간 %2MB)"_s
+                    .arg(m_bytes / 1'000'000)
+                    .arg(freeBytes / 1'000'000));
+        }
+        setSize(id, content.size());
+        Files().WritePrivateFile(LocalPath(id), content);
+    }
+
+    /// A disk that refuses keeps nobody waiting.
+    void Remove(const QString& id)
+    {
+        setSize(id, 0);
+        journal::NotingFaults([&] { DeleteFile(LocalPath(id)); });
+    }
+
+private:
+    void Read()
+    {
+        for (const FolderEntry& entry : Files().Entries(LocalFolder())) {
+            if (entry.Name.startsWith(QStringView(LocalPrefix)))
+                setSize(entry.Name.sliced(QStringView(LocalPrefix).size()).chopped(PictureEnding.size()), entry.Size);
+        }
+    }
+
+    void setSize(const QString& id, qint64 bytes)
+    {
+        m_bytes += bytes - m_sizes.take(id);
+        if (bytes > 0)
+            m_sizes.insert(id, bytes);
+    }
+
+    QHash<QString, qint64> m_sizes; ///< In bytes, by the picture's identity.
+    qint64 m_bytes = 0;
+    bool m_isRead = false;
+};
 
 struct StillFiles::Still
 {
@@ -93,11 +122,11 @@ struct StillFiles::Still
 
 QString StillFiles::LocalPath(const QString& id)
 {
-    return LocalFolder() + QString::fromUtf16(LocalPrefix) + id + u".jpg"_s;
+    return LocalFolder() + QString::fromUtf16(LocalPrefix) + id + PictureEnding;
 }
 
 StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
-    : m_local(local), m_journal(journal), m_note(std::move(note))
+    : m_local(local), m_journal(journal), m_note(std::move(note)), m_disk(std::make_shared<LocalDisk>())
 {
     for (QTimer* timer : {&m_patience, &m_retry})
         timer->setSingleShot(true);
@@ -109,7 +138,7 @@ StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
     for (const PictureRecord& picture : m_journal.Pictures()) {
         if (picture.number > 0) {
             m_numbers->Hold(picture.visit, picture.number);
-            m_local.Post([id = picture.id] { DeleteLocalFile(id); });
+            RemoveLocally(picture.id);
             continue;
         }
         const auto still = std::make_shared<Still>();
@@ -219,13 +248,12 @@ void StillFiles::Encode(const StillPointer& still, const std::function<QByteArra
 
 void StillFiles::KeepLocally(const StillPointer& still, const QByteArray& content)
 {
-    m_local.Post([still, content, self = m_self] {
+    m_local.Post([still, content, disk = m_disk, self = m_self] {
         std::exception_ptr fault;
         try {
             // The share may have been quicker.
             if (!still->isPlaced) {
-                CheckLocalRoom();
-                Files().WritePrivateFile(LocalPath(still->id), content);
+                disk->Write(still->id, content);
             }
         } catch (const StoredWithFault&) {
         } catch (...) {
@@ -236,6 +264,11 @@ void StillFiles::KeepLocally(const StillPointer& still, const QByteArray& conten
                 self->AnswerLocal(still, fault);
         });
     });
+}
+
+void StillFiles::RemoveLocally(const QString& id)
+{
+    m_local.Post([id, disk = m_disk] { disk->Remove(id); });
 }
 
 void StillFiles::HandOver(const StillPointer& still, const QByteArray& content, bool isFirst)
@@ -386,7 +419,7 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
         m_journal.Remove(still->id);
     }
     // Behind the journal: a number that it doesn't know yet is found by its claim.
-    m_local.Post([id = still->id] { DeleteLocalFile(id); });
+    RemoveLocally(still->id);
     still->content.clear();
     if (m_road.isEmpty() && m_isAway->exchange(false) && wasWaiting)
         journal::Note(Journal::Information, u"저장 폴더가 다시 응답함, 보관한 그림을 모두 옮김"_s);

@@ -86,6 +86,7 @@ Q_SIGNALS:
 
 private:
     struct Still;
+    class LocalDisk;
     using StillPointer = std::shared_ptr<Still>;
     struct Placed
     {
@@ -100,6 +101,7 @@ private:
 
     void Encode(const StillPointer& still, const std::function<QByteArray()>& encode);
     void KeepLocally(const StillPointer& still, const QByteArray& content);
+    void RemoveLocally(const QString& id);
     /// One that isn't the first lets those that wait go before it.
     void HandOver(const StillPointer& still, const QByteArray& content, bool isFirst);
     void AnswerEncoded(const StillPointer& still, const QByteArray& content);
@@ -116,6 +118,7 @@ private:
     WorkThread& m_local;
     PictureJournal& m_journal;
     const Note m_note;
+    const std::shared_ptr<LocalDisk> m_disk;
     const std::shared_ptr<CaptureNumbers> m_numbers = std::make_shared<CaptureNumbers>();
     /// The share has refused one, and nothing may pass it.
     const std::shared_ptr<std::atomic<bool>> m_isAway = std::make_shared<std::atomic<bool>>(false);

@@ -38,6 +38,7 @@ struct Gate
     QString root;    ///< Empty when none is watched.
     QString mark;    ///< The remembered one; empty when there is none.
     QString refusal; ///< Empty when it isn't refused.
+    QByteArray seen; ///< Version of the mark's file when it was found to be that one.
     std::function<void()> listener;
 };
 
@@ -194,6 +195,7 @@ void capture_root::Judge()
         TheGate().root = root;
         TheGate().mark = remembered;
         TheGate().refusal.clear();
+        TheGate().seen.clear();
     }
     const QString mark = MarkOf(root);
     if (!mark.isEmpty() && (remembered.isEmpty() || remembered == mark)) {
@@ -221,14 +223,19 @@ void capture_root::Check(const QString& folder)
     QString root;
     QString remembered;
     QString refusal;
+    QByteArray seen;
     {
         const std::lock_guard lock(TheGate().mutex);
         root = TheGate().root;
         remembered = TheGate().mark;
         refusal = TheGate().refusal;
+        seen = TheGate().seen;
     }
     // Pictures of an earlier setup lie elsewhere.
     if (root.isEmpty() || !folder.startsWith(root) || (remembered.isEmpty() && refusal.isEmpty()))
+        return;
+    const QByteArray version = Files().VersionOf(MarkPath(root));
+    if (refusal.isEmpty() && !version.isEmpty() && version == seen)
         return;
     QString mark;
     try {
@@ -239,6 +246,10 @@ void capture_root::Check(const QString& folder)
         return; // There is no telling; whatever is done there meets the same fault.
     }
     if (!mark.isEmpty() && (remembered.isEmpty() || remembered == mark)) {
+        {
+            const std::lock_guard lock(TheGate().mutex);
+            TheGate().seen = version;
+        }
         if (!refusal.isEmpty())
             Take(root, mark);
         return;
