@@ -4,6 +4,7 @@
 #include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "filing/capture_root.h"
 #include "filing/Leftovers.h"
 #include "filing/MovieFiling.h"
 #include "filing/StillFiling.h"
@@ -135,6 +136,7 @@ int WritePending(QTextStream& out)
     // The sections of this year are looked into, as by a start for a visit of today.
     VisitContext.Ymd = TextFromDate(UseService<Desktop>().Today());
     VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
+    capture_root::Watch();
     int written = 0;
     bool isSettled = false;
     {

@@ -53,6 +53,8 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildControls();
     BuildPopupMenu();
     m_dateRefusal = std::make_unique<DateRefusal>(*m_notices);
+    // What an earlier run has left goes on its way at once.
+    capture_root::Watch();
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_visitPictures = std::make_unique<VisitPictures>(sprCap(1), 1);
     m_historyPictures = std::make_unique<VisitPictures>(sprCap(2), 2);

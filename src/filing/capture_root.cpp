@@ -145,6 +145,15 @@ void setRefusal(const QString& refusal)
     PostToScreen(TellListener);
 }
 
+void setWatched(const QString& mark)
+{
+    const std::lock_guard lock(TheGate().mutex);
+    TheGate().root = ClientSetup.CaptureRoot;
+    TheGate().mark = mark;
+    TheGate().refusal.clear();
+    TheGate().seen.clear();
+}
+
 void Take(const QString& root, const QString& mark)
 {
     {
@@ -179,6 +188,11 @@ void capture_root::StoreMark(const QString& mark)
     Execute(Statement(u" REPLACE INTO caproot VALUES ( 1").Then(u", '", mark).Piece(u"') "));
 }
 
+void capture_root::Watch()
+{
+    setWatched(Memory().value(ClientSetup.CaptureRoot).toString());
+}
+
 void capture_root::Judge()
 {
     const QString root = ClientSetup.CaptureRoot;
@@ -190,13 +204,7 @@ void capture_root::Judge()
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
     }
-    {
-        const std::lock_guard lock(TheGate().mutex);
-        TheGate().root = root;
-        TheGate().mark = remembered;
-        TheGate().refusal.clear();
-        TheGate().seen.clear();
-    }
+    setWatched(remembered);
     const QString mark = MarkOf(root);
     if (!mark.isEmpty() && (remembered.isEmpty() || remembered == mark)) {
         Take(root, mark);

@@ -13,7 +13,7 @@
 namespace capture_root {
 
 /// Name of the mark in the root. It holds an identity.
-inline constexpr char16_t MarkName[] = u".station-root";
+inline constexpr char16_t MarkName[] = u".capture-root";
 
 /// What would be done in a root that is refused.
 class Refused : public FilesAway
@@ -22,7 +22,10 @@ public:
     using FilesAway::FilesAway;
 };
 
-/// Judges the root of the setup, and from here on it is watched. One that nobody knows yet gets its mark, unless the
+/// From here on the root of the setup is watched, as far as the station itself remembers it. Asks neither share nor
+/// database: for a start, before anything is brought to the root.
+void Watch();
+/// Judges it. One that nobody knows yet gets its mark, unless the
 /// database has pictures and none of them lies there, or the machine's own list says that something is to be mounted
 /// there and nothing is. Throws FilesAway when the share doesn't answer: then what is remembered counts. A database
 /// that doesn't answer is no hindrance.
