@@ -309,14 +309,9 @@ void StillCapture::AskAgain()
     m_filing.Pictures().Post([folder = CurrentVisit().captureDir, self = QPointer(this), answer] {
         FolderExists(folder);
         PostToScreen([self, answer] {
-            if (!self || self->m_finished)
-                return;
-            try {
+            if (self && !self->m_finished)
                 QueueStatements(
-                    self, [] { NextCaptureNo(CurrentVisit()); }, answer);
-            } catch (const PlatformError&) {
-                answer(std::current_exception());
-            }
+                    self, [visit = CurrentVisit()] { NextCaptureNo(visit); }, answer);
         });
     });
 }

@@ -175,12 +175,8 @@ void PictureDeletion::AskRows(const DeletionJob& job)
         m_filing.Journal().StoreDeletion(whole);
         Go(whole);
     };
-    try {
-        QueueStatements(
-            this, [numbers, visit = job.visit] { *numbers = StoredNumbers(visit, NumberOrder::Any); }, answer);
-    } catch (const PlatformError&) {
-        TryAgain(job.id, &PictureDeletion::AskRows);
-    }
+    QueueStatements(
+        this, [numbers, visit = job.visit] { *numbers = StoredNumbers(visit, NumberOrder::Any); }, answer);
 }
 
 void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_ptr& moving)
@@ -200,12 +196,8 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
             if (item.wasMoved || !PictureExists(job.visit.PicturePath(item.number)))
                 DeletePictureRow(job.visit, item.number);
         }
-        const bool isEmpty = mayBeEmpty && StoredNumbers(job.visit, NumberOrder::Any).isEmpty();
         const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
-        if (isEmpty && hadPictures) {
-            DeleteVisitRow(job.visit);
-            result->isVisitGone = true;
-        }
+        result->isVisitGone = mayBeEmpty && hadPictures && DeleteEmptyVisitRow(job.visit);
         if (!job.markedDoctor.isNull() && result->fault == nullptr)
             MarkVisitCaptured(job.visit, job.markedDoctor, u"0"_s);
     };
@@ -228,11 +220,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
         }
         TryAgain(job.id, &PictureDeletion::Go);
     };
-    try {
-        QueueStatements(this, remove, answer);
-    } catch (const PlatformError&) {
-        TryAgain(job.id, &PictureDeletion::Go);
-    }
+    QueueStatements(this, remove, answer);
 }
 
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)

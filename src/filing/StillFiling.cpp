@@ -120,17 +120,12 @@ void StillFiling::Submit(const PictureRecord& picture)
             throw;
         }
     };
-    try {
-        QueueStatements(this, work, [this, rows, picture](const std::exception_ptr& fault) {
-            --m_rowsUnderWay;
-            AnswerRows(picture, *rows, fault);
-        });
-        m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = true; });
-        ++m_rowsUnderWay;
-    } catch (const PlatformError&) {
-        SetAway(true);
-        m_retry.start();
-    }
+    QueueStatements(this, work, [this, rows, picture](const std::exception_ptr& fault) {
+        --m_rowsUnderWay;
+        AnswerRows(picture, *rows, fault);
+    });
+    m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = true; });
+    ++m_rowsUnderWay;
 }
 
 void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault)
@@ -203,16 +198,12 @@ void StillFiling::Undo(const Visit& visit, int number)
 {
     const auto remove = [visit, number, isLast = !m_journal.HasAny(visit)] {
         DeletePictureRow(visit, number);
-        if (isLast && StoredNumbers(visit, NumberOrder::Any).isEmpty())
-            DeleteVisitRow(visit);
+        if (isLast)
+            DeleteEmptyVisitRow(visit);
     };
     // The number is claimed until its row has gone: no new picture can have taken it.
     const auto release = [this, visit, number](const std::exception_ptr&) { Release(visit, number); };
-    try {
-        QueueStatements(this, remove, release);
-    } catch (const PlatformError&) {
-        release(nullptr);
-    }
+    QueueStatements(this, remove, release);
 }
 
 void StillFiling::SetAway(bool isAway)

@@ -155,11 +155,7 @@ void PacsSending::AskFacts(const QList<PacsQueue::Entry>& entries)
         m_queue.PutBack();
         Pause(guard::TextOf(fault));
     };
-    try {
-        QueueStatements(this, ask, answered);
-    } catch (const PlatformError&) {
-        answered(std::current_exception());
-    }
+    QueueStatements(this, ask, answered);
 }
 
 void PacsSending::HandOver(const QList<pacs::Item>& items)

@@ -1,8 +1,11 @@
 #include "records/Statement.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/WorkThread.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
+
+#include <QPointer>
 
 using namespace Qt::StringLiterals;
 
@@ -83,6 +86,13 @@ qint64 Execute(const Statement& statement)
 
 void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done)
 {
+    if (Connection == nullptr) {
+        PostToScreen([context = QPointer(context), done = std::move(done)] {
+            if (context)
+                done(std::make_exception_ptr(DatabaseAway(u"데이터베이스에 연결되어 있지 않습니다.!!"_s)));
+        });
+        return;
+    }
     AdoConnection& connection = OpenConnection();
     const auto onThread = [&connection, work = std::move(work)] {
         ownConnection = &connection;

@@ -46,7 +46,8 @@ std::unique_ptr<AdoRecordset> OpenRows(const Statement& statement, CursorType cu
 /// Runs a statement without rows, and gives how many it has met. Throws PlatformError with the driver's text.
 qint64 Execute(const Statement& statement);
 
-/// Hands statements over without waiting for them; see `AdoConnection::Queue`.
+/// Hands statements over without waiting for them; see `AdoConnection::Queue`. Whatever keeps them from being done is
+/// told by `done`, later.
 void QueueStatements(QObject* context, AdoConnection::Work work, AdoConnection::Done done);
 
 /// A row is there unless both ends are reached at once.

@@ -129,14 +129,12 @@ void DeletePictureRow(const Visit& visit, int number)
     Execute(Statement(u" DELETE FROM cap ").OfVisit(Pictures, visit).Then(u" AND cap_no = ", number).Piece(u" "));
 }
 
-void DeletePictureRows(const Visit& visit)
+bool DeleteEmptyVisitRow(const Visit& visit)
 {
-    Execute(Statement(u" DELETE FROM cap ").OfVisit(Pictures, visit));
-}
-
-void DeleteVisitRow(const Visit& visit)
-{
+    if (!StoredNumbers(visit, NumberOrder::Any).isEmpty())
+        return false;
     Execute(Statement(u" DELETE FROM ca ").OfVisit(Visits, visit));
+    return true;
 }
 
 bool MarksInYk()

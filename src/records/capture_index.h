@@ -53,10 +53,8 @@ QString StoredPatientType(const Visit& visit);
 void AddCaptureRows(const Visit& visit, int number);
 
 void DeletePictureRow(const Visit& visit, int number);
-/// The rows of all pictures of the visit.
-void DeletePictureRows(const Visit& visit);
-/// The `ca` row, with the note.
-void DeleteVisitRow(const Visit& visit);
+/// The `ca` row, with the note, when the visit has no picture left. True when it had none.
+bool DeleteEmptyVisitRow(const Visit& visit);
 
 /// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
 bool MarksInYk();
