@@ -43,8 +43,11 @@ std::optional<int> NumberClaim::NumberOf(const Visit& visit, const QString& pict
         if (!isNumber)
             continue; // A picture, not a claim.
         const std::optional<Facts> facts = Read(visit.ClaimPath(number));
-        if (facts && facts->picture == picture && PictureExists(visit.PicturePath(number)))
+        if (!facts || facts->picture != picture)
+            continue;
+        if (PictureExists(visit.PicturePath(number)))
             return number;
+        Delete(visit.ClaimPath(number));
     }
     return std::nullopt;
 }

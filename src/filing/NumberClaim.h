@@ -25,7 +25,8 @@ public:
     /// Null when the number is claimed already, by whomever. Throws PlatformError when the folder refuses. `picture` is
     /// unlike that of any other picture.
     static std::unique_ptr<NumberClaim> Take(const Visit& visit, int number, const QString& picture);
-    /// The number under which a picture stands whose claim hasn't been released; nothing when there is none.
+    /// The number under which a picture of an earlier run stands whose claim hasn't been released; nothing when there
+    /// is none. A number that was claimed for it, and under which it didn't come to stand, is free again.
     static std::optional<int> NumberOf(const Visit& visit, const QString& picture);
     /// Lets go of a claim that was kept. One that can't be deleted is left to a later start.
     static void Release(const Visit& visit, int number);

@@ -56,12 +56,13 @@ void VisitPictures::ClearGrid()
         m_grid->ClearRange(column, 1, column, m_grid->DataRowCnt(), column % 2 == 1);
 }
 
-void VisitPictures::Add(Picture picture)
+QPoint VisitPictures::Add(Picture picture)
 {
     if (picture.id.isEmpty())
         picture.id = m_identities.value(picture.number);
     m_pictures.append(picture);
     Paint(m_pictures.size() - 1);
+    return CellOf(m_pictures.size() - 1);
 }
 
 void VisitPictures::Remove(qsizetype at)

@@ -50,8 +50,8 @@ public:
     void Clear();
     /// The visit's pictures come anew, one after the other. One of the same number is the same picture.
     void BeginAnew(const Visit& visit);
-    /// Behind the others. The grid grows where it has no room.
-    void Add(Picture picture);
+    /// Behind the others. The grid grows where it has no room. Gives its cell.
+    QPoint Add(Picture picture);
     /// Those behind it move up.
     void Remove(qsizetype at);
     using Change = std::function<void(Picture&)>;

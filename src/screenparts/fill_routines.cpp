@@ -61,9 +61,9 @@ int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor
         result = numbers[at];
         if (!PictureExists(paths[at]))
             continue;
-        pictures.Add({{{}, result}, *picture, {}});
+        const QPoint cell = pictures.Add({{{}, result}, *picture, {}});
         if (!keepCursor)
-            grid.SetActiveCell(1, pictures.PlaceOf({{}, result})->y());
+            grid.SetActiveCell(1, cell.y());
     }
     // What is empty shows its beginning.
     if (pictures.Pictures().isEmpty())
