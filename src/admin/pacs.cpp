@@ -4,6 +4,7 @@
 #include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "filing/capture_folders.h"
 #include "frame/components.h"
 #include "pacs/PacsSending.h"
 #include "text/text_routines.h"
@@ -48,7 +49,7 @@ int ShowFolder(const QString& folder, QTextStream& out)
 bool TellHeld(QTextStream& out)
 {
     bool isAnyHeld = false;
-    for (const PacsQueue::List& list : PacsQueue::ListsIn(OwnFolder())) {
+    for (const PacsQueue::List& list : PacsQueue::ListsIn(LocalFolder())) {
         if (list.holder != Holder::Living || !list.foreignOwner.isEmpty() || list.entries.isEmpty())
             continue;
         isAnyHeld = true;
@@ -91,7 +92,7 @@ int RetryPacs(QTextStream& out)
         AwaitNothingLeft([&sending] { return sending.Waiting(); }, PatienceMs);
         sending.End();
     }
-    const int left = ShowFolder(OwnFolder(), out);
+    const int left = ShowFolder(LocalFolder(), out);
     const bool isAnyHeld = TellHeld(out);
     out << u"%1건을 보냈습니다.\n"_s.arg(sent);
     return left > 0 || isAnyHeld ? Found : AllWell;
@@ -107,6 +108,6 @@ int DropPacs(QTextStream& out)
         sending.DropRefused();
         sending.End();
     }
-    const int left = ShowFolder(OwnFolder(), out);
+    const int left = ShowFolder(LocalFolder(), out);
     return TellHeld(out) || left > 0 ? Found : AllWell;
 }

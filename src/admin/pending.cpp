@@ -4,6 +4,7 @@
 #include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/Leftovers.h"
 #include "filing/MovieFiling.h"
@@ -44,13 +45,6 @@ void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& jour
     out << NativePath(file) << (FileExists(file) ? u""_s : u" 파일 없음"_s) << u'\n';
 }
 
-/// Files of movies, whole or not, that lie beside the journals.
-QStringList LocalMovies(const QString& folder, const QString& id)
-{
-    const QString name = QString::fromUtf16(MovieFiling::LocalPrefix) + id;
-    return Files().FilesStartingWith(folder, name) + Files().FilesStartingWith(folder, u'.' + name);
-}
-
 /// What waits in a program's folder; gives how many lines.
 int ShowFolder(const QString& folder, QTextStream& out)
 {
@@ -69,7 +63,7 @@ int ShowFolder(const QString& folder, QTextStream& out)
             ++lines;
         }
     }
-    for (const QString& name : LocalMovies(folder, {})) {
+    for (const QString& name : MovieFiling::NamesIn(folder, {})) {
         const auto isOf = [&name](const MovieJob& job) { return name.contains(job.id); };
         const auto journal = std::ranges::find_if(
             journals, [&](const PictureJournal::Found& each) { return std::ranges::any_of(each.movies, isOf); });
@@ -98,7 +92,7 @@ int ShowFolder(const QString& folder, QTextStream& out)
 bool TellHeld(QTextStream& out)
 {
     bool isAnyHeld = false;
-    for (const PictureJournal::Found& journal : PictureJournal::In(OwnFolder())) {
+    for (const PictureJournal::Found& journal : PictureJournal::In(LocalFolder())) {
         if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() ||
             (journal.pictures.isEmpty() && journal.movies.isEmpty()))
             continue;
@@ -161,7 +155,7 @@ int WritePending(QTextStream& out)
         movies.End();
         filing.End();
     }
-    const int left = ShowFolder(OwnFolder(), out);
+    const int left = ShowFolder(LocalFolder(), out);
     const bool isAnyHeld = TellHeld(out);
     out << u"%1건을 기록하였습니다.\n"_s.arg(written);
     return left > 0 || isAnyHeld ? Found : AllWell;

@@ -5,6 +5,7 @@
 #include "admin/waiting_lists.h"
 #include "contracts/LocalDatabase.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
 #include "filing/MovieFiling.h"
 #include "filing/PictureJournal.h"
 #include "filing/StillFiles.h"
@@ -23,13 +24,10 @@ const QString JournalEnding = u".journal"_s;
 QStringList FilesOf(const PictureJournal::Found& journal, const QString& folder)
 {
     QStringList names;
-    const auto add = [&](const QString& prefix) { names += Files().FilesStartingWith(folder, prefix); };
     for (const PictureRecord& picture : journal.pictures)
-        add(QString::fromUtf16(StillFiles::LocalPrefix) + picture.id);
-    for (const MovieJob& job : journal.movies) {
-        add(QString::fromUtf16(MovieFiling::LocalPrefix) + job.id);
-        add(u'.' + QString::fromUtf16(MovieFiling::LocalPrefix) + job.id);
-    }
+        names += Files().FilesStartingWith(folder, QString::fromUtf16(StillFiles::LocalPrefix) + picture.id);
+    for (const MovieJob& job : journal.movies)
+        names += MovieFiling::NamesIn(folder, job.id);
     return names;
 }
 
@@ -37,13 +35,14 @@ QStringList FilesOf(const PictureJournal::Found& journal, const QString& folder)
 void TakeOver(const PictureJournal::Found& journal, const QString& folder)
 {
     const QString name = journal.path.sliced(folder.size());
-    const auto lock = Files().Lock(folder + name.chopped(JournalEnding.size()) + u".lock"_s);
+    const QString stem = name.chopped(JournalEnding.size());
+    const auto lock = Files().Lock(folder + stem + u".lock"_s);
     if (lock == nullptr)
         throw PlatformError(u"실행 중인 스테이션의 것입니다.!! (%1)"_s.arg(NativePath(journal.path)));
     const QStringList beside = FilesOf(journal, folder);
     const auto copy = [&](const QString& each) {
         if (FileExists(folder + each))
-            Files().CopyToNewFile(folder + each, OwnFolder() + each, {});
+            Files().CopyToNewFile(folder + each, LocalFolder() + each, {});
     };
     for (const QString& each : beside)
         copy(each);
@@ -52,8 +51,8 @@ void TakeOver(const PictureJournal::Found& journal, const QString& folder)
     UseService<LocalDatabases>().Remove(journal.path);
     for (const QString& each : beside)
         DeleteFile(folder + each);
-    DeleteFile(folder + name.chopped(JournalEnding.size()) + u".lock"_s);
-    DeleteFile(PictureJournal::CountPath(name.chopped(JournalEnding.size()).section(u'-', 1)));
+    DeleteFile(folder + stem + u".lock"_s);
+    DeleteFile(PictureJournal::CountPath(stem.section(u'-', 1)));
 }
 
 } // namespace
@@ -63,7 +62,7 @@ int TakeOverPending(QTextStream& out)
     for (const QString& other : Surroundings.foldersOfOthers()) {
         const QString folder = other + u'\\';
         for (const PictureJournal::Found& journal : PictureJournal::In(folder)) {
-            if (folder == OwnFolder() || journal.holder != Holder::Dead || !journal.path.endsWith(JournalEnding))
+            if (folder == LocalFolder() || journal.holder != Holder::Dead || !journal.path.endsWith(JournalEnding))
                 continue;
             try {
                 TakeOver(journal, folder);

@@ -2,6 +2,7 @@
 
 #include "admin/commands.h"
 #include "contracts/desktop.h"
+#include "filing/capture_folders.h"
 #include "frame/components.h"
 
 #include <QElapsedTimer>
@@ -13,11 +14,6 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int LookMs = 200;
 } // namespace
-
-QString OwnFolder()
-{
-    return UseService<Desktop>().StateFolder() + u'\\';
-}
 
 QString HolderText(Holder holder, const QString& foreignOwner)
 {
@@ -31,9 +27,9 @@ QString HolderText(Holder holder, const QString& foreignOwner)
 
 int ShowFolders(const std::function<int(const QString& folder)>& show)
 {
-    int lines = show(OwnFolder());
+    int lines = show(LocalFolder());
     for (const QString& folder : Surroundings.foldersOfOthers())
-        lines += folder + u'\\' == OwnFolder() ? 0 : show(folder + u'\\');
+        lines += folder + u'\\' == LocalFolder() ? 0 : show(folder + u'\\');
     return lines;
 }
 

@@ -8,8 +8,6 @@
 
 /// What the commands on lists that wait have in common.
 
-/// The program's folder of this user, with a separator behind it.
-QString OwnFolder();
 /// Whose a list is, for the one who reads of it.
 QString HolderText(Holder holder, const QString& foreignOwner);
 /// Shows this user's folder, then those of others as far as this user may look into them; gives the sum of the lines.

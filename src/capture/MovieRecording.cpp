@@ -47,7 +47,7 @@ void MovieRecording::Begin()
     // What can't be recorded must not cost the earlier recording.
     if (m_capture.HoldFrame() == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
-    if (!m_capture.HasRoomForMovie(MovieFiling::LocalFolder()))
+    if (!m_capture.HasRoomForMovie(LocalFolder()))
         throw PlatformError(u"이 컴퓨터의 남은 공간이 부족하여 동영상을 저장할수 없습니다.!!"_s);
     CheckShare();
     m_lblMovie.setText(u"동영상 저장중..."_s);

@@ -58,6 +58,10 @@ enum class Holder {
 /// What another machine's process left goes after a day: until then it may be in the middle of its work.
 inline constexpr qint64 AbandonedMs = 24LL * 60 * 60 * 1000;
 
+/// Begins the names of the small files in the capture root by which living stations tell of themselves; the process's
+/// mark follows.
+inline constexpr char16_t LeasePrefix[] = u".lease-";
+
 /// A file held by this process alone; let go with the object, and by the system when the process dies.
 class FileLock
 {

@@ -1,6 +1,5 @@
 #include "filing/MovieFiling.h"
 
-#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "contracts/VideoOptions.h"
@@ -29,6 +28,8 @@ namespace {
 constexpr int LookMs = 1000;
 /// More than a slow share takes for one file.
 constexpr int HeldLooks = 10;
+/// Begins the names of movies on this machine, and, behind a point, of those that are being written.
+const QString LocalPrefix = u"Movie-"_s;
 constexpr char16_t MovieEnding[] = u".avi";
 /// Behind the movies' common part and a process's mark: that process records a movie of the visit.
 constexpr char16_t RecordingEnding[] = u".recording";
@@ -81,28 +82,20 @@ int NumberIn(const QString& path, const Visit& visit)
     return path.sliced(visit.MovieStem().size()).section(u'.', 0, 0).toInt();
 }
 
-/// Files of a movie that are whole, in their order.
-QStringList LocalFiles(const QString& id)
+/// Path of a movie's files on this machine without number and extension.
+QString LocalStem(const QString& id)
 {
-    QStringList names =
-        Files().FilesStartingWith(MovieFiling::LocalFolder(), QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-');
-    names.removeIf([](const QString& name) { return !name.endsWith(QStringView(MovieEnding)); });
-    return names;
-}
-
-bool IsBeingRecorded(const QString& id)
-{
-    return !Files()
-                .FilesStartingWith(MovieFiling::LocalFolder(),
-                                   u'.' + QString::fromUtf16(MovieFiling::LocalPrefix) + id + u'-')
-                .isEmpty();
+    return LocalFolder() + LocalPrefix + id + u'-';
 }
 
 } // namespace
 
-QString MovieFiling::LocalFolder()
+QStringList MovieFiling::NamesIn(const QString& folder, const QString& id)
 {
-    return UseService<Desktop>().StateFolder() + u'\\';
+    const QString prefix = LocalPrefix + id;
+    // Asked first: one that becomes whole meanwhile is found under both names, never under none.
+    const QStringList beingWritten = Files().FilesStartingWith(folder, u'.' + prefix);
+    return Files().FilesStartingWith(folder, prefix) + beingWritten;
 }
 
 MovieFiling::MovieFiling(StillFiling& filing) : m_filing(filing), m_journal(filing.Journal())
@@ -129,7 +122,7 @@ QString MovieFiling::Begin(const Visit& visit)
     job.visit = visit;
     m_journal.StoreMovie(job);
     Look();
-    return LocalFolder() + QString::fromUtf16(LocalPrefix) + job.id + u'-';
+    return LocalStem(job.id);
 }
 
 void MovieFiling::HasBegun()
@@ -249,9 +242,9 @@ void MovieFiling::List(MovieJob& job)
 bool MovieFiling::BringFiles(const MovieJob& job, bool mayBeThere)
 {
     capture_root::Check(job.visit.captureDir);
-    // Asked first: a file that becomes whole meanwhile is found behind it.
-    const bool isBeingRecorded = IsBeingRecorded(job.id);
-    const QStringList names = LocalFiles(job.id);
+    QStringList names = NamesIn(LocalFolder(), job.id);
+    const bool isBeingRecorded =
+        names.removeIf([](const QString& name) { return !name.endsWith(QStringView(MovieEnding)); }) > 0;
     if (!names.isEmpty()) {
         for (const MovieJob::Earlier& earlier : job.earlier) {
             if (Files().VersionOf(earlier.path) == earlier.version)

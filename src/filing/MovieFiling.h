@@ -41,9 +41,9 @@ public:
     /// What is left is for the next start.
     void End();
 
-    /// The folder on this machine's disk, and what the names of its movies begin with.
-    static QString LocalFolder();
-    static constexpr char16_t LocalPrefix[] = u"Movie-";
+    /// Names of a movie's files in a folder of this machine, in their order, those that are being written at the end;
+    /// of all movies without an identity.
+    static QStringList NamesIn(const QString& folder, const QString& id);
 
 Q_SIGNALS:
     /// Whether the share takes them is another now.

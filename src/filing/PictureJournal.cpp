@@ -3,6 +3,7 @@
 #include "contracts/desktop.h"
 #include "contracts/LocalDatabase.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
 #include "filing/journal_rows.h"
 #include "filing/ProcessList.h"
 #include "filing/visit_json.h"
@@ -29,14 +30,9 @@ constexpr char16_t CountEnding[] = u".count";
 /// The lists of an earlier release.
 const QString ListName = u"PendingRows"_s;
 
-QString JournalFolder()
-{
-    return UseService<Desktop>().StateFolder() + u'\\';
-}
-
 QString PathOf(const QString& mark, const char16_t* ending)
 {
-    return JournalFolder() + QString::fromUtf16(Prefix) + mark + QString::fromUtf16(ending);
+    return LocalFolder() + QString::fromUtf16(Prefix) + mark + QString::fromUtf16(ending);
 }
 
 /// Process mark in the name of a journal or its lock; empty for any other name.
@@ -45,6 +41,44 @@ QString MarkIn(const QString& name, const char16_t* ending)
     if (!name.startsWith(QStringView(Prefix)) || !name.endsWith(QStringView(ending)))
         return {};
     return name.sliced(QStringView(Prefix).size()).chopped(QStringView(ending).size());
+}
+
+template <class Jobs>
+auto FindJob(Jobs& jobs, const QString& id)
+{
+    return std::ranges::find_if(jobs, [&id](const auto& job) { return job.id == id; });
+}
+
+/// In the place of the one of its identity, or at the end.
+template <class Job>
+void PutJob(QList<Job>& jobs, const Job& job)
+{
+    const auto found = FindJob(jobs, job.id);
+    if (found != jobs.end())
+        *found = job;
+    else
+        jobs.append(job);
+}
+
+/// False when it isn't there.
+template <class Job>
+bool DropJob(QList<Job>& jobs, const QString& id)
+{
+    return jobs.removeIf([&id](const Job& job) { return job.id == id; }) > 0;
+}
+
+/// Those that aren't there yet, with the statements that write them.
+template <class Job>
+QStringList AdoptJobs(QList<Job>& jobs, const QList<Job>& others)
+{
+    QStringList statements;
+    for (const Job& job : others) {
+        if (FindJob(jobs, job.id) != jobs.end())
+            continue;
+        jobs.append(job);
+        statements << journal_rows::Write(job);
+    }
+    return statements;
 }
 
 QList<PictureRecord> PicturesIn(const QJsonDocument& list)
@@ -149,7 +183,7 @@ void PictureJournal::End()
 void PictureJournal::TakeOver()
 {
     const QString own = Files().ProcessMark();
-    for (const QString& name : Files().FilesStartingWith(JournalFolder(), QString::fromUtf16(Prefix))) {
+    for (const QString& name : Files().FilesStartingWith(LocalFolder(), QString::fromUtf16(Prefix))) {
         QString mark = MarkIn(name, JournalEnding);
         const bool isJournal = !mark.isEmpty();
         if (!isJournal)
@@ -157,7 +191,7 @@ void PictureJournal::TakeOver()
         const Holder holder = mark.isEmpty() ? Holder::Elsewhere : Files().HolderOf(mark);
         if (mark == own || holder == Holder::Self || holder == Holder::Elsewhere)
             continue;
-        const QString owner = Files().ForeignOwner(JournalFolder() + name);
+        const QString owner = Files().ForeignOwner(LocalFolder() + name);
         if (!owner.isEmpty()) {
             if (isJournal && holder == Holder::Dead && !m_foreignOwners.contains(owner))
                 m_foreignOwners << owner;
@@ -167,7 +201,7 @@ void PictureJournal::TakeOver()
             const std::unique_ptr<FileLock> lock = Files().Lock(PathOf(mark, LockEnding));
             if (lock == nullptr)
                 return;
-            if (isJournal && !TakeOverJournal(JournalFolder() + name))
+            if (isJournal && !TakeOverJournal(LocalFolder() + name))
                 return;
             if (isJournal || !FileExists(PathOf(mark, JournalEnding)))
                 DeleteFile(PathOf(mark, LockEnding));
@@ -234,18 +268,7 @@ void PictureJournal::Adopt(const Content& content)
     }
     for (const Folder& folder : content.folders)
         statements << journal_rows::Write(folder, true);
-    for (const DeletionJob& job : content.deletions) {
-        if (FindDeletion(job.id) != nullptr)
-            continue;
-        m_deletions.append(job);
-        statements << journal_rows::Write(job);
-    }
-    for (const MovieJob& job : content.movies) {
-        if (std::ranges::find(m_movies, job.id, &MovieJob::id) != m_movies.end())
-            continue;
-        m_movies.append(job);
-        statements << journal_rows::Write(job);
-    }
+    statements << AdoptJobs(m_deletions, content.deletions) << AdoptJobs(m_movies, content.movies);
     if (m_database != nullptr)
         m_database->Run(statements);
     // In the order of the presses, whichever process's they were.
@@ -349,7 +372,7 @@ void PictureJournal::Mark(const QString& id, const Change& change)
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PictureJournal::Remove(QString id)
 {
-    if (m_pictures.removeIf([&id](const PictureRecord& picture) { return picture.id == id; }) > 0) {
+    if (DropJob(m_pictures, id)) {
         Store({journal_rows::Remove(id)});
         TellCount();
     }
@@ -357,41 +380,33 @@ void PictureJournal::Remove(QString id)
 
 const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
 {
-    const auto found = std::ranges::find(m_deletions, id, &DeletionJob::id);
+    const auto found = FindJob(m_deletions, id);
     return found != m_deletions.end() ? &*found : nullptr;
 }
 
 void PictureJournal::StoreDeletion(const DeletionJob& job)
 {
-    const auto found = std::ranges::find(m_deletions, job.id, &DeletionJob::id);
-    if (found != m_deletions.end())
-        *found = job;
-    else
-        m_deletions.append(job);
+    PutJob(m_deletions, job);
     Store({journal_rows::Write(job)});
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PictureJournal::RemoveDeletion(QString id)
 {
-    if (m_deletions.removeIf([&id](const DeletionJob& job) { return job.id == id; }) > 0)
+    if (DropJob(m_deletions, id))
         Store({journal_rows::RemoveDeletion(id)});
 }
 
 void PictureJournal::StoreMovie(const MovieJob& job)
 {
-    const auto found = std::ranges::find(m_movies, job.id, &MovieJob::id);
-    if (found != m_movies.end())
-        *found = job;
-    else
-        m_movies.append(job);
+    PutJob(m_movies, job);
     Store({journal_rows::Write(job)});
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PictureJournal::RemoveMovie(QString id)
 {
-    if (m_movies.removeIf([&id](const MovieJob& job) { return job.id == id; }) > 0)
+    if (DropJob(m_movies, id))
         Store({journal_rows::RemoveMovie(id)});
 }
 
@@ -443,10 +458,9 @@ void PictureJournal::LookForForeignPictures()
 
 void PictureJournal::TellCount()
 {
-    const QString path = CountPath(Files().ProcessMark());
     if (UseService<Desktop>().MachineFolder().isEmpty())
         return;
-    m_writer.Post([path, count = Count()] {
+    m_writer.Post([path = CountPath(Files().ProcessMark()), count = Count()] {
         journal::NotingFaults([&] {
             DeleteFile(path);
             if (count > 0)

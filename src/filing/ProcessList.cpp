@@ -1,8 +1,7 @@
 #include "filing/ProcessList.h"
 
-#include "contracts/desktop.h"
 #include "contracts/PlatformError.h"
-#include "frame/components.h"
+#include "filing/capture_folders.h"
 #include "frame/journal.h"
 #include "frame/services.h"
 
@@ -13,11 +12,6 @@ namespace {
 constexpr char16_t ListEnding[] = u".json";
 constexpr char16_t LockEnding[] = u".lock";
 constexpr char16_t BrokenEnding[] = u".broken";
-
-QString ListFolder()
-{
-    return UseService<Desktop>().ProgramFolder() + u'\\';
-}
 
 /// Throws PlatformError when it can't be read.
 QJsonDocument ReadDocument(const QString& path)
@@ -73,12 +67,12 @@ ProcessList::ProcessList(QString name) : m_name(std::move(name))
 
 QString ProcessList::PathOf(const QString& mark, QStringView ending) const
 {
-    return ListFolder() + m_name + u'-' + mark + ending.toString();
+    return LocalFolder() + m_name + u'-' + mark + ending.toString();
 }
 
 QString ProcessList::CommonPath() const
 {
-    return ListFolder() + m_name + QString::fromUtf16(ListEnding);
+    return LocalFolder() + m_name + QString::fromUtf16(ListEnding);
 }
 
 QString ProcessList::Path() const
@@ -100,7 +94,7 @@ bool ProcessList::TakeOver(const Reader& read)
     if (FileExists(Path()))
         ReadList(Path(), true, read);
     const QString prefix = m_name + u'-';
-    for (const QString& file : Files().FilesStartingWith(ListFolder(), prefix)) {
+    for (const QString& file : Files().FilesStartingWith(LocalFolder(), prefix)) {
         const bool isList = file.endsWith(QStringView(ListEnding));
         if (!isList && !file.endsWith(QStringView(LockEnding)))
             continue;
@@ -108,7 +102,7 @@ bool ProcessList::TakeOver(const Reader& read)
         const Holder holder = Files().HolderOf(mark);
         if (holder == Holder::Self || holder == Holder::Elsewhere)
             continue;
-        const QString owner = Files().ForeignOwner(ListFolder() + file);
+        const QString owner = Files().ForeignOwner(LocalFolder() + file);
         if (owner.isEmpty() && TakeOverList(mark, read))
             m_taken << mark;
         else if (isList && !owner.isEmpty() && holder == Holder::Dead && !m_foreignOwners.contains(owner))

@@ -12,13 +12,13 @@ constexpr int RenewMs = 60'000;
 
 QString PathOf(const QString& root, const QString& mark)
 {
-    return root + QString::fromUtf16(StationLease::Prefix) + mark;
+    return root + QString::fromUtf16(LeasePrefix) + mark;
 }
 
 /// Those of processes that have ended.
 void RemoveOld(const QString& root)
 {
-    const QString prefix = QString::fromUtf16(StationLease::Prefix);
+    const QString prefix = QString::fromUtf16(LeasePrefix);
     for (const QString& name : Files().FilesStartingWith(root, prefix)) {
         if (StationLease::HolderOf(root, name.sliced(prefix.size())) == Holder::Dead)
             journal::NotingFaults([&] { DeleteFile(root + name); });

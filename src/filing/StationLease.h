@@ -20,8 +20,6 @@ public:
 
     /// Of the process whose mark stands on a file in the root. For a thread that may wait for the share.
     static Holder HolderOf(const QString& root, const QString& mark);
-    /// What the names of leases begin with.
-    static constexpr char16_t Prefix[] = u".lease-";
     /// Behind the last renewal of one that counts as living.
     static constexpr qint64 OldMs = 60LL * 60 * 1000;
 

@@ -1,13 +1,11 @@
 #include "filing/StillFiles.h"
 
-#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
 #include "filing/PictureJournal.h"
-#include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
@@ -35,11 +33,6 @@ constexpr qint64 LeastFreeBytes = 1'000'000'000;
 constexpr qint64 LeftOnShare = 1'000'000;
 
 const QString PictureEnding = u".jpg"_s;
-
-QString LocalFolder()
-{
-    return UseService<Desktop>().StateFolder() + u'\\';
-}
 
 /// Others wait for the share, and nothing may pass them.
 class Passed : public FilesAway
@@ -252,9 +245,8 @@ void StillFiles::KeepLocally(const StillPointer& still, const QByteArray& conten
         std::exception_ptr fault;
         try {
             // The share may have been quicker.
-            if (!still->isPlaced) {
+            if (!still->isPlaced)
                 disk->Write(still->id, content);
-            }
         } catch (const StoredWithFault&) {
         } catch (...) {
             fault = std::current_exception();

@@ -1,14 +1,21 @@
 #include "filing/capture_folders.h"
 
+#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"
+#include "frame/components.h"
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
 #include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
+
+QString LocalFolder()
+{
+    return UseService<Desktop>().StateFolder() + u'\\';
+}
 
 QStringList SectionsOfClient()
 {

@@ -2,6 +2,9 @@
 
 #include <QStringList>
 
+/// Where lies what is on its way: this user's own folder on this machine's disk, with a separator at its end.
+QString LocalFolder();
+
 /// The sections of this client as the setup lists them, blanks around them included.
 QStringList SectionsOfClient();
 

@@ -1,9 +1,8 @@
 #include "filing/capture_root.h"
 
-#include "contracts/desktop.h"
 #include "contracts/files.h"
+#include "filing/capture_folders.h"
 #include "filing/NumberClaim.h"
-#include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "frame/WorkThread.h"
@@ -55,7 +54,7 @@ QString MarkPath(const QString& root)
 
 QString MemoryPath()
 {
-    return UseService<Desktop>().StateFolder() + u"\\CaptureRoot.json"_s;
+    return LocalFolder() + u"CaptureRoot.json"_s;
 }
 
 /// Identities by the root's path.

@@ -47,9 +47,8 @@ void VisitPictures::BeginAnew(const Visit& visit)
 void VisitPictures::ClearGrid()
 {
     m_pictures.clear();
-    const int rows = m_grid->DataRowCnt();
     if (m_layout == 1) {
-        m_grid->ClearRange(1, 1, 5, rows, false);
+        m_grid->ClearRange(1, 1, 5, m_grid->DataRowCnt(), false);
         return;
     }
     for (int column = 1; column <= 6; ++column)

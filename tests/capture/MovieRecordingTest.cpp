@@ -1,6 +1,5 @@
 #include "contracts/VideoCap.h"
 #include "contracts/VideoOptions.h"
-#include "filing/MovieFiling.h"
 #include "platform/gstreamer/register_video.h"
 #include "support/CaptureScreen.h"
 #include "support/MovieReader.h"
@@ -318,7 +317,7 @@ private:
     }
     QStringList LocalMovies() const
     {
-        return Files().FilesStartingWith(MovieFiling::LocalFolder(), QString::fromUtf16(MovieFiling::LocalPrefix));
+        return Files().FilesStartingWith(m_box->Desk().StateFolder() + u'\\', u"Movie-"_s);
     }
     QStringList Visible() const
     {

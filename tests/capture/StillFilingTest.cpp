@@ -206,8 +206,8 @@ private Q_SLOTS:
         process_mark::KeepBoots(box.Desk().ProgramFolder() + u"/boots"_s,
                                 [&] { return QStringList{marks[u"before"_s]}; });
         for (const QString& each : {u"copy"_s, u"silent"_s})
-            WriteWholeFile(box.Root() + QString::fromUtf16(StationLease::Prefix) + marks[each], {});
-        MakeOld(box.Root() + QString::fromUtf16(StationLease::Prefix) + marks[u"silent"_s]);
+            WriteWholeFile(box.Root() + QString::fromUtf16(LeasePrefix) + marks[each], {});
+        MakeOld(box.Root() + QString::fromUtf16(LeasePrefix) + marks[u"silent"_s]);
         const QString claim = ClaimOf(box, 7);
         QVERIFY(Files().CreateExclusively(
             claim, R"({"holder":"%1","yuhyung":"02","imageExt":"jpg"})"_L1.arg(marks[holder]).toUtf8()));

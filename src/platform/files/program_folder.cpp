@@ -26,6 +26,7 @@ const QString ListNames = u"PendingRows"_s;
 const QString SpoolNames = u"Spool-"_s;
 const QString MovieNames = u"Movie-"_s;
 const QString JournalNames = u"Pictures-"_s;
+const QString PacsNames = u"Pacs-"_s;
 /// Made by the package, for the group of its name.
 const QString MachineFolder = u"/var/lib/capture-station"_s;
 
@@ -35,17 +36,16 @@ bool BelongsToPackages(const QString& folder)
     return (place.isEmpty() ? QDir::cleanPath(folder) : place).startsWith(u"/usr/"_s);
 }
 
-bool IsHeld(const QString& list)
-{
-    const QString mark = QFileInfo(list.mid(ListNames.size() + 1)).completeBaseName();
-    const Holder holder = Files().HolderOf(mark);
-    return holder == Holder::Living || holder == Holder::Self;
-}
-
 /// Process mark in a name such as Pictures-MARK.journal.
 QString MarkIn(const QString& name)
 {
     return QFileInfo(name).completeBaseName().section(u'-', 1);
+}
+
+bool IsHeld(const QString& name)
+{
+    const Holder holder = Files().HolderOf(MarkIn(name));
+    return holder == Holder::Living || holder == Holder::Self;
 }
 
 void Move(const QString& from, const QString& to)
@@ -54,25 +54,21 @@ void Move(const QString& from, const QString& to)
     Files().DeleteFile(from);
 }
 
-/// Pictures and journals on their way, unless a station works with them there: an earlier release may.
-void MoveState(const QString& from, const QString& to)
+/// What waits, unless a station works with it there: an earlier release may. The pictures first: a journal or a list
+/// names those that lie beside it.
+bool MoveWaiting(const QString& from, const QString& to)
 {
-    try {
-        const QStringList journals = Files().FilesStartingWith(from, JournalNames);
-        const bool isAnyHeld = std::ranges::any_of(journals, [](const QString& name) {
-            const Holder holder = Files().HolderOf(MarkIn(name));
-            return holder == Holder::Living || holder == Holder::Self;
-        });
-        if (isAnyHeld)
-            return;
-        // The pictures first: a journal names those that lie beside it.
-        for (const QString& prefix : {SpoolNames, MovieNames, u'.' + MovieNames, JournalNames}) {
-            for (const QString& name : Files().FilesStartingWith(from, prefix))
-                Move(from + u'/' + name, to + u'/' + name);
-        }
-    } catch (const PlatformError& error) {
-        journal::NoteFault(u"프로그램 폴더(%1)의 그림을 옮기지 못함: %2"_s.arg(from, error.Text()));
-    }
+    QStringList lists;
+    for (const QString& prefix : {JournalNames, ListNames, PacsNames})
+        lists += Files().FilesStartingWith(from, prefix);
+    if (std::ranges::any_of(lists, IsHeld))
+        return false;
+    QStringList names;
+    for (const QString& prefix : {SpoolNames, MovieNames, u'.' + MovieNames})
+        names += Files().FilesStartingWith(from, prefix);
+    for (const QString& name : names + lists)
+        Move(from + u'/' + name, to + u'/' + name);
+    return true;
 }
 
 } // namespace
@@ -109,12 +105,8 @@ QString FindProgramFolder(const QString& chosen, const QString& executableFolder
 void TakeOverProgramFolder(const QString& from, const QString& to)
 {
     try {
-        const QStringList lists = Files().FilesStartingWith(from, ListNames);
-        if (std::ranges::any_of(lists, IsHeld))
+        if (!MoveWaiting(from, to))
             return;
-        // The pictures first: a list names those that lie beside it.
-        for (const QString& name : Files().FilesStartingWith(from, SpoolNames) + lists)
-            Move(from + u'/' + name, to + u'/' + name);
         // Others may read theirs from here too.
         if (Files().FileExists(from + u'/' + SettingsName) && !Files().FileExists(to + u'/' + SettingsName))
             Files().WritePrivateFile(to + u'/' + SettingsName, Files().ReadFile(from + u'/' + SettingsName));
@@ -131,13 +123,9 @@ StatePlace FindStateFolder(const QString& machineFolder, const QString& programF
     if (user == nullptr || !machine.isDir() || !machine.isWritable() || !machine.isExecutable())
         return beside;
     const QString folder = machineFolder + u'/' + QFile::decodeName(user->pw_name);
-    try {
-        Files().MakePrivateFolder(folder);
-    } catch (const PlatformError& error) {
-        journal::NoteFault(error.Text());
+    if (!journal::NotingFaults([&] { Files().MakePrivateFolder(folder); }))
         return beside;
-    }
-    MoveState(programFolder, folder);
+    journal::NotingFaults([&] { MoveWaiting(programFolder, folder); });
     return {folder, machineFolder};
 }
 
@@ -149,7 +137,7 @@ StatePlace StateFolderHere(const QString& programFolder)
     process_mark::KeepBoots(boots, [&] {
         QStringList marks;
         for (const QString& folder : {programFolder, state.folder}) {
-            for (const QString& prefix : {JournalNames, ListNames}) {
+            for (const QString& prefix : {JournalNames, ListNames, PacsNames}) {
                 for (const QString& name : Files().FilesStartingWith(folder, prefix))
                     marks << MarkIn(name);
             }

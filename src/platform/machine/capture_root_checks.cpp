@@ -130,7 +130,7 @@ void CheckYear(const ClientSetupRecord& client, CheckLines& lines)
 /// A station that works now, under this machine's identity, and of a boot that isn't this machine's.
 void CheckCopies(const ClientSetupRecord& client, CheckLines& lines)
 {
-    const QString prefix = u".lease-"_s;
+    const QString prefix = QString::fromUtf16(LeasePrefix);
     for (const QString& name : Files().FilesStartingWith(client.CaptureRoot, prefix)) {
         const QString mark = name.sliced(prefix.size());
         if (Files().HolderOf(mark) == Holder::Elsewhere && Files().IsOfThisMachine(mark) &&

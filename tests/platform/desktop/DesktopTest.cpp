@@ -243,8 +243,8 @@ private Q_SLOTS:
             QFile file(program.filePath(name));
             QVERIFY(file.open(QFile::WriteOnly));
         };
-        for (const QString& name :
-             {u"Spool-7.jpg"_s, u"Pictures-dead.journal"_s, u".Movie-1-001.avi.x.part"_s, u"CapSet.ini"_s})
+        for (const QString& name : {u"Spool-7.jpg"_s, u"Pictures-dead.journal"_s, u"Pacs-dead.json"_s,
+                                    u".Movie-1-001.avi.x.part"_s, u"CapSet.ini"_s})
             put(name);
         // Another user's, or none: what the program's folder has stays there.
         QCOMPARE(FindStateFolder(machine.filePath(u"none"_s), program.path()).folder, program.path());
@@ -253,7 +253,8 @@ private Q_SLOTS:
         QCOMPARE(QFileInfo(place.folder).path(), machine.path());
         QCOMPARE(QFile::permissions(place.folder) & 0x77, QFile::Permissions());
         QCOMPARE(QDir(place.folder).entryList(QDir::Files | QDir::Hidden, QDir::Name),
-                 (QStringList{u".Movie-1-001.avi.x.part"_s, u"Pictures-dead.journal"_s, u"Spool-7.jpg"_s}));
+                 (QStringList{u".Movie-1-001.avi.x.part"_s, u"Pacs-dead.json"_s, u"Pictures-dead.journal"_s,
+                              u"Spool-7.jpg"_s}));
         QCOMPARE(QDir(program.path()).entryList(QDir::Files | QDir::Hidden), QStringList{u"CapSet.ini"_s});
     }
 
