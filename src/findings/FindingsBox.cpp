@@ -19,9 +19,10 @@ FindingsBox::FindingsBox(QWidget* parent) : LongTextBox(u"\r\n"_s, parent)
     setFont(boxFont);
 }
 
-void SplitTextLines(const FindingsBox& box, QStringList& lines)
+QStringList SplitTextLines(const FindingsBox& box)
 {
-    lines = QStringList{QString()};
+    QStringList lines{QString()};
     if (!Trim(box.Text()).isEmpty())
         lines += box.ShownLines();
+    return lines;
 }

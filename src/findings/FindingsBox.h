@@ -12,4 +12,4 @@ public:
 };
 
 /// The lines of a box from element 1; element 0 is empty. A box without text gives that one alone.
-void SplitTextLines(const FindingsBox& box, QStringList& lines);
+QStringList SplitTextLines(const FindingsBox& box);

@@ -8,37 +8,30 @@
 
 using namespace Qt::StringLiterals;
 
-std::optional<FindingsDoctor> ReadDoctor(const QString& code)
+void TakeDoctor(FindingsRecordFields& record, const DoctorRow& doctor)
 {
-    const std::optional<DoctorRow> row = LookupDoctor(code, FindingsRecord.Ymd);
-    return row ? std::optional(FindingsDoctor{row->Name, row->Licence, row->Saup}) : std::nullopt;
-}
-
-void TakeDoctor(const FindingsDoctor& doctor)
-{
-    FindingsRecord.Doctor = doctor.Doctor;
-    FindingsRecord.Myonheo = doctor.Myonheo;
-    FindingsRecord.Saup = doctor.Saup;
-    const auto place =
-        IsNumericText(FindingsRecord.Saup) ? SaupTable.find(WholeNumber(FindingsRecord.Saup)) : SaupTable.end();
+    record.Doctor = doctor.Name;
+    record.Myonheo = doctor.Licence;
+    record.Saup = doctor.Saup;
+    const auto place = IsNumericText(record.Saup) ? SaupTable.find(WholeNumber(record.Saup)) : SaupTable.end();
     if (place != SaupTable.end()) {
-        FindingsRecord.Hospital = place->second.Hospital;
-        FindingsRecord.Yoyangno = place->second.Yoyangno;
+        record.Hospital = place->second.Hospital;
+        record.Yoyangno = place->second.Yoyangno;
     }
 }
 
-QString DoctorListName(const QString& code)
+QString DoctorListName(const QString& code, const QString& ymd)
 {
-    const auto row = OpenRows(DoctorStatement(u" SELECT doctor_myung FROM doctor ", code, FindingsRecord.Ymd));
+    const auto row = OpenRows(DoctorStatement(u" SELECT doctor_myung FROM doctor ", code, ymd));
     // Not null, if only empty, for a doctor without a name.
     return HasRow(*row) ? u""_s + FieldText(*row, u"doctor_myung"_s) : QString();
 }
 
-QStringList DoctorEntries()
+QStringList DoctorEntries(const QString& ymd)
 {
     Statement statement(u" SELECT doctor_code, doctor_myung FROM doctor ");
     statement.Piece(u" WHERE ");
-    ValidOnDate(statement, FindingsRecord.Ymd, u"' )) ")
+    ValidOnDate(statement, ymd, u"' )) ")
         .Piece(u" AND doctor_kwamok < '80' ")
         .Piece(u" ORDER BY doctor_code ASC, doctor_ymd DESC ");
     QStringList entries;

@@ -18,9 +18,8 @@ constexpr int RoomColumns = 20;
 /// From here on printing takes long enough to want a way out.
 constexpr int PagesWithProgress = 5;
 
-PrintedHead HeadOfRecord()
+PrintedHead HeadOf(const FindingsRecordFields& record)
 {
-    const FindingsRecordFields& record = FindingsRecord;
     return {.title = record.Etc + u" 소 견 서"_s,
             .printYmd = record.Balymd,
             .chart = record.Chart + u'-' + record.Yuhyung,
@@ -45,10 +44,11 @@ void PrintLines(const PrintedPage& page, const QStringList& lines, int number, i
     }
 }
 
-void PrintPictures(const PrintedPage& page, const std::array<ImagXpress*, 6>& pictures)
+void PrintPictures(const PrintedPage& page, const FindingsRecordFields& record,
+                   const std::array<ImagXpress*, 6>& pictures)
 {
     page.Text({49, 50, 14, 22}, u"캡쳐일자 : "_s);
-    page.Text({49, 50, 22, 40}, FindingsRecord.Ymd);
+    page.Text({49, 50, 22, 40}, record.Ymd);
     for (size_t slot = 0; slot < pictures.size(); ++slot) {
         const int row = slot < 3 ? 51 : 64;
         const int column = 4 + static_cast<int>(slot % 3) * 22;
@@ -56,9 +56,8 @@ void PrintPictures(const PrintedPage& page, const std::array<ImagXpress*, 6>& pi
     }
 }
 
-void PrintFooter(const PrintedPage& page)
+void PrintFooter(const PrintedPage& page, const FindingsRecordFields& record)
 {
-    const FindingsRecordFields& record = FindingsRecord;
     page.Rule(76);
     page.Font(11);
     page.Text({77, 78, 2, 12}, u"담당의사 : "_s);
@@ -71,26 +70,27 @@ void PrintFooter(const PrintedPage& page)
     page.Text({78, 79, 45, 69}, record.Hospital);
 }
 
-void PrintFindingsPage(const PrintedPage& page, int number, const std::array<ImagXpress*, 6>& pictures)
+void PrintFindingsPage(const PrintedPage& page, const FindingsRecordFields& record, int number,
+                       const std::array<ImagXpress*, 6>& pictures)
 {
-    page.Head(HeadOfRecord(), number);
+    page.Head(HeadOf(record), number);
     page.Font(12);
     page.Text({14, 15, 2, 12}, u"소 견 내 용"_s);
     page.Rule(15, 12);
     page.Font(11);
-    PrintLines(page, FindingsRecord.SogyonLines, number, FindingsLinesPerPage, 16);
+    PrintLines(page, record.SogyonLines, number, FindingsLinesPerPage, 16);
     page.Rule(41);
     page.Font(12);
     page.Text({42, 43, 2, 12}, u"비      고"_s);
     page.Rule(43, 12);
     page.Font(11);
-    PrintLines(page, FindingsRecord.BigoLines, number, RemarkLinesPerPage, 44);
+    PrintLines(page, record.BigoLines, number, RemarkLinesPerPage, 44);
     page.Rule(48);
     page.Font(12);
     page.Text({49, 50, 2, 12}, u"Findings"_s);
     if (number == 1)
-        PrintPictures(page, pictures);
-    PrintFooter(page);
+        PrintPictures(page, record, pictures);
+    PrintFooter(page, record);
 }
 
 int PagesFor(const QStringList& lines, int perPage)
@@ -106,10 +106,10 @@ QSize PrintedPictureSize()
     return PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns});
 }
 
-void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& owner)
+void PrintFindingsPages(const FindingsRecordFields& record, const std::array<ImagXpress*, 6>& pictures, QWidget& owner)
 {
-    const int pages = qMax(PagesFor(FindingsRecord.SogyonLines, FindingsLinesPerPage),
-                           PagesFor(FindingsRecord.BigoLines, RemarkLinesPerPage));
+    const int pages =
+        qMax(PagesFor(record.SogyonLines, FindingsLinesPerPage), PagesFor(record.BigoLines, RemarkLinesPerPage));
     const PrintedPage page;
 
     QProgressDialog progress(u"소견서를 출력하는 중입니다..."_s, u"취소"_s, 0, pages, &owner);
@@ -125,7 +125,7 @@ void PrintFindingsPages(const std::array<ImagXpress*, 6>& pictures, QWidget& own
             if (progress.wasCanceled())
                 return;
         }
-        PrintFindingsPage(page, number, pictures);
+        PrintFindingsPage(page, record, number, pictures);
         Printer().EndDoc();
     }
 }

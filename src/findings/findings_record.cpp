@@ -1,23 +1,16 @@
 #include "findings/findings_record.h"
 
-#include "visit/VisitContext.h"
-
 using namespace Qt::StringLiterals;
 
 FindingsRecordFields FindingsRecord;
 
-Visit VisitOfFindings()
+void ClearFindingsRecord(FindingsRecordFields& record)
 {
-    return VisitOf(FindingsRecord.Chart, FindingsRecord.Yuhyung, FindingsRecord.Ymd, FindingsRecord.Etc);
-}
-
-void ClearFindingsRecord()
-{
-    const QString saup = FindingsRecord.Saup;
-    FindingsRecord = {};
-    FindingsRecord.Saup = saup;
-    FindingsRecord.Yeonno = u"0"_s;
-    FindingsRecord.Chart = u"0"_s;
-    FindingsRecord.SogyonLines = QStringList{QString()};
-    FindingsRecord.BigoLines = QStringList{QString()};
+    const QString saup = record.Saup;
+    record = {};
+    record.Saup = saup;
+    record.Yeonno = u"0"_s;
+    record.Chart = u"0"_s;
+    record.SogyonLines = QStringList{QString()};
+    record.BigoLines = QStringList{QString()};
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "visit/Visit.h"
-
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -42,24 +40,22 @@ struct FindingsRecordFields
     std::optional<QList<QVariant>> Stored;
 };
 
+/// The one report. Only the screen that shows it, and the two ways to another one, reach for it; what they call is
+/// given it.
 extern FindingsRecordFields FindingsRecord;
 
-/// The visit that the record reports on, with the place of its files. Throws PlatformError for a date that is no name
-/// of a folder.
-Visit VisitOfFindings();
-
-/// Empties the record but for `Saup`.
-void ClearFindingsRecord();
+/// Empties a record but for `Saup`.
+void ClearFindingsRecord(FindingsRecordFields& record);
 
 /// Puts the record back as it was unless `Keep` is called: a fault half-way leaves nothing half changed.
 class FindingsRecordRollback
 {
 public:
-    FindingsRecordRollback() : m_before(FindingsRecord) {}
+    explicit FindingsRecordRollback(FindingsRecordFields& record) : m_record(record), m_before(record) {}
     ~FindingsRecordRollback()
     {
         if (!m_kept)
-            FindingsRecord = m_before;
+            m_record = m_before;
     }
     FindingsRecordRollback(const FindingsRecordRollback&) = delete;
     FindingsRecordRollback& operator=(const FindingsRecordRollback&) = delete;
@@ -67,6 +63,7 @@ public:
     void Keep() { m_kept = true; }
 
 private:
+    FindingsRecordFields& m_record;
     FindingsRecordFields m_before;
     bool m_kept = false;
 };

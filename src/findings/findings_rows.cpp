@@ -31,9 +31,8 @@ constexpr qsizetype FindingsColumn = 14;
 constexpr qsizetype RemarkColumn = 15;
 
 /// The record as its row is to be, in that order.
-QList<QVariant> RowOfRecord()
+QList<QVariant> RowOfRecord(const FindingsRecordFields& record)
 {
-    const FindingsRecordFields& record = FindingsRecord;
     QList<QVariant> row{record.Yeonno, record.Chart, record.Yuhyung, record.Ymd,
                         record.Suname, record.Jumin, record.Jinchal, record.Etc};
     for (const int number : record.PicNo)
@@ -64,57 +63,56 @@ Visit OwnerOf(const QList<QVariant>& row)
     return visit;
 }
 
-QString PicturePathOf(int number)
+QString PicturePathOf(const FindingsRecordFields& record, int number)
 {
     try {
-        return VisitOfFindings().PicturePath(number);
+        return VisitOf(record.Chart, record.Yuhyung, record.Ymd, record.Etc).PicturePath(number);
     } catch (const PlatformError&) {
         // A row whose section or chart is no name of a folder has no pictures here.
         return {};
     }
 }
 
-void ReadRow(const AdoRecordset& row)
+void ReadRow(FindingsRecordFields& record, const AdoRecordset& row)
 {
     const auto text = [&row](const QString& column) { return FieldText(row, column); };
-    FindingsRecord.Yeonno = text(u"caso_yeonno"_s);
-    FindingsRecord.Chart = text(u"caso_chart"_s);
-    FindingsRecord.Yuhyung = text(u"caso_yuhyung"_s);
-    FindingsRecord.Jinchal = text(u"caso_jinchal"_s);
-    FindingsRecord.Etc = text(u"caso_etc"_s);
-    FindingsRecord.Suname = text(u"caso_suname"_s);
-    FindingsRecord.Jumin = text(u"caso_jumin"_s);
-    FindingsRecord.Ymd = text(u"caso_ymd"_s);
-    FindingsRecord.Balymd = text(u"caso_balymd"_s);
-    FindingsRecord.Hospital = text(u"caso_hospital"_s);
-    FindingsRecord.Yoyangno = text(u"caso_yoyangno"_s);
-    FindingsRecord.Doctor = text(u"caso_doctor"_s);
-    FindingsRecord.Myonheo = text(u"caso_myonheo"_s);
-    for (size_t slot = 0; slot < FindingsRecord.PicNo.size(); ++slot) {
+    record.Yeonno = text(u"caso_yeonno"_s);
+    record.Chart = text(u"caso_chart"_s);
+    record.Yuhyung = text(u"caso_yuhyung"_s);
+    record.Jinchal = text(u"caso_jinchal"_s);
+    record.Etc = text(u"caso_etc"_s);
+    record.Suname = text(u"caso_suname"_s);
+    record.Jumin = text(u"caso_jumin"_s);
+    record.Ymd = text(u"caso_ymd"_s);
+    record.Balymd = text(u"caso_balymd"_s);
+    record.Hospital = text(u"caso_hospital"_s);
+    record.Yoyangno = text(u"caso_yoyangno"_s);
+    record.Doctor = text(u"caso_doctor"_s);
+    record.Myonheo = text(u"caso_myonheo"_s);
+    for (size_t slot = 0; slot < record.PicNo.size(); ++slot) {
         const int number = FieldNumber(row, u"caso_no%1"_s.arg(slot + 1));
-        FindingsRecord.PicNo[slot] = number;
-        FindingsRecord.PicPath[slot] = number > 0 ? PicturePathOf(number) : QString();
+        record.PicNo[slot] = number;
+        record.PicPath[slot] = number > 0 ? PicturePathOf(record, number) : QString();
     }
-    FindingsRecord.Sogyon = row.Fields(u"caso_sogyon"_s).toString();
-    FindingsRecord.Bigo = row.Fields(u"caso_bigo"_s).toString();
+    record.Sogyon = row.Fields(u"caso_sogyon"_s).toString();
+    record.Bigo = row.Fields(u"caso_bigo"_s).toString();
 
-    const QString jumin = QString(FindingsRecord.Jumin).remove(u'-');
-    FindingsRecord.Sex = SexText(jumin);
-    const QString years = AgeText(FindingsRecord.Ymd, jumin).left(3);
-    FindingsRecord.Nai = IsNumericText(years) ? WholeNumberText(years) + u"세 "_s : QString();
-    FindingsRecord.Stored = ValuesOf(row);
+    const QString jumin = QString(record.Jumin).remove(u'-');
+    record.Sex = SexText(jumin);
+    const QString years = AgeText(record.Ymd, jumin).left(3);
+    record.Nai = IsNumericText(years) ? WholeNumberText(years) + u"세 "_s : QString();
+    record.Stored = ValuesOf(row);
 }
 
-std::unique_ptr<AdoRecordset> RowOfNumber()
+std::unique_ptr<AdoRecordset> RowOfNumber(const FindingsRecordFields& record)
 {
-    return OpenRows(Statement(u" SELECT * FROM caso ").Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno),
-                    adOpenKeyset);
+    return OpenRows(Statement(u" SELECT * FROM caso ").Quoted(u" WHERE caso_yeonno = '", record.Yeonno), adOpenKeyset);
 }
 
 /// What stands under the record's number now.
-std::optional<QList<QVariant>> PresentRow()
+std::optional<QList<QVariant>> PresentRow(const FindingsRecordFields& record)
 {
-    const auto row = RowOfNumber();
+    const auto row = RowOfNumber(record);
     return HasRow(*row) ? std::optional(ValuesOf(*row)) : std::nullopt;
 }
 
@@ -137,9 +135,9 @@ Statement& WithValue(Statement& statement, const QVariant& value)
 
 /// Puts the record under its number as a new row, whole, which the key lets only one station do. False when another
 /// report was quicker.
-bool InsertRow()
+bool InsertRow(const FindingsRecordFields& record)
 {
-    unanswered = RowOfRecord();
+    unanswered = RowOfRecord(record);
     Statement statement(u" INSERT INTO caso VALUES ( ");
     for (qsizetype at = 0; at < unanswered.size(); ++at)
         WithValue(statement.Piece(at == 0 ? u"" : u", "), unanswered[at]);
@@ -147,7 +145,7 @@ bool InsertRow()
         Execute(statement.Piece(u" ) "));
         return true;
     } catch (const PlatformError&) {
-        const auto row = PresentRow();
+        const auto row = PresentRow(record);
         if (!row)
             throw;
         // One that had arrived before its connection was lost was repeated, and met itself.
@@ -157,13 +155,13 @@ bool InsertRow()
 
 /// Puts the record in the place of its row, in one statement, so that no other station comes in between. False when the
 /// row isn't what it was.
-bool ReplaceRow(const QList<QVariant>& before)
+bool ReplaceRow(const FindingsRecordFields& record, const QList<QVariant>& before)
 {
-    unanswered = RowOfRecord();
+    unanswered = RowOfRecord(record);
     Statement statement(u" UPDATE caso SET ");
     for (qsizetype at = 1; at < unanswered.size(); ++at)
         WithValue(statement.Piece(at == 1 ? u"" : u", ").Piece(Columns()[at]).Piece(u" = "), unanswered[at]);
-    statement.Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno);
+    statement.Quoted(u" WHERE caso_yeonno = '", record.Yeonno);
     for (qsizetype at = 0; at < before.size(); ++at)
         statement.Piece(u" AND ").Same(Columns()[at], before[at]);
     return Execute(statement) > 0;
@@ -171,10 +169,10 @@ bool ReplaceRow(const QList<QVariant>& before)
 
 /// What has become of the row that was stored. Where it can't be that, another station was quicker, and what was sent
 /// is what the next save starts from.
-void ReadBack()
+void ReadBack(FindingsRecordFields& record)
 {
-    const auto row = PresentRow();
-    FindingsRecord.Stored = row && CanBe(*row, unanswered) ? *row : unanswered;
+    const auto row = PresentRow(record);
+    record.Stored = row && CanBe(*row, unanswered) ? *row : unanswered;
     unanswered.clear();
 }
 
@@ -196,46 +194,46 @@ QString NumberBehind(const QString& greatest, const QString& year)
 }
 
 /// Gives the record the next number in place of one that is taken.
-void TakeNextNumber()
+void TakeNextNumber(FindingsRecordFields& record)
 {
-    const QString year = FindingsRecord.Ymd.left(4);
+    const QString year = record.Ymd.left(4);
     const QString greatest = GreatestNumber(year);
     const QString next = NumberBehind(greatest, year);
     // No way on from a number such as 2026000001A, which only an administrator can mend.
-    if (FindingsRecord.Yeonno.startsWith(year) && next <= FindingsRecord.Yeonno)
+    if (record.Yeonno.startsWith(year) && next <= record.Yeonno)
         throw PlatformError(
             u"다음 소견서 번호를 정할 수 없습니다. 소견서 번호 %1을(를) 확인하세요.!!"_s.arg(greatest.left(20)));
-    FindingsRecord.Yeonno = next;
+    record.Yeonno = next;
 }
 
 } // namespace
 
-bool ReadFindingsOfVisit()
+bool ReadFindingsOfVisit(FindingsRecordFields& record)
 {
     Statement statement(u" SELECT * FROM caso ");
-    statement.Quoted(u" WHERE caso_chart = '", FindingsRecord.Chart).Quoted(u" AND caso_ymd = '", FindingsRecord.Ymd);
-    if (!Trim(FindingsRecord.Jinchal).isEmpty())
-        statement.Quoted(u" AND caso_jinchal = '", FindingsRecord.Jinchal);
-    statement.Quoted(u" AND caso_etc = '", FindingsRecord.Etc).Piece(u" ORDER BY caso_yeonno ASC ");
+    statement.Quoted(u" WHERE caso_chart = '", record.Chart).Quoted(u" AND caso_ymd = '", record.Ymd);
+    if (!Trim(record.Jinchal).isEmpty())
+        statement.Quoted(u" AND caso_jinchal = '", record.Jinchal);
+    statement.Quoted(u" AND caso_etc = '", record.Etc).Piece(u" ORDER BY caso_yeonno ASC ");
     const auto rows = OpenRows(statement, adOpenKeyset);
     if (!HasRow(*rows))
         return false;
-    FindingsRecordRollback rollback;
-    ClearFindingsRecord();
-    ReadRow(*rows);
+    FindingsRecordRollback rollback(record);
+    ClearFindingsRecord(record);
+    ReadRow(record, *rows);
     rollback.Keep();
     return true;
 }
 
-bool ReadFindingsByNumber(const QString& number)
+bool ReadFindingsByNumber(FindingsRecordFields& record, const QString& number)
 {
     const auto rows =
         OpenRows(Statement(u" SELECT * FROM caso ").Quoted(u" WHERE caso_yeonno = '", number), adOpenKeyset);
-    FindingsRecordRollback rollback;
-    ClearFindingsRecord();
+    FindingsRecordRollback rollback(record);
+    ClearFindingsRecord(record);
     const bool found = HasRow(*rows);
     if (found)
-        ReadRow(*rows);
+        ReadRow(record, *rows);
     rollback.Keep();
     return found;
 }
@@ -250,61 +248,60 @@ QString NextFindingsNumber(const QString& year)
     return NumberBehind(GreatestNumber(year), year);
 }
 
-FindingsStored StoreFindings()
+FindingsStored StoreFindings(FindingsRecordFields& record)
 {
-    const bool hasNumber = FindingsRecord.Stored || FindingsRecord.Yeonno.toLongLong() > 0;
-    if (!hasNumber || FindingsRecord.Ymd.isEmpty())
+    const bool hasNumber = record.Stored || record.Yeonno.toLongLong() > 0;
+    if (!hasNumber || record.Ymd.isEmpty())
         throw PlatformError(u"열린 소견서가 없습니다. 소견서를 다시 여십시오.!!"_s);
-    FindingsRecordRollback rollback;
-    const QString before = FindingsRecord.Yeonno;
-    if (FindingsRecord.Stored) {
+    FindingsRecordRollback rollback(record);
+    const QString before = record.Yeonno;
+    if (record.Stored) {
         const QList<QVariant> sent = unanswered;
-        if (!ReplaceRow(*FindingsRecord.Stored)) {
+        if (!ReplaceRow(record, *record.Stored)) {
             // Its own, from a statement that arrived without an answer.
-            const auto row = PresentRow();
-            const bool isOwn = row && (IsSame(*row, unanswered) || (IsSame(*row, sent) && ReplaceRow(*row)));
+            const auto row = PresentRow(record);
+            const bool isOwn = row && (IsSame(*row, unanswered) || (IsSame(*row, sent) && ReplaceRow(record, *row)));
             if (!isOwn) {
                 unanswered.clear();
                 return FindingsStored::Changed;
             }
         }
     } else {
-        while (!InsertRow())
-            TakeNextNumber();
+        while (!InsertRow(record))
+            TakeNextNumber(record);
     }
-    ReadBack();
+    ReadBack(record);
     rollback.Keep();
-    return FindingsRecord.Yeonno == before ? FindingsStored::Done : FindingsStored::Renumbered;
+    return record.Yeonno == before ? FindingsStored::Done : FindingsStored::Renumbered;
 }
 
-void TakePresentRow()
+void TakePresentRow(FindingsRecordFields& record)
 {
-    const auto row = PresentRow();
-    const bool isOwn = row && OwnerOf(*row) == OwnerOf(RowOfRecord());
-    FindingsRecord.Stored = isOwn ? row : std::nullopt;
+    const auto row = PresentRow(record);
+    const bool isOwn = row && OwnerOf(*row) == OwnerOf(RowOfRecord(record));
+    record.Stored = isOwn ? row : std::nullopt;
 }
 
-std::optional<FindingsTexts> StoredFindingsTexts()
+std::optional<FindingsTexts> StoredFindingsTexts(const FindingsRecordFields& record)
 {
-    if (!FindingsRecord.Stored)
+    if (!record.Stored)
         return std::nullopt;
-    return FindingsTexts{FindingsRecord.Stored->at(FindingsColumn).toString(),
-                         FindingsRecord.Stored->at(RemarkColumn).toString()};
+    return FindingsTexts{record.Stored->at(FindingsColumn).toString(), record.Stored->at(RemarkColumn).toString()};
 }
 
-void ExpectFindingsTexts(const FindingsTexts& texts)
+void ExpectFindingsTexts(FindingsRecordFields& record, const FindingsTexts& texts)
 {
-    const std::optional<FindingsTexts> stored = StoredFindingsTexts();
+    const std::optional<FindingsTexts> stored = StoredFindingsTexts(record);
     // Nothing, where nothing was stored, is null as well as empty.
     if (stored && stored->findings != texts.findings)
-        FindingsRecord.Stored->replace(FindingsColumn, texts.findings);
+        record.Stored->replace(FindingsColumn, texts.findings);
     if (stored && stored->remark != texts.remark)
-        FindingsRecord.Stored->replace(RemarkColumn, texts.remark);
+        record.Stored->replace(RemarkColumn, texts.remark);
 }
 
-QString CutTextsOfFindings()
+QString CutTextsOfFindings(const FindingsRecordFields& record)
 {
-    const std::optional<FindingsTexts> stored = StoredFindingsTexts();
+    const std::optional<FindingsTexts> stored = StoredFindingsTexts(record);
     QStringList cut;
     const auto compare = [&](const QString& name, const QString& kept, const QString& text) {
         // Characters, as the column counts them: one that it can't hold has become another.
@@ -314,20 +311,20 @@ QString CutTextsOfFindings()
             cut << u"%1이(가) 길어 %2자 중 %3자만 저장되었습니다.!!"_s.arg(name).arg(wanted).arg(characters);
     };
     if (stored) {
-        compare(u"소견"_s, stored->findings, FindingsRecord.Sogyon);
-        compare(u"비고"_s, stored->remark, FindingsRecord.Bigo);
+        compare(u"소견"_s, stored->findings, record.Sogyon);
+        compare(u"비고"_s, stored->remark, record.Bigo);
     }
     return cut.join(u"\r\n"_s);
 }
 
-void RemoveFindings()
+void RemoveFindings(FindingsRecordFields& record)
 {
-    const auto row = PresentRow();
-    const QList<QVariant> own = FindingsRecord.Stored.value_or(RowOfRecord());
+    const auto row = PresentRow(record);
+    const QList<QVariant> own = record.Stored.value_or(RowOfRecord(record));
     if (row && OwnerOf(*row) != OwnerOf(own))
         throw PlatformError(u"다른 곳에서 같은 번호로 저장한 소견서입니다. 삭제하지 않았습니다.!!"_s);
-    Execute(Statement(u" DELETE FROM caso ").Quoted(u" WHERE caso_yeonno = '", FindingsRecord.Yeonno));
-    FindingsRecord.Stored.reset();
+    Execute(Statement(u" DELETE FROM caso ").Quoted(u" WHERE caso_yeonno = '", record.Yeonno));
+    record.Stored.reset();
 }
 
 QString OpinionText(const QString& code)

@@ -1,63 +1,97 @@
 #include "findings/frmCapSogyon.h"
 
-#include "contracts/desktop.h"
-#include "contracts/ImagXpress.h"
+#include "contracts/findings_popups.h"
+#include "contracts/ImageList.h"
 #include "contracts/pictures.h"
 #include "findings/findings_doctors.h"
 #include "findings/findings_print.h"
-#include "findings/findings_record.h"
 #include "findings/findings_rows.h"
-#include "findings/FindingsBox.h"
-#include "findings/UpDownArrows.h"
+#include "findings/frmSoFind.h"
 #include "frame/components.h"
+#include "frame/controls.h"
 #include "frame/guard.h"
-#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "records/doctor_lookup.h"
 #include "records/tables.h"
-#include "screenparts/fill_routines.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "visit/VisitContext.h"
 
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QScopeGuard>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-/// Shows the beginning of a text that is longer than its box.
-void ShowText(QLineEdit& box, const QString& text)
-{
-    box.setText(ComposedText(text));
-    box.setCursorPosition(0);
-}
-} // namespace
 
-/// What the screen shows of the record that isn't in it.
-struct frmCapSogyon::Surroundings
+const QString SaveQuestion = u"저장하시겠습니까?"_s;
+
+/// Blue for what is typed and looked up, orange for the print date, as on the clinic's other forms; on white, where
+/// both can be read.
+constexpr char16_t Colours[] =
+    u"#frmCapSogyon > QLineEdit, #frmCapSogyon > QTextEdit, #frmCapSogyon > QComboBox, "
+    "#frmCapSogyon > QComboBox QLineEdit, #frmCapSogyon > QComboBox QAbstractItemView "
+    "{ color: #0000ff; background: #ffffff; }"
+    "#frmCapSogyon > QLineEdit { padding: 0px; }"
+    "#frmCapSogyon > QComboBox { padding: 0px 1px; }"
+    "#frmCapSogyon > QComboBox::drop-down { background: #333c44; }"
+    "#frmCapSogyon > #txtPyy, #frmCapSogyon > #cmbPmm, #frmCapSogyon > #cmbPmm *, #frmCapSogyon > #cmbPdd, "
+    "#frmCapSogyon > #cmbPdd * { color: #a64100; background: #ffffff; }"
+    "#frmCapSogyon > QPushButton { padding: 2px; }";
+
+FindingsSheet::Surroundings ReadSurroundings(const FindingsRecordFields& record)
 {
-    std::optional<FindingsDoctor> doctor;
-    QString doctorListName;
-    QList<std::pair<QImage, int>> pictures; ///< With their numbers, without those that are gone.
-};
+    FindingsSheet::Surroundings read{DoctorListName(record.Jinchal, record.Ymd)};
+    for (size_t slot = 0; slot < record.PicPath.size(); ++slot) {
+        const QString path = record.PicPath[slot];
+        if (!Trim(path).isEmpty() && PictureExists(path))
+            read.pictures.emplace_back(Pictures().LoadToPrint(path, PrintedPictureSize()), record.PicNo[slot]);
+    }
+    return read;
+}
+
+} // namespace
 
 frmCapSogyon::frmCapSogyon() : StationForm(QString::fromUtf16(FormName))
 {
-    BuildControls();
-    ConnectControls();
+    setWindowTitle(u"캡쳐소견"_s);
+    setFixedSize(PixelsFromTwips(9330), PixelsFromTwips(7470));
+    setStyleSheet(QString::fromUtf16(Colours));
+    BuildButtons();
+    connect(&m_sheet, &FindingsSheet::DoctorIsChosen, this, &frmCapSogyon::ChooseDoctor);
 }
 
-void frmCapSogyon::ConnectControls()
+void frmCapSogyon::BuildButtons()
 {
-    connect(m_cmbJinchal, &QComboBox::activated, this, GuardedSlot([this](int) { ChooseDoctor(); }));
-    connect(m_udPYY, &UpDownArrows::UpClick, this, GuardedSlot([this] { StepPrintYear(1); }));
-    connect(m_udPYY, &UpDownArrows::DownClick, this, GuardedSlot([this] { StepPrintYear(-1); }));
-    connect(m_cmdQry, &QPushButton::clicked, this, GuardedSlot([this](bool) { ShowEarlierFindings(); }));
-    connect(m_cmdSoFind, &QPushButton::clicked, this, GuardedSlot([this](bool) { ChooseOpinion(); }));
+    struct Command
+    {
+        int index;
+        const char16_t* caption;
+        int left;
+        int top;
+        void (frmCapSogyon::*run)();
+    };
+    for (const Command& command : {Command{0, u"조회", 8565, 1545, &frmCapSogyon::OpenFromList},
+                                   {1, u"저장", 8565, 2160, &frmCapSogyon::SaveAndClear},
+                                   {3, u"출력", 8560, 2775, &frmCapSogyon::PrintAndClear},
+                                   {2, u"삭제", 8560, 3390, &frmCapSogyon::DeleteAndClear},
+                                   {5, u"취소", 8560, 4005, &frmCapSogyon::Clear},
+                                   {4, u"종료", 8560, 4620, &frmCapSogyon::Close}}) {
+        const QString caption = QString::fromUtf16(command.caption);
+        auto* button = Named(new QPushButton(caption, this), u"cmdSogyon(%1)"_s.arg(command.index), caption,
+                             RectFromTwips(command.left, command.top, 735, 615));
+        connect(button, &QPushButton::clicked, this, GuardedSlot([this, run = command.run](bool) { Run(run); }));
+    }
+    const QIcon find = UseService<ImageList>().Picture(u"Find"_s);
+    const auto makeFind = [&](const QString& name, const QString& tip, const QRect& place,
+                              void (frmCapSogyon::*command)()) {
+        auto* button = Named(new QPushButton(find, {}, this), name, tip, place);
+        button->setToolTip(tip);
+        connect(button, &QPushButton::clicked, this, GuardedSlot([this, command](bool) { (this->*command)(); }));
+    };
+    makeFind(u"cmdSoFind"_s, u"소견문구 찾기"_s, RectFromTwips(3960, 1320, 495, 255), &frmCapSogyon::ChooseOpinion);
+    makeFind(u"cmdQry"_s, u"과거소견 찾기"_s, RectFromTwips(7800, 5520, 495, 255), &frmCapSogyon::ShowEarlierFindings);
 }
 
 void frmCapSogyon::Form_Load()
@@ -72,140 +106,229 @@ void frmCapSogyon::Form_Unload()
 
 void frmCapSogyon::OpenRecord()
 {
-    const QStringList doctors = DoctorEntries();
+    const QStringList doctors = DoctorEntries(m_record.Ymd);
     QString tableFault;
     EnsureTable(Connection, QString(), u"caso"_s, true, &tableFault);
     const bool hasTable = tableFault.isEmpty();
-    if (!hasTable || !ReadFindingsOfVisit())
+    if (!hasTable || !ReadFindingsOfVisit(m_record))
         StartNewReport(hasTable);
-    const Surroundings surroundings = ReadSurroundings();
-
+    ShowRecord(doctors);
     MoveTo({PixelsFromTwips(5700), PixelsFromTwips(1035)});
-    m_cmbJinchal->clear();
-    m_cmbJinchal->addItems(doctors);
-    FillDateLists();
-    ShowRecord(surroundings);
-    m_txtSogyon->setFocus();
+    m_sheet.setFocus();
     if (!hasTable)
         ShowInformation(u"소견서를 저장할 caso 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(tableFault));
 }
 
-void frmCapSogyon::FillDateLists()
-{
-    const QString today = TextFromDate(UseService<Desktop>().Today());
-    m_txtPyy->setText(today.left(4));
-    m_cmbPmm->clear();
-    for (int month = 1; month <= 12; ++month)
-        m_cmbPmm->addItem(LayIntoMask(QString::number(month), u"00"));
-    m_cmbPmm->setEditText(today.mid(4, 2));
-    FillDayCombo(m_txtPyy->text(), m_cmbPmm->currentText(), today.mid(6, 2), *m_cmbPdd);
-}
-
 void frmCapSogyon::StartNewReport(bool hasTable)
 {
-    const QString year = FindingsRecord.Ymd.left(4);
-    FindingsRecord.Yeonno = hasTable ? NextFindingsNumber(year) : FirstFindingsNumber(year);
-    FindingsRecord.Balymd = TextFromDate(UseService<Desktop>().Today());
+    const QString year = m_record.Ymd.left(4);
+    m_record.Yeonno = hasTable ? NextFindingsNumber(year) : FirstFindingsNumber(year);
+    m_record.Balymd = TextFromDate(UseService<Desktop>().Today());
 }
 
-void frmCapSogyon::SogyonClear()
+void frmCapSogyon::ShowRecord(const std::optional<QStringList>& doctors)
 {
-    for (size_t slot = 0; slot < m_imgSogyon.size(); ++slot) {
-        m_imgSogyon[slot]->setSourceFile(QString());
-        m_imgSogyon[slot]->Refresh();
-        m_lblSogyon[slot]->clear();
-    }
-    ShowDoctorChoice(QString());
-    for (QLineEdit* box : {m_txtYeonNo, m_txtDoctor, m_txtHospital, m_txtYoyangno, m_txtNai, m_txtSex, m_txtSuname,
-                           m_txtMyonheo, m_txtJumin, m_txtCaymd})
-        box->clear();
-    m_txtSogyon->setText(QString());
-    m_txtBigo->setText(QString());
-    m_blank = true;
+    const std::optional<DoctorRow> doctor = LookupDoctor(m_record.Jinchal, m_record.Ymd);
+    const FindingsSheet::Surroundings surroundings = ReadSurroundings(m_record);
+    if (doctors)
+        m_sheet.FillLists(*doctors);
+    if (doctor)
+        TakeDoctor(m_record, *doctor);
+    m_sheet.Show(m_record, surroundings);
+    m_draft.NoteShown();
 }
 
-bool frmCapSogyon::HasUnsavedText() const
+void frmCapSogyon::ChooseDoctor(const QString& entry, const QString& before)
 {
-    const QString findings = m_txtSogyon->Text();
-    const QString remark = m_txtBigo->Text();
-    if (Trim(findings).isEmpty() && Trim(remark).isEmpty())
-        return false;
-    return findings != FindingsRecord.Sogyon || remark != FindingsRecord.Bigo;
-}
-
-void frmCapSogyon::ShowFindings()
-{
-    ShowRecord(ReadSurroundings());
-}
-
-frmCapSogyon::Surroundings frmCapSogyon::ReadSurroundings()
-{
-    Surroundings read{ReadDoctor(FindingsRecord.Jinchal), DoctorListName(FindingsRecord.Jinchal), {}};
-    for (size_t slot = 0; slot < FindingsRecord.PicPath.size(); ++slot) {
-        const QString path = FindingsRecord.PicPath[slot];
-        if (!Trim(path).isEmpty() && PictureExists(path))
-            read.pictures.emplace_back(Pictures().LoadToPrint(path, PrintedPictureSize()), FindingsRecord.PicNo[slot]);
-    }
-    return read;
-}
-
-void frmCapSogyon::ShowRecord(const Surroundings& surroundings)
-{
-    SogyonClear();
-    m_txtYeonNo->setText(LayIntoMask(FindingsRecord.Yeonno, u"0000-000000"));
-    m_txtCaymd->setText(LayIntoMask(FindingsRecord.Ymd, u"0000년 00월 00일"));
-    m_txtPyy->setText(FindingsRecord.Balymd.left(4));
-    m_cmbPmm->setEditText(FindingsRecord.Balymd.mid(4, 2));
-    m_cmbPdd->setEditText(FindingsRecord.Balymd.mid(6, 2));
-    m_txtSogyon->setText(FindingsRecord.Sogyon);
-    m_txtBigo->setText(FindingsRecord.Bigo);
-    size_t place = 0;
-    for (const auto& [picture, number] : surroundings.pictures) {
-        m_imgSogyon[place]->setPicture(picture);
-        m_imgSogyon[place]->ZoomToFit(2);
-        m_imgSogyon[place]->Refresh();
-        m_lblSogyon[place]->setText(QString::number(number));
-        ++place;
-    }
-    if (surroundings.doctor)
-        TakeDoctor(*surroundings.doctor);
-    ShowText(*m_txtSuname, FindingsRecord.Suname);
-    ShowText(*m_txtJumin, FindingsRecord.Jumin);
-    ShowText(*m_txtNai, FindingsRecord.Nai);
-    ShowText(*m_txtSex, FindingsRecord.Sex);
-    ShowDoctor();
-    const QString& name = surroundings.doctorListName;
-    ShowDoctorChoice(name.isNull() ? FindingsRecord.Jinchal : FindingsRecord.Jinchal + u' ' + name);
-    m_blank = false;
-    m_shownReport = MarkOfRecord();
-}
-
-void frmCapSogyon::ShowDoctor()
-{
-    ShowText(*m_txtMyonheo, FindingsRecord.Myonheo);
-    ShowText(*m_txtDoctor, FindingsRecord.Doctor);
-    ShowText(*m_txtYoyangno, FindingsRecord.Yoyangno);
-    ShowText(*m_txtHospital, FindingsRecord.Hospital);
-}
-
-void frmCapSogyon::ShowDoctorChoice(const QString& entry)
-{
-    m_cmbJinchal->setCurrentIndex(m_cmbJinchal->findText(entry));
-    m_cmbJinchal->setEditText(entry);
-    m_doctorChoice = entry;
-}
-
-void frmCapSogyon::ChooseDoctor()
-{
-    const QString entry = m_cmbJinchal->currentText();
     // A choice without its licence would be stored with that of the doctor before.
-    auto goBack = qScopeGuard([this] { ShowDoctorChoice(m_doctorChoice); });
-    const std::optional<FindingsDoctor> doctor = ReadDoctor(entry.left(2));
+    auto goBack = qScopeGuard([&] { m_sheet.ShowDoctorChoice(before); });
+    const std::optional<DoctorRow> doctor = LookupDoctor(entry.left(2), m_record.Ymd);
     goBack.dismiss();
-    FindingsRecord.Jinchal = entry.left(2);
-    m_doctorChoice = entry;
+    m_record.Jinchal = entry.left(2);
+    m_sheet.ShowDoctorChoice(entry);
     if (!doctor)
         return;
-    TakeDoctor(*doctor);
-    ShowDoctor();
+    TakeDoctor(m_record, *doctor);
+    m_sheet.ShowDoctor(m_record);
+}
+
+void frmCapSogyon::Run(void (frmCapSogyon::*command)())
+{
+    // A fill and a print serve events: nothing else may change the record meanwhile.
+    if (!IsBusy())
+        (this->*command)();
+}
+
+void frmCapSogyon::SaveAndClear()
+{
+    if (AskYesNo(SaveQuestion) && StoreText())
+        Clear();
+}
+
+void frmCapSogyon::DeleteAndClear()
+{
+    if (!Trim(m_record.Yeonno).isEmpty() && AskYesNo(u"삭제하시겠습니까?"_s))
+        RemoveFindings(m_record);
+    Clear();
+}
+
+void frmCapSogyon::PrintAndClear()
+{
+    if (PrintFindings() != Printed::NotStored)
+        Clear();
+}
+
+bool frmCapSogyon::StoreText()
+{
+    if (!MayReplaceReport() || SaveFindings() != Saved::Whole)
+        return false;
+    m_draft.Check();
+    return true;
+}
+
+bool frmCapSogyon::MayReplaceReport() const
+{
+    return !m_sheet.IsBlank() || !m_record.Stored ||
+           AskYesNo(u"화면이 비어 있습니다. %1번 %2님의 소견서를 이 내용으로 바꾸시겠습니까?"_s.arg(m_record.Yeonno,
+                                                                                                    m_record.Suname));
+}
+
+frmCapSogyon::Saved frmCapSogyon::SaveFindings()
+{
+    FindingsRecordRollback rollback(m_record);
+    m_sheet.Take(m_record);
+    if (Trim(m_record.Sogyon).isEmpty()) {
+        rollback.Keep();
+        ShowInformation(u"저장할 소견 내용이 없습니다.!!"_s);
+        return Saved::No;
+    }
+    FindingsStored stored = StoreFindings(m_record);
+    while (stored == FindingsStored::Changed) {
+        switch (AskYesNoCancel(u"다른 곳에서 이 소견서를 고쳤습니다. 내 것으로 저장하시겠습니까?"_s)) {
+        case Answer::Yes:
+            TakePresentRow(m_record);
+            stored = StoreFindings(m_record);
+            break;
+        case Answer::No:
+            ShowTheirs();
+            rollback.Keep();
+            return Saved::No;
+        case Answer::Cancel:
+            return Saved::No;
+        }
+    }
+    rollback.Keep();
+    m_sheet.setOwn();
+    m_draft.NoteShown();
+    if (stored == FindingsStored::Renumbered) {
+        m_sheet.ShowNumber(m_record);
+        ShowInformation(u"다른 곳에서 같은 번호를 사용하여 새 번호로 저장합니다.!!"_s);
+    }
+    const QString cut = CutTextsOfFindings(m_record);
+    if (cut.isEmpty())
+        return Saved::Whole;
+    ShowInformation(cut);
+    return Saved::Cut;
+}
+
+void frmCapSogyon::ShowTheirs()
+{
+    TakePresentRow(m_record);
+    // Kept behind theirs: whoever takes it up again has seen that.
+    m_draft.Keep();
+    if (m_record.Stored && ReadFindingsByNumber(m_record, m_record.Yeonno))
+        ShowRecord();
+    else
+        Clear();
+}
+
+void frmCapSogyon::OfferDraft()
+{
+    if (IsUnloaded())
+        return;
+    const std::optional<TextDraft::Draft> draft = m_draft.Wanted();
+    if (!draft)
+        return;
+    if (draft->content.value(u"blank"_s).toBool())
+        Clear();
+    m_sheet.ShowTexts(draft->content.value(u"findings"_s).toString(), draft->content.value(u"remark"_s).toString());
+    // What has been stored since by another station is met at the next save.
+    ExpectFindingsTexts(m_record, {draft->content.value(u"storedFindings"_s).toString(),
+                                   draft->content.value(u"storedRemark"_s).toString()});
+    m_draft.TakeUp(*draft);
+}
+
+void frmCapSogyon::Close()
+{
+    const bool hasText = !Trim(m_sheet.Findings()).isEmpty();
+    if (!hasText || !AskYesNo(SaveQuestion) || StoreText())
+        Unload();
+}
+
+frmCapSogyon::Printed frmCapSogyon::PrintFindings()
+{
+    if (!AskYesNo(u"출력하시겠습니까?"_s))
+        return Printed::NotWanted;
+    if (Trim(m_record.Chart).isEmpty()) {
+        ShowInformation(u"차트번호가 없습니다.!! 확인하세요.!1"_s);
+        return Printed::NotWanted;
+    }
+    const Saved saved = MayReplaceReport() ? SaveFindings() : Saved::No;
+    if (saved == Saved::No)
+        return Printed::NotStored;
+    m_sheet.TakeLines(m_record);
+    m_printing = true;
+    const auto end = qScopeGuard([this] { m_printing = false; });
+    // The report is stored by now: a printer that refuses costs nothing but the paper.
+    Guarded([this] { PrintFindingsPages(m_record, m_sheet.Slots(), *this); });
+    return saved == Saved::Whole ? Printed::Yes : Printed::NotStored;
+}
+
+void frmCapSogyon::OpenFromList()
+{
+    // A report that was chosen, but can't be shown, isn't the one on the screen.
+    FindingsRecordRollback rollback(m_record);
+    FillFindingsList();
+    if (!IsUnloaded())
+        ShowRecord();
+    rollback.Keep();
+    OfferDraft();
+}
+
+void frmCapSogyon::FillFindingsList()
+{
+    m_listing = true;
+    const auto end = qScopeGuard([this] { m_listing = false; });
+    frmSoFind& list = Form<frmSoFind>();
+    try {
+        if (list.FillAll() && !IsUnloaded())
+            list.ShowModal();
+    } catch (...) {
+        list.Unload();
+        throw;
+    }
+    list.Unload();
+}
+
+void frmCapSogyon::ShowEarlierFindings()
+{
+    const QString text = Trim(m_sheet.Findings());
+    if (text.isEmpty())
+        return;
+    const auto picker = CreateObject<clsChartPicker>(u"prjChartPicker.clsChartPicker"_s);
+    picker->setkleft(3330);
+    picker->setktop(3330);
+    picker->Soapp(ClientSetup, Connection, text, 3);
+}
+
+void frmCapSogyon::ChooseOpinion()
+{
+    QString chosen;
+    const auto pad = CreateObject<clsOpinionPad>(u"prjOpinionPad.clsOpinionPad"_s);
+    pad->setJnleft(3690);
+    pad->setJntop(4275);
+    pad->Sosearch(ClientSetup, Connection, u"4"_s, chosen);
+    const QString text = Trim(chosen).isEmpty() ? QString() : OpinionText(chosen.mid(2));
+    if (!text.isNull())
+        m_sheet.Append(text);
 }

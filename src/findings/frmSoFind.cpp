@@ -1,6 +1,7 @@
 #include "findings/frmSoFind.h"
 
 #include "contracts/fpSpread.h"
+#include "findings/findings_record.h"
 #include "findings/findings_rows.h"
 #include "frame/components.h"
 #include "frame/composition.h"
@@ -213,7 +214,7 @@ void frmSoFind::SearchFindings(int key, const QString& value)
 
 void frmSoFind::LoadFindingsByNumber(const QString& number)
 {
-    if (!ReadFindingsByNumber(number))
+    if (!ReadFindingsByNumber(FindingsRecord, number))
         ShowInformation(u"소견서가 존재하지 않습니다.!!"_s);
 }
 

@@ -13,40 +13,40 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void PrepareRecord(const FindingsOrigin& origin)
+void PrepareRecord(FindingsRecordFields& record, const FindingsOrigin& origin)
 {
     const Visit visit = *origin.pictures.Shown();
-    ClearFindingsRecord();
-    FindingsRecord.Chart = visit.chart;
-    FindingsRecord.Yuhyung = visit.yuhyung;
-    FindingsRecord.Jinchal = VisitContext.Jinchal;
-    FindingsRecord.Suname = origin.panels.Text(PanelSuname);
-    FindingsRecord.Sex = origin.panels.Text(PanelSex);
-    FindingsRecord.Nai = origin.panels.Text(PanelAge);
-    FindingsRecord.Phone = origin.panels.Text(PanelTel);
-    FindingsRecord.Jumin = origin.panels.Text(PanelJumin);
-    FindingsRecord.Address = origin.panels.Text(PanelAddress);
-    FindingsRecord.Ymd = visit.ymd;
-    FindingsRecord.Etc = visit.etc;
+    ClearFindingsRecord(record);
+    record.Chart = visit.chart;
+    record.Yuhyung = visit.yuhyung;
+    record.Jinchal = VisitContext.Jinchal;
+    record.Suname = origin.panels.Text(PanelSuname);
+    record.Sex = origin.panels.Text(PanelSex);
+    record.Nai = origin.panels.Text(PanelAge);
+    record.Phone = origin.panels.Text(PanelTel);
+    record.Jumin = origin.panels.Text(PanelJumin);
+    record.Address = origin.panels.Text(PanelAddress);
+    record.Ymd = visit.ymd;
+    record.Etc = visit.etc;
     size_t slot = 0;
     for (const auto& [number, path] : origin.pictures.Chosen()) {
-        if (slot == FindingsRecord.PicNo.size())
+        if (slot == record.PicNo.size())
             break;
-        FindingsRecord.PicPath[slot] = path;
-        FindingsRecord.PicNo[slot] = number;
+        record.PicPath[slot] = path;
+        record.PicNo[slot] = number;
         ++slot;
     }
 }
 
-bool IsOfVisit(const Visit& visit)
+bool IsOfVisit(const FindingsRecordFields& record, const Visit& visit)
 {
-    return FindingsRecord.Chart == visit.chart && FindingsRecord.Ymd == visit.ymd && FindingsRecord.Etc == visit.etc;
+    return record.Chart == visit.chart && record.Ymd == visit.ymd && record.Etc == visit.etc;
 }
 
 /// The text on the screen is another report's: it is stored or let go before this one comes.
-bool IsUnsavedTextSettled(frmCapSogyon& screen)
+bool IsUnsavedTextSettled(const FindingsRecordFields& record, frmCapSogyon& screen)
 {
-    const QString question = u"%1님의 저장하지 않은 소견이 있습니다. 저장하시겠습니까?"_s.arg(FindingsRecord.Suname);
+    const QString question = u"%1님의 저장하지 않은 소견이 있습니다. 저장하시겠습니까?"_s.arg(record.Suname);
     const Answer answer = AskYesNoCancel(question);
     return answer == Answer::No || (answer == Answer::Yes && screen.StoreText());
 }
@@ -61,11 +61,12 @@ void OpenFindings(const FindingsOrigin& origin)
     auto* open = static_cast<frmCapSogyon*>(FindForm(QString::fromUtf16(frmCapSogyon::FormName)));
     if (open != nullptr && (open->HasUnsavedText() || open->IsBusy())) {
         open->BringUp();
-        if (open->IsBusy() || IsOfVisit(*origin.pictures.Shown()) || !IsUnsavedTextSettled(*open))
+        if (open->IsBusy() || IsOfVisit(FindingsRecord, *origin.pictures.Shown()) ||
+            !IsUnsavedTextSettled(FindingsRecord, *open))
             return;
     }
-    FindingsRecordRollback rollback;
-    PrepareRecord(origin);
+    FindingsRecordRollback rollback(FindingsRecord);
+    PrepareRecord(FindingsRecord, origin);
     if (open != nullptr)
         open->OpenRecord();
     frmCapSogyon& screen = Form<frmCapSogyon>();

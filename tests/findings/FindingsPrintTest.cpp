@@ -72,8 +72,7 @@ private Q_SLOTS:
         box.setText(u"짧은 줄\r\n\r\n"_s + QString(40, u'가') +
                     u" 끝말\r\nA wrapped line of Latin words that is longer "
                     "than the width of its box\r\n"_s);
-        QStringList lines;
-        SplitTextLines(box, lines);
+        QStringList lines = SplitTextLines(box);
         // The same at every scale of the screen.
         QCOMPARE(lines.mid(1),
                  (QStringList{u"짧은 줄"_s, QString(), QString(25, u'가'), QString(15, u'가') + u" 끝말"_s,
@@ -92,7 +91,7 @@ private Q_SLOTS:
         for (const QString& line : lines)
             QVERIFY(QFontMetrics(box.font()).horizontalAdvance(line.trimmed()) <= box.viewport()->width());
         box.setText(u"  "_s);
-        SplitTextLines(box, lines);
+        lines = SplitTextLines(box);
         QCOMPARE(lines, QStringList{QString()});
     }
 
