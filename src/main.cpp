@@ -23,7 +23,8 @@
 #include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
-#include "visit/VisitContext.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 
 #include <QApplication>
 

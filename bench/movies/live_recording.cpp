@@ -7,10 +7,10 @@
 #include "movies/works.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
+#include "session/VisitContext.h"
 #include "station/figures.h"
 #include "support/MovieReader.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QAction>
 #include <QEventLoop>
@@ -23,7 +23,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int StoredPictures = 50;
+constexpr int PicturesOnDisk = 50;
 constexpr double DeviceRate = 60;
 constexpr double MovieRate = 18;
 constexpr int ShareSeconds = 10;
@@ -94,7 +94,7 @@ int BenchLiveRecording(int seconds)
     StationInABox box;
     RegisterVideo();
     UseService<VideoOptions>().OfferTestPicture(true);
-    for (int number = 1; number <= StoredPictures; ++number) {
+    for (int number = 1; number <= PicturesOnDisk; ++number) {
         box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number);
         WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number),
                        StationInABox::Jpeg({1920, 1080}, Qt::darkRed));
@@ -128,7 +128,7 @@ int BenchLiveRecording(int seconds)
     PrintFigure(u"recording beside the live picture, processor"_s, u"%1 of a core"_s.arg(recording - live, 0, 'f', 3),
                 u"%1 times the live picture's %2"_s.arg((recording - live) / live, 0, 'f', 2).arg(live, 0, 'f', 3));
     PrintFigure(u"movie of %1 s while thumbnails load"_s.arg(seconds), u"%1 frames"_s.arg(steps.frames),
-                u"%1 due; %2 fills of %3 thumbnails"_s.arg(seconds * MovieRate).arg(fills).arg(StoredPictures));
+                u"%1 due; %2 fills of %3 thumbnails"_s.arg(seconds * MovieRate).arg(fills).arg(PicturesOnDisk));
     PrintFigure(
         u"  largest step of the device's frames"_s, u"%1"_s.arg(steps.largest),
         u"%1 explained by the rates; %2 larger, %3 repeated"_s.arg(explained).arg(steps.tooLarge).arg(steps.repeated));

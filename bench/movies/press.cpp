@@ -5,10 +5,10 @@
 #include "frame/components.h"
 #include "movies/works.h"
 #include "platform/gstreamer/register_video.h"
+#include "session/VisitContext.h"
 #include "station/figures.h"
 #include "support/PseudoTerminal.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QCoreApplication>

@@ -5,8 +5,8 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QImageWriter>

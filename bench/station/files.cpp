@@ -4,8 +4,8 @@
 #include "capture/frmCapture.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QFile>

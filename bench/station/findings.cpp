@@ -145,21 +145,21 @@ void BenchPage()
         controls[slot]->setPicture(QImage::fromData(StationInABox::Jpeg({1920, 1080}, Qt::darkRed)));
         pictures[slot] = controls[slot].get();
     }
-    ClearFindingsRecord();
+    ClearFindingsRecord(FindingsRecord);
     FindingsRecord.SogyonLines =
         QStringList{QString()} + QStringList(25, u"위 전정부에 발적과 경미한 미란이 관찰됨."_s);
     QWidget owner;
     QList<double> times;
     for (int page = 0; page < PrintedPages; ++page) {
         const double begun = NowMs();
-        PrintFindingsPages(pictures, owner);
+        PrintFindingsPages(FindingsRecord, pictures, owner);
         times << NowMs() - begun;
     }
     PrintFigure(u"page with six 1080p pictures to PDF"_s, u"%1 ms"_s.arg(Median(times), 0, 'f', 0));
     FindingsRecord.SogyonLines = QStringList{QString()} + QStringList(LongReportLines, u"경미한 미란이 관찰됨."_s);
     const qsizetype before = QDir(folder.path()).count();
     const double begun = NowMs();
-    PrintFindingsPages(pictures, owner);
+    PrintFindingsPages(FindingsRecord, pictures, owner);
     PrintFigure(u"report of 10,000 lines, %1 pages"_s.arg(QDir(folder.path()).count() - before),
                 u"%1 s"_s.arg((NowMs() - begun) / 1000, 0, 'f', 1));
 }

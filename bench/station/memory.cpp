@@ -5,8 +5,8 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QApplication>
 #include <QProcess>
@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int StoredPictures = 50;
+constexpr int PicturesOnDisk = 50;
 constexpr int Refills = 1000;
 
 double EmptyWindowMb()
@@ -40,7 +40,7 @@ int BenchMemory(const QString& mode)
     }
     StationInABox box;
     const QByteArray picture = StationInABox::Jpeg({1920, 1080}, Qt::darkRed);
-    for (int number = 1; number <= StoredPictures; ++number) {
+    for (int number = 1; number <= PicturesOnDisk; ++number) {
         box.AddPicture(VisitContext.Ymd, VisitContext.Etc, number, u"note"_s);
         WriteWholeFile(box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number), picture);
     }

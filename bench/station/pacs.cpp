@@ -66,7 +66,7 @@ int BenchPacs()
     }
     const double single = ProgramsAlone(pictures, server, false);
     const double together = ProgramsAlone(pictures, server, true);
-    const auto sending = PacsSending::ForSetup();
+    const auto sending = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
     Heartbeat heart;
     const double start = NowMs();
     sending->VisitIsStored(visit, numbers, false);

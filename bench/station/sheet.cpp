@@ -5,9 +5,9 @@
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
 #include "viewing/CaptureSheet.h"
-#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QDir>

@@ -11,8 +11,8 @@
 #include "frame/services.h"
 #include "platform/gstreamer/register_video.h"
 #include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QCoreApplication>
 #include <QToolButton>

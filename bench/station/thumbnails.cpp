@@ -6,8 +6,8 @@
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "support/StationInABox.h"
-#include "visit/VisitContext.h"
 
 #include <QImageReader>
 #include <QTimer>

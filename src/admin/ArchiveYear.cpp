@@ -3,8 +3,8 @@
 #include "admin/deleted_pictures.h"
 #include "contracts/files.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <algorithm>
 

@@ -5,7 +5,8 @@
 #include "contracts/dicom.h"
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
-#include "visit/VisitContext.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 
 #include <QString>
 #include <QTextStream>

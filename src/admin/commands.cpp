@@ -12,8 +12,9 @@
 #include "contracts/setup_components.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QTextStream>
 

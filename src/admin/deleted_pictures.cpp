@@ -5,9 +5,9 @@
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QRegularExpression>
 #include <QTextStream>

@@ -8,7 +8,8 @@
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "platform/terminal/register_terminal.h"
-#include "visit/VisitContext.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 
 #include <QCoreApplication>
 #include <QTextStream>

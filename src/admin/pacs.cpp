@@ -7,8 +7,8 @@
 #include "filing/capture_folders.h"
 #include "frame/components.h"
 #include "pacs/PacsSending.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QTextStream>
 
@@ -83,7 +83,7 @@ int RetryPacs(QTextStream& out)
         return CantWork;
     int sent = 0;
     {
-        PacsSending sending;
+        PacsSending sending(ClientSetup.Pacs, SaupTable, Launched());
         QObject::connect(&sending, &PacsSending::Sent, &sending, [&](const Visit& visit, int number) {
             ++sent;
             out << u"보냄 "_s << PictureText(visit, number) << u'\n';
@@ -103,7 +103,7 @@ int DropPacs(QTextStream& out)
     if (!IsEquipped(out))
         return CantWork;
     {
-        PacsSending sending;
+        PacsSending sending(ClientSetup.Pacs, SaupTable, Launched());
         out << u"거부된 %1건을 목록에서 지웠습니다. 그림은 그대로 있습니다.\n"_s.arg(sending.Refused());
         sending.DropRefused();
         sending.End();

@@ -11,9 +11,9 @@
 #include "filing/StillFiling.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QTextStream>
 
@@ -128,9 +128,8 @@ int ListPending(QTextStream& out)
 int WritePending(QTextStream& out)
 {
     // The sections of this year are looked into, as by a start for a visit of today.
-    VisitContext.Ymd = TextFromDate(UseService<Desktop>().Today());
-    VisitContext.CaptureDir = YearFolder(ClientSetup.CaptureRoot, VisitContext.Ymd);
-    capture_root::Watch();
+    const QString year = YearFolder(ClientSetup.CaptureRoot, TextFromDate(UseService<Desktop>().Today()));
+    capture_root::Watch(ClientSetup.CaptureRoot);
     int written = 0;
     bool isSettled = false;
     {
@@ -149,7 +148,7 @@ int WritePending(QTextStream& out)
                 out << text << u'\n';
         });
         MovieFiling movies(filing);
-        leftovers.Settle();
+        leftovers.Settle(year, SectionsOfClient());
         AwaitFiling(filing, movies, isSettled);
         leftovers.End();
         movies.End();

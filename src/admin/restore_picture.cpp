@@ -9,9 +9,9 @@
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QScopeGuard>
 #include <QTextStream>

@@ -4,7 +4,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include <QTextStream>
 

@@ -12,8 +12,8 @@
 #include "filing/NumberClaim.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QRegularExpression>
 #include <QTextStream>

@@ -1,5 +1,5 @@
 #include "capture/CaptureDeletion.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include "capture/CaptureHistory.h"
 #include "capture/MeantPictures.h"
@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 CaptureDeletion::CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
                                  Deleted deleted)
     : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted)),
-      m_jobs(stills.Filing())
+      m_jobs(stills.Filing(), {VisitContext.CaptureDir, MarkTableOfSetup()})
 {
     connect(&m_jobs, &PictureDeletion::Ended, this, &CaptureDeletion::OnEnded);
 }

@@ -9,9 +9,9 @@
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 #include <QLabel>
 #include <QScopeGuard>

@@ -2,7 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "screenparts/NoticeStrip.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include <utility>
 

@@ -3,8 +3,8 @@
 #include "contracts/MSComm.h"
 #include "contracts/PlatformError.h"
 #include "frame/guard.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <limits>
 #include <utility>

@@ -8,8 +8,8 @@
 #include "filing/MovieFiling.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
+#include "session/VisitContext.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 #include <QLabel>
 #include <QScopeGuard>

@@ -4,7 +4,7 @@
 #include "contracts/PlatformError.h"
 #include "filing/StillFiles.h"
 #include "frame/services.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include <QPointer>
 

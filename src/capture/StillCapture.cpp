@@ -1,5 +1,5 @@
 #include "capture/StillCapture.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include "capture/VisitNote.h"
 #include "contracts/desktop.h"
@@ -403,15 +403,20 @@ void StillCapture::ShowSaved(const Visit& visit, const QString& message)
         if (visit == CurrentVisit())
             ShowPictures(visit, false);
     }
-    MarkVisitCaptured(visit, VisitContext.Jinchal, u"1"_s);
+    MarkVisitCaptured(visit, VisitContext.Jinchal, u"1"_s, MarkTableOfSetup());
     ShowInformation(message);
+}
+
+void StillCapture::SettleLeftovers(const QStringList& sections)
+{
+    m_leftovers.Settle(VisitContext.CaptureDir, sections);
 }
 
 void StillCapture::TellSettled(const Leftovers::Settled& settled)
 {
     if (m_finished)
         return;
-    if (settled.isVisitShown)
+    if (settled.visits.contains(CurrentVisit()))
         Guarded([this] { ShowPictures(CurrentVisit(), false); });
     if (!settled.tidings.isEmpty())
         ShowInformation(settled.tidings.join(u"\r\n\r\n"_s));

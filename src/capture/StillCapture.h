@@ -61,8 +61,9 @@ public:
 
     /// Makes them when the share answers, before it takes a picture.
     void MakeFoldersLater(const QStringList& folders) { m_filing.MakeFoldersLater(folders); }
-    /// Brings to their end the stills that dead stations of this machine were filing; the operator is told how many.
-    void SettleLeftovers() { m_leftovers.Settle(); }
+    /// Brings to their end the stills that dead stations of this machine were filing, in these sections of the year;
+    /// the operator is told how many.
+    void SettleLeftovers(const QStringList& sections);
 
     /// Works the line off now, fill or no fill, and waits a little for what is being filed: the screen closes. Tells
     /// the operator when rows have to wait for the next run.

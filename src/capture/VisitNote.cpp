@@ -6,8 +6,8 @@
 #include "records/visit_note.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <utility>
 

@@ -21,15 +21,16 @@
 #include "pacs/PacsSending.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
+#include "records/Statement.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/NoticeStrip.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -54,7 +55,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     BuildPopupMenu();
     m_dateRefusal = std::make_unique<DateRefusal>(*m_notices);
     // What an earlier run has left goes on its way at once.
-    capture_root::Watch();
+    capture_root::Watch(ClientSetup.CaptureRoot);
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_visitPictures = std::make_unique<VisitPictures>(sprCap(1), 1);
     m_historyPictures = std::make_unique<VisitPictures>(sprCap(2), 2);
@@ -98,16 +99,17 @@ void frmCapture::PrepareFolders()
     m_cmbEtc->addItems(SectionsOfClient());
     if (!VisitContext.YmdIsValid)
         return;
+    const QStringList folders = CaptureFolders(ClientSetup.CaptureRoot, VisitContext.Ymd, SectionsOfClient());
     // A share that doesn't answer has been told.
     const bool wasHeld = filecalls::AnyHeld();
     try {
-        capture_root::Judge();
+        capture_root::Judge(ClientSetup.CaptureRoot);
         if (capture_root::Refusal().isEmpty())
-            MakeMissingFolders(CaptureFolders(VisitContext.Ymd));
+            MakeMissingFolders(folders);
         else
-            m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
+            m_stills->MakeFoldersLater(folders);
     } catch (const FilesAway& error) {
-        m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
+        m_stills->MakeFoldersLater(folders);
         if (!wasHeld)
             ShowInformation(error.Text());
     }
@@ -132,15 +134,15 @@ void frmCapture::LoadSteps()
     // Fewer digits would be laid into the mask as another date.
     m_dtpYmd->setText(Trim(VisitContext.Ymd).size() == 8 ? LayIntoMask(VisitContext.Ymd, u"0000-00-00")
                                                          : VisitContext.Ymd);
-    ShowPatientPanels(*m_sbarCap);
+    ShowPatientPanels(*m_sbarCap, CurrentVisit());
     ShowUnknownPatient();
     RegisterHistoryGrids(m_historyPictures.get(), &sprCap(3));
     if (VisitContext.YmdIsValid) {
-        m_lease = std::make_unique<StationLease>();
+        m_lease = std::make_unique<StationLease>(ClientSetup.CaptureRoot);
         m_movies->RepairIn(MovieFolder(VisitContext.CaptureDir));
     }
-    m_stills->SettleLeftovers();
-    if (!markFault.isEmpty() && !MarksInYk())
+    m_stills->SettleLeftovers(VisitContext.YmdIsValid ? SectionsOfClient() << VisitContext.Etc : QStringList());
+    if (!markFault.isEmpty() && MarkTableOfSetup() == MarkTable::Endo)
         ShowInformation(u"캡쳐 표시를 할 endo 테이블이 없고 만들지도 못했습니다.!!\r\n%1"_s.arg(markFault));
 }
 
@@ -185,7 +187,7 @@ void frmCapture::ShowRootRefusal()
                                                               capture_root::Accept();
                                                       }});
     if (refusal.isEmpty() && VisitContext.YmdIsValid)
-        m_stills->MakeFoldersLater(CaptureFolders(VisitContext.Ymd));
+        m_stills->MakeFoldersLater(CaptureFolders(ClientSetup.CaptureRoot, VisitContext.Ymd, SectionsOfClient()));
 }
 
 void frmCapture::FinishMovies()
@@ -260,7 +262,7 @@ void frmCapture::ConnectPacs()
 {
     if (IsUnloaded())
         return;
-    m_pacs = PacsSending::ForSetup();
+    m_pacs = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
     if (!m_pacs)
         return;
     PacsSending* pacs = m_pacs.get();
@@ -276,7 +278,8 @@ void frmCapture::ConnectPacs()
                 }
                 pacs->VisitIsStored(visit, numbers, !own.isEmpty());
             }));
-    connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs, &PacsSending::PictureIsMarked);
+    connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs,
+            [pacs](const Visit& visit, int number) { pacs->PictureIsMarked(visit, number, visit == CurrentVisit()); });
 }
 
 void frmCapture::OfferNote(bool isThere)

@@ -6,7 +6,7 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "records/picture_facts.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
@@ -95,7 +95,7 @@ void RemoveLoneThere(const QString& area)
 
 DicomPicture disc_objects::FactsOf(const Visit& visit)
 {
-    return PictureFacts(visit, DoctorOf(visit), ClientSetup.Pacs, SaupTable);
+    return PictureFacts(visit, Launched().DoctorOf(visit), ClientSetup.Pacs, SaupTable);
 }
 
 QString disc_objects::Stage(const QString& area, const QString& picture, const Visit& visit, const DicomPicture& facts)

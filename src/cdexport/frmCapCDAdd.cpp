@@ -11,8 +11,8 @@
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QFileInfo>
 #include <QProgressBar>
@@ -44,7 +44,7 @@ frmCapCDAdd::frmCapCDAdd() : StationForm(QString::fromUtf16(FormName))
 
 void frmCapCDAdd::Form_Load()
 {
-    ShowPatientPanels(*m_sbarCap);
+    ShowPatientPanels(*m_sbarCap, CurrentVisit());
     m_tabCapCD->setCurrentIndex(TabImages);
     ListCdVisits();
 }

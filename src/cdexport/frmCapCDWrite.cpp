@@ -14,8 +14,8 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QEvent>

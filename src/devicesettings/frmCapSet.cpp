@@ -8,9 +8,10 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "visit/device_settings.h"
-#include "visit/VisitContext.h"
 
 #include <QComboBox>
 #include <QKeyEvent>

@@ -9,8 +9,8 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "screenparts/picture_grid.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QShortcut>
 #include <QToolButton>

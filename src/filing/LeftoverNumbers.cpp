@@ -5,7 +5,6 @@
 #include "filing/NumberClaim.h"
 #include "filing/StationLease.h"
 #include "frame/services.h"
-#include "visit/VisitContext.h"
 
 #include <QPointer>
 
@@ -54,7 +53,7 @@ void LookAtClaim(const QString& name, const PictureJournal::Folder& folder, QLis
     const std::optional<NumberClaim::Facts> facts = NumberClaim::Read(path);
     if (!facts)
         return;
-    const Holder holder = StationLease::HolderOf(ClientSetup.CaptureRoot, facts->holder);
+    const Holder holder = StationLease::HolderOf(RootOfYear(folder.captureDir), facts->holder);
     if (holder == Holder::Elsewhere)
         ClearForeignClaim(leftover, path);
     if (holder != Holder::Dead)

@@ -1,14 +1,13 @@
 #include "filing/Leftovers.h"
 
 #include "contracts/PlatformError.h"
-#include "filing/capture_folders.h"
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <algorithm>
 
@@ -20,19 +19,13 @@ Leftovers::Leftovers(StillFiling& filing) : m_filing(filing)
             [this](const QList<LeftoverNumber>& numbers) { Guarded([&] { Write(numbers); }); });
 }
 
-void Leftovers::Settle()
+void Leftovers::Settle(const QString& yearFolder, const QStringList& sections)
 {
-    const Visit visit = CurrentVisit();
     QList<PictureJournal::Folder> folders = m_filing.Journal().LeftFolders();
-    const auto add = [&](const QString& section) {
-        const PictureJournal::Folder folder{visit.captureDir, section};
+    for (const QString& section : sections) {
+        const PictureJournal::Folder folder{yearFolder, section};
         if (!Trim(section).isEmpty() && !folders.contains(folder))
             folders.append(folder);
-    };
-    if (VisitContext.YmdIsValid) {
-        for (const QString& section : SectionsOfClient())
-            add(section);
-        add(visit.etc);
     }
     m_numbers.LookIn(folders);
 }
@@ -67,8 +60,8 @@ void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Cou
         [this, count, isNew, visit = leftover.visit, number = leftover.number](const std::exception_ptr& fault) {
             if (fault == nullptr) {
                 m_filing.Release(visit, number);
-                count->settled += *isNew ? 1 : 0;
-                count->isVisitShown |= *isNew && visit == CurrentVisit();
+                if (*isNew)
+                    count->settled.append(visit);
             } else if (guard::Is<DatabaseAway>(fault)) {
                 count->isAway = true;
             } else {
@@ -84,8 +77,8 @@ void Leftovers::Tell(const Count& count)
     if (!count.isAway)
         m_filing.Journal().LeftFoldersAreSettled();
     QStringList tidings;
-    if (count.settled > 0)
-        tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(count.settled);
+    if (!count.settled.isEmpty())
+        tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(count.settled.size());
     for (const QString& owner : m_filing.Journal().ForeignOwners())
         tidings << u"다른 사용자(%1)의 기록되지 않은 캡쳐 목록이 있습니다.!! 그 사용자로 실행하여 주십시오.!!"_s.arg(
             owner);
@@ -97,5 +90,5 @@ void Leftovers::Tell(const Count& count)
                        .arg(owner.key())
                        .arg(owner.value());
     }
-    Q_EMIT AreSettled({count.isVisitShown, tidings});
+    Q_EMIT AreSettled({count.settled, tidings});
 }

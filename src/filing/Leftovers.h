@@ -7,8 +7,8 @@
 
 class StillFiling;
 
-/// Brings to their end the stills that dead stations of this machine were filing: in the sections of the visit's year,
-/// and wherever their lists say.
+/// Brings to their end the stills that dead stations of this machine were filing: in sections of a
+/// year, and wherever their lists say.
 class Leftovers : public QObject
 {
     Q_OBJECT
@@ -18,13 +18,13 @@ public:
 
     struct Settled
     {
-        bool isVisitShown = false; ///< One of them is of the visit on the screen.
-        QStringList tidings;       ///< For the operator.
+        QList<Visit> visits; ///< Of each picture whose rows are in now.
+        QStringList tidings; ///< For the operator.
     };
 
-    /// Begins to look for them; in no year when the visit's date is none. `AreSettled` follows once, unless it is ended
-    /// before.
-    void Settle();
+    /// Begins to look for them: in these sections of a year, and wherever the lists say. `AreSettled` follows once,
+    /// unless it is ended before.
+    void Settle(const QString& yearFolder, const QStringList& sections);
     /// No row is written any more.
     void End() { m_ended = true; }
 
@@ -35,8 +35,7 @@ private:
     struct Count
     {
         bool isAway = false; ///< The rest keeps its claims, and a later start comes back to it.
-        int settled = 0;
-        bool isVisitShown = false;
+        QList<Visit> settled;
     };
 
     void Write(const QList<LeftoverNumber>& numbers);

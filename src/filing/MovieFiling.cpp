@@ -12,7 +12,6 @@
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
-#include "visit/VisitContext.h"
 
 #include <QHash>
 #include <QPointer>
@@ -59,7 +58,7 @@ QHash<QString, Holder> RecordingMarks(const Visit& visit)
         if (!name.endsWith(QStringView(RecordingEnding)))
             continue;
         const QString mark = name.sliced(prefix.size()).chopped(QStringView(RecordingEnding).size());
-        marks.insert(MovieFolder(visit.captureDir) + name, StationLease::HolderOf(ClientSetup.CaptureRoot, mark));
+        marks.insert(MovieFolder(visit.captureDir) + name, StationLease::HolderOf(RootOfYear(visit.captureDir), mark));
     }
     return marks;
 }

@@ -3,7 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -36,14 +36,14 @@ void IdentifyFiles(DeletionJob& job)
 }
 
 /// The pictures that were meant; another one that has come under such a number since stays, and its row.
-void MoveFiles(DeletionJob& job)
+void MoveFiles(DeletionJob& job, const QString& presentYear)
 {
     capture_root::Check(job.visit.captureDir);
     for (DeletionJob::Item& item : job.items) {
         const QByteArray version = Files().VersionOf(job.visit.PicturePath(item.number));
         const bool isMeant = !item.isMoved && !version.isEmpty() && version == item.version;
         if (isMeant)
-            MoveToLogFolder(job.visit, item.number);
+            MoveToLogFolder(job.visit, item.number, presentYear);
         // One that was moved while the database was away may have left its number to another by now.
         item.isMoved = isMeant || version.isEmpty();
         item.wasMoved |= isMeant;
@@ -52,7 +52,7 @@ void MoveFiles(DeletionJob& job)
 
 } // namespace
 
-PictureDeletion::PictureDeletion(StillFiling& filing) : m_filing(filing)
+PictureDeletion::PictureDeletion(StillFiling& filing, const Terms& terms) : m_filing(filing), m_terms(terms)
 {
     for (const DeletionJob& job : QList(m_filing.Journal().Deletions()))
         Go(job);
@@ -97,7 +97,9 @@ void PictureDeletion::Go(const DeletionJob& job)
     if (!job.isPlanned)
         AtShare(job, IdentifyFiles, &PictureDeletion::TakeIdentified);
     else
-        AtShare(job, MoveFiles, &PictureDeletion::TakeMoved);
+        AtShare(
+            job, [year = m_terms.presentYear](DeletionJob& moved) { MoveFiles(moved, year); },
+            &PictureDeletion::TakeMoved);
 }
 
 void PictureDeletion::AtShare(const DeletionJob& job, const std::function<void(DeletionJob&)>& work, Answer answer)
@@ -188,7 +190,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
     }
     // Another picture of the visit may be on its way.
     const bool mayBeEmpty = !m_filing.Journal().HasAnyBeside(job);
-    const auto remove = [result, job, mayBeEmpty] {
+    const auto remove = [result, job, mayBeEmpty, table = m_terms.marks] {
         for (const DeletionJob::Item& item : job.items) {
             if (!item.isMoved)
                 continue;
@@ -199,7 +201,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
         const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
         result->isVisitGone = mayBeEmpty && hadPictures && DeleteEmptyVisitRow(job.visit);
         if (!job.markedDoctor.isNull() && result->fault == nullptr)
-            MarkVisitCaptured(job.visit, job.markedDoctor, u"0"_s);
+            MarkVisitCaptured(job.visit, job.markedDoctor, u"0"_s, table);
     };
     const auto answer = [this, job, result](const std::exception_ptr& fault) {
         if (m_hasEnded)

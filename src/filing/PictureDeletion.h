@@ -1,6 +1,7 @@
 #pragma once
 
 #include "filing/DeletionJob.h"
+#include "records/capture_index.h"
 
 #include <QObject>
 #include <QSet>
@@ -26,8 +27,15 @@ public:
         std::exception_ptr fault; ///< What kept others where they were, or null.
     };
 
+    /// What the launched visit and the setup have to say to every job.
+    struct Terms
+    {
+        QString presentYear; ///< Year folder of which sections without a Log folder get one.
+        MarkTable marks = MarkTable::Endo;
+    };
+
     /// Goes on with the jobs that the journal holds.
-    explicit PictureDeletion(StillFiling& filing);
+    PictureDeletion(StillFiling& filing, const Terms& terms);
 
     /// `job` without an id; gives it one.
     QString Begin(DeletionJob job);
@@ -60,6 +68,7 @@ private:
     void TryAgain(const QString& id, void (PictureDeletion::*step)(const DeletionJob& job));
 
     StillFiling& m_filing;
+    const Terms m_terms;
     QSet<QString> m_refused; ///< Jobs whose rows the server refuses to delete; told.
     bool m_hasEnded = false;
 };

@@ -3,7 +3,6 @@
 #include "filing/capture_root.h"
 #include "frame/journal.h"
 #include "frame/services.h"
-#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
@@ -26,7 +25,7 @@ void RemoveOld(const QString& root)
 }
 } // namespace
 
-StationLease::StationLease() : m_root(ClientSetup.CaptureRoot)
+StationLease::StationLease(const QString& root) : m_root(root)
 {
     connect(&m_timer, &QTimer::timeout, this, &StationLease::Renew);
     m_timer.start(RenewMs);

@@ -14,7 +14,8 @@ class StationLease : public QObject
     Q_OBJECT
 
 public:
-    StationLease();
+    /// Stands in that capture root.
+    explicit StationLease(const QString& root);
     /// The file goes, unless the share doesn't answer.
     ~StationLease() override;
 

@@ -308,7 +308,7 @@ StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, Ca
 
 void StillFiles::ThrowAway(const Visit& visit, int number, CaptureNumbers& numbers)
 {
-    MoveToLogFolder(visit, number);
+    MoveToLogFolder(visit, number, visit.captureDir);
     NumberClaim::Release(visit, number);
     numbers.Release(visit, number);
 }

@@ -8,7 +8,6 @@
 #include "frame/services.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
@@ -17,18 +16,11 @@ QString LocalFolder()
     return UseService<Desktop>().StateFolder() + u'\\';
 }
 
-QStringList SectionsOfClient()
+QStringList CaptureFolders(const QString& root, const QString& ymd, const QStringList& sections)
 {
-    QStringList sections = ClientSetup.EtcList.split(u',');
-    sections.removeIf([](const QString& piece) { return Trim(piece).isEmpty(); });
-    return sections;
-}
-
-QStringList CaptureFolders(const QString& ymd)
-{
-    const QString year = YearFolder(Trim(ClientSetup.CaptureRoot), ymd);
-    QStringList folders{ClientSetup.CaptureRoot, year};
-    for (const QString& section : SectionsOfClient())
+    const QString year = YearFolder(Trim(root), ymd);
+    QStringList folders{root, year};
+    for (const QString& section : sections)
         folders << SectionFolder(year, section) << LogFolder(year, section);
     folders << MovieFolder(year);
     return folders;

@@ -5,11 +5,8 @@
 /// Where lies what is on its way: this user's own folder on this machine's disk, with a separator at its end.
 QString LocalFolder();
 
-/// The sections of this client as the setup lists them, blanks around them included.
-QStringList SectionsOfClient();
-
-/// The capture root and the folders of a date's year, each behind the one that it lies in.
-QStringList CaptureFolders(const QString& ymd);
+/// The capture root and the folders of a date's year and its sections, each behind the one that it lies in.
+QStringList CaptureFolders(const QString& root, const QString& ymd, const QStringList& sections);
 /// In that order. Throws PlatformError when one can't be made.
 void MakeMissingFolders(const QStringList& folders);
 

@@ -9,7 +9,7 @@
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "records/tables.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -144,10 +144,10 @@ void setRefusal(const QString& refusal)
     PostToScreen(TellListener);
 }
 
-void setWatched(const QString& mark)
+void setWatched(const QString& root, const QString& mark)
 {
     const std::lock_guard lock(TheGate().mutex);
-    TheGate().root = ClientSetup.CaptureRoot;
+    TheGate().root = root;
     TheGate().mark = mark;
     TheGate().refusal.clear();
     TheGate().seen.clear();
@@ -187,14 +187,13 @@ void capture_root::StoreMark(const QString& mark)
     Execute(Statement(u" REPLACE INTO caproot VALUES ( 1").Then(u", '", mark).Piece(u"') "));
 }
 
-void capture_root::Watch()
+void capture_root::Watch(const QString& root)
 {
-    setWatched(Memory().value(ClientSetup.CaptureRoot).toString());
+    setWatched(root, Memory().value(root).toString());
 }
 
-void capture_root::Judge()
+void capture_root::Judge(const QString& root)
 {
-    const QString root = ClientSetup.CaptureRoot;
     QString remembered = Memory().value(root).toString();
     try {
         // The clinic's word counts before the station's own.
@@ -203,7 +202,7 @@ void capture_root::Judge()
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
     }
-    setWatched(remembered);
+    setWatched(root, remembered);
     const QString mark = MarkOf(root);
     if (!mark.isEmpty() && (remembered.isEmpty() || remembered == mark)) {
         Take(root, mark);
@@ -277,7 +276,11 @@ QString capture_root::Refusal()
 
 void capture_root::Accept()
 {
-    const QString root = ClientSetup.CaptureRoot;
+    QString root;
+    {
+        const std::lock_guard lock(TheGate().mutex);
+        root = TheGate().root;
+    }
     MakeFolder(root);
     QString mark = MarkOf(root);
     if (mark.isEmpty())

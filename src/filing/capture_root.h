@@ -22,13 +22,13 @@ public:
     using FilesAway::FilesAway;
 };
 
-/// From here on the root of the setup is watched, as far as the station itself remembers it. Asks neither share nor
+/// From here on that root is watched, as far as the station itself remembers it. Asks neither share nor
 /// database: for a start, before anything is brought to the root.
-void Watch();
-/// Judges it. One that nobody knows yet gets its mark, unless the database has pictures and none of them lies there, or
-/// the machine's own list says that something is to be mounted there and nothing is. Throws FilesAway when the share
-/// doesn't answer: then what is remembered counts. A database that doesn't answer is no hindrance.
-void Judge();
+void Watch(const QString& root);
+/// The same, and judges it. One that nobody knows yet gets its mark, unless the database has pictures and none of them
+/// lies there, or the machine's own list says that something is to be mounted there and nothing is. Throws FilesAway
+/// when the share doesn't answer: then what is remembered counts. A database that doesn't answer is no hindrance.
+void Judge(const QString& root);
 /// Throws Refused for a folder in the root while that is refused, or as soon as it is another than before. One that is
 /// the right one again is taken. For a thread that may wait for the share.
 void Check(const QString& folder);

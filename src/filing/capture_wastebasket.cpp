@@ -12,7 +12,6 @@
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 #include <QList>
 
@@ -34,7 +33,7 @@ void CheckMovable(const Visit& visit, int number)
         throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
 }
 
-void MoveToLogFolder(const Visit& visit, int number)
+void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear)
 {
     const QString live = visit.PicturePath(number);
     CheckMovable(visit, number);
@@ -51,7 +50,7 @@ void MoveToLogFolder(const Visit& visit, int number)
         throw;
     }
     // A section outside this client's list has no Log folder yet; a year that is over gets none any more.
-    if (visit.captureDir == VisitContext.CaptureDir)
+    if (visit.captureDir == presentYear)
         EnsureFolderOfYear(visit.captureDir, visit.LogFolder());
     WriteWholeFile(moved, content);
     if (Files().ReadArchivedFile(moved) != content)
@@ -80,7 +79,7 @@ void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
     for (const int number : orphans) {
         if (NumberClaim::Stands(visit, number) || HasPictureRow(visit, number))
             continue;
-        MoveToLogFolder(visit, number);
+        MoveToLogFolder(visit, number, visit.captureDir);
         Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote);
     }
 }

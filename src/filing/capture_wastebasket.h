@@ -11,8 +11,9 @@ struct Visit;
 /// Throws PlatformError for a name under which a link, a pipe or the like stands: it is no picture and stays.
 void CheckMovable(const Visit& visit, int number);
 /// Moves a picture into the Log folder: copied, compared, and only then deleted. A picture that isn't there is no
-/// fault. Throws PlatformError when it can't be moved, or is none; what is there then stays.
-void MoveToLogFolder(const Visit& visit, int number);
+/// fault. A section of the present year gets its Log folder where it has none. Throws PlatformError when it can't be
+/// moved, or is none; what is there then stays.
+void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear);
 
 /// Note of a file in the Log folder that nobody has deleted: it had no row when it was swept.
 inline constexpr char SweptNote[] = "swept";

@@ -41,8 +41,8 @@ void FindingsDraft::NoteShown()
 /// With the stored texts that it was written over, where the report has a row.
 TextDraft::Draft FindingsDraft::Present() const
 {
-    QJsonObject content{{u"chart"_s, m_record.Chart}, {u"date"_s, m_record.Ymd},
-                        {u"section"_s, m_record.Etc}, {u"findings"_s, m_sheet.Findings()},
+    QJsonObject content{{u"chart"_s, m_record.Chart},    {u"date"_s, m_record.Ymd},
+                        {u"section"_s, m_record.Etc},    {u"findings"_s, m_sheet.Findings()},
                         {u"remark"_s, m_sheet.Remark()}, {u"blank"_s, m_sheet.IsBlank()}};
     if (const std::optional<FindingsTexts> stored = StoredFindingsTexts(m_record)) {
         content.insert(u"number"_s, m_record.Yeonno);

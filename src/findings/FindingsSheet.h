@@ -24,7 +24,7 @@ public:
     /// Of the record, and not in it.
     struct Surroundings
     {
-        QString doctorListName;                   ///< Null where no row of the doctor is valid.
+        QString doctorListName;                      ///< Null where no row of the doctor is valid.
         QList<std::pair<QImage, int>> pictures = {}; ///< With their numbers, without those that are gone.
     };
 

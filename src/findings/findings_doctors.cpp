@@ -3,8 +3,8 @@
 #include "findings/findings_record.h"
 #include "records/doctor_lookup.h"
 #include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 

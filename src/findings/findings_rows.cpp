@@ -4,8 +4,8 @@
 #include "findings/findings_record.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <algorithm>
 

@@ -13,10 +13,11 @@
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "records/doctor_lookup.h"
+#include "records/Statement.h"
 #include "records/tables.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QPushButton>
 #include <QScopeGuard>

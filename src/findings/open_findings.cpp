@@ -7,7 +7,7 @@
 #include "frame/services.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/VisitPictures.h"
-#include "visit/VisitContext.h"
+#include "session/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 

@@ -17,11 +17,12 @@
 #include "frame/services.h"
 #include "launch/launch_string.h"
 #include "launch/visit_date.h"
+#include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "viewing/CapShow.h"
-#include "visit/VisitContext.h"
 
 #include <QComboBox>
 

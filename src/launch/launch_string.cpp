@@ -2,8 +2,8 @@
 
 #include "contracts/desktop.h"
 #include "filing/capture_folders.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
 
 #include <QStringDecoder>
 

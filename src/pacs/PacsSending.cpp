@@ -9,7 +9,7 @@
 #include "records/Statement.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QPointer>
 
@@ -39,13 +39,15 @@ QString TodayText()
 
 } // namespace
 
-std::unique_ptr<PacsSending> PacsSending::ForSetup()
+std::unique_ptr<PacsSending> PacsSending::ForSetup(const PacsSetupRecord& setup, const SaupRecords& places,
+                                                   const LaunchedVisit& launched)
 {
-    return ClientSetup.Pacs.Host.isEmpty() ? nullptr : std::make_unique<PacsSending>();
+    return setup.Host.isEmpty() ? nullptr : std::make_unique<PacsSending>(setup, places, launched);
 }
 
-PacsSending::PacsSending()
-    : m_setup(ClientSetup.Pacs), m_peer{m_setup.Host, m_setup.Port, m_setup.CalledAet, m_setup.CallingAet},
+PacsSending::PacsSending(const PacsSetupRecord& setup, const SaupRecords& places, const LaunchedVisit& launched)
+    : m_setup(setup), m_places(places),
+      m_launched(launched), m_peer{m_setup.Host, m_setup.Port, m_setup.CalledAet, m_setup.CallingAet},
       m_queue(m_local, TodayText()), m_kit(std::make_shared<std::unique_ptr<DicomKit>>())
 {
     m_pause.setSingleShot(true);
@@ -88,9 +90,9 @@ void PacsSending::StillIsSafe(const Visit& visit, int number)
         Add(visit, {number});
 }
 
-void PacsSending::PictureIsMarked(const Visit& visit, int number)
+void PacsSending::PictureIsMarked(const Visit& visit, int number, bool isStillToBeStored)
 {
-    const bool isStoredLater = visit == CurrentVisit() && !m_setup.SendsEachStill && !m_queue.Knows(visit, number);
+    const bool isStoredLater = isStillToBeStored && !m_setup.SendsEachStill && !m_queue.Knows(visit, number);
     if (!isStoredLater)
         Send(visit, number);
 }
@@ -116,7 +118,7 @@ void PacsSending::Add(const Visit& visit, const QList<int>& numbers, bool isChan
 {
     if (m_hasEnded)
         return;
-    m_queue.Add(visit, numbers, DoctorOf(visit), isChanged);
+    m_queue.Add(visit, numbers, m_launched.DoctorOf(visit), isChanged);
     TellNotice();
     Step();
 }
@@ -139,7 +141,7 @@ void PacsSending::AskFacts(const QList<PacsQueue::Entry>& entries)
     for (const PacsQueue::Entry& entry : entries)
         items->append(pacs::Item{entry, {}});
     m_underWay = *items;
-    const auto ask = [items, setup = m_setup, places = SaupTable] {
+    const auto ask = [items, setup = m_setup, places = m_places] {
         for (pacs::Item& item : *items)
             item.facts = PictureFacts(item.entry.visit, item.entry.doctor, setup, places);
     };

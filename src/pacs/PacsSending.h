@@ -4,6 +4,7 @@
 #include "frame/WorkThread.h"
 #include "pacs/pacs_batch.h"
 #include "pacs/PacsQueue.h"
+#include "records/picture_facts.h"
 
 #include <QObject>
 #include <QTimer>
@@ -18,18 +19,19 @@ class PacsSending : public QObject
 
 public:
     /// Null without a server in the setup. What an earlier run has left is sent from the next event on.
-    static std::unique_ptr<PacsSending> ForSetup();
+    static std::unique_ptr<PacsSending> ForSetup(const PacsSetupRecord& setup, const SaupRecords& places,
+                                                 const LaunchedVisit& launched);
 
-    PacsSending();
+    PacsSending(const PacsSetupRecord& setup, const SaupRecords& places, const LaunchedVisit& launched);
     ~PacsSending() override;
 
     /// The operator has stored the visit, which has these pictures. `hasMore`: others of it are still to be filed.
     void VisitIsStored(const Visit& visit, const QList<int>& numbers, bool hasMore);
     /// A still's file and rows are safe.
     void StillIsSafe(const Visit& visit, int number);
-    /// A picture has been marked up. One of the launched visit waits for it to be stored, as the others do, unless it
-    /// has been sent as it was.
-    void PictureIsMarked(const Visit& visit, int number);
+    /// A picture has been marked up. One of a visit that is still to be stored waits for that, as the others do, unless
+    /// it has been sent as it was.
+    void PictureIsMarked(const Visit& visit, int number, bool isStillToBeStored);
     /// A picture is to be sent as it is now.
     void Send(const Visit& visit, int number) { Add(visit, {number}, true); }
     /// A picture of the visit, or all of them, have been deleted: what hasn't been sent isn't.
@@ -66,6 +68,8 @@ private:
     void TellNotice();
 
     const PacsSetupRecord m_setup;
+    const SaupRecords m_places;
+    const LaunchedVisit m_launched;
     const DicomPeer m_peer;
     WorkThread m_local;  ///< Writes the list.
     WorkThread m_worker; ///< Reads pictures, makes objects, sends.

@@ -3,11 +3,13 @@
 #include "contracts/PlatformError.h"
 #include "frame/WorkThread.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QPointer>
 
 using namespace Qt::StringLiterals;
+
+ConnectionPointer Connection;
 
 namespace {
 /// Whose thread this is: work that is under way there keeps to its connection, whatever becomes of the global one.

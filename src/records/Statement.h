@@ -8,6 +8,9 @@
 
 struct Visit;
 
+/// The one database connection of the process.
+extern ConnectionPointer Connection;
+
 /// A statement joined from literal pieces and values. A text value goes between the apostrophes that the pieces around
 /// it hold, with an apostrophe inside it doubled, which is all that the connection's dialect needs; a number stands
 /// bare.

@@ -4,7 +4,7 @@
 #include "records/Statement.h"
 #include "records/visit_note.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -137,14 +137,9 @@ bool DeleteEmptyVisitRow(const Visit& visit)
     return true;
 }
 
-bool MarksInYk()
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark, MarkTable table)
 {
-    return Trim(ClientSetup.CheckTable.left(1)) == u"1"_s;
-}
-
-void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark)
-{
-    if (MarksInYk()) {
+    if (table == MarkTable::Yk) {
         Execute(Statement(u"update yk set ")
                     .Quoted(u"yk_check = '", mark)
                     .Then(u"where  yk_chart = '", visit.chart)

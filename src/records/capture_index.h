@@ -56,8 +56,8 @@ void DeletePictureRow(const Visit& visit, int number);
 /// The `ca` row, with the note, when the visit has no picture left. True when it had none.
 bool DeleteEmptyVisitRow(const Visit& visit);
 
-/// True when the clinic's table for the capture mark is `yk`; it is `endo` otherwise.
-bool MarksInYk();
+/// The clinic's table for the capture mark.
+enum class MarkTable { Endo, Yk };
 /// Sets the capture mark of the visit and its examining doctor in the clinic's table, "1" or "0". A clinic without a
 /// matching row gets none.
-void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark);
+void MarkVisitCaptured(const Visit& visit, const QString& doctor, const QString& mark, MarkTable table);

@@ -4,7 +4,7 @@
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 using namespace Qt::StringLiterals;
 
@@ -55,8 +55,7 @@ DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsS
     return facts;
 }
 
-QString DoctorOf(const Visit& visit)
+QString LaunchedVisit::DoctorOf(const Visit& visit) const
 {
-    const bool isLaunched = visit.chart == VisitContext.Chart && Trim(visit.ymd) == Trim(VisitContext.Ymd);
-    return isLaunched ? VisitContext.Jinchal : QString();
+    return visit.chart == chart && Trim(visit.ymd) == Trim(ymd) ? doctor : QString();
 }

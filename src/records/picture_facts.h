@@ -11,5 +11,13 @@ struct Visit;
 DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsSetupRecord& setup,
                           const SaupRecords& places);
 
-/// Code of the doctor who examines on the visit, as far as the station knows: of the launched visit's day alone.
-QString DoctorOf(const Visit& visit);
+/// The visit that the station was started for.
+struct LaunchedVisit
+{
+    QString chart;
+    QString ymd;
+    QString doctor; ///< Code of the one who examines.
+
+    /// The doctor of any visit, as far as the station knows: of this one's day alone.
+    QString DoctorOf(const Visit& visit) const;
+};

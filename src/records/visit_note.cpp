@@ -4,7 +4,7 @@
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <algorithm>
 
@@ -65,8 +65,7 @@ bool AddVisitRow(const Visit& visit, const QString& note)
         .Then(u"', '", visit.ymd)
         .Then(u"', 'A', '", visit.etc)
         .Then(u"', '", NoteForStore(note))
-        .Then(u"', '", VisitContext.CaExtra)
-        .Piece(u"' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
+        .Piece(u"', '' FROM ( SELECT 1 ) AS one WHERE NOT EXISTS ( SELECT * FROM ca ")
         .OfVisit(u"ca"_s, visit)
         .Piece(u" ) ");
     try {

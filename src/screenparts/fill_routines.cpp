@@ -13,7 +13,7 @@
 #include "screenparts/VisitPictures.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-#include "visit/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QComboBox>
 #include <QPointer>
@@ -113,15 +113,15 @@ void WriteVisitLine(fpSpread& list, int row, const VisitLine& line)
     }
 }
 
-void ShowPatientPanels(StatusPanels& bar)
+void ShowPatientPanels(StatusPanels& bar, const Visit& visit)
 {
-    bar.setText(PanelChart, VisitContext.Chart);
-    bar.setText(PanelYuhyung, VisitContext.Yuhyung);
-    const QString verdict = LookupPatient(VisitContext.Chart, VisitContext.Yuhyung, PatientRecord, VisitContext.Ymd);
+    bar.setText(PanelChart, visit.chart);
+    bar.setText(PanelYuhyung, visit.yuhyung);
+    const QString verdict = LookupPatient(visit.chart, visit.yuhyung, PatientRecord, visit.ymd);
     bar.setText(PanelSuname, PatientRecord.Suname);
     bar.setRemark(PanelSuname, Trim(verdict.mid(2)));
     bar.setText(PanelSex, SexText(PatientRecord.Jumin));
-    const QString years = AgeText(VisitContext.Ymd, PatientRecord.Jumin).left(3);
+    const QString years = AgeText(visit.ymd, PatientRecord.Jumin).left(3);
     bar.setText(PanelAge, IsNumericText(years) ? WholeNumberText(years) + u"세"_s : QString());
     bar.setText(PanelTel, PatientRecord.Tel);
     bar.setText(PanelJumin, LayIntoMask(PatientRecord.Jumin, u"000000-0000000"));

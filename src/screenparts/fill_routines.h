@@ -38,9 +38,9 @@ void WriteVisitLine(fpSpread& list, int row, const VisitLine& line);
 
 /// Panels of a screen's status bar.
 enum PatientPanel { PanelChart = 1, PanelYuhyung, PanelSuname, PanelSex, PanelAge, PanelTel, PanelJumin, PanelAddress };
-/// Fills the eight panels from the visit and its patient. What the look-up has to say about the patient's data stands
+/// Fills the eight panels from a visit and its patient. What the look-up has to say about the patient's data stands
 /// as the remark of panel 3.
-void ShowPatientPanels(StatusPanels& bar);
+void ShowPatientPanels(StatusPanels& bar, const Visit& visit);
 
 /// Fills a list with the days "01" to the last of the month, and selects `currentDay` where the month has it, the first
 /// otherwise. A month that doesn't exist leaves the list alone.

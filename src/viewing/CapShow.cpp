@@ -13,11 +13,12 @@
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "pacs/PacsSending.h"
+#include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
-#include "visit/VisitContext.h"
 
 #include <QMenu>
 
@@ -83,10 +84,10 @@ void CapShow::Form_Load()
     CreateObject<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s)
         ->skinchang(*this, static_cast<int>(winId()), Connection);
     MoveTo({0, 0});
-    ShowPatientPanels(*m_sbarCap);
+    ShowPatientPanels(*m_sbarCap, CurrentVisit());
     m_lblYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     m_lblEtc->setText(VisitContext.Etc);
-    m_pacs = PacsSending::ForSetup();
+    m_pacs = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
 }
 
 void CapShow::Form_Unload()

@@ -9,10 +9,10 @@
 #include "screenparts/fill_routines.h"
 #include "screenparts/PrintedPage.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
-#include "visit/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 

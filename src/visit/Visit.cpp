@@ -20,6 +20,11 @@ QString YearFolder(const QString& captureRoot, const QString& ymd)
     return captureRoot + CheckedPathPart(ymd.left(4)) + u'\\';
 }
 
+QString RootOfYear(const QString& yearFolder)
+{
+    return yearFolder.first(yearFolder.chopped(1).lastIndexOf(u'\\') + 1);
+}
+
 QString SectionFolder(const QString& yearFolder, const QString& section)
 {
     return yearFolder + CheckedPathPart(section) + u'\\';

@@ -15,6 +15,8 @@ QString CheckedPathPart(const QString& part);
 
 /// Year folder of a date `yyyymmdd` below the root of all captures.
 QString YearFolder(const QString& captureRoot, const QString& ymd);
+/// Root that a year folder lies in, with the separator at its end.
+QString RootOfYear(const QString& yearFolder);
 QString SectionFolder(const QString& yearFolder, const QString& section);
 /// Where the deleted pictures of a section go.
 QString LogFolder(const QString& yearFolder, const QString& section);

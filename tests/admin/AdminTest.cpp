@@ -310,7 +310,7 @@ private:
     QByteArray DeletePicture()
     {
         const QByteArray picture = Files().ReadFile(m_box->PicturePath(Day, Stomach, 2));
-        MoveToLogFolder(CurrentVisit(), 2);
+        MoveToLogFolder(CurrentVisit(), 2, CurrentVisit().captureDir);
         m_box->Run(u"DELETE FROM cap WHERE cap_no = 2;"_s);
         return picture;
     }

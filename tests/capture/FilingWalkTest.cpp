@@ -86,7 +86,8 @@ private:
     void Start()
     {
         m_filing = std::make_unique<StillFiling>([](const Visit&) { return std::nullopt; });
-        m_deletions = std::make_unique<PictureDeletion>(*m_filing);
+        m_deletions = std::make_unique<PictureDeletion>(
+            *m_filing, PictureDeletion::Terms{CurrentVisit().captureDir, MarkTable::Endo});
         m_filing->WriteLeft();
     }
     void End()

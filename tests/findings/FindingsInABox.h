@@ -36,7 +36,7 @@ INSERT INTO so (so_code, so_gubun, so_myung) VALUES ('G001', '4', '식도 정상
         m_grid->setMaxRows(20);
         m_panels = CreateObject<StatusPanels>(QStringLiteral("MSComctlLib.StatusBar"));
         m_panels->setPanelCount(8);
-        ShowPatientPanels(*m_panels);
+        ShowPatientPanels(*m_panels, CurrentVisit());
     }
 
     /// Both engines as the column "driver" of a test's data.

@@ -49,7 +49,7 @@ int RunStation(const QStringList& arguments)
     ClientSetup.CaptureRoot = arguments[4];
     VisitContext.ImageExt = u"jpg"_s;
     NameServer(arguments[5].toInt(), false);
-    PacsSending sending;
+    PacsSending sending(ClientSetup.Pacs, SaupTable, Launched());
     sending.VisitIsStored(VisitOfToday(), {1, 2, 3, 4, 5, 6, 7, 8}, false);
     return QApplication::exec();
 }
@@ -144,7 +144,7 @@ private Q_SLOTS:
         WriteWholeFile(visit.PicturePath(3), "no picture");
         QString notice;
         const auto open = [&] {
-            auto sending = PacsSending::ForSetup();
+            auto sending = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
             connect(sending.get(), &PacsSending::NoticeChanged, this,
                     [&notice](const QString& text) { notice = text; });
             return sending;
@@ -181,7 +181,7 @@ private Q_SLOTS:
         m_server->Start();
         NameServer(m_server->Port(), false);
         {
-            const auto sending = PacsSending::ForSetup();
+            const auto sending = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
             QVERIFY(sending->Waiting() > 0);
             QTRY_COMPARE_WITH_TIMEOUT(sending->Waiting(), 0, 60000);
         }
@@ -195,7 +195,7 @@ private Q_SLOTS:
         OpenWithOneStill();
         Press(u"저장"_s);
         QCOMPARE(QDir(m_box->Desk().ProgramFolder()).entryList({u"Pacs*"_s, u"Dicom*"_s}), QStringList());
-        QVERIFY(PacsSending::ForSetup() == nullptr);
+        QVERIFY(PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched()) == nullptr);
     }
 
 private:

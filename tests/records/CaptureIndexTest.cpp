@@ -230,7 +230,7 @@ private Q_SLOTS:
     {
         const auto bar = CreateObject<StatusPanels>(u"MSComctlLib.StatusBar"_s);
         bar->setPanelCount(8);
-        ShowPatientPanels(*bar);
+        ShowPatientPanels(*bar, CurrentVisit());
         QStringList texts;
         for (int panel = 1; panel <= 8; ++panel)
             texts << bar->Text(panel);
@@ -238,7 +238,7 @@ private Q_SLOTS:
                                      u"800101-1234567"_s, u"서울 강남구 역삼동 12-3번지"_s}));
 
         m_box->Run(u"DELETE FROM pt; UPDATE wj SET wj_suname = 'O''Brien', wj_tel = NULL;"_s);
-        ShowPatientPanels(*bar);
+        ShowPatientPanels(*bar, CurrentVisit());
         QCOMPARE(bar->Text(3), u"O'Brien"_s);
         QCOMPARE(bar->Text(6), QString());
         QCOMPARE(bar->Text(8), QString());

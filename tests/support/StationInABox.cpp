@@ -16,8 +16,9 @@
 #include "platform/serial/register_serial.h"
 #include "platform/sql/register_sql.h"
 #include "records/patient_lookup.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "visit/device_settings.h"
-#include "visit/VisitContext.h"
 
 #include <QBuffer>
 #include <QDir>

@@ -6,12 +6,13 @@
 #include "frame/components.h"
 #include "frame/forms.h"
 #include "frame/services.h"
+#include "records/Statement.h"
+#include "session/VisitContext.h"
 #include "support/ClinicDatabase.h"
 #include "support/FailingFiles.h"
 #include "support/FakeVideoCap.h"
 #include "support/ScriptedDesktop.h"
 #include "support/testing.h"
-#include "visit/VisitContext.h"
 
 /// A whole station without a screen, a camera or a clinic around it: capture root, database with one patient, setup and
 /// visit, real grid and real files, a video control that serves numbered frames. Sets the globals of the station.

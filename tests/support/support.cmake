@@ -23,7 +23,7 @@ set_target_properties(station_test_support PROPERTIES AUTOMOC OFF AUTORCC OFF)
 add_library(station_box STATIC
     "${support}/FakeVideoCap.cpp" "${support}/FakeVideoCap.h" "${support}/StationInABox.cpp")
 target_link_libraries(station_box
-    PUBLIC station_test_support station_records platform_files
+    PUBLIC station_test_support station_session platform_files
     PRIVATE station_strict platform_desktop platform_disc platform_files platform_grid platform_imagecontrol
         platform_imaging platform_printing platform_profile platform_serial)
 

@@ -1,10 +1,11 @@
 #pragma once
 
-#include "contracts/ado.h"
 #include "contracts/ClientSetup.h"
+#include "records/capture_index.h"
+#include "records/picture_facts.h"
 #include "visit/Visit.h"
 
-#include <QString>
+#include <QStringList>
 
 /// The one record of the current visit. Filled once from the launch string; afterwards only `Etc` and `ImageSaved`
 /// change.
@@ -31,12 +32,16 @@ inline constexpr char16_t InvalidDateText[] = u"진료일자가 올바르지 않
 extern VisitContextRecord VisitContext;
 extern ClientSetupRecord ClientSetup;
 extern SaupRecords SaupTable;
-/// The one database connection of the process.
-extern ConnectionPointer Connection;
 
 /// Extension of the pictures as the setup wants them: "jpg" or "bmp".
 QString ImageExtOfSetup();
+/// The sections of this client as the setup lists them, blanks around them included.
+QStringList SectionsOfClient();
+/// Where the setup wants the capture mark.
+MarkTable MarkTableOfSetup();
 /// The current visit in its present section.
 Visit CurrentVisit();
+/// The visit that the station was started for.
+LaunchedVisit Launched();
 /// Any visit, its files where the setup has them. Throws PlatformError for a date that leads out of the root.
 Visit VisitOf(const QString& chart, const QString& yuhyung, const QString& ymd, const QString& etc);
