@@ -91,15 +91,15 @@ void BenchSteps(frmImgEdit& editor)
         return NowMs() - start;
     };
     const auto stroke = [&] {
-        QTest::mousePress(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {100, 100});
-        QTest::mouseRelease(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 300});
+        QTest::mousePress(&editor.Canvas().imgMain(), Qt::LeftButton, Qt::NoModifier, {100, 100});
+        QTest::mouseRelease(&editor.Canvas().imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 300});
     };
     click(u"cmdDMode(4)"_s, true);
     stroke();
     QList<double> copies;
     for (int round = 0; round < 21; ++round) {
         const double start = NowMs();
-        const QImage copy = editor.imgMain().Picture().copy();
+        const QImage copy = editor.Canvas().imgMain().Picture().copy();
         copies << NowMs() - start;
     }
     for (const bool shown : {false, true}) {
@@ -126,9 +126,9 @@ void BenchFile(StationInABox& box, const QString& path)
     for (int round = 0; round < 15; ++round) {
         double start = NowMs();
         frmImgEdit& editor = Form<frmImgEdit>();
-        editor.lblFilePath().setText(path);
+        editor.setPath(path);
         editor.Show();
-        while (editor.imgMain().Picture().isNull())
+        while (editor.Canvas().imgMain().Picture().isNull())
             QCoreApplication::processEvents();
         opens << NowMs() - start;
 
@@ -167,13 +167,13 @@ int main(int argc, char* argv[])
     const QString path = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
     WriteWholeFile(path, Grain());
     frmImgEdit& editor = Form<frmImgEdit>();
-    editor.lblFilePath().setText(path);
+    editor.setPath(path);
     editor.Show();
-    if (!QTest::qWaitFor([&] { return !editor.imgMain().Picture().isNull(); })) {
+    if (!QTest::qWaitFor([&] { return !editor.Canvas().imgMain().Picture().isNull(); })) {
         std::fputs("the editor didn't open\n", stderr);
         return 1;
     }
-    BenchBands(editor.imgMain());
+    BenchBands(editor.Canvas().imgMain());
     BenchSteps(editor);
     editor.Unload();
     QCoreApplication::processEvents();

@@ -16,7 +16,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int StoredPictures = 48;
+constexpr int PicturesOnDisk = 48;
 constexpr int LargePictures = 12;
 constexpr int Rounds = 3;
 } // namespace
@@ -60,7 +60,7 @@ int BenchSheet()
     ClearCaptureSheetRecord(sheet);
     sheet.Of = CurrentVisit();
     sheet.PrintYmd = VisitContext.Ymd;
-    for (int number = 1; number <= StoredPictures; ++number) {
+    for (int number = 1; number <= PicturesOnDisk; ++number) {
         const QString path = box.PicturePath(VisitContext.Ymd, VisitContext.Etc, number);
         WriteWholeFile(path, scenes[number % scenes.size()]);
         sheet.Pictures << path;
@@ -82,7 +82,7 @@ int BenchSheet()
         }
         alone << NowMs() - start;
     }
-    if (QDir(printed.path()).entryList({u"*.pdf"_s}).size() != Rounds * StoredPictures / 6)
+    if (QDir(printed.path()).entryList({u"*.pdf"_s}).size() != Rounds * PicturesOnDisk / 6)
         return 1;
     PrintFigure(u"sheet of 48 1080p pictures to PDF (median)"_s, u"%1 ms"_s.arg(Median(sheets), 0, 'f', 0),
                 u"%1 x decoding and encoding them (at most 1.5)"_s.arg(Median(sheets) / Median(alone), 0, 'f', 2));

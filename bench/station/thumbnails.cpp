@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int StoredPictures = 50;
+constexpr int PicturesOnDisk = 50;
 } // namespace
 
 int BenchThumbnails()
@@ -28,7 +28,7 @@ int BenchThumbnails()
     QList<QByteArray> scenes;
     for (int seed = 0; seed < 5; ++seed)
         scenes << ScenePicture(seed, {1920, 1080});
-    for (int number = 1; number <= StoredPictures; ++number) {
+    for (int number = 1; number <= PicturesOnDisk; ++number) {
         box.AddPicture(ymd, etc, number);
         WriteWholeFile(box.PicturePath(ymd, etc, number), scenes[number % 5]);
         bytes += scenes[number % 5].size();
@@ -51,7 +51,7 @@ int BenchThumbnails()
     double longestGap = 0;
     for (int round = 0; round < 5; ++round) {
         double start = NowMs();
-        for (int number = 1; number <= StoredPictures; ++number) {
+        for (int number = 1; number <= PicturesOnDisk; ++number) {
             QImageReader reader(NativePath(box.PicturePath(ymd, etc, number)));
             if (reader.read().isNull())
                 return 1;
@@ -80,7 +80,7 @@ int BenchThumbnails()
     PrintFigure(u"50 thumbnails of 1080p, filled and painted (median)"_s, u"%1 ms"_s.arg(Median(fills), 0, 'f', 0),
                 u"%1 x full decoding in one thread (at most 0.45)"_s.arg(Median(fills) / Median(decodes), 0, 'f', 2));
     PrintFigure(u"  full decoding in one thread"_s, u"%1 ms"_s.arg(Median(decodes), 0, 'f', 0),
-                u"%1 kB a picture"_s.arg(bytes / StoredPictures / 1024));
+                u"%1 kB a picture"_s.arg(bytes / PicturesOnDisk / 1024));
     PrintFigure(u"  first picture placed"_s, u"%1 ms"_s.arg(Median(firsts), 0, 'f', 1), u"at most 20 ms"_s);
     PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 1), u"at most 50 ms"_s);
     return 0;

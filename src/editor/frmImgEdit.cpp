@@ -5,13 +5,19 @@
 #include "contracts/PlatformError.h"
 #include "editor/edit_settings.h"
 #include "editor/TextEntryBox.h"
+#include "frame/colours.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "screenparts/picture_grid.h"
-#include "session/VisitContext.h"
 #include "text/text_routines.h"
 
+#include <QColorDialog>
+#include <QFontDialog>
+#include <QFontInfo>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QShortcut>
 #include <QToolButton>
 
@@ -20,23 +26,18 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int NaturalLevel = 5;
-/// Factor of each zoom level, from 1 on.
-constexpr std::array<float, 9> Factors{0.2F, 0.4F, 0.6F, 0.8F, 1.0F, 1.25F, 1.5F, 1.75F, 2.0F};
-constexpr int LastLevel = static_cast<int>(Factors.size());
-/// Frame that every zoom step gives the canvas.
-constexpr float ZoomFrameWidth = 640;
-constexpr float ZoomFrameHeight = 480;
 /// Type code of the files that are written.
 constexpr int JpegFile = 8;
-} // namespace
+/// Backgrounds of the strip's buttons.
+constexpr int ChosenTool = 10081927;
+constexpr int OtherTool = 14155241;
 
-void CopyPicture(const ImagXpress& source, ImagXpress& target)
+void GiveBackground(QToolButton& button, int colour)
 {
-    target.setPicture(source.Picture());
-    target.ZoomToFit(2);
-    target.Refresh();
+    // Dark letters, as the pictures on the buttons are.
+    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(QColor(ColourOf(colour)).name()));
 }
+} // namespace
 
 frmImgEdit::frmImgEdit() : StationForm(QString::fromUtf16(FormName))
 {
@@ -46,24 +47,24 @@ frmImgEdit::frmImgEdit() : StationForm(QString::fromUtf16(FormName))
 
 void frmImgEdit::Form_Load()
 {
-    m_lblFilePath->clear();
-    for (ImagXpress* holder : m_imgImage) {
-        holder->setPicture(LoadPicture(QString()));
-        holder->Refresh();
-    }
-    m_txtText->hide();
     ShowChain();
     MarkToolButton(ToolFree);
     const EditSettings settings = LoadEditSettings();
-    m_txtText->setTextFont(settings.font);
+    m_canvas.txtText().setTextFont(settings.font);
     setColour(settings.colour);
+}
+
+void frmImgEdit::setPath(const QString& path)
+{
+    m_path = path;
+    m_lblFilePath->setText(path);
 }
 
 void frmImgEdit::ConnectControls()
 {
     for (int tool = 0; tool < Tools; ++tool) {
         connect(m_cmdDMode[static_cast<size_t>(tool)], &QToolButton::clicked, this, GuardedSlot([this, tool](bool) {
-                    LeaveTextEntry();
+                    m_canvas.LeaveTextEntry();
                     MarkToolButton(tool);
                 }));
     }
@@ -88,7 +89,7 @@ void frmImgEdit::ConnectControls()
     const auto onKey = [this](auto key, QToolButton* button) {
         auto* shortcut = new QShortcut(key, this);
         connect(shortcut, &QShortcut::activated, this, GuardedSlot([this, button] {
-                    if (!m_textOpen && !m_isDrawing)
+                    if (!m_canvas.IsTyping() && !m_canvas.IsDrawing())
                         button->click();
                 }));
     };
@@ -96,14 +97,7 @@ void frmImgEdit::ConnectControls()
     onKey(QKeySequence::Save, m_cmdISave);
     // Named by its keys: the desktops disagree about the standard one.
     onKey(Qt::CTRL | Qt::Key_Y, m_cmdReDo);
-
-    connect(m_imgMain, &ImagXpress::MouseDown, this,
-            GuardedSlot([this](int button, int, float x, float y) { OnPress(button, x, y); }));
-    connect(m_imgMain, &ImagXpress::MouseMove, this, GuardedSlot([this](int, int, float x, float y) { OnMove(x, y); }));
-    connect(m_imgMain, &ImagXpress::MouseUp, this,
-            GuardedSlot([this](int button, int, float x, float y) { OnRelease(button, x, y); }));
-    connect(m_txtText, &TextEntryBox::Entered, this, GuardedSlot([this] { OnTextEntered(); }));
-    connect(m_txtText, &TextEntryBox::FocusLost, this, GuardedSlot([this] { LeaveTextEntry(); }));
+    connect(&m_canvas, &EditCanvas::ChainChanged, this, &frmImgEdit::ShowChain);
 }
 
 void frmImgEdit::showEvent(QShowEvent* event)
@@ -120,131 +114,150 @@ void frmImgEdit::ReadPicture()
 {
     if (IsUnloaded())
         return;
-    const QString path = Trim(m_lblFilePath->text());
     QImage picture;
     try {
         // Asked first: a file that changes while it is read has changed since.
-        m_openedVersion = Files().VersionOf(path);
-        picture = Pictures().LoadToEdit(path);
+        m_openedVersion = Files().VersionOf(m_path);
+        picture = Pictures().LoadToEdit(m_path);
     } catch (const PlatformError& error) {
         ShowInformation(error.Text());
         Unload();
         return;
     }
-    m_imgMain->setPicture(picture);
-    m_imgMain->Refresh();
-    CopyPicture(*m_imgMain, imgImage(m_chain.HolderIndex()));
+    m_canvas.Show(picture);
     if (!CutFileName(picture).isEmpty())
         ShowInformation(u"잘린 그림파일입니다.!! 남아 있는 부분만 보입니다.!!"_s);
 }
 
 bool frmImgEdit::BeginCommand()
 {
-    if (m_isDrawing)
+    if (m_canvas.IsDrawing())
         return false;
-    LeaveTextEntry();
+    m_canvas.LeaveTextEntry();
     return true;
-}
-
-void frmImgEdit::Undo()
-{
-    if (const auto holder = m_chain.Undo())
-        CopyPicture(imgImage(*holder), *m_imgMain);
-    ShowChain();
-}
-
-void frmImgEdit::Redo()
-{
-    if (const auto holder = m_chain.Redo())
-        CopyPicture(imgImage(*holder), *m_imgMain);
-    ShowChain();
 }
 
 void frmImgEdit::ShowChain()
 {
-    m_cmdUnDo->setEnabled(m_chain.UndoEnabled());
-    m_cmdReDo->setEnabled(m_chain.RedoEnabled());
+    m_cmdUnDo->setEnabled(m_canvas.Chain().UndoEnabled());
+    m_cmdReDo->setEnabled(m_canvas.Chain().RedoEnabled());
 }
 
 void frmImgEdit::Zoom(int step)
 {
-    const int level = m_zoomLevel + step;
-    if (level < 1 || level > LastLevel)
+    m_canvas.Zoom(step);
+    m_cmdZoomIn->setEnabled(m_canvas.ZoomLevel() > 1);
+    m_cmdZoomOut->setEnabled(m_canvas.ZoomLevel() < EditCanvas::LastZoomLevel);
+}
+
+void frmImgEdit::MarkToolButton(int tool)
+{
+    if (!m_canvas.setTool(static_cast<DrawingTool>(tool)))
         return;
-    m_zoomLevel = level;
-    m_cmdZoomIn->setEnabled(level > 1);
-    m_cmdZoomOut->setEnabled(level < LastLevel);
-    m_imgMain->setFrameWidth(ZoomFrameWidth);
-    m_imgMain->setFrameHeight(ZoomFrameHeight);
-    m_imgMain->ScaleBy(Factors[static_cast<size_t>(level - 1)]);
-    m_imgMain->Refresh();
-    ShowPointer();
+    for (int at = 0; at < Tools; ++at)
+        GiveBackground(*m_cmdDMode[static_cast<size_t>(at)], at == tool ? ChosenTool : OtherTool);
+    for (QToolButton* button : {m_cmdFont, m_cmdZoomIn, m_cmdZoomOut, m_cmdUnDo, m_cmdReDo, m_cmdISave, m_cmdIExit})
+        GiveBackground(*button, OtherTool);
 }
 
-void frmImgEdit::ShowPointer()
+bool frmImgEdit::MayReplaceFile()
 {
-    if (m_zoomLevel != NaturalLevel)
-        m_imgMain->setPointerStyle(PointerHand);
-    else
-        m_imgMain->setPointerStyle(m_tool == ToolText ? PointerText : PointerCross);
-}
-
-bool frmImgEdit::MayReplaceFile(const QString& path)
-{
-    if (Files().VersionOf(path) == m_openedVersion)
+    if (Files().VersionOf(m_path) == m_openedVersion)
         return true;
     const Answer answer = AskYesNoCancel(u"다른 곳에서 이 그림을 고쳤습니다. 내 것으로 저장하시겠습니까?"_s);
     if (answer == Answer::No)
-        ShowFile(path);
+        ShowFile();
     return answer == Answer::Yes;
 }
 
-void frmImgEdit::ShowFile(const QString& path)
+void frmImgEdit::ShowFile()
 {
-    const QByteArray version = Files().VersionOf(path);
-    const QImage picture = Pictures().LoadToEdit(path);
-    CopyPicture(*m_imgMain, imgImage(m_chain.Press()));
-    m_imgMain->setPicture(picture);
-    m_imgMain->Refresh();
-    CopyPicture(*m_imgMain, imgImage(m_chain.HolderIndex()));
+    const QByteArray version = Files().VersionOf(m_path);
+    m_canvas.ShowInstead(Pictures().LoadToEdit(m_path));
     m_openedVersion = version;
-    ShowChain();
 }
 
 void frmImgEdit::Save()
 {
-    const QString path = Trim(m_lblFilePath->text());
-    if (path.isEmpty() || !PictureExists(path) || !MayReplaceFile(path))
+    if (m_path.isEmpty() || !PictureExists(m_path) || !MayReplaceFile())
         return;
-    CopyPicture(imgImage(m_chain.HolderIndex()), *m_imgMain);
-    m_imgMain->setTargetFileType(JpegFile);
-    m_imgMain->setTargetFile(path);
+    m_canvas.ShowLastStep();
+    ImagXpress& picture = m_canvas.imgMain();
+    picture.setTargetFileType(JpegFile);
+    picture.setTargetFile(m_path);
     std::exception_ptr fault;
     try {
-        m_imgMain->WriteTargetFile();
+        picture.WriteTargetFile();
     } catch (const StoredWithFault&) {
         fault = std::current_exception();
     }
-    m_openedVersion = Files().VersionOf(path);
-    VisitContext.ImageSaved = true;
-    if (fault != nullptr)
-        std::rethrow_exception(fault);
+    m_openedVersion = Files().VersionOf(m_path);
+    Q_EMIT Saved();
+    guard::Rethrow(fault);
 }
 
 void frmImgEdit::Exit()
 {
-    SaveFontSettings(m_txtText->TextFont());
-    SaveColorSetting(m_colour);
+    SaveFontSettings(m_canvas.txtText().TextFont());
+    SaveColorSetting(m_canvas.Colour());
     Unload();
+}
+
+void frmImgEdit::setColour(int colour)
+{
+    m_canvas.setColour(colour);
+    GiveBackground(*m_cmdColor, colour);
+}
+
+void frmImgEdit::ChooseColour()
+{
+    QColorDialog dialog(QColor(ColourOf(m_canvas.Colour())), this);
+    dialog.setObjectName(u"cdlgCap"_s);
+    dialog.setWindowTitle(u"글자색 지정..."_s);
+    dialog.setOption(QColorDialog::DontUseNativeDialog);
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    setColour(NumberOf((dialog.currentColor()).rgb()));
+    SaveColorSetting(m_canvas.Colour());
+}
+
+void frmImgEdit::ChooseFont()
+{
+    // The dialog lists what is installed, so it starts from the font that stands in for a Windows name.
+    QFont present = m_canvas.txtText().TextFont();
+    const QString family = present.family();
+    const QString standIn = QFontInfo(present).family();
+    present.setFamily(standIn);
+    QFontDialog dialog(present, this);
+    dialog.setObjectName(u"cdlgCap"_s);
+    dialog.setWindowTitle(u"글자체 선택..."_s);
+    dialog.setOption(QFontDialog::DontUseNativeDialog);
+    // The one line of the dialog that stands in a frame of its own.
+    for (auto* line : dialog.findChildren<QLineEdit*>()) {
+        if (qobject_cast<QGroupBox*>(line->parent()) != nullptr)
+            line->setText(u"가나다 AaBb 123"_s);
+    }
+    if (dialog.exec() != QDialog::Accepted)
+        return;
+    const QFont chosen = dialog.selectedFont();
+    QFont font(chosen.family() == standIn ? family : chosen.family());
+    font.setBold(chosen.bold());
+    font.setPointSizeF(chosen.pointSizeF());
+    font.setItalic(chosen.italic());
+    font.setUnderline(chosen.underline());
+    font.setStrikeOut(chosen.strikeOut());
+    m_canvas.txtText().setTextFont(font);
+    SaveFontSettings(font);
 }
 
 bool OpenPictureEditor(const QString& path)
 {
-    VisitContext.ImageSaved = false;
     if (path.isEmpty())
         return false;
+    bool isSaved = false;
     frmImgEdit& editor = Form<frmImgEdit>();
-    editor.lblFilePath().setText(path);
+    QObject::connect(&editor, &frmImgEdit::Saved, &editor, [&isSaved] { isSaved = true; });
+    editor.setPath(path);
     editor.ShowModal();
-    return VisitContext.ImageSaved;
+    return isSaved;
 }

@@ -1,11 +1,11 @@
 #include "editor/frmImgEdit.h"
-#include "editor/TextEntryBox.h"
 #include "frame/components.h"
 #include "frame/controls.h"
 #include "frame/plain_text.h"
 #include "frame/twips.h"
 
 #include <QFrame>
+#include <QLabel>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -33,11 +33,6 @@ QToolButton* MakeButton(QWidget* strip, const QString& name, const QString& tip,
         button->setIcon(QIcon(u":/editor/pictures/%1.svg"_s.arg(picture)));
     return button;
 }
-
-ImagXpress* MakeImage(QWidget* parent, const QString& name, const QString& accessibleName, const QRect& place)
-{
-    return Named(&PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, parent), name, accessibleName, place);
-}
 } // namespace
 
 void frmImgEdit::BuildControls()
@@ -56,16 +51,6 @@ void frmImgEdit::BuildControls()
 
     auto* fraTool = Named(new QFrame(this), u"fraTool"_s, u"편집 도구"_s, RectFromTwips(0, 345, 10815, 495));
     BuildTools(fraTool);
-
-    m_imgMain = MakeImage(this, u"imgMain"_s, u"이미지"_s, RectFromTwips(0, 855, 10800, 7200));
-    m_imgMain->setFocusPolicy(Qt::ClickFocus);
-    for (int holder = 1; holder <= SnapshotChain::Holders; ++holder) {
-        ImagXpress* image =
-            MakeImage(this, u"imgImage(%1)"_s.arg(holder), QString(), RectFromTwips(0, 855, 9600, 7200));
-        image->hide();
-        m_imgImage[static_cast<size_t>(holder - 1)] = image;
-    }
-    m_txtText = Named(new TextEntryBox(m_imgMain), u"txtText"_s, u"글씨입력"_s);
 }
 
 void frmImgEdit::BuildTools(QWidget* strip)

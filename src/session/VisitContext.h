@@ -7,23 +7,22 @@
 
 #include <QStringList>
 
-/// The one record of the current visit. Filled once from the launch string; afterwards only `Etc` and `ImageSaved`
-/// change.
+/// The one record of the current visit. Filled once from the launch string; afterwards only `Etc`
+/// changes.
 struct VisitContextRecord
 {
-    QString LaunchCode;      ///< Kept as launched.
-    QString LaunchFlag;      ///< Kept as launched.
-    QString Chart;           ///< Chart number, eight columns.
-    QString Yuhyung;         ///< Patient type code.
-    QString Jinchal;         ///< Examining doctor's code.
-    QString Ymd;             ///< Visit date, `yyyymmdd`.
-    bool YmdIsValid = true;  ///< It can be the date of a visit; otherwise nothing is filed or altered.
-    QString Etc;             ///< Examination section.
-    QString CaptureDir;      ///< Year folder of the visit, with a backslash at its end; empty for a date that can't
-                             ///< stand in a path.
-    QString ImageExt;        ///< "jpg" or "bmp", without a point.
-    bool ImageSaved = false; ///< The image editor has written its picture.
-    QString CaExtra;         ///< Last value of the `ca` row; always empty.
+    QString LaunchCode;     ///< Kept as launched.
+    QString LaunchFlag;     ///< Kept as launched.
+    QString Chart;          ///< Chart number, eight columns.
+    QString Yuhyung;        ///< Patient type code.
+    QString Jinchal;        ///< Examining doctor's code.
+    QString Ymd;            ///< Visit date, `yyyymmdd`.
+    bool YmdIsValid = true; ///< It can be the date of a visit; otherwise nothing is filed or altered.
+    QString Etc;            ///< Examination section.
+    QString CaptureDir;     ///< Year folder of the visit, with a backslash at its end; empty for a date that can't
+                            ///< stand in a path.
+    QString ImageExt;       ///< "jpg" or "bmp", without a point.
+    QString CaExtra;        ///< Last value of the `ca` row; always empty.
 };
 
 /// What the operator is told of a visit whose date can't be one.

@@ -81,7 +81,7 @@ private Q_SLOTS:
         for (const bool save : {false, true}) {
             m_box->OnceOpen([this, save](frmImgEdit& editor) {
                 QCOMPARE(editor.windowModality(), Qt::ApplicationModal);
-                QCOMPARE(editor.lblFilePath().text(), m_box->PicturePath(Earlier, Stomach, 2));
+                QCOMPARE(editor.Path(), m_box->PicturePath(Earlier, Stomach, 2));
                 m_box->Tool(3);
                 m_box->Drag({100, 100}, {540, 380});
                 if (save)
@@ -89,7 +89,6 @@ private Q_SLOTS:
                 m_box->Click(u"cmdIExit"_s);
             });
             Q_EMIT screen.sprCap(2).DblClick(4, 1);
-            QCOMPARE(VisitContext.ImageSaved, save);
             QCOMPARE(thumbnail() != before, save);
             QCOMPARE(Files().ReadFile(m_box->PicturePath(Earlier, Stomach, 2)) != stored, save);
         }
@@ -102,18 +101,18 @@ private Q_SLOTS:
     void PressesThatDoNothing()
     {
         frmImgEdit& editor = m_box->Open({640, 480});
-        const QImage before = editor.imgMain().Picture();
-        QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
-        QTest::mouseMove(&editor.imgMain(), {90, 90});
-        QTest::mouseRelease(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {90, 90});
+        const QImage before = editor.Canvas().imgMain().Picture();
+        QTest::mousePress(&editor.Canvas().imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
+        QTest::mouseMove(&editor.Canvas().imgMain(), {90, 90});
+        QTest::mouseRelease(&editor.Canvas().imgMain(), Qt::RightButton, Qt::NoModifier, {90, 90});
         m_box->Click(u"cmdZoomIn"_s);
-        QCOMPARE(editor.ZoomLevel(), 4);
-        QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
+        QCOMPARE(editor.Canvas().ZoomLevel(), 4);
+        QTest::mousePress(&editor.Canvas().imgMain(), Qt::RightButton, Qt::NoModifier, {50, 50});
         QVERIFY(m_box->Desk().shown.isEmpty());
         m_box->Tool(3);
         m_box->Drag({50, 50}, {90, 90});
         QCOMPARE(m_box->Desk().shown, QStringList{Refused});
-        QCOMPARE(editor.imgMain().Picture(), before);
+        QCOMPARE(editor.Canvas().imgMain().Picture(), before);
         QVERIFY(!m_box->Button(u"cmdUnDo"_s).isEnabled());
         QVERIFY(!m_box->Button(u"cmdReDo"_s).isEnabled());
     }
@@ -137,7 +136,7 @@ private Q_SLOTS:
         m_box->AddPicture(Earlier, Stomach, 1);
         WriteWholeFile(path, content);
         frmImgEdit& editor = Form<frmImgEdit>();
-        editor.lblFilePath().setText(path);
+        editor.setPath(path);
         editor.ShowModal();
         QCOMPARE(m_box->Desk().shown, QStringList{shown});
         QCOMPARE(Files().ReadFile(path), content);
@@ -151,11 +150,11 @@ private Q_SLOTS:
         const QByteArray whole = PictureFiles::Blank({640, 480}, "jpeg");
         WriteWholeFile(path, whole.left(whole.size() * 3 / 4));
         m_box->OnceOpen([this](frmImgEdit& editor) {
-            QCOMPARE(editor.imgMain().Picture().size(), QSize(640, 480));
+            QCOMPARE(editor.Canvas().imgMain().Picture().size(), QSize(640, 480));
             m_box->Click(u"cmdIExit"_s);
         });
         frmImgEdit& editor = Form<frmImgEdit>();
-        editor.lblFilePath().setText(path);
+        editor.setPath(path);
         editor.ShowModal();
         QCOMPARE(m_box->Desk().shown, QStringList{u"잘린 그림파일입니다.!! 남아 있는 부분만 보입니다.!!"_s});
     }
@@ -163,7 +162,7 @@ private Q_SLOTS:
     void AFailedSaveKeepsTheFile()
     {
         frmImgEdit& editor = m_box->Open({640, 480});
-        const QString path = editor.lblFilePath().text();
+        const QString path = editor.Path();
         const QByteArray stored = Files().ReadFile(path);
         m_box->Tool(4);
         m_box->Drag({10, 20}, {600, 20});
@@ -171,13 +170,12 @@ private Q_SLOTS:
         m_box->Click(u"cmdISave"_s);
         QCOMPARE(m_box->Desk().shown.size(), 1);
         QCOMPARE(Files().ReadFile(path), stored);
-        QVERIFY(!VisitContext.ImageSaved);
+        QCOMPARE(m_box->saves, 0);
         m_box->Click(u"cmdISave"_s);
-        QVERIFY(VisitContext.ImageSaved);
+        QCOMPARE(m_box->saves, 1);
         DeleteFile(path);
-        VisitContext.ImageSaved = false;
         m_box->Click(u"cmdISave"_s);
-        QVERIFY(!VisitContext.ImageSaved && !FileExists(path));
+        QVERIFY(m_box->saves == 1 && !FileExists(path));
         QCOMPARE(m_box->Desk().shown.size(), 1);
     }
 
@@ -194,7 +192,7 @@ private Q_SLOTS:
     {
         QFETCH3(std::deque<bool>, answers, bool, isMine, bool, showsMine);
         frmImgEdit& editor = m_box->Open({640, 480});
-        const QString path = editor.lblFilePath().text();
+        const QString path = editor.Path();
         m_box->Tool(4);
         m_box->Drag({10, 60}, {600, 60});
         m_box->Click(u"cmdISave"_s);
@@ -204,9 +202,9 @@ private Q_SLOTS:
         m_box->Click(u"cmdISave"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{u"다른 곳에서 이 그림을 고쳤습니다. 내 것으로 저장하시겠습니까?"_s});
         QCOMPARE(IsYellow(LoadPicture(path), {300, 60}), isMine);
-        QCOMPARE(IsYellow(editor.imgMain().Picture(), {300, 60}), showsMine);
+        QCOMPARE(IsYellow(editor.Canvas().imgMain().Picture(), {300, 60}), showsMine);
         m_box->Click(showsMine ? u"cmdISave"_s : u"cmdUnDo"_s);
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 60}));
+        QVERIFY(IsYellow(editor.Canvas().imgMain().Picture(), {300, 60}));
         QCOMPARE(m_box->Desk().shown.size(), isMine || !showsMine ? 1 : 2);
     }
 
@@ -234,12 +232,12 @@ private Q_SLOTS:
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
 
         frmImgEdit& again = m_box->Open({640, 480});
-        QCOMPARE(again.txtText().TextFont().family(), u"UnDotum"_s);
-        QCOMPARE(again.txtText().TextFont().pointSize(), 28);
-        QVERIFY(again.txtText().TextFont().bold());
+        QCOMPARE(again.Canvas().txtText().TextFont().family(), u"UnDotum"_s);
+        QCOMPARE(again.Canvas().txtText().TextFont().pointSize(), 28);
+        QVERIFY(again.Canvas().txtText().TextFont().bold());
         m_box->Tool(3);
         m_box->Drag({100, 100}, {200, 200});
-        QCOMPARE(again.imgMain().Picture().pixelColor(150, 100), QColor(0, 200, 100));
+        QCOMPARE(again.Canvas().imgMain().Picture().pixelColor(150, 100), QColor(0, 200, 100));
     }
 
     void MarksLandUnderThePointer_data()
@@ -260,20 +258,20 @@ private Q_SLOTS:
         if (zoomedAndBack) {
             m_box->Click(u"cmdZoomOut"_s);
             m_box->Click(u"cmdZoomIn"_s);
-            QCOMPARE(editor.imgMain().ViewScale(), 1.0);
+            QCOMPARE(editor.Canvas().imgMain().ViewScale(), 1.0);
         }
         m_box->Tool(tool);
         for (const bool backwards : {false, true}) {
             const QPoint one(50, 60);
             const QPoint two(200, 220);
-            const QPointF from = editor.imgMain().PictureFromView(one);
-            const QPointF to = editor.imgMain().PictureFromView(two);
-            const QPointF by = editor.imgMain().PictureFromView(QPoint(250, 300));
+            const QPointF from = editor.Canvas().imgMain().PictureFromView(one);
+            const QPointF to = editor.Canvas().imgMain().PictureFromView(two);
+            const QPointF by = editor.Canvas().imgMain().PictureFromView(QPoint(250, 300));
             if (backwards)
                 m_box->Drag(two, one, {250, 300});
             else
                 m_box->Drag(one, two, {250, 300});
-            const QRect marked = Marked(editor.imgMain().Picture());
+            const QRect marked = Marked(editor.Canvas().imgMain().Picture());
             const QRect expected = QRectF(from, to).toAlignedRect();
             // The free line went by way of the third point.
             const QRect way(by.toPoint(), QSize(1, 1));
@@ -281,11 +279,11 @@ private Q_SLOTS:
             QVERIFY2(reached.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
             QVERIFY2(marked.adjusted(-8, -8, 8, 8).contains(reached), qPrintable(QDebug::toString(marked)));
             m_box->Click(u"cmdISave"_s);
-            const QImage read = LoadPicture(editor.lblFilePath().text());
+            const QImage read = LoadPicture(editor.Path());
             QCOMPARE(read.size(), size);
             QVERIFY(Marked(read).intersects(marked));
             m_box->Click(u"cmdUnDo"_s);
-            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
+            QVERIFY(Marked(editor.Canvas().imgMain().Picture()).isNull());
             if (zoomedAndBack) {
                 // Undo fits the picture; natural size is a zoom step away and back.
                 m_box->Click(u"cmdZoomOut"_s);
@@ -300,9 +298,9 @@ private Q_SLOTS:
         for (const int tool : {0, 2, 3, 4, 5}) {
             m_box->Tool(tool);
             m_box->Drag({300, 200}, {-900, 3000}, {5000, -70});
-            QVERIFY(!Marked(editor.imgMain().Picture()).isNull());
+            QVERIFY(!Marked(editor.Canvas().imgMain().Picture()).isNull());
             m_box->Click(u"cmdUnDo"_s);
-            QVERIFY(Marked(editor.imgMain().Picture()).isNull());
+            QVERIFY(Marked(editor.Canvas().imgMain().Picture()).isNull());
         }
     }
 
@@ -320,9 +318,9 @@ private Q_SLOTS:
         QFETCH3(QSize, size, QPoint, from, QPoint, to);
         frmImgEdit& editor = m_box->Open(size);
         m_box->Tool(1);
-        QCOMPARE(editor.imgMain().cursor().shape(), Qt::IBeamCursor);
+        QCOMPARE(editor.Canvas().imgMain().cursor().shape(), Qt::IBeamCursor);
         m_box->Drag(from, to);
-        TextEntryBox& box = editor.txtText();
+        TextEntryBox& box = editor.Canvas().txtText();
         QVERIFY(box.isVisible());
         QCOMPARE(box.pos(), QPoint(100, 80));
         QVERIFY(box.width() >= qAbs(to.x() - from.x()) && box.height() >= qAbs(to.y() - from.y()));
@@ -339,9 +337,9 @@ private Q_SLOTS:
         QTest::keyClick(&box, Qt::Key_Return);
         QVERIFY(!box.isVisible());
         QVERIFY(box.text().isEmpty());
-        const QImage drawn = editor.imgMain().Picture();
+        const QImage drawn = editor.Canvas().imgMain().Picture();
         const QRect marked = Marked(drawn);
-        const qreal scale = editor.imgMain().ViewScale();
+        const qreal scale = editor.Canvas().imgMain().ViewScale();
         const QRect place = QRectF(QPointF(100, 80) / scale, QSizeF(seen) / scale).toAlignedRect();
         QVERIFY2(place.adjusted(-3, -3, 3, 3).contains(marked), qPrintable(QDebug::toString(marked)));
         QVERIFY(marked.left() < place.left() + 6);
@@ -367,28 +365,28 @@ private Q_SLOTS:
         for (int stroke = 0; stroke < 4; ++stroke)
             m_box->Drag({10, 20 * stroke + 20}, {600, 20 * stroke + 20});
         m_box->Click(u"cmdUnDo"_s);
-        const QImage before = editor.imgMain().Picture();
+        const QImage before = editor.Canvas().imgMain().Picture();
         m_box->Tool(1);
         m_box->Drag({100, 200}, {300, 260});
-        QTest::keyClicks(&editor.txtText(), u"never mind"_s);
+        QTest::keyClicks(&editor.Canvas().txtText(), u"never mind"_s);
         if (button.isEmpty())
-            QTest::mousePress(&editor.imgMain(), Qt::RightButton, Qt::NoModifier, {250, 300});
+            QTest::mousePress(&editor.Canvas().imgMain(), Qt::RightButton, Qt::NoModifier, {250, 300});
         else
             m_box->Click(button);
-        QVERIFY(!editor.txtText().isVisible() || button.isEmpty());
+        QVERIFY(!editor.Canvas().txtText().isVisible() || button.isEmpty());
         if (button.isEmpty())
             m_box->Tool(4);
-        QCOMPARE(editor.Chain().HolderIndex(), button == u"cmdReDo"_s ? 5 : 4);
+        QCOMPARE(editor.Canvas().Chain().HolderIndex(), button == u"cmdReDo"_s ? 5 : 4);
         if (button == u"cmdISave"_s) {
-            const QImage saved = LoadPicture(editor.lblFilePath().text());
+            const QImage saved = LoadPicture(editor.Path());
             QVERIFY(IsYellow(saved, {300, 60}));
             QVERIFY(!IsYellow(saved, {300, 80}));
         }
         if (button != u"cmdReDo"_s) {
-            QCOMPARE(editor.imgMain().Picture(), before);
+            QCOMPARE(editor.Canvas().imgMain().Picture(), before);
             m_box->Click(u"cmdReDo"_s);
         }
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 80}));
+        QVERIFY(IsYellow(editor.Canvas().imgMain().Picture(), {300, 80}));
     }
 
     void KeysWaitForStrokeAndText()
@@ -396,26 +394,26 @@ private Q_SLOTS:
         frmImgEdit& editor = m_box->Open({640, 480});
         m_box->Tool(4);
         m_box->Drag({10, 20}, {600, 20});
-        const QImage one = editor.imgMain().Picture();
-        QTest::mousePress(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {10, 90});
+        const QImage one = editor.Canvas().imgMain().Picture();
+        QTest::mousePress(&editor.Canvas().imgMain(), Qt::LeftButton, Qt::NoModifier, {10, 90});
         QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
         QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
-        QCOMPARE(editor.imgMain().Picture(), one);
-        QTest::mouseRelease(&editor.imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 90});
-        QVERIFY(!VisitContext.ImageSaved);
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
+        QCOMPARE(editor.Canvas().imgMain().Picture(), one);
+        QTest::mouseRelease(&editor.Canvas().imgMain(), Qt::LeftButton, Qt::NoModifier, {600, 90});
+        QCOMPARE(m_box->saves, 0);
+        QVERIFY(IsYellow(editor.Canvas().imgMain().Picture(), {300, 90}));
         QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(editor.imgMain().Picture(), one);
+        QCOMPARE(editor.Canvas().imgMain().Picture(), one);
         QTest::keyClick(&editor, Qt::Key_Y, Qt::ControlModifier);
-        QVERIFY(IsYellow(editor.imgMain().Picture(), {300, 90}));
+        QVERIFY(IsYellow(editor.Canvas().imgMain().Picture(), {300, 90}));
         m_box->Tool(1);
         m_box->Drag({100, 200}, {300, 260});
-        QTest::keyClick(&editor.txtText(), Qt::Key_S, Qt::ControlModifier);
-        QVERIFY(!VisitContext.ImageSaved);
-        QVERIFY(editor.txtText().isVisible());
+        QTest::keyClick(&editor.Canvas().txtText(), Qt::Key_S, Qt::ControlModifier);
+        QCOMPARE(m_box->saves, 0);
+        QVERIFY(editor.Canvas().txtText().isVisible());
         m_box->Tool(4);
         QTest::keyClick(&editor, Qt::Key_S, Qt::ControlModifier);
-        QVERIFY(VisitContext.ImageSaved);
+        QCOMPARE(m_box->saves, 1);
     }
 
     void Sequences_data()

@@ -14,10 +14,12 @@ public:
         const QString path = PicturePath(QStringLiteral("20250301"), QStringLiteral("위내시경"), 1);
         WriteWholeFile(path, StationInABox::Jpeg(size, Qt::darkBlue));
         frmImgEdit& editor = Form<frmImgEdit>();
-        editor.lblFilePath().setText(path);
+        editor.setPath(path);
+        saves = 0;
+        QObject::connect(&editor, &frmImgEdit::Saved, &editor, [this] { ++saves; });
         editor.Show();
         editor.activateWindow();
-        if (!QTest::qWaitFor([&] { return !editor.imgMain().Picture().isNull() && editor.isActiveWindow(); }))
+        if (!QTest::qWaitFor([&] { return !editor.Canvas().imgMain().Picture().isNull() && editor.isActiveWindow(); }))
             qFatal("the editor didn't open");
         return editor;
     }
@@ -28,7 +30,7 @@ public:
         auto* timer = new QTimer(qApp);
         QObject::connect(timer, &QTimer::timeout, timer, [timer, handler] {
             auto* editor = static_cast<frmImgEdit*>(FindForm(QStringLiteral("frmImgEdit")));
-            if (editor == nullptr || editor->imgMain().Picture().isNull())
+            if (editor == nullptr || editor->Canvas().imgMain().Picture().isNull())
                 return;
             timer->deleteLater();
             timer->stop();
@@ -36,6 +38,9 @@ public:
         });
         timer->start(1);
     }
+
+    /// How often the editor that was opened last has written its file.
+    int saves = 0;
 
     static QWidget& Editor() { return *FindForm(QStringLiteral("frmImgEdit")); }
     static QToolButton& Button(const QString& name) { return *Editor().findChild<QToolButton*>(name); }
