@@ -102,7 +102,8 @@ int BenchLiveRecording(int seconds)
     frmCapture& screen = Form<frmCapture>();
     screen.Show();
     screen.findChild<QToolButton*>(u"연결"_s)->click();
-    if (!box.Desk().PumpEventsUntil([&] { return screen.capCapture().HoldFrame() != nullptr; }, 5000)) {
+    if (!box.Desk().ServeUntil(
+            {.done = [&] { return screen.capCapture().HoldFrame() != nullptr; }, .patienceMs = 5000})) {
         std::fputs("no live picture\n", stderr);
         return 1;
     }

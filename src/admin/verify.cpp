@@ -84,7 +84,7 @@ void Verification::CheckYear(const QString& name)
             ShowProgress(year, survey.ReadCount());
             return survey.IsDone();
         };
-        UseService<Desktop>().ServeUntil(isDone, [] {});
+        UseService<Desktop>().ServeUntil({.done = isDone});
         for (const PictureSurvey::Finding& finding : survey.Findings() + DecodeAll(survey.Unknown(), [](int) {}))
             Tell(u"손상"_s, finding.path, finding.reason);
     }

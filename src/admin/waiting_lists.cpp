@@ -4,6 +4,7 @@
 #include "contracts/desktop.h"
 #include "filing/capture_folders.h"
 #include "frame/components.h"
+#include "frame/waiting.h"
 
 #include <QElapsedTimer>
 
@@ -39,7 +40,8 @@ void AwaitNothingLeft(const std::function<int()>& left, int patienceMs)
     QElapsedTimer unchanged;
     unchanged.start();
     while (left() > 0 && unchanged.elapsed() < patienceMs) {
-        UseService<Desktop>().PumpEventsUntil([&] { return left() < before; }, LookMs);
+        waiting::ServeFor(
+            LookMs, [&] { return left() < before; }, WaitInput::Served);
         if (left() != std::exchange(before, left()))
             unchanged.restart();
     }

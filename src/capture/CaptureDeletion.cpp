@@ -6,6 +6,7 @@
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
 #include "frame/guard.h"
+#include "frame/later.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "records/capture_index.h"
@@ -178,6 +179,12 @@ void CaptureDeletion::Run(const DeletionJob& job, const Shown& show)
     m_running[id].isBehind = true;
 }
 
+void CaptureDeletion::End()
+{
+    later::Finish(this, later::Screen);
+    m_jobs.End();
+}
+
 void CaptureDeletion::OnEnded(const QString& id, const PictureDeletion::Result& result)
 {
     for (const int number : result.deleted)
@@ -189,7 +196,7 @@ void CaptureDeletion::OnEnded(const QString& id, const PictureDeletion::Result& 
     if (!running->isBehind)
         return;
     const Running done = m_running.take(id);
-    m_stills.Line().Command([this, done] { Guarded([&] { Show(*done.result, done.show); }); });
+    later::Do(this, later::Screen, [done] { Show(*done.result, done.show); });
 }
 
 void CaptureDeletion::Show(const PictureDeletion::Result& result, const Shown& show)

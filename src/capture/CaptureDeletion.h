@@ -35,7 +35,7 @@ public:
     void DeleteMeantVisit();
 
     /// The screen closes; what is left of a deletion is for the next start.
-    void End() { m_jobs.End(); }
+    void End();
 
 private:
     /// Shows what is left.

@@ -4,6 +4,7 @@
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
 #include "editor/frmImgEdit.h"
+#include "frame/later.h"
 #include "frame/services.h"
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
@@ -84,7 +85,7 @@ void CaptureHistory::EndFills()
 
 void CaptureHistory::ShowVisit()
 {
-    const FillLine::Hold hold(m_stills.Line());
+    const later::Hold hold(later::Fill);
     m_note.AwaitVisit();
     const QString section = VisitContext.Etc;
     auto failed = qScopeGuard([this] { m_note.FailVisit(); });
@@ -137,7 +138,7 @@ void CaptureHistory::ShowHistoryLine(int row)
     m_controls.lblHisYmd.setText(LayIntoMask(visit.ymd, u"0000-00-00"));
     m_controls.lblHisEtc.setText(visit.etc);
 
-    const FillLine::Hold hold(m_stills.Line());
+    const later::Hold hold(later::Fill);
     // The pictures of another line may not stand there while this one's are awaited.
     m_controls.historyPictures.Show(visit);
     LoadCaptureList(visit, m_controls.historyPictures, false);
@@ -164,6 +165,6 @@ void CaptureHistory::RefillHistory(const Visit& visit)
 {
     if (m_controls.historyPictures.Shown() != visit)
         return;
-    const FillLine::Hold hold(m_stills.Line());
+    const later::Hold hold(later::Fill);
     LoadCaptureList(visit, m_controls.historyPictures, true);
 }

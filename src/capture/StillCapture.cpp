@@ -11,6 +11,7 @@
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/later.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "records/capture_index.h"
@@ -46,8 +47,9 @@ const QString PendingMark = u"기록 대기"_s;
 StillCapture::StillCapture(VisitPictures& pictures, VisitNote& note)
     : m_pictures(pictures), m_note(note), m_filing([this](const Visit& visit) { return m_note.Typed(visit); })
 {
-    connect(&m_leftovers, &Leftovers::AreSettled, this,
-            [this](const Leftovers::Settled& settled) { m_line.Command([this, settled] { TellSettled(settled); }); });
+    connect(&m_leftovers, &Leftovers::AreSettled, this, [this](const Leftovers::Settled& settled) {
+        later::Do(this, later::Screen, [this, settled] { TellSettled(settled); });
+    });
     m_askAgain.setSingleShot(true);
     m_askAgain.setInterval(AskAgainMs);
     connect(&m_askAgain, &QTimer::timeout, this, &StillCapture::AskAgain);
@@ -57,7 +59,7 @@ StillCapture::StillCapture(VisitPictures& pictures, VisitNote& note)
     connect(&m_filing, &StillFiling::Waits, this, &StillCapture::ShowWaiting);
     connect(&m_filing, &StillFiling::Changed, this, &StillCapture::ShowOutage);
     connect(&m_filing, &StillFiling::Tidings, this,
-            [this](const QString& text) { m_line.Command([text] { ShowInformation(text); }); });
+            [this](const QString& text) { later::Do(this, later::Screen, [text] { ShowInformation(text); }); });
 }
 
 StillCapture::~StillCapture() = default;
@@ -107,7 +109,7 @@ int StillCapture::CountOnRoad(const Visit& visit) const
 int StillCapture::Taken() const
 {
     const Visit visit = CurrentVisit();
-    if (!m_line.PicturesAreHeld())
+    if (!later::IsHeld(later::Placing))
         return static_cast<int>(m_pictures.Pictures().size()) + CountOnRoad(visit);
     // Pictures that are being filled tell nothing: what they are filled from does.
     if (m_pictures.Shown() != visit)
@@ -121,7 +123,7 @@ int StillCapture::Taken() const
 bool StillCapture::HasRoom() const
 {
     const int taken = Taken();
-    if (taken < MostPictures || !m_line.PicturesAreHeld())
+    if (taken < MostPictures || !later::IsHeld(later::Placing))
         return taken < MostPictures;
     // Some of the rows may have lost their files.
     const Visit visit = CurrentVisit();
@@ -171,7 +173,7 @@ void StillCapture::ShowReady()
         if (!still->mayShow || still->thumbnail == nullptr || !still->thumbnail->IsReady(0))
             return;
         if (!std::exchange(still->isShown, true))
-            m_line.Show([this, still] { ShowStill(still); });
+            later::Do(this, later::Placing, [this, still] { ShowStill(still); });
     }
 }
 
@@ -233,7 +235,7 @@ void StillCapture::ShowMoved(const QString& id)
         still->number = number;
         return;
     }
-    m_line.Show([this, id, number, visit = picture != nullptr ? picture->visit : Visit()] {
+    later::Do(this, later::Placing, [this, id, number, visit = picture != nullptr ? picture->visit : Visit()] {
         if (m_pictures.Shown() != visit)
             return;
         // A fill may have found it by its row.
@@ -263,15 +265,15 @@ void StillCapture::ShowNone()
 void StillCapture::ShowPictures(const Visit& visit, bool keepCursor)
 {
     const auto tell = qScopeGuard([this] { TellTaken(); });
-    const FillLine::Hold hold(m_line);
+    const later::Hold hold(later::Fill);
     // The pictures of another visit may not stand there while this one's are awaited.
     m_pictures.Show(visit);
     m_lacksStored = false;
     m_arrived.clear();
-    std::optional<FillLine::PictureHold> placing;
+    std::optional<later::Hold> placing;
     try {
         LoadCaptureList(visit, m_pictures, keepCursor, [&](const QList<int>& numbers) {
-            placing.emplace(m_line);
+            placing.emplace(later::Placing);
             m_read = {visit, numbers};
         });
     } catch (const PlatformError&) {
@@ -300,7 +302,7 @@ void StillCapture::AskAgain()
         if (fault != nullptr || visit != CurrentVisit())
             self->m_askAgain.start();
         else
-            self->m_line.Command([self] {
+            later::Do(self, later::Screen, [self] {
                 if (self && std::exchange(self->m_lacksStored, false))
                     Q_EMIT self->CanBeShown();
             });
@@ -319,7 +321,7 @@ void StillCapture::AskAgain()
 void StillCapture::ShowSafe(const StillFiling::SafePicture& picture)
 {
     if (const QString tidings = m_note.ShowStored(picture.visit, picture.note); !tidings.isEmpty())
-        m_line.Command([tidings] { ShowInformation(tidings); });
+        later::Do(this, later::Screen, [tidings] { ShowInformation(tidings); });
     if (m_pictures.Shown() == picture.visit)
         m_arrived.append({picture.id, picture.number});
     if (const StillPointer still = OnRoad(picture.id))
@@ -343,7 +345,7 @@ void StillCapture::ShowNumbered(const QString& id, const Visit& visit, int numbe
         ShowReady();
         return;
     }
-    m_line.Show([this, id, visit, number] {
+    later::Do(this, later::Placing, [this, id, visit, number] {
         if (m_pictures.Shown() != visit)
             return;
         if (const qsizetype at = m_pictures.Find({id, number}); at >= 0)
@@ -365,7 +367,7 @@ void StillCapture::ShowOutage()
 
 bool StillCapture::IsAtRest() const
 {
-    return m_filing.IsAtRest() && (m_road.isEmpty() || m_line.PicturesAreHeld());
+    return m_filing.IsAtRest() && (m_road.isEmpty() || later::IsHeld(later::Placing));
 }
 
 void StillCapture::Forget(const QString& id)
@@ -392,13 +394,13 @@ void StillCapture::SaveVisitNote()
         m_note.ShowPresent(visit);
     }
     Q_EMIT VisitIsStored(visit);
-    m_line.Command([this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
+    later::Do(this, later::Screen, [this, visit, message = tidings.join(u"\r\n"_s)] { ShowSaved(visit, message); });
 }
 
 void StillCapture::ShowSaved(const Visit& visit, const QString& message)
 {
     {
-        const FillLine::Hold hold(m_line);
+        const later::Hold hold(later::Fill);
         LoadVisitHistory(visit, u"A"_s);
         if (visit == CurrentVisit())
             ShowPictures(visit, false);
@@ -427,7 +429,8 @@ void StillCapture::Finish()
     m_finished = true;
     m_askAgain.stop();
     m_leftovers.End();
-    m_line.Finish();
+    later::Drop(this, later::Placing);
+    later::Finish(this, later::Screen);
     Guarded([this] {
         waiting::ServeFor(FilePatienceMs, [this] { return m_filing.Pictures().UnderWay() == 0; });
         if (!m_filing.IsDatabaseAway()) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "capture/FillLine.h"
 #include "capture/RoomWatch.h"
 #include "filing/Leftovers.h"
 #include "filing/StillFiling.h"
@@ -56,16 +55,13 @@ public:
     /// The grid has been changed by another hand.
     void TellTaken() { Q_EMIT TakenChanged(Taken()); }
 
-    /// Where the screen's changes wait while it is being filled.
-    FillLine& Line() { return m_line; }
-
     /// Makes them when the share answers, before it takes a picture.
     void MakeFoldersLater(const QStringList& folders) { m_filing.MakeFoldersLater(folders); }
     /// Brings to their end the stills that dead stations of this machine were filing, in these sections of the year;
     /// the operator is told how many.
     void SettleLeftovers(const QStringList& sections);
 
-    /// Works the line off now, fill or no fill, and waits a little for what is being filed: the screen closes. Tells
+    /// Ends what waits for fills, and waits a little for what is being filed: the screen closes. Tells
     /// the operator when rows have to wait for the next run.
     void Finish();
 
@@ -145,7 +141,6 @@ private:
     StillFiling m_filing;
     Leftovers m_leftovers{m_filing};
     RoomWatch m_room{m_filing.Pictures()};
-    FillLine m_line;
     QList<StillPointer> m_road;               ///< In the order of the presses.
     QList<std::pair<QString, int>> m_arrived; ///< Pictures whose rows came in since its last fill was begun.
     std::pair<Visit, QList<int>> m_read;      ///< Numbers of the rows that the last fill was made from.

@@ -14,6 +14,7 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "frame/waiting.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 
@@ -212,9 +213,9 @@ void frmCapCDWrite::StartBurning()
         FollowStagingArea();
     }
     burner->Startburn();
-    Desktop& desktop = UseService<Desktop>();
-    while (burner->isburning() && !desktop.ProgramEnded())
-        desktop.PumpEventsUntil([&burner] { return !burner->isburning(); }, BurnLookMs);
+    while (burner->isburning() && !UseService<Desktop>().ProgramEnded())
+        waiting::ServeFor(
+            BurnLookMs, [&burner] { return !burner->isburning(); }, WaitInput::Served);
 }
 
 void OpenCdWriting(const QPoint& place)

@@ -24,6 +24,23 @@ enum MousePointer : int {
 
 enum class Answer { Yes, No, Cancel };
 
+/// What becomes of all that the operator does during a wait.
+enum class WaitInput {
+    Served, ///< It is done.
+    Held,   ///< It is held back, and done in its order when the wait is over, but for what he does to a control that is
+            ///< marked `ServedWhileWaiting`, and in a box that was opened meanwhile.
+    Dropped, ///< It counts as not done.
+};
+
+struct DesktopWait
+{
+    std::function<bool()> done; ///< Asked after each event.
+    int patienceMs = 0;         ///< 0 for no limit.
+    WaitInput input = WaitInput::Held;
+    /// Called when he closes a window whose input is held, or presses a control that is marked `LeavesWait`.
+    std::function<void()> leave = [] {};
+};
+
 /// The string that started the program, as it stood: what its bytes are text in is told nowhere.
 struct CommandString
 {
@@ -52,17 +69,9 @@ public:
 
     /// Serves all events that wait, once.
     virtual void PumpEvents() = 0;
-    /// Serves events until `done` holds, asking after each; sleeps between events, `timeoutMs` at most in all.
-    /// False when the time ran out first.
-    virtual bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) = 0;
-    /// Serves events until `done` holds, asking after each; sleeps between events. What the operator does meanwhile is
-    /// held back, and done in its order when this has returned, but for what he does to a control that is marked
-    /// `ServedWhileWaiting`, and in a box that was opened meanwhile. When he closes a window, or presses a control that
-    /// is marked `LeavesWait`, `leave` is called as well. False when the program ends first.
-    virtual bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) = 0;
-    /// Lets time pass: the screen is painted, and what the operator does meanwhile counts as not done. Ends early when
-    /// the system wants the program to end.
-    virtual void Pause(int timeMs) = 0;
+    /// Serves events until the wait is done; sleeps between events. False when its time has run out, or the program
+    /// ends first.
+    virtual bool ServeUntil(const DesktopWait& wait) = 0;
 
     /// The platform's printer dialog. A cancel and a failure both count as nothing having happened.
     virtual void ShowPrinterDialog() = 0;

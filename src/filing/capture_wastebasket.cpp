@@ -10,6 +10,7 @@
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "records/capture_index.h"
 #include "visit/Visit.h"
 
@@ -75,7 +76,8 @@ void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
     if (orphans.isEmpty())
         return;
     const BusyPointer busy;
-    UseService<Desktop>().Pause(RowsFollowMs);
+    waiting::ServeFor(
+        RowsFollowMs, [] { return UseService<Desktop>().EndIsRequested(); }, WaitInput::Dropped);
     for (const int number : orphans) {
         if (NumberClaim::Stands(visit, number) || HasPictureRow(visit, number))
             continue;

@@ -1,24 +1,19 @@
 #include "frame/event_loop.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QTimer>
 
-bool event_loop::ServeUntil(const Question& done, const Question& hasEnded)
+bool event_loop::ServeUntil(const Question& done, const Question& hasEnded, int patienceMs)
 {
+    const QDeadlineTimer deadline = patienceMs > 0 ? QDeadlineTimer(patienceMs) : QDeadlineTimer::Forever;
+    QTimer wake;
+    if (patienceMs > 0)
+        wake.start(patienceMs);
     while (!done()) {
-        if (hasEnded())
+        if (hasEnded() || deadline.hasExpired())
             return false;
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
-}
-
-bool event_loop::ServeUntil(const Question& done, const Question& hasEnded, int timeoutMs)
-{
-    bool expired = false;
-    QTimer timer;
-    timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [&expired] { expired = true; });
-    timer.start(qMax(0, timeoutMs));
-    return ServeUntil(done, [&] { return hasEnded() || expired; });
 }

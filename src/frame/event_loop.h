@@ -2,14 +2,13 @@
 
 #include <functional>
 
-/// Loops that serve events, for the desktops. Each asks `done` after every event and gives true once it holds, false
-/// when `hasEnded` does before that.
+/// The loop that serves events for the desktops.
 namespace event_loop {
 
 using Question = std::function<bool()>;
 
-bool ServeUntil(const Question& done, const Question& hasEnded);
-/// False also after that time.
-bool ServeUntil(const Question& done, const Question& hasEnded, int timeoutMs);
+/// Asks `done` after every event and gives true once it holds, false when `hasEnded` does before that, or after that
+/// time; 0 for no limit.
+bool ServeUntil(const Question& done, const Question& hasEnded, int patienceMs = 0);
 
 } // namespace event_loop

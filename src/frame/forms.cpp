@@ -114,10 +114,7 @@ void StationForm::TakeOut()
     Collection().removeOne(this);
     hide();
     Q_EMIT Unloaded();
-    guard::WhenIdle([form = QPointer(this)] {
-        if (form != nullptr)
-            form->deleteLater();
-    });
+    later::Post(this, later::Handler, [this] { deleteLater(); });
 }
 
 void StationForm::UnloadUnseen()

@@ -3,45 +3,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
 
-#include <QCoreApplication>
-
-#include <vector>
-
 using namespace Qt::StringLiterals;
-
-namespace {
-
-/// Number of guarded handlers that run at this moment, one inside the other.
-int depth = 0;
-
-std::vector<std::function<void()>> waiting;
-
-void WorkOffWaiting()
-{
-    if (depth > 0)
-        return;
-    for (const std::function<void()>& work : std::exchange(waiting, {}))
-        work();
-}
-
-} // namespace
-
-void guard::WhenIdle(std::function<void()> work)
-{
-    waiting.push_back(std::move(work));
-    QMetaObject::invokeMethod(qApp, &WorkOffWaiting, Qt::QueuedConnection);
-}
-
-guard::Entered::Entered()
-{
-    ++depth;
-}
-
-guard::Entered::~Entered()
-{
-    --depth;
-    WorkOffWaiting();
-}
 
 QString guard::TextOf(const std::exception_ptr& fault)
 {

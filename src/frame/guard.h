@@ -1,5 +1,7 @@
 #pragma once
 
+#include "frame/later.h"
+
 #include <QString>
 
 #include <exception>
@@ -26,10 +28,6 @@ bool Is(const std::exception_ptr& fault)
         return false;
     }
 }
-/// Does the work as soon as no guarded handler runs: what a handler up the stack may still be using must outlive it.
-/// From within none that is when events are next served.
-void WhenIdle(std::function<void()> work);
-
 /// Calls the handler with the arguments, or without them where it takes none.
 template <class Handler, class... Arguments>
 void Invoke(const Handler& handler, Arguments&&... arguments)
@@ -40,14 +38,6 @@ void Invoke(const Handler& handler, Arguments&&... arguments)
         handler();
 }
 
-class Entered
-{
-public:
-    Entered();
-    ~Entered();
-    Entered(const Entered&) = delete;
-    Entered& operator=(const Entered&) = delete;
-};
 } // namespace guard
 
 /// The one way into the station's code from an event: a fault of the outside world ends the handler with a message,
@@ -55,7 +45,7 @@ public:
 template <class Handler>
 bool Guarded(Handler&& handler)
 {
-    const guard::Entered entered;
+    const later::Hold hold(later::Handler);
     try {
         std::forward<Handler>(handler)();
         return true;

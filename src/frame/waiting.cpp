@@ -1,10 +1,9 @@
 #include "frame/waiting.h"
 
 #include "frame/components.h"
+#include "frame/later.h"
 #include "frame/services.h"
-#include "frame/WorkThread.h"
 
-#include <QDeadlineTimer>
 #include <QScopeGuard>
 #include <QTimer>
 
@@ -24,7 +23,6 @@ struct Wait
 /// The waits of the handlers that run one inside the other. An inner one ends as soon as an outer one can go on: the
 /// handler that came first isn't held up by what it let in.
 std::vector<Wait*> waits;
-std::vector<std::function<void()>> later;
 std::function<void(const waiting::Notice&)> presenter;
 int patienceNowMs = 0; ///< 0 for no limit.
 
@@ -41,20 +39,13 @@ void Present()
         presenter(waits.empty() ? waiting::Notice{} : waits.back()->notice);
 }
 
-void WorkOffLater()
-{
-    if (!waits.empty())
-        return;
-    for (const std::function<void()>& work : std::exchange(later, {}))
-        work();
-}
-
 } // namespace
 
 waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>& done)
 {
     Wait wait{done, {}, {}};
     waits.push_back(&wait);
+    const later::Hold hold(later::Wait);
     const MousePointer before = MousePointerNow();
     const auto over = qScopeGuard([&] {
         std::erase(waits, &wait);
@@ -62,8 +53,6 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
             SetMousePointer(before);
             Present();
         }
-        if (!later.empty())
-            PostToScreen(WorkOffLater);
     });
     // What is to come later is forgotten with it.
     QObject awaited;
@@ -79,19 +68,17 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
     if (patienceNowMs > 0)
         QTimer::singleShot(patienceNowMs, &awaited, [&] { wait.end = Outcome::Leaving; });
 
-    const bool served = UseService<Desktop>().ServeUntil(
-        [&] { return done() || wait.end.has_value() || IsOuterOver(); }, [&] { wait.end = Outcome::Leaving; });
+    const bool served =
+        UseService<Desktop>().ServeUntil({.done = [&] { return done() || wait.end.has_value() || IsOuterOver(); },
+                                          .leave = [&] { wait.end = Outcome::Leaving; }});
     if (done())
         return Outcome::Done;
     return served && wait.end ? *wait.end : Outcome::Leaving;
 }
 
-void waiting::ServeFor(int patienceMs, const std::function<bool()>& done)
+bool waiting::ServeFor(int patienceMs, const std::function<bool()>& done, WaitInput input)
 {
-    const QDeadlineTimer deadline(patienceMs);
-    QTimer wake;
-    wake.start(patienceMs);
-    UseService<Desktop>().ServeUntil([&] { return done() || deadline.hasExpired(); }, [] {});
+    return UseService<Desktop>().ServeUntil({.done = done, .patienceMs = patienceMs, .input = input});
 }
 
 waiting::Patience::Patience(int patienceMs) : m_before(std::exchange(patienceNowMs, patienceMs)) {}
@@ -110,12 +97,6 @@ void waiting::Cancel()
 {
     if (!waits.empty())
         waits.back()->end = Outcome::Cancelled;
-}
-
-void waiting::WhenOver(std::function<void()> work)
-{
-    later.push_back(std::move(work));
-    PostToScreen(WorkOffLater);
 }
 
 void waiting::setPresenter(std::function<void(const Notice&)> shown)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contracts/desktop.h"
+
 #include <QString>
 
 #include <functional>
@@ -30,14 +32,12 @@ inline constexpr int CancelledAfterMs = 3000;
 
 /// Waits until `done` holds, which is asked after each event. `text` tells the operator what is awaited.
 Outcome Await(const QString& text, const std::function<bool()>& done);
-/// Serves events at the closing until `done` holds, no longer than that; neither shown nor given up.
-void ServeFor(int patienceMs, const std::function<bool()>& done);
+/// Serves events until `done` holds, no longer than that; neither shown nor given up. True when it holds.
+bool ServeFor(int patienceMs, const std::function<bool()>& done, WaitInput input = WaitInput::Held);
 /// A handler up the stack waits.
 bool IsUnderWay();
 /// The operator gives up the wait that was begun last.
 void Cancel();
-/// Does the work as soon as no handler waits: from within a wait later, otherwise the next time that events are served.
-void WhenOver(std::function<void()> work);
 
 /// While one lives, a wait that lasts longer ends as `Leaving`: the screen closes.
 class Patience

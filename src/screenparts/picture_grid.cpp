@@ -5,6 +5,7 @@
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "text/text_routines.h"
 
 namespace {
@@ -25,10 +26,9 @@ QString CellText(fpSpread& grid, int column, int row)
 std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at)
 {
     const auto isOver = [&] { return !grid || !grid->IsCurrentFill(fill); };
-    Desktop& desktop = UseService<Desktop>();
-    desktop.PumpEvents();
+    PumpEvents();
     const auto isReady = [&] { return isOver() || batch.IsReady(at); };
-    if (!desktop.PumpEventsUntil(isReady, DecodeWaitMs) && !desktop.ProgramEnded())
+    if (!waiting::ServeFor(DecodeWaitMs, isReady, WaitInput::Served) && !UseService<Desktop>().ProgramEnded())
         filecalls::AwaitUntil(isReady);
     // A handler that the pump let in may have closed the screen or begun a newer fill.
     if (isOver())

@@ -1,5 +1,7 @@
 #include "support/ScriptedDesktop.h"
 
+#include "frame/event_loop.h"
+
 #include "frame/components.h"
 #include "frame/services.h"
 
@@ -58,23 +60,10 @@ void ScriptedDesktop::PumpEvents()
     QCoreApplication::processEvents();
 }
 
-bool ScriptedDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+bool ScriptedDesktop::ServeUntil(const DesktopWait& wait)
 {
-    return QTest::qWaitFor(done, timeoutMs);
-}
-
-bool ScriptedDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
-{
-    leaveWait = leave;
-    while (!done()) {
-        if (ended)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-void ScriptedDesktop::Pause(int timeMs)
-{
-    QTest::qWait(timeMs);
+    if (wait.input == WaitInput::Held)
+        leaveWait = wait.leave;
+    return event_loop::ServeUntil(
+        wait.done, [this] { return ended; }, wait.patienceMs);
 }

@@ -39,9 +39,7 @@ public:
     Answer AskYesNoCancel(const QString& question) override;
     void SetMousePointer(MousePointer value) override { pointer = value; }
     void PumpEvents() override;
-    bool PumpEventsUntil(const std::function<bool()>& done, int timeoutMs) override;
-    bool ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave) override;
-    void Pause(int timeMs) override;
+    bool ServeUntil(const DesktopWait& wait) override;
     void ShowPrinterDialog() override {}
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
     CommandString Command() const override

@@ -215,35 +215,17 @@ void QtDesktop::PumpEvents()
         QCoreApplication::processEvents();
 }
 
-bool QtDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+bool QtDesktop::ServeUntil(const DesktopWait& wait)
 {
     if (m_displayIsGone)
-        return SleepUntil(done, timeoutMs);
+        return SleepUntil(wait.done, wait.patienceMs > 0 ? wait.patienceMs : LastPatienceMs);
+    std::unique_ptr<QObject> filter;
+    if (wait.input == WaitInput::Held) // A box that opens meanwhile wants an answer.
+        filter = std::make_unique<HeldInput>([this, boxes = m_openBoxes] { return m_openBoxes > boxes; }, wait.leave);
+    else if (wait.input == WaitInput::Dropped)
+        filter = std::make_unique<InputDiscarder>();
     return event_loop::ServeUntil(
-        done, [this] { return m_ended; }, timeoutMs);
-}
-
-bool QtDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& leave)
-{
-    if (m_displayIsGone)
-        return SleepUntil(done, LastPatienceMs);
-    // A box that opens meanwhile wants an answer.
-    const HeldInput held([this, boxes = m_openBoxes] { return m_openBoxes > boxes; }, leave);
-    return event_loop::ServeUntil(done, [this] { return m_ended; });
-}
-
-void QtDesktop::Pause(int timeMs)
-{
-    if (m_displayIsGone)
-        return;
-    QTimer timer;
-    timer.setSingleShot(true);
-    timer.start(timeMs);
-    while (timer.isActive() && !m_ended && !m_endIsRequested)
-        QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
-    // What was pressed meanwhile would otherwise be done now.
-    InputDiscarder discarder;
-    QCoreApplication::processEvents();
+        wait.done, [this] { return m_ended; }, wait.patienceMs);
 }
 
 void QtDesktop::ShowPrinterDialog()

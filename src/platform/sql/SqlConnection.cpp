@@ -173,7 +173,7 @@ void SqlConnection::Await(const std::shared_ptr<Task>& task)
             if (task->GiveUp(*m_session))
                 throw DatabaseAway(told);
             // What was cut off ends at once, and an answer that was quicker counts. A file's lock has its own limit.
-            UseService<Desktop>().ServeUntil(hasBegun, [] {});
+            UseService<Desktop>().ServeUntil({.done = hasBegun});
             std::unique_lock lock(task->mutex);
             task->changed.wait(lock, [&] { return task->hasBegun; });
             if (task->fault != nullptr)

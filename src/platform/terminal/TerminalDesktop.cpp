@@ -48,20 +48,10 @@ void TerminalDesktop::PumpEvents()
     QCoreApplication::processEvents();
 }
 
-bool TerminalDesktop::PumpEventsUntil(const std::function<bool()>& done, int timeoutMs)
+bool TerminalDesktop::ServeUntil(const DesktopWait& wait)
 {
     return event_loop::ServeUntil(
-        done, [this] { return m_ended; }, timeoutMs);
-}
-
-bool TerminalDesktop::ServeUntil(const std::function<bool()>& done, const std::function<void()>& /*leave*/)
-{
-    return event_loop::ServeUntil(done, [this] { return m_ended; });
-}
-
-void TerminalDesktop::Pause(int timeMs)
-{
-    PumpEventsUntil([] { return false; }, timeMs);
+        wait.done, [this] { return m_ended; }, wait.patienceMs);
 }
 
 std::optional<QString> TerminalDesktop::ShowOpenDialog(const QString& /*folder*/, const QString& /*filter*/)

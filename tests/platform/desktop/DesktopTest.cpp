@@ -352,19 +352,19 @@ private Q_SLOTS:
         const auto press = [&](const QWidget& control) {
             QTest::mouseClick(window, Qt::LeftButton, {}, control.geometry().center());
         };
-        UseService<Desktop>().ServeUntil(
-            [&, began = false]() mutable {
-                if (!std::exchange(began, true)) {
-                    QTest::keyClick(window, 'a');
-                    QTest::keyClick(window, '1');
-                    press(other);
-                    press(shutter);
-                    press(end);
-                    window->close();
-                }
-                return done.size() == 1 && left == 2;
-            },
-            [&] { ++left; });
+        UseService<Desktop>().ServeUntil({.done =
+                                              [&, began = false]() mutable {
+                                                  if (!std::exchange(began, true)) {
+                                                      QTest::keyClick(window, 'a');
+                                                      QTest::keyClick(window, '1');
+                                                      press(other);
+                                                      press(shutter);
+                                                      press(end);
+                                                      window->close();
+                                                  }
+                                                  return done.size() == 1 && left == 2;
+                                              },
+                                          .leave = [&] { ++left; }});
         QCOMPARE(done, QStringList{u"캡쳐"_s});
         QCOMPARE(text.text(), QString());
         QCOMPARE(form.closed, 0);
@@ -423,7 +423,7 @@ void DesktopTest::ProgramEndsInThePump()
     QCOMPARE(desktop.Command().bytes, "00012345 01 02"_ba);
     QVERIFY(!desktop.ProgramEnded());
     QTimer::singleShot(0, [] { EndProgram(); });
-    QVERIFY(!desktop.PumpEventsUntil([] { return false; }, 60000));
+    QVERIFY(!desktop.ServeUntil({.done = [] { return false; }, .patienceMs = 60000}));
     QVERIFY(desktop.ProgramEnded());
 }
 
