@@ -3,8 +3,10 @@
 
 #include "capture/CaptureHistory.h"
 #include "capture/MeantPictures.h"
+#include "capture/VisitGrid.h"
 #include "capture/VisitNote.h"
 #include "contracts/PlatformError.h"
+#include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "frame/later.h"
 #include "frame/services.h"
@@ -17,10 +19,10 @@
 
 using namespace Qt::StringLiterals;
 
-CaptureDeletion::CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
-                                 Deleted deleted)
-    : m_history(history), m_stills(stills), m_note(note), m_meant(meant), m_deleted(std::move(deleted)),
-      m_jobs(stills.Filing(), {VisitContext.CaptureDir, MarkTableOfSetup()})
+CaptureDeletion::CaptureDeletion(CaptureHistory& history, VisitGrid& grid, StillFiling& filing, VisitNote& note,
+                                 MeantPictures& meant, Deleted deleted)
+    : m_history(history), m_grid(grid), m_filing(filing), m_note(note), m_meant(meant), m_deleted(std::move(deleted)),
+      m_jobs(filing, {VisitContext.CaptureDir, MarkTableOfSetup()})
 {
     connect(&m_jobs, &PictureDeletion::Ended, this, &CaptureDeletion::OnEnded);
 }
@@ -66,7 +68,7 @@ bool CaptureDeletion::IsShown(int gridNumber, const std::optional<Visit>& visit)
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber)
 {
     const int number = picture.number;
-    const PictureJournal& journal = m_stills.Journal();
+    const PictureJournal& journal = m_filing.Journal();
     const PictureRecord* record = journal.Find(picture.id);
     if (record == nullptr)
         record = journal.Find(visit, number);
@@ -85,20 +87,20 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& p
     Run(job, [this, visit, number, gridNumber, waits](const PictureDeletion::Result& result) {
         if (result.isVisitGone)
             m_note.RowIsGone(visit);
-        if (waits || m_stills.IsDatabaseAway()) {
+        if (waits || m_filing.IsDatabaseAway()) {
             TakeOut({QString(), number}, visit, true);
             return;
         }
         if (gridNumber == 2)
             m_history.RefillHistory(visit);
         if (gridNumber == 1 || Trim(visit.ymd) == Trim(CurrentVisit().ymd))
-            m_stills.ShowPictures(CurrentVisit(), false);
+            m_grid.ShowPictures(CurrentVisit(), false);
     });
 }
 
 void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 {
-    m_stills.Forget(picture.id);
+    m_grid.Forget(picture.id);
     TakeOut({picture.id, 0}, picture.visit, false);
 }
 
@@ -107,7 +109,7 @@ void CaptureDeletion::TakeOut(const ShownPicture& picture, const Visit& visit, b
     VisitPictures& pictures = m_history.Pictures(1);
     if (const qsizetype at = pictures.Find(picture); at >= 0 && IsShown(1, visit))
         pictures.Remove(at);
-    m_stills.TellTaken();
+    m_grid.TellTaken();
     // The visit's row may go with it.
     if (mayBeLast && pictures.Pictures().isEmpty())
         m_note.RowIsGone(visit);
@@ -120,15 +122,15 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
     job.visit = visit;
     job.isWhole = true;
     QList<int> numbers;
-    if (m_stills.IsDatabaseAway()) {
-        numbers = m_stills.KnownNumbers(visit);
+    if (m_filing.IsDatabaseAway()) {
+        numbers = m_grid.KnownNumbers(visit);
         job.rowsUpTo = Visit::LargestNumber;
     } else {
         numbers = StoredNumbers(visit, NumberOrder::Any);
     }
     for (const int number : numbers)
         job.items.append(DeletionJob::Item{number});
-    const QList<PictureRecord> own = m_stills.Journal().Of(visit);
+    const QList<PictureRecord> own = m_filing.Journal().Of(visit);
     for (const PictureRecord& picture : own) {
         if (picture.number > 0 && !numbers.contains(picture.number))
             job.items.append(DeletionJob::Item{picture.number});
@@ -139,12 +141,12 @@ void CaptureDeletion::DeleteVisitCaptures(const Visit& visit)
     // Those that the share hasn't got yet go to the deleted ones when it has.
     for (const PictureRecord& picture : own) {
         if (picture.number == 0)
-            m_stills.Forget(picture.id);
+            m_grid.Forget(picture.id);
     }
     Run(job, [this, visit](const PictureDeletion::Result&) {
-        if (m_stills.IsDatabaseAway()) {
+        if (m_filing.IsDatabaseAway()) {
             if (visit == CurrentVisit())
-                m_stills.ShowNone();
+                m_grid.ShowNone();
             return;
         }
         m_history.ShowVisits();
@@ -158,7 +160,7 @@ void CaptureDeletion::Run(const DeletionJob& job, const Shown& show)
     m_running.insert(id, {show, std::nullopt, false});
     // A database that doesn't answer gets its part later.
     const waiting::Outcome outcome = waiting::Await(u"그림을 지우고 있습니다."_s, [this, &id] {
-        return !m_jobs.IsUnderWay(id) || (m_stills.IsDatabaseAway() && m_jobs.AreFilesMoved(id));
+        return !m_jobs.IsUnderWay(id) || (m_filing.IsDatabaseAway() && m_jobs.AreFilesMoved(id));
     });
     if (outcome == waiting::Outcome::Done) {
         if (const std::optional<PictureDeletion::Result> result = m_running[id].result) {

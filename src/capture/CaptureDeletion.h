@@ -10,7 +10,8 @@
 
 class CaptureHistory;
 class MeantPictures;
-class StillCapture;
+class StillFiling;
+class VisitGrid;
 class VisitNote;
 struct PictureRecord;
 struct ShownPicture;
@@ -24,8 +25,8 @@ public:
     /// Hears of a picture that has gone, or, without a number, of all of a visit.
     using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
 
-    CaptureDeletion(CaptureHistory& history, StillCapture& stills, VisitNote& note, MeantPictures& meant,
-                    Deleted deleted);
+    CaptureDeletion(CaptureHistory& history, VisitGrid& grid, StillFiling& filing, VisitNote& note,
+                    MeantPictures& meant, Deleted deleted);
 
     /// Asks, and deletes the current visit's pictures of the section.
     void DeleteCurrentVisit();
@@ -60,7 +61,8 @@ private:
     static void Show(const PictureDeletion::Result& result, const Shown& show);
 
     CaptureHistory& m_history;
-    StillCapture& m_stills;
+    VisitGrid& m_grid;
+    StillFiling& m_filing;
     VisitNote& m_note;
     MeantPictures& m_meant;
     const Deleted m_deleted;

@@ -1,5 +1,6 @@
 #include "capture/CaptureHistory.h"
 
+#include "capture/VisitGrid.h"
 #include "capture/VisitNote.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -40,8 +41,8 @@ void LayOutPictureGrid(fpSpread& grid, const QList<double>& columnWidths, int ro
 
 } // namespace
 
-CaptureHistory::CaptureHistory(const Controls& controls, VisitNote& note, StillCapture& stills)
-    : m_controls(controls), m_note(note), m_stills(stills)
+CaptureHistory::CaptureHistory(const Controls& controls, VisitNote& note, VisitGrid& grid)
+    : m_controls(controls), m_note(note), m_grid(grid)
 {
 }
 
@@ -89,7 +90,7 @@ void CaptureHistory::ShowVisit()
     m_note.AwaitVisit();
     const QString section = VisitContext.Etc;
     auto failed = qScopeGuard([this] { m_note.FailVisit(); });
-    m_stills.ShowPictures(CurrentVisit(), false);
+    m_grid.ShowPictures(CurrentVisit(), false);
     failed.dismiss();
     // A section chosen meanwhile has its own fill, and its own note.
     if (section == VisitContext.Etc)
@@ -100,7 +101,7 @@ void CaptureHistory::ShowAgain()
 {
     try {
         if (m_note.Typed(CurrentVisit()))
-            m_stills.ShowPictures(CurrentVisit(), true);
+            m_grid.ShowPictures(CurrentVisit(), true);
         else
             ShowVisit();
         ShowVisits();

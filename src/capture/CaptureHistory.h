@@ -1,14 +1,14 @@
 #pragma once
 
-#include "capture/StillCapture.h"
-
 #include <QObject>
 
 #include <optional>
 
 class fpSpread;
 class QLabel;
+class VisitGrid;
 class VisitNote;
+struct Visit;
 class VisitPictures;
 
 /// The three grids of the capture screen, and what the mouse does on the two of the history.
@@ -26,7 +26,7 @@ public:
         QLabel& lblHisEtc;
     };
 
-    CaptureHistory(const Controls& controls, VisitNote& note, StillCapture& stills);
+    CaptureHistory(const Controls& controls, VisitNote& note, VisitGrid& grid);
 
     /// Columns, rows and measures of the three grids.
     void LayOutGrids();
@@ -61,6 +61,6 @@ Q_SIGNALS:
 private:
     Controls m_controls;
     VisitNote& m_note;
-    StillCapture& m_stills;
+    VisitGrid& m_grid;
     int m_lineShown = 0; ///< Rises with each line that is shown, so that an overtaken one knows.
 };

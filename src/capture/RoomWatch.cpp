@@ -16,7 +16,7 @@ constexpr int EachMs = 20'000;
 constexpr qint64 LeastBytes = 1'000'000'000;
 } // namespace
 
-RoomWatch::RoomWatch(StillFiles& files) : m_files(files)
+RoomWatch::RoomWatch(StillFiles& files, QObject* parent) : QObject(parent), m_files(files)
 {
     connect(&m_timer, &QTimer::timeout, this, &RoomWatch::Look);
     m_timer.start(EachMs);

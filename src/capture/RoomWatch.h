@@ -12,7 +12,7 @@ class RoomWatch : public QObject
 
 public:
     /// Asks on the thread of `files`, so that a share that hangs isn't asked twice.
-    explicit RoomWatch(StillFiles& files);
+    RoomWatch(StillFiles& files, QObject* parent);
 
 Q_SIGNALS:
     /// For the operator; empty while there is enough.

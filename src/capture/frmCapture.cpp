@@ -1,6 +1,7 @@
 #include "capture/frmCapture.h"
 
 #include "capture/device_link.h"
+#include "capture/FilingNotices.h"
 #include "capture/MeantPictures.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
@@ -13,6 +14,7 @@
 #include "filing/capture_wastebasket.h"
 #include "filing/MovieFiling.h"
 #include "filing/StationLease.h"
+#include "filing/StillFiling.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
@@ -59,13 +61,15 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_note = std::make_unique<VisitNote>(*m_txtCapChamgo, [this](bool isThere) { OfferNote(isThere); });
     m_visitPictures = std::make_unique<VisitPictures>(sprCap(1), 1);
     m_historyPictures = std::make_unique<VisitPictures>(sprCap(2), 2);
-    m_stills = std::make_unique<StillCapture>(*m_visitPictures, *m_note);
+    m_filing = std::make_unique<StillFiling>([this](const Visit& visit) { return m_note->Typed(visit); });
+    m_grid = std::make_unique<VisitGrid>(*m_visitPictures, *m_filing);
+    m_stills = std::make_unique<StillCapture>(*m_grid, *m_filing, *m_note);
     m_history = std::make_unique<CaptureHistory>(
         CaptureHistory::Controls{*m_visitPictures, *m_historyPictures, sprCap(3), *m_lblHisYmd, *m_lblHisEtc}, *m_note,
-        *m_stills);
+        *m_grid);
     m_history->LayOutGrids();
     m_meant = std::make_unique<MeantPictures>(*m_history);
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_stills, *m_note, *m_meant,
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_grid, *m_filing, *m_note, *m_meant,
                                                    [this](const Visit& visit, std::optional<int> number) {
                                                        if (m_pacs)
                                                            m_pacs->IsDeleted(visit, number);
@@ -75,7 +79,8 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
         if (!IsUnloaded())
             SetCaptureValues(filed, PictureOrigin::Foot);
     });
-    m_movies = std::make_unique<MovieFiling>(m_stills->Filing());
+    m_movies = std::make_unique<MovieFiling>(*m_filing);
+    m_filingNotices = std::make_unique<FilingNotices>(*m_notices, *m_filing, *m_movies);
     m_movie = std::make_unique<MovieRecording>(*m_capCapture, *m_movies, *m_lblMovie, *m_lblMovieStatus);
     ConnectControls();
 }
@@ -107,9 +112,9 @@ void frmCapture::PrepareFolders()
         if (capture_root::Refusal().isEmpty())
             MakeMissingFolders(folders);
         else
-            m_stills->MakeFoldersLater(folders);
+            m_filing->MakeFoldersLater(folders);
     } catch (const FilesAway& error) {
-        m_stills->MakeFoldersLater(folders);
+        m_filing->MakeFoldersLater(folders);
         if (!wasHeld)
             ShowInformation(error.Text());
     }
@@ -169,25 +174,13 @@ void frmCapture::Form_Unload()
         m_pacs->End();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
-    if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_stills->IsDatabaseAway() &&
-        !m_stills->IsShareAway() && !filecalls::AnyHeld()) {
+    if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_filing->IsDatabaseAway() &&
+        !m_filing->Pictures().IsShareAway() && !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
-        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_stills->Journal()); });
+        Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_filing->Journal()); });
     }
     m_footSwitch->Close();
     m_capCapture->Stop();
-}
-
-void frmCapture::ShowRootRefusal()
-{
-    const QString refusal = capture_root::Refusal();
-    m_notices->setNotice(NoticeStrip::Root, refusal, {u"이 폴더 사용"_s, [] {
-                                                          if (AskYesNo(u"이 폴더를 캡쳐 폴더로 쓰시겠습니까?\r\n"
-                                                                       "보관한 그림도 이 폴더로 옮겨집니다."_s))
-                                                              capture_root::Accept();
-                                                      }});
-    if (refusal.isEmpty() && VisitContext.YmdIsValid)
-        m_stills->MakeFoldersLater(CaptureFolders(ClientSetup.CaptureRoot, VisitContext.Ymd, SectionsOfClient()));
 }
 
 void frmCapture::FinishMovies()
@@ -206,26 +199,11 @@ void frmCapture::FinishMovies()
 
 void frmCapture::ConnectControls()
 {
-    capture_root::setListener([self = QPointer(this)] {
-        if (self && !self->IsUnloaded())
-            self->ShowRootRefusal();
-    });
-    connect(m_movies.get(), &MovieFiling::Changed, this, [this] {
-        m_notices->setNotice(NoticeStrip::Movie,
-                             m_movies->IsAway() ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
-                                                : QString());
-    });
-    connect(m_stills.get(), &StillCapture::OutageChanged, this,
-            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Outage, text); });
-    connect(m_stills.get(), &StillCapture::ShareOutageChanged, this,
-            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Share, text); });
-    connect(m_stills.get(), &StillCapture::CanBeShown, this, GuardedSlot([this] {
+    connect(m_grid.get(), &VisitGrid::CanBeShown, this, GuardedSlot([this] {
                 if (!IsUnloaded())
                     m_history->ShowAgain();
             }));
-    connect(m_stills.get(), &StillCapture::RoomChanged, this,
-            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Room, text); });
-    connect(m_stills.get(), &StillCapture::TakenChanged, this, &frmCapture::ShowCount);
+    connect(m_grid.get(), &VisitGrid::TakenChanged, this, &frmCapture::ShowCount);
     m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices, *m_count);
     connect(m_notices, &NoticeStrip::Shown, m_fullPicture.get(), &FullPicture::PlaceOverlays);
     ShowCount(0);
@@ -270,7 +248,7 @@ void frmCapture::ConnectPacs()
             [this](const QString& text) { m_notices->setNotice(NoticeStrip::Pacs, text); });
     connect(m_stills.get(), &StillCapture::StillIsSafe, pacs, &PacsSending::StillIsSafe);
     connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, GuardedSlot([this, pacs](const Visit& visit) {
-                const QList<PictureRecord> own = m_stills->Journal().Of(visit);
+                const QList<PictureRecord> own = m_filing->Journal().Of(visit);
                 QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
                 for (const PictureRecord& picture : own) {
                     if (picture.number > 0)

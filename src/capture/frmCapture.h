@@ -16,6 +16,7 @@
 #include <memory>
 
 class CommandBar;
+class FilingNotices;
 class fpSpread;
 class ImagXpress;
 class MeantPictures;
@@ -61,7 +62,7 @@ public:
     VideoCap& capCapture() { return *m_capCapture; }
     StatusPanels& sbarCap() { return *m_sbarCap; }
     /// No picture is on its way to its rows and its thumbnail any more.
-    bool StillsAreAtRest() const { return m_stills->IsAtRest(); }
+    bool StillsAreAtRest() const { return m_filing->IsAtRest() && m_grid->IsAtRest(); }
 
 protected:
     void Form_Load() override;
@@ -78,7 +79,6 @@ private:
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
     void PrepareFolders();
-    void ShowRootRefusal();
     /// Gives the last files the time to come to the share.
     void FinishMovies();
     void ShowUnknownPatient();
@@ -116,6 +116,8 @@ private:
 
     std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
+    std::unique_ptr<StillFiling> m_filing;
+    std::unique_ptr<VisitGrid> m_grid;
     std::unique_ptr<StillCapture> m_stills;
     std::unique_ptr<CaptureHistory> m_history;
     std::unique_ptr<MeantPictures> m_meant;
@@ -125,5 +127,6 @@ private:
     std::unique_ptr<MovieFiling> m_movies;
     std::unique_ptr<StationLease> m_lease; ///< Null for a visit whose date can't be one.
     std::unique_ptr<MovieRecording> m_movie;
+    std::unique_ptr<FilingNotices> m_filingNotices;
     std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 };

@@ -84,9 +84,9 @@ void frmCapture::BuildControls()
 
 void frmCapture::ShowCount(int pictures)
 {
-    m_count->setText(u"%1/%2"_s.arg(pictures).arg(StillCapture::MostPictures));
-    m_count->setAccessibleName(u"그림 %1장, 한도 %2장"_s.arg(pictures).arg(StillCapture::MostPictures));
-    const bool isFull = pictures >= StillCapture::MostPictures;
+    m_count->setText(u"%1/%2"_s.arg(pictures).arg(VisitGrid::MostPictures));
+    m_count->setAccessibleName(u"그림 %1장, 한도 %2장"_s.arg(pictures).arg(VisitGrid::MostPictures));
+    const bool isFull = pictures >= VisitGrid::MostPictures;
     if (m_count->property("full").toBool() == isFull)
         return;
     m_count->setProperty("full", isFull);

@@ -1,0 +1,57 @@
+#include "capture/FilingNotices.h"
+
+#include "capture/RoomWatch.h"
+#include "filing/capture_folders.h"
+#include "filing/capture_root.h"
+#include "filing/MovieFiling.h"
+#include "filing/StillFiling.h"
+#include "frame/services.h"
+#include "screenparts/NoticeStrip.h"
+#include "session/VisitContext.h"
+
+#include <QPointer>
+
+using namespace Qt::StringLiterals;
+
+FilingNotices::FilingNotices(NoticeStrip& strip, StillFiling& filing, MovieFiling& movies)
+    : m_strip(strip), m_filing(filing), m_movies(movies)
+{
+    connect(&m_filing, &StillFiling::Changed, this, &FilingNotices::ShowOutage);
+    connect(&m_movies, &MovieFiling::Changed, this, &FilingNotices::ShowMovies);
+    auto* room = new RoomWatch(m_filing.Pictures(), this);
+    connect(room, &RoomWatch::Changed, this,
+            [this](const QString& text) { m_strip.setNotice(NoticeStrip::Room, text); });
+    capture_root::setListener([self = QPointer(this)] {
+        if (self)
+            self->ShowRoot();
+    });
+}
+
+void FilingNotices::ShowOutage()
+{
+    const QString database = u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
+    m_strip.setNotice(NoticeStrip::Outage,
+                      m_filing.IsDatabaseAway() ? database.arg(m_filing.Journal().Waiting()) : QString());
+    const int waiting = m_filing.Pictures().Waiting();
+    const QString share = u"저장 폴더가 응답하지 않습니다. 그림은 이 컴퓨터에 보관되고 있습니다. (%1장 대기)"_s;
+    m_strip.setNotice(NoticeStrip::Share, waiting > 0 ? share.arg(waiting) : QString());
+}
+
+void FilingNotices::ShowMovies()
+{
+    m_strip.setNotice(NoticeStrip::Movie,
+                      m_movies.IsAway() ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
+                                        : QString());
+}
+
+void FilingNotices::ShowRoot()
+{
+    const QString refusal = capture_root::Refusal();
+    m_strip.setNotice(NoticeStrip::Root, refusal, {u"이 폴더 사용"_s, [] {
+                                                       if (AskYesNo(u"이 폴더를 캡쳐 폴더로 쓰시겠습니까?\r\n"
+                                                                    "보관한 그림도 이 폴더로 옮겨집니다."_s))
+                                                           capture_root::Accept();
+                                                   }});
+    if (refusal.isEmpty() && VisitContext.YmdIsValid)
+        m_filing.MakeFoldersLater(CaptureFolders(ClientSetup.CaptureRoot, VisitContext.Ymd, SectionsOfClient()));
+}
