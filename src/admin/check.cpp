@@ -1,7 +1,6 @@
-#include "admin/check.h"
+#include "admin/commands.h"
 
 #include "admin/check_tables.h"
-#include "admin/exit_codes.h"
 #include "contracts/dicom.h"
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"

@@ -1,13 +1,6 @@
 #include "admin/commands.h"
 
-#include "admin/check.h"
 #include "admin/deleted_pictures.h"
-#include "admin/exit_codes.h"
-#include "admin/pacs.h"
-#include "admin/pending.h"
-#include "admin/root.h"
-#include "admin/take_over.h"
-#include "admin/verify.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"

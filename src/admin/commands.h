@@ -6,6 +6,14 @@
 
 class QTextStream;
 
+/// How the administrator's program ends.
+enum ExitCode : int {
+    AllWell = 0,
+    Found = 1,       ///< Something is wrong, or was refused.
+    UsedWrongly = 2, ///< The command line can't be understood.
+    CantWork = 3,    ///< Setup, database or capture root aren't there, or have given out.
+};
+
 /// What the program's main file knows and the commands need.
 struct AdminSurroundings
 {
@@ -19,3 +27,46 @@ extern AdminSurroundings Surroundings;
 /// Runs the command that the arguments name, the program's own name not among them. What it finds goes to `out`, how
 /// the program is used, faults and progress to standard error. Gives an `ExitCode`.
 int RunCommand(const QStringList& arguments, QTextStream& out);
+
+/// The commands.
+
+/// `check`: what the station needs on this machine, one line each, right or wrong with what to do. Reads the setup
+/// itself. Gives an `ExitCode`.
+int CheckStation(QTextStream& out);
+
+/// Pictures of this machine that wait for the clinic's server, or that it has refused. Each gives an `ExitCode`;
+/// `Found` as long as there are any.
+
+/// Shows them, with whose they are and why.
+int ListPacs(QTextStream& out);
+/// Sends what dead stations of this user have left, also what was refused. What belongs to one that lives stays its
+/// own.
+int RetryPacs(QTextStream& out);
+/// Forgets what was refused, in the lists of dead stations. The pictures themselves stay as they are.
+int DropPacs(QTextStream& out);
+
+/// What waits on this machine: pictures whose rows aren't in, or that aren't in the capture root either. Both give an
+/// `ExitCode`; `Found` as long as something waits.
+
+/// Shows it, with whose it is.
+int ListPending(QTextStream& out);
+/// Files and writes what dead stations of this user have left, as the station's next start would. What belongs to one
+/// that lives stays its own.
+int WritePending(QTextStream& out);
+
+/// The capture root's identity: in its mark, and as the database remembers it. Both give an `ExitCode`; `Found` where
+/// they differ or one is missing.
+
+int ShowRoot(QTextStream& out);
+/// The database remembers the present root, in a table that is made for it: every station refuses another from then on.
+int StoreRoot(QTextStream& out);
+
+/// Takes over what dead stations of other users have left on this machine, as far as this user may: their pictures,
+/// movies and journals come into this user's folder, and go on from there as his own. Gives an `ExitCode` as
+/// `WritePending` does.
+int TakeOverPending(QTextStream& out);
+
+/// `verify [YEAR]`: the archive against the tables, of one year or of all. Tells of rows without a file, files without
+/// a row, pictures that can't be read, movies without an index, and what processes have left; changes nothing. With
+/// `decodes` each picture is decoded, else its content is read and looked at from both ends. Gives an `ExitCode`.
+int VerifyArchive(const QString& year, bool decodes, QTextStream& out);

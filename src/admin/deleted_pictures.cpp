@@ -1,6 +1,6 @@
 #include "admin/deleted_pictures.h"
 
-#include "admin/exit_codes.h"
+#include "admin/commands.h"
 #include "contracts/files.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"

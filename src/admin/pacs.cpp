@@ -1,6 +1,5 @@
-#include "admin/pacs.h"
+#include "admin/commands.h"
 
-#include "admin/exit_codes.h"
 #include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"

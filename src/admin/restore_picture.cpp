@@ -1,5 +1,5 @@
+#include "admin/commands.h"
 #include "admin/deleted_pictures.h"
-#include "admin/exit_codes.h"
 #include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"

@@ -1,6 +1,5 @@
-#include "admin/root.h"
+#include "admin/commands.h"
 
-#include "admin/exit_codes.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"

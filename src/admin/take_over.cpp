@@ -1,7 +1,5 @@
-#include "admin/take_over.h"
-
 #include "admin/commands.h"
-#include "admin/pending.h"
+
 #include "admin/waiting_lists.h"
 #include "contracts/LocalDatabase.h"
 #include "contracts/PlatformError.h"

@@ -1,9 +1,7 @@
-#include "admin/verify.h"
+#include "admin/commands.h"
 
 #include "admin/ArchiveYear.h"
-#include "admin/commands.h"
 #include "admin/deleted_pictures.h"
-#include "admin/exit_codes.h"
 #include "admin/file_checks.h"
 #include "admin/PictureSurvey.h"
 #include "contracts/desktop.h"

@@ -1,6 +1,7 @@
 #include "capture/FilingNotices.h"
 
-#include "capture/RoomWatch.h"
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/MovieFiling.h"
@@ -13,14 +14,20 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+constexpr int RoomEachMs = 20'000;
+/// Below this the operator is told. In bytes.
+constexpr qint64 LeastBytes = 1'000'000'000;
+} // namespace
+
 FilingNotices::FilingNotices(NoticeStrip& strip, StillFiling& filing, MovieFiling& movies)
     : m_strip(strip), m_filing(filing), m_movies(movies)
 {
     connect(&m_filing, &StillFiling::Changed, this, &FilingNotices::ShowOutage);
     connect(&m_movies, &MovieFiling::Changed, this, &FilingNotices::ShowMovies);
-    auto* room = new RoomWatch(m_filing.Pictures(), this);
-    connect(room, &RoomWatch::Changed, this,
-            [this](const QString& text) { m_strip.setNotice(NoticeStrip::Room, text); });
+    connect(&m_roomTimer, &QTimer::timeout, this, &FilingNotices::AskForRoom);
+    m_roomTimer.start(RoomEachMs);
+    QTimer::singleShot(0, this, &FilingNotices::AskForRoom);
     capture_root::setListener([self = QPointer(this)] {
         if (self)
             self->ShowRoot();
@@ -39,9 +46,9 @@ void FilingNotices::ShowOutage()
 
 void FilingNotices::ShowMovies()
 {
-    m_strip.setNotice(NoticeStrip::Movie,
-                      m_movies.IsAway() ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
-                                        : QString());
+    m_strip.setNotice(NoticeStrip::Movie, m_movies.IsAway()
+                                              ? u"동영상을 저장 폴더로 옮기지 못하여 이 컴퓨터에 보관하고 있습니다."_s
+                                              : QString());
 }
 
 void FilingNotices::ShowRoot()
@@ -54,4 +61,31 @@ void FilingNotices::ShowRoot()
                                                    }});
     if (refusal.isEmpty() && VisitContext.YmdIsValid)
         m_filing.MakeFoldersLater(CaptureFolders(ClientSetup.CaptureRoot, VisitContext.Ymd, SectionsOfClient()));
+}
+
+void FilingNotices::AskForRoom()
+{
+    if (m_isAskingForRoom)
+        return;
+    m_isAskingForRoom = true;
+    m_filing.Pictures().Post([self = QPointer(this), root = ClientSetup.CaptureRoot] {
+        qint64 freeBytes = -1;
+        try {
+            freeBytes = Files().FreeBytes(root);
+        } catch (const PlatformError&) {
+            // A share that can't be asked is told of otherwise.
+        }
+        PostToScreen([self, freeBytes] {
+            if (self)
+                self->ShowRoom(freeBytes);
+        });
+    });
+}
+
+void FilingNotices::ShowRoom(qint64 freeBytes)
+{
+    m_isAskingForRoom = false;
+    const bool isLow = freeBytes >= 0 && freeBytes < LeastBytes;
+    m_strip.setNotice(NoticeStrip::Room,
+                      isLow ? u"저장 폴더에 남은 공간이 적습니다. (%1MB)"_s.arg(freeBytes / 1'000'000) : QString());
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 class MovieFiling;
 class NoticeStrip;
@@ -18,8 +19,13 @@ private:
     void ShowOutage();
     void ShowMovies();
     void ShowRoot();
+    /// On the share's own thread, so that one that hangs isn't asked twice.
+    void AskForRoom();
+    void ShowRoom(qint64 freeBytes);
 
     NoticeStrip& m_strip;
     StillFiling& m_filing;
     MovieFiling& m_movies;
+    QTimer m_roomTimer;
+    bool m_isAskingForRoom = false;
 };

@@ -15,22 +15,62 @@
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "launch/launch_string.h"
-#include "launch/visit_date.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
 #include "session/VisitContext.h"
+#include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "viewing/CapShow.h"
 
 #include <QComboBox>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const QString NoChart = u"00000000"_s;
+/// No clinic has had a station for longer.
+const QDate FirstDay(1990, 1, 1);
+/// The screen isn't up yet: nobody could give the wait up.
+constexpr int DatabasePatienceMs = 2000;
+
+bool IsDigits(const QString& text)
+{
+    return std::ranges::all_of(text, [](QChar character) { return character >= u'0' && character <= u'9'; });
+}
+
+/// Invalid when the database doesn't say.
+QDate DatabaseDate()
+{
+    try {
+        const waiting::Patience patience(DatabasePatienceMs);
+        const auto rows = OpenRows(Statement(u" SELECT CURRENT_DATE "));
+        return HasRow(*rows) ? rows->Fields(0).toDate() : QDate();
+    } catch (const PlatformError&) {
+        return {};
+    }
+}
+
+bool IsWithinAYear(QDate date, QDate today)
+{
+    return today.isValid() && date <= today.addYears(1);
+}
+
+/// True for a text `yyyymmdd` that can be the date of a visit: a day of the calendar from 1990 on, and no later than a
+/// year from today, by the station's clock or by the database's, whichever is later.
+bool IsVisitDate(const QString& ymd)
+{
+    const QDate date = IsDigits(ymd) ? DateFromText(ymd) : QDate();
+    if (!date.isValid() || date < FirstDay)
+        return false;
+    // A machine that has lost its clock lives in the past.
+    return IsWithinAYear(date, UseService<Desktop>().Today()) || IsWithinAYear(date, DatabaseDate());
+}
 
 /// The setup component is a fresh object for this one call.
 bool ReadSetup()

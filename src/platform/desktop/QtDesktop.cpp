@@ -8,7 +8,10 @@
 #include "frame/plain_text.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
+#include "platform/desktop/IconList.h"
 #include "platform/desktop/InstanceLock.h"
+#include "platform/desktop/PanelBar.h"
+#include "platform/desktop/register_desktop.h"
 #include "platform/files/program_folder.h"
 
 #include <QApplication>
@@ -317,4 +320,12 @@ void QtDesktop::EndProgram()
 QDate QtDesktop::Today() const
 {
     return QDate::currentDate();
+}
+
+void RegisterDesktop(const CommandString& command)
+{
+    InstallService<Desktop>(std::make_unique<QtDesktop>(command));
+    InstallService<ImageList>(std::make_unique<IconList>());
+    RegisterComponent<StatusPanels>(u"MSComctlLib.StatusBar"_s, [] { return std::make_unique<PanelBar>(); });
+    RegisterComponent<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s, [] { return std::make_unique<ThemeShell>(); });
 }

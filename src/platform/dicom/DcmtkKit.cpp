@@ -1,6 +1,7 @@
 #include "platform/dicom/DcmtkKit.h"
 
 #include "contracts/desktop.h"
+#include "contracts/dicom.h"
 #include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
@@ -10,6 +11,7 @@
 #include "platform/dicom/dataset_text.h"
 #include "platform/dicom/DcmtkRun.h"
 #include "platform/dicom/jpeg_frame.h"
+#include "platform/dicom/register_dicom.h"
 #include "platform/dicom/store_report.h"
 
 #include <QScopeGuard>
@@ -161,4 +163,9 @@ DicomOutcome DcmtkKit::MakeDirectory(const QString& folder, const std::stop_toke
     } catch (const PlatformError& error) {
         return {DicomOutcome::Away, error.Text()};
     }
+}
+
+void RegisterDicom()
+{
+    RegisterComponent<DicomKit>(QString::fromUtf16(DicomKitName), [] { return std::make_unique<DcmtkKit>(); });
 }

@@ -1,7 +1,9 @@
 #include "platform/grid/SpreadGrid.h"
 
+#include "frame/components.h"
 #include "frame/twips.h"
 #include "platform/grid/CellDelegate.h"
+#include "platform/grid/register_grid.h"
 #include "platform/grid/SpreadModel.h"
 #include "platform/grid/SpreadView.h"
 
@@ -404,4 +406,9 @@ void SpreadGrid::showEvent(QShowEvent* event)
     m_view->setAccessibleDescription(accessibleDescription());
     if (m_view->currentIndex().isValid())
         BringIntoView(ActiveCol(), ActiveRow());
+}
+
+void RegisterGrid()
+{
+    RegisterComponent<fpSpread>(u"FPSpreadADO.fpSpread"_s, [] { return std::make_unique<SpreadGrid>(); });
 }

@@ -3,7 +3,9 @@
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "frame/colours.h"
+#include "frame/components.h"
 #include "frame/services.h"
+#include "platform/imagecontrol/register_image_control.h"
 
 #include <QBuffer>
 #include <QFontMetricsF>
@@ -254,4 +256,9 @@ void ImageControl::LayOutView()
     m_horizontalBar->setVisible(m_view.NeedsHorizontalBar());
     m_verticalBar->setVisible(m_view.NeedsVerticalBar());
     update();
+}
+
+void RegisterImageControl()
+{
+    RegisterComponent<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, [] { return std::make_unique<ImageControl>(); });
 }

@@ -1,9 +1,13 @@
 #include "platform/imaging/ImagePictureReader.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
 #include "frame/file_calls.h"
 #include "platform/imaging/DecodingBatch.h"
 #include "platform/imaging/picture_file.h"
+#include "platform/imaging/picture_limits.h"
+#include "platform/imaging/register_imaging.h"
+#include <QImageReader>
 
 #include <QThreadPool>
 
@@ -91,4 +95,10 @@ std::unique_ptr<PictureBatch> ImagePictureReader::LoadContent(const QByteArray& 
 {
     return std::make_unique<DecodingBatch>(QList<PictureSource>{{{}, content}}, Wish{Fit::Within, room}, LookAhead,
                                            m_contentPool);
+}
+
+void RegisterImaging()
+{
+    QImageReader::setAllocationLimit(static_cast<int>(picturelimits::LargestInStation / 1'048'576) + 1);
+    InstallService<PictureReader>(std::make_unique<ImagePictureReader>());
 }

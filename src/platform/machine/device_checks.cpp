@@ -1,4 +1,4 @@
-#include "platform/machine/device_checks.h"
+#include "platform/machine/machine_checks.h"
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"

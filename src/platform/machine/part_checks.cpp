@@ -1,4 +1,4 @@
-#include "platform/machine/part_checks.h"
+#include "platform/machine/machine_checks.h"
 
 #include "platform/imaging/confined_reader.h"
 

@@ -2,9 +2,7 @@
 
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
-#include "platform/machine/capture_root_checks.h"
-#include "platform/machine/device_checks.h"
-#include "platform/machine/part_checks.h"
+#include "platform/machine/machine_checks.h"
 #include "platform/setup/setup_checks.h"
 
 namespace {

@@ -5,6 +5,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "platform/setup/register_setup.h"
 #include "platform/setup/setup_steps.h"
 
 #include <QFileInfo>
@@ -122,4 +123,10 @@ QString ScreenScaleOfSetup(const QString& programFolder)
     } catch (const PlatformError&) {
         return {};
     }
+}
+
+void RegisterSetup(MissingRoot missingRoot)
+{
+    RegisterComponent<clsStartProfile>(u"prjStartProfile.clsStartProfile"_s,
+                                       [missingRoot] { return std::make_unique<StartProfile>(missingRoot); });
 }

@@ -1,7 +1,10 @@
 #include "platform/sql/TableKeeper.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/components.h"
+#include "platform/sql/register_sql.h"
 #include "platform/sql/SqlConnection.h"
+#include "platform/sql/SqliteFile.h"
 
 #include <QFile>
 
@@ -36,4 +39,13 @@ QStringList StatementsOfScript(const QString& script)
     if (!statement.trimmed().isEmpty())
         statements.append(statement.trimmed());
     return statements;
+}
+
+void RegisterSql()
+{
+    // The definitions stand in a static library, whose resources the linker drops unless they are asked for.
+    Q_INIT_RESOURCE(tables);
+    RegisterComponent<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s,
+                                      [] { return std::make_unique<TableKeeper>(); });
+    InstallService<LocalDatabases>(std::make_unique<SqliteFiles>());
 }
