@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <memory>
 
 /// A thread of an adapter's or a room's own that does pieces of work one after the other, in the order in which they
@@ -22,7 +23,8 @@ public:
     /// All that was handed over has been done.
     bool IsIdle() const;
     /// Waits for that, no longer than the time. False when it has run out.
-    bool AwaitIdle(int patienceMs) const;
+    bool AwaitIdle(int patienceMs = Forever) const;
+    static constexpr int Forever = std::numeric_limits<int>::max();
 
     /// Drops what hasn't begun, does `last` behind the piece that runs, and waits for both. One that doesn't come to
     /// its end in that time, such as a call that the kernel holds, is left behind with its thread; false then.

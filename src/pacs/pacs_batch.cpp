@@ -3,10 +3,10 @@
 #include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
-
-#include <future>
+#include "frame/WorkThread.h"
 
 using namespace Qt::StringLiterals;
 
@@ -113,14 +113,16 @@ void SendGroup(DicomKit& kit, const DicomPeer& peer, Group& group, const std::st
 void pacs::SendBatch(DicomKit& kit, const DicomPeer& peer, const QList<Item>& items, const QSet<QString>& sent,
                      const std::stop_token& stop, const Hear& hear)
 {
-    std::future<void> sending;
+    WorkThread sender;
     Group underWay;
+    std::exception_ptr fault;
     qsizetype heard = 0;
     // The next objects are made while these are on their way.
     const auto settle = [&] {
-        if (!sending.valid())
+        sender.AwaitIdle();
+        guard::Rethrow(fault);
+        if (underWay.items.isEmpty())
             return;
-        sending.get();
         hear(heard, underWay.results);
         heard += underWay.results.size();
     };
@@ -132,7 +134,13 @@ void pacs::SendBatch(DicomKit& kit, const DicomPeer& peer, const QList<Item>& it
             return;
         }
         underWay = std::move(next);
-        sending = std::async(std::launch::async, [&] { SendGroup(kit, peer, underWay, stop); });
+        sender.Post([&] {
+            try {
+                SendGroup(kit, peer, underWay, stop);
+            } catch (...) {
+                fault = std::current_exception();
+            }
+        });
     }
     settle();
 }

@@ -114,7 +114,7 @@ void DeskKit::FileCopyDialog(const QString& source, const QString& target)
     CopyState state;
     {
         WorkThread thread;
-        const auto wait = qScopeGuard([&] { thread.AwaitIdle(std::numeric_limits<int>::max()); });
+        const auto wait = qScopeGuard([&] { thread.AwaitIdle(); });
         QEventLoop loop;
         const auto isDone = std::make_shared<bool>(false);
         thread.Post([&, isDone, quit = QPointer(&loop)] {

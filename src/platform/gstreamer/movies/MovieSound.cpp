@@ -49,7 +49,7 @@ public:
     }
     ~SoundInput() override
     {
-        m_opening.AwaitIdle(std::numeric_limits<int>::max());
+        m_opening.AwaitIdle();
         if (m_pipeline)
             gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
     }

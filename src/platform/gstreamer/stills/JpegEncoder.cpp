@@ -1,6 +1,8 @@
 #include "platform/gstreamer/stills/JpegEncoder.h"
 
 #include "contracts/PlatformError.h"
+#include "frame/guard.h"
+#include "frame/WorkThread.h"
 #include "platform/imaging/jpeg_segments.h"
 
 #include <QThread>
@@ -8,7 +10,7 @@
 #include <turbojpeg.h>
 
 #include <algorithm>
-#include <future>
+#include <memory>
 #include <optional>
 
 using namespace Qt::StringLiterals;
@@ -159,18 +161,28 @@ QByteArray EncodeJpeg(const YuvPlanes& planes, int quality)
 
     if (stripeCount > 1 && stripeRows * unitColumns <= MostRestartInterval) {
         const int stripeHeight = stripeRows * unitHeight;
-        std::vector<std::future<Encoded>> others;
-        for (int stripe = 1; stripe < stripeCount; ++stripe) {
+        std::vector<Encoded> stripes(static_cast<size_t>(stripeCount));
+        std::vector<std::exception_ptr> faults(stripes.size());
+        const auto encode = [&](int stripe) {
             const int firstRow = stripe * stripeHeight;
             const int rows = std::min(stripeHeight, planes.Height() - firstRow);
-            others.push_back(std::async(std::launch::async, [&planes, quality, firstRow, rows] {
-                return EncodeRows(planes, quality, firstRow, rows);
-            }));
-        }
-        std::vector<Encoded> stripes;
-        stripes.push_back(EncodeRows(planes, quality, 0, stripeHeight));
-        for (std::future<Encoded>& other : others)
-            stripes.push_back(other.get());
+            try {
+                stripes[static_cast<size_t>(stripe)] = EncodeRows(planes, quality, firstRow, rows);
+            } catch (...) {
+                faults[static_cast<size_t>(stripe)] = std::current_exception();
+            }
+        };
+        // They stay for the next still of this thread.
+        thread_local std::vector<std::unique_ptr<WorkThread>> helpers;
+        while (helpers.size() + 1 < stripes.size())
+            helpers.push_back(std::make_unique<WorkThread>());
+        for (int stripe = 1; stripe < stripeCount; ++stripe)
+            helpers[static_cast<size_t>(stripe) - 1]->Post([&encode, stripe] { encode(stripe); });
+        encode(0);
+        for (const std::unique_ptr<WorkThread>& helper : helpers)
+            helper->AwaitIdle();
+        for (const std::exception_ptr& fault : faults)
+            guard::Rethrow(fault);
         QByteArray joined = Join(stripes, planes.Height(), stripeRows * unitColumns);
         if (!joined.isEmpty())
             return joined;
