@@ -8,6 +8,7 @@
 #include "filing/MovieFiling.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
+#include "frame/waiting.h"
 #include "session/VisitContext.h"
 #include "visit/Visit.h"
 
@@ -19,6 +20,7 @@ using namespace Qt::StringLiterals;
 namespace {
 /// A file of about 139 seconds.
 constexpr int MostFrames = 2500;
+constexpr int SharePatienceMs = 1000;
 constexpr int MovieWidth = 320;
 constexpr int MovieHeight = 240;
 constexpr int FramesPerSecond = 18;
@@ -73,6 +75,8 @@ void MovieRecording::CheckShare()
     if (m_filing.IsAway() || filecalls::AnyHeld())
         return;
     const QString folder = MovieFolder(VisitContext.CaptureDir);
+    // The same for one that is found to stand still now.
+    const waiting::Patience patience(SharePatienceMs);
     try {
         EnsureFolderOfYear(VisitContext.CaptureDir, folder);
         if (m_capture.HasRoomForMovie(folder))

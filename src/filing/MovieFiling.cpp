@@ -87,6 +87,15 @@ QString LocalStem(const QString& id)
     return LocalFolder() + LocalPrefix + id + u'-';
 }
 
+/// But for others that have come under their names since.
+void DeleteFiles(const QList<MovieJob::File>& files)
+{
+    for (const MovieJob::File& file : files) {
+        if (Files().VersionOf(file.path) == file.version)
+            DeleteFile(file.path);
+    }
+}
+
 } // namespace
 
 QStringList MovieFiling::NamesIn(const QString& folder, const QString& id)
@@ -165,13 +174,23 @@ void MovieFiling::Go(const MovieJob& job)
 {
     m_isUnderWay = true;
     m_looksUnderWay = 0;
-    m_share.Post([result = Result{job, job.isListed}, mayBeThere = m_doubtful.contains(job.id),
-                  isBeginning = job.id == m_beginning, self = QPointer(this)]() mutable {
+    Result begun{.job = job};
+    for (const MovieJob& older : m_journal.Movies()) {
+        if (older.id == job.id)
+            break;
+        if (older.visit.MovieStem() == job.visit.MovieStem())
+            begun.older.append(older);
+    }
+    m_share.Post([result = begun, mayBeThere = m_doubtful.contains(job.id), isBeginning = job.id == m_beginning,
+                  self = QPointer(this)]() mutable {
         try {
-            if (!result.job.isListed)
+            if (!result.job.isListed) {
                 List(result.job);
-            else
-                result.isOver = BringFiles(result.job, mayBeThere) && !isBeginning;
+                result.hasChanged = true;
+            } else {
+                BringFiles(result, mayBeThere);
+                result.isOver &= !isBeginning;
+            }
         } catch (...) {
             result.fault = std::current_exception();
         }
@@ -194,21 +213,46 @@ void MovieFiling::Answer(const Result& result)
         m_refused.remove(job.id);
         setAway(!m_refused.isEmpty(), {});
     }
-    if (job.isListed && !result.wasListed) {
+    if (result.hasPlace) {
+        for (const MovieJob& older : result.older)
+            Forget(older.id);
+    }
+    if (result.hasChanged) {
         m_journal.StoreMovie(job);
-        // What is about to be deleted stands there first.
-        m_isUnderWay = true;
-        m_filing.AfterJournal(this, [this, job] { Go(job); });
-        return;
+        if (result.fault == nullptr) {
+            // What is about to be deleted, there or here, stands there first.
+            m_isUnderWay = true;
+            m_filing.AfterJournal(this, [this, job] { Go(job); });
+            return;
+        }
     }
     // One that is refused, or whose part couldn't be made whole, keeps no other waiting.
     m_lookedAt = job.id == m_journal.Movies().last().id ? QString() : job.id;
-    if (result.isOver) {
-        m_doubtful.remove(job.id);
-        m_journal.RemoveMovie(job.id);
-    }
+    if (result.isOver)
+        Close(job);
     if (result.isOver || !m_lookedAt.isEmpty())
         Look();
+}
+
+void MovieFiling::Close(const MovieJob& job)
+{
+    const QList<MovieJob> jobs = m_journal.Movies();
+    const auto own = std::ranges::find(jobs, job.id, &MovieJob::id);
+    for (auto later = own; later != jobs.end(); ++later) {
+        if (later == own || !later->isListed || later->visit.MovieStem() != job.visit.MovieStem())
+            continue;
+        MovieJob changed = *later;
+        changed.earlier += job.brought;
+        m_journal.StoreMovie(changed);
+    }
+    Forget(job.id);
+}
+
+void MovieFiling::Forget(const QString& id)
+{
+    m_doubtful.remove(id);
+    m_refused.remove(id);
+    m_journal.RemoveMovie(id);
 }
 
 void MovieFiling::setAway(bool isAway, const QString& reason)
@@ -238,40 +282,54 @@ void MovieFiling::List(MovieJob& job)
     job.isListed = true;
 }
 
-bool MovieFiling::BringFiles(const MovieJob& job, bool mayBeThere)
+void MovieFiling::BringFiles(Result& result, bool mayBeThere)
 {
+    MovieJob& job = result.job;
     capture_root::Check(job.visit.captureDir);
     QStringList names = NamesIn(LocalFolder(), job.id);
     const bool isBeingRecorded =
         names.removeIf([](const QString& name) { return !name.endsWith(QStringView(MovieEnding)); }) > 0;
     if (!names.isEmpty()) {
-        for (const MovieJob::Earlier& earlier : job.earlier) {
-            if (Files().VersionOf(earlier.path) == earlier.version)
-                DeleteFile(earlier.path);
+        DeleteFiles(job.earlier);
+        for (const MovieJob& older : result.older) {
+            DeleteFiles(older.brought);
+            for (const QString& name : NamesIn(LocalFolder(), older.id))
+                DeleteFile(LocalFolder() + name);
         }
+        result.hasPlace = true;
     }
+    const QList<MovieJob::File> known = job.brought;
     for (const QString& name : names) {
-        BringFile(LocalFolder() + name, job.visit, mayBeThere);
-        DeleteFile(LocalFolder() + name);
+        // The journal knows of it by now.
+        if (std::ranges::find(known, name, &MovieJob::File::local) != known.end()) {
+            DeleteFile(LocalFolder() + name);
+            continue;
+        }
+        const QString path = BringFile(LocalFolder() + name, job.visit, mayBeThere);
+        job.brought.append({path, Files().VersionOf(path), name});
+        result.hasChanged = true;
     }
-    if (isBeingRecorded)
-        return false;
+    if (isBeingRecorded || result.hasChanged)
+        return;
     const QHash<QString, Holder> marks = RecordingMarks(job.visit);
     for (auto mark = marks.begin(); mark != marks.end(); ++mark) {
         if (mark.value() == Holder::Self || mark.value() == Holder::Dead)
             DeleteFile(mark.key());
     }
-    return true;
+    result.isOver = true;
 }
 
-void MovieFiling::BringFile(const QString& local, const Visit& visit, bool mayBeThere)
+QString MovieFiling::BringFile(const QString& local, const Visit& visit, bool mayBeThere)
 {
     int number = 0;
     for (const QString& path : MoviesOf(visit)) {
         if (mayBeThere && Files().SameContent(local, path))
-            return;
+            return path;
         number = std::max(number, NumberIn(path, visit));
     }
-    while (Files().CopyToNewFile(local, MoviePath(visit.MovieStem(), ++number), {}) == CopyOutcome::NameTaken) {
+    while (true) {
+        const QString path = MoviePath(visit.MovieStem(), ++number);
+        if (Files().CopyToNewFile(local, path, {}) != CopyOutcome::NameTaken)
+            return path;
     }
 }

@@ -14,7 +14,8 @@ class StillFiling;
 
 /// Brings movies to the share. A movie is recorded on this machine's disk, in files of bounded length, so that no share
 /// holds it up; each file that is whole goes to the share as soon as that takes it. The earlier movies of the visit go
-/// when the first file of the new one is about to take their place, and not before. While another station records the
+/// when the first file of the new one is about to take their place, and not before, also those that are still on their
+/// way. While another station records the
 /// same visit nothing of it is deleted: this one's files go behind the other's numbers. No name is ever taken from
 /// another file.
 class MovieFiling : public QObject
@@ -53,19 +54,25 @@ private:
     struct Result
     {
         MovieJob job;
-        bool wasListed = false;
+        QList<MovieJob> older = {}; ///< Of the same visit, on their way as well.
+        bool hasChanged = false;    ///< What stands in the journal of it.
+        bool hasPlace = false;      ///< It has taken the place of the older ones.
         bool isOver = false;
         std::exception_ptr fault = {};
     };
 
     /// On the share's thread.
     static void List(MovieJob& job);
-    static bool BringFiles(const MovieJob& job, bool mayBeThere);
-    static void BringFile(const QString& local, const Visit& visit, bool mayBeThere);
+    static void BringFiles(Result& result, bool mayBeThere);
+    /// Gives its path.
+    static QString BringFile(const QString& local, const Visit& visit, bool mayBeThere);
 
     /// The next step of the job; it answers.
     void Go(const MovieJob& job);
     void Answer(const Result& result);
+    /// All of it is on the share: it is an earlier one to those of the visit that were begun behind it.
+    void Close(const MovieJob& job);
+    void Forget(const QString& id);
     void setAway(bool isAway, const QString& reason);
 
     StillFiling& m_filing;

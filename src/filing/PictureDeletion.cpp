@@ -45,7 +45,8 @@ void MoveFiles(DeletionJob& job, const QString& presentYear)
         if (isMeant)
             MoveToLogFolder(job.visit, item.number, presentYear);
         // One that was moved while the database was away may have left its number to another by now.
-        item.isMoved = isMeant || version.isEmpty();
+        item.isMoved = isMeant || (version.isEmpty() &&
+                                   capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(item.number)));
         item.wasMoved |= isMeant;
     }
 }
@@ -54,8 +55,10 @@ void MoveFiles(DeletionJob& job, const QString& presentYear)
 
 PictureDeletion::PictureDeletion(StillFiling& filing, const Terms& terms) : m_filing(filing), m_terms(terms)
 {
-    for (const DeletionJob& job : QList(m_filing.Journal().Deletions()))
+    for (const DeletionJob& job : QList(m_filing.Journal().Deletions())) {
+        m_doubtful.insert(job.id);
         Go(job);
+    }
 }
 
 QString PictureDeletion::Begin(DeletionJob job)
@@ -120,6 +123,10 @@ void PictureDeletion::AtShare(const DeletionJob& job, const std::function<void(D
 
 void PictureDeletion::TakeIdentified(const DeletionJob& job, const std::exception_ptr& fault)
 {
+    if (fault != nullptr && m_doubtful.contains(job.id)) {
+        TryAgain(job.id, &PictureDeletion::Go);
+        return;
+    }
     if (fault != nullptr) {
         Finish(job, {job.visit, {}, false, fault});
         return;
@@ -140,7 +147,9 @@ void PictureDeletion::TakeMoved(const DeletionJob& job, const std::exception_ptr
         if (own != nullptr)
             m_filing.Forget(QString(own->id));
     }
-    if (job.rowsUpTo > 0 && fault == nullptr)
+    if (fault != nullptr && (m_doubtful.contains(job.id) || guard::Is<Away>(fault)))
+        TryAgain(job.id, &PictureDeletion::Go);
+    else if (job.rowsUpTo > 0 && fault == nullptr)
         AskRows(job);
     else
         DeleteRows(job, fault);
@@ -195,7 +204,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
             if (!item.isMoved)
                 continue;
             // A row without a file: another deletion may have freed the number, and another station taken it.
-            if (item.wasMoved || !PictureExists(job.visit.PicturePath(item.number)))
+            if (item.wasMoved || capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(item.number)))
                 DeletePictureRow(job.visit, item.number);
         }
         const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
@@ -206,7 +215,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
     const auto answer = [this, job, result](const std::exception_ptr& fault) {
         if (m_hasEnded)
             return;
-        if (fault != nullptr && guard::Is<DatabaseAway>(fault)) {
+        if (fault != nullptr && guard::Is<Away>(fault)) {
             TryAgain(job.id, &PictureDeletion::Go);
             return;
         }
@@ -229,6 +238,7 @@ void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
     m_filing.Pictures().LetGo(job);
     m_filing.Journal().RemoveDeletion(job.id);
+    m_doubtful.remove(job.id);
     if (!m_refused.remove(job.id))
         Q_EMIT Ended(job.id, result);
 }

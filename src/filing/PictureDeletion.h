@@ -69,6 +69,8 @@ private:
 
     StillFiling& m_filing;
     const Terms m_terms;
+    /// Jobs of an earlier run, which may have moved files without anybody knowing: no fault ends them.
+    QSet<QString> m_doubtful;
     QSet<QString> m_refused; ///< Jobs whose rows the server refuses to delete; told.
     bool m_hasEnded = false;
 };

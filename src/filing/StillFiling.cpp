@@ -254,8 +254,7 @@ void StillFiling::WriteLeft()
                 continue;
             // A journal of an earlier run may name a folder that can be none.
             journal::NotingFaults([&] {
-                capture_root::Check(picture.visit.captureDir);
-                if (FileExists(picture.visit.PicturePath(picture.number)))
+                if (!capture_root::IsGone(picture.visit.captureDir, picture.visit.PicturePath(picture.number)))
                     there.append(picture.id);
                 else if (FolderExists(picture.visit.SectionFolder())) // without it there is no share to tell
                     gone.append(picture);

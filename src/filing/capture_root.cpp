@@ -268,6 +268,17 @@ void capture_root::Check(const QString& folder)
     throw Refused(Refusal());
 }
 
+bool capture_root::IsGone(const QString& yearFolder, const QString& path)
+{
+    Check(yearFolder);
+    if (FileExists(path))
+        return false;
+    Check(yearFolder);
+    if (!FolderExists(RootOfYear(yearFolder)))
+        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!!"_s);
+    return true;
+}
+
 QString capture_root::Refusal()
 {
     const std::lock_guard lock(TheGate().mutex);

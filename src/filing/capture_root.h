@@ -32,6 +32,9 @@ void Judge(const QString& root);
 /// Throws Refused for a folder in the root while that is refused, or as soon as it is another than before. One that is
 /// the right one again is taken. For a thread that may wait for the share.
 void Check(const QString& folder);
+/// Nothing stands under the path, which lies in that year folder, and its root is there and the right one, before and
+/// after: one that goes in between takes no picture for gone. Throws FilesAway otherwise.
+bool IsGone(const QString& yearFolder, const QString& path);
 /// Why the root is refused, for the operator; empty when it isn't.
 QString Refusal();
 /// The operator says that it is the right one: its mark is the remembered one from here on, made where there is none.

@@ -33,6 +33,24 @@ QString TextOf(const QJsonObject& json)
     return QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact));
 }
 
+QJsonArray ToJson(const QList<MovieJob::File>& files)
+{
+    QJsonArray json;
+    for (const MovieJob::File& file : files)
+        json.append(QJsonObject{
+            {u"path"_s, file.path}, {u"version"_s, QString::fromUtf8(file.version)}, {u"local"_s, file.local}});
+    return json;
+}
+
+QList<MovieJob::File> MovieFiles(const QJsonValue& json)
+{
+    QList<MovieJob::File> files;
+    const QJsonArray array = json.toArray();
+    for (const auto& file : array)
+        files.append({file[u"path"_s].toString(), file[u"version"_s].toString().toUtf8(), file[u"local"_s].toString()});
+    return files;
+}
+
 } // namespace
 
 QStringList journal_rows::Tables()
@@ -133,10 +151,9 @@ QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
         return jobs;
     for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM movie ORDER BY place"_s)) {
         const QJsonObject json = ObjectIn(row.at(1));
-        MovieJob job{row.at(0).toString(), VisitFromJson(json), json.value(u"isListed"_s).toBool(), {}};
-        const QJsonArray earlier = json.value(u"earlier"_s).toArray();
-        for (const auto& file : earlier)
-            job.earlier.append({file[u"path"_s].toString(), file[u"version"_s].toString().toUtf8()});
+        MovieJob job{row.at(0).toString(), VisitFromJson(json), json.value(u"isListed"_s).toBool()};
+        job.earlier = MovieFiles(json.value(u"earlier"_s));
+        job.brought = MovieFiles(json.value(u"brought"_s));
         jobs.append(job);
     }
     return jobs;
@@ -145,10 +162,8 @@ QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
 QString journal_rows::Write(const MovieJob& job)
 {
     QJsonObject json = ToJson(job.visit);
-    QJsonArray earlier;
-    for (const MovieJob::Earlier& file : job.earlier)
-        earlier.append(QJsonObject{{u"path"_s, file.path}, {u"version"_s, QString::fromUtf8(file.version)}});
-    json.insert(u"earlier"_s, earlier);
+    json.insert(u"earlier"_s, ToJson(job.earlier));
+    json.insert(u"brought"_s, ToJson(job.brought));
     json.insert(u"isListed"_s, job.isListed);
     return Statement(u"INSERT INTO movie ( id, job ) VALUES ( ")
         .Then(u"'", job.id)
