@@ -66,6 +66,10 @@ bool PrivateMariaDb::MakeData()
 {
     QProcess install;
     install.setProcessChannelMode(QProcess::MergedChannels);
+    // A server that starts clears away the temporary tables of all that share a folder for them.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(u"TMPDIR"_s, m_folder.path());
+    install.setProcessEnvironment(environment);
     install.start(Program(u"mariadb-install-db"_s),
                   QStringList{u"--no-defaults"_s} + AsRoot() +
                       QStringList{u"--datadir=%1"_s.arg(m_folder.filePath(u"data"_s)),
