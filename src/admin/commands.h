@@ -3,6 +3,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 class QTextStream;
 
@@ -19,6 +20,8 @@ struct AdminSurroundings
 {
     QString version;
     bool showsProgress = false; ///< Somebody looks at standard error.
+    /// The next line that somebody types, without its end; nothing at the end of the input.
+    std::function<std::optional<QString>()> readLine;
     /// Program folders of other users that can be looked into.
     std::function<QStringList()> foldersOfOthers;
 };
@@ -70,3 +73,8 @@ int TakeOverPending(QTextStream& out);
 /// a row, pictures that can't be read, movies without an index, and what processes have left; changes nothing. With
 /// `decodes` each picture is decoded, else its content is read and looked at from both ends. Gives an `ExitCode`.
 int VerifyArchive(const QString& year, bool decodes, QTextStream& out);
+
+/// `first-setup`: groups of the station's users, capture root, tables, account and setup file of a machine that has
+/// none of them yet. Asks before each, and tells what it has done; what is there stays as it is. Throws PlatformError
+/// for anybody but root. Gives an `ExitCode`.
+int SetUpFirst(QTextStream& out);

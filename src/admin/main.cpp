@@ -33,6 +33,10 @@ int main(int argc, char* argv[])
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
+    Surroundings.readLine = [input = std::make_shared<QTextStream>(stdin)]() -> std::optional<QString> {
+        const QString line = input->readLine();
+        return line.isNull() ? std::nullopt : std::optional(line);
+    };
     Surroundings.foldersOfOthers = ProgramFoldersOfOthers;
 
     int result = 0;

@@ -1,4 +1,7 @@
+#include "admin/commands.h"
 #include "admin/deleted_pictures.h"
+#include "contracts/MachineSetup.h"
+#include "contracts/PlatformError.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
 #include "filing/PictureJournal.h"
@@ -9,6 +12,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScopeGuard>
+#include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
@@ -287,6 +292,70 @@ private Q_SLOTS:
             QVERIFY(QDir(NativePath(m_box->Root())).removeRecursively());
         QCOMPARE(Run(arguments), exitCode);
         QCOMPARE(QDir(NativePath(m_box->Root())).exists(), exitCode != 3);
+    }
+
+    /// Bare, with all there, and with nobody who answers.
+    void TheFirstSetupMakesWhatIsMissing()
+    {
+        struct Machine final : MachineSetup
+        {
+            bool MayChange() const override { return true; }
+            QStringList People() const override { return {u"kim"_s}; }
+            QString AddToGroups(const QString& user, const QStringList& groups) override
+            {
+                done << u"groups %1 %2"_s.arg(user, groups.first());
+                return {};
+            }
+            QString MakeSharedFolder(const QString& path, const QString& group) override
+            {
+                done << u"folder %1 %2"_s.arg(path, group);
+                return {};
+            }
+            bool HasServer() const override { return true; }
+            bool HasDatabase(const QString& name) const override { return name == u"clinic"_s; }
+            QStringList MakeTables(const QString&) override
+            {
+                done << u"tables"_s;
+                return {};
+            }
+            QStringList MakeAccount(const QString&, const QString& user, const QString& given) override
+            {
+                password = given;
+                done << u"account %1"_s.arg(user);
+                return {{}};
+            }
+            bool Exists(const QString&) const override { return isThere; }
+            QString WriteSecret(const QString& path, const QByteArray& content, const QString&) override
+            {
+                setup = content;
+                done << u"setup %1"_s.arg(path);
+                return {};
+            }
+
+            bool isThere = false;
+            QStringList done;
+            QString password;
+            QByteArray setup;
+        };
+        auto made = std::make_unique<Machine>();
+        Machine& machine = *made;
+        InstallService<MachineSetup>(std::move(made));
+        QString output;
+        QTextStream out(&output);
+        const auto restore = qScopeGuard([] { Surroundings.readLine = nullptr; });
+        Surroundings.readLine = [] { return std::optional(QString()); };
+        QCOMPARE(SetUpFirst(out), int(AllWell));
+        QCOMPARE(machine.done,
+                 (QStringList{u"groups kim capture-station"_s, u"folder /srv/capture capture-station"_s, u"tables"_s,
+                              u"account capture_station"_s, u"setup /etc/capture-station/Setup.ini"_s}));
+        QVERIFY(machine.password.size() >= 20 && machine.setup.contains("Password=" + machine.password.toUtf8()));
+        QVERIFY(!output.contains(machine.password));
+        machine.done.clear();
+        machine.isThere = true;
+        QCOMPARE(SetUpFirst(out), int(AllWell));
+        QCOMPARE(machine.done.last(), u"tables"_s);
+        Surroundings.readLine = [] { return std::optional<QString>(); };
+        QVERIFY_THROWS_EXCEPTION(PlatformError, SetUpFirst(out));
     }
 
 private:

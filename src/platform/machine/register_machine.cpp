@@ -3,6 +3,7 @@
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
 #include "platform/machine/machine_checks.h"
+#include "platform/machine/RootSetup.h"
 #include "platform/setup/setup_checks.h"
 
 namespace {
@@ -20,4 +21,5 @@ public:
 void RegisterMachine()
 {
     InstallService<OutsideChecks>(std::make_unique<MachineChecks>());
+    InstallService<MachineSetup>(std::make_unique<RootSetup>());
 }

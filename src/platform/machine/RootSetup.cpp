@@ -1,0 +1,240 @@
+#include "platform/machine/RootSetup.h"
+
+#include "contracts/PlatformError.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// More than a server takes for a table.
+constexpr int ProgramPatienceMs = 60'000;
+/// People's numbers begin here (login.defs).
+constexpr uid_t FirstPerson = 1000;
+constexpr uid_t LastPerson = 59'999;
+
+struct Answer
+{
+    bool isGood = false;
+    QString text; ///< Of standard output, or what was complained of.
+};
+
+Answer Run(const QString& program, const QStringList& arguments, const QByteArray& input = {})
+{
+    QProcess process;
+    process.start(program, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(ProgramPatienceMs)) {
+        process.kill();
+        process.waitForFinished();
+        return {false, u"%1을(를) 실행할 수 없습니다.!! (%2)"_s.arg(program, process.errorString())};
+    }
+    const bool isGood = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    const QByteArray text = isGood ? process.readAllStandardOutput() : process.readAllStandardError();
+    return {isGood, QString::fromUtf8(text).trimmed()};
+}
+
+/// As root through the socket; the statements come in by standard input, so that no list of processes shows them.
+Answer Sql(const QString& statements, const QString& database = {})
+{
+    QStringList arguments{u"--batch"_s, u"--skip-column-names"_s, u"--default-character-set=utf8mb4"_s,
+                          u"--protocol=socket"_s};
+    if (!database.isEmpty())
+        arguments << database;
+    return Run(u"mariadb"_s, arguments, statements.toUtf8());
+}
+
+/// Between apostrophes.
+QString Text(const QString& value)
+{
+    return u'\'' + QString(value).replace(u'\\', u"\\\\"_s).replace(u'\'', u"''"_s) + u'\'';
+}
+
+QString Name(const QString& value)
+{
+    return u'`' + QString(value).replace(u'`', u"``"_s) + u'`';
+}
+
+/// Of the package, or of a tree that was built.
+QString Definition(const QString& name)
+{
+    const QString program = QCoreApplication::applicationDirPath();
+    for (const QString& folder : {program + u"/../share/capture-station/sql/mariadb/"_s, program + u"/../../sql/mariadb/"_s}) {
+        QFile file(folder + name);
+        if (file.open(QIODevice::ReadOnly))
+            return QString::fromUtf8(file.readAll());
+    }
+    throw PlatformError(u"테이블 정의가 없습니다.!! (%1)"_s.arg(name));
+}
+
+gid_t NumberOfGroup(const QString& group)
+{
+    const ::group* found = getgrnam(group.toUtf8().constData());
+    if (found == nullptr)
+        throw PlatformError(u"%1 그룹이 없습니다.!!"_s.arg(group));
+    return found->gr_gid;
+}
+
+bool IsMember(const QString& user, const ::group& group)
+{
+    const QByteArray name = user.toUtf8();
+    for (char** member = group.gr_mem; *member != nullptr; ++member) {
+        if (name == *member)
+            return true;
+    }
+    const passwd* person = getpwnam(name.constData());
+    return person != nullptr && person->pw_gid == group.gr_gid;
+}
+
+} // namespace
+
+bool RootSetup::MayChange() const
+{
+    return geteuid() == 0;
+}
+
+QStringList RootSetup::People() const
+{
+    QStringList people;
+    setpwent();
+    while (const passwd* person = getpwent()) {
+        const QByteArray shell = person->pw_shell;
+        if (person->pw_uid >= FirstPerson && person->pw_uid <= LastPerson && !shell.endsWith("nologin") &&
+            !shell.endsWith("false"))
+            people << QString::fromUtf8(person->pw_name);
+    }
+    endpwent();
+    return people;
+}
+
+QString RootSetup::AddToGroups(const QString& user, const QStringList& groups)
+{
+    if (getpwnam(user.toUtf8().constData()) == nullptr)
+        throw PlatformError(u"%1이라는 사용자가 없습니다.!!"_s.arg(user));
+    QStringList missing;
+    for (const QString& group : groups) {
+        const ::group* found = getgrnam(group.toUtf8().constData());
+        if (found != nullptr && !IsMember(user, *found))
+            missing << group;
+    }
+    if (missing.isEmpty())
+        return u"%1: 이미 그룹에 있습니다."_s.arg(user);
+    const Answer answer = Run(u"usermod"_s, {u"-aG"_s, missing.join(u','), user});
+    if (!answer.isGood)
+        throw PlatformError(answer.text);
+    return u"%1을(를) %2 그룹에 넣었습니다. 다시 로그인하면 쓰입니다."_s.arg(user, missing.join(u", "_s));
+}
+
+QString RootSetup::MakeSharedFolder(const QString& path, const QString& group)
+{
+    const gid_t number = NumberOfGroup(group);
+    const QByteArray native = path.toUtf8();
+    struct stat there{};
+    if (stat(native.constData(), &there) == 0) {
+        if (!S_ISDIR(there.st_mode))
+            throw PlatformError(u"%1은(는) 폴더가 아닙니다.!!"_s.arg(path));
+        QStringList wrong;
+        if (there.st_gid != number)
+            wrong << u"그룹이 %1이(가) 아닙니다 (chgrp %1 %2)"_s.arg(group, path);
+        if ((there.st_mode & 02070) != 02070)
+            wrong << u"그룹이 함께 쓸 수 없습니다 (chmod 2770 %1)"_s.arg(path);
+        if ((there.st_mode & 07) != 0)
+            wrong << u"다른 사용자도 볼 수 있습니다 (chmod o= %1)"_s.arg(path);
+        return wrong.isEmpty() ? u"%1: 이미 있습니다."_s.arg(path)
+                               : u"%1: 이미 있어 그대로 두었습니다. %2"_s.arg(path, wrong.join(u"; "_s));
+    }
+    if (!QDir().mkpath(path) || chown(native.constData(), 0, number) != 0 || chmod(native.constData(), 02770) != 0)
+        throw PlatformError(u"%1을(를) 만들지 못했습니다.!! (%2)"_s.arg(path, qt_error_string()));
+    return u"%1을(를) 만들었습니다 (root:%2, 2770)."_s.arg(path, group);
+}
+
+bool RootSetup::HasServer() const
+{
+    return Sql(u"SELECT 1"_s).isGood;
+}
+
+bool RootSetup::HasDatabase(const QString& name) const
+{
+    return !Sql(u"SELECT 1 FROM information_schema.schemata WHERE schema_name = %1"_s.arg(Text(name))).text.isEmpty();
+}
+
+QStringList RootSetup::MakeTables(const QString& database)
+{
+    QStringList done;
+    for (const QString& table : {u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s}) {
+        const bool isThere =
+            !Sql(u"SELECT 1 FROM information_schema.tables WHERE table_schema = %1 AND table_name = %2"_s.arg(
+                     Text(database), Text(table)))
+                 .text.isEmpty();
+        if (isThere) {
+            done << u"테이블 %1: 이미 있습니다."_s.arg(table);
+            continue;
+        }
+        const Answer answer = Sql(Definition(table + u".sql"_s), database);
+        if (!answer.isGood)
+            throw PlatformError(u"테이블 %1을(를) 만들지 못했습니다.!! (%2)"_s.arg(table, answer.text));
+        done << u"테이블 %1을(를) 만들었습니다."_s.arg(table);
+    }
+    return done;
+}
+
+QStringList RootSetup::MakeAccount(const QString& database, const QString& user, const QString& password)
+{
+    const QString account = Text(user) + u"@'localhost'"_s;
+    const Answer made = Sql(u"CREATE USER IF NOT EXISTS %1; ALTER USER %1 IDENTIFIED BY %2"_s.arg(account, Text(password)));
+    if (!made.isGood)
+        throw PlatformError(u"계정을 만들지 못했습니다.!! (%1)"_s.arg(made.text));
+    QStringList done{u"계정 %1@localhost의 암호를 새로 정했습니다."_s.arg(user)};
+    static const QRegularExpression grant(u"^GRANT (.+) ON clinic\\.(\\S+) TO "_s);
+    const QStringList lines = Definition(u"grants.sql"_s).split(u'\n');
+    for (const QString& line : lines) {
+        const QRegularExpressionMatch right = grant.match(line);
+        if (!right.hasMatch())
+            continue;
+        const QString table = right.captured(2);
+        const QString place = Name(database) + u'.' + (table == u"*"_s ? table : Name(table));
+        const Answer answer = Sql(u"GRANT %1 ON %2 TO %3"_s.arg(right.captured(1), place, account));
+        if (!answer.isGood)
+            done << u"권한 %1 ON %2: 주지 못했습니다 (%3)"_s.arg(right.captured(1), table, answer.text);
+    }
+    return done;
+}
+
+bool RootSetup::Exists(const QString& path) const
+{
+    return QFile::exists(path);
+}
+
+QString RootSetup::WriteSecret(const QString& path, const QByteArray& content, const QString& group)
+{
+    const gid_t number = NumberOfGroup(group);
+    const QString folder = path.section(u'/', 0, -2);
+    QDir().mkpath(folder);
+    const QByteArray native = path.toUtf8();
+    const int file = open(native.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0600);
+    if (file < 0)
+        throw PlatformError(u"%1을(를) 만들지 못했습니다.!! (%2)"_s.arg(path, qt_error_string()));
+    const bool isWhole = write(file, content.constData(), size_t(content.size())) == content.size() &&
+                         fchown(file, 0, number) == 0 && fchmod(file, 0640) == 0 && fsync(file) == 0;
+    const QString reason = qt_error_string();
+    close(file);
+    if (!isWhole) {
+        unlink(native.constData());
+        throw PlatformError(u"%1을(를) 쓰지 못했습니다.!! (%2)"_s.arg(path, reason));
+    }
+    return u"%1을(를) 만들었습니다 (root:%2, 0640)."_s.arg(path, group);
+}
