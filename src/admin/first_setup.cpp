@@ -62,10 +62,7 @@ private:
         return Trim(*answer).isEmpty() ? usual : OneLine(*answer);
     }
 
-    bool Confirms(const QString& question)
-    {
-        return Ask(question + u" (예/아니오)"_s, u"예"_s).startsWith(u'예');
-    }
+    bool Confirms(const QString& question) { return Ask(question + u" (예/아니오)"_s, u"예"_s).startsWith(u'예'); }
 
     template <class Work>
     void Do(const Work& work)
@@ -99,6 +96,8 @@ private:
     void Folder()
     {
         m_root = Ask(u"캡쳐 폴더"_s, u"/srv/capture"_s);
+        while (m_root.size() > 1 && m_root.endsWith(u'/'))
+            m_root.chop(1);
         if (m_machine.Exists(m_root) || Confirms(u"%1을(를) 만들까요?"_s.arg(m_root)))
             Do([&] { Tell(m_machine.MakeSharedFolder(m_root, Group)); });
     }
@@ -108,17 +107,20 @@ private:
         m_database = Ask(u"진료 프로그램의 데이터베이스 이름"_s, u"clinic"_s);
         if (!m_machine.HasServer()) {
             m_host = Ask(u"이 컴퓨터에는 root로 들어갈 데이터베이스 서버가 없습니다. 서버의 이름이나 주소"_s, u""_s);
-            Tell(u"서버에서 ca.sql, cap.sql, caso.sql, endo.sql과 grants.sql을 실행하고, 그 계정과 암호를 %1에 적으십시오."_s.arg(
-                SetupPath));
+            Tell(
+                u"서버에서 ca.sql, cap.sql, caso.sql, endo.sql과 grants.sql을 실행하고, 그 계정과 암호를 %1에 적으십시오."_s
+                    .arg(SetupPath));
             return;
         }
         if (!m_machine.HasDatabase(m_database)) {
             ++m_faults;
-            Tell(u"%1이라는 데이터베이스가 없습니다. 진료 프로그램의 데이터베이스를 먼저 만들거나 이름을 확인하십시오."_s.arg(
-                m_database));
+            Tell(
+                u"%1이라는 데이터베이스가 없습니다. 진료 프로그램의 데이터베이스를 먼저 만들거나 이름을 확인하십시오."_s
+                    .arg(m_database));
             return;
         }
-        if (Confirms(u"%1에 스테이션의 테이블(ca, cap, caso, endo)을 만들까요? 있는 것은 그대로 둡니다"_s.arg(m_database)))
+        if (Confirms(
+                u"%1에 스테이션의 테이블(ca, cap, caso, endo)을 만들까요? 있는 것은 그대로 둡니다"_s.arg(m_database)))
             Do([&] { Tell(m_machine.MakeTables(m_database)); });
         // The password stands in the setup file and nowhere else.
         if (m_machine.Exists(SetupPath)) {
@@ -152,8 +154,10 @@ private:
         QString text = u"; 다른 키는 /usr/share/doc/capture-station/examples/Setup.ini에 있습니다.\n[Database]\n"
                        "Driver=QMARIADB\nName=%1\n"_s.arg(m_database);
         text += m_host.isEmpty() ? u"Socket=/run/mysqld/mysqld.sock\n"_s : u"Host=%1\nPort=3306\n"_s.arg(m_host);
-        text += u"User=%1\nPassword=%2\n\n[Client]\nCaptureRoot=%3\nEtcList=%4\nImageFormat=1\nCheckTable=0\nCommPort=%5\n\n"
-                "[Saup.1]\nYoyangno=%6\nHospital=%7\n"_s.arg(Account, m_password, m_root, sections, port, number, hospital);
+        text +=
+            u"User=%1\nPassword=%2\n\n[Client]\nCaptureRoot=%3/"
+            u"\nEtcList=%4\nImageFormat=1\nCheckTable=0\nCommPort=%5\n\n"
+            "[Saup.1]\nYoyangno=%6\nHospital=%7\n"_s.arg(Account, m_password, m_root, sections, port, number, hospital);
         Do([&] { Tell(m_machine.WriteSecret(SetupPath, text.toUtf8(), Group)); });
     }
 

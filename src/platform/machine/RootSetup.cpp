@@ -73,7 +73,8 @@ QString Name(const QString& value)
 QString Definition(const QString& name)
 {
     const QString program = QCoreApplication::applicationDirPath();
-    for (const QString& folder : {program + u"/../share/capture-station/sql/mariadb/"_s, program + u"/../../sql/mariadb/"_s}) {
+    for (const QString& folder :
+         {program + u"/../share/capture-station/sql/mariadb/"_s, program + u"/../../sql/mariadb/"_s}) {
         QFile file(folder + name);
         if (file.open(QIODevice::ReadOnly))
             return QString::fromUtf8(file.readAll());
@@ -143,7 +144,9 @@ QString RootSetup::MakeSharedFolder(const QString& path, const QString& group)
 {
     const gid_t number = NumberOfGroup(group);
     const QByteArray native = path.toUtf8();
-    struct stat there{};
+    struct stat there
+    {
+    };
     if (stat(native.constData(), &there) == 0) {
         if (!S_ISDIR(there.st_mode))
             throw PlatformError(u"%1은(는) 폴더가 아닙니다.!!"_s.arg(path));
@@ -195,7 +198,8 @@ QStringList RootSetup::MakeTables(const QString& database)
 QStringList RootSetup::MakeAccount(const QString& database, const QString& user, const QString& password)
 {
     const QString account = Text(user) + u"@'localhost'"_s;
-    const Answer made = Sql(u"CREATE USER IF NOT EXISTS %1; ALTER USER %1 IDENTIFIED BY %2"_s.arg(account, Text(password)));
+    const Answer made =
+        Sql(u"CREATE USER IF NOT EXISTS %1; ALTER USER %1 IDENTIFIED BY %2"_s.arg(account, Text(password)));
     if (!made.isGood)
         throw PlatformError(u"계정을 만들지 못했습니다.!! (%1)"_s.arg(made.text));
     QStringList done{u"계정 %1@localhost의 암호를 새로 정했습니다."_s.arg(user)};

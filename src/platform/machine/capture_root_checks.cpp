@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -83,9 +84,18 @@ void CheckCarrier(const QString& root, CheckLines& lines)
 {
     const QStorageInfo disk(root);
     const QString kind = QString::fromUtf8(disk.fileSystemType());
-    const QString found = u"%1에 있는 %2, 남은 공간 %3GB"_s.arg(disk.rootPath(), kind)
-                              .arg(double(disk.bytesAvailable()) / 1e9, 0, 'f', 1);
-    if (disk.bytesAvailable() < LittleRoom)
+    // A root that lies in no mount of this process's view is on a disk all the same.
+    struct statvfs room
+    {
+    };
+    if (statvfs(QFile::encodeName(root).constData(), &room) != 0) {
+        lines.append({CheckLine::Wrong, Root, qt_error_string(), u"디스크나 공유의 연결을 확인하십시오"_s});
+        return;
+    }
+    const qint64 freeBytes = qint64(room.f_bavail) * qint64(room.f_frsize);
+    const QString place = disk.isValid() ? u"%1에 있는 %2, "_s.arg(disk.rootPath(), kind) : QString();
+    const QString found = place + u"남은 공간 %1GB"_s.arg(double(freeBytes) / 1e9, 0, 'f', 1);
+    if (freeBytes < LittleRoom)
         lines.append({CheckLine::Wrong, Root, found, u"공간을 늘리십시오. 그림이 들어가지 않으면 찍을 수 없습니다"_s});
     else
         lines.append({CheckLine::Right, Root, found});
