@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -41,6 +42,8 @@ private:
     QString Decoded(const QByteArray& bytes) const;
     QByteArray Encoded(const QString& text) const;
     Line Parsed(const QByteArray& text) const;
+    /// Notes where the sections begin: a name is then found at once, however many there are.
+    void FindSections();
     /// Position behind the line of the section's name; -1 when there is no such section.
     qsizetype SectionBegin(const QString& section) const;
     qsizetype SectionEnd(qsizetype begin) const;
@@ -50,4 +53,5 @@ private:
     QByteArray m_byteOrderMark;
     QByteArray m_lineEnd = "\r\n";
     QList<Line> m_lines;
+    QHash<QString, qsizetype> m_begins; ///< By the folded name.
 };

@@ -85,9 +85,9 @@ OutsideChecks::Setup CheckSetup()
     }
     SetupFile file;
     try {
-        file = ReadSetupFile(Files().ReadFile(path), QFileInfo(path).absolutePath());
+        file = ReadSetupFile(ReadSmallFile(path), QFileInfo(path).absolutePath());
     } catch (const PlatformError& error) {
-        setup.lines.append({CheckLine::Wrong, what, error.Text(), u"읽을 권한을 확인하십시오"_s});
+        setup.lines.append({CheckLine::Wrong, what, error.Text(), u"파일과 읽을 권한을 확인하십시오"_s});
         return setup;
     }
     setup.isGood = file.problems.isEmpty();
