@@ -1,5 +1,7 @@
 #include "admin/TableDefinition.h"
 
+#include "contracts/files.h"
+
 #include <QFile>
 #include <QRegularExpression>
 
@@ -11,7 +13,7 @@ namespace {
 /// counts bytes, of which a Korean letter takes three.
 constexpr qint64 LongText = 20'000;
 
-qint64 LengthOf(const QString& type, const QString& figure)
+qint64 RoomOf(const QString& type, const QString& figure)
 {
     if (type.endsWith(u"TEXT"_s))
         return LongText;
@@ -19,6 +21,11 @@ qint64 LengthOf(const QString& type, const QString& figure)
 }
 
 } // namespace
+
+qint64 TableDefinition::LengthOf(const Column& column, const QString& captureRoot)
+{
+    return column.name == u"cap_path" ? NativePath(captureRoot).size() + LongestPathBelowRoot : column.length;
+}
 
 TableDefinition TableDefinition::Of(const QString& table)
 {
@@ -39,8 +46,8 @@ TableDefinition TableDefinition::Of(const QString& table)
             else if (const auto keyMatch = key.match(line); keyMatch.hasMatch())
                 definition.keys.append(keyMatch.captured(1).remove(u' '));
             else if (const auto columnMatch = column.match(line); columnMatch.hasMatch())
-                definition.columns.append(
-                    {columnMatch.captured(1), LengthOf(columnMatch.captured(2), columnMatch.captured(3))});
+                definition.columns.append({columnMatch.captured(1), columnMatch.captured(2),
+                                           RoomOf(columnMatch.captured(2), columnMatch.captured(3))});
         }
         break;
     }

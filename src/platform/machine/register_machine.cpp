@@ -12,7 +12,10 @@ class MachineChecks final : public OutsideChecks
 public:
     Setup LookAtSetup() override { return CheckSetup(); }
     CheckLines LookAtCaptureRoot(const ClientSetupRecord& client) override { return CheckRootFolder(client); }
-    CheckLines LookAtMachine(const ClientSetupRecord& client) override { return CheckDevices(client) + CheckParts(); }
+    CheckLines LookAtMachine(const ClientSetupRecord& client) override
+    {
+        return CheckProgramFolders() + CheckDevices(client) + CheckParts();
+    }
 };
 
 } // namespace

@@ -89,6 +89,30 @@ QStringList IniFile::Keys(const QString& section) const
     return keys;
 }
 
+QStringList IniFile::Unread() const
+{
+    QStringList unread;
+    QSet<QString> seen;
+    QString section; // In its brackets.
+    for (qsizetype at = 0; at < m_lines.size(); ++at) {
+        const Line& line = m_lines.at(at);
+        const QByteArray shown = line.text.trimmed();
+        if (line.isSection) {
+            section = u"[%1]"_s.arg(line.section);
+            seen.clear();
+            if (SectionBegin(line.section) != at + 1)
+                unread.append(section);
+        } else if (!line.key.isEmpty() && !line.key.startsWith(u'#')) {
+            if (section.isEmpty() || seen.contains(line.key.toCaseFolded()))
+                unread.append(u"%1 %2"_s.arg(section, line.key).trimmed());
+            seen.insert(line.key.toCaseFolded());
+        } else if (!shown.isEmpty() && !shown.startsWith(';') && !shown.startsWith('#')) {
+            unread.append(Decoded(shown));
+        }
+    }
+    return unread;
+}
+
 void IniFile::SetValue(const QString& section, const QString& key, const QString& value)
 {
     QByteArray bytes = Encoded(value);

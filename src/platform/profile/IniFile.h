@@ -25,6 +25,9 @@ public:
     /// Names in the order of the file, each once.
     QStringList Sections() const;
     QStringList Keys(const QString& section) const;
+    /// What is there and never read: sections and keys that come a second time, entries above the first section, and
+    /// lines that are neither entry nor comment. As `[section]`, `[section] key` or the line.
+    QStringList Unread() const;
 
     /// Sets a key, and adds it, and its section, where missing. Line ends inside the value become blanks.
     void SetValue(const QString& section, const QString& key, const QString& value);
