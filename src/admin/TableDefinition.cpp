@@ -31,7 +31,7 @@ TableDefinition TableDefinition::Of(const QString& table)
 {
     static const QRegularExpression begin(uR"(^CREATE TABLE IF NOT EXISTS (\w+) \()"_s);
     static const QRegularExpression column(uR"(^\s+(\w+)\s+([A-Z]+)(?:\((\d+)\))?)"_s);
-    static const QRegularExpression key(uR"(^\s+(?:PRIMARY KEY|KEY \w+) \(([\w, ]+)\))"_s);
+    static const QRegularExpression key(uR"(^\s+(?:PRIMARY KEY|KEY (\w+)) \(([\w, ]+)\))"_s);
     TableDefinition definition;
     for (const QString& place : {table, u"clinic"_s}) {
         QFile file(u":/sql/mariadb/%1.sql"_s.arg(place));
@@ -43,9 +43,10 @@ TableDefinition TableDefinition::Of(const QString& table)
                 current = match.captured(1);
             else if (current != table)
                 continue;
-            else if (const auto keyMatch = key.match(line); keyMatch.hasMatch())
-                definition.keys.append(keyMatch.captured(1).remove(u' '));
-            else if (const auto columnMatch = column.match(line); columnMatch.hasMatch())
+            else if (const auto keyMatch = key.match(line); keyMatch.hasMatch()) {
+                definition.keyNames.append(keyMatch.captured(1));
+                definition.keys.append(keyMatch.captured(2).remove(u' '));
+            } else if (const auto columnMatch = column.match(line); columnMatch.hasMatch())
                 definition.columns.append({columnMatch.captured(1), columnMatch.captured(2),
                                            RoomOf(columnMatch.captured(2), columnMatch.captured(3))});
         }

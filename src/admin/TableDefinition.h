@@ -18,7 +18,8 @@ struct TableDefinition
     static constexpr qint64 LongestPathBelowRoot = 5 + 101 + 30;
 
     QList<Column> columns;
-    QStringList keys; ///< Columns of each, the primary one first, joined with commas.
+    QStringList keys;     ///< Columns of each, the primary one first, joined with commas.
+    QStringList keyNames; ///< Of the same; empty for the primary one.
 
     /// Characters that a column has to hold below this capture root; 0 for numbers.
     static qint64 LengthOf(const Column& column, const QString& captureRoot);

@@ -96,7 +96,7 @@ void CheckRoom(const Use& use, const TableDefinition& wanted, const QList<TableC
         }
         if (column.length < needed)
             tooShort << u"%1(%2자, 필요 %3자)"_s.arg(column.name).arg(column.length).arg(needed);
-        if (column.characters == u"latin1" || column.characters == u"ascii")
+        if (!column.HoldsKorean())
             latin << column.name;
         else if (column.characters != u"utf8mb4")
             other << u"%1(%2)"_s.arg(column.name, column.characters);
@@ -118,7 +118,10 @@ void CheckKeys(const Use& use, const TableDefinition& wanted, bool isServer, Che
     if (faults.lacksOwn)
         missing.prepend(wanted.keys.first());
     Tell(use, CheckLine::Wrong, u"키가 없습니다"_s, missing,
-         isServer ? Upgrade : u"sql/sqlite의 %1.sql과 같은 키를 두십시오"_s.arg(use.table), lines);
+         isServer                                   ? Upgrade
+         : use.table == u"caso" && !faults.lacksOwn ? u"sql/sqlite/steps/001_caso_list_keys.sql을 실행하십시오"_s
+                                                    : u"sql/sqlite의 %1.sql과 같은 기본 키를 두십시오"_s.arg(use.table),
+         lines);
     Tell(use, CheckLine::Wrong, u"저장할 때 다른 줄을 지우는 키가 있습니다"_s, faults.tooNarrow,
          u"ALTER TABLE %1 DROP KEY로 지우십시오"_s.arg(use.table), lines);
 }

@@ -34,6 +34,8 @@ int main(int argc, char* argv[])
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
     Surroundings.foldersOfOthers = ProgramFoldersOfOthers;
+    Surroundings.ask = AskOnTerminal;
+    Surroundings.askSecret = AskSecretOnTerminal;
 
     int result = 0;
     {

@@ -25,6 +25,11 @@ bool TableColumn::IsWholeNumber() const
     return type == u"smallint" || type == u"mediumint" || type == u"int" || type == u"bigint";
 }
 
+bool TableColumn::HoldsKorean() const
+{
+    return characters == u"euckr" || characters.startsWith(u"utf"_s) || characters == u"ucs2";
+}
+
 QList<TableColumn> ColumnsOf(const QString& table, bool isServer)
 {
     Statement ask;

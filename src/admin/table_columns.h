@@ -19,6 +19,8 @@ struct TableColumn
 
     bool IsBinary() const { return type.endsWith(u"binary") || type.endsWith(u"blob"); }
     bool IsWholeNumber() const;
+    /// Its set has Hangul.
+    bool HoldsKorean() const;
 };
 
 struct TableKey

@@ -47,7 +47,8 @@ private Q_SLOTS:
         QVERIFY(file.open(QFile::ReadOnly));
         QString grants = QString::fromUtf8(file.readAll());
         grants.replace(u"clinic."_s, m_clinic->Settings().name + u'.');
-        QVERIFY2(m_server.Run(grants + u"SET GLOBAL max_allowed_packet = DEFAULT;"_s), qPrintable(m_server.Fault()));
+        QVERIFY2(m_server.Run(grants + u"SET GLOBAL max_allowed_packet = DEFAULT, sql_mode = DEFAULT;"_s),
+                 qPrintable(m_server.Fault()));
         QVERIFY(QDir(m_folder->path()).mkpath(u"capture/"_s));
         WriteSetup({});
     }
@@ -132,6 +133,72 @@ private Q_SLOTS:
             return;
         const QStringList lines = answer.Lines(isWrong ? u"[이상]"_s : u"[참고]"_s).filter(expected);
         QVERIFY2(lines.size() == 1 && lines.first().contains(u" → "_s), qPrintable(answer.text));
+        if (!lines.first().contains(u"upgrade-tables"_s))
+            return;
+        Upgrade({u"--yes"_s, u"--utf8mb4"_s});
+        const Answer after = Check(programFolder);
+        QVERIFY2(after.exitCode == 0 && after.Lines(u"[참고]"_s).filter(u"테이블"_s).isEmpty(), qPrintable(after.text));
+    }
+
+    void UpgradeKeepsEveryText_data()
+    {
+        Columns<QString, QString, QString, QString, QString, QString>("engine", "mode", "type", "bytes", "option",
+                                                                      "expected");
+        const QString euckr = u"C0A7B3BBBDC3B0E6208C63"_s;
+        const QString utf8 = u"EC9C84EB82B4EC8B9CEAB2BD20EB98A0"_s;
+        const QString text = u"위내시경 똠"_s;
+        const QString latin1 = u"VARCHAR(%1) CHARACTER SET latin1"_s;
+        const QList<QStringList> cases{
+            {u"latin1"_s, latin1, u"706C61696E"_s, {}, u"plain"_s},
+            {u"latin1, its own letters"_s, latin1, u"4DE96E69E87265"_s, {}, u"Ménière"_s},
+            {u"latin1 of EUC-KR, not said"_s, latin1, euckr, {}, {}},
+            {u"latin1 of EUC-KR"_s, latin1, euckr, u"--bytes=euckr"_s, text},
+            {u"latin1 of EUC-KR, said wrongly"_s, latin1, euckr, u"--bytes=utf8"_s, {}},
+            {u"latin1 of UTF-8"_s, latin1, utf8, u"--bytes=utf8"_s, text},
+            {u"bytes, as a stop on the way leaves them"_s, u"VARBINARY(%1)"_s, euckr, u"--bytes=euckr"_s, text},
+            {u"euckr"_s, u"VARCHAR(%1) CHARACTER SET euckr"_s, euckr, {}, text},
+            {u"euckr to all letters"_s, u"VARCHAR(%1) CHARACTER SET euckr"_s, euckr, u"--utf8mb4"_s, text},
+            {u"utf8mb3"_s, u"VARCHAR(%1) CHARACTER SET utf8mb3"_s, utf8, {}, text},
+            {u"utf8mb3 to all letters"_s, u"CHAR(%1) CHARACTER SET utf8mb3"_s, utf8, u"--utf8mb4"_s, text},
+            {u"utf8mb4"_s, u"VARCHAR(%1) CHARACTER SET utf8mb4"_s, utf8 + u"F09F8FA5"_s, {}, text + u"🏥"_s},
+        };
+        for (const QString& engine : {u"InnoDB"_s, u"MyISAM"_s}) {
+            for (const QString& mode : {u""_s, u"STRICT_ALL_TABLES"_s}) {
+                for (const QStringList& each : cases)
+                    QTest::addRow("%s, %s %s", qPrintable(each[0]), qPrintable(engine), qPrintable(mode))
+                        << engine << mode << each[1] << each[2] << each[3] << each[4];
+            }
+        }
+    }
+
+    void UpgradeKeepsEveryText()
+    {
+        QFETCH6(QString, engine, QString, mode, QString, type, QString, bytes, QString, option, QString, expected);
+        QVERIFY2(
+            m_clinic->Run(
+                u"SET GLOBAL sql_mode = '%1'; DROP TABLE ca; CREATE TABLE ca (ca_chart VARCHAR(20) NOT "
+                "NULL, ca_yuhyung VARCHAR(10), ca_ymd VARCHAR(8), ca_gubun VARCHAR(1), ca_etc %2 NOT NULL, "
+                "ca_chamgo %3 COMMENT 'it''s', ca_extra VARCHAR(100), "
+                "PRIMARY KEY (ca_chart, ca_ymd, ca_gubun, ca_etc)) ENGINE = %4 DEFAULT CHARSET latin1; "
+                "INSERT INTO ca VALUES ('1', '', '20261124', 'A', x'%5', x'%5', ''), "
+                "('2', '', '20261124', 'A', x'%5', NULL, '')"_s.arg(mode, type.arg(20), type.arg(200), engine, bytes)),
+            qPrintable(m_clinic->Fault()));
+        const QStringList options = option.isEmpty() ? QStringList() : QStringList{option};
+        const QString before = u"HEX(ca_etc) = '%1' AND (ca_chart = 2 OR HEX(ca_chamgo) = '%1')"_s.arg(bytes);
+        QCOMPARE(Upgrade(options).exitCode, 1);
+        QVERIFY2(HoldsForAll(before), "changed without a yes");
+
+        const Answer answer = Upgrade(options + QStringList{u"--yes"_s});
+        QVERIFY2(answer.exitCode == (expected.isEmpty() ? 1 : 0), qPrintable(answer.text));
+        if (expected.isEmpty()) {
+            QVERIFY2(HoldsForAll(before), "changed after a refusal");
+            return;
+        }
+        QVERIFY2(HoldsForAll(u"CONVERT(ca_etc USING utf8mb4) = '%1' AND (CONVERT(ca_chamgo USING utf8mb4) = '%1' OR "
+                             "(ca_chart = 2 AND ca_chamgo IS NULL))"_s.arg(expected)),
+                 qPrintable(answer.text));
+        const Answer check = Check(m_folder->path());
+        QVERIFY2(check.exitCode == 0, qPrintable(check.text));
     }
 
 private:
@@ -169,7 +236,22 @@ private:
         QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0600), 0);
     }
 
-    Answer Check(const QString& programFolder)
+    /// All rows of ca.
+    bool HoldsForAll(const QString& condition)
+    {
+        return m_clinic->Run(u"DELIMITER //\nBEGIN NOT ATOMIC IF (SELECT COUNT(*) FROM ca WHERE %1) <> 2 THEN "
+                             "SIGNAL SQLSTATE '45000'; END IF; END//\n"_s.arg(condition));
+    }
+
+    /// By the administrator of the server.
+    Answer Upgrade(const QStringList& options)
+    {
+        return Run(QStringList{u"upgrade-tables"_s, u"--user=root"_s} + options, m_folder->path());
+    }
+
+    Answer Check(const QString& programFolder) { return Run({u"check"_s}, programFolder); }
+
+    Answer Run(const QStringList& arguments, const QString& programFolder)
     {
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -177,7 +259,7 @@ private:
         environment.insert(u"CAPTURE_STATION_FOLDER"_s, programFolder);
         environment.remove(u"QT_IM_MODULE"_s);
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), {u"check"_s});
+        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), arguments);
         program.waitForFinished(60'000);
         return {QString::fromUtf8(program.readAllStandardOutput()), program.exitCode()};
     }

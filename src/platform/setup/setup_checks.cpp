@@ -23,6 +23,8 @@ namespace {
 constexpr qint64 MostClockSeconds = 60;
 /// Two long texts of a report, with room.
 constexpr qint64 LeastPacketBytes = 1'048'576;
+/// A table of millions of rows is written anew in hours.
+constexpr int UpkeepReplySeconds = 24 * 60 * 60;
 
 void CheckSecret(const QString& holder, CheckLines& lines)
 {
@@ -151,4 +153,18 @@ OutsideChecks::Setup CheckSetup()
     }
     CheckDatabase(file, setup);
     return setup;
+}
+
+ConnectionPointer OpenForUpkeep(const QString& user, const QString& password, const QString& passwordFile)
+{
+    const QString path = FindSetupFile(Candidates(UseService<Desktop>().ProgramFolder()));
+    SetupFile file = ReadSetupFile(ReadSmallFile(path), QFileInfo(path).absolutePath());
+    if (!user.isEmpty()) {
+        file.database.user = user;
+        file.database.password = password;
+        file.passwordFile = passwordFile;
+    }
+    ReadPassword(file);
+    file.database.replyTimeoutSeconds = UpkeepReplySeconds;
+    return OpenConnection(file.database);
 }
