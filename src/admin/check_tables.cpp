@@ -1,7 +1,7 @@
 #include "admin/check_tables.h"
 
+#include "admin/table_columns.h"
 #include "admin/TableDefinition.h"
-#include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
@@ -9,14 +9,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// A column as the database has it.
-struct Column
-{
-    QString name;
-    qint64 length = 0; ///< Characters; 0 for one that holds no text, or any.
-    QString characters;
-};
 
 /// What the station does with a table; an empty list only reads it.
 struct Use
@@ -39,56 +31,20 @@ QList<Use> UsesOf(const ClientSetupRecord& client)
     return uses;
 }
 
-QList<Column> ColumnsOf(const QString& table, bool isServer)
-{
-    Statement ask;
-    if (isServer)
-        ask.Piece(u" SELECT column_name AS name, COALESCE(character_maximum_length, 0) AS length, "
-                  "COALESCE(character_set_name, '') AS characters FROM information_schema.columns "
-                  "WHERE table_schema = DATABASE() ")
-            .Quoted(u" AND table_name = '", table)
-            .Piece(u" ORDER BY ordinal_position ");
-    else
-        ask.Quoted(u" SELECT name, 0 AS length, '' AS characters FROM pragma_table_info('", table).Piece(u") ");
-    QList<Column> columns;
-    for (const auto rows = OpenRows(ask); !rows->Eof(); rows->MoveNext())
-        columns.append({FieldText(*rows, 0), rows->Fields(1).toLongLong(), FieldText(*rows, 2)});
-    return columns;
-}
-
-/// Columns of each key, joined with commas.
-QStringList KeysOf(const QString& table, bool isServer)
-{
-    Statement ask;
-    if (isServer)
-        ask.Piece(
-               u" SELECT GROUP_CONCAT(column_name ORDER BY seq_in_index) AS names FROM information_schema.statistics "
-               "WHERE table_schema = DATABASE() ")
-            .Quoted(u" AND table_name = '", table)
-            .Piece(u" GROUP BY index_name ");
-    else
-        ask.Quoted(u" SELECT (SELECT GROUP_CONCAT(name, ',') FROM (SELECT i.name FROM pragma_index_info(l.name) i "
-                   "ORDER BY i.seqno)) AS names FROM pragma_index_list('",
-                   table)
-            .Piece(u") l ");
-    QStringList keys;
-    for (const auto rows = OpenRows(ask); !rows->Eof(); rows->MoveNext())
-        keys.append(FieldText(*rows, 0).toLower());
-    return keys;
-}
+const QString Upgrade = u"capture-station-admin upgrade-tables를 실행하십시오"_s;
 
 QString NameOf(const Use& use)
 {
     return u"테이블 %1"_s.arg(use.table);
 }
 
-void CheckColumns(const Use& use, const TableDefinition& wanted, const QList<Column>& columns, CheckLines& lines)
+void CheckColumns(const Use& use, const TableDefinition& wanted, const QList<TableColumn>& columns, CheckLines& lines)
 {
     // The station writes whole rows of its own tables by position; of the clinic's it reads columns by their names.
     const bool isOwn = use.rights.contains(u"INSERT"_s);
     QStringList names;
-    for (const Column& column : columns)
-        names.append(column.name.toLower());
+    for (const TableColumn& column : columns)
+        names.append(column.name);
     QStringList wantedNames;
     for (const TableDefinition::Column& column : wanted.columns)
         wantedNames.append(column.name);
@@ -108,53 +64,66 @@ void CheckColumns(const Use& use, const TableDefinition& wanted, const QList<Col
                       u"진료 프로그램의 테이블을 확인하십시오"_s});
 }
 
+/// Names of columns, with what is said of each, as one line.
+void Tell(const Use& use, CheckLine::Verdict verdict, const QString& found, const QStringList& columns,
+          const QString& toDo, CheckLines& lines)
+{
+    if (!columns.isEmpty())
+        lines.append({verdict, NameOf(use), u"%1: %2"_s.arg(found, columns.join(u", "_s)), toDo});
+}
+
 /// Only the station's own tables: what is written there must fit.
-void CheckRoom(const Use& use, const TableDefinition& wanted, const QList<Column>& columns, const QString& captureRoot,
-               CheckLines& lines)
+void CheckRoom(const Use& use, const TableDefinition& wanted, const QList<TableColumn>& columns,
+               const QString& captureRoot, CheckLines& lines)
 {
     QStringList tooShort;
     QStringList latin;
+    QStringList bytes;
+    QStringList noText;
+    QStringList numbers;
     QStringList other;
     for (qsizetype at = 0; at < columns.size() && at < wanted.columns.size(); ++at) {
-        const Column& column = columns.at(at);
-        if (column.characters.isEmpty())
+        const TableColumn& column = columns.at(at);
+        const qint64 needed = TableDefinition::LengthOf(wanted.columns.at(at), captureRoot);
+        if (needed == 0) {
+            if (!column.IsWholeNumber())
+                numbers << u"%1(%2)"_s.arg(column.name, column.fullType);
             continue;
-        qint64 needed = wanted.columns.at(at).length;
-        if (column.name.compare(u"cap_path"_s, Qt::CaseInsensitive) == 0)
-            needed = NativePath(captureRoot).size() + TableDefinition::LongestPathBelowRoot;
+        }
+        if (column.characters.isEmpty()) {
+            (column.IsBinary() ? bytes : noText) << u"%1(%2)"_s.arg(column.name, column.fullType);
+            continue;
+        }
         if (column.length < needed)
             tooShort << u"%1(%2자, 필요 %3자)"_s.arg(column.name).arg(column.length).arg(needed);
-        if (column.characters == u"latin1" || column.characters == u"ascii")
+        if (!column.HoldsKorean())
             latin << column.name;
-        else if (!column.characters.startsWith(u"utf8"_s) && !other.contains(column.characters))
-            other << column.characters;
+        else if (column.characters != u"utf8mb4")
+            other << u"%1(%2)"_s.arg(column.name, column.characters);
     }
-    if (!tooShort.isEmpty())
-        lines.append({CheckLine::Wrong, NameOf(use), u"짧은 칸에서 글이 잘립니다: %1"_s.arg(tooShort.join(u", "_s)),
-                      u"sql/mariadb/steps/002_lengths.sql을 실행하십시오"_s});
-    if (!latin.isEmpty())
-        lines.append({CheckLine::Wrong, NameOf(use), u"한글이 ?로 저장됩니다: %1"_s.arg(latin.join(u", "_s)),
-                      u"ALTER TABLE %1 CONVERT TO CHARACTER SET utf8mb4"_s.arg(use.table)});
-    if (!other.isEmpty())
-        lines.append(
-            {CheckLine::Remark, NameOf(use), u"문자 집합 %1에 없는 글자는 ?로 저장됩니다"_s.arg(other.join(u", "_s))});
+    Tell(use, CheckLine::Wrong, u"짧은 칸에서 글이 잘립니다"_s, tooShort, Upgrade, lines);
+    Tell(use, CheckLine::Wrong, u"한글이 ?로 저장됩니다"_s, latin, Upgrade, lines);
+    Tell(use, CheckLine::Wrong, u"글이 문자 집합 없이 저장됩니다"_s, bytes, Upgrade, lines);
+    Tell(use, CheckLine::Wrong, u"글을 그대로 담지 못하는 칸입니다"_s, noText,
+         u"백업한 다음 sql의 %1.sql과 같게 고치십시오"_s.arg(use.table), lines);
+    Tell(use, CheckLine::Wrong, u"번호가 잘리거나 차례가 틀리는 칸입니다"_s, numbers, Upgrade, lines);
+    Tell(use, CheckLine::Remark, u"문자 집합에 없는 글자는 ?로 저장됩니다"_s, other,
+         u"capture-station-admin upgrade-tables --utf8mb4를 실행하십시오"_s, lines);
 }
 
 void CheckKeys(const Use& use, const TableDefinition& wanted, bool isServer, CheckLines& lines)
 {
-    const QStringList keys = KeysOf(use.table, isServer);
-    QStringList missing;
-    for (const QString& key : wanted.keys) {
-        // A longer key that begins alike does the same.
-        const bool isThere =
-            std::ranges::any_of(keys, [&key](const QString& each) { return (each + u',').startsWith(key + u','); });
-        if (!isThere)
-            missing << u'(' + key + u')';
-    }
-    if (!missing.isEmpty())
-        lines.append({CheckLine::Wrong, NameOf(use), u"키가 없습니다: %1"_s.arg(missing.join(u", "_s)),
-                      use.table == u"caso" ? u"sql의 steps/001_caso_list_keys.sql을 실행하십시오"_s
-                                           : u"sql의 %1.sql과 같은 기본 키를 두십시오"_s.arg(use.table)});
+    const KeyFaults faults = FaultsOf(KeysOf(use.table, isServer), wanted.keys);
+    QStringList missing = faults.missing;
+    if (faults.lacksOwn)
+        missing.prepend(wanted.keys.first());
+    Tell(use, CheckLine::Wrong, u"키가 없습니다"_s, missing,
+         isServer                                   ? Upgrade
+         : use.table == u"caso" && !faults.lacksOwn ? u"sql/sqlite/steps/001_caso_list_keys.sql을 실행하십시오"_s
+                                                    : u"sql/sqlite의 %1.sql과 같은 기본 키를 두십시오"_s.arg(use.table),
+         lines);
+    Tell(use, CheckLine::Wrong, u"저장할 때 다른 줄을 지우는 키가 있습니다"_s, faults.tooNarrow,
+         u"ALTER TABLE %1 DROP KEY로 지우십시오"_s.arg(use.table), lines);
 }
 
 /// Statements that touch no row: the server refuses them all the same to whom may not.
@@ -186,7 +155,7 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
 {
     const qsizetype before = lines.size();
     const TableDefinition wanted = TableDefinition::Of(use.table);
-    const QList<Column> columns = ColumnsOf(use.table, isServer);
+    const QList<TableColumn> columns = ColumnsOf(use.table, isServer);
     if (columns.isEmpty()) {
         if (use.isMadeAtNeed)
             lines.append(
@@ -200,7 +169,8 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
     }
     CheckColumns(use, wanted, columns, lines);
     if (lines.size() == before && use.rights.contains(u"INSERT"_s)) {
-        CheckRoom(use, wanted, columns, client.CaptureRoot, lines);
+        if (isServer)
+            CheckRoom(use, wanted, columns, client.CaptureRoot, lines);
         CheckKeys(use, wanted, isServer, lines);
     }
     CheckRights(use, columns.first().name, lines);

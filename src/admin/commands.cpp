@@ -69,6 +69,17 @@ const QList<Command>& Commands()
          {},
          false,
          [](const Call& call) { return SetUpFirst(call.out); }},
+        {u"upgrade-tables"_s,
+         u"[--yes] [--utf8mb4] [--bytes=euckr|utf8|latin1] [--user=이름 [--password-file=파일]]"_s,
+         u"스테이션의 테이블(ca, cap, caso)의 짧은 칸, 문자 집합, 키를 글을 바꾸지 않고 고칩니다. 할 일을 먼저 알리고 "
+         u"물어봅니다."_s,
+         Needs::Nothing,
+         0,
+         0,
+         {u"--yes"_s, u"--utf8mb4"_s, u"--bytes="_s, u"--user="_s, u"--password-file="_s},
+         false,
+         [](const Call& call) { return UpgradeTables(call.options, call.out); },
+         Needs::Nothing},
         {u"list-deleted"_s,
          u"[차트번호 [날짜]]"_s,
          u"삭제되거나 정리되어 Log 폴더에 있는 그림을 보여 줍니다."_s,
@@ -181,6 +192,14 @@ void FillChart(QStringList& arguments)
         arguments[0] = arguments[0].rightJustified(8, u'0');
 }
 
+/// An option that ends with an equals sign has a value behind it.
+bool Allows(const Command& command, const QString& option)
+{
+    return std::ranges::any_of(command.options, [&option](const QString& each) {
+        return each == option ? !each.endsWith(u'=') : each.endsWith(u'=') && option.startsWith(each);
+    });
+}
+
 int Run(const Command& command, const QStringList& arguments, QTextStream& out)
 {
     QStringList values = arguments;
@@ -188,7 +207,7 @@ int Run(const Command& command, const QStringList& arguments, QTextStream& out)
     for (const QString& argument : arguments) {
         if (!argument.startsWith(u"--"_s))
             continue;
-        if (!command.options.contains(argument))
+        if (!Allows(command, argument))
             return Misused(u"모르는 인수입니다: %1"_s.arg(argument));
         options << argument;
         values.removeOne(argument);

@@ -24,6 +24,10 @@ struct AdminSurroundings
     std::function<std::optional<QString>()> readLine;
     /// Program folders of other users that can be looked into.
     std::function<QStringList()> foldersOfOthers;
+    /// Asks whoever sits at the terminal; nothing when nobody does.
+    std::function<std::optional<bool>(const QString& question)> ask;
+    /// The same for a word that isn't shown; empty when nobody sits there.
+    std::function<QString(const QString& question)> askSecret;
 };
 extern AdminSurroundings Surroundings;
 
@@ -68,6 +72,12 @@ int StoreRoot(QTextStream& out);
 /// movies and journals come into this user's folder, and go on from there as his own. Gives an `ExitCode` as
 /// `WritePending` does.
 int TakeOverPending(QTextStream& out);
+
+/// `upgrade-tables`: makes the columns and keys of the station's own tables fit for what the station writes, without
+/// a change to any text: tells first what it is about to do and what it won't, asks, and compares all texts afterwards.
+/// The options are `--yes`, which goes on without the question, `--utf8mb4`, `--bytes=SET`, `--user=NAME` and
+/// `--password-file=FILE`. Gives an `ExitCode`; `Found` where something was refused or has been left as it is.
+int UpgradeTables(const QStringList& options, QTextStream& out);
 
 /// `verify [YEAR]`: the archive against the tables, of one year or of all. Tells of rows without a file, files without
 /// a row, pictures that can't be read, movies without an index, and what processes have left; changes nothing. With

@@ -38,6 +38,8 @@ int main(int argc, char* argv[])
         return line.isNull() ? std::nullopt : std::optional(line);
     };
     Surroundings.foldersOfOthers = ProgramFoldersOfOthers;
+    Surroundings.ask = AskOnTerminal;
+    Surroundings.askSecret = AskSecretOnTerminal;
 
     int result = 0;
     {

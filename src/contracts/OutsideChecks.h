@@ -39,6 +39,11 @@ public:
 
     /// The setup file, its secrets, and the way to the database.
     virtual Setup LookAtSetup() = 0;
+    /// A connection of its own to the setup's database, whose statements may take as long as they need. With the
+    /// setup's account when `user` is empty; the password is the first line of `passwordFile` where one is named.
+    /// Throws PlatformError.
+    virtual ConnectionPointer OpenForUpkeep(const QString& user, const QString& password,
+                                            const QString& passwordFile) = 0;
     /// The capture root, with the folders of this year's sections.
     virtual CheckLines LookAtCaptureRoot(const ClientSetupRecord& client) = 0;
     /// The devices, programs, fonts and plugins of this machine, for the user who runs this.

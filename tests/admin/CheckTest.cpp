@@ -18,11 +18,11 @@ struct Answer
     QString text;
     int exitCode = -1;
 
-    /// What is wrong, one line each.
-    QStringList Wrong() const
+    /// What is wrong, or so to be told, one line each.
+    QStringList Lines(const QString& verdict = u"[이상]"_s) const
     {
         QStringList lines = text.split(u'\n');
-        lines.removeIf([](const QString& line) { return !line.startsWith(u"[이상]"_s); });
+        lines.removeIf([&verdict](const QString& line) { return !line.startsWith(verdict); });
         return lines;
     }
 };
@@ -47,15 +47,16 @@ private Q_SLOTS:
         QVERIFY(file.open(QFile::ReadOnly));
         QString grants = QString::fromUtf8(file.readAll());
         grants.replace(u"clinic."_s, m_clinic->Settings().name + u'.');
-        QVERIFY2(m_server.Run(grants), qPrintable(m_server.Fault()));
+        QVERIFY2(m_server.Run(grants + u"SET GLOBAL max_allowed_packet = DEFAULT, sql_mode = DEFAULT;"_s),
+                 qPrintable(m_server.Fault()));
         QVERIFY(QDir(m_folder->path()).mkpath(u"capture/"_s));
         WriteSetup({});
     }
 
     void NothingIsWrong()
     {
-        const Answer answer = Check();
-        QVERIFY2(answer.Wrong().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
+        const Answer answer = Check(m_folder->path());
+        QVERIFY2(answer.Lines().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
         QVERIFY(answer.text.contains(u"[정상] 시계"_s) && answer.text.contains(u"[정상] 테이블 caso"_s));
         QCOMPARE(
             QDir(m_folder->filePath(u"capture"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
@@ -73,8 +74,19 @@ private Q_SLOTS:
         row("column added to the station's", u"ALTER TABLE ca ADD COLUMN ca_new INT"_s, u"테이블 ca: 칸의 수나 순서"_s);
         row("note that would be cut", u"ALTER TABLE ca MODIFY ca_chamgo VARCHAR(255)"_s, u"ca_chamgo(255자"_s);
         row("section that would be cut", u"ALTER TABLE cap MODIFY cap_etc VARCHAR(20) NOT NULL"_s, u"cap_etc(20자"_s);
+        row("Korean in no set", u"ALTER TABLE caso MODIFY caso_sogyon LONGBLOB"_s, u"caso_sogyon(longblob)"_s);
+        row("number that would be cut", u"ALTER TABLE cap MODIFY cap_no TINYINT NOT NULL"_s, u"cap_no(tinyint"_s);
+        row("number as text", u"ALTER TABLE cap MODIFY cap_no VARCHAR(5) NOT NULL"_s, u"cap_no(varchar(5))"_s);
+        row("chart as a number", u"ALTER TABLE ca MODIFY ca_chart INT NOT NULL"_s, u"담지 못하는 칸입니다: ca_chart"_s);
+        row("key that isn't unique", u"ALTER TABLE ca DROP PRIMARY KEY, ADD KEY (ca_chart, ca_ymd, ca_gubun, ca_etc)"_s,
+            u"테이블 ca: 키가 없습니다"_s);
+        row("key too narrow", u"ALTER TABLE ca ADD UNIQUE KEY a_visit (ca_chart, ca_ymd)"_s, u"a_visit"_s);
+        row("packet too small", u"SET GLOBAL max_allowed_packet = 65536"_s, u"max_allowed_packet: 65536"_s);
+        row("letters lost", u"ALTER TABLE ca MODIFY ca_chamgo MEDIUMTEXT CHARACTER SET utf8mb3"_s,
+            u"[참고] 테이블 ca: 문자 집합에 없는 글자는 ?로 저장됩니다: ca_chamgo(utf8mb3)"_s);
+        row("all rights", u"GRANT ALL ON %1.* TO station@'%'; REVOKE DELETE ON %1.cap FROM station@'%'"_s, QString());
         row("Korean lost", u"ALTER TABLE ca MODIFY ca_chamgo MEDIUMTEXT CHARACTER SET latin1"_s, u"한글이 ?로"_s);
-        row("key of the list missing", u"ALTER TABLE caso DROP KEY caso_list_ymd"_s, u"steps/001"_s);
+        row("key of the list missing", u"ALTER TABLE caso DROP KEY caso_list_ymd"_s, u"키가 없습니다: caso_ymd,"_s);
         row("primary key missing", u"ALTER TABLE cap DROP PRIMARY KEY"_s, u"테이블 cap: 키가 없습니다"_s);
         row("right missing", u"REVOKE DELETE ON %1.cap FROM station@'%'"_s, u"테이블 cap: 권한이 없습니다: DELETE"_s);
         row("right to mark missing", u"REVOKE UPDATE ON %1.endo FROM station@'%'"_s, u"테이블 endo: 권한이 없습니다"_s);
@@ -87,6 +99,16 @@ private Q_SLOTS:
         inSetup("section outside the root", u"EtcList=..,위내시경"_s, u"검사 이름으로 쓸 수 없습니다"_s);
         inSetup("server for pictures away", u"Image=cd.iso\n[Pacs]\nHost=127.0.0.1\nPort=1"_s,
                 u"PACS 서버: 127.0.0.1:1"_s);
+        inSetup("no section", u"EtcList="_s, u"EtcList가 비어"_s);
+        inSetup("section twice", u"EtcList=위내시경,대장내시경, 위내시경"_s, u"\"위내시경\"이(가) 두 번"_s);
+        inSetup("key misspelt", u"CheckTabel=1"_s, u"[Client] CheckTabel은(는) 모르는 키"_s);
+        inSetup("key twice", u"CommPort=\ncommport=2"_s, u"첫째만 읽습니다: [Client] commport"_s);
+        inSetup("section of the file twice", u"Image=cd.iso\n[client]"_s, u"첫째만 읽습니다: [client]"_s);
+        inSetup("section of the file misspelt", u"Image=cd.iso\n[Pasc]\nHost=a"_s, u"[Pasc]은(는) 모르는 구역"_s);
+        inSetup("no entry", u"CommPort 2\nCommPort="_s, u"첫째만 읽습니다: CommPort 2"_s);
+        inSetup("foot switch away", u"CommPort=99"_s, u"발판 스위치: /dev/ttyS98"_s);
+        inSetup("program folder away", u"program folder"_s, u"프로그램 폴더: 파일을 저장할 수 없습니다"_s);
+        inSetup("setup open to writers", u"writers"_s, u"고칠 수 있습니다"_s);
         inSetup("secret open to all", u"others"_s, u"모든 사용자가 읽을 수 있습니다"_s);
     }
 
@@ -94,18 +116,89 @@ private Q_SLOTS:
     {
         QFETCH3(QString, statements, QString, setup, QString, expected);
         if (!statements.isEmpty())
-            QVERIFY2(
-                m_clinic->Run(statements.contains(u"%1"_s) ? statements.arg(m_clinic->Settings().name) : statements),
-                qPrintable(m_clinic->Fault()));
-        if (setup == u"others")
-            QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0644), 0);
+            QVERIFY2(m_clinic->Run(QString(statements).replace(u"%1"_s, m_clinic->Settings().name)),
+                     qPrintable(m_clinic->Fault()));
+        QString programFolder = m_folder->path();
+        if (setup == u"others" || setup == u"writers")
+            QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), setup == u"others" ? 0644 : 0602), 0);
+        else if (setup == u"program folder")
+            programFolder = u"/proc/none"_s;
         else
             WriteSetup(setup);
-        const Answer answer = Check();
-        QCOMPARE(answer.exitCode, 1);
-        QCOMPARE(answer.Wrong().size(), 1);
-        QVERIFY2(answer.Wrong().first().contains(expected), qPrintable(answer.Wrong().first()));
-        QVERIFY2(answer.Wrong().first().contains(u" → "_s), qPrintable(answer.Wrong().first()));
+        const Answer answer = Check(programFolder);
+        const bool isWrong = !expected.isEmpty() && !expected.startsWith(u"[참고]"_s);
+        QVERIFY2(answer.exitCode == (isWrong ? 1 : 0) && answer.Lines().size() == answer.exitCode,
+                 qPrintable(answer.text));
+        if (expected.isEmpty())
+            return;
+        const QStringList lines = answer.Lines(isWrong ? u"[이상]"_s : u"[참고]"_s).filter(expected);
+        QVERIFY2(lines.size() == 1 && lines.first().contains(u" → "_s), qPrintable(answer.text));
+        if (!lines.first().contains(u"upgrade-tables"_s))
+            return;
+        Upgrade({u"--yes"_s, u"--utf8mb4"_s});
+        const Answer after = Check(programFolder);
+        QVERIFY2(after.exitCode == 0 && after.Lines(u"[참고]"_s).filter(u"테이블"_s).isEmpty(), qPrintable(after.text));
+    }
+
+    void UpgradeKeepsEveryText_data()
+    {
+        Columns<QString, QString, QString, QString, QString, QString>("engine", "mode", "type", "bytes", "option",
+                                                                      "expected");
+        const QString euckr = u"C0A7B3BBBDC3B0E6208C63"_s;
+        const QString utf8 = u"EC9C84EB82B4EC8B9CEAB2BD20EB98A0"_s;
+        const QString text = u"위내시경 똠"_s;
+        const QString latin1 = u"VARCHAR(%1) CHARACTER SET latin1"_s;
+        const QList<QStringList> cases{
+            {u"latin1"_s, latin1, u"706C61696E"_s, {}, u"plain"_s},
+            {u"latin1, its own letters"_s, latin1, u"4DE96E69E87265"_s, {}, u"Ménière"_s},
+            {u"latin1 of EUC-KR, not said"_s, latin1, euckr, {}, {}},
+            {u"latin1 of EUC-KR"_s, latin1, euckr, u"--bytes=euckr"_s, text},
+            {u"latin1 of EUC-KR, said wrongly"_s, latin1, euckr, u"--bytes=utf8"_s, {}},
+            {u"latin1 of UTF-8"_s, latin1, utf8, u"--bytes=utf8"_s, text},
+            {u"bytes, as a stop on the way leaves them"_s, u"VARBINARY(%1)"_s, euckr, u"--bytes=euckr"_s, text},
+            {u"euckr"_s, u"VARCHAR(%1) CHARACTER SET euckr"_s, euckr, {}, text},
+            {u"euckr to all letters"_s, u"VARCHAR(%1) CHARACTER SET euckr"_s, euckr, u"--utf8mb4"_s, text},
+            {u"utf8mb3"_s, u"VARCHAR(%1) CHARACTER SET utf8mb3"_s, utf8, {}, text},
+            {u"utf8mb3 to all letters"_s, u"CHAR(%1) CHARACTER SET utf8mb3"_s, utf8, u"--utf8mb4"_s, text},
+            {u"utf8mb4"_s, u"VARCHAR(%1) CHARACTER SET utf8mb4"_s, utf8 + u"F09F8FA5"_s, {}, text + u"🏥"_s},
+        };
+        for (const QString& engine : {u"InnoDB"_s, u"MyISAM"_s}) {
+            for (const QString& mode : {u""_s, u"STRICT_ALL_TABLES"_s}) {
+                for (const QStringList& each : cases)
+                    QTest::addRow("%s, %s %s", qPrintable(each[0]), qPrintable(engine), qPrintable(mode))
+                        << engine << mode << each[1] << each[2] << each[3] << each[4];
+            }
+        }
+    }
+
+    void UpgradeKeepsEveryText()
+    {
+        QFETCH6(QString, engine, QString, mode, QString, type, QString, bytes, QString, option, QString, expected);
+        QVERIFY2(
+            m_clinic->Run(
+                u"SET GLOBAL sql_mode = '%1'; DROP TABLE ca; CREATE TABLE ca (ca_chart VARCHAR(20) NOT "
+                "NULL, ca_yuhyung VARCHAR(10), ca_ymd VARCHAR(8), ca_gubun VARCHAR(1), ca_etc %2 NOT NULL, "
+                "ca_chamgo %3 COMMENT 'it''s', ca_extra VARCHAR(100), "
+                "PRIMARY KEY (ca_chart, ca_ymd, ca_gubun, ca_etc)) ENGINE = %4 DEFAULT CHARSET latin1; "
+                "INSERT INTO ca VALUES ('1', '', '20261124', 'A', x'%5', x'%5', ''), "
+                "('2', '', '20261124', 'A', x'%5', NULL, '')"_s.arg(mode, type.arg(20), type.arg(200), engine, bytes)),
+            qPrintable(m_clinic->Fault()));
+        const QStringList options = option.isEmpty() ? QStringList() : QStringList{option};
+        const QString before = u"HEX(ca_etc) = '%1' AND (ca_chart = 2 OR HEX(ca_chamgo) = '%1')"_s.arg(bytes);
+        QCOMPARE(Upgrade(options).exitCode, 1);
+        QVERIFY2(HoldsForAll(before), "changed without a yes");
+
+        const Answer answer = Upgrade(options + QStringList{u"--yes"_s});
+        QVERIFY2(answer.exitCode == (expected.isEmpty() ? 1 : 0), qPrintable(answer.text));
+        if (expected.isEmpty()) {
+            QVERIFY2(HoldsForAll(before), "changed after a refusal");
+            return;
+        }
+        QVERIFY2(HoldsForAll(u"CONVERT(ca_etc USING utf8mb4) = '%1' AND (CONVERT(ca_chamgo USING utf8mb4) = '%1' OR "
+                             "(ca_chart = 2 AND ca_chamgo IS NULL))"_s.arg(expected)),
+                 qPrintable(answer.text));
+        const Answer check = Check(m_folder->path());
+        QVERIFY2(check.exitCode == 0, qPrintable(check.text));
     }
 
 private:
@@ -143,15 +236,30 @@ private:
         QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0600), 0);
     }
 
-    Answer Check()
+    /// All rows of ca.
+    bool HoldsForAll(const QString& condition)
+    {
+        return m_clinic->Run(u"DELIMITER //\nBEGIN NOT ATOMIC IF (SELECT COUNT(*) FROM ca WHERE %1) <> 2 THEN "
+                             "SIGNAL SQLSTATE '45000'; END IF; END//\n"_s.arg(condition));
+    }
+
+    /// By the administrator of the server.
+    Answer Upgrade(const QStringList& options)
+    {
+        return Run(QStringList{u"upgrade-tables"_s, u"--user=root"_s} + options, m_folder->path());
+    }
+
+    Answer Check(const QString& programFolder) { return Run({u"check"_s}, programFolder); }
+
+    Answer Run(const QStringList& arguments, const QString& programFolder)
     {
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"CAPTURE_STATION_SETUP"_s, Setup());
-        environment.insert(u"CAPTURE_STATION_FOLDER"_s, m_folder->path());
+        environment.insert(u"CAPTURE_STATION_FOLDER"_s, programFolder);
         environment.remove(u"QT_IM_MODULE"_s);
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), {u"check"_s});
+        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), arguments);
         program.waitForFinished(60'000);
         return {QString::fromUtf8(program.readAllStandardOutput()), program.exitCode()};
     }

@@ -99,14 +99,18 @@ void CheckSerialPort(const ClientSetupRecord& client, CheckLines& lines)
     const int number = client.CommPort.trimmed().isEmpty() ? 1 : client.CommPort.trimmed().toInt(&isNumber);
     QString device = client.SerialPorts.value(QString::number(number));
     device = device.isEmpty() ? u"/dev/ttyS%1"_s.arg(number - 1) : NativePath(device);
-    const int error = AccessError(device, R_OK);
-    if (error == 0)
+    const int error = AccessError(device, R_OK | W_OK);
+    if (error == 0) {
         lines.append({CheckLine::Right, what, device});
-    else if (error == EACCES)
-        lines.append(GroupLine(what, device, error, u"dialout"_s));
-    else
-        lines.append({CheckLine::Remark, what, u"%1 (%2)"_s.arg(device, posix_files::ErrorText(error)),
-                      u"발판을 쓰면 [Client] CommPort와 [SerialPort]를 확인하십시오"_s});
+        return;
+    }
+    CheckLine line = GroupLine(what, device, error, u"dialout"_s);
+    // Not every clinic has one.
+    if (client.CommPort.trimmed().isEmpty())
+        line.verdict = CheckLine::Remark;
+    if (error != EACCES)
+        line.toDo = u"발판을 쓰면 [Client] CommPort와 [SerialPort]를 확인하고, 쓰지 않으면 CommPort를 비우십시오"_s;
+    lines.append(line);
 }
 
 void CheckPrinter(const ClientSetupRecord& client, CheckLines& lines)

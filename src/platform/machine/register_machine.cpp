@@ -12,8 +12,15 @@ class MachineChecks final : public OutsideChecks
 {
 public:
     Setup LookAtSetup() override { return CheckSetup(); }
+    ConnectionPointer OpenForUpkeep(const QString& user, const QString& password, const QString& passwordFile) override
+    {
+        return ::OpenForUpkeep(user, password, passwordFile);
+    }
     CheckLines LookAtCaptureRoot(const ClientSetupRecord& client) override { return CheckRootFolder(client); }
-    CheckLines LookAtMachine(const ClientSetupRecord& client) override { return CheckDevices(client) + CheckParts(); }
+    CheckLines LookAtMachine(const ClientSetupRecord& client) override
+    {
+        return CheckProgramFolders() + CheckDevices(client) + CheckParts();
+    }
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/profile/windows949.h"
 
+#include <QSet>
 #include <QStringDecoder>
 
 using namespace Qt::StringLiterals;
@@ -41,6 +42,7 @@ IniFile::IniFile(const QByteArray& content, Encoding encoding) : m_encoding(enco
             line.chop(1);
         m_lines.append(Parsed(line));
     }
+    FindSections();
 }
 
 IniFile::Encoding IniFile::EncodingOf(const QByteArray& content)
@@ -63,9 +65,9 @@ std::optional<QString> IniFile::Value(const QString& section, const QString& key
 QStringList IniFile::Sections() const
 {
     QStringList names;
-    for (const Line& line : m_lines) {
-        if (line.isSection && !names.contains(line.section, Qt::CaseInsensitive))
-            names.append(line.section);
+    for (qsizetype at = 0; at < m_lines.size(); ++at) {
+        if (m_lines.at(at).isSection && SectionBegin(m_lines.at(at).section) == at + 1)
+            names.append(m_lines.at(at).section);
     }
     return names;
 }
@@ -76,12 +78,39 @@ QStringList IniFile::Keys(const QString& section) const
     const qsizetype begin = SectionBegin(section);
     if (begin < 0)
         return keys;
-    for (qsizetype at = begin; at < SectionEnd(begin); ++at) {
+    QSet<QString> seen;
+    for (qsizetype at = begin; at < m_lines.size() && !m_lines.at(at).isSection; ++at) {
         const QString& key = m_lines.at(at).key;
-        if (!key.isEmpty() && !keys.contains(key, Qt::CaseInsensitive))
-            keys.append(key);
+        if (key.isEmpty() || seen.contains(key.toCaseFolded()))
+            continue;
+        seen.insert(key.toCaseFolded());
+        keys.append(key);
     }
     return keys;
+}
+
+QStringList IniFile::Unread() const
+{
+    QStringList unread;
+    QSet<QString> seen;
+    QString section; // In its brackets.
+    for (qsizetype at = 0; at < m_lines.size(); ++at) {
+        const Line& line = m_lines.at(at);
+        const QByteArray shown = line.text.trimmed();
+        if (line.isSection) {
+            section = u"[%1]"_s.arg(line.section);
+            seen.clear();
+            if (SectionBegin(line.section) != at + 1)
+                unread.append(section);
+        } else if (!line.key.isEmpty() && !line.key.startsWith(u'#')) {
+            if (section.isEmpty() || seen.contains(line.key.toCaseFolded()))
+                unread.append(u"%1 %2"_s.arg(section, line.key).trimmed());
+            seen.insert(line.key.toCaseFolded());
+        } else if (!shown.isEmpty() && !shown.startsWith(';') && !shown.startsWith('#')) {
+            unread.append(Decoded(shown));
+        }
+    }
+    return unread;
 }
 
 void IniFile::SetValue(const QString& section, const QString& key, const QString& value)
@@ -103,6 +132,7 @@ void IniFile::SetValue(const QString& section, const QString& key, const QString
     while (end > begin && m_lines.at(end - 1).text.trimmed().isEmpty())
         --end;
     m_lines.insert(end, Parsed(Encoded(key) + '=' + bytes));
+    FindSections();
 }
 
 QByteArray IniFile::Content() const
@@ -137,13 +167,19 @@ IniFile::Line IniFile::Parsed(const QByteArray& text) const
     return line;
 }
 
+void IniFile::FindSections()
+{
+    m_begins.clear();
+    for (qsizetype at = 0; at < m_lines.size(); ++at) {
+        const QString name = m_lines.at(at).section.toCaseFolded();
+        if (m_lines.at(at).isSection && !m_begins.contains(name))
+            m_begins.insert(name, at + 1);
+    }
+}
+
 qsizetype IniFile::SectionBegin(const QString& section) const
 {
-    for (qsizetype at = 0; at < m_lines.size(); ++at) {
-        if (m_lines.at(at).isSection && Same(m_lines.at(at).section, section))
-            return at + 1;
-    }
-    return -1;
+    return m_begins.value(section.toCaseFolded(), -1);
 }
 
 qsizetype IniFile::SectionEnd(qsizetype begin) const
@@ -159,7 +195,7 @@ qsizetype IniFile::Find(const QString& section, const QString& key) const
     const qsizetype begin = SectionBegin(section);
     if (begin < 0)
         return -1;
-    for (qsizetype at = begin; at < SectionEnd(begin); ++at) {
+    for (qsizetype at = begin; at < m_lines.size() && !m_lines.at(at).isSection; ++at) {
         if (!m_lines.at(at).key.isEmpty() && Same(m_lines.at(at).key, key))
             return at;
     }

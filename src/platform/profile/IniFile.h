@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QString>
 #include <QStringList>
@@ -24,6 +25,9 @@ public:
     /// Names in the order of the file, each once.
     QStringList Sections() const;
     QStringList Keys(const QString& section) const;
+    /// What is there and never read: sections and keys that come a second time, entries above the first section, and
+    /// lines that are neither entry nor comment. As `[section]`, `[section] key` or the line.
+    QStringList Unread() const;
 
     /// Sets a key, and adds it, and its section, where missing. Line ends inside the value become blanks.
     void SetValue(const QString& section, const QString& key, const QString& value);
@@ -41,6 +45,8 @@ private:
     QString Decoded(const QByteArray& bytes) const;
     QByteArray Encoded(const QString& text) const;
     Line Parsed(const QByteArray& text) const;
+    /// Notes where the sections begin: a name is then found at once, however many there are.
+    void FindSections();
     /// Position behind the line of the section's name; -1 when there is no such section.
     qsizetype SectionBegin(const QString& section) const;
     qsizetype SectionEnd(qsizetype begin) const;
@@ -50,4 +56,5 @@ private:
     QByteArray m_byteOrderMark;
     QByteArray m_lineEnd = "\r\n";
     QList<Line> m_lines;
+    QHash<QString, qsizetype> m_begins; ///< By the folded name.
 };

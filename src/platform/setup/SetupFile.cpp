@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QRegularExpression>
+#include <QSet>
 
 using namespace Qt::StringLiterals;
 
@@ -25,6 +26,7 @@ public:
         ReadPlaces();
         ReadDevices();
         ReadPacs();
+        NoteUnread();
         return m_setup;
     }
 
@@ -36,7 +38,8 @@ private:
     void ReadPlaces();
     void ReadDevices();
     void ReadPacs();
-    QString ApplicationTitle(const QString& key, const QString& otherwise);
+    void NoteUnread();
+    QString ApplicationTitle(const QString& key, const QString& title, const QString& otherwise);
 
     QString Text(const QString& section, const QString& key);
     QString Needed(const QString& section, const QString& key);
@@ -44,11 +47,18 @@ private:
 
     IniFile m_ini;
     QString m_folder;
+    QSet<QString> m_asked; ///< Sections and keys that have a meaning, as `NameOf` has them.
     SetupFile m_setup;
 };
 
+QString NameOf(const QString& section, const QString& key)
+{
+    return u"[%1] %2"_s.arg(section, key).toCaseFolded();
+}
+
 QString Reader::Text(const QString& section, const QString& key)
 {
+    m_asked << NameOf(section, {}) << NameOf(section, key);
     QString value = m_ini.Value(section, key).value_or(QString());
     if (value.contains(QChar::ReplacementCharacter))
         m_setup.problems.append(
@@ -144,8 +154,14 @@ void Reader::ReadSections(const QString& list)
         if (!IsPathPart(name) || !FitsSectionColumn(name))
             m_setup.problems.append(
                 u"[Client] EtcList의 \"%1\"은(는) 검사 이름으로 쓸 수 없습니다."_s.arg(name.left(60)));
+        if (names.contains(name, Qt::CaseInsensitive))
+            m_setup.oddities.append(
+                {u"[Client] EtcList에 \"%1\"이(가) 두 번 있습니다"_s.arg(name.left(60)), u"하나를 지우십시오"_s});
         names.append(name);
     }
+    if (names.isEmpty())
+        m_setup.oddities.append({u"[Client] EtcList가 비어 있어 캡쳐화면이 열리지 않습니다"_s,
+                                 u"EtcList=위내시경,대장내시경처럼 검사 종류를 적으십시오"_s});
     m_setup.client.EtcList = names.join(u',');
 }
 
@@ -184,11 +200,14 @@ void Reader::ReadDevices()
 {
     ClientSetupRecord& client = m_setup.client;
     client.TestPicture = Text(u"Video"_s, u"TestPicture"_s) == u"1";
+    m_asked << NameOf(u"SerialPort"_s, {});
     for (const QString& port : m_ini.Keys(u"SerialPort"_s)) {
-        const QString device = Text(u"SerialPort"_s, port);
         bool isNumber = false;
         const int number = port.toInt(&isNumber);
-        if (isNumber && !device.isEmpty())
+        if (!isNumber)
+            continue;
+        const QString device = Text(u"SerialPort"_s, port);
+        if (!device.isEmpty())
             client.SerialPorts.insert(QString::number(number), device);
     }
     client.PrinterFolder = Absolute(Text(u"Printer"_s, u"Folder"_s));
@@ -201,12 +220,11 @@ void Reader::ReadDevices()
     client.BurnerDicom = Text(u"Burner"_s, u"Dicom"_s) == u"1";
 }
 
-QString Reader::ApplicationTitle(const QString& key, const QString& otherwise)
+QString Reader::ApplicationTitle(const QString& key, const QString& title, const QString& otherwise)
 {
     // Blanks around it don't count; a backslash separates values.
     static const QRegularExpression allowed(
         uR"(\A[\x21-\x2C\x2E-\x5B\x5D-\x7E]([\x20-\x5B\x5D-\x7E]{0,14}[\x21-\x5B\x5D-\x7E])?\z)"_s);
-    const QString title = Text(u"Pacs"_s, key);
     if (title.isEmpty())
         return otherwise;
     if (!allowed.match(title).hasMatch())
@@ -224,23 +242,52 @@ void Reader::ReadPacs()
         m_setup.problems.append(
             u"[Pacs] UidRoot는 1.2.410.200000처럼 숫자와 점으로 24자까지입니다. (%1)"_s.arg(pacs.UidRoot.left(60)));
     pacs.Host = Text(section, u"Host"_s);
+    const QString port = Text(section, u"Port"_s);
+    const QString called = Text(section, u"CalledAet"_s);
+    const QString calling = Text(section, u"CallingAet"_s);
+    const QString send = Text(section, u"Send"_s).toLower();
     if (pacs.Host.isEmpty())
         return;
     // It becomes a word of a command.
     static const QRegularExpression host(uR"(\A[A-Za-z0-9:][A-Za-z0-9.:_-]*\z)"_s);
     if (!host.match(pacs.Host).hasMatch())
         m_setup.problems.append(u"[Pacs] Host는 서버의 이름이나 주소입니다. (%1)"_s.arg(pacs.Host.left(60)));
-    const QString port = Text(section, u"Port"_s);
     if (!port.isEmpty())
         pacs.Port = port.toInt();
     if (!port.isEmpty() && !IsPort(port))
         m_setup.problems.append(u"[Pacs] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port.left(60)));
-    pacs.CalledAet = ApplicationTitle(u"CalledAet"_s, u"ANY-SCP"_s);
-    pacs.CallingAet = ApplicationTitle(u"CallingAet"_s, u"CAPTURE"_s);
-    const QString send = Text(section, u"Send"_s).toLower();
+    pacs.CalledAet = ApplicationTitle(u"CalledAet"_s, called, u"ANY-SCP"_s);
+    pacs.CallingAet = ApplicationTitle(u"CallingAet"_s, calling, u"CAPTURE"_s);
     pacs.SendsEachStill = send == u"still";
     if (!send.isEmpty() && send != u"still" && send != u"save")
         m_setup.problems.append(u"[Pacs] Send는 save나 still입니다. (%1)"_s.arg(send.left(60)));
+}
+
+void Reader::NoteUnread()
+{
+    constexpr qsizetype most = 20;
+    QList<SetupFile::Oddity>& oddities = m_setup.oddities;
+    for (const QString& section : m_ini.Sections()) {
+        if (!m_asked.contains(NameOf(section, {}))) {
+            // Those like [Saup] have a note.
+            if (!section.startsWith(u"Saup"_s, Qt::CaseInsensitive))
+                oddities.append({u"[%1]은(는) 모르는 구역입니다"_s.arg(section.left(60)), u"이름을 고치십시오"_s});
+            continue;
+        }
+        for (const QString& key : m_ini.Keys(section)) {
+            if (!key.startsWith(u'#') && !m_asked.contains(NameOf(section, key)))
+                oddities.append(
+                    {u"[%1] %2은(는) 모르는 키입니다"_s.arg(section, key.left(60)), u"키의 이름을 고치십시오"_s});
+        }
+    }
+    for (const QString& unread : m_ini.Unread())
+        oddities.append(
+            {u"읽지 않는 줄이거나, 두 번 있어 첫째만 읽습니다: %1"_s.arg(unread.left(60)), u"고치거나 지우십시오"_s});
+    if (oddities.size() > most) {
+        const qsizetype more = oddities.size() - most;
+        oddities.resize(most);
+        oddities.append({u"그 밖에 %1건"_s.arg(more), u"설정 파일을 다시 만드십시오"_s});
+    }
 }
 } // namespace
 

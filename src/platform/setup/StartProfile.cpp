@@ -79,7 +79,7 @@ bool StartProfile::SetupRead(ClientSetupRecord& setup, SaupRecords& places, bool
     SetupFile file;
     QStringList problems;
     ConnectionPointer opened;
-    Attempt(problems, [&] { file = ReadSetupFile(Files().ReadFile(path), QFileInfo(path).absolutePath()); });
+    Attempt(problems, [&] { file = ReadSetupFile(ReadSmallFile(path), QFileInfo(path).absolutePath()); });
     problems.append(file.problems);
     if (problems.isEmpty()) {
         Attempt(problems, [&] {
@@ -119,7 +119,7 @@ QString ScreenScaleOfSetup(const QString& programFolder)
 {
     try {
         const QString path = FindSetupFile(Candidates(programFolder));
-        return path.isEmpty() ? QString() : ReadSetupFile(Files().ReadFile(path), {}).screenScale;
+        return path.isEmpty() ? QString() : ReadSetupFile(ReadSmallFile(path), {}).screenScale;
     } catch (const PlatformError&) {
         return {};
     }

@@ -8,9 +8,11 @@
 #include "platform/setup/setup_steps.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QFileInfo>
 
 #include <cstdlib>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 using namespace setup_steps;
@@ -19,6 +21,10 @@ namespace {
 
 /// The times of two stations stand side by side in one archive.
 constexpr qint64 MostClockSeconds = 60;
+/// Two long texts of a report, with room.
+constexpr qint64 LeastPacketBytes = 1'048'576;
+/// A table of millions of rows is written anew in hours.
+constexpr int UpkeepReplySeconds = 24 * 60 * 60;
 
 void CheckSecret(const QString& holder, CheckLines& lines)
 {
@@ -34,6 +40,35 @@ void CheckSecret(const QString& holder, CheckLines& lines)
                       u"스테이션을 쓰는 사용자만 그 그룹에 두십시오"_s});
     else
         lines.append({CheckLine::Right, what, readers});
+}
+
+/// Who may write it chooses the server and the folder that patients' data go to.
+void CheckWriters(const QString& path, CheckLines& lines)
+{
+    struct stat file = {};
+    struct stat folder = {};
+    const QByteArray native = QFile::encodeName(NativePath(path));
+    const QByteArray above = QFile::encodeName(QFileInfo(NativePath(path)).absolutePath());
+    if (stat(native.constData(), &file) == 0 && (file.st_mode & S_IWOTH) != 0)
+        lines.append({CheckLine::Wrong, u"설정 파일"_s, u"모든 사용자가 고칠 수 있습니다: %1"_s.arg(path),
+                      u"chmod o-w %1"_s.arg(path)});
+    if (stat(above.constData(), &folder) == 0 && (folder.st_mode & (S_IWOTH | S_ISVTX)) == S_IWOTH)
+        lines.append({CheckLine::Wrong, u"설정 파일"_s,
+                      u"모든 사용자가 바꾸어 놓을 수 있는 폴더에 있습니다: %1"_s.arg(path),
+                      u"chmod o-w %1"_s.arg(QFile::decodeName(above))});
+}
+
+/// A statement that is larger is refused, and its findings or note with it.
+void CheckPacket(AdoConnection& connection, CheckLines& lines)
+{
+    const QString what = u"데이터베이스의 max_allowed_packet"_s;
+    const qint64 bytes =
+        connection.Execute(u" SELECT @@max_allowed_packet AS bytes "_s)->Fields(u"bytes"_s).toLongLong();
+    const bool isRight = bytes >= LeastPacketBytes;
+    lines.append({isRight ? CheckLine::Right : CheckLine::Wrong, what, u"%1바이트"_s.arg(bytes),
+                  isRight ? QString()
+                          : u"긴 소견이 저장되지 않습니다. 서버의 설정에 max_allowed_packet=16M를 적고 다시 시작하거나 "
+                            "SET GLOBAL max_allowed_packet=16777216을 실행하십시오"_s});
 }
 
 void CheckClock(AdoConnection& connection, CheckLines& lines)
@@ -65,6 +100,7 @@ void CheckDatabase(SetupFile& file, OutsideChecks::Setup& setup)
             setup.lines.append({CheckLine::Remark, u"데이터베이스 암호화"_s,
                                 u"환자의 자료가 암호화되지 않고 망을 건넙니다"_s, u"[Database] SslCa를 쓰십시오"_s});
         CheckClock(*setup.connection, setup.lines);
+        CheckPacket(*setup.connection, setup.lines);
     } catch (const PlatformError& error) {
         setup.lines.append({CheckLine::Wrong, what, error.Text(), u"[Database] 구역과 서버를 확인하십시오"_s});
     }
@@ -85,18 +121,23 @@ OutsideChecks::Setup CheckSetup()
     }
     SetupFile file;
     try {
-        file = ReadSetupFile(Files().ReadFile(path), QFileInfo(path).absolutePath());
+        file = ReadSetupFile(ReadSmallFile(path), QFileInfo(path).absolutePath());
     } catch (const PlatformError& error) {
-        setup.lines.append({CheckLine::Wrong, what, error.Text(), u"읽을 권한을 확인하십시오"_s});
+        setup.lines.append({CheckLine::Wrong, what, error.Text(), u"파일과 읽을 권한을 확인하십시오"_s});
         return setup;
     }
     setup.isGood = file.problems.isEmpty();
     setup.client = file.client;
     setup.isServer = file.database.driver.compare(u"QSQLITE", Qt::CaseInsensitive) != 0;
-    if (setup.isGood)
+    if (setup.isGood && file.oddities.isEmpty())
         setup.lines.append({CheckLine::Right, what, path});
     for (const QString& problem : file.problems)
         setup.lines.append({CheckLine::Wrong, what, problem, u"%1을(를) 고치십시오"_s.arg(path)});
+    for (const SetupFile::Oddity& oddity : file.oddities)
+        setup.lines.append({CheckLine::Wrong, what, oddity.found, u"%1: %2"_s.arg(path, oddity.toDo)});
+    CheckWriters(path, setup.lines);
+    if (!file.passwordFile.isEmpty())
+        CheckWriters(file.passwordFile, setup.lines);
     for (const QString& note : file.notes)
         setup.lines.append({CheckLine::Remark, what, note});
     if (const QString holder = PasswordHolder(file, path); !holder.isEmpty() && FileExists(holder))
@@ -112,4 +153,18 @@ OutsideChecks::Setup CheckSetup()
     }
     CheckDatabase(file, setup);
     return setup;
+}
+
+ConnectionPointer OpenForUpkeep(const QString& user, const QString& password, const QString& passwordFile)
+{
+    const QString path = FindSetupFile(Candidates(UseService<Desktop>().ProgramFolder()));
+    SetupFile file = ReadSetupFile(ReadSmallFile(path), QFileInfo(path).absolutePath());
+    if (!user.isEmpty()) {
+        file.database.user = user;
+        file.database.password = password;
+        file.passwordFile = passwordFile;
+    }
+    ReadPassword(file);
+    file.database.replyTimeoutSeconds = UpkeepReplySeconds;
+    return OpenConnection(file.database);
 }

@@ -17,6 +17,7 @@ namespace {
 constexpr char SetupVariable[] = "CAPTURE_STATION_SETUP";
 /// A share that doesn't answer is told after so long.
 constexpr int SharePatienceMs = 3000;
+constexpr qint64 MostBytes = 1'000'000;
 
 bool IsMountPoint(const QString& path)
 {
@@ -46,11 +47,24 @@ QString setup_steps::FindSetupFile(const QStringList& candidates)
     return {};
 }
 
+QByteArray setup_steps::ReadSmallFile(const QString& path)
+{
+    // A link may lead to the file.
+    const QFileInfo file(NativePath(path));
+    if (file.exists() && !file.isFile())
+        throw PlatformError(u"보통 파일이 아니어서 읽지 않습니다.!! (%1)"_s.arg(file.filePath()));
+    const QString place = file.exists() ? file.canonicalFilePath() : path;
+    const QByteArray content = Files().ReadArchivedPiece(place, 0, MostBytes + 1);
+    if (content.size() > MostBytes)
+        throw PlatformError(u"파일이 너무 커서 읽지 않습니다.!! 1MB까지입니다. (%1)"_s.arg(file.filePath()));
+    return content;
+}
+
 void setup_steps::ReadPassword(SetupFile& file)
 {
     if (file.passwordFile.isEmpty())
         return;
-    QString password = QString::fromUtf8(Files().ReadFile(file.passwordFile));
+    QString password = QString::fromUtf8(ReadSmallFile(file.passwordFile));
     password.truncate(password.indexOf(u'\n') < 0 ? password.size() : password.indexOf(u'\n'));
     if (password.endsWith(u'\r'))
         password.chop(1);

@@ -3,6 +3,7 @@
 #include "platform/setup/register_setup.h"
 #include "platform/setup/SetupFile.h"
 
+#include <QByteArray>
 #include <QStringList>
 
 /// The steps from a setup file to an open connection, for the start and for whoever looks at each by itself.
@@ -12,6 +13,9 @@ namespace setup_steps {
 QStringList Candidates(const QString& programFolder);
 /// The first that is there, absolute; empty when none is.
 QString FindSetupFile(const QStringList& candidates);
+/// Content of the setup file, or of the one with the password. Throws PlatformError, also for one of more than 1 MB and
+/// for what is no regular file: a pipe would be waited for, and a device has no end.
+QByteArray ReadSmallFile(const QString& path);
 /// Reads the password from its own file, if the setup names one. Throws PlatformError.
 void ReadPassword(SetupFile& file);
 /// The file that holds the password; empty without one.

@@ -8,6 +8,8 @@
 #include "support/ScriptedDesktop.h"
 #include "support/testing.h"
 
+#include <sys/stat.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -175,6 +177,19 @@ private Q_SLOTS:
         const Outcome missing = SetupRead(false);
         QVERIFY(!missing.started);
         QVERIFY(missing.shown.value(0).contains(u"없음.ini"_s) && !missing.shown.value(0).contains(u"/etc"_s));
+    }
+
+    void refusesWhatIsNoSmallFile()
+    {
+        const QString pipe = m_folder->filePath(u"pipe"_s);
+        QCOMPARE(mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        Put(QByteArray(1'000'001, ';'), u"large"_s);
+        for (const QString& path : {pipe, u"/dev/zero"_s, m_folder->filePath(u"large"_s)}) {
+            qputenv("CAPTURE_STATION_SETUP", QFile::encodeName(path));
+            const Outcome outcome = SetupRead(false);
+            QVERIFY(!outcome.started);
+            QVERIFY2(outcome.shown.value(0).contains(u"읽지 않습니다.!!"_s), qPrintable(outcome.shown.value(0)));
+        }
     }
 
     void mountedRootIsTaken()
