@@ -18,11 +18,11 @@ struct Answer
     QString text;
     int exitCode = -1;
 
-    /// What is wrong, one line each.
-    QStringList Wrong() const
+    /// What is wrong, one line each; or what has another verdict.
+    QStringList Lines(const QString& verdict = u"[이상]"_s) const
     {
         QStringList lines = text.split(u'\n');
-        lines.removeIf([](const QString& line) { return !line.startsWith(u"[이상]"_s); });
+        lines.removeIf([&verdict](const QString& line) { return !line.startsWith(verdict); });
         return lines;
     }
 };
@@ -49,13 +49,15 @@ private Q_SLOTS:
         grants.replace(u"clinic."_s, m_clinic->Settings().name + u'.');
         QVERIFY2(m_server.Run(grants), qPrintable(m_server.Fault()));
         QVERIFY(QDir(m_folder->path()).mkpath(u"capture/"_s));
+        SetRights(u"capture"_s, 02770);
         WriteSetup({});
     }
 
     void NothingIsWrong()
     {
         const Answer answer = Check();
-        QVERIFY2(answer.Wrong().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
+        QVERIFY2(answer.Lines().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
+        QCOMPARE(answer.Lines(u"[참고] 캡쳐 폴더"_s), QStringList());
         QVERIFY(answer.text.contains(u"[정상] 시계"_s) && answer.text.contains(u"[정상] 테이블 caso"_s));
         QCOMPARE(
             QDir(m_folder->filePath(u"capture"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
@@ -87,7 +89,8 @@ private Q_SLOTS:
         inSetup("section outside the root", u"EtcList=..,위내시경"_s, u"검사 이름으로 쓸 수 없습니다"_s);
         inSetup("server for pictures away", u"Image=cd.iso\n[Pacs]\nHost=127.0.0.1\nPort=1"_s,
                 u"PACS 서버: 127.0.0.1:1"_s);
-        inSetup("secret open to all", u"others"_s, u"모든 사용자가 읽을 수 있습니다"_s);
+        inSetup("secret open to all", u"Setup.ini 644"_s, u"모든 사용자가 읽을 수 있습니다"_s);
+        inSetup("pictures open to all", u"capture 2775"_s, u"[참고] 캡쳐 폴더: 이 컴퓨터의 모든 사용자가"_s);
     }
 
     void SaysWhatIsWrong()
@@ -97,18 +100,26 @@ private Q_SLOTS:
             QVERIFY2(
                 m_clinic->Run(statements.contains(u"%1"_s) ? statements.arg(m_clinic->Settings().name) : statements),
                 qPrintable(m_clinic->Fault()));
-        if (setup == u"others")
-            QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0644), 0);
-        else
+        const QStringList rights = setup.split(u' ');
+        if (setup.contains(u'=') || setup.isEmpty())
             WriteSetup(setup);
+        else
+            SetRights(rights[0], rights[1].toUInt(nullptr, 8));
         const Answer answer = Check();
-        QCOMPARE(answer.exitCode, 1);
-        QCOMPARE(answer.Wrong().size(), 1);
-        QVERIFY2(answer.Wrong().first().contains(expected), qPrintable(answer.Wrong().first()));
-        QVERIFY2(answer.Wrong().first().contains(u" → "_s), qPrintable(answer.Wrong().first()));
+        const bool isRemark = expected.startsWith(u'[');
+        QCOMPARE(answer.exitCode, isRemark ? 0 : 1);
+        QCOMPARE(answer.Lines().size(), isRemark ? 0 : 1);
+        const QStringList found = answer.Lines(isRemark ? expected : u"[이상]"_s);
+        QCOMPARE(found.size(), 1);
+        QVERIFY2(found.first().contains(expected), qPrintable(found.first()));
+        QVERIFY2(found.first().contains(u" → "_s), qPrintable(found.first()));
     }
 
 private:
+    void SetRights(const QString& name, mode_t rights)
+    {
+        QCOMPARE(chmod(QFile::encodeName(m_folder->filePath(name)).constData(), rights), 0);
+    }
     QString Setup() const { return m_folder->filePath(u"Setup.ini"_s); }
 
     /// With one line in the place of the one with its key, or added to [Client].
@@ -140,7 +151,7 @@ private:
         QFile file(Setup());
         QVERIFY(file.open(QFile::WriteOnly) && file.write(lines.join(u'\n').toUtf8()) > 0);
         file.close();
-        QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0600), 0);
+        SetRights(u"Setup.ini"_s, 0600);
     }
 
     Answer Check()

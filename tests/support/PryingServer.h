@@ -49,8 +49,10 @@ private:
             return;
         // Version, session and challenge; what it can do: long passwords, a database's name, protocol 4.1, ways to
         // prove who one is. TLS isn't among it.
-        Send(client, 0, QByteArrayLiteral("\x0a" "5.5.5-10.11.0-MariaDB\0\x01\0\0\0abcdefgh\0\x09\xa2\x2d\x02\0\x08\0\x15"
-                                          "\0\0\0\0\0\0\0\0\0\0ijklmnopqrst\0mysql_native_password\0"));
+        Send(client, 0,
+             QByteArrayLiteral("\x0a"
+                               "5.5.5-10.11.0-MariaDB\0\x01\0\0\0abcdefgh\0\x09\xa2\x2d\x02\0\x08\0\x15"
+                               "\0\0\0\0\0\0\0\0\0\0ijklmnopqrst\0mysql_native_password\0"));
         if (Receive(client)) {
             Send(client, 2, '\xfe' + m_method + '\0' + QByteArray(20, 'x') + '\0');
             while (Receive(client)) {
