@@ -2,6 +2,7 @@
 #include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
 #include "filing/PictureJournal.h"
+#include "frame/terminal.h"
 #include "frame/WorkThread.h"
 #include "support/PacsServer.h"
 #include "support/StationInABox.h"
@@ -111,8 +112,7 @@ private Q_SLOTS:
         DeletePicture();
         const QStringList before = m_box->Names(u"2026"_s, Stomach);
         m_box->FaultyFiles().FailAt(countdown, false, kind);
-        QString text;
-        QTextStream out(&text);
+        TerminalOutput out(stdout);
         QVERIFY_THROWS_EXCEPTION(PlatformError, RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out));
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), before);
         QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 1);
