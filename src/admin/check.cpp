@@ -4,11 +4,11 @@
 #include "contracts/dicom.h"
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
+#include "frame/terminal.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 
 #include <QString>
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -35,7 +35,7 @@ QString OneLine(const QString& text)
     return text.simplified();
 }
 
-void Print(const CheckLines& lines, QTextStream& out)
+void Print(const CheckLines& lines, TerminalOutput& out)
 {
     for (const CheckLine& line : lines) {
         out << u"[%1] %2: %3"_s.arg(Word(line.verdict), line.what, OneLine(line.found));
@@ -43,7 +43,7 @@ void Print(const CheckLines& lines, QTextStream& out)
             out << u" → "_s << OneLine(line.toDo);
         out << u'\n';
     }
-    out.flush();
+    out.Flush();
 }
 
 CheckLine CheckPacs(const PacsSetupRecord& pacs)
@@ -59,7 +59,7 @@ CheckLine CheckPacs(const PacsSetupRecord& pacs)
 
 } // namespace
 
-int CheckStation(QTextStream& out)
+int CheckStation(TerminalOutput& out)
 {
     auto& checks = UseService<OutsideChecks>();
     OutsideChecks::Setup setup = checks.LookAtSetup();

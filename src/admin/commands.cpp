@@ -5,14 +5,12 @@
 #include "contracts/setup_components.h"
 #include "frame/components.h"
 #include "frame/guard.h"
+#include "frame/terminal.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 
-#include <QTextStream>
-
 #include <algorithm>
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -31,7 +29,7 @@ struct Call
 {
     QStringList arguments; ///< Options not among them.
     QStringList options;
-    QTextStream& out;
+    TerminalOutput& out;
 };
 
 struct Command
@@ -159,19 +157,19 @@ QString HelpText()
     text +=
         u"  --help, --version\n\n"
         "끝날 때의 값: 0 이상 없음, 1 이상이 있거나 거절함, 2 잘못된 사용, 3 설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 "
-        "없음\n"_s;
+        "없음"_s;
     return text;
 }
 
 void Tell(const QString& text)
 {
-    std::fprintf(stderr, "capture-station-admin: %s\n", qUtf8Printable(text));
+    TellOnError(u"capture-station-admin: "_s + text);
 }
 
 int Misused(const QString& text)
 {
     Tell(text);
-    std::fputs(qUtf8Printable(HelpText()), stderr);
+    TerminalOutput(stderr).PutLines(HelpText());
     return UsedWrongly;
 }
 
@@ -200,7 +198,7 @@ bool Allows(const Command& command, const QString& option)
     });
 }
 
-int Run(const Command& command, const QStringList& arguments, QTextStream& out)
+int Run(const Command& command, const QStringList& arguments, TerminalOutput& out)
 {
     QStringList values = arguments;
     QStringList options;
@@ -227,10 +225,10 @@ int Run(const Command& command, const QStringList& arguments, QTextStream& out)
 
 } // namespace
 
-int RunCommand(const QStringList& arguments, QTextStream& out)
+int RunCommand(const QStringList& arguments, TerminalOutput& out)
 {
     if (arguments == QStringList{u"--help"_s}) {
-        out << HelpText();
+        out.PutLines(HelpText());
         return AllWell;
     }
     if (arguments == QStringList{u"--version"_s}) {
@@ -244,7 +242,7 @@ int RunCommand(const QStringList& arguments, QTextStream& out)
     try {
         return Run(*command, arguments.mid(1), out);
     } catch (...) {
-        out.flush();
+        out.Flush();
         Tell(guard::TextOf(std::current_exception()));
         return CantWork;
     }

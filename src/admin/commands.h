@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-class QTextStream;
+class TerminalOutput;
 
 /// How the administrator's program ends.
 enum ExitCode : int {
@@ -33,58 +33,58 @@ extern AdminSurroundings Surroundings;
 
 /// Runs the command that the arguments name, the program's own name not among them. What it finds goes to `out`, how
 /// the program is used, faults and progress to standard error. Gives an `ExitCode`.
-int RunCommand(const QStringList& arguments, QTextStream& out);
+int RunCommand(const QStringList& arguments, TerminalOutput& out);
 
 /// The commands.
 
 /// `check`: what the station needs on this machine, one line each, right or wrong with what to do. Reads the setup
 /// itself. Gives an `ExitCode`.
-int CheckStation(QTextStream& out);
+int CheckStation(TerminalOutput& out);
 
 /// Pictures of this machine that wait for the clinic's server, or that it has refused. Each gives an `ExitCode`;
 /// `Found` as long as there are any.
 
 /// Shows them, with whose they are and why.
-int ListPacs(QTextStream& out);
+int ListPacs(TerminalOutput& out);
 /// Sends what dead stations of this user have left, also what was refused. What belongs to one that lives stays its
 /// own.
-int RetryPacs(QTextStream& out);
+int RetryPacs(TerminalOutput& out);
 /// Forgets what was refused, in the lists of dead stations. The pictures themselves stay as they are.
-int DropPacs(QTextStream& out);
+int DropPacs(TerminalOutput& out);
 
 /// What waits on this machine: pictures whose rows aren't in, or that aren't in the capture root either. Both give an
 /// `ExitCode`; `Found` as long as something waits.
 
 /// Shows it, with whose it is.
-int ListPending(QTextStream& out);
+int ListPending(TerminalOutput& out);
 /// Files and writes what dead stations of this user have left, as the station's next start would. What belongs to one
 /// that lives stays its own.
-int WritePending(QTextStream& out);
+int WritePending(TerminalOutput& out);
 
 /// The capture root's identity: in its mark, and as the database remembers it. Both give an `ExitCode`; `Found` where
 /// they differ or one is missing.
 
-int ShowRoot(QTextStream& out);
+int ShowRoot(TerminalOutput& out);
 /// The database remembers the present root, in a table that is made for it: every station refuses another from then on.
-int StoreRoot(QTextStream& out);
+int StoreRoot(TerminalOutput& out);
 
 /// Takes over what dead stations of other users have left on this machine, as far as this user may: their pictures,
 /// movies and journals come into this user's folder, and go on from there as his own. Gives an `ExitCode` as
 /// `WritePending` does.
-int TakeOverPending(QTextStream& out);
+int TakeOverPending(TerminalOutput& out);
 
 /// `upgrade-tables`: makes the columns and keys of the station's own tables fit for what the station writes, without
 /// a change to any text: tells first what it is about to do and what it won't, asks, and compares all texts afterwards.
 /// The options are `--yes`, which goes on without the question, `--utf8mb4`, `--bytes=SET`, `--user=NAME` and
 /// `--password-file=FILE`. Gives an `ExitCode`; `Found` where something was refused or has been left as it is.
-int UpgradeTables(const QStringList& options, QTextStream& out);
+int UpgradeTables(const QStringList& options, TerminalOutput& out);
 
 /// `verify [YEAR]`: the archive against the tables, of one year or of all. Tells of rows without a file, files without
 /// a row, pictures that can't be read, movies without an index, and what processes have left; changes nothing. With
 /// `decodes` each picture is decoded, else its content is read and looked at from both ends. Gives an `ExitCode`.
-int VerifyArchive(const QString& year, bool decodes, QTextStream& out);
+int VerifyArchive(const QString& year, bool decodes, TerminalOutput& out);
 
 /// `first-setup`: groups of the station's users, capture root, tables, account and setup file of a machine that has
 /// none of them yet. Asks before each, and tells what it has done; what is there stays as it is. Throws PlatformError
 /// for anybody but root. Gives an `ExitCode`.
-int SetUpFirst(QTextStream& out);
+int SetUpFirst(TerminalOutput& out);

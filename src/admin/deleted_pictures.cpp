@@ -5,12 +5,12 @@
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
 #include "frame/services.h"
+#include "frame/terminal.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 
 #include <QRegularExpression>
-#include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
@@ -93,7 +93,7 @@ QList<DeletedPicture> DeletedPictures(const QString& chart, const QString& ymd)
     return found;
 }
 
-int ListDeleted(const QStringList& arguments, QTextStream& out)
+int ListDeleted(const QStringList& arguments, TerminalOutput& out)
 {
     const QList<DeletedPicture> pictures = DeletedPictures(arguments.value(0), arguments.value(1));
     for (const DeletedPicture& picture : pictures) {

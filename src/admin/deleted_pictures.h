@@ -5,7 +5,7 @@
 #include <QDateTime>
 #include <QList>
 
-class QTextStream;
+class TerminalOutput;
 
 /// A picture in a Log folder, by its name.
 struct DeletedPicture
@@ -30,6 +30,6 @@ QStringList ArchiveYears();
 QStringList ArchiveSections(const QString& yearFolder);
 
 /// `list-deleted [CHART [DATE]]`. Gives an `ExitCode`.
-int ListDeleted(const QStringList& arguments, QTextStream& out);
+int ListDeleted(const QStringList& arguments, TerminalOutput& out);
 /// `restore CHART DATE SECTION NUMBER [FILE]`. Gives an `ExitCode`.
-int RestorePicture(const QStringList& arguments, QTextStream& out);
+int RestorePicture(const QStringList& arguments, TerminalOutput& out);

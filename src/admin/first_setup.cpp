@@ -2,10 +2,10 @@
 #include "contracts/MachineSetup.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/terminal.h"
 #include "text/text_routines.h"
 
 #include <QRandomGenerator>
-#include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
@@ -37,7 +37,7 @@ QString OneLine(const QString& text)
 class FirstSetup
 {
 public:
-    FirstSetup(MachineSetup& machine, QTextStream& out) : m_machine(machine), m_out(out) {}
+    FirstSetup(MachineSetup& machine, TerminalOutput& out) : m_machine(machine), m_out(out) {}
 
     int Run()
     {
@@ -46,7 +46,7 @@ public:
         Folder();
         Database();
         Setup();
-        m_out << (m_faults == 0 ? u"\n마쳤습니다. "_s : u"\n하지 못한 일이 %1건 있습니다. "_s.arg(m_faults))
+        m_out << u'\n' << (m_faults == 0 ? u"마쳤습니다. "_s : u"하지 못한 일이 %1건 있습니다. "_s.arg(m_faults))
               << u"스테이션을 쓸 사용자로 다시 로그인하여 capture-station-admin check를 실행하십시오.\n"_s;
         return m_faults == 0 ? AllWell : Found;
     }
@@ -55,7 +55,7 @@ private:
     QString Ask(const QString& question, const QString& usual)
     {
         m_out << u'\n' << question << u" ["_s << usual << u"]: "_s;
-        m_out.flush();
+        m_out.Flush();
         const std::optional<QString> answer = Surroundings.readLine ? Surroundings.readLine() : std::nullopt;
         if (!answer)
             throw PlatformError(u"대답이 없어 그만둡니다. 그때까지 한 일은 그대로 있습니다."_s);
@@ -162,7 +162,7 @@ private:
     }
 
     MachineSetup& m_machine;
-    QTextStream& m_out;
+    TerminalOutput& m_out;
     QString m_root;
     QString m_database;
     QString m_host; ///< Empty for this machine's own server.
@@ -172,7 +172,7 @@ private:
 
 } // namespace
 
-int SetUpFirst(QTextStream& out)
+int SetUpFirst(TerminalOutput& out)
 {
     auto& machine = UseService<MachineSetup>();
     if (!machine.MayChange())

@@ -1,4 +1,5 @@
 #include "admin/commands.h"
+#include "frame/terminal.h"
 #include "platform/dicom/register_dicom.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
@@ -12,7 +13,6 @@
 #include "session/VisitContext.h"
 
 #include <QCoreApplication>
-#include <QTextStream>
 
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +21,8 @@ int main(int argc, char* argv[])
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
+    qInstallMessageHandler(
+        [](QtMsgType /*type*/, const QMessageLogContext& /*context*/, const QString& text) { TellOnError(text); });
 
     RegisterFiles();
     RegisterTerminal();
@@ -43,7 +45,7 @@ int main(int argc, char* argv[])
 
     int result = 0;
     {
-        QTextStream out(stdout);
+        TerminalOutput out(stdout);
         result = RunCommand(QCoreApplication::arguments().mid(1), out);
     }
     Connection.reset();

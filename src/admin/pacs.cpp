@@ -5,11 +5,10 @@
 #include "contracts/files.h"
 #include "filing/capture_folders.h"
 #include "frame/components.h"
+#include "frame/terminal.h"
 #include "pacs/PacsSending.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
-
-#include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
@@ -24,7 +23,7 @@ QString PictureText(const Visit& visit, int number)
 }
 
 /// Gives how many lines.
-int ShowFolder(const QString& folder, QTextStream& out)
+int ShowFolder(const QString& folder, TerminalOutput& out)
 {
     int lines = 0;
     for (const PacsQueue::List& list : PacsQueue::ListsIn(folder)) {
@@ -45,7 +44,7 @@ int ShowFolder(const QString& folder, QTextStream& out)
 }
 
 /// Tells of the lists that living stations hold; false when there is none.
-bool TellHeld(QTextStream& out)
+bool TellHeld(TerminalOutput& out)
 {
     bool isAnyHeld = false;
     for (const PacsQueue::List& list : PacsQueue::ListsIn(LocalFolder())) {
@@ -58,7 +57,7 @@ bool TellHeld(QTextStream& out)
     return isAnyHeld;
 }
 
-bool IsEquipped(QTextStream& out)
+bool IsEquipped(TerminalOutput& out)
 {
     if (!ClientSetup.Pacs.Host.isEmpty())
         return true;
@@ -68,7 +67,7 @@ bool IsEquipped(QTextStream& out)
 
 } // namespace
 
-int ListPacs(QTextStream& out)
+int ListPacs(TerminalOutput& out)
 {
     const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
     if (lines == 0)
@@ -76,7 +75,7 @@ int ListPacs(QTextStream& out)
     return lines == 0 ? AllWell : Found;
 }
 
-int RetryPacs(QTextStream& out)
+int RetryPacs(TerminalOutput& out)
 {
     if (!IsEquipped(out))
         return CantWork;
@@ -97,7 +96,7 @@ int RetryPacs(QTextStream& out)
     return left > 0 || isAnyHeld ? Found : AllWell;
 }
 
-int DropPacs(QTextStream& out)
+int DropPacs(TerminalOutput& out)
 {
     if (!IsEquipped(out))
         return CantWork;

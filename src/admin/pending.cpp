@@ -10,11 +10,10 @@
 #include "filing/StillFiling.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "frame/terminal.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
-
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -25,7 +24,7 @@ namespace {
 /// A database or a share that has brought nothing on for so long is left alone.
 constexpr int PatienceMs = 15'000;
 
-void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, QTextStream& out)
+void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, TerminalOutput& out)
 {
     const Visit& visit = picture.visit;
     const bool isLocal = picture.number == 0;
@@ -45,7 +44,7 @@ void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& jour
 }
 
 /// What waits in a program's folder; gives how many lines.
-int ShowFolder(const QString& folder, QTextStream& out)
+int ShowFolder(const QString& folder, TerminalOutput& out)
 {
     int lines = 0;
     QStringList listed;
@@ -88,7 +87,7 @@ int ShowFolder(const QString& folder, QTextStream& out)
 
 /// Tells of the journals that living stations hold; false when there is none. A station that has ended but for its
 /// process holds none any more.
-bool TellHeld(QTextStream& out)
+bool TellHeld(TerminalOutput& out)
 {
     bool isAnyHeld = false;
     for (const PictureJournal::Found& journal : PictureJournal::In(LocalFolder())) {
@@ -116,7 +115,7 @@ void AwaitFiling(const StillFiling& filing, const MovieFiling& movies, const boo
 
 } // namespace
 
-int ListPending(QTextStream& out)
+int ListPending(TerminalOutput& out)
 {
     const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
     if (lines == 0)
@@ -124,7 +123,7 @@ int ListPending(QTextStream& out)
     return lines == 0 ? AllWell : Found;
 }
 
-int WritePending(QTextStream& out)
+int WritePending(TerminalOutput& out)
 {
     // The sections of this year are looked into, as by a start for a visit of today.
     const QString year = YearFolder(ClientSetup.CaptureRoot, TextFromDate(UseService<Desktop>().Today()));

@@ -7,6 +7,7 @@
 #include "filing/NumberClaim.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "frame/terminal.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
 #include "session/VisitContext.h"
@@ -14,11 +15,9 @@
 #include "text/text_routines.h"
 
 #include <QScopeGuard>
-#include <QTextStream>
 #include <QUuid>
 
 #include <algorithm>
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -26,11 +25,6 @@ namespace {
 
 /// What a visit's grid takes: with more the capture screen takes no further still.
 constexpr int PicturesOfGrid = 50;
-
-void Warn(const QString& text)
-{
-    std::fprintf(stderr, "%s\n", qUtf8Printable(text));
-}
 
 /// The one that is meant; nothing, with the reason told, when there is none or more than one.
 std::optional<DeletedPicture> Choose(const QStringList& arguments, const QList<DeletedPicture>& ofVisit)
@@ -43,12 +37,12 @@ std::optional<DeletedPicture> Choose(const QStringList& arguments, const QList<D
     if (meant.size() == 1)
         return meant.first();
     if (meant.isEmpty()) {
-        Warn(u"삭제된 그림 가운데 그런 것이 없습니다.!! list-deleted로 확인하세요."_s);
+        TellOnError(u"삭제된 그림 가운데 그런 것이 없습니다.!! list-deleted로 확인하세요."_s);
         return std::nullopt;
     }
-    Warn(u"같은 번호의 삭제된 그림이 여럿입니다. 파일 이름을 끝에 적어 하나를 고르세요.!!"_s);
+    TellOnError(u"같은 번호의 삭제된 그림이 여럿입니다. 파일 이름을 끝에 적어 하나를 고르세요.!!"_s);
     for (const DeletedPicture& picture : meant)
-        Warn(u"  "_s + picture.name);
+        TellOnError(u"  "_s + picture.name);
     return std::nullopt;
 }
 
@@ -69,14 +63,14 @@ bool IsReadable(const DeletedPicture& picture)
 {
     const QImage image = Pictures().Load(picture.Path());
     if (image.isNull()) {
-        Warn(
+        TellOnError(
             u"그림을 읽을 수 없어 되살리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(picture.Path())));
         return false;
     }
     if (!CutFileName(image).isEmpty())
-        Warn(u"끝이 잘린 그림입니다. 있는 데까지 되살립니다.!!"_s);
+        TellOnError(u"끝이 잘린 그림입니다. 있는 데까지 되살립니다.!!"_s);
     if (picture.visit.imageExt != VisitContext.ImageExt)
-        Warn(u"설정의 확장자는 %1입니다. 이 그림은 설정을 바꾸기 전에는 화면에 보이지 않습니다.!!"_s.arg(
+        TellOnError(u"설정의 확장자는 %1입니다. 이 그림은 설정을 바꾸기 전에는 화면에 보이지 않습니다.!!"_s.arg(
             VisitContext.ImageExt));
     return true;
 }
@@ -109,7 +103,7 @@ void Place(const DeletedPicture& picture, const Visit& visit, int number)
         try {
             DeleteFile(live);
         } catch (const PlatformError& error) {
-            Warn(u"되살리던 파일을 지우지 못했습니다.!! (%1: %2)"_s.arg(NativePath(live), error.Text()));
+            TellOnError(u"되살리던 파일을 지우지 못했습니다.!! (%1: %2)"_s.arg(NativePath(live), error.Text()));
         }
     });
     try {
@@ -118,21 +112,21 @@ void Place(const DeletedPicture& picture, const Visit& visit, int number)
             throw PlatformError(u"그 번호의 그림이 방금 생겼습니다. 다시 실행하세요.!! (%1)"_s.arg(NativePath(live)));
         }
     } catch (const StoredWithFault& error) {
-        Warn(error.Text());
+        TellOnError(error.Text());
     }
     if (Files().ReadArchivedFile(live) != content)
         throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(live)));
     try {
         AddCaptureRows(visit, number);
     } catch (const DatabaseAway&) {
-        Warn(u"데이터베이스가 대답하지 않아 되돌립니다. %1번의 기록이 남았는지 verify로 확인하세요.!!"_s.arg(
+        TellOnError(u"데이터베이스가 대답하지 않아 되돌립니다. %1번의 기록이 남았는지 verify로 확인하세요.!!"_s.arg(
             NumberText(number)));
         throw;
     }
     undo.dismiss();
 }
 
-void Tell(const DeletedPicture& picture, const Visit& visit, int number, QTextStream& out)
+void Tell(const DeletedPicture& picture, const Visit& visit, int number, TerminalOutput& out)
 {
     out << u"되살렸습니다: %1 %2 %3 %4번 (%5)\n"_s.arg(visit.chart, visit.ymd, visit.etc, NumberText(number),
                                                        NativePath(visit.PicturePath(number)));
@@ -149,7 +143,7 @@ void Tell(const DeletedPicture& picture, const Visit& visit, int number, QTextSt
 
 } // namespace
 
-int RestorePicture(const QStringList& arguments, QTextStream& out)
+int RestorePicture(const QStringList& arguments, TerminalOutput& out)
 {
     const QString& section = arguments[2];
     QList<DeletedPicture> ofVisit = DeletedPictures(arguments[0], arguments[1]);
@@ -168,7 +162,7 @@ int RestorePicture(const QStringList& arguments, QTextStream& out)
     try {
         DeleteFile(picture->Path());
     } catch (const PlatformError& error) {
-        Warn(u"되살렸으나 Log 폴더의 파일이 남았습니다. 다시 되살리지 마세요.!! (%1)"_s.arg(error.Text()));
+        TellOnError(u"되살렸으나 Log 폴더의 파일이 남았습니다. 다시 되살리지 마세요.!! (%1)"_s.arg(error.Text()));
     }
     Tell(*picture, visit, number, out);
     return AllWell;

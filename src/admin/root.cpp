@@ -3,13 +3,12 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"
+#include "frame/terminal.h"
 #include "session/VisitContext.h"
-
-#include <QTextStream>
 
 using namespace Qt::StringLiterals;
 
-int ShowRoot(QTextStream& out)
+int ShowRoot(TerminalOutput& out)
 {
     const QString mark = capture_root::MarkOf(ClientSetup.CaptureRoot);
     const QString stored = capture_root::StoredMark();
@@ -21,7 +20,7 @@ int ShowRoot(QTextStream& out)
     return !mark.isEmpty() && (stored.isEmpty() || stored == mark) ? AllWell : Found;
 }
 
-int StoreRoot(QTextStream& out)
+int StoreRoot(TerminalOutput& out)
 {
     const QString mark = capture_root::MarkOf(ClientSetup.CaptureRoot);
     if (mark.isEmpty())

@@ -9,8 +9,7 @@
 #include "filing/StillFiles.h"
 #include "frame/components.h"
 #include "frame/services.h"
-
-#include <QTextStream>
+#include "frame/terminal.h"
 
 using namespace Qt::StringLiterals;
 
@@ -55,7 +54,7 @@ void TakeOver(const PictureJournal::Found& journal, const QString& folder)
 
 } // namespace
 
-int TakeOverPending(QTextStream& out)
+int TakeOverPending(TerminalOutput& out)
 {
     for (const QString& other : Surroundings.foldersOfOthers()) {
         const QString folder = other + u'\\';

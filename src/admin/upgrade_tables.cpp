@@ -3,9 +3,8 @@
 #include "contracts/OutsideChecks.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
+#include "frame/terminal.h"
 #include "records/Statement.h"
-
-#include <QTextStream>
 
 #include <algorithm>
 
@@ -45,7 +44,7 @@ QString SizeOf(const QString& table)
     return u"%1, 약 %2줄, %3MB"_s.arg(FieldText(*rows, 0), FieldText(*rows, 1), FieldText(*rows, 2));
 }
 
-void Tell(const TableUpgrade& upgrade, QTextStream& out)
+void Tell(const TableUpgrade& upgrade, TerminalOutput& out)
 {
     for (const QString& refusal : upgrade.Refusals())
         out << u"[거절] 테이블 %1: %2\n"_s.arg(upgrade.Table(), refusal);
@@ -74,7 +73,7 @@ public:
 };
 
 /// Throws PlatformError; each of the statements does all of its work, or nothing.
-bool Carry(const TableUpgrade& told, const UpgradeWishes& wishes, QTextStream& out)
+bool Carry(const TableUpgrade& told, const UpgradeWishes& wishes, TerminalOutput& out)
 {
     const TableLock lock(told.Table());
     // What has been written since the question counts as well.
@@ -93,11 +92,11 @@ bool Carry(const TableUpgrade& told, const UpgradeWishes& wishes, QTextStream& o
     else
         out << u"[이상] 테이블 %1: 고친 다음의 글이 앞과 다릅니다. 스테이션을 쓰지 말고 백업에서 되돌리십시오.!!\n"_s
                    .arg(told.Table());
-    out.flush();
+    out.Flush();
     return isSame;
 }
 
-bool CarryAll(const QList<TableUpgrade>& upgrades, const UpgradeWishes& wishes, QTextStream& out)
+bool CarryAll(const QList<TableUpgrade>& upgrades, const UpgradeWishes& wishes, TerminalOutput& out)
 {
     bool isDone = true;
     for (const TableUpgrade& upgrade : upgrades) {
@@ -119,7 +118,7 @@ bool CarryAll(const QList<TableUpgrade>& upgrades, const UpgradeWishes& wishes, 
 
 } // namespace
 
-int UpgradeTables(const QStringList& options, QTextStream& out)
+int UpgradeTables(const QStringList& options, TerminalOutput& out)
 {
     const std::optional<QString> bytes = SetNamed(ValueOf(options, u"--bytes="_s));
     if (!bytes) {
@@ -155,12 +154,13 @@ int UpgradeTables(const QStringList& options, QTextStream& out)
         out << (isRefused ? u"아무것도 바꾸지 않았습니다\n"_s : u"고칠 것이 없습니다\n"_s);
         return isRefused ? Found : AllWell;
     }
-    out << u"먼저 백업하십시오: mariadb-dump --single-transaction --default-character-set=utf8mb4 %1 ca cap caso > "
-           "station.sql\n"
-           "고치는 동안 그 테이블은 잠깁니다(100MB에 몇 초에서 몇 분). 스테이션의 기록은 그동안 기다립니다. "
-           "테이블만큼의 "
-           "디스크가 더 있어야 합니다. 진료가 끝난 뒤에 하십시오\n"_s.arg(Connection->DefaultDatabase());
-    out.flush();
+    out.PutLines(
+        u"먼저 백업하십시오: mariadb-dump --single-transaction --default-character-set=utf8mb4 %1 ca cap caso > "
+        "station.sql\n"
+        "고치는 동안 그 테이블은 잠깁니다(100MB에 몇 초에서 몇 분). 스테이션의 기록은 그동안 기다립니다. "
+        "테이블만큼의 "
+        "디스크가 더 있어야 합니다. 진료가 끝난 뒤에 하십시오\n"_s.arg(TerminalText(Connection->DefaultDatabase())));
+    out.Flush();
     const std::optional<bool> answer =
         options.contains(u"--yes"_s) ? std::optional(true) : Surroundings.ask(u"백업하였습니까? 지금 고칠까요?"_s);
     if (!answer.value_or(false)) {

@@ -10,11 +10,11 @@
 #include "filing/NumberClaim.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "frame/terminal.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 
 #include <QRegularExpression>
-#include <QTextStream>
 
 #include <cstdio>
 
@@ -30,7 +30,7 @@ constexpr int SecondsPerHour = 3600;
 class Verification
 {
 public:
-    Verification(bool decodes, QTextStream& out) : m_decodes(decodes), m_out(out) {}
+    Verification(bool decodes, TerminalOutput& out) : m_decodes(decodes), m_out(out) {}
 
     void CheckYear(const QString& year);
     int Conclude();
@@ -49,7 +49,7 @@ private:
     void ShowProgress(const ArchiveYear& year, int done) const;
 
     const bool m_decodes;
-    QTextStream& m_out;
+    TerminalOutput& m_out;
     int m_pictures = 0;
     int m_faults = 0;
 };
@@ -63,8 +63,7 @@ void Verification::Tell(const QString& kind, const QString& path, const QString&
 void Verification::ShowProgress(const ArchiveYear& year, int done) const
 {
     if (Surroundings.showsProgress)
-        std::fprintf(stderr, "\r%s %d / %lld ", qUtf8Printable(year.Year()), done,
-                     static_cast<long long>(year.PictureCount()));
+        TerminalOutput(stderr).Overwrite(u"%1 %2 / %3 "_s.arg(year.Year()).arg(done).arg(year.PictureCount()));
 }
 
 void Verification::CheckYear(const QString& name)
@@ -227,18 +226,18 @@ void Verification::TellLeftover(const QString& path, const QString& what, const 
 int Verification::Conclude()
 {
     if (Surroundings.showsProgress)
-        std::fputs("\n", stderr);
+        TerminalOutput(stderr) << u'\n';
     m_out << u"그림 %1장, 이상 %2건\n"_s.arg(m_pictures).arg(m_faults);
     return m_faults == 0 ? AllWell : Found;
 }
 
 } // namespace
 
-int VerifyArchive(const QString& year, bool decodes, QTextStream& out)
+int VerifyArchive(const QString& year, bool decodes, TerminalOutput& out)
 {
     static const QRegularExpression form(uR"(^\d{4}$)"_s);
     if (!year.isEmpty() && !form.match(year).hasMatch()) {
-        std::fputs("연도는 2026처럼 적습니다.\n", stderr);
+        TellOnError(u"연도는 2026처럼 적습니다."_s);
         return UsedWrongly;
     }
     Verification verification(decodes, out);
@@ -250,7 +249,7 @@ int VerifyArchive(const QString& year, bool decodes, QTextStream& out)
     }
     for (const QString& each : years) {
         verification.CheckYear(each);
-        out.flush();
+        out.Flush();
     }
     return verification.Conclude();
 }

@@ -76,7 +76,7 @@ public:
 
     virtual bool FolderExists(const QString& path) const = 0;
     /// Makes the folder, and those above it that are missing. A new folder takes over the group of the one above, and
-    /// what that one lets its group do. Throws PlatformError.
+    /// what that one lets its group do; others may do no more in it than in that one. Throws PlatformError.
     virtual void MakeFolder(const QString& path) = 0;
     /// The same for a folder whose upper one must be there: a share that is gone gets none on the disk under it.
     virtual void MakeOneFolder(const QString& path) = 0;

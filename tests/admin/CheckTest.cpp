@@ -50,6 +50,7 @@ private Q_SLOTS:
         QVERIFY2(m_server.Run(grants + u"SET GLOBAL max_allowed_packet = DEFAULT, sql_mode = DEFAULT;"_s),
                  qPrintable(m_server.Fault()));
         QVERIFY(QDir(m_folder->path()).mkpath(u"capture/"_s));
+        SetRights(u"capture"_s, 02770);
         WriteSetup({});
     }
 
@@ -57,6 +58,7 @@ private Q_SLOTS:
     {
         const Answer answer = Check(m_folder->path());
         QVERIFY2(answer.Lines().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
+        QCOMPARE(answer.Lines(u"[참고] 캡쳐 폴더"_s), QStringList());
         QVERIFY(answer.text.contains(u"[정상] 시계"_s) && answer.text.contains(u"[정상] 테이블 caso"_s));
         QCOMPARE(
             QDir(m_folder->filePath(u"capture"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
@@ -110,6 +112,7 @@ private Q_SLOTS:
         inSetup("program folder away", u"program folder"_s, u"프로그램 폴더: 파일을 저장할 수 없습니다"_s);
         inSetup("setup open to writers", u"writers"_s, u"고칠 수 있습니다"_s);
         inSetup("secret open to all", u"others"_s, u"모든 사용자가 읽을 수 있습니다"_s);
+        inSetup("pictures open to all", u"open pictures"_s, u"[참고] 캡쳐 폴더: 이 컴퓨터의 모든 사용자가"_s);
     }
 
     void SaysWhatIsWrong()
@@ -120,7 +123,9 @@ private Q_SLOTS:
                      qPrintable(m_clinic->Fault()));
         QString programFolder = m_folder->path();
         if (setup == u"others" || setup == u"writers")
-            QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), setup == u"others" ? 0644 : 0602), 0);
+            SetRights(u"Setup.ini"_s, setup == u"others" ? 0644 : 0602);
+        else if (setup == u"open pictures")
+            SetRights(u"capture"_s, 02775);
         else if (setup == u"program folder")
             programFolder = u"/proc/none"_s;
         else
@@ -202,6 +207,10 @@ private Q_SLOTS:
     }
 
 private:
+    void SetRights(const QString& name, mode_t rights)
+    {
+        QCOMPARE(chmod(QFile::encodeName(m_folder->filePath(name)).constData(), rights), 0);
+    }
     QString Setup() const { return m_folder->filePath(u"Setup.ini"_s); }
 
     /// With one line in the place of the one with its key, or added to [Client].
@@ -233,7 +242,7 @@ private:
         QFile file(Setup());
         QVERIFY(file.open(QFile::WriteOnly) && file.write(lines.join(u'\n').toUtf8()) > 0);
         file.close();
-        QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0600), 0);
+        SetRights(u"Setup.ini"_s, 0600);
     }
 
     /// All rows of ca.

@@ -1,4 +1,5 @@
 #include "frame/journal.h"
+#include "frame/terminal.h"
 #include "platform/journal/StandardErrorJournal.h"
 #include "support/testing.h"
 
@@ -37,6 +38,29 @@ private Q_SLOTS:
         QTEST(journal::Reduced(shown, u"/srv/capture\\"_s), "line");
     }
 
+    void ATerminalGetsNoCommands_data()
+    {
+        Columns<QString, QString>("piece", "shown");
+        QTest::newRow("title and colour")
+            << u"위\x1b]0;x\x07\x1b[31m.jpg\n"_s << u"위\uFFFD]0;x\uFFFD\uFFFD[31m.jpg\n"_s;
+        QTest::newRow("line of its own") << u"x.jpg\r\n[정상] 모두"_s << u"x.jpg [정상] 모두"_s;
+        QTest::newRow("8-bit control") << u"\u009B2J위\u0085\u2028"_s << u"\uFFFD2J위 "_s;
+        QTest::newRow("turned around") << u"\u202Egpj.exe"_s << u"\uFFFDgpj.exe"_s;
+        QTest::newRow("half a character") << QString(QChar(0xD83D)) + u"a"_s << u"\uFFFDa"_s;
+        QTest::newRow("text") << u"  위 내시경 😀 한글\n"_s << u"  위 내시경 😀 한글\n"_s;
+    }
+
+    void ATerminalGetsNoCommands()
+    {
+        QFETCH2(QString, piece, QString, shown);
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
+        TerminalOutput(file.get()) << piece;
+        std::rewind(file.get());
+        QByteArray written(200, 0);
+        written.resize(qsizetype(std::fread(written.data(), 1, size_t(written.size()), file.get())));
+        QCOMPARE(QString::fromUtf8(written), shown);
+    }
+
     void AReaderThatStandsStillHoldsNobodyUp()
     {
         // As RegisterJournal does: a line may still be on its way when the reader goes.
@@ -49,7 +73,7 @@ private Q_SLOTS:
         {
             StandardErrorJournal lines;
             for (int line = 0; line < 5000; ++line)
-                lines.Write(Journal::Warning, QString(200, u'가'));
+                lines.Write(Journal::Warning, u"\x1b"_s + QString(200, u'가'));
             QByteArray read;
             pollfd ready{ends[0], POLLIN, 0};
             while (!read.contains("줄을 적지 못하였습니다") && poll(&ready, 1, 5000) == 1) {
@@ -59,7 +83,7 @@ private Q_SLOTS:
             }
             dup2(before, STDERR_FILENO);
             QVERIFY(read.contains("줄을 적지 못하였습니다"));
-            QVERIFY(read.startsWith("20") && read.contains(" 주의: 가"));
+            QVERIFY(read.startsWith("20") && read.contains(" 주의: \uFFFD가") && !read.contains('\x1b'));
         }
         close(before);
         close(ends[0]);

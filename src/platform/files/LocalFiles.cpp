@@ -265,7 +265,7 @@ qint64 LocalFiles::AgeMs(const QString& path) const
     const QByteArray probe = BesideName(FolderOf(native), ".probe");
     struct stat now = {};
     {
-        const Descriptor handle(probe, O_WRONLY | O_CREAT | O_EXCL);
+        const Descriptor handle(probe, O_WRONLY | O_CREAT | O_EXCL, PrivateMode);
         if (!handle.IsOpen() || fstat(handle.Handle(), &now) != 0)
             ThrowFault(u"파일을 만들 수 없습니다.!!"_s, path, errno);
     }

@@ -30,6 +30,12 @@ bool IsNotOffered(int error)
            error == EMLINK;
 }
 
+/// Rights of something new: those for others only as far as the folder gives them some.
+mode_t WithoutUninvited(mode_t rights, mode_t above)
+{
+    return rights & ~(static_cast<mode_t>(S_IRWXO) & ~above);
+}
+
 } // namespace
 
 posix_files::SystemCalls posix_files::calls = {::link, ::unlink, RenameToNew, ::fsync, ::close};
@@ -86,7 +92,7 @@ void posix_files::ShareFile(int handle, const QByteArray& folder)
     struct stat facts = {};
     if (stat(folder.constData(), &above) != 0 || fstat(handle, &facts) != 0)
         return;
-    const mode_t wanted = (facts.st_mode & 07777) | 0640 | (above.st_mode & S_IWGRP);
+    const mode_t wanted = WithoutUninvited((facts.st_mode & 07777) | 0640 | (above.st_mode & S_IWGRP), above.st_mode);
     if (wanted != (facts.st_mode & 07777)) [[maybe_unused]]
         const int refused = fchmod(handle, wanted);
 }
@@ -99,7 +105,8 @@ void posix_files::ShareFolder(const QByteArray& native)
         return;
     if (above.st_gid != facts.st_gid) [[maybe_unused]]
         const int refused = chown(native.constData(), static_cast<uid_t>(-1), above.st_gid);
-    const mode_t wanted = (facts.st_mode & 07777) | 0750 | (above.st_mode & (S_ISGID | S_IWGRP));
+    const mode_t wanted =
+        WithoutUninvited((facts.st_mode & 07777) | 0750 | (above.st_mode & (S_ISGID | S_IWGRP)), above.st_mode);
     if (wanted != (facts.st_mode & 07777)) [[maybe_unused]]
         const int refused = chmod(native.constData(), wanted);
 }
@@ -138,7 +145,7 @@ posix_files::Placed posix_files::PlaceNew(const QByteArray& partial, const QByte
     // Nothing there asks and renames in one step: a claim of the name keeps the other stations away meanwhile.
     const QByteArray claim =
         FolderOf(target) + '/' + PartialPrefix + "claim-" + target.mid(target.lastIndexOf('/') + 1);
-    const Descriptor held(claim, O_WRONLY | O_CREAT | O_EXCL);
+    const Descriptor held(claim, O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (!held.IsOpen())
         return errno == EEXIST ? Placed::NameTaken : Placed::No;
     struct stat facts = {};

@@ -38,8 +38,9 @@ QByteArray BesideName(const QByteArray& folder, const char* ending);
 /// Mark in a name that `BesideName` has made; empty for any other.
 QString MarkInName(const QString& name);
 /// A new file can be read by the group, and written by it where the folder can; a new folder takes over group, setgid
-/// and the group's right to write from the one above. So stations of several users can share a root. A share that has
-/// no such rights keeps what it gave.
+/// and the group's right to write from the one above. So stations of several users can share a root. Others get no
+/// right that the folder doesn't give them: into a closed root nobody puts an open picture, whatever his umask. A share
+/// that has no such rights, or refuses them, keeps what it gave; what stands already is left as it is.
 void ShareFile(int handle, const QByteArray& folder);
 void ShareFolder(const QByteArray& native);
 /// False, with errno, when the folder's entries can't be made durable; a share that has no such thing passes.

@@ -2,6 +2,7 @@
 
 #include "frame/components.h"
 #include "frame/journal.h"
+#include "frame/terminal.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -35,7 +36,7 @@ QByteArray Formatted(Journal::Severity severity, const QString& line)
     const QDateTime now = QDateTime::currentDateTime();
     return u"%1 capture-station[%2] %3: %4\n"_s.arg(now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODate))
         .arg(QCoreApplication::applicationPid())
-        .arg(Word(severity), line)
+        .arg(Word(severity), TerminalText(line))
         .toUtf8();
 }
 
@@ -50,7 +51,7 @@ void TakeMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QS
     // Its second line may quote what it is about.
     const QString line = journal::Reduced(message, {});
     if (type == QtFatalMsg)
-        std::fprintf(stderr, "capture-station: %s\n", qUtf8Printable(message)); // The program ends behind it.
+        TellOnError(u"capture-station: "_s + message); // The program ends behind it.
     else
         journal::Note(type == QtDebugMsg || type == QtInfoMsg ? Journal::Information : Journal::Warning, line);
 }

@@ -39,7 +39,7 @@ void CheckWriting(const QByteArray& root, CheckLines& lines)
     const int file = open(name.constData(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (file < 0) {
         lines.append({CheckLine::Wrong, Root, u"파일을 만들 수 없습니다 (%1)"_s.arg(posix_files::ErrorText(errno)),
-                      u"이 사용자에게 쓰기 권한을 주십시오 (chgrp 그룹 폴더; chmod 2775 폴더)"_s});
+                      u"이 사용자에게 쓰기 권한을 주십시오 (chgrp 그룹 폴더; chmod 2770 폴더)"_s});
         return;
     }
     const bool isSynced = write(file, "station", 7) == 7 && fsync(file) == 0;
@@ -112,6 +112,9 @@ void CheckSharing(const QByteArray& root, CheckLines& lines)
     if (isShared && (facts.st_mode & S_ISGID) == 0)
         lines.append({CheckLine::Remark, Root, u"그룹이 쓸 수 있으나 setgid가 없습니다"_s,
                       u"여러 사용자가 함께 쓰면 chmod g+s 하십시오"_s});
+    if ((facts.st_mode & S_IRWXO) != 0)
+        lines.append({CheckLine::Remark, Root, u"이 컴퓨터의 모든 사용자가 환자의 그림을 볼 수 있습니다"_s,
+                      u"chmod o= %1 (SMB는 마운트의 dir_mode=02770, file_mode=0660)"_s.arg(QFile::decodeName(root))});
 }
 
 /// The folders of this year: the station makes those that are missing.

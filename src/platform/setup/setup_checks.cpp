@@ -99,6 +99,10 @@ void CheckDatabase(SetupFile& file, OutsideChecks::Setup& setup)
         if (CrossesNetworkInClear(file.database))
             setup.lines.append({CheckLine::Remark, u"데이터베이스 암호화"_s,
                                 u"환자의 자료가 암호화되지 않고 망을 건넙니다"_s, u"[Database] SslCa를 쓰십시오"_s});
+        else if (!IsThisMachine(file.database.host) && !file.database.verifiesServerName)
+            setup.lines.append({CheckLine::Remark, u"데이터베이스 암호화"_s,
+                                u"서버의 이름을 확인하지 않아, 서버를 흉내 내는 컴퓨터를 늦게 알아차립니다"_s,
+                                u"서버의 인증서에 이름을 넣고 SslVerify=1을 쓰십시오"_s});
         CheckClock(*setup.connection, setup.lines);
         CheckPacket(*setup.connection, setup.lines);
     } catch (const PlatformError& error) {

@@ -39,6 +39,7 @@ constexpr int ServerLost = 2013;
 constexpr int EncryptionFailed = 2026;
 constexpr int ServerLostAt = 2055;
 constexpr int IdleDisconnect = 4031;
+constexpr int AuthenticationNotAllowed = 5010;
 
 // A session that is ended undoes its statement first.
 constexpr int GoneTries = 100;
@@ -71,13 +72,25 @@ bool UsesEncryption(const DatabaseSettings& settings)
     return !settings.certificateAuthority.isEmpty() && !IsThisMachine(settings.host);
 }
 
-/// The host as the client library takes it. The toolkit has no option for the check of the server's name; the library
-/// takes options in the place of a host, parted by semicolons.
+/// Ways to prove the password without giving it away, whoever asks. A server may ask for others, such as for the
+/// password itself, and the library would answer in clear; or for one that is locked with a key of the server's, which
+/// anybody can make.
+const QString HarmlessAuthentication = u"mysql_native_password,client_ed25519"_s;
+
+/// The host as the client library takes it. The toolkit has no option for what the library is to refuse before it has
+/// sent anything; the library takes options in the place of a host, parted by semicolons.
 QString HostOption(const DatabaseSettings& settings)
 {
-    if (!UsesEncryption(settings) || !settings.verifiesServerName)
+    if (IsThisMachine(settings.host))
         return settings.host;
-    return u"host=%1;ssl-verify-server-cert=1"_s.arg(settings.host);
+    QStringList options{u"host=%1"_s.arg(settings.host)};
+    const bool isEncrypted = UsesEncryption(settings);
+    if (isEncrypted)
+        options.append(u"ssl-verify-server-cert=%1"_s.arg(settings.verifiesServerName ? 1 : 0));
+    // Only with the check of the name does the library insist on encryption; `ssl-enforce` doesn't make it.
+    if (!isEncrypted || !settings.verifiesServerName)
+        options.append(u"restricted-auth=%1"_s.arg(HarmlessAuthentication));
+    return options.join(u';');
 }
 } // namespace
 
@@ -190,6 +203,8 @@ QString MariaDbEngine::OpeningFault(const QSqlError& error, const DatabaseSettin
         return u"데이터베이스 서버에 연결할 수 없습니다.!!"_s;
     case EncryptionFailed:
         return u"데이터베이스 서버와 암호화하여 연결할 수 없습니다.!!"_s;
+    case AuthenticationNotAllowed:
+        return u"데이터베이스 서버가 암호를 그대로 보내라고 하여 연결하지 않았습니다.!!"_s;
     case ServerNotReady:
         return u"데이터베이스 서버가 클러스터에 들어 있지 않습니다.!!"_s;
     default:
@@ -232,7 +247,8 @@ bool MariaDbEngine::EndSession(const SessionIdentity& old, const SessionIdentity
 
 bool MariaDbEngine::IsProtected(const QSqlDatabase& database, const DatabaseSettings& settings) const
 {
-    // Without the check of the name the library goes on in clear with a server that knows no encryption.
+    // Without the check of the name the library goes on in clear with a server that knows no encryption. No statement
+    // has been sent yet, and of the password no more than the proof of it.
     MYSQL* session = SessionOf(database);
     return !UsesEncryption(settings) || (session != nullptr && mysql_get_ssl_cipher(session) != nullptr);
 }

@@ -21,12 +21,15 @@ struct DatabaseSettings
     QString socket{}; ///< Socket file of a server of this machine; empty means its usual place.
     QString name{};   ///< Name of the database on the server, or the path of the SQLite file.
     QString user{};
+    /// Never crosses a network in clear: over a connection that may be unencrypted, a server that asks for more than a
+    /// proof of it is refused.
     QString password{};
     /// File of PEM certificates that sign the server's own. With it nothing crosses the network in clear; empty means
     /// no encryption. A socket of this machine, which no network carries, goes without.
     QString certificateAuthority{};
     /// The server's certificate has to name the host by which it is called. Without it any certificate of the authority
-    /// will do.
+    /// will do; a server without encryption is refused only after it has had the user's name and the proof of the
+    /// password.
     bool verifiesServerName = true;
     int connectTimeoutSeconds = 5;
     int replyTimeoutSeconds = 20; ///< A statement that is not answered in this time counts as a lost connection.

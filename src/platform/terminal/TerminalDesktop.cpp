@@ -2,26 +2,16 @@
 
 #include "frame/components.h"
 #include "frame/event_loop.h"
+#include "frame/terminal.h"
 #include "frame/waiting.h"
 #include "platform/files/program_folder.h"
 #include "platform/terminal/register_terminal.h"
 
 #include <QCoreApplication>
 
-#include <cstdio>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-void Tell(const QString& text)
-{
-    QString line = text;
-    std::fprintf(stderr, "%s\n", qUtf8Printable(line.replace(u"\r\n"_s, u"\n"_s)));
-}
-
-} // namespace
 
 TerminalDesktop::TerminalDesktop() : m_programFolder(ProgramFolderHere()) {}
 
@@ -34,12 +24,12 @@ const StatePlace& TerminalDesktop::State() const
 
 void TerminalDesktop::ShowInformation(const QString& text, int /*patienceMs*/)
 {
-    Tell(text);
+    TellOnError(text);
 }
 
 bool TerminalDesktop::AskYesNo(const QString& question)
 {
-    Tell(question);
+    TellOnError(question);
     return false;
 }
 
@@ -70,7 +60,7 @@ void RegisterTerminal()
     // Who waits has to know for what: he can only break the program off.
     waiting::setPresenter([](const waiting::Notice& notice) {
         if (notice.mayCancel)
-            Tell(notice.text);
+            TellOnError(notice.text);
     });
 }
 

@@ -151,25 +151,47 @@ private Q_SLOTS:
     }
 
     /// Stations of several users file into one root.
+    void NewFoldersAndFilesAreSharedAsTheRootIs_data()
+    {
+        Columns<mode_t, mode_t, mode_t, mode_t>("root", "mask", "folder", "file");
+        QTest::newRow("closed root, mask of a server") << mode_t(02770) << mode_t(077) << mode_t(02770) << mode_t(0660);
+        QTest::newRow("closed root, mask of a desktop") << mode_t(02770) << mode_t(02) << mode_t(02770) << mode_t(0660);
+        QTest::newRow("root of one user") << mode_t(0700) << mode_t(022) << mode_t(0750) << mode_t(0640);
+        QTest::newRow("open root") << mode_t(02775) << mode_t(022) << mode_t(02775) << mode_t(0664);
+        QTest::newRow("root that others may pass") << mode_t(02771) << mode_t(022) << mode_t(02771) << mode_t(0660);
+    }
+
     void NewFoldersAndFilesAreSharedAsTheRootIs()
     {
-        const QByteArray root = QFile::encodeName(m_folder->path());
-        QCOMPARE(chown(root.constData(), uid_t(-1), 4), geteuid() == 0 ? 0 : -1);
-        QCOMPARE(chmod(root.constData(), 02770), 0);
-        const mode_t before = umask(077);
-        m_files.MakeFolder(Path(u"2026\\위내시경\\"_s));
-        m_files.WriteWholeFile(Path(u"2026\\위내시경\\a"_s), "x");
-        m_files.WritePrivateFile(Path(u"2026\\위내시경\\b"_s), "x");
-        umask(before);
+        QFETCH2(mode_t, root, mode_t, mask);
+        const QByteArray native = QFile::encodeName(m_folder->path());
+        QCOMPARE(chown(native.constData(), uid_t(-1), 4), geteuid() == 0 ? 0 : -1);
         const auto facts = [&](const QString& name) {
             struct stat found = {};
             stat(QFile::encodeName(m_folder->filePath(name)).constData(), &found);
             return found;
         };
-        QCOMPARE(facts(u"2026/위내시경"_s).st_mode & 07777, mode_t(02770));
-        QCOMPARE(facts(u"2026/위내시경"_s).st_gid, facts(u"."_s).st_gid);
-        QCOMPARE(facts(u"2026/위내시경/a"_s).st_mode & 0777, mode_t(0660));
-        QCOMPARE(facts(u"2026/위내시경/b"_s).st_mode & 0777, mode_t(0600));
+        // What stands stays, however open it is.
+        m_files.WritePrivateFile(Path(u"old"_s), "x");
+        QCOMPARE(chmod(QFile::encodeName(m_folder->filePath(u"old"_s)).constData(), 0644), 0);
+        QCOMPARE(chmod(native.constData(), root), 0);
+        const mode_t before = umask(mask);
+        m_files.MakeFolder(Path(u"2026\\위내시경\\"_s));
+        const QString inside = u"2026\\위내시경\\"_s;
+        m_files.WriteWholeFile(Path(inside + u"mark"_s), "x");
+        m_files.WriteNewFile(Path(inside + u"still"_s), "x");
+        m_files.CreateExclusively(Path(inside + u"claim"_s), "x");
+        m_files.WritePrivateFile(Path(inside + u"secret"_s), "x");
+        m_files.CopyToNewFile(Path(inside + u"secret"_s), Path(inside + u"movie"_s), {});
+        umask(before);
+        for (const QString& folder : {u"2026"_s, u"2026/위내시경"_s}) {
+            QTEST(mode_t(facts(folder).st_mode & 07777), "folder");
+            QCOMPARE(facts(folder).st_gid, facts(u"."_s).st_gid);
+        }
+        for (const QString& file : {u"mark"_s, u"still"_s, u"claim"_s, u"movie"_s})
+            QTEST(mode_t(facts(u"2026/위내시경/"_s + file).st_mode & 0777), "file");
+        QCOMPARE(facts(u"2026/위내시경/secret"_s).st_mode & 0777, mode_t(0600));
+        QCOMPARE(facts(u"old"_s).st_mode & 0777, mode_t(0644));
     }
 
     void PartsThatLeaveTheirFolder_data()

@@ -3,6 +3,7 @@
 #include "frame/components.h"
 #include "platform/sql/register_sql.h"
 #include "support/ClinicDatabase.h"
+#include "support/PryingServer.h"
 #include "support/ScriptedDesktop.h"
 #include "support/testing.h"
 
@@ -330,6 +331,43 @@ private Q_SLOTS:
         m_connection = OpenConnection(settings);
         const auto rows = m_connection->Execute(u"SHOW STATUS LIKE 'Ssl_cipher'"_s);
         QVERIFY(!rows->Fields(u"value"_s).toString().isEmpty());
+    }
+
+    void givesNoPasswordAway_data()
+    {
+        Columns<QString, QString, QString, bool>("driver", "authority", "method", "verifiesName");
+        for (const QString& method : {u"mysql_clear_password"_s, u"sha256_password"_s}) {
+            QTest::addRow("%s, no authority", qPrintable(method)) << u"QMARIADB"_s << QString() << method << true;
+            for (const bool verifies : {false, true})
+                QTest::addRow("%s, name checked: %d", qPrintable(method), int(verifies))
+                    << u"QMARIADB"_s << u"/etc/ssl/certs/ca-certificates.crt"_s << method << verifies;
+        }
+    }
+
+    void givesNoPasswordAway()
+    {
+        QFETCH3(QString, authority, QString, method, bool, verifiesName);
+        PryingServer server(method.toLatin1());
+        PryingServer next(method.toLatin1());
+        const QString hosts = u"127.0.0.1:%1, 127.0.0.1:%2"_s.arg(server.Port()).arg(next.Port());
+        const QString fault = OpeningFaultOf({.driver = u"QMARIADB"_s,
+                                              .host = hosts,
+                                              .name = u"clinic"_s,
+                                              .user = u"station"_s,
+                                              .password = u"열려라 참깨"_s,
+                                              .certificateAuthority = authority,
+                                              .verifiesServerName = verifiesName,
+                                              .replyTimeoutSeconds = 2});
+        for (PryingServer* each : {&server, &next}) {
+            const QByteArray heard = each->Heard();
+            QVERIFY2(!heard.contains("참깨"), heard.toHex(' ').constData());
+            // Where the name is checked, not even who is asking.
+            QCOMPARE(heard.contains("station"), authority.isEmpty() || !verifiesName);
+        }
+        const bool isRefusedFirst = !authority.isEmpty() && verifiesName;
+        QVERIFY2(fault.startsWith(isRefusedFirst ? u"데이터베이스 서버와 암호화하여"_s
+                                                 : u"데이터베이스 서버가 암호를 그대로"_s),
+                 qPrintable(fault));
     }
 
     void repeatsOnlyWhatHelps_data()
