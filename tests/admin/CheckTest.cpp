@@ -1,4 +1,5 @@
 #include "contracts/OutsideChecks.h"
+#include "contracts/PlatformError.h"
 #include "support/ClinicDatabase.h"
 #include "support/testing.h"
 
@@ -36,17 +37,25 @@ class CheckTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY2(m_server.Start(), qPrintable(m_server.Fault())); }
+    void initTestCase()
+    {
+        QVERIFY2(m_server.Start(), qPrintable(m_server.Fault()));
+        QFile file(QStringLiteral(STATION_SOURCE_FOLDER "/sql/mariadb/grants.sql"));
+        QVERIFY(file.open(QFile::ReadOnly));
+        m_grants = QString::fromUtf8(file.readAll());
+        // Whoever sets no password gets no account.
+        QVERIFY(!m_server.Run(m_grants));
+        QVERIFY(!m_server.Run(u"SHOW GRANTS FOR 'station'@'%'"_s));
+        m_grants.replace(u"PASSWORD_OF_THE_STATION"_s, u"'%1'"_s.arg(Password));
+    }
 
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
         QVERIFY2(m_clinic->Make({u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s, u"clinic"_s}), qPrintable(m_clinic->Fault()));
-        QFile file(QStringLiteral(STATION_SOURCE_FOLDER "/sql/mariadb/grants.sql"));
-        QVERIFY(file.open(QFile::ReadOnly));
-        QString grants = QString::fromUtf8(file.readAll());
-        grants.replace(u"clinic."_s, m_clinic->Settings().name + u'.');
+        QString grants = m_grants;
+        grants.replace(u"`clinic`"_s, m_clinic->Settings().name);
         QVERIFY2(m_server.Run(grants), qPrintable(m_server.Fault()));
         QVERIFY(QDir(m_folder->path()).mkpath(u"capture/"_s));
         SetRights(u"capture"_s, 02770);
@@ -115,6 +124,43 @@ private Q_SLOTS:
         QVERIFY2(found.first().contains(u" → "_s), qPrintable(found.first()));
     }
 
+    void TheAccountMayDoWhatTheStationDoesAlone_data()
+    {
+        Columns<QString, bool>("statement", "isAllowed");
+        const auto row = [](const QString& statement, bool isAllowed) {
+            QTest::addRow("%s", qPrintable(statement.left(60))) << statement << isAllowed;
+        };
+        row(u"SELECT COUNT(*) FROM ca, cap, caso, yk, wj, bh, jh, pt, doctor, so"_s, true);
+        row(u"REPLACE INTO cap SELECT * FROM cap"_s, true);
+        row(u"UPDATE yk SET yk_check = '1' WHERE yk_chart = '1'"_s, true);
+        row(u"CREATE TABLE IF NOT EXISTS endo (endo_check VARCHAR(1))"_s, true); // it is missing
+        row(u"CREATE TABLE own (x INT)"_s, false);
+        row(u"SELECT * FROM salary"_s, false);
+        row(u"UPDATE wj SET wj_suname = ''"_s, false);
+        row(u"INSERT INTO so (so_code) VALUES ('1')"_s, false);
+        row(u"DELETE FROM yk"_s, false);
+        row(u"DROP TABLE cap"_s, false);
+        row(u"ALTER TABLE ca ADD COLUMN x INT"_s, false);
+        row(u"SELECT * FROM mysql.global_priv"_s, false);
+        row(u"SELECT 1 INTO OUTFILE '/tmp/station'"_s, false);
+    }
+
+    void TheAccountMayDoWhatTheStationDoesAlone()
+    {
+        QFETCH2(QString, statement, bool, isAllowed);
+        QVERIFY(m_clinic->Run(u"DROP TABLE endo; CREATE TABLE salary (x INT);"_s));
+        DatabaseSettings settings = m_clinic->Settings();
+        settings.user = u"station"_s;
+        settings.password = Password;
+        QString fault;
+        try {
+            OpenConnection(settings)->Execute(statement);
+        } catch (const PlatformError& error) {
+            fault = error.Text();
+        }
+        QVERIFY2(isAllowed ? fault.isEmpty() : fault.contains(u"denied"_s), qPrintable(fault));
+    }
+
 private:
     void SetRights(const QString& name, mode_t rights)
     {
@@ -130,7 +176,7 @@ private:
                           u"Socket=%1"_s.arg(m_server.Socket()),
                           u"Name=%1"_s.arg(m_clinic->Settings().name),
                           u"User=station"_s,
-                          u"Password=password"_s,
+                          u"Password=%1"_s.arg(Password),
                           u"[Client]"_s,
                           u"CaptureRoot=capture/"_s,
                           u"EtcList=위내시경,대장내시경"_s,
@@ -167,7 +213,10 @@ private:
         return {QString::fromUtf8(program.readAllStandardOutput()), program.exitCode()};
     }
 
+    const QString Password = u"9b1c57"_s;
+
     PrivateMariaDb m_server;
+    QString m_grants;
     std::unique_ptr<ClinicDatabase> m_clinic;
     std::unique_ptr<QTemporaryDir> m_folder;
 };
