@@ -1,5 +1,5 @@
--- caproot: the identity of the clinic's capture root, in one row. Made by capture-station-admin; without it each station
--- remembers the root for itself.
+-- caproot: the identity of the clinic's capture root, in one row, written by capture-station-admin; without it each
+-- station remembers the root for itself.
 CREATE TABLE IF NOT EXISTS caproot (
     caproot_no TINYINT     NOT NULL,            -- always 1
     caproot_id VARCHAR(40) NOT NULL DEFAULT '', -- what the root's mark holds

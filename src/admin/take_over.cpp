@@ -4,18 +4,23 @@
 #include "contracts/LocalDatabase.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
+#include "filing/journal_rows.h"
 #include "filing/MovieFiling.h"
 #include "filing/PictureJournal.h"
 #include "filing/StillFiles.h"
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "session/VisitContext.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 const QString JournalEnding = u".journal"_s;
+const QString LogEnding = u"-wal"_s;
+/// No picture and no movie is longer: what is, is none.
+constexpr qint64 LargestFileBytes = 4LL * 1024 * 1024 * 1024;
 
 /// What lies beside a journal and belongs to it.
 QStringList FilesOf(const PictureJournal::Found& journal, const QString& folder)
@@ -28,6 +33,56 @@ QStringList FilesOf(const PictureJournal::Found& journal, const QString& folder)
     return names;
 }
 
+bool IsInRoot(const QString& path)
+{
+    const QString native = NativePath(path);
+    return native.startsWith(NativePath(ClientSetup.CaptureRoot)) && !native.split(u'/').contains(u".."_s);
+}
+
+bool IsOfRoot(const Visit& visit)
+{
+    return IsInRoot(visit.captureDir) && IsPathPart(visit.etc);
+}
+
+/// Whoever takes a journal over does what stands in it with his own rights: files outside the capture root are no
+/// business of a station.
+void CheckContent(const QString& path)
+{
+    const auto database = UseService<LocalDatabases>().OpenToRead(path);
+    database->Run(journal_rows::Tables());
+    bool isOurs = true;
+    for (const PictureRecord& picture : journal_rows::Pictures(*database))
+        isOurs &= IsOfRoot(picture.visit) && IsPathPart(picture.id);
+    for (const PictureJournal::Folder& folder : journal_rows::Folders(*database))
+        isOurs &= IsInRoot(folder.captureDir) && IsPathPart(folder.etc);
+    for (const DeletionJob& job : journal_rows::Deletions(*database))
+        isOurs &= IsOfRoot(job.visit);
+    for (const MovieJob& job : journal_rows::Movies(*database)) {
+        isOurs &= IsInRoot(job.visit.captureDir) && IsPathPart(job.id);
+        for (const MovieJob::File& file : job.earlier + job.brought)
+            isOurs &= IsInRoot(file.path) && (file.local.isEmpty() || IsPathPart(file.local));
+    }
+    if (!isOurs)
+        throw PlatformError(u"캡쳐 폴더 밖의 파일이 적힌 목록이어서 이어받지 않습니다.!! (%1)"_s.arg(NativePath(path)));
+}
+
+/// Copies into this user's folder. False when it is there already, from a time that was cut off.
+bool CopyHere(const QString& folder, const QString& name)
+{
+    const auto isSmallEnough = [](qint64 /*done*/, qint64 total) { return total <= LargestFileBytes; };
+    switch (Files().CopyToNewFile(folder + name, LocalFolder() + name, isSmallEnough)) {
+    case CopyOutcome::Copied:
+        return true;
+    case CopyOutcome::NameTaken:
+        if (Files().SameContent(folder + name, LocalFolder() + name))
+            return false;
+        throw PlatformError(u"같은 이름의 다른 파일이 이미 있습니다.!! (%1)"_s.arg(NativePath(LocalFolder() + name)));
+    case CopyOutcome::Stopped:
+        break;
+    }
+    throw PlatformError(u"그림이나 동영상이라기에는 너무 큰 파일입니다.!! (%1)"_s.arg(NativePath(folder + name)));
+}
+
 /// The pictures first: a journal names those that lie beside it. One that was cut off is taken over again.
 void TakeOver(const PictureJournal::Found& journal, const QString& folder)
 {
@@ -37,14 +92,19 @@ void TakeOver(const PictureJournal::Found& journal, const QString& folder)
     if (lock == nullptr)
         throw PlatformError(u"실행 중인 스테이션의 것입니다.!! (%1)"_s.arg(NativePath(journal.path)));
     const QStringList beside = FilesOf(journal, folder);
-    const auto copy = [&](const QString& each) {
-        if (FileExists(folder + each))
-            Files().CopyToNewFile(folder + each, LocalFolder() + each, {});
-    };
-    for (const QString& each : beside)
-        copy(each);
-    copy(name + u"-wal"_s);
-    copy(name);
+    QStringList copied;
+    try {
+        for (const QString& each : beside + QStringList{name + LogEnding, name}) {
+            if (Files().KindOf(folder + each) != FileKind::None && CopyHere(folder, each))
+                copied << each;
+        }
+        // What was copied, not what may stand there by now.
+        CheckContent(LocalFolder() + name);
+    } catch (const PlatformError&) {
+        for (const QString& each : copied)
+            DeleteFile(LocalFolder() + each);
+        throw;
+    }
     UseService<LocalDatabases>().Remove(journal.path);
     for (const QString& each : beside)
         DeleteFile(folder + each);

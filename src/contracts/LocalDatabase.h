@@ -25,7 +25,10 @@ public:
 
     /// Opens the file, which is made when it isn't there. Throws PlatformError, also for a file that is no database.
     virtual std::unique_ptr<LocalDatabase> Open(const QString& path) = 0;
-    /// Opens one that is there, and that another process may have open, to look at it: nothing in it is changed.
+    /// Opens one that is there, and that another process may have open, to look at what it holds now: a copy, so that
+    /// nothing in it or beside it is touched. It may be another user's, who may have put anything there: a link isn't
+    /// followed, a pipe not waited for, and what is too long, or has no end, is a PlatformError, here or when it is
+    /// read.
     virtual std::unique_ptr<LocalDatabase> OpenToRead(const QString& path) = 0;
     /// Deletes the file and what lies beside it; one that isn't there is no fault. Nobody may have it open. Throws
     /// PlatformError.

@@ -141,8 +141,8 @@ public:
     /// Brings a file that another program has written in the folder under a name that must not exist yet. False when
     /// one of that name exists; it then stays where it is. Throws PlatformError; StoredWithFault as above.
     virtual bool PlaceNewFile(const QString& partial, const QString& path) = 0;
-    /// Copies onto a name that must not exist yet, whole or not at all, with the file's time of change. Throws
-    /// PlatformError.
+    /// Copies a regular file, no link, onto a name that must not exist yet, whole or not at all, with the file's time
+    /// of change. Throws PlatformError.
     virtual CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) = 0;
     /// Leaves a note of its own with a file, which no list and no reader sees. It goes with the file, not with what is
     /// copied from it or replaces it. A file system that keeps no notes has none.

@@ -27,6 +27,7 @@ constexpr char16_t LockEnding[] = u".lock";
 constexpr char16_t BrokenEnding[] = u".broken";
 /// Behind a process's mark, in the folder of all users: how many pictures it has.
 constexpr char16_t CountEnding[] = u".count";
+constexpr qint64 CountDigits = 6;
 /// The lists of an earlier release.
 const QString ListName = u"PendingRows"_s;
 
@@ -449,7 +450,7 @@ void PictureJournal::LookForForeignPictures()
             continue;
         journal::NotingFaults([&] {
             if (const QString owner = Files().ForeignOwner(folder + name); !owner.isEmpty())
-                m_foreignPictures[owner] += Files().ReadArchivedFile(folder + name).toInt();
+                m_foreignPictures[owner] += Files().ReadArchivedPiece(folder + name, 0, CountDigits).toInt();
             else
                 DeleteFile(folder + name); // Taken over.
         });

@@ -17,7 +17,7 @@ constexpr char16_t BrokenEnding[] = u".broken";
 QJsonDocument ReadDocument(const QString& path)
 {
     QJsonParseError error = {};
-    QJsonDocument document = QJsonDocument::fromJson(Files().ReadFile(path), &error);
+    QJsonDocument document = QJsonDocument::fromJson(ReadListFile(path), &error);
     if (error.error != QJsonParseError::NoError)
         throw PlatformError(error.errorString());
     return document;

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/pictures.h"
+#include "contracts/PlatformError.h"
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "frame/journal.h"
@@ -80,6 +81,14 @@ void WriteWholeFile(const QString& path, const QByteArray& content)
 void DeleteFile(const QString& path)
 {
     Files().DeleteFile(path);
+}
+
+QByteArray ReadListFile(const QString& path)
+{
+    const QByteArray content = Files().ReadArchivedPiece(path, 0, LargestListBytes + 1);
+    if (content.size() > LargestListBytes)
+        throw PlatformError(QStringLiteral("목록이라기에는 너무 큰 파일입니다.!! (%1)").arg(NativePath(path)));
+    return content;
 }
 
 PictureReader& Pictures()

@@ -40,6 +40,11 @@ bool FileExists(const QString& path);
 bool PictureExists(const QString& path);
 void WriteWholeFile(const QString& path, const QByteArray& content);
 void DeleteFile(const QString& path);
+/// A list that waits is never longer than this many bytes: what is, was put there by somebody.
+inline constexpr qint64 LargestListBytes = 64LL * 1024 * 1024;
+/// The content of a list, or of a file beside it, whoever's it is: a link isn't followed, a pipe not waited for. Throws
+/// PlatformError, also for anything but a regular file, and for one that is longer than a list can be.
+QByteArray ReadListFile(const QString& path);
 
 PictureReader& Pictures();
 /// The picture of a file as `PictureReader::Load` gives it; null for an empty path and for a file that can't be read.

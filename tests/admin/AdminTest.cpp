@@ -1,8 +1,11 @@
 #include "admin/commands.h"
 #include "admin/deleted_pictures.h"
+#include "contracts/LocalDatabase.h"
 #include "contracts/MachineSetup.h"
 #include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
+#include "filing/journal_rows.h"
 #include "filing/NumberClaim.h"
 #include "filing/PictureJournal.h"
 #include "frame/terminal.h"
@@ -16,6 +19,8 @@
 #include <QScopeGuard>
 
 #include <cstdio>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -234,6 +239,62 @@ private Q_SLOTS:
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 5);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 5);
         QCOMPARE(Run({u"pending"_s}), 0);
+    }
+
+    void AnothersFolderIsTakenAsFarAsItIsAList_data()
+    {
+        Columns<QString, bool>("trap", "isTaken");
+        QTest::newRow("none") << QString() << true;
+        for (const QString& trap : {u"link"_s, u"log that is a pipe"_s, u"length"_s, u"endless view"_s,
+                                    u"picture that is a link"_s, u"movie outside"_s, u"visit outside"_s})
+            QTest::newRow(qPrintable(trap)) << trap << false;
+    }
+
+    void AnothersFolderIsTakenAsFarAsItIsAList()
+    {
+        QFETCH2(QString, trap, bool, isTaken);
+        const QTemporaryDir other;
+        const QString folder = other.path() + u'/';
+        const QString journal = folder + u"Pictures-%1.journal"_s.arg(DeadMark());
+        const QString picture = folder + u"Spool-0123.jpg"_s;
+        const QString foreign = folder + u"foreign"_s;
+        WriteWholeFile(foreign, StationInABox::Jpeg({64, 64}, Qt::green));
+        WriteWholeFile(picture, StationInABox::Jpeg({64, 64}, Qt::red));
+        PictureRecord record{.id = u"0123"_s, .visit = CurrentVisit(), .state = PictureState::Local};
+        if (trap == u"visit outside")
+            record.visit.captureDir = folder;
+        QStringList statements = journal_rows::Tables() + QStringList{journal_rows::Write(record)};
+        if (trap == u"movie outside")
+            statements << journal_rows::Write(
+                MovieJob{.id = u"0456"_s, .visit = CurrentVisit(), .earlier = {{foreign, {}, {}}}});
+        if (trap == u"endless view")
+            statements << u"ALTER TABLE picture RENAME TO old"_s
+                       << u"CREATE VIEW picture AS WITH RECURSIVE endless AS (SELECT * FROM old UNION ALL SELECT * "
+                          "FROM endless) SELECT * FROM endless"_s;
+        UseService<LocalDatabases>().Open(journal)->Run(statements);
+        const auto link = [](const QString& to, const QString& name) {
+            return QFile::rename(name, name + u".kept"_s) && QFile::link(to, name);
+        };
+        if (trap == u"link")
+            QVERIFY(link(journal + u".kept"_s, journal));
+        if (trap == u"picture that is a link")
+            QVERIFY(link(foreign, picture));
+        if (trap == u"log that is a pipe")
+            QCOMPARE(mkfifo(QFile::encodeName(journal + u"-wal"_s).constData(), 0600), 0);
+        if (trap == u"length")
+            QVERIFY(QFile::resize(journal, 1LL << 40));
+
+        Surroundings.foldersOfOthers = [&other] { return QStringList{other.path()}; };
+        const auto restore = qScopeGuard([] { Surroundings.foldersOfOthers = {}; });
+        TerminalOutput out(stdout);
+        QCOMPARE(ListPending(out), int(Found));
+        TakeOverPending(out);
+        QCOMPARE(QFileInfo::exists(journal), !isTaken);
+        QCOMPARE(QFileInfo::exists(picture), !isTaken);
+        QVERIFY(QFileInfo::exists(foreign));
+        QCOMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), isTaken ? 4 : 3);
+        for (const QString& prefix : {u"Spool-"_s, u"Pictures-"_s + DeadMark()})
+            QCOMPARE(Files().FilesStartingWith(LocalFolder(), prefix), QStringList());
     }
 
     void PacsSendsForTheDeadAlone()

@@ -74,7 +74,7 @@ CopyOutcome LocalFiles::CopyToNewFile(const QString& from, const QString& to, co
 {
     const QString fault = u"파일을 복사할 수 없습니다.!!"_s;
     const QByteArray target = Native(to);
-    const Descriptor source(Native(from), O_RDONLY | O_NONBLOCK);
+    const Descriptor source(Native(from), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
     struct stat facts = {};
     if (!source.IsOpen() || fstat(source.Handle(), &facts) != 0)
         ThrowFault(fault, from, errno);

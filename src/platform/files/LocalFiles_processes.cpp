@@ -76,11 +76,12 @@ std::unique_ptr<FileLock> LocalFiles::Lock(const QString& path)
 
 QString LocalFiles::ForeignOwner(const QString& path) const
 {
-    const QFileInfo facts(NativePath(path));
-    if (!facts.exists() || facts.ownerId() == geteuid())
+    // Of a link its own: who has put it there.
+    struct stat facts = {};
+    if (lstat(Native(path).constData(), &facts) != 0 || facts.st_uid == geteuid())
         return {};
-    const QString name = facts.owner();
-    return name.isEmpty() ? QString::number(facts.ownerId()) : name;
+    const QString name = S_ISLNK(facts.st_mode) ? QString() : QFileInfo(NativePath(path)).owner();
+    return name.isEmpty() ? QString::number(facts.st_uid) : name;
 }
 
 void LocalFiles::RemoveLeftovers(const QString& folder)

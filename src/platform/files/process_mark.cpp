@@ -1,11 +1,14 @@
 #include "platform/files/process_mark.h"
 
+#include "platform/files/posix_files.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStringList>
 #include <QSysInfo>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -112,7 +115,8 @@ void process_mark::KeepBoots(const QString& folder, const std::function<QStringL
             const int refused = chmod(QFile::encodeName(folder).constData(), above.st_mode & 03777);
     }
     for (const QString& boot : boots) {
-        QFile file(folder + u'/' + boot);
-        file.open(QFile::WriteOnly | QFile::Append);
+        // Another user may have put a link or a pipe there.
+        const posix_files::Descriptor made(QFile::encodeName(folder + u'/' + boot),
+                                           O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK);
     }
 }

@@ -150,14 +150,17 @@ StatePlace StateFolderHere(const QString& programFolder)
 QStringList ProgramFoldersOfOthers()
 {
     QStringList folders;
-    for (const QFileInfo& folder : QDir(MachineFolder).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+    for (const QFileInfo& folder :
+         QDir(MachineFolder).entryInfoList(QDir::Dirs | QDir::NoSymLinks | QDir::NoDotAndDotDot)) {
         if (folder.ownerId() != geteuid() && folder.isReadable() && folder.fileName() != u"boots")
             folders << folder.filePath();
     }
     setpwent();
     while (const passwd* user = getpwent()) {
         const QString folder = QFile::decodeName(user->pw_dir) + u"/.config"_s + OwnName;
-        if (user->pw_uid != geteuid() && !folders.contains(folder) && QFileInfo(folder).isReadable())
+        // A folder that is his own: he may have put a link to somebody else's there.
+        if (user->pw_uid != geteuid() && !folders.contains(folder) && QFileInfo(folder).isReadable() &&
+            QFileInfo(folder).ownerId() == user->pw_uid)
             folders << folder;
     }
     endpwent();

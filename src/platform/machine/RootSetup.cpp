@@ -203,7 +203,7 @@ QStringList RootSetup::MakeAccount(const QString& database, const QString& user,
     if (!made.isGood)
         throw PlatformError(u"계정을 만들지 못했습니다.!! (%1)"_s.arg(made.text));
     QStringList done{u"계정 %1@localhost의 암호를 새로 정했습니다."_s.arg(user)};
-    static const QRegularExpression grant(u"^GRANT (.+) ON clinic\\.(\\S+) TO "_s);
+    static const QRegularExpression grant(u"^GRANT (.+) ON `clinic`\\.(\\S+) TO "_s);
     const QStringList lines = Definition(u"grants.sql"_s).split(u'\n');
     for (const QString& line : lines) {
         const QRegularExpressionMatch right = grant.match(line);

@@ -4,19 +4,33 @@
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
 
+#include <QTemporaryDir>
+#include <QThread>
+
 #include <sqlite3.h>
+
+#include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString LogEnding = u"-wal"_s;
 /// Another process that looks at the file holds it for moments.
 constexpr int BusyMs = 3000;
+/// A file that changes while it is copied is copied again.
+constexpr int CopyTries = 10;
+constexpr int CopyPauseMs = 20;
+/// What reading a whole list takes is a small part of it. In the engine's own steps, counted by the thousand.
+constexpr int StepsAtOnce = 1000;
+constexpr int MostThousandSteps = 100'000;
 
-class SqliteFile final : public LocalDatabase
+class SqliteFile : public LocalDatabase
 {
 public:
-    SqliteFile(const QString& path, int flags) : m_path(path)
+    /// `told` is what faults call it.
+    SqliteFile(const QString& path, int flags, const QString& told) : m_told(told)
     {
         if (sqlite3_open_v2(NativePath(path).toUtf8().constData(), &m_handle, flags | SQLITE_OPEN_FULLMUTEX, nullptr) !=
             SQLITE_OK) {
@@ -43,6 +57,19 @@ public:
         }
     }
 
+    /// Whatever stands in it: nothing that it defines runs, and what has no end is cut off.
+    void DistrustContent()
+    {
+        for (const auto& [setting, value] :
+             {std::pair(SQLITE_DBCONFIG_DEFENSIVE, 1), std::pair(SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0),
+              std::pair(SQLITE_DBCONFIG_ENABLE_VIEW, 0), std::pair(SQLITE_DBCONFIG_ENABLE_TRIGGER, 0)})
+            sqlite3_db_config(m_handle, setting, value, nullptr);
+        sqlite3_limit(m_handle, SQLITE_LIMIT_LENGTH, static_cast<int>(LargestListBytes));
+        m_bytesLeft = LargestListBytes;
+        const auto takesTooLong = [](void* steps) { return ++*static_cast<int*>(steps) > MostThousandSteps ? 1 : 0; };
+        sqlite3_progress_handler(m_handle, StepsAtOnce, takesTooLong, &m_thousandSteps);
+    }
+
     QList<QVariantList> Rows(const QString& statement) override
     {
         QList<QVariantList> rows;
@@ -59,7 +86,7 @@ public:
             throw Fault();
         int result = SQLITE_OK;
         while ((result = sqlite3_step(prepared)) == SQLITE_ROW) {
-            if (rows != nullptr)
+            if (rows != nullptr && HasRoomFor(prepared))
                 rows->append(Values(prepared));
         }
         const PlatformError fault = Fault();
@@ -69,6 +96,18 @@ public:
     }
 
 private:
+    /// A list from a file of that length has no more in it than the file.
+    bool HasRoomFor(sqlite3_stmt* row)
+    {
+        if (!m_bytesLeft)
+            return true;
+        for (int column = 0; column < sqlite3_column_count(row); ++column)
+            *m_bytesLeft -= sqlite3_column_bytes(row, column) + 1;
+        if (*m_bytesLeft < 0)
+            sqlite3_interrupt(m_handle);
+        return *m_bytesLeft >= 0;
+    }
+
     static QVariantList Values(sqlite3_stmt* row)
     {
         QVariantList values;
@@ -92,16 +131,66 @@ private:
     PlatformError Fault() const
     {
         return PlatformError(u"이 컴퓨터의 목록을 쓸 수 없습니다.!! (%1)\n\n%2"_s.arg(
-            NativePath(m_path), QString::fromUtf8(sqlite3_errmsg(m_handle))));
+            NativePath(m_told), QString::fromUtf8(sqlite3_errmsg(m_handle))));
     }
 
-    const QString m_path;
+    const QString m_told;
     sqlite3* m_handle = nullptr;
+    int m_thousandSteps = 0;
+    std::optional<qint64> m_bytesLeft; ///< Of values; nothing for no limit.
+};
+
+QByteArray VersionOf(const QStringList& files)
+{
+    QByteArray versions;
+    for (const QString& file : files)
+        versions += Files().VersionOf(file) + '\n';
+    return versions;
+}
+
+/// Copies the database and its log as they belong together.
+void CopyDatabase(const QString& from, const QString& to)
+{
+    const QStringList files{from, from + LogEnding};
+    for (int tries = 0; tries < CopyTries; ++tries) {
+        const QByteArray version = VersionOf(files);
+        const QByteArray database = ReadListFile(from);
+        const bool hasLog = Files().KindOf(from + LogEnding) != FileKind::None;
+        const QByteArray log = hasLog ? ReadListFile(from + LogEnding) : QByteArray();
+        if (VersionOf(files) == version) {
+            Files().WritePrivateFile(to, database);
+            if (hasLog)
+                Files().WritePrivateFile(to + LogEnding, log);
+            return;
+        }
+        QThread::msleep(CopyPauseMs);
+    }
+    throw PlatformError(u"다른 프로그램이 쓰고 있는 목록입니다.!! (%1)"_s.arg(NativePath(from)));
+}
+
+/// A copy, in a folder that goes with it.
+class CopiedDatabase final : public LocalDatabase
+{
+public:
+    explicit CopiedDatabase(const QString& path)
+    {
+        const QString copy = m_folder.filePath(u"list"_s);
+        CopyDatabase(path, copy);
+        m_database = std::make_unique<SqliteFile>(copy, SQLITE_OPEN_READWRITE, path);
+        m_database->DistrustContent();
+    }
+
+    void Run(const QStringList& statements) override { m_database->Run(statements); }
+    QList<QVariantList> Rows(const QString& statement) override { return m_database->Rows(statement); }
+
+private:
+    const QTemporaryDir m_folder;
+    std::unique_ptr<SqliteFile> m_database;
 };
 
 QStringList FilesOf(const QString& path)
 {
-    return {path, path + u"-wal"_s, path + u"-shm"_s};
+    return {path, path + LogEnding, path + u"-shm"_s};
 }
 
 } // namespace
@@ -111,7 +200,7 @@ std::unique_ptr<LocalDatabase> SqliteFiles::Open(const QString& path)
     // What lies beside it takes its rights over.
     if (!FileExists(path))
         Files().WritePrivateFile(path, {});
-    auto file = std::make_unique<SqliteFile>(path, SQLITE_OPEN_READWRITE);
+    auto file = std::make_unique<SqliteFile>(path, SQLITE_OPEN_READWRITE, path);
     // FULL: a commit is on the disk when it returns.
     for (const QString& setting : {u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = FULL"_s})
         file->Rows(setting);
@@ -120,7 +209,7 @@ std::unique_ptr<LocalDatabase> SqliteFiles::Open(const QString& path)
 
 std::unique_ptr<LocalDatabase> SqliteFiles::OpenToRead(const QString& path)
 {
-    return std::make_unique<SqliteFile>(path, SQLITE_OPEN_READONLY);
+    return std::make_unique<CopiedDatabase>(path);
 }
 
 void SqliteFiles::Remove(const QString& path)
