@@ -34,9 +34,10 @@ bool Limit(__rlimit_resource resource, rlim_t most, rlim_t grace = 0)
 bool ConfineProcess()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // No core is left, no file is written, nothing is gained by starting another program.
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && Limit(RLIMIT_DATA, DataLimit) &&
-           Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0);
+    // No core is left, no other program looks in, no file is written, nothing is gained by starting another program.
+    return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           Limit(RLIMIT_DATA, DataLimit) && Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) &&
+           Limit(RLIMIT_FSIZE, 0);
 }
 
 /// From here on the process reads its input, computes and writes its output, and can do little else.
