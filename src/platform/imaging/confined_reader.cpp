@@ -53,8 +53,11 @@ QImage::Format FormatOf(std::uint32_t content)
 Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
 {
     PixelStreamHeader header;
-    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark ||
-        header.width == 0 || header.height == 0)
+    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark)
+        return {};
+    if (header.content == PixelStreamHeader::Unconfinable)
+        return {Outcome::Unconfinable, {}, false, {}};
+    if (header.width == 0 || header.height == 0)
         return {};
     const QSize size(static_cast<int>(header.width & 0x7FFFFFFF), static_cast<int>(header.height & 0x7FFFFFFF));
     if (header.content == PixelStreamHeader::TooLarge)

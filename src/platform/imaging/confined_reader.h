@@ -2,11 +2,11 @@
 
 #include "platform/imaging/picture_content.h"
 
-/// Reading a picture file in a process of its own, with a limit on its memory and its time. Safe to call from any
-/// thread.
+/// Reading a picture file in a process of its own, with a limit on its memory and its time, and shut in as far as the
+/// kernel can. Safe to call from any thread.
 namespace confinedreader {
 
-enum class Outcome { Read, Unreadable, TooLarge, TooSlow };
+enum class Outcome { Read, Unreadable, TooLarge, TooSlow, Unconfinable };
 
 struct Answer
 {

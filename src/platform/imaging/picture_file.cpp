@@ -45,6 +45,9 @@ Result ResultOf(const Answer& answer)
     case Outcome::TooSlow:
         return Fault(u"그림파일을 읽는 데 시간이 너무 오래 걸립니다.!! (한도 %1초)"_s.arg(
             picturelimits::LongestDecodingMs / 1000));
+    case Outcome::Unconfinable:
+        return Fault(
+            u"이 컴퓨터에서는 이 형식의 그림파일을 안전하게 읽을 수 없습니다.!! JPEG로 바꾸어 가져오십시오.!!"_s);
     case Outcome::Unreadable:
         break;
     }

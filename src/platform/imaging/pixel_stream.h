@@ -11,7 +11,8 @@ struct PixelStreamHeader
         Opaque,
         Alpha,
         PremultipliedAlpha,
-        TooLarge, ///< No pixels follow; the size is the one that the file names.
+        TooLarge,     ///< No pixels follow; the size is the one that the file names.
+        Unconfinable, ///< No pixels follow, no size: the kernel can't confine the program that reads the format.
     };
 
     std::uint32_t mark = Mark;

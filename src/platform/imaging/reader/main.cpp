@@ -1,5 +1,6 @@
 #include "platform/imaging/picture_limits.h"
 #include "platform/imaging/pixel_stream.h"
+#include "platform/imaging/reader/confinement.h"
 #include "platform/imaging/reader/decoders.h"
 #include "platform/imaging/reader/known_pictures.h"
 
@@ -38,12 +39,6 @@ bool ConfineProcess()
     return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            Limit(RLIMIT_DATA, DataLimit) && Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) &&
            Limit(RLIMIT_FSIZE, 0);
-}
-
-/// From here on the process reads its input, computes and writes its output, and can do little else.
-bool OpenNoMoreFiles()
-{
-    return Limit(RLIMIT_NOFILE, 0);
 }
 
 std::vector<std::uint8_t> ReadInput()
@@ -114,7 +109,7 @@ bool ReadForeign()
     const NamedSize named = SizeOf(kind, content);
     IsSizeWithinLimit(named.width, named.height);
     const std::unique_ptr<OutsideDecoder> program = StartOutsideDecoder(kind, content);
-    if (!OpenNoMoreFiles())
+    if (!confinement::ShutIn(program == nullptr ? -1 : program->Process()))
         return false;
     const std::optional<Raster> raster = Decode(kind, content, program.get());
     return raster && WritePicture(raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque,
@@ -124,7 +119,7 @@ bool ReadForeign()
 bool ReadKnown(char** wish)
 {
     LoadKnownFormats();
-    if (!OpenNoMoreFiles())
+    if (!confinement::ShutIn())
         return false;
     const picturecontent::Decoded decoded = DecodeKnown(
         STDIN_FILENO, {static_cast<picturecontent::Fit>(std::atoi(wish[0])), {std::atoi(wish[1]), std::atoi(wish[2])}});
@@ -149,6 +144,8 @@ try {
                         static_cast<std::uint32_t>(size.height), false, nullptr)
                ? 0
                : 1;
+} catch (const Unconfinable&) {
+    return WritePicture(PixelStreamHeader::Unconfinable, 0, 0, false, nullptr) ? 0 : 1;
 } catch (const std::bad_alloc&) {
     return 1;
 }
