@@ -8,6 +8,9 @@
 #include "support/ScriptedDesktop.h"
 #include "support/testing.h"
 
+#include <functional>
+#include <sys/resource.h>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -206,6 +209,29 @@ private Q_SLOTS:
         for (int index = 0; index < 4; ++index)
             QCOMPARE(batch->Take(index).height(), 71);
         QVERIFY2(PeakKilobytes() < before, "a large picture made the program grow");
+    }
+
+    /// And those of the archive here, where it is faster.
+    void FilesFromOutsideAreDecodedInTheReader()
+    {
+        const auto isDecodedHere = [](const std::function<void()>& read) {
+            rusage before = {};
+            rusage after = {};
+            getrusage(RUSAGE_CHILDREN, &before);
+            read();
+            getrusage(RUSAGE_CHILDREN, &after);
+            return before.ru_minflt == after.ru_minflt;
+        };
+        for (const char* format : {"jpeg", "png"}) {
+            const QImage picture = Sample({640, 480});
+            const QString path = Write(Encoded(picture, format), u"a.jpg"_s);
+            QImage own;
+            QImage foreign;
+            QVERIFY(isDecodedHere([&] { own = Pictures().Load(path); }));
+            QVERIFY(!isDecodedHere([&] { foreign = Pictures().LoadForeign(path).picture; }));
+            QCOMPARE(foreign, own);
+            QCOMPARE(own.size(), picture.size());
+        }
     }
 
     void ADecoderThatWasTakenOverIsStopped_data()

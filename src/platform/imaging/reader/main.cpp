@@ -92,14 +92,18 @@ std::optional<Raster> Decode(ContentKind kind, Bytes content, OutsideDecoder* pr
     }
 }
 
-bool WritePicture(std::uint32_t content, std::uint32_t width, std::uint32_t height, bool cut, const void* pixels)
+bool WritePicture(const PixelStreamHeader& header, const void* pixels)
+{
+    return Write(&header, sizeof header) && Write(pixels, size_t{header.width} * header.height * 4);
+}
+
+bool WriteRefusal(PixelStreamHeader::Content why, std::uint64_t width, std::uint64_t height)
 {
     PixelStreamHeader header;
-    header.content = content;
-    header.width = width;
-    header.height = height;
-    header.cut = cut ? 1 : 0;
-    return Write(&header, sizeof header) && (pixels == nullptr || Write(pixels, size_t{width} * height * 4));
+    header.content = why;
+    header.width = static_cast<std::uint32_t>(width);
+    header.height = static_cast<std::uint32_t>(height);
+    return Write(&header, sizeof header);
 }
 
 bool ReadForeign()
@@ -112,8 +116,13 @@ bool ReadForeign()
     if (!confinement::ShutIn(program == nullptr ? -1 : program->Process()))
         return false;
     const std::optional<Raster> raster = Decode(kind, content, program.get());
-    return raster && WritePicture(raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque,
-                                  raster->width, raster->height, false, raster->pixels.data());
+    if (!raster)
+        return false;
+    PixelStreamHeader header;
+    header.content = raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque;
+    header.width = raster->width;
+    header.height = raster->height;
+    return WritePicture(header, raster->pixels.data());
 }
 
 bool ReadKnown(char** wish)
@@ -121,13 +130,30 @@ bool ReadKnown(char** wish)
     LoadKnownFormats();
     if (!confinement::ShutIn())
         return false;
-    const picturecontent::Decoded decoded = DecodeKnown(
+    const std::optional<KnownPicture> known = DecodeKnown(
         STDIN_FILENO, {static_cast<picturecontent::Fit>(std::atoi(wish[0])), {std::atoi(wish[1]), std::atoi(wish[2])}});
-    const QImage& picture = decoded.picture;
-    return !picture.isNull() &&
-           WritePicture(picture.hasAlphaChannel() ? PixelStreamHeader::PremultipliedAlpha : PixelStreamHeader::Opaque,
-                        static_cast<std::uint32_t>(picture.width()), static_cast<std::uint32_t>(picture.height()),
-                        decoded.cut, picture.constBits());
+    if (!known)
+        return false;
+    const auto width = [](QSize size) { return static_cast<std::uint32_t>(size.width()); };
+    const auto height = [](QSize size) { return static_cast<std::uint32_t>(size.height()); };
+    const QSize named = known->header.size;
+    if (known->header.IsTooLarge()) {
+        return WriteRefusal(known->header.IsJpeg() ? PixelStreamHeader::TooLargeJpeg : PixelStreamHeader::TooLarge,
+                            width(named), height(named));
+    }
+    const QImage& picture = known->decoded.picture;
+    if (picture.isNull())
+        return false;
+    PixelStreamHeader header;
+    header.content = picture.hasAlphaChannel() ? PixelStreamHeader::PremultipliedAlpha : PixelStreamHeader::Opaque;
+    header.width = width(picture.size());
+    header.height = height(picture.size());
+    header.cut = known->decoded.cut ? 1 : 0;
+    if (known->header.IsReduced()) {
+        header.wholeWidth = width(named);
+        header.wholeHeight = height(named);
+    }
+    return WritePicture(header, picture.constBits());
 }
 
 } // namespace
@@ -140,12 +166,9 @@ try {
         return 2;
     return (argc == 4 ? ReadKnown(argv + 1) : ReadForeign()) ? 0 : 1;
 } catch (const TooLarge& size) {
-    return WritePicture(PixelStreamHeader::TooLarge, static_cast<std::uint32_t>(size.width),
-                        static_cast<std::uint32_t>(size.height), false, nullptr)
-               ? 0
-               : 1;
+    return WriteRefusal(PixelStreamHeader::TooLarge, size.width, size.height) ? 0 : 1;
 } catch (const Unconfinable&) {
-    return WritePicture(PixelStreamHeader::Unconfinable, 0, 0, false, nullptr) ? 0 : 1;
+    return WriteRefusal(PixelStreamHeader::Unconfinable, 0, 0) ? 0 : 1;
 } catch (const std::bad_alloc&) {
     return 1;
 }
