@@ -57,6 +57,9 @@ private Q_SLOTS:
         const Answer answer = Check();
         QVERIFY2(answer.Wrong().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
         QVERIFY(answer.text.contains(u"[정상] 시계"_s) && answer.text.contains(u"[정상] 테이블 caso"_s));
+        const Answer without = Check({QStringLiteral(SHUT_IN_ATTEMPTS), u"without-landlock"_s});
+        QVERIFY2(without.exitCode == 0 && without.text.contains(u"[참고] 그림 읽기 격리: 커널의 Landlock"_s),
+                 qPrintable(without.text));
         QCOMPARE(
             QDir(m_folder->filePath(u"capture"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList());
@@ -143,7 +146,8 @@ private:
         QCOMPARE(chmod(QFile::encodeName(Setup()).constData(), 0600), 0);
     }
 
-    Answer Check()
+    /// By a program of its own, if there is one.
+    Answer Check(QStringList command = {})
     {
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -151,7 +155,9 @@ private:
         environment.insert(u"CAPTURE_STATION_FOLDER"_s, m_folder->path());
         environment.remove(u"QT_IM_MODULE"_s);
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), {u"check"_s});
+        command += {QStringLiteral(STATION_ADMIN_PROGRAM), u"check"_s};
+        const QString first = command.takeFirst();
+        program.start(first, command);
         program.waitForFinished(60'000);
         return {QString::fromUtf8(program.readAllStandardOutput()), program.exitCode()};
     }
