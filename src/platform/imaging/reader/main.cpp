@@ -35,6 +35,10 @@ bool Limit(__rlimit_resource resource, rlim_t most, rlim_t grace = 0)
 bool ConfineProcess()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // Not every library of the station closes its sockets and devices for a program that is started.
+    constexpr unsigned Last = ~0U;
+    if (close_range(STDERR_FILENO + 1, Last, 0) != 0)
+        return false;
     // No core is left, no other program looks in, no file is written, nothing is gained by starting another program.
     return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
            Limit(RLIMIT_DATA, DataLimit) && Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) &&
