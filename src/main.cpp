@@ -31,6 +31,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sys/resource.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,6 +62,13 @@ bool AnswerOption(int argc, char* argv[])
     return true;
 }
 
+/// No patient's picture is to lie in a core file. Holds for the programs that this one starts, too.
+void LeaveNoCore()
+{
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+}
+
 /// A movie becomes whole, what is under way comes to its place, and nothing of the toolkit is touched any more.
 void EndWithoutDisplay()
 {
@@ -87,6 +95,7 @@ int main(int argc, char* argv[])
     }
     if (AnswerOption(argc, argv))
         return 0;
+    LeaveNoCore();
     RegisterJournal();
     RegisterFiles();
     SetScreenScale(ScreenScaleOfSetup(ProgramFolderHere()));

@@ -87,7 +87,7 @@ QString TextType(const TableColumn& column)
 /// are what a long text counts.
 QString RoomyType(const TableColumn& column, const TableDefinition::Column& wanted, qint64 needed, bool changesSet)
 {
-    const QString own = column.IsBinary() ? TextType(column) : column.fullType;
+    QString own = column.IsBinary() ? TextType(column) : column.fullType;
     const qsizetype ownKind = LongTexts().indexOf(TextType(column));
     const qsizetype wantedKind = LongTexts().indexOf(wanted.type.toLower());
     const bool isTooShort = column.length < needed;

@@ -16,9 +16,24 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+
+namespace {
+
+/// The database's password and patients' records stay out of core files and of the user's other programs.
+void KeepMemoryClosed()
+{
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
+    KeepMemoryClosed();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
     qInstallMessageHandler(

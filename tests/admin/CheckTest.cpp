@@ -72,6 +72,10 @@ private Q_SLOTS:
         QVERIFY2(answer.Lines().isEmpty() && answer.exitCode == 0, qPrintable(answer.text));
         QCOMPARE(answer.Lines(u"[참고] 캡쳐 폴더"_s), QStringList());
         QVERIFY(answer.text.contains(u"[정상] 시계"_s) && answer.text.contains(u"[정상] 테이블 caso"_s));
+        const Report without =
+            Run({u"check"_s}, m_folder->path(), {QStringLiteral(SHUT_IN_ATTEMPTS), u"without-landlock"_s});
+        QVERIFY2(without.exitCode == 0 && without.text.contains(u"[참고] 그림 읽기 격리: 커널의 Landlock"_s),
+                 qPrintable(without.text));
         QCOMPARE(
             QDir(m_folder->filePath(u"capture"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList());
@@ -309,7 +313,8 @@ private:
 
     Report Check(const QString& programFolder) { return Run({u"check"_s}, programFolder); }
 
-    Report Run(const QStringList& arguments, const QString& programFolder)
+    /// By a program of its own, if there is one.
+    Report Run(const QStringList& arguments, const QString& programFolder, QStringList command = {})
     {
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -317,7 +322,9 @@ private:
         environment.insert(u"CAPTURE_STATION_FOLDER"_s, programFolder);
         environment.remove(u"QT_IM_MODULE"_s);
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(STATION_ADMIN_PROGRAM), arguments);
+        command << QStringLiteral(STATION_ADMIN_PROGRAM) << arguments;
+        const QString first = command.takeFirst();
+        program.start(first, command);
         program.waitForFinished(60'000);
         return {QString::fromUtf8(program.readAllStandardOutput()), program.exitCode()};
     }

@@ -2,6 +2,8 @@
 #include "support/StationInABox.h"
 #include "text/date_routines.h"
 
+#include <sys/resource.h>
+
 using namespace Qt::StringLiterals;
 
 /// The program itself, started as the clinic's program starts it.
@@ -60,6 +62,9 @@ private Q_SLOTS:
         program.start(u"/bin/sh"_s, {script.fileName()});
         if (opens) {
             QTRY_VERIFY_WITH_TIMEOUT(!FileExists(left), 20000);
+            rlimit core = {1, 1};
+            QCOMPARE(prlimit(static_cast<pid_t>(program.processId()), RLIMIT_CORE, nullptr, &core), 0);
+            QCOMPARE(core.rlim_max, rlim_t{0});
             program.terminate();
         }
         QVERIFY(program.waitForFinished());

@@ -4,8 +4,8 @@
 
 class QThreadPool;
 
-/// Picture files through Qt's image readers and the JPEG library; large and foreign ones through a process of their
-/// own.
+/// Picture files through Qt's image readers and the JPEG library; large ones and those from outside through a process
+/// of their own.
 class ImagePictureReader final : public PictureReader
 {
 public:

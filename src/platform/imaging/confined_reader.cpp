@@ -50,15 +50,26 @@ QImage::Format FormatOf(std::uint32_t content)
     }
 }
 
+QSize SizeOf(std::uint32_t width, std::uint32_t height)
+{
+    constexpr std::uint32_t Most = 0x7FFFFFFF;
+    return QSize(static_cast<int>(width & Most), static_cast<int>(height & Most));
+}
+
 Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
 {
     PixelStreamHeader header;
-    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark ||
-        header.width == 0 || header.height == 0)
+    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark)
         return {};
-    const QSize size(static_cast<int>(header.width & 0x7FFFFFFF), static_cast<int>(header.height & 0x7FFFFFFF));
-    if (header.content == PixelStreamHeader::TooLarge)
-        return {Outcome::TooLarge, {}, false, size};
+    if (header.content == PixelStreamHeader::Unconfinable)
+        return {Outcome::Unconfinable, {}, false, {}};
+    if (header.width == 0 || header.height == 0)
+        return {};
+    const QSize size = SizeOf(header.width, header.height);
+    if (header.content == PixelStreamHeader::TooLarge || header.content == PixelStreamHeader::TooLargeJpeg) {
+        const bool isJpeg = header.content == PixelStreamHeader::TooLargeJpeg;
+        return {isJpeg ? Outcome::TooLargeJpeg : Outcome::TooLarge, {}, false, size};
+    }
     const QImage::Format format = FormatOf(header.content);
     if (format == QImage::Format_Invalid || header.width > picturelimits::LargestPicture / header.height)
         return {};
@@ -66,7 +77,7 @@ Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
     // The rows of 32-bit pixels lie one behind the other.
     if (picture.isNull() || !ReadExactly(process, picture.bits(), picture.sizeInBytes(), deadline))
         return {};
-    return {Outcome::Read, picture, header.cut != 0, {}};
+    return {Outcome::Read, picture, header.cut != 0, SizeOf(header.wholeWidth, header.wholeHeight)};
 }
 
 Answer Run(int descriptor, const QStringList& arguments)

@@ -2,18 +2,18 @@
 
 #include "platform/imaging/picture_content.h"
 
-/// Reading a picture file in a process of its own, with a limit on its memory and its time. Safe to call from any
-/// thread.
+/// Reading a picture file in a process of its own, with a limit on its memory and its time, and shut in as far as the
+/// kernel can. Safe to call from any thread.
 namespace confinedreader {
 
-enum class Outcome { Read, Unreadable, TooLarge, TooSlow };
+enum class Outcome { Read, Unreadable, TooLarge, TooLargeJpeg, TooSlow, Unconfinable };
 
 struct Answer
 {
     Outcome outcome = Outcome::Unreadable;
     QImage picture;
     bool cut = false; ///< The file's data end early: the picture shows what there is.
-    QSize size;       ///< That the file of a picture that is too large names.
+    QSize size;       ///< That the file names, of a picture that is too large or shown at a lower scale; else empty.
 };
 
 /// The reader's program: beside this one in its build folder, or under the prefix that both were installed to. Empty

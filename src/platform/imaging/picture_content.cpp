@@ -132,6 +132,9 @@ bool picturecontent::NeedsReader(const Header& header, const QByteArray& content
 {
     if (!header.IsJpeg())
         return content.size() + header.Pixels() * header.pixelBytes > picturelimits::LargestInStation;
+    // No camera of the station makes one: it came from outside and was filed as it is.
+    if (header.IsReduced())
+        return true;
     const jpegfile::Layout layout = jpegfile::LayoutOf(content);
     return layout.keptBytes > 0 &&
            (layout.keptBytes > picturelimits::LargestInStation || header.Pixels() * layout.scans > LargestScanWork);

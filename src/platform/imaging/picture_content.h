@@ -44,8 +44,8 @@ struct Header
 /// Reads no further than the header; nothing for what is no picture.
 std::optional<Header> HeaderOf(QIODevice& file);
 
-/// Whether decoding would take more memory, or far more time, than the station gives it. A JPEG's own raster doesn't
-/// count.
+/// Whether decoding would take more memory, or far more time, than the station gives it (a JPEG's own raster doesn't
+/// count), or the file is one from outside that was filed as it is.
 bool NeedsReader(const Header& header, const QByteArray& content);
 
 struct Decoded

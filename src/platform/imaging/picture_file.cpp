@@ -39,12 +39,16 @@ Result ResultOf(const Answer& answer)
 {
     switch (answer.outcome) {
     case Outcome::Read:
-        return {.picture = answer.picture, .cut = answer.cut};
+        return {.picture = answer.picture, .cut = answer.cut, .size = answer.size};
     case Outcome::TooLarge:
-        return TooLarge(answer.size, false);
+    case Outcome::TooLargeJpeg:
+        return TooLarge(answer.size, answer.outcome == Outcome::TooLargeJpeg);
     case Outcome::TooSlow:
         return Fault(u"그림파일을 읽는 데 시간이 너무 오래 걸립니다.!! (한도 %1초)"_s.arg(
             picturelimits::LongestDecodingMs / 1000));
+    case Outcome::Unconfinable:
+        return Fault(
+            u"이 컴퓨터에서는 이 형식의 그림파일을 안전하게 읽을 수 없습니다.!! JPEG으로 바꾸어 가져오십시오.!!"_s);
     case Outcome::Unreadable:
         break;
     }
@@ -80,6 +84,11 @@ bool OpenMemory(QFile& file, const QByteArray& content)
     return file.write(content) == content.size() && file.flush();
 }
 
+QString FileName(const QString& path)
+{
+    return path.section(path.contains(u'\\') ? u'\\' : u'/', -1);
+}
+
 /// How a file fares whose header has been read. `content` is empty where it has not been read yet, being too much.
 Result Decode(const Header& header, QFile& file, const QByteArray& content, const Wish& wish)
 {
@@ -109,7 +118,7 @@ Result ReadOpened(const Header& header, QFile& file, const Wish& wish, const QSt
         return TooLarge(header.size, header.IsJpeg());
     Result result = Decode(header, file, ContentToDecode(header, file), wish);
     if (result.cut)
-        MarkCut(result.picture, path.section(path.contains(u'\\') ? u'\\' : u'/', -1));
+        MarkCut(result.picture, FileName(path));
     if (header.IsReduced())
         result.size = header.size;
     return result;
@@ -133,18 +142,18 @@ Result picturefile::ReadForeign(const QString& path)
     QFile file;
     if (!OpenRegular(file, path, 0))
         return Fault(picturefile::UnreadableText());
-    const std::optional<Header> header = picturecontent::HeaderOf(file);
-    if (header) {
-        Result result = ReadOpened(*header, file, {}, path);
-        if (result.fault.isEmpty() && header->IsReduced()) {
-            file.seek(0);
-            result.content = file.readAll();
-        }
-        if (result.fault != UnreadableText())
-            return result;
-    }
-    Result result = ResultOf(confinedreader::ReadForeign(file.handle()));
+    // Not even the header is looked at here.
+    Answer answer = confinedreader::ReadKnown(file.handle(), {});
+    if (answer.outcome == Outcome::Unreadable)
+        answer = confinedreader::ReadForeign(file.handle());
+    Result result = ResultOf(answer);
     picturecontent::MakeShowable(result.picture);
+    if (result.cut)
+        MarkCut(result.picture, FileName(path));
+    if (!result.size.isEmpty()) {
+        file.seek(0);
+        result.content = file.readAll();
+    }
     return result;
 }
 

@@ -24,7 +24,8 @@ struct Result
 Result Read(const QString& path, const Wish& wish = {});
 /// The same for the content of a file.
 Result ReadContent(const QByteArray& content, const Wish& wish);
-/// A file of any origin at full size, also in the formats that Qt doesn't know.
+/// A file from outside at full size, also in the formats that Qt doesn't know; all of it is read in the reader's
+/// process.
 Result ReadForeign(const QString& path);
 
 /// The fault of a file that is no picture, or a broken one.

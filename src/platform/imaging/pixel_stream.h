@@ -11,12 +11,17 @@ struct PixelStreamHeader
         Opaque,
         Alpha,
         PremultipliedAlpha,
-        TooLarge, ///< No pixels follow; the size is the one that the file names.
+        TooLargeJpeg, ///< As for the next, by the limit of a JPEG.
+        TooLarge,     ///< No pixels follow; the size is the one that the file names.
+        Unconfinable, ///< No pixels follow, no size: the kernel can't confine the program that reads the format.
     };
 
     std::uint32_t mark = Mark;
     std::uint32_t content = Opaque;
     std::uint32_t width = 0;
     std::uint32_t height = 0;
+    /// Of the file, where the picture is a JPEG shown at a lower scale; else 0.
+    std::uint32_t wholeWidth = 0;
+    std::uint32_t wholeHeight = 0;
     std::uint32_t cut = 0; ///< 1 when the file's data end before the picture does.
 };

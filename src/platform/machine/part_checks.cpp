@@ -1,6 +1,7 @@
 #include "platform/machine/machine_checks.h"
 
 #include "platform/imaging/confined_reader.h"
+#include "platform/imaging/kernel_confinement.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -93,6 +94,24 @@ void CheckPrograms(CheckLines& lines)
         lines);
 }
 
+/// Whether what decodes pictures from outside can be shut in.
+void CheckConfinement(CheckLines& lines)
+{
+    const QString what = u"그림 읽기 격리"_s;
+    const int landlock = kernelconfinement::LandlockVersion();
+    if (!kernelconfinement::HasSeccomp()) {
+        lines.append({CheckLine::Wrong, what, u"커널의 seccomp를 쓸 수 없어 밖에서 온 그림을 격리하지 못합니다"_s,
+                      u"Debian의 커널로 시작하십시오. 컨테이너라면 seccomp 호출을 허용하십시오"_s});
+    } else if (landlock == 0) {
+        lines.append(
+            {CheckLine::Remark, what,
+             u"커널의 Landlock을 쓸 수 없어 PCX, DCX, TGA, 무손실 JPEG, JBIG2 파일은 가져오지 못합니다"_s,
+             u"커널 명령행의 lsm= 목록에 landlock을 넣고 다시 시작하십시오. 컨테이너라면 landlock 호출을 허용하십시오"_s});
+    } else {
+        lines.append({CheckLine::Right, what, u"seccomp, Landlock %1"_s.arg(landlock)});
+    }
+}
+
 /// Of the desktop session that this runs in.
 void CheckInputMethod(CheckLines& lines)
 {
@@ -120,6 +139,7 @@ CheckLines CheckParts()
     CheckFonts(lines);
     CheckPlugins(lines);
     CheckPrograms(lines);
+    CheckConfinement(lines);
     CheckInputMethod(lines);
     return lines;
 }

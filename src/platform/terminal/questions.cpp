@@ -42,7 +42,7 @@ QString AskSecretOnTerminal(const QString& question)
     termios silent = before;
     silent.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &silent);
-    const QString answer = Answer(question);
+    QString answer = Answer(question);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &before);
     std::fputc('\n', stderr);
     return answer;

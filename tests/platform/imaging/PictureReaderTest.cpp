@@ -1,9 +1,15 @@
 #include "contracts/pictures.h"
 #include "frame/services.h"
+#include "platform/imaging/confined_reader.h"
+#include "platform/imaging/kernel_confinement.h"
+#include "platform/imaging/pixel_stream.h"
 #include "platform/imaging/register_imaging.h"
 #include "support/PictureFiles.h"
 #include "support/ScriptedDesktop.h"
 #include "support/testing.h"
+
+#include <functional>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -205,6 +211,78 @@ private Q_SLOTS:
         QVERIFY2(PeakKilobytes() < before, "a large picture made the program grow");
     }
 
+    /// And those of the archive here, where it is faster.
+    void FilesFromOutsideAreDecodedInTheReader()
+    {
+        const auto isDecodedHere = [](const std::function<void()>& read) {
+            rusage before = {};
+            rusage after = {};
+            getrusage(RUSAGE_CHILDREN, &before);
+            read();
+            getrusage(RUSAGE_CHILDREN, &after);
+            return before.ru_minflt == after.ru_minflt;
+        };
+        for (const char* format : {"jpeg", "png"}) {
+            const QImage picture = Sample({640, 480});
+            const QString path = Write(Encoded(picture, format), u"a.jpg"_s);
+            QImage own;
+            QImage foreign;
+            QVERIFY(isDecodedHere([&] { own = Pictures().Load(path); }));
+            QVERIFY(!isDecodedHere([&] { foreign = Pictures().LoadForeign(path).picture; }));
+            QCOMPARE(foreign, own);
+            QCOMPARE(own.size(), picture.size());
+        }
+    }
+
+    void ADecoderThatWasTakenOverIsStopped_data()
+    {
+        Columns<QStringList, QString, QString>("arguments", "file", "call");
+        QTest::addColumn<QStringList>("free");
+
+        const QString helper = QStringLiteral(SHUT_IN_ATTEMPTS);
+        // That the attempts come off where nothing forbids them.
+        QTest::newRow("free") << QStringList{u"free"_s} << u"done"_s << u"done"_s << QStringList();
+        QTest::newRow("reader") << QStringList{u"shut-in"_s} << u"EPERM"_s << u"EPERM"_s << QStringList();
+        QTest::newRow("reader without Landlock")
+            << QStringList{u"without-landlock"_s, helper, u"shut-in"_s} << u"EPERM"_s << u"EPERM"_s << QStringList();
+        QTest::newRow("program") << QStringList{u"program"_s} << u"EACCES"_s << u"EPERM"_s
+                                 << QStringList{u"code done"_s, u"input-by-name done"_s};
+    }
+
+    void ADecoderThatWasTakenOverIsStopped()
+    {
+        QFETCH3(QStringList, arguments, QString, file, QString, call);
+        if (!kernelconfinement::HasSeccomp() || (file == u"EACCES" && !kernelconfinement::CanConfinePrograms()))
+            QSKIP("the kernel can't confine");
+        const QString own = Write("input", u"input"_s);
+        QStringList lines = Output(QStringLiteral(SHUT_IN_ATTEMPTS), arguments, own).split(u'\n', Qt::SkipEmptyParts);
+        QFETCH(QStringList, free);
+        for (const QString& line : free)
+            QVERIFY2(lines.removeOne(line), qPrintable(line));
+        lines.removeOne(u"file-in-old-thread EPERM"_s);
+        QVERIFY2(lines.size() >= 8, qPrintable(lines.join(u' ')));
+        for (const QString& line : std::as_const(lines))
+            QVERIFY2(line.endsWith(line.startsWith(u"file"_s) ? file : call), qPrintable(line));
+    }
+
+    /// Kinds that are decoded by the reader itself are read all the same.
+    void WithoutLandlockNoProgramRuns()
+    {
+        const auto content = [this](const QByteArray& file, const QStringList& wish) {
+            const QStringList arguments = QStringList{u"without-landlock"_s, confinedreader::ReaderProgram()} + wish;
+            const QByteArray answer =
+                Output(QStringLiteral(SHUT_IN_ATTEMPTS), arguments, Write(file, u"in"_s)).toLatin1();
+            PixelStreamHeader header;
+            header.mark = 0;
+            std::memcpy(&header, answer.constData(), qMin<size_t>(sizeof header, size_t(answer.size())));
+            return header.mark == PixelStreamHeader::Mark ? int(header.content) : -1;
+        };
+        const QByteArray png = Encoded(Sample({64, 48}), "png");
+        QCOMPARE(content(png, {u"0"_s, u"0"_s, u"0"_s}), int(PixelStreamHeader::Opaque));
+        const QByteArray targa = QByteArray("\0\0\2\0\0\0\0\0\0\0\0\0\x08\0\x08\0\x18\0", 18) + QByteArray(192, '\x50');
+        QCOMPARE(content(targa, {}), int(PixelStreamHeader::Unconfinable));
+    }
+
     void BatchKeepsOrderAndReportsOnItsThread()
     {
         QStringList paths;
@@ -245,6 +323,16 @@ private Q_SLOTS:
     }
 
 private:
+    static QString Output(const QString& program, const QStringList& arguments, const QString& input)
+    {
+        QProcess process;
+        process.setStandardInputFile(input);
+        process.start(program, arguments);
+        if (!process.waitForFinished() || process.exitStatus() != QProcess::NormalExit)
+            return {};
+        return QString::fromLatin1(process.readAllStandardOutput());
+    }
+
     QString Write(const QByteArray& content, const QString& name)
     {
         QFile file(m_folder.filePath(name));

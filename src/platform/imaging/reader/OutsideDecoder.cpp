@@ -1,14 +1,35 @@
 #include "platform/imaging/reader/OutsideDecoder.h"
 
+#include "platform/imaging/kernel_confinement.h"
+#include "platform/imaging/reader/confinement.h"
+
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+namespace {
+
+/// In a new process: becomes the program, whose output goes to `output`. Returns when that can't be.
+void Become(const std::vector<char*>& words, int output)
+{
+    constexpr rlimit MostFiles = {16, 16}; // Libraries are closed again as they are loaded.
+    char* environment[] = {nullptr};
+    const int program = open(words.front(), O_PATH | O_CLOEXEC);
+    if (program >= 0 && dup2(output, STDOUT_FILENO) >= 0 && setrlimit(RLIMIT_NOFILE, &MostFiles) == 0 &&
+        confinement::ShutInProgram(program, STDIN_FILENO))
+        fexecve(program, words.data(), environment);
+}
+
+} // namespace
+
 OutsideDecoder::OutsideDecoder(std::vector<std::string> arguments, std::size_t offset)
 {
+    if (!kernelconfinement::CanConfinePrograms())
+        throw Unconfinable();
     std::vector<char*> words;
     words.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
@@ -20,10 +41,9 @@ OutsideDecoder::OutsideDecoder(std::vector<std::string> arguments, std::size_t o
     const pid_t parent = getpid();
     m_process = fork();
     if (m_process == 0) {
-        char* environment[] = {nullptr};
         // The parent may have been ended before this.
-        if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent && dup2(ends[1], STDOUT_FILENO) >= 0)
-            execve(words.front(), words.data(), environment);
+        if (prctl(PR_SET_PDEATHSIG, SIGKILL) == 0 && getppid() == parent)
+            Become(words, ends[1]);
         _exit(1);
     }
     close(ends[1]);

@@ -40,7 +40,7 @@ void LoadKnownFormats()
     StartScalingThread();
 }
 
-picturecontent::Decoded DecodeKnown(int descriptor, const picturecontent::Wish& wish)
+std::optional<KnownPicture> DecodeKnown(int descriptor, const picturecontent::Wish& wish)
 {
     QFile file;
     if (!file.open(descriptor, QIODevice::ReadOnly))
@@ -54,5 +54,7 @@ picturecontent::Decoded DecodeKnown(int descriptor, const picturecontent::Wish& 
     buffer.setData(content);
     buffer.open(QIODevice::ReadOnly);
     const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(buffer);
-    return header ? picturecontent::Decode(*header, content, wish) : picturecontent::Decoded();
+    if (!header)
+        return {};
+    return KnownPicture{*header, picturecontent::Decode(*header, content, wish)};
 }

@@ -5,5 +5,11 @@
 /// Loads what reads the formats that Qt knows; decoding then opens no further file.
 void LoadKnownFormats();
 
-/// The picture file behind an open descriptor.
-picturecontent::Decoded DecodeKnown(int descriptor, const picturecontent::Wish& wish);
+struct KnownPicture
+{
+    picturecontent::Header header;
+    picturecontent::Decoded decoded; ///< Without a picture when it is too large or can't be read.
+};
+
+/// The picture file behind an open descriptor; nothing for what is no picture.
+std::optional<KnownPicture> DecodeKnown(int descriptor, const picturecontent::Wish& wish);

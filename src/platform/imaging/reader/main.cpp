@@ -1,5 +1,6 @@
 #include "platform/imaging/picture_limits.h"
 #include "platform/imaging/pixel_stream.h"
+#include "platform/imaging/reader/confinement.h"
 #include "platform/imaging/reader/decoders.h"
 #include "platform/imaging/reader/known_pictures.h"
 
@@ -34,15 +35,14 @@ bool Limit(__rlimit_resource resource, rlim_t most, rlim_t grace = 0)
 bool ConfineProcess()
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    // No core is left, no file is written, nothing is gained by starting another program.
-    return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && Limit(RLIMIT_DATA, DataLimit) &&
-           Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) && Limit(RLIMIT_FSIZE, 0);
-}
-
-/// From here on the process reads its input, computes and writes its output, and can do little else.
-bool OpenNoMoreFiles()
-{
-    return Limit(RLIMIT_NOFILE, 0);
+    // Not every library of the station closes its sockets and devices for a program that is started.
+    constexpr unsigned Last = ~0U;
+    if (close_range(STDERR_FILENO + 1, Last, 0) != 0)
+        return false;
+    // No core is left, no other program looks in, no file is written, nothing is gained by starting another program.
+    return prctl(PR_SET_DUMPABLE, 0, 0, 0, 0) == 0 && prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           Limit(RLIMIT_DATA, DataLimit) && Limit(RLIMIT_CPU, SecondsLimit, SecondsGrace) && Limit(RLIMIT_CORE, 0) &&
+           Limit(RLIMIT_FSIZE, 0);
 }
 
 std::vector<std::uint8_t> ReadInput()
@@ -96,14 +96,18 @@ std::optional<Raster> Decode(ContentKind kind, Bytes content, OutsideDecoder* pr
     }
 }
 
-bool WritePicture(std::uint32_t content, std::uint32_t width, std::uint32_t height, bool cut, const void* pixels)
+bool WritePicture(const PixelStreamHeader& header, const void* pixels)
+{
+    return Write(&header, sizeof header) && Write(pixels, size_t{header.width} * header.height * 4);
+}
+
+bool WriteRefusal(PixelStreamHeader::Content why, std::uint64_t width, std::uint64_t height)
 {
     PixelStreamHeader header;
-    header.content = content;
-    header.width = width;
-    header.height = height;
-    header.cut = cut ? 1 : 0;
-    return Write(&header, sizeof header) && (pixels == nullptr || Write(pixels, size_t{width} * height * 4));
+    header.content = why;
+    header.width = static_cast<std::uint32_t>(width);
+    header.height = static_cast<std::uint32_t>(height);
+    return Write(&header, sizeof header);
 }
 
 bool ReadForeign()
@@ -113,25 +117,47 @@ bool ReadForeign()
     const NamedSize named = SizeOf(kind, content);
     IsSizeWithinLimit(named.width, named.height);
     const std::unique_ptr<OutsideDecoder> program = StartOutsideDecoder(kind, content);
-    if (!OpenNoMoreFiles())
+    if (!confinement::ShutIn(program == nullptr ? -1 : program->Process()))
         return false;
     const std::optional<Raster> raster = Decode(kind, content, program.get());
-    return raster && WritePicture(raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque,
-                                  raster->width, raster->height, false, raster->pixels.data());
+    if (!raster)
+        return false;
+    PixelStreamHeader header;
+    header.content = raster->hasAlpha ? PixelStreamHeader::Alpha : PixelStreamHeader::Opaque;
+    header.width = raster->width;
+    header.height = raster->height;
+    return WritePicture(header, raster->pixels.data());
 }
 
 bool ReadKnown(char** wish)
 {
     LoadKnownFormats();
-    if (!OpenNoMoreFiles())
+    if (!confinement::ShutIn())
         return false;
-    const picturecontent::Decoded decoded = DecodeKnown(
+    const std::optional<KnownPicture> known = DecodeKnown(
         STDIN_FILENO, {static_cast<picturecontent::Fit>(std::atoi(wish[0])), {std::atoi(wish[1]), std::atoi(wish[2])}});
-    const QImage& picture = decoded.picture;
-    return !picture.isNull() &&
-           WritePicture(picture.hasAlphaChannel() ? PixelStreamHeader::PremultipliedAlpha : PixelStreamHeader::Opaque,
-                        static_cast<std::uint32_t>(picture.width()), static_cast<std::uint32_t>(picture.height()),
-                        decoded.cut, picture.constBits());
+    if (!known)
+        return false;
+    const auto width = [](QSize size) { return static_cast<std::uint32_t>(size.width()); };
+    const auto height = [](QSize size) { return static_cast<std::uint32_t>(size.height()); };
+    const QSize named = known->header.size;
+    if (known->header.IsTooLarge()) {
+        return WriteRefusal(known->header.IsJpeg() ? PixelStreamHeader::TooLargeJpeg : PixelStreamHeader::TooLarge,
+                            width(named), height(named));
+    }
+    const QImage& picture = known->decoded.picture;
+    if (picture.isNull())
+        return false;
+    PixelStreamHeader header;
+    header.content = picture.hasAlphaChannel() ? PixelStreamHeader::PremultipliedAlpha : PixelStreamHeader::Opaque;
+    header.width = width(picture.size());
+    header.height = height(picture.size());
+    header.cut = known->decoded.cut ? 1 : 0;
+    if (known->header.IsReduced()) {
+        header.wholeWidth = width(named);
+        header.wholeHeight = height(named);
+    }
+    return WritePicture(header, picture.constBits());
 }
 
 } // namespace
@@ -144,10 +170,9 @@ try {
         return 2;
     return (argc == 4 ? ReadKnown(argv + 1) : ReadForeign()) ? 0 : 1;
 } catch (const TooLarge& size) {
-    return WritePicture(PixelStreamHeader::TooLarge, static_cast<std::uint32_t>(size.width),
-                        static_cast<std::uint32_t>(size.height), false, nullptr)
-               ? 0
-               : 1;
+    return WriteRefusal(PixelStreamHeader::TooLarge, size.width, size.height) ? 0 : 1;
+} catch (const Unconfinable&) {
+    return WriteRefusal(PixelStreamHeader::Unconfinable, 0, 0) ? 0 : 1;
 } catch (const std::bad_alloc&) {
     return 1;
 }
