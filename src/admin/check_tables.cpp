@@ -31,6 +31,8 @@ QList<Use> UsesOf(const ClientSetupRecord& client)
     return uses;
 }
 
+/// Of the package.
+const QString SqlFolder = u"/usr/share/capture-station/sql/mariadb"_s;
 const QString Upgrade = u"capture-station-admin upgrade-tables를 실행하십시오"_s;
 
 QString NameOf(const Use& use)
@@ -51,7 +53,7 @@ void CheckColumns(const Use& use, const TableDefinition& wanted, const QList<Tab
     if (isOwn && names != wantedNames) {
         lines.append({CheckLine::Wrong, NameOf(use),
                       u"칸의 수나 순서가 다릅니다: %1"_s.arg(names.join(u", "_s).left(300)),
-                      u"sql의 %1.sql과 같게 고치십시오. 칸을 더하거나 옮기면 안 됩니다"_s.arg(use.table)});
+                      u"%1의 %2.sql과 같게 고치십시오. 칸을 더하거나 옮기면 안 됩니다"_s.arg(SqlFolder, use.table)});
         return;
     }
     QStringList missing;
@@ -105,7 +107,7 @@ void CheckRoom(const Use& use, const TableDefinition& wanted, const QList<TableC
     Tell(use, CheckLine::Wrong, u"한글이 ?로 저장됩니다"_s, latin, Upgrade, lines);
     Tell(use, CheckLine::Wrong, u"글이 문자 집합 없이 저장됩니다"_s, bytes, Upgrade, lines);
     Tell(use, CheckLine::Wrong, u"글을 그대로 담지 못하는 칸입니다"_s, noText,
-         u"백업한 다음 sql의 %1.sql과 같게 고치십시오"_s.arg(use.table), lines);
+         u"백업한 다음 %1의 %2.sql과 같게 고치십시오"_s.arg(SqlFolder, use.table), lines);
     Tell(use, CheckLine::Wrong, u"번호가 잘리거나 차례가 틀리는 칸입니다"_s, numbers, Upgrade, lines);
     Tell(use, CheckLine::Remark, u"문자 집합에 없는 글자는 ?로 저장됩니다"_s, other,
          u"capture-station-admin upgrade-tables --utf8mb4를 실행하십시오"_s, lines);
@@ -118,9 +120,10 @@ void CheckKeys(const Use& use, const TableDefinition& wanted, bool isServer, Che
     if (faults.lacksOwn)
         missing.prepend(wanted.keys.first());
     Tell(use, CheckLine::Wrong, u"키가 없습니다"_s, missing,
-         isServer                                   ? Upgrade
-         : use.table == u"caso" && !faults.lacksOwn ? u"sql/sqlite/steps/001_caso_list_keys.sql을 실행하십시오"_s
-                                                    : u"sql/sqlite의 %1.sql과 같은 기본 키를 두십시오"_s.arg(use.table),
+         isServer ? Upgrade
+         : use.table == u"caso" && !faults.lacksOwn
+             ? u"/usr/share/capture-station/sql/sqlite/steps/001_caso_list_keys.sql을 실행하십시오"_s
+             : u"/usr/share/capture-station/sql/sqlite의 %1.sql과 같은 기본 키를 두십시오"_s.arg(use.table),
          lines);
     Tell(use, CheckLine::Wrong, u"저장할 때 다른 줄을 지우는 키가 있습니다"_s, faults.tooNarrow,
          u"ALTER TABLE %1 DROP KEY로 지우십시오"_s.arg(use.table), lines);
@@ -148,7 +151,7 @@ void CheckRights(const Use& use, const QString& anyColumn, CheckLines& lines)
     }
     if (!refused.isEmpty())
         lines.append({CheckLine::Wrong, NameOf(use), u"권한이 없습니다: %1 (%2)"_s.arg(refused.join(u", "_s), reason),
-                      u"sql/mariadb/grants.sql의 권한을 주십시오"_s});
+                      u"%1의 grants.sql에 있는 권한을 주십시오"_s.arg(SqlFolder)});
 }
 
 void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, CheckLines& lines)
@@ -158,13 +161,15 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
     const QList<TableColumn> columns = ColumnsOf(use.table, isServer);
     if (columns.isEmpty()) {
         if (use.isMadeAtNeed)
-            lines.append(
-                {CheckLine::Remark, NameOf(use), u"없거나 읽을 수 없습니다"_s,
-                 u"CREATE 권한이 있으면 스테이션이 만듭니다. 없으면 sql의 %1.sql을 실행하십시오"_s.arg(use.table)});
+            lines.append({CheckLine::Remark, NameOf(use), u"없거나 읽을 수 없습니다"_s,
+                          u"CREATE 권한이 있으면 스테이션이 만듭니다. 없으면 %1의 %2.sql을 실행하십시오"_s.arg(
+                              SqlFolder, use.table)});
         else
-            lines.append({CheckLine::Wrong, NameOf(use), u"없거나 읽을 수 없습니다"_s,
-                          u"SELECT 권한을 주거나 sql의 %1.sql을 실행하십시오"_s.arg(use.rights.isEmpty() ? u"clinic"_s
-                                                                                                         : use.table)});
+            lines.append(
+                {CheckLine::Wrong, NameOf(use), u"없거나 읽을 수 없습니다"_s,
+                 use.rights.contains(u"INSERT"_s)
+                     ? u"SELECT 권한을 주거나 %1의 %2.sql을 실행하십시오"_s.arg(SqlFolder, use.table)
+                     : u"진료 프로그램의 테이블입니다. 그 프로그램의 데이터베이스인지 보고 SELECT 권한을 주십시오"_s});
         return;
     }
     CheckColumns(use, wanted, columns, lines);

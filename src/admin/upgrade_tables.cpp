@@ -140,7 +140,8 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out)
                                  : Surroundings.askSecret(u"%1의 데이터베이스 암호:"_s.arg(user));
     Connection = outside.OpenForUpkeep(user, password, passwordFile);
     if (!FieldText(*OpenRows(Statement(u" SELECT VERSION() ")), 0).contains(u"MariaDB"_s))
-        throw PlatformError(u"MariaDB 서버에서만 쓸 수 있습니다.!! sql/mariadb/steps의 단계를 보십시오."_s);
+        throw PlatformError(
+            u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb/steps의 단계를 보십시오."_s);
 
     const UpgradeWishes wishes{options.contains(u"--utf8mb4"_s), *bytes, setup.client.CaptureRoot};
     QList<TableUpgrade> upgrades;
