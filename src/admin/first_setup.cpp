@@ -27,12 +27,6 @@ QString NewPassword()
     return password;
 }
 
-/// A value in one line of the setup file.
-QString OneLine(const QString& text)
-{
-    return text.simplified();
-}
-
 /// The questions of a first setup, and what they lead to.
 class FirstSetup
 {
@@ -59,7 +53,8 @@ private:
         const std::optional<QString> answer = Surroundings.readLine ? Surroundings.readLine() : std::nullopt;
         if (!answer)
             throw PlatformError(u"대답이 없어 그만둡니다. 그때까지 한 일은 그대로 있습니다."_s);
-        return Trim(*answer).isEmpty() ? usual : OneLine(*answer);
+        // A value takes one line of the setup file.
+        return Trim(*answer).isEmpty() ? usual : answer->simplified();
     }
 
     bool Confirms(const QString& question) { return Ask(question + u" (예/아니오)"_s, u"예"_s).startsWith(u'예'); }
@@ -71,7 +66,7 @@ private:
             work();
         } catch (const PlatformError& error) {
             ++m_faults;
-            m_out << u"  "_s << error.Text() << u'\n';
+            Tell(error.Text());
         }
     }
 

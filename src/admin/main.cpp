@@ -50,10 +50,7 @@ int main(int argc, char* argv[])
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();
-    Surroundings.readLine = [input = std::make_shared<QTextStream>(stdin)]() -> std::optional<QString> {
-        const QString line = input->readLine();
-        return line.isNull() ? std::nullopt : std::optional(line);
-    };
+    Surroundings.readLine = ReadInputLine;
     Surroundings.foldersOfOthers = ProgramFoldersOfOthers;
     Surroundings.ask = AskOnTerminal;
     Surroundings.askSecret = AskSecretOnTerminal;

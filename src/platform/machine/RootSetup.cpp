@@ -1,8 +1,11 @@
 #include "platform/machine/RootSetup.h"
 
 #include "contracts/PlatformError.h"
+#include "contracts/setup_components.h"
+#include "frame/components.h"
+#include "platform/sql/database.h"
+#include "platform/sql/TableKeeper.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -14,72 +17,54 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
-
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// More than a server takes for a table.
 constexpr int ProgramPatienceMs = 60'000;
 /// People's numbers begin here (login.defs).
 constexpr uid_t FirstPerson = 1000;
 constexpr uid_t LastPerson = 59'999;
 
-struct Answer
-{
-    bool isGood = false;
-    QString text; ///< Of standard output, or what was complained of.
-};
-
-Answer Run(const QString& program, const QStringList& arguments, const QByteArray& input = {})
+void AddToGroup(const QString& user, const QString& groups)
 {
     QProcess process;
-    process.start(program, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(ProgramPatienceMs)) {
-        process.kill();
-        process.waitForFinished();
-        return {false, u"%1을(를) 실행할 수 없습니다.!! (%2)"_s.arg(program, process.errorString())};
-    }
-    const bool isGood = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    const QByteArray text = isGood ? process.readAllStandardOutput() : process.readAllStandardError();
-    return {isGood, QString::fromUtf8(text).trimmed()};
+    process.start(u"usermod"_s, {u"-aG"_s, groups, user});
+    if (!process.waitForFinished(ProgramPatienceMs))
+        throw PlatformError(u"usermod을(를) 실행할 수 없습니다.!! (%1)"_s.arg(process.errorString()));
+    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        throw PlatformError(QString::fromUtf8(process.readAllStandardError()).trimmed());
 }
 
-/// As root through the socket; the statements come in by standard input, so that no list of processes shows them.
-Answer Sql(const QString& statements, const QString& database = {})
+/// Through the socket of this machine's server. Throws PlatformError.
+ConnectionPointer OpenAsRoot(const QString& database)
 {
-    QStringList arguments{u"--batch"_s, u"--skip-column-names"_s, u"--default-character-set=utf8mb4"_s,
-                          u"--protocol=socket"_s};
-    if (!database.isEmpty())
-        arguments << database;
-    return Run(u"mariadb"_s, arguments, statements.toUtf8());
+    DatabaseSettings settings;
+    settings.driver = u"QMARIADB"_s;
+    settings.name = database;
+    settings.user = u"root"_s;
+    return OpenConnection(settings);
+}
+
+bool CanOpen(const QString& database)
+{
+    try {
+        OpenAsRoot(database);
+        return true;
+    } catch (const PlatformError&) {
+        return false;
+    }
 }
 
 /// Between apostrophes.
 QString Text(const QString& value)
 {
-    return u'\'' + QString(value).replace(u'\\', u"\\\\"_s).replace(u'\'', u"''"_s) + u'\'';
+    return u'\'' + QString(value).replace(u'\'', u"''"_s) + u'\'';
 }
 
 QString Name(const QString& value)
 {
     return u'`' + QString(value).replace(u'`', u"``"_s) + u'`';
-}
-
-/// Of the package, or of a tree that was built.
-QString Definition(const QString& name)
-{
-    const QString program = QCoreApplication::applicationDirPath();
-    for (const QString& folder :
-         {program + u"/../share/capture-station/sql/mariadb/"_s, program + u"/../../sql/mariadb/"_s}) {
-        QFile file(folder + name);
-        if (file.open(QIODevice::ReadOnly))
-            return QString::fromUtf8(file.readAll());
-    }
-    throw PlatformError(u"테이블 정의가 없습니다.!! (%1)"_s.arg(name));
 }
 
 gid_t NumberOfGroup(const QString& group)
@@ -134,9 +119,7 @@ QString RootSetup::AddToGroups(const QString& user, const QStringList& groups)
     }
     if (missing.isEmpty())
         return u"%1: 이미 그룹에 있습니다."_s.arg(user);
-    const Answer answer = Run(u"usermod"_s, {u"-aG"_s, missing.join(u','), user});
-    if (!answer.isGood)
-        throw PlatformError(answer.text);
+    AddToGroup(user, missing.join(u','));
     return u"%1을(를) %2 그룹에 넣었습니다. 다시 로그인하면 쓰입니다."_s.arg(user, missing.join(u", "_s));
 }
 
@@ -144,9 +127,7 @@ QString RootSetup::MakeSharedFolder(const QString& path, const QString& group)
 {
     const gid_t number = NumberOfGroup(group);
     const QByteArray native = path.toUtf8();
-    struct stat there
-    {
-    };
+    struct stat there = {};
     if (stat(native.constData(), &there) == 0) {
         if (!S_ISDIR(there.st_mode))
             throw PlatformError(u"%1은(는) 폴더가 아닙니다.!!"_s.arg(path));
@@ -167,29 +148,32 @@ QString RootSetup::MakeSharedFolder(const QString& path, const QString& group)
 
 bool RootSetup::HasServer() const
 {
-    return Sql(u"SELECT 1"_s).isGood;
+    return CanOpen(u"information_schema"_s);
 }
 
 bool RootSetup::HasDatabase(const QString& name) const
 {
-    return !Sql(u"SELECT 1 FROM information_schema.schemata WHERE schema_name = %1"_s.arg(Text(name))).text.isEmpty();
+    return CanOpen(name);
 }
 
 QStringList RootSetup::MakeTables(const QString& database)
 {
+    ConnectionPointer connection = OpenAsRoot(database);
+    const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
     QStringList done;
     for (const QString& table : {u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s}) {
-        const bool isThere =
-            !Sql(u"SELECT 1 FROM information_schema.tables WHERE table_schema = %1 AND table_name = %2"_s.arg(
-                     Text(database), Text(table)))
-                 .text.isEmpty();
-        if (isThere) {
+        const auto there = connection->Execute(
+            u"SELECT 1 FROM information_schema.tables WHERE table_schema = DATABASE() AND table_name = "_s +
+            Text(table));
+        if (!there->Eof()) {
             done << u"테이블 %1: 이미 있습니다."_s.arg(table);
             continue;
         }
-        const Answer answer = Sql(Definition(table + u".sql"_s), database);
-        if (!answer.isGood)
-            throw PlatformError(u"테이블 %1을(를) 만들지 못했습니다.!! (%2)"_s.arg(table, answer.text));
+        try {
+            keeper->tablecreate(connection, table, {});
+        } catch (const PlatformError& error) {
+            throw PlatformError(u"테이블 %1을(를) 만들지 못했습니다.!! (%2)"_s.arg(table, error.Text()));
+        }
         done << u"테이블 %1을(를) 만들었습니다."_s.arg(table);
     }
     return done;
@@ -197,23 +181,28 @@ QStringList RootSetup::MakeTables(const QString& database)
 
 QStringList RootSetup::MakeAccount(const QString& database, const QString& user, const QString& password)
 {
+    const ConnectionPointer connection = OpenAsRoot(database);
     const QString account = Text(user) + u"@'localhost'"_s;
-    const Answer made =
-        Sql(u"CREATE USER IF NOT EXISTS %1; ALTER USER %1 IDENTIFIED BY %2"_s.arg(account, Text(password)));
-    if (!made.isGood)
-        throw PlatformError(u"계정을 만들지 못했습니다.!! (%1)"_s.arg(made.text));
+    try {
+        connection->Execute(u"CREATE USER IF NOT EXISTS "_s + account);
+        connection->Execute(u"ALTER USER %1 IDENTIFIED BY %2"_s.arg(account, Text(password)));
+    } catch (const PlatformError& error) {
+        throw PlatformError(u"계정을 만들지 못했습니다.!! (%1)"_s.arg(error.Text()));
+    }
     QStringList done{u"계정 %1@localhost의 암호를 새로 정했습니다."_s.arg(user)};
+    QFile grants(u":/sql/mariadb/grants.sql"_s);
+    grants.open(QIODevice::ReadOnly);
     static const QRegularExpression grant(u"^GRANT (.+) ON `clinic`\\.(\\S+) TO "_s);
-    const QStringList lines = Definition(u"grants.sql"_s).split(u'\n');
-    for (const QString& line : lines) {
-        const QRegularExpressionMatch right = grant.match(line);
+    for (const QString& statement : StatementsOfScript(QString::fromUtf8(grants.readAll()))) {
+        const QRegularExpressionMatch right = grant.match(statement);
         if (!right.hasMatch())
             continue;
-        const QString table = right.captured(2);
-        const QString place = Name(database) + u'.' + (table == u"*"_s ? table : Name(table));
-        const Answer answer = Sql(u"GRANT %1 ON %2 TO %3"_s.arg(right.captured(1), place, account));
-        if (!answer.isGood)
-            done << u"권한 %1 ON %2: 주지 못했습니다 (%3)"_s.arg(right.captured(1), table, answer.text);
+        try {
+            connection->Execute(
+                u"GRANT %1 ON %2.%3 TO %4"_s.arg(right.captured(1), Name(database), right.captured(2), account));
+        } catch (const PlatformError& error) {
+            done << u"권한 %1 ON %2: 주지 못했습니다 (%3)"_s.arg(right.captured(1), right.captured(2), error.Text());
+        }
     }
     return done;
 }

@@ -2,7 +2,7 @@
 
 #include "contracts/MachineSetup.h"
 
-/// By the machine's own programs: usermod, and mariadb through the server's socket.
+/// By the machine's own usermod, and on its server through the socket.
 class RootSetup final : public MachineSetup
 {
 public:

@@ -15,7 +15,6 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
@@ -85,14 +84,11 @@ void CheckCarrier(const QString& root, CheckLines& lines)
     const QStorageInfo disk(root);
     const QString kind = QString::fromUtf8(disk.fileSystemType());
     // A root that lies in no mount of this process's view is on a disk all the same.
-    struct statvfs room
-    {
-    };
-    if (statvfs(QFile::encodeName(root).constData(), &room) != 0) {
+    const qint64 freeBytes = Files().FreeBytes(root);
+    if (freeBytes < 0) {
         lines.append({CheckLine::Wrong, Root, qt_error_string(), u"디스크나 공유의 연결을 확인하십시오"_s});
         return;
     }
-    const qint64 freeBytes = qint64(room.f_bavail) * qint64(room.f_frsize);
     const QString place = disk.isValid() ? u"%1에 있는 %2, "_s.arg(disk.rootPath(), kind) : QString();
     const QString found = place + u"남은 공간 %1GB"_s.arg(double(freeBytes) / 1e9, 0, 'f', 1);
     if (freeBytes < LittleRoom)

@@ -18,13 +18,21 @@ bool IsTerminal()
 QString Answer(const QString& question)
 {
     std::fprintf(stderr, "%s ", qUtf8Printable(question));
-    QByteArray line;
-    for (int letter = std::getchar(); letter != EOF && letter != '\n'; letter = std::getchar())
-        line += static_cast<char>(letter);
-    return QString::fromUtf8(line);
+    return ReadInputLine().value_or(QString());
 }
 
 } // namespace
+
+std::optional<QString> ReadInputLine()
+{
+    QByteArray line;
+    int letter = std::getchar();
+    if (letter == EOF)
+        return std::nullopt;
+    for (; letter != EOF && letter != '\n'; letter = std::getchar())
+        line += static_cast<char>(letter);
+    return QString::fromUtf8(line);
+}
 
 std::optional<bool> AskOnTerminal(const QString& question)
 {
