@@ -1,5 +1,4 @@
 #include "capture/CaptureDeletion.h"
-#include "session/VisitContext.h"
 
 #include "capture/CaptureHistory.h"
 #include "capture/MeantPictures.h"
@@ -13,6 +12,7 @@
 #include "frame/waiting.h"
 #include "records/capture_index.h"
 #include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
 
 #include <exception>

@@ -1,11 +1,8 @@
 #include "capture/StillCapture.h"
-#include "session/VisitContext.h"
 
 #include "capture/VisitNote.h"
 #include "contracts/desktop.h"
-#include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
-#include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "contracts/ShutterSound.h"
 #include "contracts/VideoCap.h"
@@ -15,16 +12,9 @@
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "records/capture_index.h"
-#include "records/Statement.h"
 #include "screenparts/fill_routines.h"
-#include "screenparts/VisitPictures.h"
+#include "session/VisitContext.h"
 #include "text/text_routines.h"
-
-#include <QPointer>
-#include <QScopeGuard>
-
-#include <algorithm>
-#include <utility>
 
 using namespace Qt::StringLiterals;
 

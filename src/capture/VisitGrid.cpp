@@ -249,7 +249,7 @@ void VisitGrid::AskAgain()
             self->m_askAgain.start();
         else
             later::Do(self, later::Screen, [self] {
-                if (self && std::exchange(self->m_lacksStored, false))
+                if (std::exchange(self->m_lacksStored, false))
                     Q_EMIT self->CanBeShown();
             });
     };
