@@ -143,8 +143,8 @@ void TakeOutput(QProcess& process, const QObject* context, qint64 outputBytes, c
 {
     const auto left = std::make_shared<qint64>(outputBytes);
     const auto read = [&process, left, take, tooMuch](QProcess::ProcessChannel channel) {
-        const QByteArray more = channel == QProcess::StandardOutput ? process.readAllStandardOutput()
-                                                                    : process.readAllStandardError();
+        const QByteArray more =
+            channel == QProcess::StandardOutput ? process.readAllStandardOutput() : process.readAllStandardError();
         if (more.isEmpty() || *left < 0)
             return;
         *left -= more.size() + more.count('\n') * LineCost;
@@ -156,7 +156,6 @@ void TakeOutput(QProcess& process, const QObject* context, qint64 outputBytes, c
         KillChild(process);
         tooMuch();
     };
-    QObject::connect(&process, &QProcess::readyReadStandardOutput, context,
-                     [read] { read(QProcess::StandardOutput); });
+    QObject::connect(&process, &QProcess::readyReadStandardOutput, context, [read] { read(QProcess::StandardOutput); });
     QObject::connect(&process, &QProcess::readyReadStandardError, context, [read] { read(QProcess::StandardError); });
 }

@@ -40,9 +40,8 @@ private Q_SLOTS:
         QFETCH4(QString, script, int, silenceMs, int, totalMs, QString, fault);
         constexpr qint64 OutputBytes = 200'000;
         const QTemporaryDir folder;
-        const ChildResult result =
-            RunChild(u"bash"_s, {u"-c"_s, u"echo $$ >group; "_s + script}, folder.path(),
-                     {.outputBytes = OutputBytes, .silenceMs = silenceMs, .totalMs = totalMs});
+        const ChildResult result = RunChild(u"bash"_s, {u"-c"_s, u"echo $$ >group; "_s + script}, folder.path(),
+                                            {.outputBytes = OutputBytes, .silenceMs = silenceMs, .totalMs = totalMs});
         QCOMPARE(result.fault, fault);
         QVERIFY(!result.succeeded);
         QVERIFY(result.output.size() + result.errors.size() <= OutputBytes);
@@ -60,11 +59,10 @@ private Q_SLOTS:
         qputenv("LANGUAGE", "ko");
         const int ours = open("/dev/null", O_RDONLY);
         // The one that it leaves behind holds its output open.
-        const ChildResult result =
-            RunChild(u"bash"_s,
-                     {u"-c"_s, u"cat; echo \"$LC_ALL $LANGUAGE.\"; ulimit -Hc; (setsid sleep 20 &); "
-                               "[ -e /proc/$$/fd/%1 ] || echo '다 닫힘' >&2; (: </dev/tty) || echo alone >&2"_s.arg(ours)},
-                     u"/"_s, {.silenceMs = 10'000});
+        const QString script = u"cat; echo \"$LC_ALL $LANGUAGE.\"; ulimit -Hc; (setsid sleep 20 &)\n"
+                               "[ -e /proc/$$/fd/%1 ] || echo '다 닫힘' >&2\n"
+                               "read -r _ _ _ _ _ session _ </proc/$$/stat; [ $session = $$ ] && echo alone >&2"_s;
+        const ChildResult result = RunChild(u"bash"_s, {u"-c"_s, script.arg(ours)}, u"/"_s, {.silenceMs = 10'000});
         close(ours);
         QCOMPARE(result.fault, QString());
         QVERIFY(result.succeeded);
@@ -87,7 +85,9 @@ private Q_SLOTS:
         QCOMPARE(RunChild(u"no-such-program"_s, {}, {}, {}).fault, u"no-such-program을(를) 실행할 수 없습니다.!!"_s);
         std::stop_source stop;
         stop.request_stop();
-        QCOMPARE(RunChild(u"sleep"_s, {u"1000"_s}, {}, {}, stop.get_token()).fault, u"sleep을(를) 그만두었습니다."_s);
+        // Also while there is always something to read.
+        QCOMPARE(RunChild(u"yes"_s, {}, {}, {.outputBytes = 1 << 30}, stop.get_token()).fault,
+                 u"yes을(를) 그만두었습니다."_s);
     }
 };
 
