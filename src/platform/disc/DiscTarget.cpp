@@ -54,7 +54,7 @@ DiscMedium DiscTarget::Medium() const
         medium.reason = u"이미지를 저장할 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(NativePath(folder));
         return medium;
     }
-    XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s});
+    XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s}, XorrisoRun::LongestLookMs);
     if (!run.Await()) {
         DiscMedium none;
         none.reason = run.Reason();

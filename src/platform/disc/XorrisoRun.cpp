@@ -1,21 +1,28 @@
 #include "platform/disc/XorrisoRun.h"
 
+#include "platform/process/child_process.h"
+
 #include <QEventLoop>
 #include <QFile>
 #include <QRegularExpression>
 #include <QStandardPaths>
 
 #include <array>
-#include <csignal>
-
-#include <sys/prctl.h>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString Name = u"xorriso"_s;
+
 /// Closing a medium is reported each second; a drive that says nothing for so long won't come back.
 constexpr int LongestSilenceMs = 180000;
+/// Six hours of progress at ten lines a second are half of it.
+constexpr qint64 OutputBytes = qint64(64) << 20;
+/// The list of a disc with some hundred thousand files.
+constexpr qsizetype ResultBytes = qsizetype(16) << 20;
+/// What it knows of the files is in it; a piece of the disc that it keeps in hand has a few megabytes.
+constexpr qint64 MemoryBytes = qint64(1) << 30;
 
 const QStringList& FirstCommands()
 {
@@ -30,36 +37,33 @@ const QStringList& FirstCommands()
 
 QString XorrisoRun::Program()
 {
-    return QStandardPaths::findExecutable(u"xorriso"_s);
+    return ProgramPath(u"xorriso"_s);
 }
 
-XorrisoRun::XorrisoRun(const QStringList& commands, QObject* parent) : QObject(parent), m_process(new QProcess)
+XorrisoRun::XorrisoRun(const QStringList& commands, int longestMs) : m_process(new QProcess)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
-    m_process->setProcessEnvironment(environment);
+    PrepareChild(*m_process, MemoryBytes);
     m_process->setProgram(Program());
     m_process->setArguments(FirstCommands() + commands + QStringList{u"-end"_s});
-    m_process->setStandardInputFile(QProcess::nullDevice());
-    m_process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    m_silence.setSingleShot(true);
     m_silence.setInterval(LongestSilenceMs);
-    connect(&m_silence, &QTimer::timeout, this, [this] {
-        m_ownFault = u"CD드라이브가 응답하지 않습니다.!!"_s;
-        m_process->kill();
-        End(false);
-    });
-    connect(m_process, &QProcess::readyReadStandardError, this, &XorrisoRun::ReadNotes);
+    connect(&m_silence, &QTimer::timeout, this, [this] { GiveUp(u"CD드라이브가 응답하지 않습니다.!!"_s); });
+    m_total.setInterval(longestMs);
+    connect(&m_total, &QTimer::timeout, this, [this] { GiveUp(QString::fromUtf16(EndlessChildText).arg(Name)); });
+    for (QTimer* timer : {&m_silence, &m_total})
+        timer->setSingleShot(true);
+    TakeOutput(
+        *m_process, this, OutputBytes,
+        [this](QProcess::ProcessChannel channel, const QByteArray& more) { TakePrinted(channel, more); },
+        [this] { GiveUp(QString::fromUtf16(BabblingChildText).arg(Name)); });
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error != QProcess::FailedToStart)
             return;
-        m_ownFault = u"xorriso를 실행할 수 없습니다.!!\n(%1)"_s.arg(m_process->errorString());
-        End(false);
+        GiveUp(u"xorriso를 실행할 수 없습니다.!!\n(%1)"_s.arg(m_process->errorString()));
     });
     connect(m_process, &QProcess::finished, this, [this](int code, QProcess::ExitStatus status) {
-        ReadNotes();
-        m_results = QString::fromUtf8(m_process->readAllStandardOutput()).split(u'\n', Qt::SkipEmptyParts);
-        if (status != QProcess::NormalExit)
+        TakePrinted(QProcess::StandardError, "\n"); // A line that it couldn't end any more.
+        m_results = LinesOf(m_resultBytes);
+        if (status != QProcess::NormalExit && m_ownFault.isEmpty())
             m_ownFault = u"xorriso가 도중에 끝났습니다.!!"_s;
         End(status == QProcess::NormalExit && code == 0);
     });
@@ -74,18 +78,19 @@ XorrisoRun::~XorrisoRun()
     }
     // Deleting a running one would wait for it, and a drive in trouble can hold it for long.
     connect(m_process, &QProcess::finished, m_process, &QObject::deleteLater);
-    m_process->kill();
+    KillChild(*m_process);
 }
 
 void XorrisoRun::Start()
 {
     m_silence.start();
+    m_total.start();
     m_process->start();
 }
 
 void XorrisoRun::Kill()
 {
-    m_process->kill();
+    KillChild(*m_process);
 }
 
 bool XorrisoRun::Await()
@@ -99,13 +104,13 @@ bool XorrisoRun::Await()
 
 QString XorrisoRun::Reason() const
 {
-    return m_ownFault.isEmpty() ? KoreanReason(m_faults) : m_ownFault;
+    return m_ownFault.isEmpty() ? KoreanReason(m_faults.All()) : m_ownFault;
 }
 
 QString XorrisoRun::Told(const QString& label) const
 {
-    for (const QStringList* lines : {&m_notes, &m_results}) {
-        for (const QString& line : *lines) {
+    for (const QStringList& lines : {m_notes.All(), m_results}) {
+        for (const QString& line : lines) {
             const qsizetype colon = line.indexOf(u':');
             if (colon > 0 && line.left(colon).trimmed() == label)
                 return line.mid(colon + 1).trimmed();
@@ -122,15 +127,17 @@ qint64 XorrisoRun::ReadBytes() const
     return account.readLine().mid(qsizetype(qstrlen("rchar: "))).trimmed().toLongLong();
 }
 
-void XorrisoRun::ReadNotes()
+void XorrisoRun::TakePrinted(QProcess::ProcessChannel channel, const QByteArray& more)
 {
     m_silence.start();
-    m_noteBytes += m_process->readAllStandardError();
-    for (qsizetype end = m_noteBytes.indexOf('\n'); end >= 0; end = m_noteBytes.indexOf('\n')) {
-        const QByteArray line = m_noteBytes.left(end);
-        m_noteBytes.remove(0, end + 1);
-        TakeNote(QString::fromUtf8(line).trimmed());
+    if (channel == QProcess::StandardError) {
+        for (const QString& line : m_noteLines.Take(more))
+            TakeNote(line);
+        return;
     }
+    m_resultBytes += more;
+    if (m_resultBytes.size() > ResultBytes)
+        GiveUp(QString::fromUtf16(BabblingChildText).arg(Name));
 }
 
 void XorrisoRun::TakeNote(const QString& line)
@@ -149,12 +156,22 @@ void XorrisoRun::TakeNote(const QString& line)
         m_notes << line;
 }
 
+void XorrisoRun::GiveUp(const QString& fault)
+{
+    if (m_ended)
+        return;
+    m_ownFault = fault;
+    KillChild(*m_process);
+    End(false);
+}
+
 void XorrisoRun::End(bool succeeded)
 {
     if (m_ended)
         return;
     m_ended = true;
     m_silence.stop();
+    m_total.stop();
     m_succeeded = succeeded;
     Q_EMIT Ended();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QElapsedTimer>
+#include "platform/process/output_lines.h"
+
 #include <QObject>
 #include <QProcess>
 #include <QStringList>
@@ -10,7 +11,7 @@
 inline constexpr qint64 SectorBytes = 2048;
 
 /// The program xorriso at one piece of work, as a child process that ends with this process. Its output is read line by
-/// line; names are UTF-8 whatever the locale of the station.
+/// line, and a program that prints or runs without end is ended; names are UTF-8 whatever the locale of the station.
 class XorrisoRun : public QObject
 {
     Q_OBJECT
@@ -19,8 +20,13 @@ public:
     /// Path of the program; empty when it isn't installed.
     static QString Program();
 
+    /// From start to end: more than a disc of two layers takes at its lowest speed, with each sector read back.
+    static constexpr int LongestWritingMs = 6 * 3600 * 1000;
+    /// The same of a run that only looks at the medium.
+    static constexpr int LongestLookMs = 600'000;
+
     /// `commands` follow those that every run begins with.
-    explicit XorrisoRun(const QStringList& commands, QObject* parent = nullptr);
+    explicit XorrisoRun(const QStringList& commands, int longestMs = LongestWritingMs);
     /// Ends the child without waiting for a drive that doesn't answer.
     ~XorrisoRun() override;
 
@@ -49,16 +55,19 @@ Q_SIGNALS:
     void Ended();
 
 private:
-    void ReadNotes();
+    void TakePrinted(QProcess::ProcessChannel channel, const QByteArray& more);
     void TakeNote(const QString& line);
+    void GiveUp(const QString& fault);
     void End(bool succeeded);
 
     QProcess* m_process;
     QTimer m_silence;
-    QByteArray m_noteBytes;
-    QStringList m_notes;
-    QStringList m_faults; ///< What the program told of what went wrong, in its own words.
-    QString m_ownFault;   ///< What went wrong with the program itself.
+    QTimer m_total;
+    LineSplitter m_noteLines;
+    KeptLines m_notes;
+    KeptLines m_faults; ///< What the program told of what went wrong, in its own words.
+    QString m_ownFault; ///< What went wrong with the program itself.
+    QByteArray m_resultBytes;
     QStringList m_results;
     bool m_succeeded = false;
     bool m_ended = false;

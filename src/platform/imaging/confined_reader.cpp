@@ -1,6 +1,7 @@
 #include "platform/imaging/confined_reader.h"
 
 #include "platform/imaging/pixel_stream.h"
+#include "platform/process/child_process.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -87,9 +88,10 @@ Answer Run(int descriptor, const QStringList& arguments)
         return {};
     const QDeadlineTimer deadline(picturelimits::LongestWaitMs);
     QProcess process;
+    // It limits itself, also in what it runs.
+    PrepareChild(process, NoMemoryLimit, descriptor);
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setProcessEnvironment(QProcessEnvironment());
-    process.setChildProcessModifier([descriptor] { dup2(descriptor, STDIN_FILENO); });
     process.start(program, arguments);
     Answer answer;
     if (process.waitForStarted(picturelimits::LongestWaitMs))
@@ -100,7 +102,7 @@ Answer Run(int descriptor, const QStringList& arguments)
         if (isOutOfTime || deadline.hasExpired())
             answer.outcome = Outcome::TooSlow;
     }
-    process.kill();
+    KillChild(process);
     process.waitForFinished();
     return answer;
 }

@@ -3,12 +3,12 @@
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"
+#include "platform/process/child_process.h"
 #include "platform/sql/database.h"
 #include "platform/sql/TableKeeper.h"
 
 #include <QDir>
 #include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
 
 #include <fcntl.h>
@@ -21,19 +21,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int ProgramPatienceMs = 60'000;
+/// It may wait for the lock of the list of users, and says nothing meanwhile.
+constexpr ChildLimits UserModLimits{.silenceMs = 60'000};
 /// People's numbers begin here (login.defs).
 constexpr uid_t FirstPerson = 1000;
 constexpr uid_t LastPerson = 59'999;
 
 void AddToGroup(const QString& user, const QString& groups)
 {
-    QProcess process;
-    process.start(u"usermod"_s, {u"-aG"_s, groups, user});
-    if (!process.waitForFinished(ProgramPatienceMs))
-        throw PlatformError(u"usermod을(를) 실행할 수 없습니다.!! (%1)"_s.arg(process.errorString()));
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
-        throw PlatformError(QString::fromUtf8(process.readAllStandardError()).trimmed());
+    const ChildResult result = RunChild(u"usermod"_s, {u"-aG"_s, groups, user}, QString(), UserModLimits);
+    if (!result.fault.isEmpty())
+        throw PlatformError(result.fault);
+    if (!result.succeeded)
+        throw PlatformError(u"%1을(를) %2 그룹에 넣지 못했습니다.!! (%3)"_s.arg(
+            user, groups, QString::fromUtf8(result.errors).trimmed()));
 }
 
 /// Through the socket of this machine's server. Throws PlatformError.

@@ -115,6 +115,15 @@ private Q_SLOTS:
             u"CD드라이브에 CD가 없습니다.!!"_s);
         row("for a reason never heard of", u"libburn : FATAL : <img src=x> "_s + QString(10000, u'x'),
             u"xorriso가 오류를 알렸습니다.!!\n(libburn : FATAL : <img src=x> xx"_s);
+        QTest::newRow("the reason comes behind many others")
+            << u"%1 && { yes 'libburn : SORRY : again' | head -n 5000; echo 'libburn : FATAL : no medium'; exit 5; } >&2"_s
+                   .arg(writes)
+            << QStringList{u"CD드라이브에 CD가 없습니다.!!"_s};
+        const QString endless = u"쓰지 못했습니다.!!\nxorriso이(가) 끝없이 출력하여 중단하였습니다.!!"_s;
+        QTest::newRow("prints notes without end")
+            << u"%1 && exec yes 'libburn : FATAL : once more' >&2"_s.arg(writes) << QStringList{endless};
+        QTest::newRow("prints results without an end of the line")
+            << u"%1 && exec tr '\\0' x </dev/zero"_s.arg(writes) << QStringList{endless};
         QTest::newRow("the image's disk is full")
             << u"trap '' XFSZ; %1 && ulimit -f 200; exec $REAL \"$@\""_s.arg(writes)
             << QStringList{u"이미지를 저장할 디스크의 남은 공간이 부족합니다.!!\n(libburn"_s};
