@@ -15,7 +15,7 @@
 ///     --silent WHERE         says nothing more: connect, association, or the number of an object
 ///     --babble WHERE         association: any bytes, without end, in the place of an answer; giant: the length of 4 GB
 ///                            before them; store, giant-store: the same at the first object; fragments: an answer there
-///                            whose command never ends; matches: objects found, without end
+///                            with elements without end; matches: objects found, without end
 ///     --reject HOW           permanent, transient, called, calling
 ///     --refuse KIND          store, find: isn't agreed upon
 ///     --find-status A700     refuses each C-FIND
@@ -345,8 +345,8 @@ private:
             return Babble({});
         if (babble == "giant-store")
             return Babble(Bytes{4, '\0'} + Big(0xFFFFFFF0, 4) + Big(0xFFFFFFE0, 4) + static_cast<char>(context) + '\3');
-        while (babble == "fragments") {
-            if (!WritePart(context, 1, Bytes(16000, '\0')))
+        for (std::uint32_t tag = 0x00090001; babble == "fragments"; ++tag) {
+            if (!WritePart(context, 1, Element(tag, Bytes(16000, 'x'))))
                 return false;
         }
         const int status = Keep(Parsed(m_data, true), number);

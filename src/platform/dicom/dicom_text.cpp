@@ -1,5 +1,6 @@
 #include "platform/dicom/dicom_text.h"
 
+#include "contracts/PlatformError.h"
 #include "platform/profile/windows949.h"
 
 #include <QRegularExpression>
@@ -44,8 +45,8 @@ bool IsAscii(const QString& text)
 /// Letters of the family name at the beginning of one in Hangul.
 qsizetype FamilyLetters(const QString& name)
 {
-    static const QStringList two{u"남궁"_s, u"황보"_s, u"제갈"_s, u"사공"_s, u"선우"_s, u"서문"_s, u"독고"_s,
-                                 u"동방"_s, u"망절"_s, u"어금"_s, u"강전"_s, u"소봉"_s, u"장곡"_s};
+    static const QStringList two{u"남궁"_s, u"황보"_s, u"제갈"_s, u"사공"_s, u"선우"_s,
+                                 u"서문"_s, u"독고"_s, u"동방"_s, u"망절"_s};
     return name.size() > 2 && two.contains(name.left(2)) ? 2 : 1;
 }
 
@@ -64,20 +65,35 @@ std::pair<QString, QString> PartsOf(const QString& name)
 /// Bytes of a character of KS X 1001, or of ASCII; empty for any other. The code page has more syllables than the set.
 QByteArray KoreanCharacter(const QString& character)
 {
-    const QByteArray bytes = windows949::Encoded(character);
-    const auto isHigh = [](char byte) { return static_cast<unsigned char>(byte) >= 0xA1; };
     if (character.size() == 1 && character.front().unicode() < 0x80)
-        return bytes;
-    return bytes.size() == 2 && std::ranges::all_of(bytes, isHigh) ? bytes : QByteArray();
+        return character.toLatin1();
+    const auto isHigh = [](char byte) { return static_cast<unsigned char>(byte) >= 0xA1; };
+    try {
+        const QByteArray bytes = windows949::Encoded(character);
+        return bytes.size() == 2 && std::ranges::all_of(bytes, isHigh) ? bytes : QByteArray();
+    } catch (const PlatformError&) {
+        return {}; // Without the code page everything goes in Unicode.
+    }
 }
 
-QString Decoded(QByteArray value, const QByteArray& characters)
+QString DecodedKorean(QByteArray value)
 {
-    if (characters.contains("IR 192"))
-        return QString::fromUtf8(value);
-    if (!characters.contains("IR 149"))
+    try {
+        return windows949::Decoded(value.replace(Escape, ""));
+    } catch (const PlatformError&) {
         return QString::fromLatin1(value);
-    return windows949::Decoded(value.replace(Escape, ""));
+    }
+}
+
+QString Decoded(const QByteArray& value, const QByteArray& characters)
+{
+    if (characters.contains("IR 149"))
+        return DecodedKorean(value);
+    if (characters.contains("IR 100"))
+        return QString::fromLatin1(value);
+    // Not every server tells.
+    const QString text = QString::fromUtf8(value);
+    return characters.contains("IR 192") || !text.contains(QChar::ReplacementCharacter) ? text : DecodedKorean(value);
 }
 
 } // namespace
