@@ -141,14 +141,14 @@ DicomOutcome DcmtkKit::AskOfPeer(const DicomPeer& peer, bool isEcho, const std::
 DicomOutcome DcmtkKit::Open(const DicomPeer& peer, const std::stop_token& stop)
 {
     Close();
-    const DicomOutcome outcome = AskOfPeer(peer, false, stop);
+    DicomOutcome outcome = AskOfPeer(peer, false, stop);
     m_isOpen = outcome.kind == DicomOutcome::Accepted;
     return outcome;
 }
 
 DicomOutcome DcmtkKit::Echo(const DicomPeer& peer, const std::stop_token& stop)
 {
-    const DicomOutcome outcome = AskOfPeer(peer, true, stop);
+    DicomOutcome outcome = AskOfPeer(peer, true, stop);
     m_isOpen = m_isOpen && m_link.IsLiving();
     return outcome;
 }
@@ -182,9 +182,8 @@ DicomOutcome DcmtkKit::Find(const QString& study, const QString& series, qint64 
     if (!series.isEmpty())
         request[SeriesKey] = series.toLatin1();
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);
-    const DicomOutcome outcome = end == LinkProcess::End::Answered
-                                     ? OutcomeOfAnswer(answer, Asked::Find, DicomOutcome::Away)
-                                     : OutcomeOfEnd(end, {DicomOutcome::Away, Broken});
+    DicomOutcome outcome = end == LinkProcess::End::Answered ? OutcomeOfAnswer(answer, Asked::Find, DicomOutcome::Away)
+                                                             : OutcomeOfEnd(end, {DicomOutcome::Away, Broken});
     if (outcome.kind == DicomOutcome::Away)
         Close();
     return outcome;
@@ -198,10 +197,11 @@ DicomOutcome DcmtkKit::FindStudies(const QStringList& uids, QList<DicomFoundStud
     // One by one: not every server understands a list.
     for (const QString& uid : uids) {
         QCborMap answer;
-        const DicomOutcome outcome = Find(uid, {}, deadline.remainingTime(), answer, stop);
+        DicomOutcome outcome = Find(uid, {}, deadline.remainingTime(), answer, stop);
         if (outcome.kind != DicomOutcome::Accepted)
             return outcome;
-        for (const QCborValue& each : answer.value(MatchesKey).toArray()) {
+        const QCborArray matches = answer.value(MatchesKey).toArray();
+        for (const auto& each : matches) {
             const QCborArray match = each.toArray();
             const QString name = dicomtext::NameOf(match.at(2).toByteArray(), match.at(3).toByteArray());
             // A server may tell of more than it was asked for.
@@ -218,10 +218,11 @@ DicomOutcome DcmtkKit::FindPictures(const QString& study, const QString& series,
 {
     found.clear();
     QCborMap answer;
-    const DicomOutcome outcome = Find(study, series, FindingMs, answer, stop);
+    DicomOutcome outcome = Find(study, series, FindingMs, answer, stop);
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome;
-    for (const QCborValue& each : answer.value(MatchesKey).toArray()) {
+    const QCborArray matches = answer.value(MatchesKey).toArray();
+    for (const auto& each : matches) {
         const QCborArray match = each.toArray();
         const QByteArray uid = match.at(0).toByteArray();
         if (!uid.isEmpty())

@@ -36,7 +36,7 @@ const std::array Contexts{
 
 QByteArray Bounded(const char* text)
 {
-    return text == nullptr ? QByteArray() : QByteArray(text, qstrnlen(text, LongestText));
+    return text == nullptr ? QByteArray() : QByteArray(text, static_cast<qsizetype>(qstrnlen(text, LongestText)));
 }
 
 QByteArray TextOf(DcmItem* item, const DcmTagKey& tag)

@@ -34,7 +34,7 @@ bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
     auto table = std::make_unique<DcmPixelItem>(DcmTag(DCM_Item, EVR_OB));
     if (sequence->insert(table.get()).bad())
         return false;
-    table.release();
+    static_cast<void>(table.release());
     DcmOffsetList offsets;
     auto* coded = reinterpret_cast<Uint8*>(const_cast<char*>(frame.constData())); // It is only read.
     constexpr Uint32 OneFragment = 0;
@@ -44,7 +44,7 @@ bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
     pixels->putOriginalRepresentation(EXS_JPEGProcess1, nullptr, sequence.release());
     if (dataset.insert(pixels.get(), OFTrue).bad())
         return false;
-    pixels.release();
+    static_cast<void>(pixels.release());
     return true;
 }
 
@@ -52,7 +52,7 @@ bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
 
 bool pictureobject::Fill(DcmDataset& dataset, const QCborArray& elements, const QByteArray& frame)
 {
-    for (const QCborValue& each : elements) {
+    for (const auto& each : elements) {
         const QCborArray element = each.toArray();
         const auto tag = static_cast<Uint32>(element.at(0).toInteger());
         const DcmVR type(element.at(1).toByteArray().constData());
