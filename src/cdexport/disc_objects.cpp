@@ -51,7 +51,7 @@ QString StagedName(const QString& area, const QString& picture)
     return {};
 }
 
-/// On a thread of its own: reads, makes, copies.
+/// On a thread of its own: reads, makes, writes.
 QString MakeStaged(const QString& area, const QString& path, DicomPicture facts)
 {
     const QString name = StagedName(area, path);
@@ -59,14 +59,13 @@ QString MakeStaged(const QString& area, const QString& path, DicomPicture facts)
         return {};
     const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
     facts.takenAt = Files().LastModified(path).toLocalTime();
-    const QString made = kit->WorkFolder() + u"object"_s;
-    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, made, {});
+    QByteArray object;
+    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, object, {});
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome.reason;
     const QString folder = area + ObjectFolder + u'\\';
     MakeFolder(folder);
-    DeleteFile(folder + ObjectName(name));
-    Files().CopyToNewFile(made, folder + ObjectName(name), {});
+    Files().WriteWholeFile(folder + ObjectName(name), object);
     return {};
 }
 

@@ -8,6 +8,24 @@
 
 #include <stop_token>
 
+/// What tells a visit's study, and its patient, from every other one elsewhere. Once something has been given to others
+/// under it, it stays, whatever the setup says then.
+struct DicomIdentity
+{
+    QString institution; ///< Goes into the identifiers: two clinics' visits of one chart and day are two studies.
+    QString uidRoot;     ///< The clinic's own root of identifiers; empty: `2.25`, which needs no registration.
+    QString patientId;   ///< The chart, with the clinic's prefix where it has one.
+    QString issuer;      ///< Of the patient's number; may be empty.
+
+    bool operator==(const DicomIdentity&) const = default;
+};
+
+/// Character set of the texts in an object.
+enum class DicomCharacters {
+    Unicode, ///< `ISO_IR 192`
+    Korean,  ///< `\ISO 2022 IR 149` with its escapes; an object with other letters goes in Unicode.
+};
+
 /// A picture as another system is to know it. Texts as the clinic's tables have them; the adapter makes them harmless
 /// and cuts them to what the standard allows.
 struct DicomPicture
@@ -18,11 +36,12 @@ struct DicomPicture
     QString sex;       ///< "M" or "F"; empty when it isn't known.
     QString ymd;       ///< Date of the visit.
     QString section;
-    QDateTime takenAt; ///< Local time.
-    QString doctor;    ///< Name; may be empty.
-    QString institution;
-    QString clinic;  ///< Care institution number: two clinics' charts of one number are two patients.
-    QString uidRoot; ///< The clinic's own root of identifiers; empty: `2.25`, which needs no registration.
+    QDateTime takenAt;   ///< Local time.
+    QString doctor;      ///< Name; may be empty.
+    QString institution; ///< Name of the clinic.
+    DicomIdentity identity;
+    DicomCharacters characters = DicomCharacters::Unicode;
+    bool hasNameParts = false; ///< Korean names are told as family and given name.
     int number = 0;
 };
 
@@ -39,42 +58,73 @@ struct DicomOutcome
 {
     enum Kind {
         Accepted,
-        Refused, ///< It will be refused the next time too.
-        Away,    ///< Nobody answered, or something on this machine is in the way: it may pass later.
-        Cut,     ///< Something broke on this very object, such as the connection on its way: it may pass later.
+        Refused,     ///< This object, the next time too.
+        Passing,     ///< The server can't take it now, being full or at fault: it may pass.
+        KindRefused, ///< The server takes no objects of this kind.
+        PeerRefused, ///< The server wants nothing of this station.
+        Away,        ///< Nobody answered, or something on this machine is in the way: it may pass.
+        Cut,         ///< The connection broke, or fell silent, on this very object: it may pass.
     };
 
     Kind kind = Away;
-    /// It may be accepted another time.
-    bool MayPassLater() const { return kind == Away || kind == Cut; }
+    QString reason = {};     ///< For the operator, in Korean, one line; empty when accepted.
+    int status = NoStatus;   ///< The server's own word for it.
+    bool isOtherSet = false; ///< Accepted in Unicode, though another character set was wanted.
 
-    QString reason = {}; ///< For the operator, in Korean, one line; empty when accepted.
+    static constexpr int NoStatus = -1;
 };
 
-/// Pictures as DICOM objects. Each call blocks, never throws but where it says so, ends within its own limit of time,
-/// and at once, as `Away`, when a stop is asked for. While objects
-/// are sent, others may be made on another thread; apart from that one thread uses it at a time.
+/// An object that the server has.
+struct DicomFound
+{
+    QString uid;
+    int number = 0; ///< Of the instance in its series; 0 when the server doesn't tell.
+};
+
+/// A study that the server has.
+struct DicomFoundStudy
+{
+    QString uid;
+    QString patientId;
+    QString patientName; ///< Without the separators of its parts.
+};
+
+/// Pictures as DICOM objects, and the way to a server. Each call blocks, never throws, ends within its own limit of
+/// time and memory whatever the server sends, and at once, as `Away`, when a stop is asked for. One thread uses it at a
+/// time.
 class DicomKit
 {
 public:
     virtual ~DicomKit() = default;
 
-    /// A folder for objects on their way, which only this user can enter; ends in a separator. It goes with this
-    /// object, and what a killed process left there goes with the next one. Throws PlatformError.
-    virtual QString WorkFolder() = 0;
+    /// A connection to the server, on which pictures are stored and asked for; one that is open is closed before.
+    /// `Passing`: the server lets nobody in for now; `PeerRefused`: not this station.
+    virtual DicomOutcome Open(const DicomPeer& peer, const std::stop_token& stop) = 0;
+    /// Sends a picture file's content, whose coded data are taken over as they are, as one object, and gives the
+    /// server's answer. `Refused` without asking the server: content that no viewer has to understand, such as another
+    /// format than baseline JPEG. Behind `Away` and `Cut` the connection is closed.
+    virtual DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop) = 0;
+    /// Those of the studies with these identifiers that the server has. `KindRefused` by one that isn't to be asked.
+    virtual DicomOutcome FindStudies(const QStringList& uids, QList<DicomFoundStudy>& found,
+                                     const std::stop_token& stop) = 0;
+    /// The pictures of a study's one series that the server has.
+    virtual DicomOutcome FindPictures(const QString& study, const QString& series, QList<DicomFound>& found,
+                                      const std::stop_token& stop) = 0;
+    /// Nothing happens without a connection.
+    virtual void Close() = 0;
 
-    /// Makes an object file of a picture file's content, whose coded data are taken over as they are. Its path lies in
-    /// the work folder. Refused: content that no viewer has to understand, such as another format than baseline JPEG.
-    virtual DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, const QString& path,
-                                    const std::stop_token& stop) = 0;
-    /// Sends object files of the work folder in their order, and gives what became of each. Behind one that is away or
-    /// cut the others are away.
-    virtual QList<DicomOutcome> Send(const DicomPeer& peer, const QStringList& paths, const std::stop_token& stop) = 0;
-    /// Asks the server whether it is there.
+    /// Asks the server whether it is there, on a connection of its own.
     virtual DicomOutcome Echo(const DicomPeer& peer, const std::stop_token& stop) = 0;
+
+    /// Makes the whole content of an object file of a picture file's.
+    virtual DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, QByteArray& object,
+                                    const std::stop_token& stop) = 0;
     /// Writes the directory `DICOMDIR` of a folder's objects, which lie in its folder `DICOM` under names of digits;
     /// takes the directory away when there are none.
     virtual DicomOutcome MakeDirectory(const QString& folder, const std::stop_token& stop) = 0;
+
+    /// Takes away the folders with objects that killed processes of earlier releases have left on this machine.
+    virtual void RemoveLeftObjects() = 0;
 };
 
 /// Name under which `CreateObject` makes the kit.

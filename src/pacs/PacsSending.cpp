@@ -167,8 +167,10 @@ void PacsSending::HandOver(const QList<pacs::Item>& items)
                        sent = QSet(uids.begin(), uids.end()), stop = m_stop.get_token()] {
         QString fault;
         try {
-            if (*kit == nullptr)
+            if (*kit == nullptr) {
                 *kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
+                (*kit)->RemoveLeftObjects();
+            }
             pacs::SendBatch(**kit, peer, items, sent, stop,
                             [&self](qsizetype first, const QList<pacs::Result>& results) {
                                 PostToScreen([self, first, results] {
@@ -194,7 +196,7 @@ void PacsSending::TakeResults(qsizetype first, const QList<pacs::Result>& result
         const pacs::Result& result = results[at];
         TakeResult(m_underWay[first + at], result);
         isAnswered |= result.isAnswered;
-        if (result.outcome.MayPassLater() && !result.isGone && m_batchAway.isEmpty())
+        if (pacs::MayPassLater(result.outcome) && !result.isGone && m_batchAway.isEmpty())
             m_batchAway = result.outcome.reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : result.outcome.reason;
     }
     if (isAnswered) {

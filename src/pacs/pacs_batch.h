@@ -29,6 +29,9 @@ struct Result
     bool isAnswered = false; ///< By the server.
 };
 
+/// The picture may be taken another time.
+bool MayPassLater(const DicomOutcome& outcome);
+
 /// Hears what became of neighbours, the first of which has that place in the batch; on a thread of the batch's.
 using Hear = std::function<void(qsizetype first, const QList<Result>& results)>;
 

@@ -31,7 +31,7 @@ void TakeClinic(DicomPicture& facts, const QString& saup, const SaupRecords& pla
         place = places.begin();
     if (place == places.end())
         return;
-    facts.clinic = place->second.Yoyangno;
+    facts.identity.institution = place->second.Yoyangno;
     if (facts.institution.isEmpty())
         facts.institution = place->second.Hospital;
 }
@@ -46,7 +46,7 @@ DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsS
     facts.ymd = visit.ymd;
     facts.section = visit.etc;
     facts.institution = setup.Institution;
-    facts.uidRoot = setup.UidRoot;
+    facts.identity.uidRoot = setup.UidRoot;
     TakePatient(facts);
     const std::optional<DoctorRow> row = Trim(doctor).isEmpty() ? std::nullopt : LookupDoctor(doctor, visit.ymd);
     if (row)

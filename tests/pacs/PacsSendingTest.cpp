@@ -5,6 +5,7 @@
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"
 #include "support/EditorInABox.h"
+#include "support/PacsPeer.h"
 #include "support/PacsServer.h"
 
 #include <csignal>
@@ -136,10 +137,11 @@ private Q_SLOTS:
     /// What the server refuses waits for nobody, outlives the program, and goes when somebody wants it again.
     void ARefusedPictureIsSetAside()
     {
-        m_server->StartWithQuota(30'000);
-        NameServer(m_server->Port(), false);
+        PacsPeer peer;
+        peer.Start({u"--statuses"_s, u"C001"_s});
+        NameServer(peer.Port(), false);
         const Visit visit = VisitOfToday();
-        WriteWholeFile(visit.PicturePath(1), Noise());
+        WriteWholeFile(visit.PicturePath(1), StationInABox::Jpeg({64, 48}, Qt::blue));
         WriteWholeFile(visit.PicturePath(2), StationInABox::Jpeg({64, 48}, Qt::red));
         WriteWholeFile(visit.PicturePath(3), "no picture");
         QString notice;
@@ -152,14 +154,16 @@ private Q_SLOTS:
         auto sending = open();
         sending->VisitIsStored(visit, {1, 2, 3}, false);
         QTRY_COMPARE_WITH_TIMEOUT(notice, u"PACS 거부 2건"_s, 30000);
-        m_server->Stop();
-        m_server->Start();
+        peer.Start();
         sending.reset();
         sending = open();
         QTRY_COMPARE(notice, u"PACS 거부 2건"_s);
         sending->RetryRefused();
         QTRY_COMPARE_WITH_TIMEOUT(notice, u"PACS 거부 1건"_s, 30000);
-        QCOMPARE(m_server->NumbersAsTheyCame(), (QList<int>{2, 1}));
+        QStringList come;
+        for (const PacsPeer::Stored& each : peer.Objects())
+            come << QString::number(each.number) + u' ' + each.status;
+        QCOMPARE(come, (QStringList{u"1 C001"_s, u"2 0000"_s, u"1 0000"_s}));
     }
 
     /// A station that dies in the middle leaves the rest to the next start, and nothing of the patients beside it.
@@ -199,17 +203,6 @@ private Q_SLOTS:
     }
 
 private:
-    static QByteArray Noise()
-    {
-        QImage picture(640, 480, QImage::Format_RGB32);
-        QRandomGenerator random(1);
-        random.fillRange(reinterpret_cast<quint32*>(picture.bits()), picture.sizeInBytes() / 4);
-        QByteArray jpeg;
-        QBuffer buffer(&jpeg);
-        picture.save(&buffer, "JPEG", 90);
-        return jpeg;
-    }
-
     std::unique_ptr<EditorInABox> m_box;
     std::unique_ptr<PacsServer> m_server;
 };

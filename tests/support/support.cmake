@@ -19,6 +19,13 @@ target_link_libraries(station_test_support
     PRIVATE station_strict)
 set_target_properties(station_test_support PROPERTIES AUTOMOC OFF AUTORCC OFF)
 
+# A server for pictures that fails as a test wants.
+add_executable(pacs_peer "${support}/pacs_peer.cpp")
+target_link_libraries(pacs_peer PRIVATE station_strict)
+set_target_properties(pacs_peer PROPERTIES AUTOMOC OFF AUTORCC OFF)
+target_compile_definitions(station_test_support PUBLIC PACS_PEER="$<TARGET_FILE:pacs_peer>")
+add_dependencies(station_test_support pacs_peer)
+
 # A whole station for the tests of its rooms.
 add_library(station_box STATIC
     "${support}/FakeVideoCap.cpp" "${support}/FakeVideoCap.h" "${support}/StationInABox.cpp")

@@ -1,49 +1,111 @@
 #include "platform/dicom/DcmtkKit.h"
 
 #include "contracts/desktop.h"
-#include "contracts/dicom.h"
 #include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
-#include "platform/dicom/dataset_text.h"
 #include "platform/dicom/DcmtkRun.h"
+#include "platform/dicom/dicom_text.h"
 #include "platform/dicom/jpeg_frame.h"
+#include "platform/dicom/link_messages.h"
+#include "platform/dicom/picture_elements.h"
 #include "platform/dicom/register_dicom.h"
-#include "platform/dicom/store_report.h"
 
-#include <QScopeGuard>
-
-#include <atomic>
+#include <QCborArray>
+#include <QDeadlineTimer>
 
 using namespace Qt::StringLiterals;
+using namespace dicomlink;
+using peeranswers::Asked;
+using peeranswers::Reason;
 
 namespace {
 
-constexpr int MakingMs = 60000;
-/// A large picture on a slow line says nothing on its way.
-constexpr int SendingMs = 300000;
-/// Seconds: of the connection, of its agreement, of an answer, and of the network's silence.
-const QStringList SendingPatience{u"-to"_s, u"10"_s, u"-ta"_s, u"20"_s, u"-td"_s, u"60"_s, u"-ts"_s, u"60"_s};
-constexpr int EchoingMs = 30000;
-const QStringList EchoingPatience{u"-to"_s, u"5"_s, u"-ta"_s, u"5"_s, u"-td"_s, u"5"_s, u"-ts"_s, u"5"_s};
+constexpr qint64 MakingMs = 60'000;
+constexpr qint64 FindingMs = 120'000;
+/// A silent server isn't waited for at the end.
+constexpr qint64 ClosingMs = 3'000;
+/// Beyond the patience of the process itself, which is to answer.
+constexpr qint64 GraceMs = 5'000;
+constexpr qint64 StoreGraceMs = 10'000;
+/// On a slow line, in bytes a second.
+constexpr qint64 LeastSpeed = 100'000;
 
-const QString FolderPrefix = u"Dicom-"_s;
-const QString DatasetName = u"dataset.txt"_s;
-const QString FrameName = u"frame.jpg"_s;
+const QString Broken = u"PACS 서버와의 연결이 도중에 끊겼습니다.!!"_s;
 
-QString NameOf(const QString& path)
+QCborMap RequestOf(Request request)
 {
-    return path.mid(path.lastIndexOf(u'\\') + 1);
+    QCborMap map;
+    map[RequestKey] = static_cast<int>(request);
+    return map;
+}
+
+/// An outcome of what went wrong before there was an answer.
+DicomOutcome OutcomeOfEnd(LinkProcess::End end, const DicomOutcome& lost)
+{
+    switch (end) {
+    case LinkProcess::End::Missing:
+        return {DicomOutcome::Away, u"capture-station-dicom을(를) 실행할 수 없습니다.!!"_s};
+    case LinkProcess::End::Stopped:
+        return {DicomOutcome::Away, u"보내기를 그만두었습니다."_s};
+    case LinkProcess::End::Late:
+        return {lost.kind, Reason(lost.reason, u"응답 없음"_s)};
+    default:
+        return {lost.kind, Reason(lost.reason, u"capture-station-dicom"_s)};
+    }
+}
+
+DicomOutcome OutcomeOfAnswer(const QCborMap& answer, Asked asked, DicomOutcome::Kind broken)
+{
+    const int status = static_cast<int>(answer.value(StatusKey).toInteger(DicomOutcome::NoStatus));
+    const QByteArray comment = answer.value(CommentKey).toByteArray();
+    const QString told = QString::fromUtf8(comment);
+    switch (static_cast<Fault>(answer.value(FaultKey).toInteger(-1))) {
+    case Fault::None:
+        return peeranswers::OfStatus(asked, status, comment);
+    case Fault::Rejected:
+        return peeranswers::OfRejection(false, status);
+    case Fault::Busy:
+        return peeranswers::OfRejection(true, status);
+    case Fault::NoContext:
+        return peeranswers::OfNoContext(asked);
+    case Fault::Broken:
+        return {broken, Reason(Broken, told)};
+    case Fault::Gone:
+        return {DicomOutcome::Away, Reason(Broken, told)};
+    case Fault::Unreachable:
+        return {DicomOutcome::Away, Reason(u"PACS 서버에 연결할 수 없습니다.!!"_s, told)};
+    default:
+        return {DicomOutcome::Refused, Reason(u"DICOM 파일을 만들지 못했습니다.!!"_s, told)};
+    }
+}
+
+/// The picture's coded data and elements; gives the problem instead where no object can come of it.
+QString TakePicture(const QByteArray& content, const DicomPicture& picture, QCborMap& request, bool& isOtherSet)
+{
+    const JpegFrame frame = ReadJpegFrame(content);
+    if (!frame.problem.isEmpty())
+        return frame.problem;
+    if (frame.coded.size() > MostFrame)
+        return u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s;
+    const PictureElements made = ElementsOf(picture, InstanceUid(picture, content), frame);
+    QCborArray elements;
+    for (const DicomElement& element : made.elements)
+        elements.append(QCborArray{qint64(element.tag), element.type, element.value});
+    request[ElementsKey] = elements;
+    request[FrameKey] = frame.coded;
+    isOtherSet = made.isOtherSet;
+    return {};
 }
 
 /// What killed processes of this machine and user left: their folders hold patients' data.
 void RemoveLeftFolders(const QString& above)
 {
     for (const FolderEntry& entry : Files().Entries(above)) {
-        if (!entry.IsFolder || !entry.Name.startsWith(FolderPrefix))
+        if (!entry.IsFolder || !entry.Name.startsWith(u"Dicom-"_s))
             continue;
         const QString mark = entry.Name.section(u'-', 1, 1);
         if (Files().HolderOf(mark) == Holder::Dead && Files().ForeignOwner(above + entry.Name).isEmpty())
@@ -51,95 +113,149 @@ void RemoveLeftFolders(const QString& above)
     }
 }
 
-DicomOutcome FaultOf(const DcmtkResult& result)
-{
-    if (!result.fault.isEmpty())
-        return {DicomOutcome::Away, result.fault};
-    return {DicomOutcome::Away, PeerReason(result.lines)};
-}
-
 } // namespace
 
 DcmtkKit::~DcmtkKit()
 {
-    if (m_folder.isEmpty())
-        return;
-    journal::NotingFaults(
-        [&] { Files().DeleteEntry(UseService<Desktop>().ProgramFolder() + u'\\', NameOf(m_folder.chopped(1))); });
+    Close();
 }
 
-QString DcmtkKit::WorkFolder()
+DicomOutcome DcmtkKit::AskOfPeer(const DicomPeer& peer, bool isEcho, const std::stop_token& stop)
 {
-    if (!m_folder.isEmpty())
-        return m_folder;
-    static std::atomic<int> made = 0;
-    const QString above = UseService<Desktop>().ProgramFolder() + u'\\';
-    journal::NotingFaults([&] { RemoveLeftFolders(above); });
-    const QString folder = above + FolderPrefix + Files().ProcessMark() + u'-' + QString::number(++made) + u'\\';
-    Files().MakePrivateFolder(folder);
-    return m_folder = folder;
+    QCborMap request = RequestOf(isEcho ? Request::Echo : Request::Open);
+    request[HostKey] = peer.host;
+    request[PortKey] = peer.port;
+    request[CalledKey] = peer.calledAet.toUtf8();
+    request[CallingKey] = peer.callingAet.toUtf8();
+    request[ConnectSecondsKey] = m_patience.connectSeconds;
+    request[AgreeSecondsKey] = m_patience.agreeSeconds;
+    request[AnswerSecondsKey] = m_patience.answerSeconds;
+    const qint64 patienceMs = (m_patience.connectSeconds + m_patience.agreeSeconds) * 1000LL + GraceMs;
+    QCborMap answer;
+    const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);
+    if (end != LinkProcess::End::Answered)
+        return OutcomeOfEnd(end, {DicomOutcome::Away, u"PACS 서버에 연결할 수 없습니다.!!"_s});
+    return OutcomeOfAnswer(answer, Asked::Echo, DicomOutcome::Away);
 }
 
-DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture& picture, const QString& path,
-                                  const std::stop_token& stop)
+DicomOutcome DcmtkKit::Open(const DicomPeer& peer, const std::stop_token& stop)
 {
-    const JpegFrame frame = ReadJpegFrame(content);
-    if (!frame.problem.isEmpty())
-        return {DicomOutcome::Refused, frame.problem};
-    try {
-        const QString folder = WorkFolder();
-        const auto clean = qScopeGuard([&folder] {
-            for (const QString& name : {DatasetName, FrameName}) {
-                journal::NotingFaults([&] { DeleteFile(folder + name); });
-            }
-        });
-        Files().WritePrivateFile(folder + FrameName, frame.coded);
-        const QByteArray dataset = DatasetText(picture, InstanceUid(picture, content), frame, FrameName);
-        Files().WritePrivateFile(folder + DatasetName, dataset);
-        const DcmtkResult result = RunDcmtk(u"dump2dcm"_s, {DatasetName, NameOf(path)}, folder, MakingMs, stop);
-        if (result.succeeded)
-            return {DicomOutcome::Accepted};
-        DeleteFile(path);
-        if (!result.fault.isEmpty())
-            return {DicomOutcome::Away, result.fault};
-        // It may quote a line of the data set.
-        return {DicomOutcome::Cut, u"DICOM 파일을 만들지 못했습니다.!!"_s};
-    } catch (const PlatformError& error) {
-        return {DicomOutcome::Away, error.Text()};
-    }
-}
-
-QList<DicomOutcome> DcmtkKit::Send(const DicomPeer& peer, const QStringList& paths, const std::stop_token& stop)
-{
-    QString folder;
-    try {
-        folder = WorkFolder();
-    } catch (const PlatformError& error) {
-        return QList<DicomOutcome>(paths.size(), {DicomOutcome::Away, error.Text()});
-    }
-    QStringList names;
-    for (const QString& path : paths)
-        names << NameOf(path);
-    const QStringList arguments =
-        QStringList{u"-v"_s, u"-nh"_s, u"-R"_s, u"-xy"_s} + SendingPatience +
-        QStringList{u"-aet"_s, peer.callingAet, u"-aec"_s, peer.calledAet, peer.host, QString::number(peer.port)} +
-        names;
-    const DcmtkResult result = RunDcmtk(u"storescu"_s, arguments, folder, SendingMs, stop);
-    QList<DicomOutcome> outcomes = OutcomesOfReport(result.lines, names);
-    for (DicomOutcome& outcome : outcomes) {
-        if (outcome.MayPassLater() && !result.fault.isEmpty())
-            outcome.reason = result.fault;
-    }
-    return outcomes;
+    Close();
+    DicomOutcome outcome = AskOfPeer(peer, false, stop);
+    m_isOpen = outcome.kind == DicomOutcome::Accepted;
+    return outcome;
 }
 
 DicomOutcome DcmtkKit::Echo(const DicomPeer& peer, const std::stop_token& stop)
 {
-    const QStringList arguments =
-        QStringList{u"-v"_s} + EchoingPatience +
-        QStringList{u"-aet"_s, peer.callingAet, u"-aec"_s, peer.calledAet, peer.host, QString::number(peer.port)};
-    const DcmtkResult result = RunDcmtk(u"echoscu"_s, arguments, QString(), EchoingMs, stop);
-    return result.succeeded ? DicomOutcome{DicomOutcome::Accepted} : FaultOf(result);
+    DicomOutcome outcome = AskOfPeer(peer, true, stop);
+    m_isOpen = m_isOpen && m_link.IsLiving();
+    return outcome;
+}
+
+DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop)
+{
+    QCborMap request = RequestOf(Request::Store);
+    bool isOtherSet = false;
+    if (const QString problem = TakePicture(content, picture, request, isOtherSet); !problem.isEmpty())
+        return {DicomOutcome::Refused, problem};
+    if (!m_isOpen)
+        return {DicomOutcome::Away, u"PACS 서버에 연결되어 있지 않습니다.!!"_s};
+    QCborMap answer;
+    const qint64 patienceMs = m_patience.answerSeconds * 1000LL + StoreGraceMs + content.size() * 1000 / LeastSpeed;
+    const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);
+    DicomOutcome outcome = end == LinkProcess::End::Answered ? OutcomeOfAnswer(answer, Asked::Store, DicomOutcome::Cut)
+                                                             : OutcomeOfEnd(end, {DicomOutcome::Cut, Broken});
+    outcome.isOtherSet = isOtherSet && outcome.kind == DicomOutcome::Accepted;
+    if (outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut)
+        Close();
+    return outcome;
+}
+
+DicomOutcome DcmtkKit::Find(const QString& study, const QString& series, qint64 patienceMs, QCborMap& answer,
+                            const std::stop_token& stop)
+{
+    if (!m_isOpen)
+        return {DicomOutcome::Away, u"PACS 서버에 연결되어 있지 않습니다.!!"_s};
+    QCborMap request = RequestOf(Request::Find);
+    request[StudyKey] = study.toLatin1();
+    if (!series.isEmpty())
+        request[SeriesKey] = series.toLatin1();
+    const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);
+    DicomOutcome outcome = end == LinkProcess::End::Answered ? OutcomeOfAnswer(answer, Asked::Find, DicomOutcome::Away)
+                                                             : OutcomeOfEnd(end, {DicomOutcome::Away, Broken});
+    if (outcome.kind == DicomOutcome::Away)
+        Close();
+    return outcome;
+}
+
+DicomOutcome DcmtkKit::FindStudies(const QStringList& uids, QList<DicomFoundStudy>& found, const std::stop_token& stop)
+{
+    found.clear();
+    QList<DicomFoundStudy> matching;
+    const QDeadlineTimer deadline(FindingMs);
+    // One by one: not every server understands a list.
+    for (const QString& uid : uids) {
+        QCborMap answer;
+        DicomOutcome outcome = Find(uid, {}, deadline.remainingTime(), answer, stop);
+        if (outcome.kind != DicomOutcome::Accepted)
+            return outcome;
+        const QCborArray matches = answer.value(MatchesKey).toArray();
+        for (const auto& each : matches) {
+            const QCborArray match = each.toArray();
+            const QString name = dicomtext::NameOf(match.at(2).toByteArray(), match.at(3).toByteArray());
+            // A server may tell of more than it was asked for.
+            if (match.at(0).toByteArray() == uid.toLatin1())
+                matching.append({uid, QString::fromUtf8(match.at(1).toByteArray()).trimmed(), name});
+        }
+    }
+    found = matching;
+    return {DicomOutcome::Accepted};
+}
+
+DicomOutcome DcmtkKit::FindPictures(const QString& study, const QString& series, QList<DicomFound>& found,
+                                    const std::stop_token& stop)
+{
+    found.clear();
+    QCborMap answer;
+    DicomOutcome outcome = Find(study, series, FindingMs, answer, stop);
+    if (outcome.kind != DicomOutcome::Accepted)
+        return outcome;
+    const QCborArray matches = answer.value(MatchesKey).toArray();
+    for (const auto& each : matches) {
+        const QCborArray match = each.toArray();
+        const QByteArray uid = match.at(0).toByteArray();
+        if (!uid.isEmpty())
+            found.append({QString::fromLatin1(uid), match.at(1).toByteArray().trimmed().toInt()});
+    }
+    return outcome;
+}
+
+void DcmtkKit::Close()
+{
+    if (!std::exchange(m_isOpen, false) || !m_link.IsLiving())
+        return;
+    QCborMap answer;
+    m_link.Ask(RequestOf(Request::Close), answer, MostPlain, ClosingMs, {});
+}
+
+DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture& picture, QByteArray& object,
+                                  const std::stop_token& stop)
+{
+    QCborMap request = RequestOf(Request::Make);
+    DicomOutcome outcome;
+    if (const QString problem = TakePicture(content, picture, request, outcome.isOtherSet); !problem.isEmpty())
+        return {DicomOutcome::Refused, problem};
+    QCborMap answer;
+    const LinkProcess::End end = m_link.Ask(request, answer, MostMessage, MakingMs, stop);
+    m_isOpen = m_isOpen && end == LinkProcess::End::Answered;
+    if (end != LinkProcess::End::Answered)
+        return OutcomeOfEnd(end, {DicomOutcome::Cut, u"DICOM 파일을 만들지 못했습니다.!!"_s});
+    object = answer.value(ObjectKey).toByteArray();
+    if (object.isEmpty())
+        return OutcomeOfAnswer(answer, Asked::Store, DicomOutcome::Cut);
+    outcome.kind = DicomOutcome::Accepted;
+    return outcome;
 }
 
 DicomOutcome DcmtkKit::MakeDirectory(const QString& folder, const std::stop_token& stop)
@@ -158,11 +274,20 @@ DicomOutcome DcmtkKit::MakeDirectory(const QString& folder, const std::stop_toke
             return {DicomOutcome::Accepted};
         // The profile for compressed pictures; the visits have no time, which a directory can't do without.
         const DcmtkResult result =
-            RunDcmtk(u"dcmmkdir"_s, QStringList{u"-Pdv"_s, u"+I"_s} + objects, folder, MakingMs, stop);
-        return result.succeeded ? DicomOutcome{DicomOutcome::Accepted} : FaultOf(result);
+            RunDcmtk(u"dcmmkdir"_s, QStringList{u"-Pdv"_s, u"+I"_s} + objects, folder, int(MakingMs), stop);
+        if (result.succeeded)
+            return {DicomOutcome::Accepted};
+        const QString told = result.lines.isEmpty() ? QString() : result.lines.last();
+        return {DicomOutcome::Away,
+                result.fault.isEmpty() ? Reason(u"DICOMDIR을 만들지 못했습니다.!!"_s, told) : result.fault};
     } catch (const PlatformError& error) {
         return {DicomOutcome::Away, error.Text()};
     }
+}
+
+void DcmtkKit::RemoveLeftObjects()
+{
+    journal::NotingFaults([] { RemoveLeftFolders(UseService<Desktop>().ProgramFolder() + u'\\'); });
 }
 
 void RegisterDicom()

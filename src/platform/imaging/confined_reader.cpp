@@ -1,12 +1,10 @@
 #include "platform/imaging/confined_reader.h"
 
+#include "frame/own_program.h"
 #include "platform/imaging/pixel_stream.h"
 #include "platform/process/child_process.h"
 
-#include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QFileInfo>
 #include <QProcess>
 
 #include <csignal>
@@ -111,15 +109,7 @@ Answer Run(int descriptor, const QStringList& arguments)
 
 QString confinedreader::ReaderProgram()
 {
-    QDir folder(QCoreApplication::applicationDirPath());
-    for (int level = 0; level < 4; ++level) {
-        QString program = folder.filePath(u"libexec/capture-station-reader"_s);
-        if (QFileInfo(program).isExecutable())
-            return program;
-        if (!folder.cdUp())
-            break;
-    }
-    return {};
+    return OwnProgram(u"capture-station-reader"_s);
 }
 
 Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish)

@@ -3,11 +3,16 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/register_dicom.h"
 #include "platform/files/LocalFiles.h"
+#include "support/PacsPeer.h"
 #include "support/PacsServer.h"
 #include "support/PictureFiles.h"
 #include "support/ScriptedDesktop.h"
+
+#include <sys/resource.h>
+#include <thread>
 
 using namespace Qt::StringLiterals;
 
@@ -58,7 +63,7 @@ DicomPicture Gildong()
     picture.takenAt = QDateTime(QDate(2026, 11, 24), QTime(10, 11, 12));
     picture.doctor = u"김의사"_s;
     picture.institution = u"한국의원"_s;
-    picture.clinic = u"31100001"_s;
+    picture.identity.institution = u"31100001"_s;
     picture.number = 7;
     return picture;
 }
@@ -102,12 +107,8 @@ private Q_SLOTS:
         picture.patientName = name;
         if (name.isEmpty())
             picture.birthDate = picture.sex = picture.doctor = picture.institution = QString();
-        const QString path = m_kit->WorkFolder() + u"1.dcm"_s;
-        const DicomOutcome outcome = m_kit->MakeObject(content, picture, path, {});
-        QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
-        const QString verdict = PacsServer::Run(u"dciodvfy"_s, {NativePath(path)});
-        QVERIFY2(verdict.contains(u"VLEndoscopicImage"_s) && !verdict.contains(u"Error"_s), qPrintable(verdict));
-        const auto element = [&path](const char* tag) { return PacsServer::Element(NativePath(path), tag); };
+        const QByteArray object = Made(content, picture);
+        const auto element = [this](const char* tag) { return PacsServer::Element(ObjectPath(), tag); };
         QCOMPARE(element("0010,0010"), shown);
         QCOMPARE(element("0010,0040"), picture.sex);
         QCOMPARE(element("0010,0020"), picture.chart);
@@ -115,13 +116,45 @@ private Q_SLOTS:
         const QImage decoded = QImage::fromData(content);
         QCOMPARE(element("0028,0010") + u' ' + element("0028,0011"),
                  u"%1 %2"_s.arg(decoded.height()).arg(decoded.width()));
-        const QByteArray object = Files().ReadFile(path);
         QVERIFY(object.contains(FromFirstTable(content)));
         QVERIFY(!object.contains("Exif"));
-        // Nothing of the patient stays behind but in the object.
-        QCOMPARE(Files().Entries(m_kit->WorkFolder()).size(), 1);
-        QCOMPARE(QFileInfo(NativePath(m_kit->WorkFolder())).permissions() & (QFile::ReadGroup | QFile::ReadOther),
-                 QFile::Permissions());
+    }
+
+    /// A server of the clinic's shows the names as they are, in the character set and the parts that it wants.
+    void TextsStandInTheWantedSet_data()
+    {
+        Columns<QString, QByteArray, bool>("name", "stored", "isUnicode");
+        const QByteArray hong = "\x1B$)C\xC8\xAB";
+        QTest::newRow("홍길동") << u"홍길동"_s << "==" + hong + "^\x1B$)C\xB1\xE6\xB5\xBF" << false;
+        QTest::newRow("제갈공명") << u"제갈공명"_s << QByteArray("==\x1B$)C\xC1\xA6\xB0\xA5^\x1B$)C\xB0\xF8\xB8\xED")
+                                  << false;
+        QTest::newRow("선우") << u"선우"_s << QByteArray("==\x1B$)C\xBC\xB1^\x1B$)C\xBF\xEC") << false;
+        QTest::newRow("홍A") << u"홍A"_s << "==" + hong + "A" << false;
+        QTest::newRow("JOHN DOE") << u"JOHN VAN DOE"_s << QByteArray("JOHN^VAN DOE") << false;
+        QTest::newRow("a syllable outside the set") << u"홍똠"_s << u"홍^똠"_s.toUtf8() << true;
+        QTest::newRow("a letter outside the set") << u"José 王"_s << u"José^王"_s.toUtf8() << true;
+    }
+
+    void TextsStandInTheWantedSet()
+    {
+        QFETCH3(QString, name, QByteArray, stored, bool, isUnicode);
+        DicomPicture picture = Gildong();
+        picture.patientName = name;
+        picture.hasNameParts = true;
+        picture.characters = DicomCharacters::Korean;
+        picture.identity.patientId = u"K-1234"_s;
+        picture.identity.issuer = u"31100001"_s;
+        const QByteArray object = Made(Jpeg({64, 48}), picture);
+        const auto inObject = [](const QByteArray& tagAndType, QByteArray value) {
+            value += value.size() % 2 == 0 ? "" : " ";
+            return tagAndType + static_cast<char>(value.size()) + '\0' + value;
+        };
+        QVERIFY2(object.contains(inObject(QByteArray("\x10\0\x10\0PN", 6), stored)), object.mid(700, 400));
+        QVERIFY(
+            object.contains(inObject(QByteArray("\x08\0\x05\0CS", 6), isUnicode ? "ISO_IR 192" : "\\ISO 2022 IR 149")));
+        QCOMPARE(m_isOtherSet, isUnicode);
+        QCOMPARE(PacsServer::Element(ObjectPath(), "0010,0020") + PacsServer::Element(ObjectPath(), "0010,0021"),
+                 u"K-123431100001"_s);
     }
 
     /// No viewer would show these: they mustn't leave as objects.
@@ -133,9 +166,10 @@ private Q_SLOTS:
         const QByteArray cmyk = files.Made(u"convert colours.png -colorspace CMYK c.jpg"_s, u"c.jpg"_s);
         for (const QByteArray& content :
              {progressive, cmyk, whole.left(200), QByteArray(), PictureFiles::Blank({8, 8}, "bmp")}) {
-            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), m_kit->WorkFolder() + u"1.dcm"_s, {});
+            QByteArray object;
+            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), object, {});
             QCOMPARE(outcome.kind, DicomOutcome::Refused);
-            QVERIFY(outcome.reason.contains(u".!!"_s));
+            QVERIFY(outcome.reason.contains(u".!!"_s) && object.isEmpty());
         }
     }
 
@@ -143,19 +177,26 @@ private Q_SLOTS:
     void IdentifiersTellVisitsApart()
     {
         const DicomPicture one = Gildong();
+        // What servers have already stays under its identifiers.
+        QCOMPARE(StudyUid(one), u"2.25.324719073763858612446445210390333800829"_s);
         QSet<QString> studies{StudyUid(one)};
         QSet<QString> instances{InstanceUid(one, "a"), InstanceUid(one, "b")};
-        for (QString DicomPicture::*field :
-             {&DicomPicture::clinic, &DicomPicture::chart, &DicomPicture::ymd, &DicomPicture::section}) {
-            DicomPicture other = one;
-            other.*field += u'1';
+        const auto add = [&](const DicomPicture& other) {
             studies << StudyUid(other);
             instances << InstanceUid(other, "a");
+        };
+        for (QString DicomPicture::*field : {&DicomPicture::chart, &DicomPicture::ymd, &DicomPicture::section}) {
+            DicomPicture other = one;
+            other.*field += u'1';
+            add(other);
         }
+        DicomPicture elsewhere = one;
+        elsewhere.identity.institution += u'1';
+        add(elsewhere);
         QCOMPARE(studies.size(), 5);
         QCOMPARE(instances.size(), 6);
         DicomPicture rooted = one;
-        rooted.uidRoot = u"1.2.410.200000.1234567.9"_s;
+        rooted.identity.uidRoot = u"1.2.410.200000.1234567.9"_s;
         for (const QString& uid : {StudyUid(rooted), InstanceUid(rooted, "a"), SeriesUid(one)}) {
             QVERIFY(uid.size() <= 64);
             QVERIFY(
@@ -163,41 +204,165 @@ private Q_SLOTS:
         }
     }
 
-    /// What became of each object, by a server of every kind.
-    void EachObjectHasItsAnswer_data()
+    /// What the server says of an object decides whether it is sent again, and when.
+    void EachStatusHasItsMeaning()
     {
-        Columns<QString, QList<int>, QString>("server", "kinds", "reason");
         using enum DicomOutcome::Kind;
-        const QList<int> allAway{Away, Away};
-        QTest::newRow("takes them") << u"+xa"_s << QList<int>{Accepted, Accepted} << QString();
-        QTest::newRow("nobody") << u"none"_s << allAway << u"연결할 수 없습니다"_s;
-        QTest::newRow("lets nobody in") << u"--refuse"_s << allAway << u"연결을 거부"_s;
-        QTest::newRow("takes no JPEG") << u"+xi"_s << QList<int>{Refused, Refused} << u"받지 않습니다"_s;
-        QTest::newRow("breaks off") << u"--abort-during +xa"_s << QList<int>{Cut, Away} << u"끊겼습니다"_s;
-        QTest::newRow("refuses the first") << u"quota"_s << QList<int>{Refused, Accepted} << u"OutOfResources"_s;
+        const QList<std::pair<QString, DicomOutcome::Kind>> meanings{
+            {u"0000"_s, Accepted},    {u"B006"_s, Accepted},    {u"0107"_s, Accepted},    {u"0116"_s, Accepted},
+            {u"0111"_s, Accepted},    {u"A700"_s, Passing},     {u"A7FF"_s, Passing},     {u"0110"_s, Passing},
+            {u"0213"_s, Passing},     {u"0122"_s, KindRefused}, {u"0118"_s, KindRefused}, {u"0211"_s, KindRefused},
+            {u"0124"_s, PeerRefused}, {u"A900"_s, Refused},     {u"C001"_s, Refused},     {u"0117"_s, Refused},
+            {u"0120"_s, Refused}};
+        QStringList statuses;
+        for (const auto& [status, kind] : meanings)
+            statuses << status;
+        PacsPeer peer;
+        peer.Start({u"--statuses"_s, statuses.join(u','), u"--comment"_s, u"full\x1B[31m\n"_s + QString(40, u'x')});
+        QCOMPARE(m_kit->Open(Place(peer.Port()), {}).kind, Accepted);
+        for (const auto& [status, kind] : meanings) {
+            const DicomOutcome outcome = m_kit->Store(Jpeg({64, 48}), Gildong(), {});
+            QVERIFY2(outcome.kind == kind, qPrintable(status + outcome.reason));
+            QCOMPARE(outcome.status, status.toInt(nullptr, 16));
+            QCOMPARE(outcome.reason.contains(u"(%1 full [31m xxx"_s.arg(status)), kind != Accepted);
+            QVERIFY(outcome.reason.size() <= 160);
+        }
+        QCOMPARE(m_kit->Store(Jpeg({64, 48}), Gildong(), {}).kind, Accepted);
+        QCOMPARE(peer.Objects().size(), statuses.size() + 1);
+        QCOMPARE(peer.Objects().last().patientId, Gildong().chart);
     }
 
-    void EachObjectHasItsAnswer()
+    /// A server at fault costs time and memory within limits, and the picture stays to be sent.
+    void FaultsOfTheServerAreTold_data()
     {
-        QFETCH3(QString, server, QList<int>, kinds, QString, reason);
-        PacsServer pacs;
-        if (server == u"quota"_s)
-            pacs.StartWithQuota(30'000);
-        else if (server != u"none"_s)
-            pacs.Start(server.split(u' '));
-        QStringList paths;
-        for (const QSize size : {QSize(1280, 960), QSize(64, 48)}) {
-            paths << m_kit->WorkFolder() + QString::number(paths.size()) + u".dcm"_s;
-            QCOMPARE(m_kit->MakeObject(Jpeg(size), Gildong(), paths.last(), {}).kind, DicomOutcome::Accepted);
+        Columns<QString, QList<int>, QString>("options", "kinds", "reason");
+        using enum DicomOutcome::Kind;
+        QTest::newRow("nobody") << u"none"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
+        QTest::newRow("no such title") << u"--reject called"_s << QList<int>{PeerRefused} << u"CalledAet을 알지"_s;
+        QTest::newRow("unknown caller") << u"--reject calling"_s << QList<int>{PeerRefused} << u"CallingAet을 알지"_s;
+        QTest::newRow("rejects") << u"--reject permanent"_s << QList<int>{PeerRefused} << u"거부"_s;
+        QTest::newRow("is busy") << u"--reject transient"_s << QList<int>{Passing} << u"지금은"_s;
+        QTest::newRow("takes no JPEG") << u"--refuse store"_s << QList<int>{Accepted, KindRefused}
+                                       << u"받지 않습니다"_s;
+        QTest::newRow("breaks off") << u"--cut 1"_s << QList<int>{Accepted, Cut, Away} << u"연결되어 있지"_s;
+        QTest::newRow("takes without a word") << u"--unanswered 1"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("silent from the start") << u"--silent connect"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
+        QTest::newRow("silent on the association") << u"--silent association"_s << QList<int>{Away} << u"연결할 수"_s;
+        QTest::newRow("silent on an object")
+            << u"--silent 2"_s << QList<int>{Accepted, Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("babbles") << u"--babble association"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
+        QTest::newRow("a giant answer") << u"--babble giant"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
+        QTest::newRow("babbles on an object") << u"--babble store"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("a giant part") << u"--babble giant-store"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // Their own maps know no limit of memory.
+        QTest::newRow("an endless part") << u"--babble fragments"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+#endif
+    }
+
+    void FaultsOfTheServerAreTold()
+    {
+        QFETCH3(QString, options, QList<int>, kinds, QString, reason);
+        PacsPeer peer;
+        peer.Start(options.split(u' '));
+        if (options == u"none"_s)
+            peer.Stop();
+        {
+            DcmtkKit kit({2, 2, 2});
+            DicomOutcome outcome = kit.Open(Place(peer.Port()), {});
+            QList<int> found{outcome.kind};
+            while (found.size() < kinds.size()) {
+                outcome = kit.Store(Jpeg({640, 480}), Gildong(), {});
+                found << outcome.kind;
+            }
+            QVERIFY2(found == kinds, qPrintable(outcome.reason));
+            QVERIFY2(outcome.reason.contains(reason), qPrintable(outcome.reason));
         }
-        QList<int> found;
-        const DicomPeer peer{u"127.0.0.1"_s, pacs.Port(), u"ANY-SCP"_s, u"TEST"_s};
-        const QList<DicomOutcome> outcomes = m_kit->Send(peer, paths, {});
-        for (const DicomOutcome& outcome : outcomes)
-            found << outcome.kind;
-        QCOMPARE(found, kinds);
-        QVERIFY2(outcomes[0].reason.contains(reason), qPrintable(outcomes[0].reason));
-        QCOMPARE(m_kit->Echo(peer, {}).kind == DicomOutcome::Accepted, server != u"none"_s && server != u"--refuse"_s);
+        rusage used = {};
+        getrusage(RUSAGE_CHILDREN, &used);
+        QVERIFY2(used.ru_maxrss < 400 * 1024, qPrintable(QString::number(used.ru_maxrss)));
+    }
+
+    /// The next picture isn't blamed for a server that has closed an idle connection.
+    void AServerThatHasLeftIsAway()
+    {
+        PacsPeer peer;
+        for (int each = 0; each < 2; ++each) {
+            peer.Start();
+            QCOMPARE(m_kit->Open(Place(peer.Port()), {}).kind, DicomOutcome::Accepted);
+            peer.Stop();
+            QCOMPARE(m_kit->Store(Jpeg({64, 48}), Gildong(), {}).kind, DicomOutcome::Away);
+        }
+    }
+
+    /// The station ends while a server is silent.
+    void AStopEndsTheWait()
+    {
+        PacsPeer peer;
+        peer.Start({u"--silent"_s, u"1"_s});
+        QCOMPARE(m_kit->Open(Place(peer.Port()), {}).kind, DicomOutcome::Accepted);
+        std::stop_source source;
+        std::jthread stopping([&source] { source.request_stop(); });
+        QCOMPARE(m_kit->Store(Jpeg({64, 48}), Gildong(), source.get_token()).kind, DicomOutcome::Away);
+    }
+
+    /// What the server has is asked for before anything is sent again or under another identity.
+    void TheServerIsAskedForWhatItHas_data()
+    {
+        Columns<bool, DicomCharacters>("isDcmtk", "characters");
+        QTest::newRow("dcmqrscp") << true << DicomCharacters::Unicode;
+        QTest::newRow("peer") << false << DicomCharacters::Unicode;
+        QTest::newRow("peer, in Korean") << false << DicomCharacters::Korean;
+    }
+
+    void TheServerIsAskedForWhatItHas()
+    {
+        QFETCH(bool, isDcmtk);
+        QFETCH(DicomCharacters, characters);
+        PacsPeer peer;
+        PacsServer server;
+        if (isDcmtk)
+            server.StartWithQuota(30'000'000);
+        else
+            peer.Start();
+        const DicomPeer place = Place(isDcmtk ? server.Port() : peer.Port());
+        QCOMPARE(m_kit->Open(place, {}).kind, DicomOutcome::Accepted);
+        DicomPicture picture = Gildong();
+        picture.characters = characters;
+        picture.hasNameParts = characters == DicomCharacters::Korean;
+        QStringList uids;
+        for (picture.number = 1; picture.number < 3; ++picture.number) {
+            QCOMPARE(m_kit->Store(Jpeg({64, 48}), picture, {}).kind, DicomOutcome::Accepted);
+            uids << InstanceUid(picture, Jpeg({64, 48}));
+        }
+        QList<DicomFoundStudy> studies;
+        QCOMPARE(m_kit->FindStudies({u"1.2.3"_s, StudyUid(picture)}, studies, {}).kind, DicomOutcome::Accepted);
+        QCOMPARE(studies.size(), 1);
+        QCOMPARE(studies[0].uid + studies[0].patientId + studies[0].patientName,
+                 StudyUid(picture) + u"00001234홍길동"_s);
+        QList<DicomFound> found;
+        QCOMPARE(m_kit->FindPictures(StudyUid(picture), SeriesUid(picture), found, {}).kind, DicomOutcome::Accepted);
+        QCOMPARE(found.size(), 2);
+        for (const DicomFound& each : found)
+            QCOMPARE(each.uid, uids.value(each.number - 1));
+        QCOMPARE(m_kit->Echo(place, {}).kind, DicomOutcome::Accepted);
+        QCOMPARE(m_kit->FindPictures(u"1.2.3"_s, u"1.2"_s, found, {}).kind, DicomOutcome::Accepted);
+        QVERIFY(found.isEmpty());
+    }
+
+    void AQuestionMayBeRefused()
+    {
+        for (const auto& [options, kind] : {std::pair(u"--refuse find"_s, DicomOutcome::KindRefused),
+                                            std::pair(u"--find-status 0122"_s, DicomOutcome::KindRefused),
+                                            std::pair(u"--find-status A700"_s, DicomOutcome::Passing),
+                                            std::pair(u"--babble matches"_s, DicomOutcome::Away)}) {
+            PacsPeer peer;
+            peer.Start(options.split(u' '));
+            QCOMPARE(m_kit->Open(Place(peer.Port()), {}).kind, DicomOutcome::Accepted);
+            QCOMPARE(m_kit->Store(Jpeg({64, 48}), Gildong(), {}).kind, DicomOutcome::Accepted);
+            QList<DicomFoundStudy> studies;
+            const DicomOutcome outcome = m_kit->FindStudies({StudyUid(Gildong())}, studies, {});
+            QVERIFY2(outcome.kind == kind, qPrintable(options + outcome.reason));
+        }
     }
 
     /// A viewer that opens the disc finds what lies on it, and nothing else.
@@ -209,9 +374,7 @@ private Q_SLOTS:
         for (const int number : {1, 2}) {
             DicomPicture picture = Gildong();
             picture.number = number;
-            const QString made = m_kit->WorkFolder() + u"x.dcm"_s;
-            QCOMPARE(m_kit->MakeObject(Jpeg({64, 48}), picture, made, {}).kind, DicomOutcome::Accepted);
-            QCOMPARE(Files().CopyToNewFile(made, folder + u"DICOM\\0000000%1"_s.arg(number), {}), CopyOutcome::Copied);
+            Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture));
         }
         const auto listed = [&] {
             const DicomOutcome outcome = m_kit->MakeDirectory(folder, {});
@@ -228,6 +391,34 @@ private Q_SLOTS:
     }
 
 private:
+    static DicomPeer Place(int port)
+    {
+        return {u"127.0.0.1"_s, port, u"ANY-SCP"_s, u"TEST"_s};
+    }
+
+    QString ObjectPath() const
+    {
+        return m_folder.filePath(u"object.dcm"_s);
+    }
+
+    /// An object that the standard's own checker finds nothing wrong with; also under `ObjectPath`.
+    QByteArray Made(const QByteArray& content, const DicomPicture& picture)
+    {
+        QByteArray object;
+        const DicomOutcome outcome = m_kit->MakeObject(content, picture, object, {});
+        m_isOtherSet = outcome.isOtherSet;
+        QFile file(ObjectPath());
+        if (!file.open(QIODevice::WriteOnly) || file.write(object) != object.size())
+            qFatal("no object");
+        file.close();
+        const QString verdict = PacsServer::Run(u"dciodvfy"_s, {ObjectPath()});
+        if (!verdict.contains(u"VLEndoscopicImage"_s) || verdict.contains(u"Error"_s))
+            QTest::qFail(qPrintable(outcome.reason + verdict), __FILE__, __LINE__);
+        return object;
+    }
+
+    QTemporaryDir m_folder;
+    bool m_isOtherSet = false;
     std::unique_ptr<DicomKit> m_kit;
 };
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <QtGlobal>
+
+/// What the DICOM kit and its program say to each other, over one socket: each message is its length, 32 bits in little
+/// endian, and a CBOR map with these keys. Every request has one answer; the program ends when the socket does.
+namespace dicomlink {
+
+/// Bytes of a message without a picture, and of a picture's coded data.
+inline constexpr qint64 MostPlain = 8 << 20;
+inline constexpr qint64 MostFrame = 48 << 20;
+inline constexpr qint64 MostMessage = MostFrame + MostPlain;
+/// Objects that a server may name in answer to one question, and bytes of each of their texts.
+inline constexpr int MostMatches = 10'000;
+inline constexpr int LongestText = 256;
+
+enum Key : int {
+    RequestKey, ///< `Request`.
+    // Of a request.
+    HostKey,           ///< Text.
+    PortKey,           ///< Integer.
+    CalledKey,         ///< Title: bytes.
+    CallingKey,        ///< The same.
+    ConnectSecondsKey, ///< Integer: how long a connection may take;
+    AgreeSecondsKey,   ///< then an association, or its end;
+    AnswerSecondsKey,  ///< an answer, and any silence of the network.
+    ElementsKey,       ///< Array of arrays: tag as integer, VR and value as bytes.
+    FrameKey,          ///< Bytes: a JPEG.
+    StudyKey,          ///< Identifier: bytes.
+    SeriesKey,         ///< The same; without it a study is asked for, not pictures.
+    // Of an answer.
+    FaultKey,   ///< `Fault`.
+    StatusKey,  ///< Integer: the server's own; of a rejected association its reason with the source in the upper byte.
+    CommentKey, ///< Bytes: the server's own, or dcmtk's of what is wrong.
+    MatchesKey, ///< Array of arrays of bytes: study, patient's number, name, character set; or picture, number.
+    ObjectKey,  ///< Bytes: an object file's content.
+};
+
+enum class Request { Open, Store, Find, Echo, Make, Close };
+
+enum class Fault {
+    None,        ///< The server has answered, or the object is made.
+    Unreachable, ///< No connection, or no association on it.
+    Rejected,    ///< The server lets this station in at no time;
+    Busy,        ///< not now.
+    NoContext,   ///< The server takes no such object or question.
+    Gone,        ///< The connection had ended before anything was asked.
+    Broken,      ///< It ended, or fell silent, behind the question.
+    Invalid,     ///< The request can't be understood, or no object comes of it.
+};
+
+} // namespace dicomlink
