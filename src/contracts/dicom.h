@@ -8,6 +8,24 @@
 
 #include <stop_token>
 
+/// What tells a visit's study, and its patient, from every other one elsewhere. Once something has been given to others
+/// under it, it stays, whatever the setup says then.
+struct DicomIdentity
+{
+    QString institution; ///< Goes into the identifiers: two clinics' visits of one chart and day are two studies.
+    QString uidRoot;     ///< The clinic's own root of identifiers; empty: `2.25`, which needs no registration.
+    QString patientId;   ///< The chart, with the clinic's prefix where it has one.
+    QString issuer;      ///< Of the patient's number; may be empty.
+
+    bool operator==(const DicomIdentity&) const = default;
+};
+
+/// Character set of the texts in an object.
+enum class DicomCharacters {
+    Unicode, ///< `ISO_IR 192`
+    Korean,  ///< `\ISO 2022 IR 149` with its escapes; an object with other letters goes in Unicode.
+};
+
 /// A picture as another system is to know it. Texts as the clinic's tables have them; the adapter makes them harmless
 /// and cuts them to what the standard allows.
 struct DicomPicture
@@ -18,11 +36,12 @@ struct DicomPicture
     QString sex;       ///< "M" or "F"; empty when it isn't known.
     QString ymd;       ///< Date of the visit.
     QString section;
-    QDateTime takenAt; ///< Local time.
-    QString doctor;    ///< Name; may be empty.
-    QString institution;
-    QString clinic;  ///< Care institution number: two clinics' charts of one number are two patients.
-    QString uidRoot; ///< The clinic's own root of identifiers; empty: `2.25`, which needs no registration.
+    QDateTime takenAt;   ///< Local time.
+    QString doctor;      ///< Name; may be empty.
+    QString institution; ///< Name of the clinic.
+    DicomIdentity identity;
+    DicomCharacters characters = DicomCharacters::Unicode;
+    bool hasNameParts = false; ///< Korean names are told as family and given name.
     int number = 0;
 };
 
@@ -39,16 +58,38 @@ struct DicomOutcome
 {
     enum Kind {
         Accepted,
-        Refused, ///< It will be refused the next time too.
-        Away,    ///< Nobody answered, or something on this machine is in the way: it may pass later.
-        Cut,     ///< Something broke on this very object, such as the connection on its way: it may pass later.
+        Refused,     ///< This object, the next time too.
+        Passing,     ///< The server can't take it now, being full or at fault: it may pass.
+        KindRefused, ///< The server takes no objects of this kind.
+        PeerRefused, ///< The server wants nothing of this station.
+        Away,        ///< Nobody answered, or something on this machine is in the way: it may pass.
+        Cut,         ///< The connection broke, or fell silent, on this very object: it may pass.
     };
 
     Kind kind = Away;
     /// It may be accepted another time.
-    bool MayPassLater() const { return kind == Away || kind == Cut; }
+    bool MayPassLater() const { return kind == Passing || kind == Away || kind == Cut; }
 
-    QString reason = {}; ///< For the operator, in Korean, one line; empty when accepted.
+    QString reason = {};     ///< For the operator, in Korean, one line; empty when accepted.
+    int status = NoStatus;   ///< The server's own word for it.
+    bool isOtherSet = false; ///< Accepted in Unicode, though another character set was wanted.
+
+    static constexpr int NoStatus = -1;
+};
+
+/// An object that the server has.
+struct DicomFound
+{
+    QString uid;
+    int number = 0; ///< Of the instance in its series; 0 when the server doesn't tell.
+};
+
+/// A study that the server has.
+struct DicomFoundStudy
+{
+    QString uid;
+    QString patientId;
+    QString patientName; ///< Without the separators of its parts.
 };
 
 /// Pictures as DICOM objects. Each call blocks, never throws but where it says so, ends within its own limit of time,

@@ -28,13 +28,14 @@ QString DecimalOf(const QUuid& uuid)
 
 QString Uid(const DicomPicture& picture, const QStringList& fields)
 {
-    const QString root = picture.uidRoot.isEmpty() ? u"2.25"_s : picture.uidRoot;
+    const QString root = picture.identity.uidRoot.isEmpty() ? u"2.25"_s : picture.identity.uidRoot;
     return root + u'.' + DecimalOf(QUuid::createUuidV5(StationNames, fields.join(Between)));
 }
 
 QStringList StudyFields(const DicomPicture& picture)
 {
-    return {picture.clinic.trimmed(), picture.chart.trimmed(), picture.ymd.trimmed(), picture.section.trimmed()};
+    return {picture.identity.institution.trimmed(), picture.chart.trimmed(), picture.ymd.trimmed(),
+            picture.section.trimmed()};
 }
 
 } // namespace

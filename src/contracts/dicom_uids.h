@@ -4,7 +4,7 @@
 
 /// Identifiers of a picture in other systems, of at most 64 characters, derived from what it is: a repeat has the same.
 
-/// One study for clinic, chart, date and section.
+/// One study for institution, chart, date and section.
 QString StudyUid(const DicomPicture& picture);
 /// The study's one series.
 QString SeriesUid(const DicomPicture& picture);

@@ -58,7 +58,7 @@ DicomPicture Gildong()
     picture.takenAt = QDateTime(QDate(2026, 11, 24), QTime(10, 11, 12));
     picture.doctor = u"김의사"_s;
     picture.institution = u"한국의원"_s;
-    picture.clinic = u"31100001"_s;
+    picture.identity.institution = u"31100001"_s;
     picture.number = 7;
     return picture;
 }
@@ -145,17 +145,21 @@ private Q_SLOTS:
         const DicomPicture one = Gildong();
         QSet<QString> studies{StudyUid(one)};
         QSet<QString> instances{InstanceUid(one, "a"), InstanceUid(one, "b")};
-        for (QString DicomPicture::*field :
-             {&DicomPicture::clinic, &DicomPicture::chart, &DicomPicture::ymd, &DicomPicture::section}) {
-            DicomPicture other = one;
-            other.*field += u'1';
+        DicomPicture elsewhere = one;
+        elsewhere.identity.institution += u'1';
+        QList<DicomPicture> others{elsewhere};
+        for (QString DicomPicture::*field : {&DicomPicture::chart, &DicomPicture::ymd, &DicomPicture::section}) {
+            others << one;
+            others.last().*field += u'1';
+        }
+        for (const DicomPicture& other : others) {
             studies << StudyUid(other);
             instances << InstanceUid(other, "a");
         }
         QCOMPARE(studies.size(), 5);
         QCOMPARE(instances.size(), 6);
         DicomPicture rooted = one;
-        rooted.uidRoot = u"1.2.410.200000.1234567.9"_s;
+        rooted.identity.uidRoot = u"1.2.410.200000.1234567.9"_s;
         for (const QString& uid : {StudyUid(rooted), InstanceUid(rooted, "a"), SeriesUid(one)}) {
             QVERIFY(uid.size() <= 64);
             QVERIFY(
