@@ -78,6 +78,20 @@ QString ExecutableFolder()
     return QFileInfo(QFile::symLinkTarget(u"/proc/self/exe"_s)).path();
 }
 
+QString OwnProgram(const QString& name)
+{
+    constexpr int levels = 4;
+    QDir folder(ExecutableFolder());
+    for (int level = 0; level < levels; ++level) {
+        QString program = folder.filePath(u"libexec/"_s + name);
+        if (QFileInfo(program).isExecutable())
+            return program;
+        if (!folder.cdUp())
+            break;
+    }
+    return {};
+}
+
 QString ProgramFolderHere()
 {
     const QString executable = ExecutableFolder();

@@ -4,6 +4,9 @@
 
 /// The folder that the program's own file lies in.
 QString ExecutableFolder();
+/// Path of one of the program's helpers, which lie in the folder `libexec` of a folder above its own file; empty when
+/// it isn't there.
+QString OwnProgram(const QString& name);
 
 /// The program's own folder of this run: the one that CAPTURE_STATION_FOLDER names, else where `FindProgramFolder` puts
 /// it. Takes over what an earlier version left in a folder of the system. Needs the file service and no application.
