@@ -234,8 +234,10 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out)
     const QList<TableUpgrade> upgrades = PlanAll(setup, wishes, out);
     const bool makesTable = NeedsIdentityTable(setup);
     if (makesTable)
-        out << u"테이블 ca_uid를 만들고 스테이션의 계정에 SELECT, INSERT 권한을 줍니다. 방문이 PACS와 CD에서 어떤 "
-               "식별자로 알려졌는지 기억합니다\n"_s;
+        out << u"테이블 ca_uid를 "_s
+            << (setup.isServer ? u"만들고, 스테이션의 계정이 쓸 수 없으면 SELECT, INSERT 권한을 줍니다"_s
+                               : u"만듭니다"_s)
+            << u". 방문이 PACS와 CD에서 어떤 식별자로 알려졌는지 기억합니다\n"_s;
     const bool isRefused =
         std::ranges::any_of(upgrades, [](const TableUpgrade& each) { return !each.Refusals().isEmpty(); });
     const bool alters =
