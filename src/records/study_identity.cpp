@@ -111,7 +111,7 @@ std::optional<DicomIdentity> KeptIdentity(const Visit& visit)
 
 DicomIdentity KeepIdentity(const Visit& visit, const DicomIdentity& identity)
 {
-    const DicomIdentity own = Fitting(identity);
+    DicomIdentity own = Fitting(identity);
     try {
         if (const std::optional<DicomIdentity> kept = RowOf(visit))
             return *kept;

@@ -240,6 +240,8 @@ private Q_SLOTS:
         };
         row(u"SELECT COUNT(*) FROM ca, cap, caso, yk, wj, bh, jh, pt, doctor, so"_s, true);
         row(u"REPLACE INTO cap SELECT * FROM cap"_s, true);
+        row(u"INSERT INTO ca_uid (uid_chart, uid_ymd, uid_etc) SELECT '1', '2', uid_etc FROM ca_uid"_s, true);
+        row(u"UPDATE ca_uid SET uid_study = ''"_s, false);
         row(u"UPDATE yk SET yk_check = '1' WHERE yk_chart = '1'"_s, true);
         row(u"CREATE TABLE IF NOT EXISTS endo (endo_check VARCHAR(1))"_s, true); // it is missing
         row(u"CREATE TABLE own (x INT)"_s, false);
@@ -261,12 +263,15 @@ private Q_SLOTS:
         settings.user = u"station"_s;
         settings.password = Password;
         QString fault;
+        bool isOfTable = false;
         try {
             OpenConnection(settings)->Execute(statement);
         } catch (const PlatformError& error) {
             fault = error.Text();
+            isOfTable = dynamic_cast<const TableRefused*>(&error) != nullptr;
         }
         QVERIFY2(isAllowed ? fault.isEmpty() : fault.contains(u"denied"_s), qPrintable(fault));
+        QCOMPARE(isOfTable, !isAllowed && !statement.contains(u"OUTFILE"_s));
     }
 
 private:
