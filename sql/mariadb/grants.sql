@@ -1,5 +1,5 @@
 -- The rights of a station's account, what it needs and nothing else, in a database called clinic. The server's
--- administrator runs it after ca.sql and cap.sql, where the tables of the clinic's program are. caso and endo may be
+-- administrator runs it after ca.sql, cap.sql and ca_uid.sql, where the tables of the clinic's program are. caso and endo may be
 -- missing: the station makes them, and may make no other table.
 -- As it stands the server refuses it at the first statement, and the client stops there: put the account's password
 -- between apostrophes in the place of PASSWORD_OF_THE_STATION, and the database's, the account's and its machines' names
@@ -7,6 +7,7 @@
 CREATE USER IF NOT EXISTS 'station'@'%' IDENTIFIED BY PASSWORD_OF_THE_STATION;
 GRANT SELECT, INSERT, UPDATE, DELETE ON `clinic`.ca TO 'station'@'%';
 GRANT SELECT, INSERT, UPDATE, DELETE ON `clinic`.cap TO 'station'@'%';
+GRANT SELECT, INSERT ON `clinic`.ca_uid TO 'station'@'%';
 GRANT SELECT, INSERT, UPDATE, DELETE, CREATE ON `clinic`.caso TO 'station'@'%';
 GRANT SELECT, UPDATE, CREATE ON `clinic`.endo TO 'station'@'%';
 GRANT SELECT, UPDATE ON `clinic`.yk TO 'station'@'%';

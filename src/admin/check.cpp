@@ -6,7 +6,9 @@
 #include "frame/components.h"
 #include "frame/terminal.h"
 #include "records/Statement.h"
+#include "records/study_identity.h"
 #include "session/VisitContext.h"
+#include "visit/Visit.h"
 
 #include <QString>
 
@@ -57,6 +59,17 @@ CheckLine CheckPacs(const PacsSetupRecord& pacs)
             u"[Pacs] 구역과 서버를 확인하십시오"_s};
 }
 
+/// Nothing when visits can be told from those of other clinics.
+CheckLines CheckIdentity(const OutsideChecks::Setup& setup)
+{
+    if (NewIdentity({}, setup.client.Pacs, setup.places))
+        return {};
+    return {
+        {CheckLine::Wrong, u"PACS 식별자"_s,
+         u"기관 이름, UID의 뿌리, 첫 사업장의 요양기관번호가 모두 없습니다. 적을 때까지 그림은 보내지 않고 기다립니다"_s,
+         u"[Pacs] Institution이나 UidRoot를 적으십시오"_s}};
+}
+
 } // namespace
 
 int CheckStation(TerminalOutput& out)
@@ -77,7 +90,7 @@ int CheckStation(TerminalOutput& out)
         look(checks.LookAtCaptureRoot(setup.client));
     look(checks.LookAtMachine(setup.client));
     if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
-        look({CheckPacs(setup.client.Pacs)});
+        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)});
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     out << (wrong == 0 ? u"이상이 없습니다.\n"_s : u"이상 %1건\n"_s.arg(wrong));
     return wrong == 0 ? AllWell : Found;

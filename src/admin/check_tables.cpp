@@ -16,6 +16,7 @@ struct Use
     QString table;
     QStringList rights;
     bool isMadeAtNeed = false; ///< By the station itself.
+    bool isOptional = false;   ///< The station goes on without.
 };
 
 QList<Use> UsesOf(const ClientSetupRecord& client)
@@ -25,6 +26,7 @@ QList<Use> UsesOf(const ClientSetupRecord& client)
     QList<Use> uses{{u"ca"_s, all}, {u"cap"_s, all}, {u"caso"_s, all, true}};
     if (!marksInYk)
         uses.append({u"endo"_s, {u"UPDATE"_s}, true});
+    uses.append({u"ca_uid"_s, {u"INSERT"_s}, false, true});
     for (const QString& table : {u"wj"_s, u"bh"_s, u"jh"_s, u"pt"_s, u"doctor"_s, u"so"_s})
         uses.append({table, {}});
     uses.append({u"yk"_s, marksInYk ? QStringList{u"UPDATE"_s} : QStringList()});
@@ -150,8 +152,9 @@ void CheckRights(const Use& use, const QString& anyColumn, CheckLines& lines)
         }
     }
     if (!refused.isEmpty())
-        lines.append({CheckLine::Wrong, NameOf(use), u"권한이 없습니다: %1 (%2)"_s.arg(refused.join(u", "_s), reason),
-                      u"%1의 grants.sql에 있는 권한을 주십시오"_s.arg(SqlFolder)});
+        lines.append({use.isOptional ? CheckLine::Remark : CheckLine::Wrong, NameOf(use),
+                      u"권한이 없습니다: %1 (%2)"_s.arg(refused.join(u", "_s), reason),
+                      use.isOptional ? Upgrade : u"%1의 grants.sql에 있는 권한을 주십시오"_s.arg(SqlFolder)});
 }
 
 void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, CheckLines& lines)
@@ -160,7 +163,10 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
     const TableDefinition wanted = TableDefinition::Of(use.table);
     const QList<TableColumn> columns = ColumnsOf(use.table, isServer);
     if (columns.isEmpty()) {
-        if (use.isMadeAtNeed)
+        if (use.isOptional) {
+            lines.append({CheckLine::Remark, NameOf(use),
+                          u"없거나 읽을 수 없어, PACS와 CD로 나간 방문의 식별자를 기억하지 못합니다"_s, Upgrade});
+        } else if (use.isMadeAtNeed)
             lines.append({CheckLine::Remark, NameOf(use), u"없거나 읽을 수 없습니다"_s,
                           u"CREATE 권한이 있으면 스테이션이 만듭니다. 없으면 %1의 %2.sql을 실행하십시오"_s.arg(
                               SqlFolder, use.table)});

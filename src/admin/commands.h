@@ -74,7 +74,8 @@ int StoreRoot(TerminalOutput& out);
 int TakeOverPending(TerminalOutput& out);
 
 /// `upgrade-tables`: makes the columns and keys of the station's own tables fit for what the station writes, without
-/// a change to any text: tells first what it is about to do and what it won't, asks, and compares all texts afterwards.
+/// a change to any text, and makes the table of identities where it is missing or closed to the station: tells first
+/// what it is about to do and what it won't, asks, and compares all texts afterwards.
 /// The options are `--yes`, which goes on without the question, `--utf8mb4`, `--bytes=SET`, `--user=NAME` and
 /// `--password-file=FILE`. Gives an `ExitCode`; `Found` where something was refused or has been left as it is.
 int UpgradeTables(const QStringList& options, TerminalOutput& out);

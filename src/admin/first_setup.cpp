@@ -85,6 +85,8 @@ private:
             const QString name = Trim(piece);
             if (Confirms(u"%1을(를) %2 그룹에 넣을까요?"_s.arg(name, groups.join(u", "_s))))
                 Do([&] { Tell(m_machine.AddToGroups(name, groups)); });
+            if (Confirms(u"%1이(가) 로그아웃한 뒤에도 PACS로 보내게 할까요?"_s.arg(name)))
+                Do([&] { Tell(m_machine.LetLinger(name)); });
         }
     }
 
@@ -103,7 +105,7 @@ private:
         if (!m_machine.HasServer()) {
             m_host = Ask(u"이 컴퓨터에는 root로 들어갈 데이터베이스 서버가 없습니다. 서버의 이름이나 주소"_s, u""_s);
             Tell(
-                u"서버에서 ca.sql, cap.sql, caso.sql, endo.sql과 grants.sql을 실행하고, 그 계정과 암호를 %1에 적으십시오."_s
+                u"서버에서 ca.sql, cap.sql, ca_uid.sql, caso.sql, endo.sql과 grants.sql을 실행하고, 그 계정과 암호를 %1에 적으십시오."_s
                     .arg(SetupPath));
             return;
         }
@@ -114,8 +116,8 @@ private:
                     .arg(m_database));
             return;
         }
-        if (Confirms(
-                u"%1에 스테이션의 테이블(ca, cap, caso, endo)을 만들까요? 있는 것은 그대로 둡니다"_s.arg(m_database)))
+        if (Confirms(u"%1에 스테이션의 테이블(ca, cap, ca_uid, caso, endo)을 만들까요? 있는 것은 그대로 둡니다"_s.arg(
+                m_database)))
             Do([&] { Tell(m_machine.MakeTables(m_database)); });
         // The password stands in the setup file and nowhere else.
         if (m_machine.Exists(SetupPath)) {

@@ -1,10 +1,14 @@
 #include "admin/commands.h"
+#include "admin/table_columns.h"
 #include "admin/TableUpgrade.h"
 #include "contracts/OutsideChecks.h"
 #include "contracts/PlatformError.h"
+#include "contracts/setup_components.h"
 #include "frame/components.h"
 #include "frame/terminal.h"
 #include "records/Statement.h"
+#include "records/study_identity.h"
+#include "visit/Visit.h"
 
 #include <algorithm>
 
@@ -116,6 +120,102 @@ bool CarryAll(const QList<TableUpgrade>& upgrades, const UpgradeWishes& wishes, 
     return isDone;
 }
 
+const QString IdentityTable = u"ca_uid"_s;
+
+/// What the station's account lacks of the table of identities, as its own statements find out; empty when it lacks
+/// nothing. The table has to be there.
+QString RefusedToStation(AdoConnection& station)
+{
+    try {
+        station.Execute(u" INSERT INTO ca_uid SELECT * FROM ca_uid WHERE 1 = 0 "_s);
+        return {};
+    } catch (const PlatformError& error) {
+        return error.Text().simplified();
+    }
+}
+
+/// Makes the table of identities, and opens it to the account that the setup names. What the server refuses is told.
+bool MakeIdentityTable(AdoConnection* station, bool isServer, TerminalOutput& out)
+{
+    try {
+        if (ColumnsOf(IdentityTable, isServer).isEmpty()) {
+            CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s)
+                ->tablecreate(Connection, IdentityTable, {});
+            out << u"테이블 ca_uid를 만들었습니다\n"_s;
+        }
+        if (station == nullptr || RefusedToStation(*station).isEmpty())
+            return true;
+        const QString account = station->Execute(u" SELECT CURRENT_USER() "_s)->Fields(0).toString();
+        Execute(Statement(u" GRANT SELECT, INSERT ON ca_uid TO '")
+                    .Value(account.section(u'@', 0, -2))
+                    .Then(u"'@'", account.section(u'@', -1))
+                    .Piece(u"' "));
+        const QString refused = RefusedToStation(*station);
+        out << (refused.isEmpty() ? u"%1에 테이블 ca_uid의 권한을 주었습니다\n"_s.arg(account)
+                                  : u"[이상] 테이블 ca_uid를 쓸 수 없습니다: %1\n"_s.arg(refused));
+        return refused.isEmpty();
+    } catch (const PlatformError& error) {
+        out << u"[이상] 테이블 ca_uid를 만들거나 권한을 주지 못하였습니다: %1\n"_s.arg(error.Text().simplified())
+            << u"    CREATE와 GRANT 권한이 있는 계정은 --user=로 적습니다\n"_s;
+        return false;
+    }
+}
+
+/// The table of identities isn't there for the station.
+bool NeedsIdentityTable(const OutsideChecks::Setup& setup)
+{
+    if (ColumnsOf(IdentityTable, setup.isServer).isEmpty())
+        return true;
+    return setup.connection != nullptr && !RefusedToStation(*setup.connection).isEmpty();
+}
+
+void TellIdentity(const OutsideChecks::Setup& setup, TerminalOutput& out)
+{
+    if (!setup.client.Pacs.Host.isEmpty() && !NewIdentity({}, setup.client.Pacs, setup.places))
+        out << u"[Pacs] Institution이나 UidRoot를 적으십시오. 적을 때까지 그림은 보내지 않고 기다립니다\n"_s;
+}
+
+/// On a server by whoever the options name; a file is the station's own.
+ConnectionPointer OpenFor(const OutsideChecks::Setup& setup, const QStringList& options)
+{
+    auto& outside = UseService<OutsideChecks>();
+    if (!setup.isServer)
+        return outside.OpenForUpkeep({}, {}, {});
+    const QString user = ValueOf(options, u"--user="_s);
+    const QString passwordFile = ValueOf(options, u"--password-file="_s);
+    const QString password = user.isEmpty() || !passwordFile.isEmpty()
+                                 ? QString()
+                                 : Surroundings.askSecret(u"%1의 데이터베이스 암호:"_s.arg(user));
+    return outside.OpenForUpkeep(user, password, passwordFile);
+}
+
+/// Nothing of a file's tables has a length or a set.
+QList<TableUpgrade> PlanAll(const OutsideChecks::Setup& setup, const UpgradeWishes& wishes, TerminalOutput& out)
+{
+    QList<TableUpgrade> upgrades;
+    if (!setup.isServer)
+        return upgrades;
+    if (!FieldText(*OpenRows(Statement(u" SELECT VERSION() ")), 0).contains(u"MariaDB"_s))
+        throw PlatformError(
+            u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb의 ca_uid.sql과 steps의 "
+            "단계를 보십시오."_s);
+    for (const QString& table : {u"ca"_s, u"cap"_s, IdentityTable, u"caso"_s}) {
+        upgrades.append(TableUpgrade::Plan(table, wishes));
+        Tell(upgrades.last(), out);
+    }
+    return upgrades;
+}
+
+void TellPrecautions(TerminalOutput& out)
+{
+    out.PutLines(
+        u"먼저 백업하십시오: mariadb-dump --single-transaction --default-character-set=utf8mb4 %1 ca cap caso > "
+        "station.sql\n"
+        "고치는 동안 그 테이블은 잠깁니다(100MB에 몇 초에서 몇 분). 스테이션의 기록은 그동안 기다립니다. "
+        "테이블만큼의 "
+        "디스크가 더 있어야 합니다. 진료가 끝난 뒤에 하십시오\n"_s.arg(TerminalText(Connection->DefaultDatabase())));
+}
+
 } // namespace
 
 int UpgradeTables(const QStringList& options, TerminalOutput& out)
@@ -125,48 +225,38 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out)
         out << u"--bytes=는 euckr, utf8, latin1 가운데 하나입니다\n"_s;
         return UsedWrongly;
     }
-    auto& outside = UseService<OutsideChecks>();
-    const OutsideChecks::Setup setup = outside.LookAtSetup();
+    const OutsideChecks::Setup setup = UseService<OutsideChecks>().LookAtSetup();
     if (!setup.isGood)
         throw PlatformError(u"설정을 읽을 수 없습니다. check를 실행하십시오.!!"_s);
-    if (!setup.isServer) {
-        out << u"데이터베이스가 파일(QSQLITE)이면 고칠 것이 없습니다\n"_s;
-        return AllWell;
-    }
-    const QString user = ValueOf(options, u"--user="_s);
-    const QString passwordFile = ValueOf(options, u"--password-file="_s);
-    const QString password = user.isEmpty() || !passwordFile.isEmpty()
-                                 ? QString()
-                                 : Surroundings.askSecret(u"%1의 데이터베이스 암호:"_s.arg(user));
-    Connection = outside.OpenForUpkeep(user, password, passwordFile);
-    if (!FieldText(*OpenRows(Statement(u" SELECT VERSION() ")), 0).contains(u"MariaDB"_s))
-        throw PlatformError(
-            u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb/steps의 단계를 보십시오."_s);
-
+    TellIdentity(setup, out);
+    Connection = OpenFor(setup, options);
     const UpgradeWishes wishes{options.contains(u"--utf8mb4"_s), *bytes, setup.client.CaptureRoot};
-    QList<TableUpgrade> upgrades;
-    for (const QString& table : {u"ca"_s, u"cap"_s, u"caso"_s}) {
-        upgrades.append(TableUpgrade::Plan(table, wishes));
-        Tell(upgrades.last(), out);
-    }
+    const QList<TableUpgrade> upgrades = PlanAll(setup, wishes, out);
+    const bool makesTable = NeedsIdentityTable(setup);
+    if (makesTable)
+        out << u"테이블 ca_uid를 "_s
+            << (setup.isServer ? u"만들고, 스테이션의 계정이 쓸 수 없으면 SELECT, INSERT 권한을 줍니다"_s
+                               : u"만듭니다"_s)
+            << u". 방문이 PACS와 CD에서 어떤 식별자로 알려졌는지 기억합니다\n"_s;
     const bool isRefused =
         std::ranges::any_of(upgrades, [](const TableUpgrade& each) { return !each.Refusals().isEmpty(); });
-    if (std::ranges::all_of(upgrades, [](const TableUpgrade& each) { return each.Statements().isEmpty(); })) {
+    const bool alters =
+        std::ranges::any_of(upgrades, [](const TableUpgrade& each) { return !each.Statements().isEmpty(); });
+    if (!alters && !makesTable) {
         out << (isRefused ? u"아무것도 바꾸지 않았습니다\n"_s : u"고칠 것이 없습니다\n"_s);
         return isRefused ? Found : AllWell;
     }
-    out.PutLines(
-        u"먼저 백업하십시오: mariadb-dump --single-transaction --default-character-set=utf8mb4 %1 ca cap caso > "
-        "station.sql\n"
-        "고치는 동안 그 테이블은 잠깁니다(100MB에 몇 초에서 몇 분). 스테이션의 기록은 그동안 기다립니다. "
-        "테이블만큼의 "
-        "디스크가 더 있어야 합니다. 진료가 끝난 뒤에 하십시오\n"_s.arg(TerminalText(Connection->DefaultDatabase())));
+    if (alters)
+        TellPrecautions(out);
     out.Flush();
     const std::optional<bool> answer =
-        options.contains(u"--yes"_s) ? std::optional(true) : Surroundings.ask(u"백업하였습니까? 지금 고칠까요?"_s);
+        options.contains(u"--yes"_s)
+            ? std::optional(true)
+            : Surroundings.ask(alters ? u"백업하였습니까? 지금 고칠까요?"_s : u"지금 만들까요?"_s);
     if (!answer.value_or(false)) {
         out << u"아무것도 바꾸지 않았습니다"_s << (answer ? QString() : u". 고치려면 --yes를 붙이십시오"_s) << u'\n';
         return Found;
     }
-    return CarryAll(upgrades, wishes, out) && !isRefused ? AllWell : Found;
+    const bool isMade = !makesTable || MakeIdentityTable(setup.connection.get(), setup.isServer, out);
+    return CarryAll(upgrades, wishes, out) && isMade && !isRefused ? AllWell : Found;
 }

@@ -5,8 +5,11 @@
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
+#include "records/doctor_lookup.h"
 #include "records/picture_facts.h"
+#include "records/study_identity.h"
 #include "session/VisitContext.h"
+#include "text/text_routines.h"
 
 #include <QCryptographicHash>
 #include <QFileInfo>
@@ -90,11 +93,31 @@ void RemoveLoneThere(const QString& area)
     DeleteFile(area + Directory);
 }
 
+/// What the visit is known under elsewhere. Where the setup names neither institution nor root, it isn't kept: the
+/// place of business of whoever examined stands for them.
+DicomIdentity IdentityOf(const Visit& visit, const QString& doctor)
+{
+    if (const std::optional<DicomIdentity> kept = KeptIdentity(visit))
+        return *kept;
+    if (const std::optional<DicomIdentity> made = NewIdentity(visit, ClientSetup.Pacs, SaupTable))
+        return KeepIdentity(visit, *made);
+    DicomIdentity identity = FormerIdentities(visit, ClientSetup.Pacs, SaupTable).first();
+    const std::optional<DoctorRow> row = Trim(doctor).isEmpty() ? std::nullopt : LookupDoctor(doctor, visit.ymd);
+    if (row && IsNumericText(row->Saup)) {
+        if (const auto place = SaupTable.find(WholeNumber(row->Saup)); place != SaupTable.end())
+            identity.institution = place->second.Yoyangno.trimmed();
+    }
+    return identity;
+}
+
 } // namespace
 
 DicomPicture disc_objects::FactsOf(const Visit& visit)
 {
-    return PictureFacts(visit, Launched().DoctorOf(visit), ClientSetup.Pacs, SaupTable);
+    const QString doctor = Launched().DoctorOf(visit);
+    DicomPicture facts = PictureFacts(visit, doctor, ClientSetup.Pacs, SaupTable);
+    facts.identity = IdentityOf(visit, doctor);
+    return facts;
 }
 
 QString disc_objects::Stage(const QString& area, const QString& picture, const Visit& visit, const DicomPicture& facts)

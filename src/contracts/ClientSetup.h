@@ -1,5 +1,7 @@
 #pragma once
 
+#include "contracts/dicom.h"
+
 #include <QHash>
 #include <QString>
 
@@ -20,8 +22,15 @@ struct PacsSetupRecord
     QString CalledAet;
     QString CallingAet;
     bool SendsEachStill = false; ///< As soon as it is safe; otherwise when the visit is stored.
-    QString Institution;         ///< Empty: the hospital of the visit's place of business.
+    bool SendsAtClosing = false; ///< Visits that the screen was closed on without storing them. `AtClosing=1`
+    QString Institution;         ///< Empty: the first place of business.
     QString UidRoot;             ///< Empty: identifiers that need no registration.
+    QString PatientIdPrefix;     ///< Stands before the chart. `PatientIdPrefix=`
+    DicomCharacters Characters =
+        DicomCharacters::Unicode; ///< `CharacterSet=ISO_IR 192` (default) or `\ISO 2022 IR 149`
+    bool HasNameParts = false;    ///< `NameParts=1`
+
+    bool operator==(const PacsSetupRecord&) const = default;
 };
 
 /// The clinic's setup as the setup component delivers it. All fields are text.

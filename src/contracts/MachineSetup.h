@@ -16,6 +16,9 @@ public:
     virtual QStringList People() const = 0;
     /// Into those of the groups that there are.
     virtual QString AddToGroups(const QString& user, const QStringList& groups) = 0;
+    /// What the user's programs have begun goes on when he has logged out. Where that can't be had, the sentence tells
+    /// why.
+    virtual QString LetLinger(const QString& user) = 0;
     /// A folder for the group alone, whose files and folders are the group's as well. One that is there stays as it is;
     /// the sentence tells what is wrong with it.
     virtual QString MakeSharedFolder(const QString& path, const QString& group) = 0;

@@ -31,6 +31,7 @@ public:
         CheckLines lines;
         bool isGood = false; ///< The record below can be used.
         ClientSetupRecord client;
+        SaupRecords places;
         bool isServer = false;        ///< The database is a server's, not a file.
         ConnectionPointer connection; ///< Null when it can't be opened.
     };

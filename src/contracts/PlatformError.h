@@ -42,6 +42,13 @@ public:
     using Away::Away;
 };
 
+/// The statement is for a table that isn't there, or for more of it than the account may.
+class TableRefused : public PlatformError
+{
+public:
+    using PlatformError::PlatformError;
+};
+
 /// A file or a folder can't be reached because the share that holds it doesn't answer, or the operator has given up
 /// waiting for it.
 class FilesAway : public Away

@@ -72,7 +72,7 @@ public:
     /// no rows.
     /// A connection found lost is opened again once and the statement repeated; after that DatabaseAway with the
     /// driver's text, and also when the operator gives the wait up: the statement then comes to nothing, now or later.
-    /// PlatformError for a statement that the server refuses.
+    /// PlatformError for a statement that the server refuses; TableRefused when it is the table's doing.
     virtual std::unique_ptr<AdoRecordset> Execute(const QString& statement,
                                                   ExecuteOption option = adOptionUnspecified) = 0;
 

@@ -7,6 +7,7 @@
 #include "frame/journal.h"
 #include "records/picture_facts.h"
 #include "records/Statement.h"
+#include "records/study_identity.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
@@ -142,8 +143,12 @@ void PacsSending::AskFacts(const QList<PacsQueue::Entry>& entries)
         items->append(pacs::Item{entry, {}});
     m_underWay = *items;
     const auto ask = [items, setup = m_setup, places = m_places] {
-        for (pacs::Item& item : *items)
-            item.facts = PictureFacts(item.entry.visit, item.entry.doctor, setup, places);
+        for (pacs::Item& item : *items) {
+            const Visit& visit = item.entry.visit;
+            item.facts = PictureFacts(visit, item.entry.doctor, setup, places);
+            item.facts.identity =
+                NewIdentity(visit, setup, places).value_or(FormerIdentities(visit, setup, places).first());
+        }
     };
     const auto answered = [this, items](const std::exception_ptr& fault) {
         if (m_hasEnded)

@@ -6,6 +6,8 @@
 #include "text/text_routines.h"
 #include "visit/Visit.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -17,23 +19,15 @@ void TakePatient(DicomPicture& facts)
     if (!HasRow(*row))
         return;
     facts.patientName = FieldText(*row, u"wj_suname"_s);
-    const QString jumin = FieldText(*row, u"wj_jumin"_s).remove(u'-');
+    // Of a masked number the digits behind the first seven are asterisks or blanks, or aren't there.
+    constexpr qsizetype Telling = 7;
+    const QString jumin = FieldText(*row, u"wj_jumin"_s).remove(u'-').remove(u' ').left(Telling);
+    if (!std::ranges::all_of(jumin, [](QChar letter) { return letter >= u'0' && letter <= u'9'; }))
+        return;
     facts.birthDate = BirthText(jumin);
     // The station calls everyone a woman whose number it doesn't know; another system would take that for known.
     if (!facts.birthDate.isEmpty())
         facts.sex = SexText(jumin);
-}
-
-void TakeClinic(DicomPicture& facts, const QString& saup, const SaupRecords& places)
-{
-    auto place = IsNumericText(saup) ? places.find(WholeNumber(saup)) : places.end();
-    if (place == places.end())
-        place = places.begin();
-    if (place == places.end())
-        return;
-    facts.identity.institution = place->second.Yoyangno;
-    if (facts.institution.isEmpty())
-        facts.institution = place->second.Hospital;
 }
 
 } // namespace
@@ -46,12 +40,14 @@ DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsS
     facts.ymd = visit.ymd;
     facts.section = visit.etc;
     facts.institution = setup.Institution;
-    facts.identity.uidRoot = setup.UidRoot;
+    if (facts.institution.isEmpty() && !places.empty())
+        facts.institution = places.begin()->second.Hospital;
+    facts.characters = setup.Characters;
+    facts.hasNameParts = setup.HasNameParts;
     TakePatient(facts);
     const std::optional<DoctorRow> row = Trim(doctor).isEmpty() ? std::nullopt : LookupDoctor(doctor, visit.ymd);
     if (row)
         facts.doctor = row->Name;
-    TakeClinic(facts, row ? row->Saup : QString(), places);
     return facts;
 }
 

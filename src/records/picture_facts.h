@@ -5,9 +5,9 @@
 
 struct Visit;
 
-/// What other systems are told of a visit's pictures, but for number and time. Empty where the tables don't know. The
-/// clinic is that of the doctor's place of business; where there is none, the first of the setup. To be asked inside
-/// work on the connection's thread, so setup and places come along; a failing statement is a PlatformError.
+/// What other systems are told of a visit's pictures, but for its identity, number and time. Empty where the tables
+/// don't know. The clinic has the setup's name, else that of the first place of business. To be asked inside work on
+/// the connection's thread, so setup and places come along; a failing statement is a PlatformError.
 DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsSetupRecord& setup,
                           const SaupRecords& places);
 

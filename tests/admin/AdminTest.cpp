@@ -368,6 +368,11 @@ private Q_SLOTS:
                 done << u"groups %1 %2"_s.arg(user, groups.first());
                 return {};
             }
+            QString LetLinger(const QString& user) override
+            {
+                done << u"linger %1"_s.arg(user);
+                return {};
+            }
             QString MakeSharedFolder(const QString& path, const QString& group) override
             {
                 done << u"folder %1 %2"_s.arg(path, group);
@@ -407,9 +412,9 @@ private Q_SLOTS:
         const auto restore = qScopeGuard([] { Surroundings.readLine = nullptr; });
         Surroundings.readLine = [] { return std::optional(QString()); };
         QCOMPARE(SetUpFirst(out), int(AllWell));
-        QCOMPARE(machine.done,
-                 (QStringList{u"groups kim capture-station"_s, u"folder /srv/capture capture-station"_s, u"tables"_s,
-                              u"account capture_station"_s, u"setup /etc/capture-station/Setup.ini"_s}));
+        QCOMPARE(machine.done, (QStringList{u"groups kim capture-station"_s, u"linger kim"_s,
+                                            u"folder /srv/capture capture-station"_s, u"tables"_s,
+                                            u"account capture_station"_s, u"setup /etc/capture-station/Setup.ini"_s}));
         QVERIFY(machine.password.size() >= 20 && machine.setup.contains("Password=" + machine.password.toUtf8()));
         std::rewind(file.get());
         QByteArray output(10000, '\0');

@@ -184,6 +184,7 @@ private Q_SLOTS:
     {
         RegisterDicom();
         ClientSetup.BurnerDicom = true;
+        ClientSetup.Pacs.Institution = u"나래의원"_s;
         for (const int number : {1, 2, 3})
             m_box->AddPicture(u"20250301"_s, Stomach, number, u"지난해"_s);
         WriteWholeFile(m_box->PicturePath(u"20250301"_s, Stomach, 3), "no picture");
@@ -217,6 +218,7 @@ private Q_SLOTS:
         const QString directory = QString::fromUtf8(dump.readAllStandardOutput());
         QCOMPARE(directory.count(u"[DICOM\\CS"_s), 1);
         QVERIFY(directory.contains(u"홍길동"_s));
+        QCOMPARE(m_box->Value(u"SELECT uid_institution AS v FROM ca_uid"_s), u"나래의원"_s);
         QCOMPARE(QDir(m_data->path() + u"/disc/DICOM"_s).entryList(QDir::Files).size(), 1);
     }
 

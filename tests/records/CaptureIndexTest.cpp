@@ -1,6 +1,9 @@
+#include "contracts/dicom_uids.h"
+#include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
+#include "records/study_identity.h"
 #include "records/tables.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoteBox.h"
@@ -224,6 +227,97 @@ private Q_SLOTS:
             QTEST(LookupPatient(u"00001234"_s, yuhyung, patient, ymd), "verdict");
             QTEST(patient.Chymd, "rowFound");
         }
+    }
+
+    void OtherSystemsLearnBirthAndSexOfAMaskedNumber_data()
+    {
+        Columns<QString, QString>("jumin", "expected");
+        for (const QString& told : {u"800101-1234567"_s, u"800101-1******"_s, u"8001011"_s, u"800101 - 1"_s})
+            QTest::addRow("%s", qPrintable(told)) << told << u"19800101M"_s;
+        for (const QString& hidden : {u"800101-*******"_s, u"801301-1234567"_s, u"800101"_s, QString()})
+            QTest::addRow("'%s'", qPrintable(hidden)) << hidden << QString();
+    }
+
+    void OtherSystemsLearnBirthAndSexOfAMaskedNumber()
+    {
+        QFETCH(QString, jumin);
+        m_box->Run(u"UPDATE wj SET wj_jumin = '%1'"_s.arg(jumin));
+        const DicomPicture facts = PictureFacts(On(Day), {}, {}, {{1, {u"1"_s, u"나래의원"_s}}});
+        QTEST(facts.birthDate + facts.sex, "expected");
+        QCOMPARE(facts.institution, u"나래의원"_s);
+    }
+
+    /// Two stations with two setups send the same visit: it is one study. Without its table both go on, each as its
+    /// setup tells.
+    void WhatAVisitIsKnownUnderStays_data()
+    {
+        Columns<QString>("driver");
+        QTest::newRow("SQLite") << u"QSQLITE"_s;
+        QTest::newRow("MariaDB") << u"QMARIADB"_s;
+    }
+
+    void WhatAVisitIsKnownUnderStays()
+    {
+        QFETCH(QString, driver);
+        StationInABox box(driver);
+        box.Run(u"DROP TABLE ca_uid"_s);
+        const Visit visit = On(Day);
+        const SaupRecords places{{1, {u" 11 "_s, {}}}, {2, {{}, {}}}, {3, {u"11"_s, {}}}};
+        QCOMPARE(NewIdentity(visit, {}, {{1, {}}, {2, {u"22"_s, {}}}}), std::nullopt);
+        QCOMPARE(FormerIdentities(visit, {}, places),
+                 (QList<DicomIdentity>{{u"11"_s, {}, visit.chart, {}}, {{}, {}, visit.chart, {}}}));
+        PacsSetupRecord setup;
+        setup.PatientIdPrefix = u"N-"_s;
+        const DicomIdentity own = NewIdentity(visit, setup, places).value_or(DicomIdentity());
+        QCOMPARE(own, (DicomIdentity{u"11"_s, {}, u"N-"_s + visit.chart, u"11"_s}));
+        QCOMPARE(KeptIdentity(visit), std::nullopt);
+        QCOMPARE(KeepIdentity(visit, own), own);
+
+        ConnectionPointer other = OpenConnection(box.Database().Settings());
+        CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s)->tablecreate(other, u"ca_uid"_s, {});
+        QCOMPARE(KeptIdentity(visit), std::nullopt);
+        // Between this station's look and its row the other one's row comes in.
+        struct Quicker final : AdoConnection
+        {
+            QString DefaultDatabase() const override { return own->DefaultDatabase(); }
+            std::unique_ptr<AdoRecordset> Execute(const QString& statement, ExecuteOption option) override
+            {
+                if (statement.startsWith(u" INSERT INTO ca_uid"_s))
+                    other->Execute(QString(statement).replace(u"'11'"_s, u"'O''Brien'"_s));
+                return own->Execute(statement, option);
+            }
+            void Queue(QObject* context, Work work, Done done) override
+            {
+                own->Queue(context, std::move(work), std::move(done));
+            }
+            std::unique_ptr<AdoRecordset> NewRecordset() override { return own->NewRecordset(); }
+
+            ConnectionPointer own;
+            ConnectionPointer other;
+        };
+        const auto quicker = std::make_shared<Quicker>();
+        quicker->own = Connection;
+        quicker->other = other;
+        Connection = quicker;
+        const DicomIdentity theirs{u"O'Brien"_s, {}, own.patientId, u"O'Brien"_s};
+        QCOMPARE(KeepIdentity(visit, own), theirs);
+        Connection = quicker->own;
+        QCOMPARE(KeptIdentity(visit), theirs);
+        QCOMPARE(KeepIdentity(visit, own), theirs);
+
+        const Visit second = On(Day, u"대장내시경"_s);
+        const DicomIdentity longest{QString(63, u'가') + u"🏥"_s, QString(30, u'1'), {}, {}};
+        const DicomIdentity cut = KeepIdentity(second, longest);
+        QCOMPARE(cut.institution, QString(63, u'가'));
+        QCOMPARE(KeptIdentity(second), cut);
+        DicomPicture picture;
+        picture.chart = second.chart;
+        picture.ymd = second.ymd;
+        picture.section = second.etc;
+        picture.identity = cut;
+        QCOMPARE(box.Value(u"SELECT uid_study AS v FROM ca_uid WHERE uid_etc = '대장내시경'"_s), StudyUid(picture));
+        box.Run(u"ALTER TABLE ca_uid RENAME COLUMN uid_root TO uid_stem"_s);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, KeptIdentity(visit));
     }
 
     void PanelsShowThePatient()

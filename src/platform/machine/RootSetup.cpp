@@ -124,6 +124,20 @@ QString RootSetup::AddToGroups(const QString& user, const QStringList& groups)
     return u"%1을(를) %2 그룹에 넣었습니다. 다시 로그인하면 쓰입니다."_s.arg(user, missing.join(u", "_s));
 }
 
+QString RootSetup::LetLinger(const QString& user)
+{
+    const ChildResult linger = RunChild(u"loginctl"_s, {u"enable-linger"_s, user}, {}, {});
+    if (!linger.succeeded)
+        return u"%1: 로그아웃하면 보내기를 멈춥니다. (%2)"_s.arg(
+            user,
+            linger.fault.isEmpty() ? u"loginctl: "_s + QString::fromUtf8(linger.errors).simplified() : linger.fault);
+    // After a restart of the machine too, for those who have something left; the unit looks.
+    const ChildResult unit =
+        RunChild(u"systemctl"_s, {u"--global"_s, u"enable"_s, u"capture-station-sender.service"_s}, {}, {});
+    return unit.succeeded ? u"%1: 로그아웃하거나 컴퓨터를 다시 켠 뒤에도 PACS로 보냅니다."_s.arg(user)
+                          : u"%1: 로그아웃한 뒤에도 PACS로 보냅니다."_s.arg(user);
+}
+
 QString RootSetup::MakeSharedFolder(const QString& path, const QString& group)
 {
     const gid_t number = NumberOfGroup(group);
@@ -162,7 +176,7 @@ QStringList RootSetup::MakeTables(const QString& database)
     ConnectionPointer connection = OpenAsRoot(database);
     const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
     QStringList done;
-    for (const QString& table : {u"ca"_s, u"cap"_s, u"caso"_s, u"endo"_s}) {
+    for (const QString& table : {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"caso"_s, u"endo"_s}) {
         const auto there = connection->Execute(
             u"SELECT 1 FROM information_schema.tables WHERE table_schema = DATABASE() AND table_name = "_s +
             Text(table));

@@ -2,13 +2,14 @@
 
 #include "contracts/MachineSetup.h"
 
-/// By the machine's own usermod, and on its server through the socket.
+/// By the machine's own usermod and loginctl, and on its server through the socket.
 class RootSetup final : public MachineSetup
 {
 public:
     bool MayChange() const override;
     QStringList People() const override;
     QString AddToGroups(const QString& user, const QStringList& groups) override;
+    QString LetLinger(const QString& user) override;
     QString MakeSharedFolder(const QString& path, const QString& group) override;
     bool HasServer() const override;
     bool HasDatabase(const QString& name) const override;

@@ -10,7 +10,7 @@ CheckLines CheckRootFolder(const ClientSetupRecord& client);
 CheckLines CheckDevices(const ClientSetupRecord& client);
 
 /// Fonts, plugins, helper programs and the input method: what the station finds only while it runs.
-CheckLines CheckParts();
+CheckLines CheckParts(const ClientSetupRecord& client);
 
 /// The program's own folders, which hold each picture and its record until they are safe: whether they can be written
 /// and have room. A file is made there and deleted again.

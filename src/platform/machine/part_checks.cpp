@@ -1,5 +1,6 @@
 #include "platform/machine/machine_checks.h"
 
+#include "frame/own_program.h"
 #include "platform/imaging/confined_reader.h"
 #include "platform/imaging/kernel_confinement.h"
 
@@ -9,6 +10,8 @@
 #include <QStandardPaths>
 
 #include <fontconfig/fontconfig.h>
+#include <pwd.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -94,6 +97,41 @@ void CheckPrograms(CheckLines& lines)
         lines);
 }
 
+/// What pictures leave the station by, where the clinic wants that.
+void CheckDicomPrograms(const ClientSetupRecord& client, CheckLines& lines)
+{
+    QList<Part> parts;
+    if (!client.Pacs.Host.isEmpty())
+        parts.append({u"capture-station-sender"_s, u"capture-station"_s});
+    if (!client.Pacs.Host.isEmpty() || client.BurnerDicom)
+        parts.append({u"capture-station-dicom"_s, u"capture-station"_s});
+    if (client.BurnerDicom)
+        parts.append({u"dcmmkdir"_s, u"dcmtk"_s});
+    if (parts.isEmpty())
+        return;
+    const auto isThere = [](const QString& name) {
+        const QString program =
+            name.startsWith(u"capture-station-"_s) ? OwnProgram(name) : QStandardPaths::findExecutable(name);
+        return !program.isEmpty();
+    };
+    CheckAll(u"DICOM 프로그램"_s, parts, isThere, lines);
+}
+
+/// A user's services end with his last session unless he lingers.
+void CheckLingering(const ClientSetupRecord& client, CheckLines& lines)
+{
+    const passwd* user = getpwuid(geteuid());
+    if (client.Pacs.Host.isEmpty() || user == nullptr || !QFileInfo::exists(u"/run/systemd/system"_s))
+        return;
+    const QString name = QString::fromUtf8(user->pw_name);
+    if (QFileInfo::exists(u"/var/lib/systemd/linger/"_s + name))
+        lines.append({CheckLine::Right, u"로그아웃한 뒤의 PACS"_s, name});
+    else
+        lines.append({CheckLine::Remark, u"로그아웃한 뒤의 PACS"_s,
+                      u"%1이(가) 로그아웃하면 보내기를 멈추고, 스테이션을 다시 시작할 때 이어서 보냅니다"_s.arg(name),
+                      u"root로 loginctl enable-linger %1을(를) 실행하십시오"_s.arg(name)});
+}
+
 /// Whether what decodes pictures from outside can be shut in.
 void CheckConfinement(CheckLines& lines)
 {
@@ -133,12 +171,14 @@ void CheckInputMethod(CheckLines& lines)
 
 } // namespace
 
-CheckLines CheckParts()
+CheckLines CheckParts(const ClientSetupRecord& client)
 {
     CheckLines lines;
     CheckFonts(lines);
     CheckPlugins(lines);
     CheckPrograms(lines);
+    CheckDicomPrograms(client, lines);
+    CheckLingering(client, lines);
     CheckConfinement(lines);
     CheckInputMethod(lines);
     return lines;

@@ -19,7 +19,7 @@ public:
     CheckLines LookAtCaptureRoot(const ClientSetupRecord& client) override { return CheckRootFolder(client); }
     CheckLines LookAtMachine(const ClientSetupRecord& client) override
     {
-        return CheckProgramFolders() + CheckDevices(client) + CheckParts();
+        return CheckProgramFolders() + CheckDevices(client) + CheckParts(client);
     }
 };
 

@@ -38,10 +38,12 @@ private:
     void ReadPlaces();
     void ReadDevices();
     void ReadPacs();
+    void ReadIdentity();
     void NoteUnread();
     QString ApplicationTitle(const QString& key, const QString& title, const QString& otherwise);
 
     QString Text(const QString& section, const QString& key);
+    bool Switch(const QString& section, const QString& key);
     QString Needed(const QString& section, const QString& key);
     QString Absolute(const QString& path) const;
 
@@ -64,6 +66,15 @@ QString Reader::Text(const QString& section, const QString& key)
         m_setup.problems.append(
             u"[%1] %2의 글자를 읽을 수 없습니다. UTF-8이나 windows-949로 저장하세요."_s.arg(section, key));
     return value;
+}
+
+/// 0 or 1; off where nothing is said.
+bool Reader::Switch(const QString& section, const QString& key)
+{
+    const QString value = Text(section, key);
+    if (!value.isEmpty() && value != u"0" && value != u"1")
+        m_setup.problems.append(u"[%1] %2은(는) 0이나 1입니다. (%3)"_s.arg(section, key, value.left(60)));
+    return value == u"1";
 }
 
 QString Reader::Needed(const QString& section, const QString& key)
@@ -232,15 +243,41 @@ QString Reader::ApplicationTitle(const QString& key, const QString& title, const
     return title;
 }
 
-void Reader::ReadPacs()
+/// What a server is told, and a disc as well.
+void Reader::ReadIdentity()
 {
+    constexpr qsizetype longestInstitution = 64;
     const QString section = u"Pacs"_s;
     PacsSetupRecord& pacs = m_setup.client.Pacs;
     pacs.Institution = Text(section, u"Institution"_s);
+    if (pacs.Institution.size() > longestInstitution)
+        m_setup.problems.append(
+            u"[Pacs] Institution은 %1자까지입니다. (%2자)"_s.arg(longestInstitution).arg(pacs.Institution.size()));
     pacs.UidRoot = Text(section, u"UidRoot"_s);
     if (!pacs.UidRoot.isEmpty() && !IsUidRoot(pacs.UidRoot))
         m_setup.problems.append(
             u"[Pacs] UidRoot는 1.2.410.200000처럼 숫자와 점으로 24자까지입니다. (%1)"_s.arg(pacs.UidRoot.left(60)));
+    static const QRegularExpression prefix(uR"(\A[A-Za-z0-9._-]{0,8}\z)"_s);
+    pacs.PatientIdPrefix = Text(section, u"PatientIdPrefix"_s);
+    if (!prefix.match(pacs.PatientIdPrefix).hasMatch())
+        m_setup.problems.append(
+            u"[Pacs] PatientIdPrefix는 영문자, 숫자, - . _ 8자까지입니다. (%1)"_s.arg(pacs.PatientIdPrefix.left(60)));
+    const QString unicode = u"ISO_IR 192"_s;
+    const QString korean = uR"(\ISO 2022 IR 149)"_s;
+    const QString characters = Text(section, u"CharacterSet"_s);
+    pacs.Characters = characters == korean ? DicomCharacters::Korean : DicomCharacters::Unicode;
+    if (!characters.isEmpty() && characters != unicode && characters != korean)
+        m_setup.problems.append(
+            u"[Pacs] CharacterSet은 %1나 %2입니다. (%3)"_s.arg(unicode, korean, characters.left(60)));
+    pacs.HasNameParts = Switch(section, u"NameParts"_s);
+}
+
+void Reader::ReadPacs()
+{
+    const QString section = u"Pacs"_s;
+    PacsSetupRecord& pacs = m_setup.client.Pacs;
+    ReadIdentity();
+    pacs.SendsAtClosing = Switch(section, u"AtClosing"_s);
     pacs.Host = Text(section, u"Host"_s);
     const QString port = Text(section, u"Port"_s);
     const QString called = Text(section, u"CalledAet"_s);

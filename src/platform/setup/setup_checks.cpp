@@ -132,6 +132,7 @@ OutsideChecks::Setup CheckSetup()
     }
     setup.isGood = file.problems.isEmpty();
     setup.client = file.client;
+    setup.places = file.places;
     setup.isServer = file.database.driver.compare(u"QSQLITE", Qt::CaseInsensitive) != 0;
     if (setup.isGood && file.oddities.isEmpty())
         setup.lines.append({CheckLine::Right, what, path});

@@ -28,6 +28,9 @@ constexpr int LockWaitEnded = 1205;
 constexpr int ServerReadOnly = 1290;
 constexpr int TransactionReadOnly = 1792;
 constexpr int TableReadOnly = 1036;
+constexpr int TableUnknown = 1146;
+constexpr int TableForbidden = 1142;
+constexpr int ColumnForbidden = 1143;
 constexpr int Deadlock = 1213; // also a Galera commit that met another node's
 constexpr int QueryInterrupted = 1317;
 constexpr int ConnectionKilled = 1927;
@@ -182,6 +185,10 @@ FaultKind MariaDbEngine::Judge(const QSqlError& error) const
     case TransactionReadOnly:
     case TableReadOnly:
         return FaultKind::NotNow;
+    case TableUnknown:
+    case TableForbidden:
+    case ColumnForbidden:
+        return FaultKind::NoTable;
     default:
         return FaultKind::Final;
     }

@@ -14,6 +14,7 @@ struct DatabaseSettings;
 /// What a failed statement calls for.
 enum class FaultKind {
     Final,      ///< The statement is wrong, or refused: no use in repeating it.
+    NoTable,    ///< The same, for its table isn't there, or isn't open to the account in that way.
     Lost,       ///< The connection is gone: open it again.
     Contention, ///< Another client or node was in the way: repeat after a short while.
     NotNow,     ///< The server takes no such statement for the time being, such as with a full disk or a locked table.

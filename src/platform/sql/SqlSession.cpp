@@ -200,6 +200,8 @@ void SqlSession::Execute(const QString& statement, ExecuteOption option, SqlRows
             QThread::msleep(ContentionPauseMs);
         } else {
             const QString text = FaultText(u"데이터베이스 작업을 하지 못하였습니다.!!"_s, error);
+            if (kind == FaultKind::NoTable)
+                throw TableRefused(text);
             if (kind != FaultKind::Final)
                 throw DatabaseAway(text);
             throw PlatformError(text);

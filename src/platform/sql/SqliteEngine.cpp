@@ -62,6 +62,9 @@ std::unique_ptr<RowSource> SqliteEngine::Stream(const QSqlDatabase& database, co
 
 FaultKind SqliteEngine::Judge(const QSqlError& error) const
 {
+    // It has no number of its own.
+    if (error.databaseText().startsWith(u"no such table"_s))
+        return FaultKind::NoTable;
     // The upper bytes tell a kind more closely.
     switch (error.nativeErrorCode().toInt() & 0xff) {
     case Busy:

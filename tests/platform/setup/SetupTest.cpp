@@ -82,6 +82,8 @@ private Q_SLOTS:
                  (QHash<QString, QString>{{u"1"_s, u"/dev/ttyUSB0"_s}, {u"3"_s, u"/dev/ttyACM0"_s}}));
         QCOMPARE(setup.PrinterFolder, Folder() + u"/인쇄"_s);
         QCOMPARE(setup.BurnerImage, u"/var/tmp/cd.iso"_s);
+        QVERIFY(setup.Pacs.Characters == DicomCharacters::Korean && setup.Pacs.HasNameParts);
+        QVERIFY(setup.Pacs.SendsAtClosing && setup.Pacs.PatientIdPrefix == u"NARAE-");
         QCOMPARE(outcome.places.size(), 2u);
         QCOMPARE(outcome.places.at(1).Yoyangno, u"11100001"_s);
         QCOMPARE(outcome.places.at(1).Hospital, u"나래의원"_s);
@@ -116,6 +118,12 @@ private Q_SLOTS:
             {"launch strings in another encoding", u"LaunchEncoding"_s, u"LaunchEncoding=CP949"_s,
              u"LaunchEncoding은"_s},
             {"neither still nor save", u"EtcList"_s, u"[Pacs]\nHost=a\nSend=all"_s, u"[Pacs] Send는"_s},
+            {"institution that no table holds", u"EtcList"_s, u"[Pacs]\nInstitution="_s + QString(65, u'a'),
+             u"Institution은 64자까지"_s},
+            {"prefix with a caret", u"EtcList"_s, u"[Pacs]\nPatientIdPrefix=A^"_s, u"PatientIdPrefix는"_s},
+            {"character set without its backslash", u"EtcList"_s, u"[Pacs]\nCharacterSet=ISO 2022 IR 149"_s,
+             u"CharacterSet은"_s},
+            {"neither 0 nor 1", u"EtcList"_s, u"[Pacs]\nAtClosing=yes"_s, u"AtClosing은(는) 0이나 1"_s},
             {"root of identifiers with a 0", u"EtcList"_s, u"[Pacs]\nUidRoot=1.02.3"_s, u"[Pacs] UidRoot는"_s},
             {"section that its column would cut", u"EtcList"_s, u"EtcList="_s + QString(101, u'a'), u"검사 이름으로"_s},
         };
@@ -302,7 +310,8 @@ private:
                "CheckTable=1\n\n"
                "[Saup.1]\nYoyangno=11100001\nHospital=나래의원\n[saup.12]\nHospital=빛터의원\n\n"
                "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n03=/dev/ttyACM0\n4=\n"
-               "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\n"_s.arg(
+               "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\n"
+               "[Pacs]\nAtClosing=1\nPatientIdPrefix=NARAE-\nCharacterSet=\\ISO 2022 IR 149\nNameParts=1\n"_s.arg(
                    database.driver, database.socket, database.name, database.user, Folder());
     }
 
