@@ -20,6 +20,7 @@
 #include "platform/journal/StandardErrorJournal.h"
 #include "platform/printing/register_printing.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/sender/SenderStart.h"
 #include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
@@ -122,6 +123,7 @@ int main(int argc, char* argv[])
     RegisterSerial();
     RegisterDisc();
     RegisterDicom();
+    RegisterSender();
     RegisterFindingsPopups();
 
     UseService<Desktop>().setEndRequest([] {

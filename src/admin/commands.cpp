@@ -46,6 +46,36 @@ struct Command
     Needs needsWithOption = Needs::Database;
 };
 
+/// A chart number in its eight columns.
+void FillChart(QStringList& arguments)
+{
+    if (!arguments.isEmpty())
+        arguments[0] = arguments[0].rightJustified(8, u'0');
+}
+
+int Misused(const QString& text);
+
+int RunPacs(const Call& call)
+{
+    const QString option = call.options.value(0);
+    QStringList arguments = call.arguments;
+    const qsizetype most = option == u"--send"_s ? 3 : option == u"--compare"_s ? 1 : 0;
+    if (call.options.size() > 1 || arguments.size() > most || (option == u"--send"_s && arguments.size() < most))
+        return Misused(u"인수의 수가 맞지 않습니다: pacs %1"_s.arg(option));
+    if (option == u"--retry"_s)
+        return RetryPacs(call.out);
+    if (option == u"--drop"_s)
+        return DropPacs(call.out);
+    if (option == u"--compare"_s)
+        return ComparePacs(arguments.value(0), call.out);
+    if (option.isEmpty())
+        return ListPacs(call.out);
+    FillChart(arguments);
+    if (!DateFromText(arguments[1]).isValid())
+        return Misused(u"날짜는 20261124처럼 적습니다: %1"_s.arg(arguments[1]));
+    return SendVisitToPacs(arguments, call.out);
+}
+
 const QList<Command>& Commands()
 {
     static const QList<Command> commands{
@@ -132,20 +162,15 @@ const QList<Command>& Commands()
          false,
          [](const Call& call) { return call.options.isEmpty() ? ShowRoot(call.out) : StoreRoot(call.out); }},
         {u"pacs"_s,
-         u"[--retry | --drop]"_s,
-         u"PACS로 아직 보내지 못했거나 거부된 그림을 보여 줍니다. --retry는 끝난 스테이션이 남긴 것을 거부된 것까지 "
-         u"다시 "
-         "보내고, --drop은 거부된 것을 목록에서 지웁니다."_s,
+         u"[--retry | --drop | --send 차트번호 날짜 검사 | --compare [연도]]"_s,
+         u"PACS로 아직 보내지 못했거나 거부된 그림을 보여 줍니다. --retry는 거부된 것까지 곧바로 다시 보내고, --drop은 "
+         "거부된 것을 목록에서 지웁니다. --send는 한 방문의 그림을 보내고, --compare는 PACS에 없는 그림을 찾습니다."_s,
          Needs::Nothing,
          0,
-         0,
-         {u"--retry"_s, u"--drop"_s},
+         3,
+         {u"--retry"_s, u"--drop"_s, u"--send"_s, u"--compare"_s},
          false,
-         [](const Call& call) {
-             if (call.options.isEmpty())
-                 return ListPacs(call.out);
-             return call.options.contains(u"--drop"_s) ? DropPacs(call.out) : RetryPacs(call.out);
-         }},
+         RunPacs},
     };
     return commands;
 }
@@ -182,13 +207,6 @@ bool ReadSetup(bool openConnection)
         return false;
     VisitContext.ImageExt = ImageExtOfSetup();
     return true;
-}
-
-/// A chart number in its eight columns.
-void FillChart(QStringList& arguments)
-{
-    if (!arguments.isEmpty())
-        arguments[0] = arguments[0].rightJustified(8, u'0');
 }
 
 /// An option that ends with an equals sign has a value behind it.

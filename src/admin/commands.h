@@ -42,15 +42,19 @@ int RunCommand(const QStringList& arguments, TerminalOutput& out);
 int CheckStation(TerminalOutput& out);
 
 /// Pictures of this machine that wait for the clinic's server, or that it has refused. Each gives an `ExitCode`;
-/// `Found` as long as there are any.
+/// `Found` as long as there are any. A station may run beside them.
 
 /// Shows them, with whose they are and why.
 int ListPacs(TerminalOutput& out);
-/// Sends what dead stations of this user have left, also what was refused. What belongs to one that lives stays its
-/// own.
+/// Has this user's sender try it all at once, also what was refused, and waits for that.
 int RetryPacs(TerminalOutput& out);
-/// Forgets what was refused, in the lists of dead stations. The pictures themselves stay as they are.
+/// Forgets what was refused. The pictures themselves stay as they are.
 int DropPacs(TerminalOutput& out);
+/// Has the pictures of a visit sent that haven't been yet, also of one from before there was a server: chart, date,
+/// section.
+int SendVisitToPacs(const QStringList& arguments, TerminalOutput& out);
+/// Asks the server which pictures of a year it lacks, or has with another content; this year's without one.
+int ComparePacs(const QString& year, TerminalOutput& out);
 
 /// What waits on this machine: pictures whose rows aren't in, or that aren't in the capture root either. Both give an
 /// `ExitCode`; `Found` as long as something waits.

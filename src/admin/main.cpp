@@ -6,6 +6,7 @@
 #include "platform/imaging/register_imaging.h"
 #include "platform/machine/register_machine.h"
 #include "platform/profile/PrivateProfile.h"
+#include "platform/sender/SenderStart.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "platform/terminal/register_terminal.h"
@@ -47,6 +48,7 @@ int main(int argc, char* argv[])
     RegisterImaging();
     RegisterMachine();
     RegisterDicom();
+    RegisterSender();
 
     Surroundings.version = QStringLiteral(STATION_VERSION);
     Surroundings.showsProgress = IsErrorTerminal();

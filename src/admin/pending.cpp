@@ -11,6 +11,7 @@
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "pacs/PacsHandover.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
@@ -131,7 +132,10 @@ int WritePending(TerminalOutput& out)
     int written = 0;
     bool isSettled = false;
     {
+        const auto pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
         StillFiling filing([](const Visit&) { return std::nullopt; });
+        if (pacs)
+            filing.Journal().setOutlet(pacs->Outlet());
         QObject::connect(&filing, &StillFiling::Tidings, &filing,
                          [&out](const QString& text) { out << text << u'\n'; });
         QObject::connect(&filing, &StillFiling::Safe, &filing, [&](const StillFiling::SafePicture& picture) {
@@ -151,6 +155,8 @@ int WritePending(TerminalOutput& out)
         leftovers.End();
         movies.End();
         filing.End();
+        if (const QString waiting = pacs ? pacs->End() : QString(); !waiting.isEmpty())
+            out << waiting << u'\n';
     }
     const int left = ShowFolder(LocalFolder(), out);
     const bool isAnyHeld = TellHeld(out);

@@ -1,13 +1,17 @@
 #include "admin/commands.h"
 #include "admin/deleted_pictures.h"
+#include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
+#include "contracts/SenderProcess.h"
 #include "filing/capture_folders.h"
 #include "filing/NumberClaim.h"
+#include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
 #include "session/VisitContext.h"
@@ -141,6 +145,22 @@ void Tell(const DeletedPicture& picture, const Visit& visit, int number, Termina
             PicturesOfGrid);
 }
 
+/// What is back belongs to its visit as it did. Today's may still be stored.
+void SendAgain(const Visit& visit, int number)
+{
+    if (ClientSetup.Pacs.Host.isEmpty())
+        return;
+    PacsLine line = PacsLine::Of(PacsLine::Send, visit, number);
+    line.id = QUuid::createUuid().toString(QUuid::Id128);
+    line.goes = Trim(visit.ymd) != TextFromDate(UseService<Desktop>().Today());
+    try {
+        SenderQueue().Add({line});
+        UseService<SenderProcess>().Start(false);
+    } catch (const PlatformError& error) {
+        TellOnError(u"PACS로 보낼 목록에 넣지 못하였습니다. pacs --send로 보내십시오.!! (%1)"_s.arg(error.Text()));
+    }
+}
+
 } // namespace
 
 int RestorePicture(const QStringList& arguments, TerminalOutput& out)
@@ -164,6 +184,7 @@ int RestorePicture(const QStringList& arguments, TerminalOutput& out)
     } catch (const PlatformError& error) {
         TellOnError(u"되살렸으나 Log 폴더의 파일이 남았습니다. 다시 되살리지 마세요.!! (%1)"_s.arg(error.Text()));
     }
+    SendAgain(visit, number);
     Tell(*picture, visit, number, out);
     return AllWell;
 }

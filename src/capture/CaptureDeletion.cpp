@@ -20,8 +20,8 @@
 using namespace Qt::StringLiterals;
 
 CaptureDeletion::CaptureDeletion(CaptureHistory& history, VisitGrid& grid, StillFiling& filing, VisitNote& note,
-                                 MeantPictures& meant, Deleted deleted)
-    : m_history(history), m_grid(grid), m_filing(filing), m_note(note), m_meant(meant), m_deleted(std::move(deleted)),
+                                 MeantPictures& meant)
+    : m_history(history), m_grid(grid), m_filing(filing), m_note(note), m_meant(meant),
       m_jobs(filing, {VisitContext.CaptureDir, MarkTableOfSetup()})
 {
     connect(&m_jobs, &PictureDeletion::Ended, this, &CaptureDeletion::OnEnded);
@@ -189,8 +189,6 @@ void CaptureDeletion::End()
 
 void CaptureDeletion::OnEnded(const QString& id, const PictureDeletion::Result& result)
 {
-    for (const int number : result.deleted)
-        m_deleted(result.visit, number);
     const auto running = m_running.find(id);
     if (running == m_running.end())
         return; // An earlier run's: what is shown now was read behind its beginning, or is read anew.

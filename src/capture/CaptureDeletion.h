@@ -22,11 +22,8 @@ class CaptureDeletion : public QObject
     Q_OBJECT
 
 public:
-    /// Hears of a picture that has gone, or, without a number, of all of a visit.
-    using Deleted = std::function<void(const Visit& visit, std::optional<int> number)>;
-
     CaptureDeletion(CaptureHistory& history, VisitGrid& grid, StillFiling& filing, VisitNote& note,
-                    MeantPictures& meant, Deleted deleted);
+                    MeantPictures& meant);
 
     /// Asks, and deletes the current visit's pictures of the section.
     void DeleteCurrentVisit();
@@ -65,7 +62,6 @@ private:
     StillFiling& m_filing;
     VisitNote& m_note;
     MeantPictures& m_meant;
-    const Deleted m_deleted;
     QHash<QString, Running> m_running;
     PictureDeletion m_jobs;
 };

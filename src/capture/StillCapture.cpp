@@ -110,7 +110,6 @@ void StillCapture::TakeSafe(const StillFiling::SafePicture& picture)
     if (const QString tidings = m_note.ShowStored(picture.visit, picture.note); !tidings.isEmpty())
         later::Do(this, later::Screen, [tidings] { ShowInformation(tidings); });
     Sound(picture.id, true);
-    Q_EMIT StillIsSafe(picture.visit, picture.number);
 }
 
 void StillCapture::SaveVisitNote()

@@ -39,8 +39,6 @@ public:
     void Finish();
 
 Q_SIGNALS:
-    /// A still's file and rows are safe.
-    void StillIsSafe(const Visit& visit, int number);
     /// The operator has stored the visit.
     void VisitIsStored(const Visit& visit);
 

@@ -20,8 +20,7 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
-#include "pacs/PacsSending.h"
-#include "records/capture_index.h"
+#include "pacs/PacsHandover.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
 #include "records/tables.h"
@@ -62,6 +61,10 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_visitPictures = std::make_unique<VisitPictures>(sprCap(1), 1);
     m_historyPictures = std::make_unique<VisitPictures>(sprCap(2), 2);
     m_filing = std::make_unique<StillFiling>([this](const Visit& visit) { return m_note->Typed(visit); });
+    // Before the journal lets go of the first picture.
+    m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
+    if (m_pacs)
+        m_filing->Journal().setOutlet(m_pacs->Outlet());
     m_grid = std::make_unique<VisitGrid>(*m_visitPictures, *m_filing);
     m_stills = std::make_unique<StillCapture>(*m_grid, *m_filing, *m_note);
     m_history = std::make_unique<CaptureHistory>(
@@ -69,11 +72,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
         *m_grid);
     m_history->LayOutGrids();
     m_meant = std::make_unique<MeantPictures>(*m_history);
-    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_grid, *m_filing, *m_note, *m_meant,
-                                                   [this](const Visit& visit, std::optional<int> number) {
-                                                       if (m_pacs)
-                                                           m_pacs->IsDeleted(visit, number);
-                                                   });
+    m_deletion = std::make_unique<CaptureDeletion>(*m_history, *m_grid, *m_filing, *m_note, *m_meant);
     m_import = std::make_unique<PictureImport>(*m_picture1, *m_stills);
     m_footSwitch = std::make_unique<FootSwitch>(*m_commCapture, [this](const FootSwitch::Filed& filed) {
         if (!IsUnloaded())
@@ -170,8 +169,7 @@ void frmCapture::Form_Unload()
     FinishMovies();
     m_stills->Finish();
     m_lease.reset();
-    if (m_pacs)
-        m_pacs->End();
+    EndPacs();
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
     if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_filing->IsDatabaseAway() &&
@@ -238,26 +236,26 @@ void frmCapture::ConnectControls()
 
 void frmCapture::ConnectPacs()
 {
-    if (IsUnloaded())
+    if (IsUnloaded() || !m_pacs)
         return;
-    m_pacs = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
-    if (!m_pacs)
-        return;
-    PacsSending* pacs = m_pacs.get();
-    connect(pacs, &PacsSending::NoticeChanged, this,
-            [this](const QString& text) { m_notices->setNotice(NoticeStrip::Pacs, text); });
-    connect(m_stills.get(), &StillCapture::StillIsSafe, pacs, &PacsSending::StillIsSafe);
-    connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, GuardedSlot([this, pacs](const Visit& visit) {
-                const QList<PictureRecord> own = m_filing->Journal().Of(visit);
-                QList<int> numbers = StoredNumbers(visit, NumberOrder::Ascending);
-                for (const PictureRecord& picture : own) {
-                    if (picture.number > 0)
-                        numbers.append(picture.number);
-                }
-                pacs->VisitIsStored(visit, numbers, !own.isEmpty());
-            }));
+    PacsHandover* pacs = m_pacs.get();
+    connect(pacs, &PacsHandover::NoticeChanged, m_notices, [this, pacs](const QString& text, bool maySend) {
+        const NoticeStrip::Offer send{u"지금 보내기"_s, [pacs] { pacs->SendNow(); }};
+        m_notices->setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
+    });
+    connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, &PacsHandover::VisitIsStored);
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs,
             [pacs](const Visit& visit, int number) { pacs->PictureIsMarked(visit, number, visit == CurrentVisit()); });
+}
+
+void frmCapture::EndPacs()
+{
+    if (!m_pacs)
+        return;
+    const BusyPointer busy;
+    const QString left = m_pacs->End();
+    if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
+        ShowInformation(left, ClosingPatienceMs);
 }
 
 void frmCapture::OfferNote(bool isThere)

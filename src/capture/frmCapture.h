@@ -24,7 +24,7 @@ class MovieFiling;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
-class PacsSending;
+class PacsHandover;
 class StationLease;
 class QComboBox;
 class QLabel;
@@ -75,6 +75,7 @@ private:
     void BuildPopupMenu();
     void ConnectControls();
     void ConnectPacs();
+    void EndPacs();
     void LoadSteps();
     void ShowCount(int pictures);
     void OfferNote(bool isThere);
@@ -116,6 +117,7 @@ private:
 
     std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
+    std::unique_ptr<PacsHandover> m_pacs; ///< Null without a server in the setup.
     std::unique_ptr<StillFiling> m_filing;
     std::unique_ptr<VisitGrid> m_grid;
     std::unique_ptr<StillCapture> m_stills;
@@ -128,5 +130,4 @@ private:
     std::unique_ptr<StationLease> m_lease; ///< Null for a visit whose date can't be one.
     std::unique_ptr<MovieRecording> m_movie;
     std::unique_ptr<FilingNotices> m_filingNotices;
-    std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
 };

@@ -91,7 +91,7 @@ bool PictureDeletion::GiveUp(const QString& id)
     if (job == nullptr || job->isPlanned)
         return false;
     m_filing.Pictures().LetGo(*job);
-    m_filing.Journal().RemoveDeletion(id);
+    m_filing.Journal().RemoveDeletion(id, false);
     return true;
 }
 
@@ -237,7 +237,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
     m_filing.Pictures().LetGo(job);
-    m_filing.Journal().RemoveDeletion(job.id);
+    m_filing.Journal().RemoveDeletion(job.id, result.fault == nullptr);
     m_doubtful.remove(job.id);
     if (!m_refused.remove(job.id))
         Q_EMIT Ended(job.id, result);

@@ -82,6 +82,13 @@ QStringList AdoptJobs(QList<Job>& jobs, const QList<Job>& others)
     return statements;
 }
 
+bool Means(const DeletionJob& job, const PictureRecord& picture)
+{
+    return job.visit == picture.visit &&
+           (picture.number <= job.rowsUpTo ||
+            std::ranges::find(job.items, picture.number, &DeletionJob::Item::number) != job.items.end());
+}
+
 QList<PictureRecord> PicturesIn(const QJsonDocument& list)
 {
     QList<PictureRecord> pictures;
@@ -169,8 +176,8 @@ void PictureJournal::End()
         return;
     const QString mark = Files().ProcessMark();
     journal::NotingFaults([&] {
-        const bool isEmpty =
-            m_pictures.isEmpty() && m_leftFolders.isEmpty() && m_deletions.isEmpty() && m_movies.isEmpty();
+        const bool isEmpty = !*m_isAnyLeft && m_pictures.isEmpty() && m_leftFolders.isEmpty() &&
+                             m_deletions.isEmpty() && m_movies.isEmpty();
         if (isEmpty && m_database != nullptr) {
             m_database.reset();
             UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
@@ -379,6 +386,53 @@ void PictureJournal::Remove(QString id)
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::HandOver(QString id)
+{
+    const PictureRecord* found = Find(id);
+    if (found == nullptr || m_outlet == nullptr) {
+        Remove(id);
+        return;
+    }
+    const PictureRecord picture = *found;
+    DropJob(m_pictures, id);
+    QList<DeletionJob> deletions = m_deletions;
+    deletions.removeIf([&picture](const DeletionJob& job) { return !Means(job, picture); });
+    m_writer.Post(
+        [database = m_database, outlet = m_outlet, picture, deletions, told = m_fault, isAnyLeft = m_isAnyLeft] {
+            try {
+                outlet->HandOver(picture);
+                for (const DeletionJob& job : deletions)
+                    outlet->Withdraw(job);
+                if (database != nullptr)
+                    database->Run({journal_rows::Remove(picture.id)});
+            } catch (const PlatformError& error) {
+                journal::NoteFault(error.Text());
+                *isAnyLeft = true;
+                PostToScreen(
+                    [told,
+                     text = u"PACS로 보낼 그림의 목록을 저장하지 못했습니다.!! 다음 실행시 다시 넘깁니다.\r\n%1"_s.arg(
+                         error.Text())] { told(text); });
+            }
+        });
+    TellCount();
+}
+
+void PictureJournal::setOutlet(const std::shared_ptr<PictureOutlet>& outlet)
+{
+    m_outlet = outlet;
+    // A run that was killed may not have come to it.
+    for (const DeletionJob& job : std::as_const(m_deletions))
+        Tell([job](PictureOutlet& each) { each.Withdraw(job); });
+}
+
+void PictureJournal::Tell(const std::function<void(PictureOutlet&)>& call)
+{
+    if (m_outlet == nullptr)
+        return;
+    m_writer.Post([outlet = m_outlet, call] { journal::NotingFaults([&] { call(*outlet); }); });
+}
+
 const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
 {
     const auto found = FindJob(m_deletions, id);
@@ -387,15 +441,26 @@ const DeletionJob* PictureJournal::FindDeletion(const QString& id) const
 
 void PictureJournal::StoreDeletion(const DeletionJob& job)
 {
+    const DeletionJob* known = FindDeletion(job.id);
+    const bool meansMore = known == nullptr || known->items.size() != job.items.size();
     PutJob(m_deletions, job);
     Store({journal_rows::Write(job)});
+    if (meansMore)
+        Tell([job](PictureOutlet& outlet) { outlet.Withdraw(job); });
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
-void PictureJournal::RemoveDeletion(QString id)
+void PictureJournal::RemoveDeletion(QString id, bool isWhole)
 {
-    if (DropJob(m_deletions, id))
-        Store({journal_rows::RemoveDeletion(id)});
+    const DeletionJob* found = FindDeletion(id);
+    if (found == nullptr)
+        return;
+    const DeletionJob job = *found;
+    DropJob(m_deletions, id);
+    // First: should it end between the two, the deletion is gone through again.
+    if (!isWhole)
+        Tell([job](PictureOutlet& outlet) { outlet.Restore(job); });
+    Store({journal_rows::RemoveDeletion(id)});
 }
 
 void PictureJournal::StoreMovie(const MovieJob& job)

@@ -3,12 +3,14 @@
 #include "contracts/files.h"
 #include "filing/DeletionJob.h"
 #include "filing/MovieJob.h"
+#include "filing/PictureOutlet.h"
 #include "filing/PictureRecord.h"
 
 #include <QList>
 #include <QMap>
 #include <QStringList>
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -81,12 +83,17 @@ public:
     void Mark(const QString& id, const Change& change);
     /// By value: it may be the very one that goes.
     void Remove(QString id);
+    /// The picture is safe: the outlet gets it, and the journal lets go of it.
+    void HandOver(QString id);
+    /// Where pictures go from here, and are withdrawn from when they are to be deleted. Null: nowhere.
+    void setOutlet(const std::shared_ptr<PictureOutlet>& outlet);
 
     /// Deletions that haven't come to their end.
     const QList<DeletionJob>& Deletions() const { return m_deletions; }
     const DeletionJob* FindDeletion(const QString& id) const;
     void StoreDeletion(const DeletionJob& job);
-    void RemoveDeletion(QString id);
+    /// `isWhole`: all that it meant has gone.
+    void RemoveDeletion(QString id, bool isWhole);
     /// Pictures of the job's visit, deleted ones aside, that it doesn't mean.
     bool HasAnyBeside(const DeletionJob& job) const;
 
@@ -127,6 +134,8 @@ private:
     /// Changes those for which it gives true.
     void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
+    /// Does it behind what has been stored.
+    void Tell(const std::function<void(PictureOutlet&)>& call);
     void LookForForeignPictures();
     /// Tells the other users of this machine how many wait here.
     void TellCount();
@@ -135,6 +144,9 @@ private:
     WorkThread& m_writer;
     const std::function<void(const QString&)> m_fault;
     std::shared_ptr<LocalDatabase> m_database; ///< Null when it can't be opened.
+    std::shared_ptr<PictureOutlet> m_outlet;
+    /// The outlet hasn't taken some, which stay in the file for the next start.
+    const std::shared_ptr<std::atomic<bool>> m_isAnyLeft = std::make_shared<std::atomic<bool>>(false);
     QList<PictureRecord> m_pictures;
     QList<DeletionJob> m_deletions;
     QList<MovieJob> m_movies;

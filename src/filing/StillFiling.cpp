@@ -138,7 +138,7 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
         return;
     m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
     if (fault == nullptr) {
-        m_journal.Remove(picture.id);
+        m_journal.HandOver(picture.id);
         if (rows.note.typed)
             m_journal.NoteIsStored(picture.visit, *rows.note.typed);
         Release(picture.visit, picture.number);

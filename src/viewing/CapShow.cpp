@@ -1,5 +1,6 @@
 #include "viewing/CapShow.h"
 
+#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/pictures.h"
@@ -12,9 +13,11 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
-#include "pacs/PacsSending.h"
+#include "frame/waiting.h"
+#include "pacs/PacsHandover.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/NoticeStrip.h"
 #include "screenparts/VisitPictures.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
@@ -24,9 +27,16 @@
 
 using namespace Qt::StringLiterals;
 
+namespace {
+constexpr int NoticeTwips = 390;
+/// The message about what is left closes by itself.
+constexpr int ClosingPatienceMs = 10'000;
+} // namespace
+
 CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
 {
     BuildControls();
+    BuildNotices();
     LayOutGrid();
     m_pictures = std::make_unique<VisitPictures>(*m_sprCap, 1);
     connect(m_sprCap, &fpSpread::DblClick, this,
@@ -63,6 +73,18 @@ void CapShow::BuildControls()
     m_popup->addAction(u"출력"_s)->setObjectName(u"출력"_s);
 }
 
+void CapShow::BuildNotices()
+{
+    m_notices =
+        Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, RectFromTwips(0, 9750 - NoticeTwips, 12960, NoticeTwips));
+    connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
+    // No picture lies under it.
+    connect(m_notices, &NoticeStrip::Shown, this, [this](bool shown) {
+        const QRect whole = RectFromTwips(0, 600, 12960, 9120);
+        m_sprCap->setGeometry(shown ? whole.adjusted(0, 0, 0, m_notices->y() - whole.bottom() - 1) : whole);
+    });
+}
+
 void CapShow::LayOutGrid()
 {
     constexpr int Columns = 5;
@@ -87,14 +109,27 @@ void CapShow::Form_Load()
     ShowPatientPanels(*m_sbarCap, CurrentVisit());
     m_lblYmd->setText(LayIntoMask(VisitContext.Ymd, u"0000-00-00"));
     m_lblEtc->setText(VisitContext.Etc);
-    m_pacs = PacsSending::ForSetup(ClientSetup.Pacs, SaupTable, Launched());
+    ConnectPacs();
+}
+
+void CapShow::ConnectPacs()
+{
+    m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
+    if (!m_pacs)
+        return;
+    PacsHandover* pacs = m_pacs.get();
+    connect(pacs, &PacsHandover::NoticeChanged, m_notices, [this, pacs](const QString& text, bool maySend) {
+        const NoticeStrip::Offer send{u"지금 보내기"_s, [pacs] { pacs->SendNow(); }};
+        m_notices->setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
+    });
 }
 
 void CapShow::Form_Unload()
 {
     m_sprCap->BeginFill();
-    if (m_pacs)
-        m_pacs->End();
+    const QString left = m_pacs ? m_pacs->End() : QString();
+    if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
+        ShowInformation(left, ClosingPatienceMs);
 }
 
 void CapShow::OpenEditorFromCell(int column, int row)
@@ -110,7 +145,7 @@ void CapShow::OpenEditorFromCell(int column, int row)
     const ShownPicture picture = *m_pictures->At(column, row);
     // Here nobody stores the visit.
     if (OpenPictureEditor(path) && m_pacs)
-        m_pacs->Send(visit, picture.number);
+        m_pacs->PictureIsMarked(visit, picture.number, false);
     if (const qsizetype at = m_pictures->Find(picture); at >= 0 && m_pictures->Shown() == visit) {
         const QImage thumbnail = ::Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row));
         m_pictures->Update(at, [&thumbnail](VisitPictures::Picture& shown) { shown.thumbnail = thumbnail; });

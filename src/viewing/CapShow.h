@@ -6,7 +6,8 @@
 
 class fpSpread;
 class ImagXpress;
-class PacsSending;
+class NoticeStrip;
+class PacsHandover;
 class QLabel;
 class QMenu;
 class StatusPanels;
@@ -33,6 +34,8 @@ protected:
 
 private:
     void BuildControls();
+    void BuildNotices();
+    void ConnectPacs();
     void LayOutGrid();
     void OpenEditorFromCell(int column, int row);
     void PrintShownCaptures();
@@ -43,6 +46,7 @@ private:
     QLabel* m_lblYmd = nullptr;
     QLabel* m_lblEtc = nullptr;
     QMenu* m_popup = nullptr;
+    NoticeStrip* m_notices = nullptr;
     std::unique_ptr<VisitPictures> m_pictures;
-    std::unique_ptr<PacsSending> m_pacs; ///< Null without a server in the setup.
+    std::unique_ptr<PacsHandover> m_pacs; ///< Null without a server in the setup.
 };

@@ -10,7 +10,7 @@
 #include "filing/PictureJournal.h"
 #include "frame/terminal.h"
 #include "frame/WorkThread.h"
-#include "support/PacsServer.h"
+#include "support/PacsPeer.h"
 #include "support/StationInABox.h"
 
 #include <QJsonArray>
@@ -297,44 +297,35 @@ private Q_SLOTS:
             QCOMPARE(Files().FilesStartingWith(LocalFolder(), prefix), QStringList());
     }
 
-    void PacsSendsForTheDeadAlone()
+    /// What waits is shown and sent while anything lives or nothing does; what the server lacks is found.
+    void PacsIsShownSentAndCompared()
     {
-        PacsServer server;
+        PacsPeer server;
+        server.Start({u"--statuses"_s, u"0000,C000"_s});
         QFile setup(SetupPath());
         QVERIFY(setup.open(QFile::Append));
-        setup.write("[Pacs]\nHost=127.0.0.1\nPort=" + QByteArray::number(server.Port()) + '\n');
+        setup.write("[Pacs]\nInstitution=31100001\nHost=127.0.0.1\nPort=" + QByteArray::number(server.Port()) + '\n');
         setup.close();
-        const QString folder = m_box->Desk().ProgramFolder() + u'/';
-        const auto entry = [](int number, const QString& refusal) {
-            return QJsonObject{{u"chart"_s, u"00001234"_s},
-                               {u"ymd"_s, Day},
-                               {u"etc"_s, Stomach},
-                               {u"number"_s, number},
-                               {u"captureDir"_s, VisitContext.CaptureDir},
-                               {u"imageExt"_s, u"jpg"_s},
-                               {u"refusal"_s, refusal}};
-        };
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 3), "no picture");
-        const QString ofLiving = folder + u"Pacs-%1.json"_s.arg(Files().ProcessMark());
-        WriteWholeFile(
-            ofLiving,
-            QJsonDocument(QJsonObject{{u"entries"_s, QJsonArray{entry(1, {}), entry(2, u"가득 참"_s), entry(3, {})}}})
-                .toJson());
-        auto lock = Files().Lock(folder + u"Pacs-%1.lock"_s.arg(Files().ProcessMark()));
-        QCOMPARE(Run({u"pacs"_s}), 1);
-        QVERIFY2(m_output.contains(u"거부 00001234 20261124 위내시경 002 (실행 중인 스테이션) 가득 참"_s),
+        QCOMPARE(Run({u"pacs"_s}), 0);
+        QCOMPARE(Run({u"pacs"_s, u"--compare"_s, u"2026"_s}), 1);
+        QVERIFY2(m_output.contains(u"없음 00001234 20261124 위내시경 3장 모두"_s), qPrintable(m_output));
+        QCOMPARE(Run({u"pacs"_s, u"--send"_s, u"1234"_s, Day, Stomach}), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(server.Objects().size(), 2, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(Run({u"pacs"_s}), 1, 30000);
+        QVERIFY2(m_output.contains(u"거부 00001234 20261124 위내시경 002 "_s) && m_output.contains(u"(C000)"_s),
                  qPrintable(m_output));
         QCOMPARE(Run({u"pacs"_s, u"--retry"_s}), 1);
-        QVERIFY(FileExists(ofLiving));
-
-        lock.reset();
-        Files().RenameFile(ofLiving, folder + u"Pacs-%1.json"_s.arg(DeadMark()));
-        server.Start();
-        QCOMPARE(Run({u"pacs"_s, u"--retry"_s}), 1);
-        QCOMPARE(server.NumbersAsTheyCame(), (QList<int>{1, 2}));
-        QVERIFY2(m_output.contains(u"거부 00001234 20261124 위내시경 003"_s), qPrintable(m_output));
+        QVERIFY2(m_output.contains(u"보냄 00001234 20261124 위내시경 002\n"_s) &&
+                     m_output.contains(u"거부 00001234 20261124 위내시경 003 "_s) &&
+                     m_output.contains(u"1건을 보냈습니다."_s),
+                 qPrintable(m_output));
         QCOMPARE(Run({u"pacs"_s, u"--drop"_s}), 0);
-        QCOMPARE(Run({u"pacs"_s}), 0);
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 1), StationInABox::Jpeg({64, 48}, Qt::yellow));
+        QCOMPARE(Run({u"pacs"_s, u"--compare"_s, u"2026"_s}), 1);
+        QVERIFY2(m_output.contains(u"다름 00001234 20261124 위내시경 001번"_s) &&
+                     m_output.contains(u"PACS에 없는 그림 1장, 내용이 다른 그림 1장"_s),
+                 qPrintable(m_output));
     }
 
     void UsedWrongly_data()

@@ -34,6 +34,7 @@ constexpr qint64 StoreGraceMs = 10'000;
 /// On a slow line, in bytes a second.
 constexpr qint64 LeastSpeed = 100'000;
 
+const QString Silent = u"PACS 서버가 응답하지 않습니다.!!"_s;
 const QString Broken = u"PACS 서버와의 연결이 도중에 끊겼습니다.!!"_s;
 
 QCborMap RequestOf(Request request)
@@ -63,6 +64,7 @@ DicomOutcome OutcomeOfAnswer(const QCborMap& answer, Asked asked, DicomOutcome::
     const int status = static_cast<int>(answer.value(StatusKey).toInteger(DicomOutcome::NoStatus));
     const QByteArray comment = answer.value(CommentKey).toByteArray();
     const QString told = QString::fromUtf8(comment);
+    const bool isSilent = answer.value(SilentKey).toBool();
     switch (static_cast<Fault>(answer.value(FaultKey).toInteger(-1))) {
     case Fault::None:
         return peeranswers::OfStatus(asked, status, comment);
@@ -73,11 +75,11 @@ DicomOutcome OutcomeOfAnswer(const QCborMap& answer, Asked asked, DicomOutcome::
     case Fault::NoContext:
         return peeranswers::OfNoContext(asked);
     case Fault::Broken:
-        return {broken, Reason(Broken, told)};
+        return {broken, Reason(isSilent ? Silent : Broken, told)};
     case Fault::Gone:
         return {DicomOutcome::Away, Reason(Broken, told)};
     case Fault::Unreachable:
-        return {DicomOutcome::Away, Reason(u"PACS 서버에 연결할 수 없습니다.!!"_s, told)};
+        return {DicomOutcome::Away, Reason(isSilent ? Silent : u"PACS 서버에 연결할 수 없습니다.!!"_s, told)};
     default:
         return {DicomOutcome::Refused, Reason(u"DICOM 파일을 만들지 못했습니다.!!"_s, told)};
     }

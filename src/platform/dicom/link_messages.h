@@ -32,6 +32,7 @@ enum Key : int {
     FaultKey,   ///< `Fault`.
     StatusKey,  ///< Integer: the server's own; of a rejected association its reason with the source in the upper byte.
     CommentKey, ///< Bytes: the server's own, or dcmtk's of what is wrong.
+    SilentKey,  ///< Boolean: it ended by a silence that was too long.
     MatchesKey, ///< Array of arrays of bytes: study, patient's number, name, character set; or picture, number.
     ObjectKey,  ///< Bytes: an object file's content.
 };

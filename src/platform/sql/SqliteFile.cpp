@@ -4,6 +4,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
 
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <QThread>
 
@@ -46,10 +47,21 @@ public:
 
     void Run(const QStringList& statements) override
     {
-        Step(u"BEGIN IMMEDIATE"_s, nullptr);
-        try {
+        Together([&] {
             for (const QString& statement : statements)
                 Step(statement, nullptr);
+        });
+    }
+
+    void Together(const std::function<void()>& work) override
+    {
+        if (sqlite3_get_autocommit(m_handle) == 0) {
+            work();
+            return;
+        }
+        Step(u"BEGIN IMMEDIATE"_s, nullptr);
+        try {
+            work();
             Step(u"COMMIT"_s, nullptr);
         } catch (...) {
             sqlite3_exec(m_handle, "ROLLBACK", nullptr, nullptr, nullptr);
@@ -181,6 +193,7 @@ public:
     }
 
     void Run(const QStringList& statements) override { m_database->Run(statements); }
+    void Together(const std::function<void()>& work) override { m_database->Together(work); }
     QList<QVariantList> Rows(const QString& statement) override { return m_database->Rows(statement); }
 
 private:
@@ -195,15 +208,20 @@ QStringList FilesOf(const QString& path)
 
 } // namespace
 
-std::unique_ptr<LocalDatabase> SqliteFiles::Open(const QString& path)
+std::unique_ptr<LocalDatabase> SqliteFiles::Open(const QString& path, Outlives outlives)
 {
     // What lies beside it takes its rights over.
-    if (!FileExists(path))
-        Files().WritePrivateFile(path, {});
+    if (!FileExists(path)) {
+        // Another process may be about to make it as well, and to write into it.
+        const QString fresh = Files().PartialPath(QFileInfo(NativePath(path)).path());
+        Files().WritePrivateFile(fresh, {});
+        if (!Files().PlaceNewFile(fresh, path))
+            DeleteFile(fresh);
+    }
     auto file = std::make_unique<SqliteFile>(path, SQLITE_OPEN_READWRITE, path);
+    file->Rows(u"PRAGMA journal_mode = WAL"_s);
     // FULL: a commit is on the disk when it returns.
-    for (const QString& setting : {u"PRAGMA journal_mode = WAL"_s, u"PRAGMA synchronous = FULL"_s})
-        file->Rows(setting);
+    file->Rows(outlives == PowerCut ? u"PRAGMA synchronous = FULL"_s : u"PRAGMA synchronous = NORMAL"_s);
     return file;
 }
 

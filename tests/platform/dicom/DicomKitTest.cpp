@@ -246,10 +246,11 @@ private Q_SLOTS:
                                        << u"받지 않습니다"_s;
         QTest::newRow("breaks off") << u"--cut 1"_s << QList<int>{Accepted, Cut, Away} << u"연결되어 있지"_s;
         QTest::newRow("takes without a word") << u"--unanswered 1"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
-        QTest::newRow("silent from the start") << u"--silent connect"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
-        QTest::newRow("silent on the association") << u"--silent association"_s << QList<int>{Away} << u"연결할 수"_s;
+        QTest::newRow("silent from the start") << u"--silent connect"_s << QList<int>{Away} << u"응답하지 않습니다"_s;
+        QTest::newRow("silent on the association")
+            << u"--silent association"_s << QList<int>{Away} << u"응답하지 않습니다"_s;
         QTest::newRow("silent on an object")
-            << u"--silent 2"_s << QList<int>{Accepted, Accepted, Cut} << u"끊겼습니다"_s;
+            << u"--silent 2"_s << QList<int>{Accepted, Accepted, Cut} << u"응답하지 않습니다"_s;
         QTest::newRow("babbles") << u"--babble association"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
         QTest::newRow("a giant answer") << u"--babble giant"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
         QTest::newRow("babbles on an object") << u"--babble store"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;

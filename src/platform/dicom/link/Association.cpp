@@ -122,7 +122,9 @@ LinkAnswer Association::Drop(Fault fault, const OFCondition& condition)
         ASC_abortAssociation(m_association);
         ASC_destroyAssociation(&m_association);
     }
-    return {fault, 0, Bounded(condition.text())};
+    LinkAnswer answer{fault, 0, Bounded(condition.text())};
+    answer.isSilent = condition == DIMSE_NODATAAVAILABLE || answer.comment.toLower().contains("timeout");
+    return answer;
 }
 
 LinkAnswer Association::Open(const QCborMap& request, Purpose purpose)

@@ -16,6 +16,7 @@ struct LinkAnswer
     int status = 0;
     QByteArray comment = {}; ///< Bounded.
     QCborArray matches = {};
+    bool isSilent = false; ///< The fault is a silence.
 };
 
 /// An association with a server. Each call ends within the patience that it was opened with; behind a fault of the

@@ -138,6 +138,7 @@ try {
         map[FaultKey] = static_cast<int>(answer.fault);
         map[StatusKey] = answer.status;
         map[CommentKey] = answer.comment;
+        map[SilentKey] = answer.isSilent;
         map[MatchesKey] = answer.matches;
         if (!WriteAnswer(map))
             break;

@@ -1,0 +1,242 @@
+#include "pacs/PacsHandover.h"
+
+#include "contracts/PlatformError.h"
+#include "contracts/SenderProcess.h"
+#include "filing/DeletionJob.h"
+#include "filing/PictureRecord.h"
+#include "frame/components.h"
+#include "frame/journal.h"
+#include "frame/waiting.h"
+#include "pacs/pacs_setup.h"
+
+#include <QPointer>
+#include <QUuid>
+
+#include <algorithm>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int LookMs = 1000;
+/// A sender that was started is there within that time; the pauses grow.
+constexpr int StartMs = 5000;
+constexpr int MostDoublings = 6;
+/// What the closing waits for a sender to go on.
+constexpr int EndPatienceMs = 4000;
+
+} // namespace
+
+/// The journal's way into the queue, on its writing thread and over a connection of its own.
+class PacsHandover::LineOutlet final : public PictureOutlet
+{
+public:
+    LineOutlet(const LaunchedVisit& launched, bool goesEach) : m_launched(launched), m_goesEach(goesEach) {}
+
+    void HandOver(const PictureRecord& picture) override
+    {
+        PacsLine line = PacsLine::Of(PacsLine::Send, picture.visit, picture.number);
+        line.id = picture.id;
+        line.doctor = m_launched.DoctorOf(picture.visit);
+        line.goes = m_goesEach;
+        Add({line});
+        const std::lock_guard lock(m_mutex);
+        if (!m_visits.contains(picture.visit))
+            m_visits.append(picture.visit);
+    }
+    void Withdraw(const DeletionJob& job) override { Add(LinesOf(PacsLine::Withdrawn, job)); }
+    void Restore(const DeletionJob& job) override { Add(LinesOf(PacsLine::Kept, job)); }
+
+    /// Of which pictures have been handed over.
+    QList<Visit> Visits() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_visits;
+    }
+
+private:
+    static QList<PacsLine> LinesOf(PacsLine::Kind kind, const DeletionJob& job)
+    {
+        QList<PacsLine> lines;
+        if (job.isWhole)
+            lines.append(PacsLine::Of(kind, job.visit));
+        for (const DeletionJob::Item& item : job.items) {
+            if (kind == PacsLine::Withdrawn || !item.isMoved)
+                lines.append(PacsLine::Of(kind, job.visit, item.number));
+        }
+        for (PacsLine& line : lines)
+            line.id = QUuid::createUuid().toString(QUuid::Id128);
+        return lines;
+    }
+
+    void Add(const QList<PacsLine>& lines)
+    {
+        if (m_queue == nullptr)
+            m_queue = std::make_unique<SenderQueue>();
+        m_queue->Add(lines);
+    }
+
+    const LaunchedVisit m_launched;
+    const bool m_goesEach;
+    std::unique_ptr<SenderQueue> m_queue;
+    mutable std::mutex m_mutex;
+    QList<Visit> m_visits;
+};
+
+std::unique_ptr<PacsHandover> PacsHandover::ForSetup(const ClientSetupRecord& setup, const SaupRecords& places,
+                                                     const LaunchedVisit& launched)
+{
+    return setup.Pacs.Host.isEmpty() ? nullptr : std::make_unique<PacsHandover>(setup, places, launched);
+}
+
+PacsHandover::PacsHandover(const ClientSetupRecord& setup, const SaupRecords& places, const LaunchedVisit& launched)
+    : m_setup(setup.Pacs), m_digest(SetupDigest(setup, places)), m_launched(launched),
+      m_queue(std::make_shared<std::unique_ptr<SenderQueue>>()),
+      m_outlet(std::make_shared<LineOutlet>(launched, setup.Pacs.SendsEachStill))
+{
+    connect(&m_look, &QTimer::timeout, this, &PacsHandover::Look);
+    m_look.start(LookMs);
+    // What an earlier run has left goes on its way at once; also its lists, which only the sender reads.
+    StartSender(false);
+    Look();
+}
+
+PacsHandover::~PacsHandover()
+{
+    if (!m_hasEnded)
+        End();
+}
+
+std::shared_ptr<PictureOutlet> PacsHandover::Outlet() const
+{
+    return m_outlet;
+}
+
+void PacsHandover::VisitIsStored(const Visit& visit)
+{
+    PacsLine line = PacsLine::Of(PacsLine::Stored, visit);
+    line.doctor = m_launched.DoctorOf(visit);
+    Add(line);
+}
+
+void PacsHandover::PictureIsMarked(const Visit& visit, int number, bool isStillToBeStored)
+{
+    PacsLine line = PacsLine::Of(PacsLine::Changed, visit, number);
+    line.id = QUuid::createUuid().toString(QUuid::Id128);
+    line.doctor = m_launched.DoctorOf(visit);
+    line.goes = m_setup.SendsEachStill || !isStillToBeStored;
+    Add(line);
+}
+
+void PacsHandover::SendNow()
+{
+    Add({PacsLine::Retry});
+    m_starts = 0;
+    StartSender(false);
+}
+
+void PacsHandover::Add(const PacsLine& line)
+{
+    m_local.Post([queue = m_queue, line] {
+        journal::NotingFaults([&] {
+            if (*queue == nullptr)
+                *queue = std::make_unique<SenderQueue>();
+            (*queue)->Add({line});
+        });
+    });
+    Look();
+}
+
+void PacsHandover::Look()
+{
+    if (std::exchange(m_isLooking, true))
+        return;
+    m_local.Post([queue = m_queue, self = QPointer(this)] {
+        SenderQueue::State state;
+        const bool isKnown = journal::NotingFaults([&] {
+            if (*queue == nullptr)
+                *queue = std::make_unique<SenderQueue>();
+            state = (*queue)->Look();
+        });
+        PostToScreen([self, state, isKnown] {
+            if (!self)
+                return;
+            self->m_isLooking = false;
+            if (isKnown)
+                self->TakeState(state);
+        });
+    });
+}
+
+void PacsHandover::TakeState(const SenderQueue::State& state)
+{
+    // One that had nothing to do has ended; what has come since is another start's.
+    if (state.lines > m_state.lines) {
+        m_starts = 0;
+        m_started.invalidate();
+    }
+    m_state = state;
+    if (state.isSenderThere) {
+        m_starts = 0;
+        if (!state.setup.isEmpty() && state.setup != m_digest && !std::exchange(m_hasToldSetup, true))
+            Add({PacsLine::Setup, m_digest});
+    } else if (state.lines > 0 || (state.waiting > 0 && !state.NeedsSetup())) {
+        StartSender(m_starts > 0);
+    }
+    TellNotice(state);
+}
+
+void PacsHandover::StartSender(bool isAgain)
+{
+    if (m_started.isValid() && !m_started.hasExpired(StartMs << std::min(m_starts, MostDoublings)))
+        return;
+    m_started.start();
+    ++m_starts;
+    m_local.Post([isAgain] { journal::NotingFaults([&] { UseService<SenderProcess>().Start(isAgain); }); });
+}
+
+void PacsHandover::TellNotice(const SenderQueue::State& state)
+{
+    QStringList parts;
+    if (state.waiting > 0)
+        parts << u"PACS %1/%2"_s.arg(state.sent).arg(state.sent + state.waiting);
+    if (state.setAside > 0)
+        parts << u"PACS 거부 %1건"_s.arg(state.setAside);
+    if (state.waiting > 0 && !state.away.isEmpty())
+        parts << state.away.section(u" ("_s, 0, 0); // The server's own words are the administrator's.
+    const QString notice = parts.join(u", "_s);
+    const bool maySend = state.setAside > 0 || (state.waiting > 0 && !state.away.isEmpty());
+    if (notice != std::exchange(m_notice, notice) || maySend != std::exchange(m_maySend, maySend))
+        Q_EMIT NoticeChanged(notice, maySend);
+}
+
+QString PacsHandover::End()
+{
+    m_hasEnded = true;
+    m_look.stop();
+    if (m_setup.SendsAtClosing) {
+        for (const Visit& visit : m_outlet->Visits())
+            VisitIsStored(visit);
+    }
+    const auto isInHand = [this] { return m_state.waiting == 0 || (m_state.isSenderThere && !m_state.NeedsSetup()); };
+    const auto goesOn = [this, isInHand] { return !m_isLooking && isInHand(); };
+    // Another station may have stored what is held here.
+    if (m_state.held > 0)
+        StartSender(false);
+    Look();
+    QTimer again;
+    connect(&again, &QTimer::timeout, this, &PacsHandover::Look);
+    again.start(LookMs / 4);
+    waiting::ServeFor(EndPatienceMs, goesOn);
+    again.stop();
+    m_local.End(LookMs, [queue = m_queue] { queue->reset(); });
+    if (isInHand())
+        return {};
+    QString text =
+        u"PACS로 보낼 그림 %1장이 남아 있습니다.!!\r\n이 컴퓨터에 보관되어 있으며, 다음 실행시 보냅니다.!!"_s.arg(
+            m_state.waiting);
+    if (!m_state.away.isEmpty())
+        text += u"\r\n%1"_s.arg(m_state.away);
+    return text;
+}

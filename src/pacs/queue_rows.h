@@ -1,0 +1,40 @@
+#pragma once
+
+#include "pacs/PacsLine.h"
+
+#include <QHash>
+#include <QStringList>
+
+class LocalDatabase;
+
+/// The tables of the sender's queue. Texts as they were handed over.
+namespace queue_rows {
+
+/// Makes those that aren't there.
+QStringList Tables();
+
+QString Write(const PacsLine& line);
+/// The lines with their places, in their order, as many as `most` says.
+QList<std::pair<qint64, PacsLine>> Lines(LocalDatabase& queue, int most);
+QString RemoveLinesUpTo(qint64 place);
+
+/// Entries that meet a condition on the table's columns, in the order of their turns. Throws PlatformError.
+QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition);
+/// The state's word in the rows.
+QString Word(PacsState state);
+/// The condition that a picture has that state, or what gives it to a row.
+QString Is(PacsState state);
+/// The condition that a row is of that picture, or, without a number, of that visit.
+QString Same(const QString& chart, const QString& ymd, const QString& etc, int number);
+
+/// What the sender tells of itself, by name.
+QHash<QString, QString> Status(LocalDatabase& queue);
+QString WriteStatus(const QString& name, const QString& value);
+
+/// Names in the status.
+inline constexpr char16_t SenderMark[] = u"sender"; ///< Mark of the process; see FileStore::ProcessMark.
+inline constexpr char16_t AwayReason[] = u"away";   ///< Why nothing goes; empty while it does.
+inline constexpr char16_t SentNow[] = u"sent";      ///< How many since nothing waited.
+inline constexpr char16_t SetupDigest[] = u"setup"; ///< What its setup is known by.
+
+} // namespace queue_rows

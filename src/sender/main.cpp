@@ -1,0 +1,53 @@
+#include "frame/journal.h"
+#include "platform/dicom/register_dicom.h"
+#include "platform/files/LocalFiles.h"
+#include "platform/journal/StandardErrorJournal.h"
+#include "platform/profile/PrivateProfile.h"
+#include "platform/setup/register_setup.h"
+#include "platform/sql/register_sql.h"
+#include "platform/terminal/register_terminal.h"
+#include "records/Statement.h"
+#include "sender/SenderLife.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+#include <cstdlib>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+namespace {
+
+/// The database's password and patients' pictures stay out of core files and of the user's other programs.
+void KeepMemoryClosed()
+{
+    const rlimit none = {0, 0};
+    setrlimit(RLIMIT_CORE, &none);
+    prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    KeepMemoryClosed();
+    // The live picture and whoever works at the screen come first.
+    constexpr int Politeness = 10;
+    [[maybe_unused]] const int priority = nice(Politeness);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
+    RegisterJournal();
+    RegisterFiles();
+    RegisterTerminal();
+    RegisterProfile();
+    RegisterSql();
+    RegisterSetup(MissingRoot::IsTold);
+    RegisterDicom();
+    bool isDone = false;
+    journal::NotingFaults([&isDone] { isDone = LiveAsSender(); });
+    Connection.reset();
+    EndJournal();
+    // As in the station: a thread that the kernel holds would meet the end of what it works on.
+    std::_Exit(isDone ? 0 : 1);
+}

@@ -1,0 +1,336 @@
+#include "contracts/dicom_uids.h"
+#include "filing/DeletionJob.h"
+#include "filing/PictureRecord.h"
+#include "filing/visit_json.h"
+#include "pacs/PacsHandover.h"
+#include "records/study_identity.h"
+#include "screenparts/NoticeStrip.h"
+#include "support/CaptureScreen.h"
+#include "support/EditorInABox.h"
+#include "support/PacsPeer.h"
+#include "support/SenderInABox.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+using namespace Qt::StringLiterals;
+using namespace capture_screen;
+
+namespace {
+
+constexpr int LongMs = 60'000;
+
+Visit VisitOfToday(const QString& section = Stomach)
+{
+    return VisitOf(QString::fromUtf16(StationInABox::Chart), u"01"_s, Day, section);
+}
+
+/// What the strip of the screen opened last says; empty when it isn't there.
+QString Notice()
+{
+    const auto* strip = opened->findChild<NoticeStrip*>();
+    return strip->isHidden() ? QString() : strip->findChild<QLabel*>()->text();
+}
+
+} // namespace
+
+/// The real sender as a process of its own, from the journal's hand to a server that may be in any trouble.
+class SenderTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_box = std::make_unique<EditorInABox>();
+        m_peer = std::make_unique<PacsPeer>();
+        m_peer->Start();
+        m_sender = std::make_unique<SenderInABox>(*m_box, m_peer->Port());
+    }
+    void cleanup()
+    {
+        m_pacs.reset();
+        m_sender.reset();
+        m_box.reset();
+        m_peer.reset();
+    }
+
+    /// From the press to the server: what is deleted before it goes never goes, what is taken behind "저장" does, and
+    /// nothing is lost by closing the screen.
+    void AVisitGoes_data()
+    {
+        Columns<QByteArray, bool, bool, QList<int>>("setup", "isThere", "isStored", "come");
+        QTest::newRow("when it is stored") << QByteArray() << true << true << QList<int>{1, 3, 4};
+        QTest::newRow("not stored") << QByteArray() << true << false << QList<int>{};
+        QTest::newRow("closed without that") << QByteArray("AtClosing=1\n") << true << false << QList<int>{1, 3, 4};
+        QTest::newRow("each still") << QByteArray("Send=still\n") << true << true << QList<int>{1, 2, 3, 4};
+        QTest::newRow("when the server comes") << QByteArray() << false << true << QList<int>{1, 3, 4};
+    }
+
+    void AVisitGoes()
+    {
+        QFETCH4(QByteArray, setup, bool, isThere, bool, isStored, QList<int>, come);
+        m_sender->WriteSetup(m_peer->Port(), "Institution=31100001\n" + setup);
+        if (!isThere)
+            m_peer->Stop();
+        OpenWithOneStill();
+        Press(u"캡쳐"_s);
+        Press(u"캡쳐"_s);
+        if (setup.contains("still"))
+            QTRY_COMPARE_WITH_TIMEOUT(Numbers(), (QList<int>{1, 2, 3}), LongMs);
+        m_box->Desk().answers = {true};
+        ChooseOver(1, 2, 1, u"그림지우기"_s);
+        if (isStored)
+            Press(u"저장"_s);
+        Press(u"캡쳐"_s);
+        if (!isThere)
+            QTRY_VERIFY_WITH_TIMEOUT(Notice().startsWith(u"PACS 0/3, PACS 서버에 연결할 수 없습니다."), LongMs);
+        m_box->Desk().shown.clear();
+        opened->Unload();
+        QVERIFY2(m_box->Desk().shown.isEmpty(), qPrintable(m_box->Desk().shown.join(u'|')));
+        if (!isThere)
+            m_peer->Start();
+        QTRY_VERIFY_WITH_TIMEOUT(m_sender->HasEnded(), LongMs);
+        QCOMPARE(Numbers(), come);
+        QCOMPARE(State().waiting, 0);
+    }
+
+    /// Refusals that pass cost nothing but time, nobody's picture holds up the others', and each comes once.
+    void EachAnswerHasItsConsequence_data()
+    {
+        Columns<QStringList, QList<int>, int, int, QString>("trouble", "come", "waiting", "setAside", "reason");
+        const QList<int> all{1, 2, 3};
+        const QList<int> none;
+        const auto passes = [&](const char* name, const QStringList& trouble, const QList<int>& come) {
+            QTest::newRow(name) << trouble << come << 0 << 0 << QString();
+        };
+        passes("full for a while", {u"--statuses"_s, u"A700,A701"_s}, {3, 1, 2});
+        passes("at fault for a while", {u"--statuses"_s, u"0110"_s}, {2, 3, 1});
+        passes("takes them with warnings", {u"--statuses"_s, u"B000,0107,0116"_s}, all);
+        passes("stops in the middle", {u"--cut"_s, u"2"_s}, {1, 3, 2});
+        passes("takes one and doesn't say so", {u"--unanswered"_s, u"2"_s}, all);
+        passes("isn't to be asked", {u"--refuse"_s, u"find"_s}, all);
+        QTest::newRow("refuses one") << QStringList{u"--statuses"_s, u"0000,A900"_s, u"--comment"_s, u"no"_s}
+                                     << QList<int>{1, 3} << 0 << 1 << u"A900"_s;
+        QTest::newRow("knows the station no more")
+            << QStringList{u"--statuses"_s, u"0000,0124"_s} << QList<int>{1} << 2 << 0 << u"0124"_s;
+        QTest::newRow("takes no such pictures")
+            << QStringList{u"--refuse"_s, u"store"_s} << none << 3 << 0 << u"받지"_s;
+        QTest::newRow("lets it in no more")
+            << QStringList{u"--reject"_s, u"permanent"_s} << none << 3 << 0 << u"거부"_s;
+        QTest::newRow("says nothing") << QStringList{u"--silent"_s, u"association"_s} << none << 3 << 0
+                                      << u"응답하지"_s;
+        QTest::newRow("babbles") << QStringList{u"--babble"_s, u"store"_s} << none << 3 << 0 << u"끊겼습니다"_s;
+    }
+
+    void EachAnswerHasItsConsequence()
+    {
+        QFETCH5(QStringList, trouble, QList<int>, come, int, waiting, int, setAside, QString, reason);
+        m_peer->Start(trouble);
+        HandOver(3);
+        const auto isSettled = [&] {
+            const SenderQueue::State state = State();
+            return state.lines == 0 && state.waiting == waiting && state.setAside == setAside &&
+                   (waiting == 0 || state.away.contains(reason)) && Numbers() == come;
+        };
+        QTRY_VERIFY2_WITH_TIMEOUT(isSettled(), qPrintable(Told()), LongMs);
+        if (setAside > 0)
+            QVERIFY2(SenderQueue::In(m_box->Desk().ProgramFolder() + u'\\')[0].entries[0].reason.contains(reason),
+                     qPrintable(Told()));
+        // The operator wants it at once.
+        m_peer->Start();
+        m_pacs->SendNow();
+        QTRY_VERIFY2_WITH_TIMEOUT(State().waiting + State().setAside == 0, qPrintable(Told()), LongMs);
+        QList<int> sorted = Numbers();
+        std::ranges::sort(sorted);
+        QCOMPARE(sorted, (QList<int>{1, 2, 3}));
+    }
+
+    /// What is taken at a station where nobody presses "저장" belongs to a visit that another one has stored.
+    void AVisitIsStoredAtAnotherStation()
+    {
+        HandOver(2);
+        QTRY_VERIFY_WITH_TIMEOUT(Numbers().size() == 2 && m_sender->HasEnded(), LongMs);
+        m_pacs.reset();
+        const QDir folder(m_box->Desk().ProgramFolder());
+        for (const QString& name : folder.entryList({u"Sender-*"_s}))
+            QVERIFY(QFile::remove(folder.filePath(name)));
+        MakeHandover();
+        m_box->AddPicture(Day, Stomach, 3);
+        m_pacs->Outlet()->HandOver(PictureRecord{u"other"_s, VisitOfToday(), PictureState::OnShare, 3});
+        QVERIFY(m_pacs->End().isEmpty());
+        QTRY_COMPARE_WITH_TIMEOUT(Numbers(), (QList<int>{1, 2, 3}), LongMs);
+        QCOMPARE(m_peer->Objects().size(), 3);
+    }
+
+    /// Whatever dies, at whatever moment: all of it comes, and nothing twice.
+    void WhoDiesLosesNothing()
+    {
+        constexpr int Count = 40;
+        HandOver(Count);
+        int killed = 0;
+        for (int at = 3; at < Count; at += 7) {
+            QTRY_VERIFY_WITH_TIMEOUT(m_peer->Objects().size() >= at, LongMs);
+            killed += m_sender->Kill();
+            // The journal may hand over again what it couldn't let go of.
+            if (at % 2 == 0)
+                HandOver(Count);
+            m_sender->Start();
+        }
+        QVERIFY(killed >= 4);
+        QTRY_COMPARE_WITH_TIMEOUT(State().waiting, 0, LongMs);
+        QSet<QString> uids;
+        for (const PacsPeer::Stored& object : m_peer->Objects())
+            uids << object.uid;
+        QCOMPARE(m_peer->Objects().size(), Count);
+        QCOMPARE(uids.size(), Count);
+    }
+
+    /// A picture whose file is away waits for itself; one that is to be deleted waits for nothing.
+    void OnesOwnTroubleIsOnesOwn()
+    {
+        m_peer->Stop();
+        HandOver(3);
+        const Visit colon = VisitOfToday(Colon);
+        m_pacs->Outlet()->HandOver(PictureRecord{u"elsewhere"_s, colon, PictureState::OnShare, 1});
+        m_pacs->VisitIsStored(colon);
+        DeletionJob job;
+        job.visit = VisitOfToday();
+        job.items = {DeletionJob::Item{1}, DeletionJob::Item{2}};
+        m_pacs->Outlet()->Withdraw(job);
+        job.items[1].isMoved = true;
+        m_pacs->Outlet()->Restore(job); // The share didn't take the first.
+        QTRY_COMPARE_WITH_TIMEOUT(State().waiting, 3, LongMs);
+        m_peer->Start();
+        m_pacs->SendNow();
+        QTRY_VERIFY2_WITH_TIMEOUT(State().waiting == 1 && State().away.contains(u"검사 폴더가 없습니다"),
+                                  qPrintable(Told()), LongMs);
+        QList<int> sorted = Numbers();
+        std::ranges::sort(sorted);
+        QCOMPARE(sorted, (QList<int>{1, 3}));
+        MakeFolder(colon.SectionFolder());
+        WriteWholeFile(colon.PicturePath(1), StationInABox::Jpeg({64, 48}, Qt::green));
+        QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), 3, LongMs);
+    }
+
+    /// A clinic that nothing tells from others sends nothing, and is told; then all goes, and keeps what it has.
+    void NothingGoesUnderAnotherClinic()
+    {
+        m_sender->WriteSetup(m_peer->Port(), {});
+        HandOver(2);
+        QTRY_VERIFY_WITH_TIMEOUT(m_sender->HasEnded() && State().NeedsSetup(), LongMs);
+        QCOMPARE(m_peer->Objects().size(), 0);
+        const QString told = m_pacs->End();
+        QVERIFY2(told.startsWith(u"PACS로 보낼 그림 2장이 남아 있습니다.!!") && told.contains(u"Institution"),
+                 qPrintable(told));
+        for (const QByteArray name : {"31100001", "31100002"}) {
+            m_sender->WriteSetup(m_peer->Port(), "PatientIdPrefix=A-\nInstitution=" + name + '\n');
+            MakeHandover();
+            Mark(2, name == "31100001" ? Qt::red : Qt::blue);
+            QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), name == "31100001" ? 2 : 3, LongMs);
+        }
+        for (const PacsPeer::Stored& object : m_peer->Objects())
+            QCOMPARE(object.patientId, u"A-00001234"_s);
+        QCOMPARE(m_box->Value(u"SELECT GROUP_CONCAT( uid_institution ) AS v FROM ca_uid"_s), u"31100001"_s);
+    }
+
+    /// Lists of an earlier release: what waited goes, what had been sent doesn't, and the study stays the one it was.
+    void FormerListsAreTakenOver()
+    {
+        for (const int number : {1, 2, 3})
+            m_box->AddPicture(Day, Stomach, number, number == 1 ? u""_s : QString());
+        const Visit visit = VisitOfToday();
+        DicomPicture facts;
+        facts.chart = visit.chart;
+        facts.ymd = visit.ymd;
+        facts.section = visit.etc;
+        facts.number = 1;
+        facts.identity.institution = u""_s;
+        QJsonObject waiting = ToJson(visit);
+        waiting.insert(u"number"_s, 2);
+        QJsonObject sent = ToJson(visit);
+        sent.insert(u"number"_s, 1);
+        sent.insert(u"uid"_s, InstanceUid(facts, Files().ReadFile(visit.PicturePath(1))));
+        QStringList mark = Files().ProcessMark().split(u'.');
+        mark[3] += u'0';
+        const QString list = m_box->Desk().ProgramFolder() + u"\\Pacs-%1.json"_s.arg(mark.join(u'.'));
+        WriteWholeFile(
+            list, QJsonDocument(
+                      QJsonObject{{u"day"_s, Day}, {u"entries"_s, QJsonArray{waiting}}, {u"sent"_s, QJsonArray{sent}}})
+                      .toJson());
+        MakeHandover();
+        QTRY_COMPARE_WITH_TIMEOUT(Numbers(), QList<int>{2}, LongMs);
+        QVERIFY(!FileExists(list));
+        m_pacs->VisitIsStored(visit);
+        QTRY_COMPARE_WITH_TIMEOUT(Numbers(), (QList<int>{2, 3}), LongMs);
+    }
+
+    /// A clinic without a server has nothing of all that.
+    void WithoutAServerThereIsNothing()
+    {
+        ClientSetup.Pacs.Host.clear();
+        OpenWithOneStill();
+        Press(u"저장"_s);
+        QCOMPARE(QDir(m_box->Desk().ProgramFolder()).entryList({u"Sender*"_s}), QStringList());
+        QVERIFY(PacsHandover::ForSetup(ClientSetup, SaupTable, Launched()) == nullptr);
+    }
+
+private:
+    void MakeHandover()
+    {
+        m_pacs.reset();
+        m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
+    }
+
+    /// A stored visit with so many pictures, each another one.
+    void HandOver(int count)
+    {
+        MakeHandover();
+        for (int number = 1; number <= count; ++number) {
+            if (!FileExists(VisitOfToday().PicturePath(number)))
+                m_box->AddPicture(Day, Stomach, number, number == 1 ? u""_s : QString());
+            m_pacs->Outlet()->HandOver(
+                PictureRecord{u"picture%1"_s.arg(number), VisitOfToday(), PictureState::OnShare, number});
+        }
+        m_pacs->VisitIsStored(VisitOfToday());
+    }
+
+    void Mark(int number, Qt::GlobalColor colour)
+    {
+        WriteWholeFile(VisitOfToday().PicturePath(number), StationInABox::Jpeg({64, 48}, colour));
+        m_pacs->PictureIsMarked(VisitOfToday(), number, false);
+    }
+
+    /// Of what the server has taken, as it came.
+    QList<int> Numbers() const
+    {
+        QList<int> numbers;
+        for (const PacsPeer::Stored& object : m_peer->Objects()) {
+            if (object.status == u"0000" || object.status.startsWith(u'B') || object.status == u"0107" ||
+                object.status == u"0116")
+                numbers << object.number;
+        }
+        return numbers;
+    }
+
+    static SenderQueue::State State() { return SenderQueue().Look(); }
+
+    QString Told() const
+    {
+        const SenderQueue::State state = State();
+        QStringList numbers;
+        for (const int number : Numbers())
+            numbers << QString::number(number);
+        return u"waiting %1, aside %2, there %3: %4"_s.arg(state.waiting)
+            .arg(state.setAside)
+            .arg(numbers.join(u','), state.away);
+    }
+
+    std::unique_ptr<EditorInABox> m_box;
+    std::unique_ptr<PacsPeer> m_peer;
+    std::unique_ptr<SenderInABox> m_sender;
+    std::unique_ptr<PacsHandover> m_pacs;
+};
+
+QTEST_MAIN(SenderTest)
+#include "SenderTest.moc"
