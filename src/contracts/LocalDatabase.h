@@ -37,7 +37,7 @@ public:
     /// Opens one that is there, and that another process may have open, to look at what it holds now: a copy, so that
     /// nothing in it or beside it is touched. It may be another user's, who may have put anything there: a link isn't
     /// followed, a pipe not waited for, and what is too long, or has no end, is a PlatformError, here or when it is
-    /// read.
+    /// read. Not one that this process has open.
     virtual std::unique_ptr<LocalDatabase> OpenToRead(const QString& path) = 0;
     /// Deletes the file and what lies beside it; one that isn't there is no fault. Nobody may have it open. Throws
     /// PlatformError.

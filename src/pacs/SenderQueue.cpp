@@ -42,6 +42,13 @@ const QString ThatGo =
     "isStored = 1 ) OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND picture.ymd = line.ymd AND "
     "picture.etc = line.etc AND picture.number = line.number AND state <> 'held' ) ) )"_s;
 
+/// Without a word to the file where they are there: others may be about to write.
+void MakeTables(LocalDatabase& queue)
+{
+    if (queue.Rows(u"SELECT name FROM sqlite_master WHERE name = 'status'"_s).isEmpty())
+        queue.Run(queue_rows::Tables());
+}
+
 } // namespace
 
 QString SenderQueue::Path()
@@ -64,7 +71,10 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
         found.path = folder + name;
         found.foreignOwner = Files().ForeignOwner(found.path);
         found.isReadable = name.endsWith(Ending) && journal::NotingFaults([&found] {
-                               const auto queue = UseService<LocalDatabases>().OpenToRead(found.path);
+                               // This process may have its own open, and reading the file beside that would undo its locks.
+            const bool isOwn = NativePath(found.path) == NativePath(Path());
+            auto& databases = UseService<LocalDatabases>();
+            const auto queue = isOwn ? databases.Open(found.path) : databases.OpenToRead(found.path);
                                const QHash<QString, QString> status = queue_rows::Status(*queue);
                                found.isSenderThere = IsLiving(status.value(QString::fromUtf16(queue_rows::SenderMark)));
                                found.away = status.value(QString::fromUtf16(queue_rows::AwayReason));
@@ -79,7 +89,7 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
 
 SenderQueue::SenderQueue() : m_database(UseService<LocalDatabases>().Open(Path()))
 {
-    m_database->Run(queue_rows::Tables());
+    MakeTables(*m_database);
 }
 
 SenderQueue::~SenderQueue() = default;

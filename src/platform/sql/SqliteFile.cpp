@@ -19,7 +19,7 @@ namespace {
 
 const QString LogEnding = u"-wal"_s;
 /// Another process that looks at the file holds it for moments.
-constexpr int BusyMs = 3000;
+constexpr int BusyMs = 10'000;
 /// A file that changes while it is copied is copied again.
 constexpr int CopyTries = 10;
 constexpr int CopyPauseMs = 20;
