@@ -2,11 +2,13 @@
 
 #include "admin/deleted_pictures.h"
 #include "contracts/files.h"
+#include "contracts/PlatformError.h"
 #include "frame/services.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -16,13 +18,22 @@ constexpr qsizetype ChartSize = 8;
 constexpr qsizetype DateSize = 8;
 constexpr qsizetype FewestDigits = 3;
 
-/// A failing list is no empty one.
-QStringList NamesIn(const QString& folder)
+ArchiveYear::Folder Listed(const QString& path)
 {
-    QStringList names = Files().FilesStartingWith(folder, {});
-    if (names.isEmpty())
-        Files().Entries(folder);
-    return names;
+    ArchiveYear::Folder folder{path};
+    try {
+        folder.names = Files().Names(path);
+    } catch (const PlatformError& error) {
+        folder.fault = error.Text();
+    }
+    return folder;
+}
+
+bool IsEmptyFolder(const ArchiveYear::Folder& folder)
+{
+    const FolderNames& names = folder.names;
+    return folder.fault.isEmpty() && names.files.isEmpty() && names.folders.isEmpty() && names.others.isEmpty() &&
+           names.broken.isEmpty();
 }
 
 } // namespace
@@ -47,20 +58,41 @@ std::pair<Visit, int> ArchiveYear::PictureOf(const QString& name, const QString&
             number};
 }
 
-ArchiveYear::ArchiveYear(const QString& year) : m_year(year), m_folder(YearFolder(ClientSetup.CaptureRoot, year))
+ArchiveYear::ArchiveYear(const QString& year)
+    : m_year(year), m_path(YearFolder(ClientSetup.CaptureRoot, year)), m_isThere(FolderExists(m_path))
 {
-    if (!FolderExists(m_folder))
+    if (!m_isThere)
         return;
-    for (const QString& name : ArchiveSections(m_folder)) {
-        Section section{SectionFolder(m_folder, name), name, {}, {}, {}, {}};
-        for (const QString& file : NamesIn(section.path)) {
-            const bool isNumbered = PictureOf(file, name, m_folder).second > 0;
+    m_names = Files().Names(m_path);
+    // As the station does, which asks nothing of a folder but its name.
+    for (const QString& name : m_names.others) {
+        if (FolderExists(m_path + name))
+            m_names.folders.append(name);
+    }
+    m_names.folders.sort();
+    for (const QString& name : SectionsAmong(m_names.folders)) {
+        Section section{Listed(SectionFolder(m_path, name)), name};
+        for (const QString& file : std::exchange(section.names.files, {})) {
+            const bool isNumbered = PictureOf(file, name, m_path).second > 0;
             (!isNumbered ? section.others : file.contains(u'.') ? section.pictures : section.claims).append(file);
         }
         section.hasRow.resize(static_cast<size_t>(section.pictures.size()));
         m_places[name] = m_sections.size();
         m_sections.push_back(std::move(section));
     }
+    for (const QString& name : LogsAmong(m_names.folders))
+        m_logs.push_back(Listed(m_path + name + u'\\'));
+    if (FolderExists(MovieFolder(m_path)))
+        m_movies = Listed(MovieFolder(m_path));
+}
+
+bool ArchiveYear::IsEmpty() const
+{
+    return m_names.files.isEmpty() && m_names.broken.isEmpty() && IsEmptyFolder(m_movies) &&
+           std::ranges::all_of(m_logs, IsEmptyFolder) && std::ranges::all_of(m_sections, [](const Section& section) {
+               return section.pictures.isEmpty() && section.claims.isEmpty() && section.others.isEmpty() &&
+                      IsEmptyFolder(section);
+           });
 }
 
 qsizetype ArchiveYear::PictureCount() const
@@ -71,19 +103,22 @@ qsizetype ArchiveYear::PictureCount() const
     return count;
 }
 
-void ArchiveYear::Match(const PictureKey& row)
+ArchiveYear::Found ArchiveYear::Match(const PictureKey& row)
 {
-    if (const auto place = m_places.find(row.etc); place != m_places.end()) {
-        Section& section = m_sections[place->second];
-        const QString stem = row.chart + row.ymd + NumberText(row.number) + u'.';
-        const QString other = VisitContext.ImageExt == "jpg"_L1 ? u"bmp"_s : u"jpg"_s;
-        for (const QString& ending : {VisitContext.ImageExt, other}) {
-            const auto found = std::ranges::lower_bound(section.pictures, stem + ending);
-            if (found == section.pictures.end() || *found != stem + ending)
-                continue;
-            section.hasRow[static_cast<size_t>(found - section.pictures.begin())] = true;
-            return;
-        }
+    const auto place = m_places.find(row.etc);
+    if (place == m_places.end())
+        return Found::NoFolder;
+    Section& section = m_sections[place->second];
+    if (!section.fault.isEmpty())
+        return Found::Unread;
+    const QString stem = row.chart + row.ymd + NumberText(row.number) + u'.';
+    const QString other = VisitContext.ImageExt == "jpg"_L1 ? u"bmp"_s : u"jpg"_s;
+    for (const QString& ending : {VisitContext.ImageExt, other}) {
+        const auto found = std::ranges::lower_bound(section.pictures, stem + ending);
+        if (found == section.pictures.end() || *found != stem + ending)
+            continue;
+        section.hasRow[static_cast<size_t>(found - section.pictures.begin())] = true;
+        return Found::File;
     }
-    m_withoutFile.append(row);
+    return Found::NoFile;
 }

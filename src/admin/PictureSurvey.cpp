@@ -7,6 +7,8 @@
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
 
+#include <utility>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -16,8 +18,33 @@ constexpr int TellEvery = 500;
 /// Decoding at the smallest scale still reads all of a file.
 constexpr QSize DecodedRoom{64, 64};
 constexpr qsizetype BatchSize = 64;
+/// No camera of a clinic makes such; what is longer isn't read to its end.
+constexpr qint64 LargestPictureBytes = 256LL * 1024 * 1024;
+
+Look LookAtFile(const QString& path)
+{
+    const QByteArray content = Files().ReadArchivedPiece(path, 0, LargestPictureBytes + 1);
+    return content.size() > LargestPictureBytes ? Look::Broken : LookAtPicture(content);
+}
 
 } // namespace
+
+void PictureSurvey::State::Add(const std::function<void(News&)>& change)
+{
+    {
+        const std::lock_guard lock(mutex);
+        change(news);
+    }
+    if (++newsCount == EnoughNews)
+        PostToScreen([] {});
+}
+
+PictureSurvey::News PictureSurvey::TakeNews()
+{
+    const std::lock_guard lock(m_state->mutex);
+    m_state->newsCount = 0;
+    return std::exchange(m_state->news, {});
+}
 
 PictureSurvey::PictureSurvey(const ArchiveYear& year)
 {
@@ -32,15 +59,15 @@ PictureSurvey::PictureSurvey(const ArchiveYear& year)
                     return;
                 const QString path = folder + name;
                 try {
-                    const Look look = LookAtPicture(Files().ReadArchivedFile(path));
+                    const Look look = LookAtFile(path);
                     if (look == Look::Broken)
-                        state->findings.append({path, u"온전한 그림이 아님"_s});
+                        state->Add([&](News& news) { news.findings.append({path, u"온전한 그림이 아님"_s}); });
                     else if (look == Look::Unknown)
-                        state->unknown.append(path);
+                        state->Add([&](News& news) { news.unknown.append(path); });
                 } catch (const PlatformError& error) {
                     // Deleted since it was listed is no finding.
                     if (Files().KindOf(path) != FileKind::None)
-                        state->findings.append({path, error.Text()});
+                        state->Add([&](News& news) { news.findings.append({path, error.Text()}); });
                 }
                 if (++state->read % TellEvery == 0)
                     PostToScreen([] {});

@@ -5,12 +5,14 @@
 #include <QStringList>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 
 class ArchiveYear;
 
-/// Reads all pictures of a year, one after the other, on a thread of its own: those that aren't whole are found.
+/// Reads all pictures of a year, one after the other, on a thread of its own: those that aren't whole are found. Who
+/// began it takes the findings as they come, so that they need no memory.
 class PictureSurvey
 {
 public:
@@ -18,6 +20,12 @@ public:
     {
         QString path;
         QString reason; ///< In Korean.
+    };
+
+    struct News
+    {
+        QList<Finding> findings;
+        QStringList unknown; ///< Files in a format that only decoding can judge.
     };
 
     /// Begins with a year's pictures. The year has to stay until it is done.
@@ -28,19 +36,24 @@ public:
 
     bool IsDone() const { return m_state->isDone; }
     int ReadCount() const { return m_state->read; }
-    /// When it is done.
-    const QList<Finding>& Findings() const { return m_state->findings; }
-    /// Files in a format that only decoding can judge; when it is done.
-    const QStringList& Unknown() const { return m_state->unknown; }
+    /// There is enough to be taken.
+    bool HasNews() const { return m_state->newsCount >= EnoughNews; }
+    /// What has been found since the last call.
+    News TakeNews();
 
 private:
+    static constexpr int EnoughNews = 500;
+
     struct State
     {
+        void Add(const std::function<void(News&)>& change);
+
+        std::mutex mutex;
+        News news;
+        std::atomic<int> newsCount = 0;
         std::atomic<bool> isDone = false;
         std::atomic<bool> ends = false;
         std::atomic<int> read = 0;
-        QList<Finding> findings;
-        QStringList unknown;
     };
 
     const std::shared_ptr<State> m_state = std::make_shared<State>();

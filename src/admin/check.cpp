@@ -1,10 +1,10 @@
 #include "admin/commands.h"
 
 #include "admin/check_tables.h"
+#include "admin/Report.h"
 #include "contracts/dicom.h"
 #include "contracts/OutsideChecks.h"
 #include "frame/components.h"
-#include "frame/terminal.h"
 #include "records/Statement.h"
 #include "records/study_identity.h"
 #include "session/VisitContext.h"
@@ -13,22 +13,24 @@
 #include <QString>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-QString Word(CheckLine::Verdict verdict)
+/// In the lines and in the document.
+std::pair<QString, QString> WordsOf(CheckLine::Verdict verdict)
 {
     switch (verdict) {
     case CheckLine::Right:
-        return u"정상"_s;
+        return {u"정상"_s, u"right"_s};
     case CheckLine::Remark:
-        return u"참고"_s;
+        return {u"참고"_s, u"remark"_s};
     case CheckLine::Wrong:
         break;
     }
-    return u"이상"_s;
+    return {u"이상"_s, u"wrong"_s};
 }
 
 /// A driver's text may have several lines.
@@ -37,15 +39,16 @@ QString OneLine(const QString& text)
     return text.simplified();
 }
 
-void Print(const CheckLines& lines, TerminalOutput& out)
+void Print(const CheckLines& lines, Report& report)
 {
     for (const CheckLine& line : lines) {
-        out << u"[%1] %2: %3"_s.arg(Word(line.verdict), line.what, OneLine(line.found));
-        if (!line.toDo.isEmpty())
-            out << u" → "_s << OneLine(line.toDo);
-        out << u'\n';
+        const auto [word, key] = WordsOf(line.verdict);
+        const QString found = OneLine(line.found);
+        const QString toDo = OneLine(line.toDo);
+        report.Item(u"[%1] %2: %3"_s.arg(word, line.what, found) + (toDo.isEmpty() ? QString() : u" → "_s + toDo),
+                    {{u"verdict"_s, key}, {u"what"_s, line.what}, {u"found"_s, found}, {u"toDo"_s, toDo}});
     }
-    out.Flush();
+    report.Flush();
 }
 
 CheckLine CheckPacs(const PacsSetupRecord& pacs)
@@ -72,14 +75,14 @@ CheckLines CheckIdentity(const OutsideChecks::Setup& setup)
 
 } // namespace
 
-int CheckStation(TerminalOutput& out)
+int CheckStation(Report& report)
 {
     auto& checks = UseService<OutsideChecks>();
     OutsideChecks::Setup setup = checks.LookAtSetup();
     CheckLines all = setup.lines;
-    Print(setup.lines, out);
+    Print(setup.lines, report);
     const auto look = [&](const CheckLines& lines) {
-        Print(lines, out);
+        Print(lines, report);
         all += lines;
     };
     if (setup.connection != nullptr) {
@@ -92,6 +95,6 @@ int CheckStation(TerminalOutput& out)
     if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
         look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)});
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
-    out << (wrong == 0 ? u"이상이 없습니다.\n"_s : u"이상 %1건\n"_s.arg(wrong));
+    report.Total(wrong == 0 ? u"이상이 없습니다."_s : u"이상 %1건"_s.arg(wrong), {{u"wrong"_s, qint64(wrong)}});
     return wrong == 0 ? AllWell : Found;
 }

@@ -1,6 +1,7 @@
 #include "admin/commands.h"
 
 #include "admin/deleted_pictures.h"
+#include "admin/Report.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"
@@ -28,9 +29,13 @@ enum class Needs {
 struct Call
 {
     QStringList arguments; ///< Options not among them.
-    QStringList options;
-    TerminalOutput& out;
+    QStringList options;   ///< Without that for a document.
+    Report& report;
+    TerminalOutput& out; ///< The report's, of commands that have no document.
 };
+
+/// Has the command give a document in the place of lines.
+const QString Json = u"--json"_s;
 
 struct Command
 {
@@ -55,10 +60,17 @@ void FillChart(QStringList& arguments)
 
 int Misused(const QString& text);
 
+int NoDocument(const QString& command, const QString& option)
+{
+    return Misused(u"%1 %2의 출력에는 %3 형식이 없습니다."_s.arg(command, option, Json));
+}
+
 int RunPacs(const Call& call)
 {
     const QString option = call.options.value(0);
     QStringList arguments = call.arguments;
+    if (!option.isEmpty() && call.report.IsJson())
+        return NoDocument(u"pacs"_s, option);
     const qsizetype most = option == u"--send"_s ? 3 : option == u"--compare"_s ? 1 : 0;
     if (call.options.size() > 1 || arguments.size() > most || (option == u"--send"_s && arguments.size() < most))
         return Misused(u"인수의 수가 맞지 않습니다: pacs %1"_s.arg(option));
@@ -69,7 +81,7 @@ int RunPacs(const Call& call)
     if (option == u"--compare"_s)
         return ComparePacs(arguments.value(0), call.out);
     if (option.isEmpty())
-        return ListPacs(call.out);
+        return ListPacs(call.report);
     FillChart(arguments);
     if (!DateFromText(arguments[1]).isValid())
         return Misused(u"날짜는 20261124처럼 적습니다: %1"_s.arg(arguments[1]));
@@ -80,14 +92,14 @@ const QList<Command>& Commands()
 {
     static const QList<Command> commands{
         {u"check"_s,
-         {},
+         u"[--json]"_s,
          u"설정, 데이터베이스, 캡쳐 폴더, 장치를 살펴봅니다."_s,
          Needs::Nothing,
          0,
          0,
-         {},
+         {Json},
          false,
-         [](const Call& call) { return CheckStation(call.out); }},
+         [](const Call& call) { return CheckStation(call.report); }},
         {u"first-setup"_s,
          {},
          u"처음 설치한 컴퓨터에 그룹, 캡쳐 폴더, 테이블, 계정, 설정 파일을 물어 가며 만듭니다. root로 실행합니다."_s,
@@ -110,14 +122,14 @@ const QList<Command>& Commands()
          [](const Call& call) { return UpgradeTables(call.options, call.out); },
          Needs::Nothing},
         {u"list-deleted"_s,
-         u"[차트번호 [날짜]]"_s,
+         u"[차트번호 [날짜]] [--json]"_s,
          u"삭제되거나 정리되어 Log 폴더에 있는 그림을 보여 줍니다."_s,
          Needs::Setup,
          0,
          2,
-         {},
+         {Json},
          true,
-         [](const Call& call) { return ListDeleted(call.arguments, call.out); }},
+         [](const Call& call) { return ListDeleted(call.arguments, call.report); }},
         {u"restore"_s,
          u"차트번호 날짜 검사 번호 [파일]"_s,
          u"삭제된 그림을 되살립니다. 그 번호가 쓰이고 있으면 다음 번호로 되살립니다."_s,
@@ -128,26 +140,30 @@ const QList<Command>& Commands()
          true,
          [](const Call& call) { return RestorePicture(call.arguments, call.out); }},
         {u"verify"_s,
-         u"[연도] [--decode]"_s,
-         u"캡쳐 폴더를 데이터베이스와 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 그림을 모두 풀어 봅니다."_s,
+         u"[연도 | --this-year] [--decode] [--all] [--json]"_s,
+         u"캡쳐 폴더를 데이터베이스와 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 그림을 모두 풀어 보고, "
+         u"--all은 "
+         "같은 이상이 많아도 모두 알립니다."_s,
          Needs::Database,
          0,
          1,
-         {u"--decode"_s},
+         {u"--this-year"_s, u"--decode"_s, u"--all"_s, Json},
          false,
-         [](const Call& call) { return VerifyArchive(call.arguments.value(0), !call.options.isEmpty(), call.out); }},
+         [](const Call& call) { return VerifyArchive(call.arguments.value(0), call.options, call.report); }},
         {u"pending"_s,
-         u"[--write | --take-over]"_s,
+         u"[--write | --take-over | --json]"_s,
          u"이 컴퓨터에서 기다리는 그림을 보여 줍니다. --write는 끝난 스테이션이 남긴 것을 저장하고 기록합니다. "
          "--take-over는 다른 사용자의 것까지 이어받습니다."_s,
          Needs::Nothing,
          0,
          0,
-         {u"--write"_s, u"--take-over"_s},
+         {u"--write"_s, u"--take-over"_s, Json},
          false,
          [](const Call& call) {
              if (call.options.isEmpty())
-                 return ListPending(call.out);
+                 return ListPending(call.report);
+             if (call.report.IsJson())
+                 return NoDocument(u"pending"_s, call.options.first());
              return call.options.contains(u"--take-over"_s) ? TakeOverPending(call.out) : WritePending(call.out);
          }},
         {u"root"_s,
@@ -162,13 +178,13 @@ const QList<Command>& Commands()
          false,
          [](const Call& call) { return call.options.isEmpty() ? ShowRoot(call.out) : StoreRoot(call.out); }},
         {u"pacs"_s,
-         u"[--retry | --drop | --send 차트번호 날짜 검사 | --compare [연도]]"_s,
+         u"[--json | --retry | --drop | --send 차트번호 날짜 검사 | --compare [연도]]"_s,
          u"PACS로 아직 보내지 못했거나 거부된 그림을 보여 줍니다. --retry는 거부된 것까지 곧바로 다시 보내고, --drop은 "
          "거부된 것을 목록에서 지웁니다. --send는 한 방문의 그림을 보내고, --compare는 PACS에 없는 그림을 찾습니다."_s,
          Needs::Nothing,
          0,
          3,
-         {u"--retry"_s, u"--drop"_s, u"--send"_s, u"--compare"_s},
+         {u"--retry"_s, u"--drop"_s, u"--send"_s, u"--compare"_s, Json},
          false,
          RunPacs},
     };
@@ -182,6 +198,7 @@ QString HelpText()
         text += u"  %1\n      %2\n"_s.arg((command.name + u' ' + command.arguments).trimmed(), command.help);
     text +=
         u"  --help, --version\n\n"
+        "--json은 찾은 것을 프로그램이 읽을 수 있는 JSON 문서 하나로 적습니다.\n"
         "끝날 때의 값: 0 이상 없음, 1 이상이 있거나 거절함, 2 잘못된 사용, 3 설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 "
         "없음"_s;
     return text;
@@ -217,7 +234,7 @@ bool Allows(const Command& command, const QString& option)
     });
 }
 
-int Run(const Command& command, const QStringList& arguments, TerminalOutput& out)
+int Run(const Command& command, const QStringList& arguments, Report& report)
 {
     QStringList values = arguments;
     QStringList options;
@@ -226,7 +243,8 @@ int Run(const Command& command, const QStringList& arguments, TerminalOutput& ou
             continue;
         if (!Allows(command, argument))
             return Misused(u"모르는 인수입니다: %1"_s.arg(argument));
-        options << argument;
+        if (argument != Json)
+            options << argument;
         values.removeOne(argument);
     }
     if (values.size() < command.fewest || values.size() > command.most)
@@ -237,9 +255,11 @@ int Run(const Command& command, const QStringList& arguments, TerminalOutput& ou
             return Misused(u"날짜는 20261124처럼 적습니다: %1"_s.arg(values[1]));
     }
     const Needs needs = options.isEmpty() ? command.needs : command.needsWithOption;
-    if (needs != Needs::Nothing && !ReadSetup(needs == Needs::Database))
+    if (needs != Needs::Nothing && !ReadSetup(needs == Needs::Database)) {
+        report.Fail(u"설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 없습니다.!!"_s);
         return CantWork;
-    return command.run({values, options, out});
+    }
+    return command.run({values, options, report, report.Lines()});
 }
 
 } // namespace
@@ -258,11 +278,16 @@ int RunCommand(const QStringList& arguments, TerminalOutput& out)
     const auto command = std::ranges::find(Commands(), name, &Command::name);
     if (command == Commands().end())
         return Misused(name.isEmpty() ? u"명령이 없습니다."_s : u"모르는 명령입니다: %1"_s.arg(name));
+    Report report(out, arguments.contains(Json) ? Report::Form::Json : Report::Form::Text, command->name);
+    int result = CantWork;
     try {
-        return Run(*command, arguments.mid(1), out);
+        result = Run(*command, arguments.mid(1), report);
     } catch (...) {
         out.Flush();
-        Tell(guard::TextOf(std::current_exception()));
-        return CantWork;
+        const QString text = guard::TextOf(std::current_exception());
+        Tell(text);
+        report.Fail(text);
     }
+    report.End(result);
+    return result;
 }

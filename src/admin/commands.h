@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 
+class Report;
 class TerminalOutput;
 
 /// How the administrator's program ends.
@@ -39,13 +40,13 @@ int RunCommand(const QStringList& arguments, TerminalOutput& out);
 
 /// `check`: what the station needs on this machine, one line each, right or wrong with what to do. Reads the setup
 /// itself. Gives an `ExitCode`.
-int CheckStation(TerminalOutput& out);
+int CheckStation(Report& report);
 
 /// Pictures of this machine that wait for the clinic's server, or that it has refused. Each gives an `ExitCode`;
 /// `Found` as long as there are any. A station may run beside them.
 
 /// Shows them, with whose they are and why.
-int ListPacs(TerminalOutput& out);
+int ListPacs(Report& report);
 /// Has this user's sender try it all at once, also what was refused, and waits for that.
 int RetryPacs(TerminalOutput& out);
 /// Forgets what was refused. The pictures themselves stay as they are.
@@ -60,7 +61,7 @@ int ComparePacs(const QString& year, TerminalOutput& out);
 /// `ExitCode`; `Found` as long as something waits.
 
 /// Shows it, with whose it is.
-int ListPending(TerminalOutput& out);
+int ListPending(Report& report);
 /// Files and writes what dead stations of this user have left, as the station's next start would. What belongs to one
 /// that lives stays its own.
 int WritePending(TerminalOutput& out);
@@ -85,9 +86,11 @@ int TakeOverPending(TerminalOutput& out);
 int UpgradeTables(const QStringList& options, TerminalOutput& out);
 
 /// `verify [YEAR]`: the archive against the tables, of one year or of all. Tells of rows without a file, files without
-/// a row, pictures that can't be read, movies without an index, and what processes have left; changes nothing. With
-/// `decodes` each picture is decoded, else its content is read and looked at from both ends. Gives an `ExitCode`.
-int VerifyArchive(const QString& year, bool decodes, TerminalOutput& out);
+/// a row, visits without theirs, pictures that can't be read, movies without an index, folders and names that can't be
+/// looked into, and what processes have left; changes nothing. The options are `--this-year`; `--decode`, with which
+/// each picture is decoded, where otherwise its content is read and looked at from both ends; and `--all`, which tells
+/// each finding where otherwise many of a kind are counted. Gives an `ExitCode`.
+int VerifyArchive(const QString& year, const QStringList& options, Report& report);
 
 /// `first-setup`: groups of the station's users, capture root, tables, account and setup file of a machine that has
 /// none of them yet. Asks before each, and tells what it has done; what is there stays as it is. Throws PlatformError

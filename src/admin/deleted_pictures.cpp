@@ -1,16 +1,18 @@
 #include "admin/deleted_pictures.h"
 
 #include "admin/commands.h"
+#include "admin/Report.h"
 #include "contracts/files.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
 #include "frame/services.h"
-#include "frame/terminal.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
 
 #include <QRegularExpression>
+
+#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -18,11 +20,12 @@ namespace {
 
 const QString LogEnding = u"Log"_s;
 
-QStringList FolderNames(const QString& folder)
+QStringList FoldersIn(const QString& folder)
 {
     QStringList names;
     for (const FolderEntry& entry : Files().Entries(folder)) {
-        if (entry.IsFolder)
+        // What the station puts into a link to a folder lies there all the same.
+        if (entry.IsFolder || (entry.IsLink && FolderExists(folder + entry.Name)))
             names << entry.Name;
     }
     return names;
@@ -59,50 +62,79 @@ void AddFolder(const QString& yearFolder, const QString& section, const QString&
     }
 }
 
+/// Hands out the pictures of one folder after the other.
+void ForEachLogFolder(const QString& chart, const QString& ymd,
+                      const std::function<void(const QList<DeletedPicture>&)>& visit)
+{
+    for (const QString& year : ymd.isEmpty() ? ArchiveYears() : QStringList{ymd.left(4)}) {
+        const QString yearFolder = YearFolder(ClientSetup.CaptureRoot, year);
+        if (!FolderExists(yearFolder))
+            continue;
+        const QStringList names = FoldersIn(yearFolder);
+        for (const QString& name : names) {
+            if (!IsLogName(name, names))
+                continue;
+            QList<DeletedPicture> found;
+            AddFolder(yearFolder, name.chopped(LogEnding.size()), chart, ymd, found);
+            visit(found);
+        }
+    }
+}
+
 } // namespace
 
 QStringList ArchiveYears()
 {
     static const QRegularExpression year(uR"(^\d{4}$)"_s);
-    return FolderNames(ClientSetup.CaptureRoot).filter(year);
+    return FoldersIn(ClientSetup.CaptureRoot).filter(year);
 }
 
-QStringList ArchiveSections(const QString& yearFolder)
+QStringList SectionsAmong(const QStringList& folderNames)
 {
-    const QStringList names = FolderNames(yearFolder);
-    QStringList sections = names;
-    sections.removeIf([&names](const QString& name) {
-        return IsLogName(name, names) || !IsPathPart(name) || SectionFolder({}, name) == MovieFolder({});
+    QStringList sections = folderNames;
+    sections.removeIf([&folderNames](const QString& name) {
+        return IsLogName(name, folderNames) || !IsPathPart(name) || SectionFolder({}, name) == MovieFolder({});
     });
     return sections;
+}
+
+QStringList LogsAmong(const QStringList& folderNames)
+{
+    QStringList logs = folderNames;
+    logs.removeIf([&folderNames](const QString& name) { return !IsLogName(name, folderNames) || !IsPathPart(name); });
+    return logs;
 }
 
 QList<DeletedPicture> DeletedPictures(const QString& chart, const QString& ymd)
 {
     QList<DeletedPicture> found;
-    for (const QString& year : ymd.isEmpty() ? ArchiveYears() : QStringList{ymd.left(4)}) {
-        const QString yearFolder = YearFolder(ClientSetup.CaptureRoot, year);
-        if (!FolderExists(yearFolder))
-            continue;
-        const QStringList names = FolderNames(yearFolder);
-        for (const QString& name : names) {
-            if (IsLogName(name, names))
-                AddFolder(yearFolder, name.chopped(LogEnding.size()), chart, ymd, found);
-        }
-    }
+    ForEachLogFolder(chart, ymd, [&found](const QList<DeletedPicture>& some) { found += some; });
     return found;
 }
 
-int ListDeleted(const QStringList& arguments, TerminalOutput& out)
+int ListDeleted(const QStringList& arguments, Report& report)
 {
-    const QList<DeletedPicture> pictures = DeletedPictures(arguments.value(0), arguments.value(1));
-    for (const DeletedPicture& picture : pictures) {
-        const Visit& visit = picture.visit;
-        out << visit.chart << u' ' << visit.ymd << u' ' << visit.etc << u' ' << NumberText(picture.number) << u' '
-            << picture.name << u' ' << picture.size << u"바이트 "_s << picture.movedAt.toString(u"yyyy-MM-dd HH:mm"_s)
-            << (picture.wasSwept ? u" 정리됨(기록이 없던 그림)"_s : u" 삭제됨"_s) << u'\n';
-    }
-    if (pictures.isEmpty())
-        out << u"삭제된 그림이 없습니다.\n"_s;
+    qint64 count = 0;
+    ForEachLogFolder(arguments.value(0), arguments.value(1), [&](const QList<DeletedPicture>& pictures) {
+        for (const DeletedPicture& picture : pictures) {
+            const Visit& visit = picture.visit;
+            report.Item(u"%1 %2 %3 %4 "_s.arg(visit.chart, visit.ymd, visit.etc, NumberText(picture.number)) +
+                            picture.name +
+                            u" %1바이트 %2 %3"_s.arg(picture.size)
+                                .arg(picture.movedAt.toString(u"yyyy-MM-dd HH:mm"_s),
+                                     picture.wasSwept ? u"정리됨(기록이 없던 그림)"_s : u"삭제됨"_s),
+                        {{u"chart"_s, visit.chart},
+                         {u"date"_s, visit.ymd},
+                         {u"section"_s, visit.etc},
+                         {u"number"_s, picture.number},
+                         {u"file"_s, picture.name},
+                         {u"path"_s, NativePath(picture.Path())},
+                         {u"bytes"_s, picture.size},
+                         {u"movedAt"_s, picture.movedAt.toString(Qt::ISODate)},
+                         {u"swept"_s, picture.wasSwept}});
+        }
+        count += pictures.size();
+    });
+    report.Total(count == 0 ? u"삭제된 그림이 없습니다."_s : QString(), {{u"pictures"_s, count}});
     return AllWell;
 }

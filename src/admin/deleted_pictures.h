@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QList>
 
+class Report;
 class TerminalOutput;
 
 /// A picture in a Log folder, by its name.
@@ -26,10 +27,12 @@ QList<DeletedPicture> DeletedPictures(const QString& chart = {}, const QString& 
 
 /// Years that have a folder below the capture root, oldest first. Throws PlatformError.
 QStringList ArchiveYears();
-/// Sections that have a folder in the year, whatever the setup lists. A Log folder or that of the movies is none.
-QStringList ArchiveSections(const QString& yearFolder);
+/// Sections among the folders of a year, whatever the setup lists. A Log folder or that of the movies is none.
+QStringList SectionsAmong(const QStringList& folderNames);
+/// Log folders among them.
+QStringList LogsAmong(const QStringList& folderNames);
 
 /// `list-deleted [CHART [DATE]]`. Gives an `ExitCode`.
-int ListDeleted(const QStringList& arguments, TerminalOutput& out);
+int ListDeleted(const QStringList& arguments, Report& report);
 /// `restore CHART DATE SECTION NUMBER [FILE]`. Gives an `ExitCode`.
 int RestorePicture(const QStringList& arguments, TerminalOutput& out);

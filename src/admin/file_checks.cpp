@@ -9,6 +9,8 @@ namespace {
 
 constexpr uchar Mark = 0xFF;
 constexpr uchar Scan = 0xDA;
+/// A recording has a handful on its top level.
+constexpr int MostChunks = 1000;
 
 quint32 Little32(const QByteArray& bytes, qsizetype at)
 {
@@ -55,9 +57,11 @@ bool HasMovieIndex(const QString& path)
     if (!Files().ReadArchivedPiece(path, 0, HeadBytes).startsWith("RIFF"))
         return false;
     bool hasPictures = false;
-    for (qint64 at = HeadBytes;;) {
+    qint64 at = HeadBytes;
+    for (int chunk = 0; chunk < MostChunks; ++chunk) {
         const QByteArray head = Files().ReadArchivedPiece(path, at, HeadBytes);
-        if (head.size() < 8)
+        // Blocks that were never written lead from nothing to nothing.
+        if (head.size() < 8 || head.startsWith('\0'))
             return false;
         const qint64 size = Little32(head, 4);
         if (hasPictures && head.startsWith("idx1"))
@@ -69,4 +73,5 @@ bool HasMovieIndex(const QString& path)
         hasPictures |= isPictures;
         at += 8 + size + size % 2;
     }
+    return false;
 }

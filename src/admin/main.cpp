@@ -17,8 +17,10 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 namespace {
 
@@ -30,10 +32,21 @@ void KeepMemoryClosed()
     prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
 }
 
+/// A program that was started without one of its standard files would open another under that number, and write its
+/// messages into that. What takes the place refuses to be read or written.
+void TakeStandardPlaces()
+{
+    for (const int handle : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(handle, F_GETFD) == -1 && open("/dev/null", handle == STDIN_FILENO ? O_WRONLY : O_RDONLY) != handle)
+            std::_Exit(CantWork);
+    }
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    TakeStandardPlaces();
     KeepMemoryClosed();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
@@ -61,6 +74,11 @@ int main(int argc, char* argv[])
     {
         TerminalOutput out(stdout);
         result = RunCommand(QCoreApplication::arguments().mid(1), out);
+        // The command has done its work, but whoever reads of it doesn't know all: no success.
+        if (const QString fault = out.Close(); !fault.isEmpty()) {
+            TellOnError(QStringLiteral("capture-station-admin: 출력을 다 쓰지 못하였습니다.!! (%1)").arg(fault));
+            result = result == AllWell ? Found : result;
+        }
     }
     Connection.reset();
     // As in the station: a thread that the kernel holds would meet the end of what it works on.

@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 
+#include "admin/Report.h"
 #include "admin/waiting_lists.h"
 #include "contracts/files.h"
 #include "contracts/SenderProcess.h"
@@ -37,44 +38,76 @@ QString OwnerText(const QString& owner)
 }
 
 /// Pictures in the lists that stations of earlier releases have left, and no sender has taken over yet.
-int ShowFormerLists(const QString& folder, TerminalOutput& out)
+int ShowFormerLists(const QString& folder, Report& report)
 {
     int lines = 0;
     for (const ProcessList::Found& list : ProcessList::In(folder, u"Pacs"_s)) {
         const qsizetype count = list.document.object().value(u"entries"_s).toArray().size();
         if (list.isReadable && count == 0)
             continue;
-        out << (list.isReadable ? u"앞판의목록 "_s : u"읽을수없는목록 "_s) << NativePath(list.path)
-            << u" (%1건, %2)\n"_s.arg(count).arg(HolderText(list.holder, list.foreignOwner));
+        QJsonObject facts = HolderFacts(list.holder, list.foreignOwner);
+        facts[u"kind"_s] = list.isReadable ? u"former-list"_s : u"unreadable-list"_s;
+        facts[u"path"_s] = NativePath(list.path);
+        facts[u"count"_s] = count;
+        report.Item((list.isReadable ? u"앞판의목록 "_s : u"읽을수없는목록 "_s) + NativePath(list.path) +
+                        u" (%1건, %2)"_s.arg(count).arg(HolderText(list.holder, list.foreignOwner)),
+                    facts);
         ++lines;
     }
     return lines;
 }
 
-/// Gives how many lines.
-int ShowFolder(const QString& folder, TerminalOutput& out)
+void ShowEntry(const PacsEntry& entry, const SenderQueue::Found& queue, const QString& sender, QJsonObject facts,
+               Report& report)
 {
-    int lines = ShowFormerLists(folder, out);
+    const bool isAside = entry.state == PacsState::SetAside;
+    const QString reason = entry.reason.isEmpty() ? queue.away : entry.reason;
+    facts[u"kind"_s] = isAside ? u"refused"_s : u"waiting"_s;
+    facts[u"chart"_s] = entry.chart;
+    facts[u"date"_s] = entry.ymd;
+    facts[u"section"_s] = entry.etc;
+    facts[u"number"_s] = entry.number;
+    facts[u"reason"_s] = reason;
+    report.Item((isAside ? u"거부 "_s : u"대기 "_s) + PictureText(entry) + u" ("_s + sender + u')' +
+                    (reason.isEmpty() ? QString() : u' ' + reason),
+                facts);
+}
+
+/// Gives how many lines.
+int ShowFolder(const QString& folder, Report& report)
+{
+    int lines = ShowFormerLists(folder, report);
     for (const SenderQueue::Found& queue : SenderQueue::In(folder)) {
         const QString sender =
             (queue.isSenderThere ? u"보내는 중"_s : u"보내는 프로그램 없음"_s) + OwnerText(queue.foreignOwner);
+        QJsonObject facts{{u"senderRuns"_s, queue.isSenderThere}};
+        if (!queue.foreignOwner.isEmpty())
+            facts[u"owner"_s] = queue.foreignOwner;
         if (!queue.isReadable) {
-            out << u"읽을수없는목록 "_s << NativePath(queue.path) << OwnerText(queue.foreignOwner) << u'\n';
+            facts[u"kind"_s] = u"unreadable-list"_s;
+            facts[u"path"_s] = NativePath(queue.path);
+            report.Item(u"읽을수없는목록 "_s + NativePath(queue.path) + OwnerText(queue.foreignOwner), facts);
+            facts.remove(u"path"_s);
             ++lines;
         }
         for (const PacsEntry& entry : queue.entries) {
-            const bool isAside = entry.state == PacsState::SetAside;
-            const QString reason = entry.reason.isEmpty() ? queue.away : entry.reason;
-            out << (isAside ? u"거부 "_s : u"대기 "_s) << PictureText(entry) << u" ("_s << sender << u')'
-                << (reason.isEmpty() ? QString() : u' ' + reason) << u'\n';
+            ShowEntry(entry, queue, sender, facts, report);
             ++lines;
         }
         if (queue.lines > 0) {
-            out << u"새로넘긴것 %1건 (%2)\n"_s.arg(queue.lines).arg(sender);
+            facts[u"kind"_s] = u"handed-over"_s;
+            facts[u"count"_s] = queue.lines;
+            report.Item(u"새로넘긴것 %1건 (%2)"_s.arg(queue.lines).arg(sender), facts);
             ++lines;
         }
     }
     return lines;
+}
+
+int ShowOwn(TerminalOutput& out)
+{
+    Report report(out);
+    return ShowFolder(LocalFolder(), report);
 }
 
 bool IsEquipped(TerminalOutput& out)
@@ -101,11 +134,10 @@ SenderQueue::State AwaitSender(SenderQueue& queue)
 
 } // namespace
 
-int ListPacs(TerminalOutput& out)
+int ListPacs(Report& report)
 {
-    const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
-    if (lines == 0)
-        out << u"PACS로 보낼 그림이 없습니다.\n"_s;
+    const int lines = ShowFolders([&report](const QString& folder) { return ShowFolder(folder, report); });
+    report.Total(lines == 0 ? u"PACS로 보낼 그림이 없습니다."_s : QString(), {{u"waiting"_s, lines}});
     return lines == 0 ? AllWell : Found;
 }
 
@@ -120,7 +152,7 @@ int RetryPacs(TerminalOutput& out)
     const QList<PacsEntry> sent = queue.SentSince(begun);
     for (const PacsEntry& entry : sent)
         out << u"보냄 "_s << PictureText(entry) << u'\n';
-    const int left = ShowFolder(LocalFolder(), out);
+    const int left = ShowOwn(out);
     out << u"%1건을 보냈습니다.\n"_s.arg(sent.size());
     return left > 0 ? Found : AllWell;
 }
@@ -134,7 +166,7 @@ int DropPacs(TerminalOutput& out)
     queue.Add({{PacsLine::Drop}});
     const int after = AwaitSender(queue).setAside;
     out << u"거부된 %1건을 목록에서 지웠습니다. 그림은 그대로 있습니다.\n"_s.arg(before - after);
-    return ShowFolder(LocalFolder(), out) > 0 ? Found : AllWell;
+    return ShowOwn(out) > 0 ? Found : AllWell;
 }
 
 int SendVisitToPacs(const QStringList& arguments, TerminalOutput& out)

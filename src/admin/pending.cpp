@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 
+#include "admin/Report.h"
 #include "admin/waiting_lists.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
@@ -25,39 +26,61 @@ namespace {
 /// A database or a share that has brought nothing on for so long is left alone.
 constexpr int PatienceMs = 15'000;
 
-void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, TerminalOutput& out)
+void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, Report& report)
 {
     const Visit& visit = picture.visit;
     const bool isLocal = picture.number == 0;
-    out << (isLocal ? u"보관 "_s : u"기록대기 "_s) << visit.chart << u' ' << visit.ymd << u' ' << visit.etc << u' '
-        << (isLocal ? u"-"_s : NumberText(picture.number)) << u" ("_s
-        << HolderText(journal.holder, journal.foreignOwner)
-        << (picture.state == PictureState::SetAside ? u", 데이터베이스가 거부함"_s : QString())
-        << (picture.IsDeleted() ? u", 삭제 중"_s : QString()) << u") "_s;
-    if (!isLocal) {
-        out << NativePath(visit.PicturePath(picture.number)) << u'\n';
-        return;
-    }
     // It lies beside the journal, whoever's it is.
-    const QString file = journal.path.left(journal.path.lastIndexOf(u'\\') + 1) +
-                         QString::fromUtf16(StillFiles::LocalPrefix) + picture.id + u".jpg"_s;
-    out << NativePath(file) << (FileExists(file) ? u""_s : u" 파일 없음"_s) << u'\n';
+    const QString file = !isLocal ? visit.PicturePath(picture.number)
+                                  : journal.path.left(journal.path.lastIndexOf(u'\\') + 1) +
+                                        QString::fromUtf16(StillFiles::LocalPrefix) + picture.id + u".jpg"_s;
+    const bool isMissing = isLocal && !FileExists(file);
+    const bool isRefused = picture.state == PictureState::SetAside;
+    const QString line =
+        (isLocal ? u"보관 "_s : u"기록대기 "_s) +
+        u"%1 %2 %3 %4 ("_s.arg(visit.chart, visit.ymd, visit.etc, isLocal ? u"-"_s : NumberText(picture.number)) +
+        HolderText(journal.holder, journal.foreignOwner) + (isRefused ? u", 데이터베이스가 거부함"_s : QString()) +
+        (picture.IsDeleted() ? u", 삭제 중"_s : QString()) + u") "_s + NativePath(file) +
+        (isMissing ? u" 파일 없음"_s : QString());
+    QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
+    facts[u"kind"_s] = isLocal ? u"local"_s : u"row-waiting"_s;
+    facts[u"chart"_s] = visit.chart;
+    facts[u"date"_s] = visit.ymd;
+    facts[u"section"_s] = visit.etc;
+    if (!isLocal)
+        facts[u"number"_s] = picture.number;
+    facts[u"refused"_s] = isRefused;
+    facts[u"deleting"_s] = picture.IsDeleted();
+    facts[u"path"_s] = NativePath(file);
+    if (isLocal)
+        facts[u"fileThere"_s] = !isMissing;
+    report.Item(line, facts);
+}
+
+/// A list or a file that stands for itself.
+void ShowFile(const QString& word, const QString& kind, const QString& path, Report& report)
+{
+    report.Item(word + u' ' + NativePath(path), {{u"kind"_s, kind}, {u"path"_s, NativePath(path)}});
 }
 
 /// What waits in a program's folder; gives how many lines.
-int ShowFolder(const QString& folder, TerminalOutput& out)
+int ShowFolder(const QString& folder, Report& report)
 {
     int lines = 0;
     QStringList listed;
     const QList<PictureJournal::Found> journals = PictureJournal::In(folder);
     for (const PictureJournal::Found& journal : journals) {
         if (!journal.isReadable) {
-            out << u"읽을수없는목록 "_s << NativePath(journal.path) << u" ("_s
-                << HolderText(journal.holder, journal.foreignOwner) << u")\n"_s;
+            QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
+            facts[u"kind"_s] = u"unreadable-list"_s;
+            facts[u"path"_s] = NativePath(journal.path);
+            report.Item(u"읽을수없는목록 %1 ("_s.arg(NativePath(journal.path)) +
+                            HolderText(journal.holder, journal.foreignOwner) + u')',
+                        facts);
             ++lines;
         }
         for (const PictureRecord& picture : journal.pictures) {
-            ShowPicture(picture, journal, out);
+            ShowPicture(picture, journal, report);
             listed << picture.id;
             ++lines;
         }
@@ -67,11 +90,17 @@ int ShowFolder(const QString& folder, TerminalOutput& out)
         const auto journal = std::ranges::find_if(
             journals, [&](const PictureJournal::Found& each) { return std::ranges::any_of(each.movies, isOf); });
         if (journal == journals.end()) {
-            out << u"목록에없는동영상 "_s << NativePath(folder + name) << u'\n';
+            ShowFile(u"목록에없는동영상"_s, u"unlisted-movie"_s, folder + name, report);
         } else {
             const Visit visit = std::ranges::find_if(journal->movies, isOf)->visit;
-            out << u"동영상 "_s << visit.chart << u' ' << visit.ymd << u" ("_s
-                << HolderText(journal->holder, journal->foreignOwner) << u") "_s << NativePath(folder + name) << u'\n';
+            QJsonObject facts = HolderFacts(journal->holder, journal->foreignOwner);
+            facts[u"kind"_s] = u"movie"_s;
+            facts[u"chart"_s] = visit.chart;
+            facts[u"date"_s] = visit.ymd;
+            facts[u"path"_s] = NativePath(folder + name);
+            report.Item(u"동영상 %1 %2 ("_s.arg(visit.chart, visit.ymd) +
+                            HolderText(journal->holder, journal->foreignOwner) + u") "_s + NativePath(folder + name),
+                        facts);
         }
         ++lines;
     }
@@ -80,7 +109,7 @@ int ShowFolder(const QString& folder, TerminalOutput& out)
         const QString picture = name.mid(prefix.size()).section(u'.', 0, 0);
         if (listed.contains(picture))
             continue;
-        out << u"목록에없는그림 "_s << NativePath(folder + name) << u'\n';
+        ShowFile(u"목록에없는그림"_s, u"unlisted-picture"_s, folder + name, report);
         ++lines;
     }
     return lines;
@@ -116,11 +145,10 @@ void AwaitFiling(const StillFiling& filing, const MovieFiling& movies, const boo
 
 } // namespace
 
-int ListPending(TerminalOutput& out)
+int ListPending(Report& report)
 {
-    const int lines = ShowFolders([&out](const QString& folder) { return ShowFolder(folder, out); });
-    if (lines == 0)
-        out << u"기다리는 그림이 없습니다.\n"_s;
+    const int lines = ShowFolders([&report](const QString& folder) { return ShowFolder(folder, report); });
+    report.Total(lines == 0 ? u"기다리는 그림이 없습니다."_s : QString(), {{u"waiting"_s, lines}});
     return lines == 0 ? AllWell : Found;
 }
 
@@ -158,7 +186,8 @@ int WritePending(TerminalOutput& out)
         if (const QString waiting = pacs ? pacs->End() : QString(); !waiting.isEmpty())
             out << waiting << u'\n';
     }
-    const int left = ShowFolder(LocalFolder(), out);
+    Report report(out);
+    const int left = ShowFolder(LocalFolder(), report);
     const bool isAnyHeld = TellHeld(out);
     out << u"%1건을 기록하였습니다.\n"_s.arg(written);
     return left > 0 || isAnyHeld ? Found : AllWell;

@@ -26,6 +26,16 @@ QString HolderText(Holder holder, const QString& foreignOwner)
     return foreignOwner.isEmpty() ? text : u"%1, 사용자 %2"_s.arg(text, foreignOwner);
 }
 
+QJsonObject HolderFacts(Holder holder, const QString& foreignOwner)
+{
+    QJsonObject facts{{u"holder"_s, holder == Holder::Living      ? u"living"_s
+                                    : holder == Holder::Elsewhere ? u"elsewhere"_s
+                                                                  : u"ended"_s}};
+    if (!foreignOwner.isEmpty())
+        facts[u"owner"_s] = foreignOwner;
+    return facts;
+}
+
 int ShowFolders(const std::function<int(const QString& folder)>& show)
 {
     int lines = show(LocalFolder());

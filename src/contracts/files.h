@@ -35,6 +35,16 @@ struct FolderEntry
     bool IsNameBroken = false;
 };
 
+/// The names in a folder by what stands under them, each list sorted.
+struct FolderNames
+{
+    QStringList files; ///< Regular files, those too that are being written.
+    QStringList folders;
+    QStringList others; ///< Links, pipes and the like.
+    /// No texts in the platform's encoding, with marks in the place of what can't be read: no path leads there.
+    QStringList broken;
+};
+
 /// What stands under a name, links not followed.
 enum class FileKind {
     None,
@@ -88,6 +98,9 @@ public:
     /// Names (not paths) of the files in a folder that begin with `prefix`, taken literally, sorted. Empty for a
     /// folder that isn't there.
     virtual QStringList FilesStartingWith(const QString& folder, const QString& prefix) const = 0;
+
+    /// All names in a folder; for a long list quicker than `Entries`. Throws PlatformError.
+    virtual FolderNames Names(const QString& folder) const = 0;
 
     /// Throws PlatformError.
     virtual QByteArray ReadFile(const QString& path) const = 0;

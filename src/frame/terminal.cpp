@@ -2,6 +2,9 @@
 
 #include <QStringList>
 
+#include <cerrno>
+#include <cstring>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -62,7 +65,41 @@ void TerminalOutput::Overwrite(const QString& text)
 void TerminalOutput::Put(const QString& text)
 {
     const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), m_file);
+    const auto size = static_cast<size_t>(bytes.size());
+    Note(std::fwrite(bytes.constData(), 1, size, m_file) == size);
+}
+
+void TerminalOutput::PutJson(const QByteArray& json)
+{
+    QString shown;
+    shown.reserve(json.size());
+    for (const char32_t point : QString::fromUtf8(json).toStdU32String()) {
+        const QString letter = QString::fromUcs4(&point, 1);
+        if (point == U'\n' || (IsShown(point) && !IsLineEndOrTab(point))) {
+            shown += letter;
+            continue;
+        }
+        for (const QChar unit : letter)
+            shown += u"\\u%1"_s.arg(unit.unicode(), 4, 16, QChar(u'0'));
+    }
+    Put(shown);
+}
+
+void TerminalOutput::Flush()
+{
+    Note(std::fflush(m_file) == 0);
+}
+
+QString TerminalOutput::Close()
+{
+    Note(std::fclose(m_file) == 0);
+    return m_error == 0 ? QString() : QString::fromLocal8Bit(std::strerror(m_error));
+}
+
+void TerminalOutput::Note(bool isDone)
+{
+    if (!isDone && m_error == 0)
+        m_error = errno != 0 ? errno : EIO;
 }
 
 void TellOnError(const QString& text)

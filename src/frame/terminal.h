@@ -25,12 +25,19 @@ public:
     void PutLines(const QString& lines);
     /// Begins the present line again with that text.
     void Overwrite(const QString& text);
-    void Flush() { std::fflush(m_file); }
+    /// A piece of a JSON document, in UTF-8, as it stands; what isn't shown becomes its escape.
+    void PutJson(const QByteArray& json);
+    void Flush();
+    /// Writes what is left and closes the file, at which a share may tell of a fault: the last call. Gives what has
+    /// kept any of the output from being written, since the first piece; empty when all of it was.
+    QString Close();
 
 private:
     void Put(const QString& text);
+    void Note(bool isDone);
 
     std::FILE* const m_file;
+    int m_error = 0; ///< `errno` of the first fault.
 };
 
 /// A message on standard error. Its further lines are indented, so that none looks like one of another message.

@@ -62,6 +62,46 @@ QList<PictureKey> StoredPictures(const QString& year, const std::optional<Pictur
     return pictures;
 }
 
+std::set<PictureKey> PicturesWithRow(const QString& section, const QList<PictureKey>& pictures)
+{
+    if (pictures.isEmpty())
+        return {};
+    Statement statement(u" SELECT cap_chart, cap_ymd, cap_etc, cap_no FROM cap ");
+    statement.Quoted(u" WHERE cap_etc = '", section).Piece(u" AND cap_gubun = 'A' AND ( ");
+    bool isFirst = true;
+    for (const PictureKey& picture : pictures) {
+        statement.Quoted(isFirst ? u" ( cap_chart = '" : u" OR ( cap_chart = '", picture.chart)
+            .Quoted(u" AND cap_ymd = '", picture.ymd)
+            .Then(u" AND cap_no = ", picture.number)
+            .Piece(u" ) ");
+        isFirst = false;
+    }
+    std::set<PictureKey> found;
+    for (const auto rows = OpenRows(statement.Piece(u" ) ")); !rows->Eof(); rows->MoveNext())
+        found.insert({rows->Fields(0).toString(), rows->Fields(1).toString(), rows->Fields(2).toString(),
+                      rows->Fields(3).toInt()});
+    return found;
+}
+
+std::set<PictureKey> VisitsWithRow(const QString& year, const QStringList& charts)
+{
+    if (charts.isEmpty())
+        return {};
+    Statement statement(u" SELECT ca_chart, ca_ymd, ca_etc FROM ca ");
+    statement.Quoted(u" WHERE LEFT(ca_ymd, 4) = '", year).Piece(u" AND ca_gubun = 'A' AND ca_chart IN ( ");
+    for (const QString& chart : charts)
+        statement.Quoted(&chart == &charts.first() ? u"'" : u", '", chart);
+    std::set<PictureKey> found;
+    for (const auto rows = OpenRows(statement.Piece(u" ) ")); !rows->Eof(); rows->MoveNext())
+        found.insert({rows->Fields(0).toString(), rows->Fields(1).toString(), rows->Fields(2).toString()});
+    return found;
+}
+
+bool HasVisitRow(const Visit& visit)
+{
+    return HasRow(*OpenRows(Statement(u" SELECT * FROM ca ").OfVisit(Visits, visit)));
+}
+
 QStringList StoredYears()
 {
     QStringList years;

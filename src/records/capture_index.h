@@ -3,7 +3,9 @@
 #include <QList>
 #include <QStringList>
 
+#include <compare>
 #include <optional>
+#include <set>
 
 struct Visit;
 
@@ -24,10 +26,20 @@ struct PictureKey
     QString ymd;
     QString etc;
     int number = 0;
+
+    std::strong_ordering operator<=>(const PictureKey& other) const = default;
+    /// The visit, without a number.
+    PictureKey OfVisit() const { return {chart, ymd, etc}; }
 };
 /// Rows of a year's pictures in the order of their key, behind `after` or from the first on: as many at a time as
 /// `most` says, so that a year of any size needs little memory.
 QList<PictureKey> StoredPictures(const QString& year, const std::optional<PictureKey>& after, int most);
+/// Those of a section's pictures that have a row; a few hundred at a time are one short statement.
+std::set<PictureKey> PicturesWithRow(const QString& section, const QList<PictureKey>& pictures);
+/// The visits of these charts in a year that have a `ca` row, numbers 0.
+std::set<PictureKey> VisitsWithRow(const QString& year, const QStringList& charts);
+/// True when the visit has a `ca` row.
+bool HasVisitRow(const Visit& visit);
 /// Years of which there are pictures.
 QStringList StoredYears();
 

@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 #include "admin/deleted_pictures.h"
+#include "admin/Report.h"
 #include "contracts/LocalDatabase.h"
 #include "contracts/MachineSetup.h"
 #include "contracts/PlatformError.h"
@@ -21,6 +22,7 @@
 #include <cstdio>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -192,6 +194,7 @@ private Q_SLOTS:
         const QStringList wanted{
             u"그림 그림"_s,
             u"기록없음 0000123420261124004.jpg"_s,
+            u"방문기록없음 "_s,
             u"색인없음 0000123420261124001.avi"_s,
             u"손상 0000123420261124002.jpg"_s,
             u"쓰는중 .station-%1-1.part"_s.arg(Files().ProcessMark()),
@@ -201,6 +204,99 @@ private Q_SLOTS:
             u"파일없음 0000123420261124001.jpg"_s,
         };
         QCOMPARE(kinds.join(u'\n'), wanted.join(u'\n'));
+    }
+
+    /// `%1` is the year's folder. What is read says so, and as a document as well.
+    void VerifyTellsEachDamage_data()
+    {
+        Columns<QString, QString, QString, int>("damage", "statement", "line", "faults");
+        const auto row = [](const char* name, const QString& damage, const QString& line, int faults = 1) {
+            QTest::newRow(name) << damage << QString() << line << faults;
+        };
+        row("pipe", u"rm %1/위내시경/*001.jpg; mkfifo %1/위내시경/0000123420261124001.jpg"_s,
+            u"파일아님 %1/위내시경/0000123420261124001.jpg "_s);
+        row("link to a section", u"mv %1/위내시경 %1/../there; ln -s ../there %1/위내시경"_s,
+            u"폴더링크 %1/위내시경 "_s);
+        row("link to a year", u"mv %1 %1/../there; ln -s there %1"_s, u"폴더링크 %1/ "_s.chopped(2));
+        row("closed Log folder", u"mkdir -p %1/위내시경Log; chmod 0 %1/위내시경Log"_s, u"읽지못함 %1/위내시경Log/ "_s);
+        row("closed section", u"chmod 0 %1/위내시경"_s, u"읽지못함 %1/위내시경/ "_s);
+        row("name in another encoding", u"touch %1/위내시경/0000123420261124$(printf '\\377').jpg"_s,
+            u"깨진이름 %1/위내시경/"_s);
+        row("movie of empty blocks",
+            u"mkdir -p %1/movie; cd %1/movie; printf 'RIFF----AVI LIST\\4\\0\\0\\0movi' >1.avi; truncate -s 2G 1.avi"_s,
+            u"색인없음 %1/movie/1.avi"_s);
+        row("nothing at all", u"rm -r %1/*"_s, u"비어있음 %1/ "_s);
+        const auto rows = [](const char* name, const QString& statement, const QString& line, int faults) {
+            QTest::newRow(name) << QString() << statement << line << faults;
+        };
+        rows("visits' rows gone", u"DELETE FROM ca;"_s, u"방문기록없음 00001234 20261124 위내시경 "_s, 1);
+        rows("rows without files",
+             u"INSERT INTO cap WITH RECURSIVE n(i) AS (VALUES(10) UNION ALL SELECT i + 1 FROM n WHERE i < 2509) "
+             "SELECT '00001234', '01', '20261124', 'A', '위내시경', i, '' FROM n;"_s,
+             u"파일없음 외 1500건 "_s, 2500);
+    }
+
+    void VerifyTellsEachDamage()
+    {
+        QFETCH4(QString, damage, QString, statement, QString, line, int, faults);
+        const QString year = NativePath(VisitContext.CaptureDir).chopped(1);
+        if (line.startsWith(u"비어있음"_s))
+            m_box->Run(u"DELETE FROM cap;"_s);
+        if (!statement.isEmpty())
+            m_box->Run(statement);
+        QCOMPARE(QProcess::execute(u"bash"_s, {u"-ec"_s, damage.contains(u'%') ? damage.arg(year) : damage}), 0);
+        const auto open = qScopeGuard([&year] { QProcess::execute(u"chmod"_s, {u"-R"_s, u"u+rwX"_s, year}); });
+
+        QCOMPARE(Run({u"verify"_s, u"2026"_s}), 1);
+        const QStringList lines = m_output.trimmed().split(u'\n');
+        const QString expected = line.contains(u'%') ? line.arg(year) : line;
+        QVERIFY2(lines[lines.size() - 2].startsWith(expected), qPrintable(m_output));
+        QVERIFY2(lines.last().endsWith(u"이상 %1건"_s.arg(faults)), qPrintable(m_output));
+        QCOMPARE(Run({u"verify"_s, u"2026"_s, u"--json"_s}), 1);
+        const QJsonObject document = QJsonDocument::fromJson(m_output.toUtf8()).object();
+        QCOMPARE(document[u"faults"_s].toInt(), faults);
+        QCOMPARE(document[u"exitStatus"_s].toInt(), 1);
+        QCOMPARE(document[u"items"_s].toArray().size(), lines.size() - 1);
+    }
+
+    void OutputThatIsLostIsNoSuccess_data()
+    {
+        Columns<QStringList, QString>("arguments", "redirection");
+        for (const QString& redirection : {u">/dev/full"_s, u">&-"_s}) {
+            for (const QString& command : {u"verify"_s, u"list-deleted"_s, u"pending"_s, u"pacs"_s, u"--version"_s})
+                QTest::addRow("%s %s", qPrintable(command), qPrintable(redirection))
+                    << QStringList{command} << redirection;
+        }
+        QTest::newRow("document") << QStringList{u"pacs"_s, u"--json"_s} << u">/dev/full"_s;
+    }
+
+    void OutputThatIsLostIsNoSuccess()
+    {
+        QFETCH2(QStringList, arguments, QString, redirection);
+        QCOMPARE(Run(arguments), 0);
+        QCOMPARE(Run(arguments, redirection), 1);
+    }
+
+    /// Every list as one document.
+    void ListsAreDocumentsToo()
+    {
+        DeletePicture();
+        WriteWholeFile(LogFolder(VisitContext.CaptureDir, Stomach) + u"0000123420261124002 \u202e\".jpg"_s, "x");
+        WriteWholeFile(m_box->Desk().ProgramFolder() + u"/Spool-0123.jpg"_s, "x");
+        const auto items = [this](const QString& command) {
+            Run({command, u"--json"_s});
+            return QJsonDocument::fromJson(m_output.toUtf8()).object()[u"items"_s].toArray();
+        };
+        const QJsonArray deleted = items(u"list-deleted"_s);
+        QCOMPARE(deleted.size(), 2);
+        QVERIFY(!m_output.contains(QChar(0x202e)));
+        QCOMPARE(deleted[0][u"file"_s].toString(), u"0000123420261124002 \u202e\".jpg"_s);
+        QCOMPARE(deleted[1][u"number"_s].toInt(), 2);
+        QCOMPARE(items(u"pending"_s)[0][u"kind"_s].toString(), u"unlisted-picture"_s);
+        QVERIFY(items(u"check"_s).size() > 5);
+        m_box->Run(u"DROP TABLE cap;"_s);
+        QCOMPARE(Run({u"verify"_s, u"--json"_s}), 3);
+        QVERIFY(!QJsonDocument::fromJson(m_output.toUtf8()).object()[u"error"_s].toString().isEmpty());
     }
 
     void PendingWritesForTheDeadAlone()
@@ -271,7 +367,7 @@ private Q_SLOTS:
             statements << u"ALTER TABLE picture RENAME TO old"_s
                        << u"CREATE VIEW picture AS WITH RECURSIVE endless AS (SELECT * FROM old UNION ALL SELECT * "
                           "FROM endless) SELECT * FROM endless"_s;
-        UseService<LocalDatabases>().Open(journal)->Run(statements);
+        UseService<LocalDatabases>().Open(other.path() + u'\\' + QFileInfo(journal).fileName())->Run(statements);
         const auto link = [](const QString& to, const QString& name) {
             return QFile::rename(name, name + u".kept"_s) && QFile::link(to, name);
         };
@@ -287,7 +383,8 @@ private Q_SLOTS:
         Surroundings.foldersOfOthers = [&other] { return QStringList{other.path()}; };
         const auto restore = qScopeGuard([] { Surroundings.foldersOfOthers = {}; });
         TerminalOutput out(stdout);
-        QCOMPARE(ListPending(out), int(Found));
+        Report report(out);
+        QCOMPARE(ListPending(report), int(Found));
         TakeOverPending(out);
         QCOMPARE(QFileInfo::exists(journal), !isTaken);
         QCOMPARE(QFileInfo::exists(picture), !isTaken);
@@ -335,6 +432,7 @@ private Q_SLOTS:
         QTest::newRow("no such date") << QStringList{u"restore"_s, u"1"_s, u"2026"_s, Stomach, u"1"_s} << 2;
         QTest::newRow("way out of the root") << QStringList{u"restore"_s, u"1"_s, Day, u"../x"_s, u"1"_s} << 1;
         QTest::newRow("unknown option") << QStringList{u"verify"_s, u"--write"_s} << 2;
+        QTest::newRow("no document") << QStringList{u"pending"_s, u"--write"_s, u"--json"_s} << 2;
         QTest::newRow("no capture root") << QStringList{u"verify"_s} << 3;
     }
 
@@ -445,15 +543,20 @@ private:
         return picture;
     }
 
-    /// Gives the program's exit code; what it says is in `m_output`.
-    int Run(const QStringList& arguments)
+    /// Gives the program's exit code; what it says is in `m_output`. It runs without root's right to open what is
+    /// closed.
+    int Run(const QStringList& arguments, const QString& redirection = {})
     {
         QProcess program;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"CAPTURE_STATION_SETUP"_s, NativePath(SetupPath()));
         environment.insert(u"CAPTURE_STATION_FOLDER"_s, m_box->Desk().ProgramFolder());
         program.setProcessEnvironment(environment);
-        program.start(u"" STATION_ADMIN_PROGRAM ""_s, arguments);
+        const QString limited =
+            geteuid() == 0 ? u"setpriv --bounding-set=-dac_override,-dac_read_search "_s : QString();
+        program.start(u"bash"_s, QStringList{u"-c"_s, u"exec "_s + limited + u"\"$0\" \"$@\" "_s + redirection,
+                                             u"" STATION_ADMIN_PROGRAM ""_s} +
+                                     arguments);
         program.waitForFinished();
         m_output = QString::fromUtf8(program.readAllStandardOutput());
         return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;

@@ -68,6 +68,7 @@ public:
     {
         return Step(Lists), LocalFiles::FilesStartingWith(folder, prefix);
     }
+    FolderNames Names(const QString& folder) const override { return Step(Lists), LocalFiles::Names(folder); }
     QList<FolderEntry> Entries(const QString& folder) const override
     {
         return Step(Lists), LocalFiles::Entries(folder);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <dirent.h>
+#include <fcntl.h>
 #include <filesystem>
 #include <memory>
 #include <sys/stat.h>
@@ -21,14 +22,14 @@ namespace {
 
 constexpr char NotePrefix[] = "user.capture-station.";
 
-/// Names in a folder, as the system has them.
-QList<QByteArray> NativeNames(const QString& folder)
+/// Hands out each name in a folder, as the system has it, with its kind as the list tells it and the list's handle.
+template <class Visit>
+void ForEachName(const QString& folder, Visit visit)
 {
     const QString fault = u"폴더를 읽을 수 없습니다.!!"_s;
     const std::unique_ptr<DIR, int (*)(DIR*)> handle(opendir(Native(folder).constData()), closedir);
     if (handle == nullptr)
         ThrowFault(fault, folder, errno);
-    QList<QByteArray> names;
     for (;;) {
         errno = 0;
         const dirent* entry = readdir(handle.get());
@@ -36,10 +37,16 @@ QList<QByteArray> NativeNames(const QString& folder)
             break;
         const QByteArray name(entry->d_name);
         if (name != "." && name != "..")
-            names << name;
+            visit(name, entry->d_type, dirfd(handle.get()));
     }
     if (errno != 0)
         ThrowFault(fault, folder, errno);
+}
+
+QList<QByteArray> NativeNames(const QString& folder)
+{
+    QList<QByteArray> names;
+    ForEachName(folder, [&names](const QByteArray& name, uchar /*kind*/, int /*list*/) { names << name; });
     return names;
 }
 
@@ -80,6 +87,29 @@ QList<FolderEntry> LocalFiles::Entries(const QString& folder) const
         return one.IsFolder != other.IsFolder ? one.IsFolder : one.Name < other.Name;
     });
     return entries;
+}
+
+FolderNames LocalFiles::Names(const QString& folder) const
+{
+    FolderNames names;
+    ForEachName(folder, [&names](const QByteArray& native, uchar kind, int list) {
+        // A year's folder holds a hundred thousand names: no question is asked about one whose kind the list tells.
+        struct stat facts = {};
+        if (kind == DT_UNKNOWN) {
+            if (fstatat(list, native.constData(), &facts, AT_SYMLINK_NOFOLLOW) != 0)
+                return; // It has gone.
+            kind = S_ISREG(facts.st_mode) ? DT_REG : S_ISDIR(facts.st_mode) ? DT_DIR : DT_LNK;
+        }
+        const QString name = QFile::decodeName(native);
+        (QFile::encodeName(name) != native ? names.broken
+         : kind == DT_REG                  ? names.files
+         : kind == DT_DIR                  ? names.folders
+                                           : names.others)
+            .append(name);
+    });
+    for (QStringList* list : {&names.files, &names.folders, &names.others, &names.broken})
+        list->sort();
+    return names;
 }
 
 void LocalFiles::DeleteEntry(const QString& folder, const QString& name)

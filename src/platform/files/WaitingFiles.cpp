@@ -38,6 +38,11 @@ QStringList WaitingFiles::FilesStartingWith(const QString& folder, const QString
     return Ask(&FileStore::FilesStartingWith, folder, prefix);
 }
 
+FolderNames WaitingFiles::Names(const QString& folder) const
+{
+    return Ask(&FileStore::Names, folder);
+}
+
 QByteArray WaitingFiles::ReadFile(const QString& path) const
 {
     return Ask(&FileStore::ReadFile, path);

@@ -15,6 +15,7 @@ public:
     bool FileExists(const QString& path) const override;
     FileKind KindOf(const QString& path) const override;
     QStringList FilesStartingWith(const QString& folder, const QString& prefix) const override;
+    FolderNames Names(const QString& folder) const override;
     QByteArray ReadFile(const QString& path) const override;
     QByteArray ReadArchivedFile(const QString& path) const override;
     QByteArray ReadArchivedPiece(const QString& path, qint64 at, qint64 bytes) const override;
