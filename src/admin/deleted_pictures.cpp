@@ -5,6 +5,7 @@
 #include "contracts/files.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_wastebasket.h"
+#include "filing/picture_restore.h"
 #include "frame/services.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
@@ -42,10 +43,12 @@ void AddFolder(const QString& yearFolder, const QString& section, const QString&
                QList<DeletedPicture>& found)
 {
     const QString folder = LogFolder(yearFolder, section);
-    // A name that was given by hand beside the station's own, such as "...003 (2).jpg", is of that number too.
+    // "...003-ID.jpg" has made way for a newer one; a name that was given by hand, such as "...003 (2).jpg", is of that
+    // number too.
     static const QRegularExpression form(uR"(^(.{8})(\d{8})(\d{3,5})(?:\D.*)?\.(jpg|bmp)$)"_s);
     for (const FolderEntry& entry : Files().Entries(folder)) {
-        const QRegularExpressionMatch match = form.match(entry.Name);
+        const QString source = picture_restore::SourceOf(entry.Name);
+        const QRegularExpressionMatch match = form.match(source.isEmpty() ? entry.Name : source);
         if (!match.hasMatch() || entry.IsFolder || entry.IsLink || entry.IsNameBroken)
             continue;
         DeletedPicture picture;
@@ -57,7 +60,8 @@ void AddFolder(const QString& yearFolder, const QString& section, const QString&
         picture.name = entry.Name;
         picture.size = entry.Size;
         picture.movedAt = entry.DateLastModified;
-        picture.wasSwept = Files().HasFileNote(picture.Path(), SweptNote);
+        picture.wasSwept = !Files().FileNote(picture.Path(), SweptNote).isEmpty();
+        picture.isTaken = !source.isEmpty();
         found << picture;
     }
 }
@@ -122,7 +126,8 @@ int ListDeleted(const QStringList& arguments, Report& report)
                             picture.name +
                             u" %1바이트 %2 %3"_s.arg(picture.size)
                                 .arg(picture.movedAt.toString(u"yyyy-MM-dd HH:mm"_s),
-                                     picture.wasSwept ? u"정리됨(기록이 없던 그림)"_s : u"삭제됨"_s),
+                                     (picture.wasSwept ? u"정리됨(기록이 없던 그림)"_s : u"삭제됨"_s) +
+                                         (picture.isTaken ? u", 되살리는 중"_s : QString())),
                         {{u"chart"_s, visit.chart},
                          {u"date"_s, visit.ymd},
                          {u"section"_s, visit.etc},
@@ -131,7 +136,8 @@ int ListDeleted(const QStringList& arguments, Report& report)
                          {u"path"_s, NativePath(picture.Path())},
                          {u"bytes"_s, picture.size},
                          {u"movedAt"_s, picture.movedAt.toString(Qt::ISODate)},
-                         {u"swept"_s, picture.wasSwept}});
+                         {u"swept"_s, picture.wasSwept},
+                         {u"beingRestored"_s, picture.isTaken}});
         }
         count += pictures.size();
     });

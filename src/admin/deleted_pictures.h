@@ -8,7 +8,8 @@
 class Report;
 class TerminalOutput;
 
-/// A picture in a Log folder, by its name.
+/// A picture in a Log folder, by its name: the plain one, the one with an identity behind the number, or one that was
+/// given by hand.
 struct DeletedPicture
 {
     Visit visit; ///< With the extension of the file's name, and no patient type.
@@ -17,6 +18,7 @@ struct DeletedPicture
     qint64 size = 0;
     QDateTime movedAt;     ///< Local time.
     bool wasSwept = false; ///< Nobody has deleted it: it had no row. Files moved by earlier releases don't tell.
+    bool isTaken = false;  ///< It is on its way back.
 
     QString Path() const { return visit.LogFolder() + name; }
 };

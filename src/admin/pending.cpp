@@ -85,6 +85,22 @@ int ShowFolder(const QString& folder, Report& report)
             ++lines;
         }
     }
+    for (const PictureJournal::Found& journal : journals) {
+        for (const RestoreJob& job : journal.restores) {
+            QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
+            facts[u"kind"_s] = u"restore"_s;
+            facts[u"chart"_s] = job.visit.chart;
+            facts[u"date"_s] = job.visit.ymd;
+            facts[u"section"_s] = job.visit.etc;
+            facts[u"number"_s] = job.wanted;
+            facts[u"file"_s] = job.source;
+            report.Item(u"되살리기 %1 %2 %3 %4 ("_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc,
+                                                         NumberText(job.wanted)) +
+                            HolderText(journal.holder, journal.foreignOwner) + u") "_s + job.source,
+                        facts);
+            ++lines;
+        }
+    }
     for (const QString& name : MovieFiling::NamesIn(folder, {})) {
         const auto isOf = [&name](const MovieJob& job) { return name.contains(job.id); };
         const auto journal = std::ranges::find_if(
@@ -121,12 +137,10 @@ bool TellHeld(TerminalOutput& out)
 {
     bool isAnyHeld = false;
     for (const PictureJournal::Found& journal : PictureJournal::In(LocalFolder())) {
-        if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() ||
-            (journal.pictures.isEmpty() && journal.movies.isEmpty()))
+        if (journal.holder != Holder::Living || !journal.foreignOwner.isEmpty() || journal.Size() == 0)
             continue;
         isAnyHeld = true;
-        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s
-                   .arg(journal.pictures.size() + journal.movies.size())
+        out << u"실행 중인 스테이션의 것이어서 손대지 않습니다.!! (%1건, %2)\n"_s.arg(journal.Size())
                    .arg(NativePath(journal.path));
     }
     return isAnyHeld;

@@ -5,12 +5,13 @@
 #include "contracts/pictures.h"
 #include "contracts/PlatformError.h"
 #include "contracts/SenderProcess.h"
-#include "filing/capture_folders.h"
-#include "filing/NumberClaim.h"
+#include "filing/picture_restore.h"
+#include "filing/PictureJournal.h"
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "frame/WorkThread.h"
 #include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
@@ -30,6 +31,8 @@ namespace {
 /// What a visit's grid takes: with more the capture screen takes no further still.
 constexpr int PicturesOfGrid = 50;
 
+const QString Gone = u"다른 곳에서 방금 되살렸거나 되살리는 중인 그림입니다.!! (%1)"_s;
+
 /// The one that is meant; nothing, with the reason told, when there is none or more than one.
 std::optional<DeletedPicture> Choose(const QStringList& arguments, const QList<DeletedPicture>& ofVisit)
 {
@@ -38,8 +41,16 @@ std::optional<DeletedPicture> Choose(const QStringList& arguments, const QList<D
     meant.removeIf([&](const DeletedPicture& picture) {
         return picture.number != WholeNumber(arguments[3]) || (!file.isEmpty() && picture.name != file);
     });
+    const auto firstTaken = std::ranges::find(meant, true, &DeletedPicture::isTaken);
+    const QString taken = firstTaken != meant.end() ? firstTaken->name : QString();
+    meant.removeIf([](const DeletedPicture& picture) { return picture.isTaken; });
     if (meant.size() == 1)
         return meant.first();
+    if (meant.isEmpty() && !taken.isEmpty()) {
+        TellOnError(u"이미 되살리는 중인 그림입니다. 중단되었으면 되살리던 컴퓨터에서 그 사용자로 pending --write를 "
+                    "실행하세요.!! (%1)"_s.arg(taken));
+        return std::nullopt;
+    }
     if (meant.isEmpty()) {
         TellOnError(u"삭제된 그림 가운데 그런 것이 없습니다.!! list-deleted로 확인하세요."_s);
         return std::nullopt;
@@ -66,6 +77,10 @@ QString PatientType(const Visit& visit)
 bool IsReadable(const DeletedPicture& picture)
 {
     const QImage image = Pictures().Load(picture.Path());
+    if (image.isNull() && !FileExists(picture.Path())) {
+        TellOnError(Gone.arg(picture.name));
+        return false;
+    }
     if (image.isNull()) {
         TellOnError(
             u"그림을 읽을 수 없어 되살리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(picture.Path())));
@@ -77,57 +92,6 @@ bool IsReadable(const DeletedPicture& picture)
         TellOnError(u"설정의 확장자는 %1입니다. 이 그림은 설정을 바꾸기 전에는 화면에 보이지 않습니다.!!"_s.arg(
             VisitContext.ImageExt));
     return true;
-}
-
-/// Its own number if nobody has it, else one that no picture of the visit has or had.
-std::unique_ptr<NumberClaim> ClaimNumber(const Visit& visit, int wanted, const QList<DeletedPicture>& deleted,
-                                         int& number)
-{
-    const QString identity = QUuid::createUuid().toString(QUuid::Id128);
-    int largest = 0;
-    for (number = wanted; number <= Visit::LargestNumber; number = std::max(number, largest) + 1) {
-        auto claim = NumberClaim::Take(visit, number, identity);
-        if (claim != nullptr && !NumberClaim::IsPictureThere(visit, number) && !HasPictureRow(visit, number))
-            return claim;
-        claim.reset();
-        for (const int stored : StoredNumbers(visit, NumberOrder::Any))
-            largest = std::max(largest, stored);
-        for (const DeletedPicture& picture : deleted)
-            largest = std::max(largest, picture.number);
-    }
-    throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
-}
-
-/// The file stands whole under that number and its rows are in, or nothing has changed.
-void Place(const DeletedPicture& picture, const Visit& visit, int number)
-{
-    const QByteArray content = Files().ReadArchivedFile(picture.Path());
-    const QString live = visit.PicturePath(number);
-    auto undo = qScopeGuard([&live] {
-        try {
-            DeleteFile(live);
-        } catch (const PlatformError& error) {
-            TellOnError(u"되살리던 파일을 지우지 못했습니다.!! (%1: %2)"_s.arg(NativePath(live), error.Text()));
-        }
-    });
-    try {
-        if (!Files().WriteNewFile(live, content)) {
-            undo.dismiss();
-            throw PlatformError(u"그 번호의 그림이 방금 생겼습니다. 다시 실행하세요.!! (%1)"_s.arg(NativePath(live)));
-        }
-    } catch (const StoredWithFault& error) {
-        TellOnError(error.Text());
-    }
-    if (Files().ReadArchivedFile(live) != content)
-        throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(live)));
-    try {
-        AddCaptureRows(visit, number);
-    } catch (const DatabaseAway&) {
-        TellOnError(u"데이터베이스가 대답하지 않아 되돌립니다. %1번의 기록이 남았는지 verify로 확인하세요.!!"_s.arg(
-            NumberText(number)));
-        throw;
-    }
-    undo.dismiss();
 }
 
 void Tell(const DeletedPicture& picture, const Visit& visit, int number, TerminalOutput& out)
@@ -161,6 +125,51 @@ void SendAgain(const Visit& visit, int number)
     }
 }
 
+/// Takes the file out of the reach of everybody else. False, with the reason told, when nothing has been changed.
+bool Take(const RestoreJob& job, const QByteArray& version)
+{
+    switch (picture_restore::Take(job, version)) {
+    case picture_restore::Taken::Yes:
+        return true;
+    case picture_restore::Taken::Gone:
+        TellOnError(Gone.arg(job.source));
+        break;
+    case picture_restore::Taken::Another:
+        TellOnError(
+            u"그 이름의 그림이 방금 다른 것으로 바뀌었습니다. list-deleted로 확인하세요.!! (%1)"_s.arg(job.source));
+        break;
+    }
+    return false;
+}
+
+/// The number under which the picture is back; nothing, with the rest told, when something is left to do of it. What it
+/// throws has left nothing, or that has been told.
+std::optional<int> Bring(const RestoreJob& job, PictureJournal& journal)
+{
+    QStringList faults;
+    try {
+        const int number = picture_restore::Bring(job, faults);
+        for (const QString& fault : faults)
+            TellOnError(fault);
+        return number;
+    } catch (const picture_restore::Unfinished& error) {
+        TellOnError(u"되살렸으나 Log 폴더의 파일이 남았습니다. pending --write로 마치세요.!! (%1)"_s.arg(error.Text()));
+        return std::nullopt;
+    } catch (const Away&) {
+        TellOnError(u"되살리기가 중단되었습니다. 다시 응답하면 pending --write로 마치세요.!!"_s);
+        throw;
+    } catch (const PlatformError&) {
+        try {
+            picture_restore::GiveBack(job);
+        } catch (const PlatformError& error) {
+            TellOnError(u"되살리던 것을 되돌리지 못했습니다. pending --write로 마치세요.!! (%1)"_s.arg(error.Text()));
+            throw;
+        }
+        journal.RemoveRestore(job.id);
+        throw;
+    }
+}
+
 } // namespace
 
 int RestorePicture(const QStringList& arguments, TerminalOutput& out)
@@ -171,20 +180,40 @@ int RestorePicture(const QStringList& arguments, TerminalOutput& out)
     const std::optional<DeletedPicture> picture = Choose(arguments, ofVisit);
     if (!picture)
         return Found;
-    Visit visit = picture->visit;
+    const QByteArray version = Files().VersionOf(picture->Path());
     if (!IsReadable(*picture))
         return Found;
-    visit.yuhyung = PatientType(visit);
-    EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
-    int number = 0;
-    const std::unique_ptr<NumberClaim> claim = ClaimNumber(visit, picture->number, ofVisit, number);
-    Place(*picture, visit, number);
+    RestoreJob job{QUuid::createUuid().toString(QUuid::Id128), picture->visit, picture->number, picture->name};
+    job.visit.yuhyung = PatientType(job.visit);
+
+    WorkThread writer;
+    PictureJournal journal(writer, TellOnError, PictureJournal::Heir::OfNobody);
+    journal.ClaimsIn({job.visit.captureDir, job.visit.etc});
+    journal.StoreRestoreNow(job);
+    const auto end = qScopeGuard([&] {
+        writer.AwaitIdle();
+        journal.End();
+    });
     try {
-        DeleteFile(picture->Path());
+        if (!Take(job, version)) {
+            journal.RemoveRestore(job.id);
+            return Found;
+        }
+    } catch (const FilesAway&) {
+        throw;
+    } catch (const StoredWithFault&) {
+        throw;
     } catch (const PlatformError& error) {
-        TellOnError(u"되살렸으나 Log 폴더의 파일이 남았습니다. 다시 되살리지 마세요.!! (%1)"_s.arg(error.Text()));
+        journal.RemoveRestore(job.id);
+        TellOnError(
+            u"Log 폴더에서 꺼낼 수 없어 되살리지 않습니다. 아무것도 바꾸지 않았습니다.!! (%1)"_s.arg(error.Text()));
+        return Found;
     }
-    SendAgain(visit, number);
-    Tell(*picture, visit, number, out);
+    const std::optional<int> number = Bring(job, journal);
+    if (!number)
+        return Found;
+    SendAgain(job.visit, *number);
+    journal.RemoveRestore(job.id);
+    Tell(*picture, job.visit, *number, out);
     return AllWell;
 }

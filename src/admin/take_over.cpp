@@ -57,6 +57,8 @@ void CheckContent(const QString& path)
         isOurs &= IsInRoot(folder.captureDir) && IsPathPart(folder.etc);
     for (const DeletionJob& job : journal_rows::Deletions(*database))
         isOurs &= IsOfRoot(job.visit);
+    for (const RestoreJob& job : journal_rows::Restores(*database))
+        isOurs &= IsOfRoot(job.visit) && IsPathPart(job.id) && IsPathPart(job.source);
     for (const MovieJob& job : journal_rows::Movies(*database)) {
         isOurs &= IsInRoot(job.visit.captureDir) && IsPathPart(job.id);
         for (const MovieJob::File& file : job.earlier + job.brought)
@@ -123,8 +125,7 @@ int TakeOverPending(TerminalOutput& out)
                 continue;
             try {
                 TakeOver(journal, folder);
-                out << u"이어받음 "_s << NativePath(journal.path)
-                    << u" (%1건)\n"_s.arg(journal.pictures.size() + journal.movies.size());
+                out << u"이어받음 "_s << NativePath(journal.path) << u" (%1건)\n"_s.arg(journal.Size());
             } catch (const PlatformError& error) {
                 out << error.Text() << u'\n';
             }

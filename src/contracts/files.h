@@ -159,8 +159,9 @@ public:
     virtual CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) = 0;
     /// Leaves a note of its own with a file, which no list and no reader sees. It goes with the file, not with what is
     /// copied from it or replaces it. A file system that keeps no notes has none.
-    virtual void SetFileNote(const QString& path, const QByteArray& name) = 0;
-    virtual bool HasFileNote(const QString& path, const QByteArray& name) const = 0;
+    virtual void SetFileNote(const QString& path, const QByteArray& name, const QByteArray& text) = 0;
+    /// Its text, as far as 64 bytes; empty without one.
+    virtual QByteArray FileNote(const QString& path, const QByteArray& name) const = 0;
     /// True when both can be read and hold the same bytes.
     virtual bool SameContent(const QString& one, const QString& other) const = 0;
     /// The machine's own list of mounts says that one belongs there or above it, and nothing is mounted there.

@@ -1,6 +1,7 @@
 #include "filing/Leftovers.h"
 
 #include "contracts/PlatformError.h"
+#include "filing/picture_restore.h"
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
@@ -38,15 +39,18 @@ void Leftovers::Write(const QList<LeftoverNumber>& numbers)
     const auto count = std::make_shared<Count>();
     for (const LeftoverNumber& number : numbers) {
         // What the journal has comes from there.
-        const bool isOnItsWay = m_filing.Journal().Find(number.picture) != nullptr;
+        const bool isOnItsWay =
+            m_filing.Journal().Find(number.picture) != nullptr || m_filing.Journal().HasRestore(number.picture);
         if (!isOnItsWay && !m_filing.Journal().Holds(number.visit, number.number))
             Submit(number, count);
     }
+    for (const RestoreJob& job : m_filing.Journal().Restores())
+        Restore(job, count);
     QueueStatements(
         this, [] {}, [this, count](const std::exception_ptr&) { Tell(*count); });
 }
 
-void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Count>& count)
+void Leftovers::Submit(const LeftoverNumber& leftover, const CountPointer& count)
 {
     const auto isNew = std::make_shared<bool>(false);
     const auto write = [isNew, visit = leftover.visit, number = leftover.number] {
@@ -55,19 +59,52 @@ void Leftovers::Submit(const LeftoverNumber& leftover, const std::shared_ptr<Cou
         AddCaptureRows(visit, number);
         *isNew = true;
     };
+    QueueStatements(this, write,
+                    [this, count, isNew, visit = leftover.visit, number = leftover.number,
+                     picture = leftover.picture](const std::exception_ptr& fault) {
+                        if (fault == nullptr) {
+                            m_filing.Release(visit, number, picture);
+                            if (*isNew)
+                                count->settled.append(visit);
+                        } else if (guard::Is<DatabaseAway>(fault)) {
+                            count->isAway = true;
+                        } else {
+                            journal::NoteFault(guard::TextOf(fault));
+                        }
+                    });
+}
+
+void Leftovers::Restore(const RestoreJob& job, const CountPointer& count)
+{
+    struct Answer
+    {
+        int number = 0;
+        QStringList faults;
+    };
+    const auto answer = std::make_shared<Answer>();
+    // It asks for rows between its files, and is rare enough to be done in the line of the statements as a whole.
     QueueStatements(
-        this, write,
-        [this, count, isNew, visit = leftover.visit, number = leftover.number](const std::exception_ptr& fault) {
-            if (fault == nullptr) {
-                m_filing.Release(visit, number);
-                if (*isNew)
-                    count->settled.append(visit);
-            } else if (guard::Is<DatabaseAway>(fault)) {
-                count->isAway = true;
-            } else {
-                journal::NoteFault(guard::TextOf(fault));
-            }
+        this, [answer, job] { answer->number = picture_restore::Bring(job, answer->faults); },
+        [this, job, count, answer](const std::exception_ptr& fault) {
+            count->tidings << answer->faults;
+            AnswerRestore(job, answer->number, fault, *count);
         });
+}
+
+void Leftovers::AnswerRestore(const RestoreJob& job, int number, const std::exception_ptr& fault, Count& count)
+{
+    if (fault != nullptr) {
+        count.isAway |= guard::Is<DatabaseAway>(fault);
+        count.tidings << u"중단된 되살리기를 마치지 못하였습니다. 다음 실행시 다시 합니다.!! (%1: %2)"_s.arg(
+            job.source, guard::TextOf(fault));
+        return;
+    }
+    m_filing.Journal().RestoreHasEnded(job.id, number);
+    if (number == 0)
+        return;
+    count.restored.append(job.visit);
+    count.tidings << u"중단된 되살리기를 마쳤습니다: %1 %2 %3 %4번"_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc,
+                                                                          NumberText(number));
 }
 
 void Leftovers::Tell(const Count& count)
@@ -76,7 +113,7 @@ void Leftovers::Tell(const Count& count)
         return;
     if (!count.isAway)
         m_filing.Journal().LeftFoldersAreSettled();
-    QStringList tidings;
+    QStringList tidings = count.tidings;
     if (!count.settled.isEmpty())
         tidings << u"비정상 종료로 기록되지 않은 캡쳐 %1건을 복구하였습니다.!!"_s.arg(count.settled.size());
     for (const QString& owner : m_filing.Journal().ForeignOwners())
@@ -90,5 +127,5 @@ void Leftovers::Tell(const Count& count)
                        .arg(owner.key())
                        .arg(owner.value());
     }
-    Q_EMIT AreSettled({count.settled, tidings});
+    Q_EMIT AreSettled({count.settled + count.restored, tidings});
 }

@@ -7,8 +7,8 @@
 
 class StillFiling;
 
-/// Brings to their end the stills that dead stations of this machine were filing: in sections of a
-/// year, and wherever their lists say.
+/// Brings to their end the stills that dead stations of this machine were filing, in sections of a year and wherever
+/// their lists say, and the pictures that were coming back from the Log folder.
 class Leftovers : public QObject
 {
     Q_OBJECT
@@ -36,10 +36,15 @@ private:
     {
         bool isAway = false; ///< The rest keeps its claims, and a later start comes back to it.
         QList<Visit> settled;
+        QList<Visit> restored;
+        QStringList tidings;
     };
+    using CountPointer = std::shared_ptr<Count>;
 
     void Write(const QList<LeftoverNumber>& numbers);
-    void Submit(const LeftoverNumber& number, const std::shared_ptr<Count>& count);
+    void Submit(const LeftoverNumber& number, const CountPointer& count);
+    void Restore(const RestoreJob& job, const CountPointer& count);
+    void AnswerRestore(const RestoreJob& job, int number, const std::exception_ptr& fault, Count& count);
     void Tell(const Count& count);
 
     StillFiling& m_filing;

@@ -43,7 +43,7 @@ void MoveFiles(DeletionJob& job, const QString& presentYear)
         const QByteArray version = Files().VersionOf(job.visit.PicturePath(item.number));
         const bool isMeant = !item.isMoved && !version.isEmpty() && version == item.version;
         if (isMeant)
-            MoveToLogFolder(job.visit, item.number, presentYear);
+            MoveToLogFolder(job.visit, item.number, presentYear, item.picture);
         // One that was moved while the database was away may have left its number to another by now.
         item.isMoved = isMeant || (version.isEmpty() &&
                                    capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(item.number)));

@@ -127,20 +127,23 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
                     Files().ForeignOwner(folder + name),
                     false,
                     {},
+                    {},
                     {}};
         found.isReadable = !isBroken && journal::NotingFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
             found.pictures = journal_rows::Pictures(*database);
             found.movies = journal_rows::Movies(*database);
+            found.restores = journal_rows::Restores(*database);
         });
         journals.append(found);
     }
     for (const ProcessList::Found& list : ProcessList::In(folder, ListName))
-        journals.append({list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document), {}});
+        journals.append(
+            {list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document), {}, {}});
     return journals;
 }
 
-PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault)
+PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault, Heir heir)
     : m_writer(writer), m_fault(std::move(fault))
 {
     const QString mark = Files().ProcessMark();
@@ -153,7 +156,10 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
         m_folders = own.folders;
         m_deletions = own.deletions;
         m_movies = own.movies;
+        m_restores = own.restores;
     });
+    if (heir == Heir::OfNobody)
+        return;
     TakeOver();
     TakeOverLists();
     LookForForeignPictures();
@@ -177,7 +183,7 @@ void PictureJournal::End()
     const QString mark = Files().ProcessMark();
     journal::NotingFaults([&] {
         const bool isEmpty = !*m_isAnyLeft && m_pictures.isEmpty() && m_leftFolders.isEmpty() &&
-                             m_deletions.isEmpty() && m_movies.isEmpty();
+                             m_deletions.isEmpty() && m_movies.isEmpty() && m_restores.isEmpty();
         if (isEmpty && m_database != nullptr) {
             m_database.reset();
             UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
@@ -246,7 +252,7 @@ void PictureJournal::TakeOverLists()
         const QJsonArray claimed = list.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
-        Adopt({PicturesIn(list), folders, {}, {}});
+        Adopt({PicturesIn(list), folders, {}, {}, {}});
     });
     for (const QString& owner : lists.ForeignOwners()) {
         if (!m_foreignOwners.contains(owner))
@@ -260,7 +266,7 @@ void PictureJournal::TakeOverLists()
 PictureJournal::Content PictureJournal::Read(LocalDatabase& journal)
 {
     return {journal_rows::Pictures(journal), journal_rows::Folders(journal), journal_rows::Deletions(journal),
-            journal_rows::Movies(journal)};
+            journal_rows::Movies(journal), journal_rows::Restores(journal)};
 }
 
 void PictureJournal::Adopt(const Content& content)
@@ -276,7 +282,8 @@ void PictureJournal::Adopt(const Content& content)
     }
     for (const Folder& folder : content.folders)
         statements << journal_rows::Write(folder, true);
-    statements << AdoptJobs(m_deletions, content.deletions) << AdoptJobs(m_movies, content.movies);
+    statements << AdoptJobs(m_deletions, content.deletions) << AdoptJobs(m_movies, content.movies)
+               << AdoptJobs(m_restores, content.restores);
     if (m_database != nullptr)
         m_database->Run(statements);
     // In the order of the presses, whichever process's they were.
@@ -398,24 +405,29 @@ void PictureJournal::HandOver(QString id)
     DropJob(m_pictures, id);
     QList<DeletionJob> deletions = m_deletions;
     deletions.removeIf([&picture](const DeletionJob& job) { return !Means(job, picture); });
-    m_writer.Post(
-        [database = m_database, outlet = m_outlet, picture, deletions, told = m_fault, isAnyLeft = m_isAnyLeft] {
-            try {
-                outlet->HandOver(picture);
-                for (const DeletionJob& job : deletions)
-                    outlet->Withdraw(job);
-                if (database != nullptr)
-                    database->Run({journal_rows::Remove(picture.id)});
-            } catch (const PlatformError& error) {
-                journal::NoteFault(error.Text());
-                *isAnyLeft = true;
-                PostToScreen(
-                    [told,
-                     text = u"PACS로 보낼 그림의 목록을 저장하지 못했습니다.!! 다음 실행시 다시 넘깁니다.\r\n%1"_s.arg(
-                         error.Text())] { told(text); });
-            }
-        });
+    PassOn(picture, deletions, journal_rows::Remove(id));
     TellCount();
+}
+
+void PictureJournal::PassOn(const PictureRecord& picture, const QList<DeletionJob>& deletions, const QString& removal)
+{
+    m_writer.Post([database = m_database, outlet = m_outlet, picture, deletions, removal, told = m_fault,
+                   isAnyLeft = m_isAnyLeft] {
+        try {
+            outlet->HandOver(picture);
+            for (const DeletionJob& job : deletions)
+                outlet->Withdraw(job);
+            if (database != nullptr)
+                database->Run({removal});
+        } catch (const PlatformError& error) {
+            journal::NoteFault(error.Text());
+            *isAnyLeft = true;
+            PostToScreen(
+                [told,
+                 text = u"PACS로 보낼 그림의 목록을 저장하지 못했습니다.!! 다음 실행시 다시 넘깁니다.\r\n%1"_s.arg(
+                     error.Text())] { told(text); });
+        }
+    });
 }
 
 void PictureJournal::setOutlet(const std::shared_ptr<PictureOutlet>& outlet)
@@ -474,6 +486,41 @@ void PictureJournal::RemoveMovie(QString id)
 {
     if (DropJob(m_movies, id))
         Store({journal_rows::RemoveMovie(id)});
+}
+
+bool PictureJournal::HasRestore(const QString& id) const
+{
+    return FindJob(m_restores, id) != m_restores.end();
+}
+
+void PictureJournal::StoreRestoreNow(const RestoreJob& job)
+{
+    m_writer.AwaitIdle();
+    if (m_database == nullptr)
+        throw PlatformError(u"이 컴퓨터의 프로그램 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(
+            NativePath(PathOf(Files().ProcessMark(), JournalEnding))));
+    m_database->Run({journal_rows::Write(job)});
+    PutJob(m_restores, job);
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RemoveRestore(QString id)
+{
+    if (DropJob(m_restores, id))
+        Store({journal_rows::RemoveRestore(id)});
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RestoreHasEnded(QString id, int number)
+{
+    const auto found = FindJob(m_restores, id);
+    if (found == m_restores.end() || m_outlet == nullptr || number == 0) {
+        RemoveRestore(id);
+        return;
+    }
+    const PictureRecord picture{.id = id, .visit = found->visit, .number = number, .origin = PictureOrigin::Restored};
+    DropJob(m_restores, id);
+    PassOn(picture, {}, journal_rows::RemoveRestore(id));
 }
 
 bool PictureJournal::HasAnyBeside(const DeletionJob& job) const

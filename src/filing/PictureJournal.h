@@ -5,6 +5,7 @@
 #include "filing/MovieJob.h"
 #include "filing/PictureOutlet.h"
 #include "filing/PictureRecord.h"
+#include "filing/RestoreJob.h"
 
 #include <QList>
 #include <QMap>
@@ -45,15 +46,21 @@ public:
         bool isReadable = false;
         QList<PictureRecord> pictures;
         QList<MovieJob> movies;
+        QList<RestoreJob> restores;
+
+        qsizetype Size() const { return pictures.size() + movies.size() + restores.size(); }
     };
     /// What tells the other users of this machine how many pictures a process has.
     static QString CountPath(const QString& mark);
     /// The journals in a program's folder, also those that were put aside. Changes none.
     static QList<Found> In(const QString& folder);
 
-    /// Takes over the journals of this user's stations on this machine that have died. `fault` hears, on the screen's
-    /// thread, why it can't be written: it then stands in memory alone.
-    PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault);
+    enum class Heir {
+        OfTheDead, ///< Takes over the journals of this user's stations on this machine that have died.
+        OfNobody,
+    };
+    /// `fault` hears, on the screen's thread, why it can't be written: it then stands in memory alone.
+    PictureJournal(WorkThread& writer, std::function<void(const QString&)> fault, Heir heir = Heir::OfTheDead);
     ~PictureJournal();
     PictureJournal(const PictureJournal&) = delete;
     PictureJournal& operator=(const PictureJournal&) = delete;
@@ -102,6 +109,16 @@ public:
     void StoreMovie(const MovieJob& job);
     void RemoveMovie(QString id);
 
+    /// Pictures that come back from the Log folder.
+    const QList<RestoreJob>& Restores() const { return m_restores; }
+    bool HasRestore(const QString& id) const;
+    /// It is on the disk, behind all that came before, when this returns. Throws PlatformError, and then it isn't.
+    void StoreRestoreNow(const RestoreJob& job);
+    void RemoveRestore(QString id);
+    /// The picture is back under that number, or, with 0, nothing had been left to do: the outlet gets it, and the
+    /// journal lets go of the job.
+    void RestoreHasEnded(QString id, int number);
+
     /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
     void ClaimsIn(const Folder& folder);
     /// Folders in which the stations whose journals were taken over had claimed numbers.
@@ -123,6 +140,7 @@ private:
         QList<Folder> folders;
         QList<DeletionJob> deletions;
         QList<MovieJob> movies;
+        QList<RestoreJob> restores;
     };
     static Content Read(LocalDatabase& journal);
 
@@ -134,6 +152,8 @@ private:
     /// Changes those for which it gives true.
     void UpdateAll(const std::function<bool(PictureRecord&)>& change);
     void Store(const QStringList& statements);
+    /// The outlet gets it, and only then the statement takes it out of the journal.
+    void PassOn(const PictureRecord& picture, const QList<DeletionJob>& deletions, const QString& removal);
     /// Does it behind what has been stored.
     void Tell(const std::function<void(PictureOutlet&)>& call);
     void LookForForeignPictures();
@@ -150,6 +170,7 @@ private:
     QList<PictureRecord> m_pictures;
     QList<DeletionJob> m_deletions;
     QList<MovieJob> m_movies;
+    QList<RestoreJob> m_restores;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
     QStringList m_foreignOwners;

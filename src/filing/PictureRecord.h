@@ -7,7 +7,12 @@
 #include <optional>
 
 /// How a picture came to be taken.
-enum class PictureOrigin { Press, Foot, Import };
+enum class PictureOrigin {
+    Press,
+    Foot,
+    Import,
+    Restored, ///< From the deleted ones: nobody is going to store its visit.
+};
 
 /// How far a picture has come.
 enum class PictureState {

@@ -300,17 +300,17 @@ StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, Ca
     if (placed.number == 0)
         placed = PlaceFile(still, content.isEmpty() ? Files().ReadFile(LocalPath(still.id)) : content, numbers);
     if (still.isDeleted) {
-        ThrowAway(still.visit, placed.number, numbers);
+        ThrowAway(still, placed.number, numbers);
         placed.number = 0;
     }
     return placed;
 }
 
-void StillFiles::ThrowAway(const Visit& visit, int number, CaptureNumbers& numbers)
+void StillFiles::ThrowAway(const Still& still, int number, CaptureNumbers& numbers)
 {
-    MoveToLogFolder(visit, number, visit.captureDir);
-    NumberClaim::Release(visit, number);
-    numbers.Release(visit, number);
+    MoveToLogFolder(still.visit, number, still.visit.captureDir, still.id);
+    NumberClaim::Release(still.visit, number);
+    numbers.Release(still.visit, number);
 }
 
 StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers)
@@ -404,9 +404,7 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
     } else {
         // Deleted, or refused, while the share had it in its hands.
         if (placed.number > 0) {
-            m_share.Post([visit = still->visit, number = placed.number, numbers = m_numbers] {
-                ThrowAway(visit, number, *numbers);
-            });
+            m_share.Post([still, number = placed.number, numbers = m_numbers] { ThrowAway(*still, number, *numbers); });
         }
         m_journal.Remove(still->id);
     }

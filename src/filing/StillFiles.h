@@ -96,7 +96,7 @@ private:
 
     /// On the share's thread.
     static Placed Place(Still& still, const QByteArray& content, CaptureNumbers& numbers);
-    static void ThrowAway(const Visit& visit, int number, CaptureNumbers& numbers);
+    static void ThrowAway(const Still& still, int number, CaptureNumbers& numbers);
     static Placed PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers);
 
     void Encode(const StillPointer& still, const std::function<QByteArray()>& encode);

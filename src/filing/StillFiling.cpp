@@ -5,6 +5,7 @@
 #include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/NumberClaim.h"
+#include "filing/picture_restore.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
@@ -305,9 +306,11 @@ void StillFiling::Forget(const QString& id)
     Q_EMIT Changed();
 }
 
-void StillFiling::Release(const Visit& visit, int number)
+void StillFiling::Release(const Visit& visit, int number, const QString& picture)
 {
-    m_files.Post([visit, number, numbers = m_files.SharedNumbers()] {
+    m_files.Post([visit, number, picture, numbers = m_files.SharedNumbers()] {
+        if (!picture.isEmpty())
+            picture_restore::DropTaken(visit, number, picture);
         NumberClaim::Release(visit, number);
         numbers->Release(visit, number);
     });

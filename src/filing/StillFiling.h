@@ -58,8 +58,9 @@ public:
     void WriteLeft();
     /// Stores the operator's own text for a visit, which has a row or stays without one. Throws PlatformError.
     NoteStored StoreTyped(const Visit& visit, const TypedNote& note);
-    /// Lets go of a number whose rows are in, on the filing thread.
-    void Release(const Visit& visit, int number);
+    /// Lets go of a number whose rows are in, on the filing thread. `picture`: identity in its claim; what was taken
+    /// for it from the Log folder goes first.
+    void Release(const Visit& visit, int number, const QString& picture = {});
     /// A picture of the journal has been deleted, its file too where it stood on the share: what came in of its rows
     /// goes, and its claim.
     void Forget(const QString& id);

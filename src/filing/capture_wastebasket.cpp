@@ -15,6 +15,7 @@
 #include "visit/Visit.h"
 
 #include <QList>
+#include <QUuid>
 
 using namespace Qt::StringLiterals;
 
@@ -24,8 +25,57 @@ namespace {
 constexpr int LastSwept = 75;
 /// A still's rows follow its file within this time, whichever station files it.
 constexpr int RowsFollowMs = 2000;
+/// Other stations that move pictures of the same number meanwhile are no more than that.
+constexpr int MostAttempts = 20;
+
+/// Makes way for a newer picture. A rename is one step for everybody: whoever comes second finds nothing.
+void SetAside(const QString& path)
+{
+    QString id = IdentityOfDeleted(path);
+    if (id.isEmpty() || Files().KindOf(PathWithIdentity(path, id)) != FileKind::None)
+        id = QUuid::createUuid().toString(QUuid::Id128);
+    try {
+        Files().RenameFile(path, PathWithIdentity(path, id));
+    } catch (const PlatformError&) {
+        if (Files().KindOf(path) != FileKind::None)
+            throw;
+    }
+}
+
+bool Holds(const QString& path, const QByteArray& content)
+{
+    return Files().KindOf(path) == FileKind::File && Files().ReadArchivedFile(path) == content;
+}
+
+/// Throws PlatformError, also when what stands there is another than the content.
+void WriteAsNewest(const QString& path, const QByteArray& content)
+{
+    for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+        if (Files().KindOf(path) == FileKind::None && Files().WriteNewFile(path, content)) {
+            if (Files().ReadArchivedFile(path) == content)
+                return;
+            break;
+        }
+        // Written by a run that was cut off, or by another station that moves the same picture.
+        if (Holds(path, content))
+            return;
+        SetAside(path);
+    }
+    throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(path)));
+}
 
 } // namespace
+
+QString IdentityOfDeleted(const QString& path)
+{
+    return QString::fromLatin1(Files().FileNote(path, IdentityNote));
+}
+
+QString PathWithIdentity(const QString& path, const QString& id)
+{
+    const qsizetype dot = path.lastIndexOf(u'.');
+    return path.left(dot) + u'-' + id + path.sliced(dot);
+}
 
 void CheckMovable(const Visit& visit, int number)
 {
@@ -34,13 +84,14 @@ void CheckMovable(const Visit& visit, int number)
         throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
 }
 
-void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear)
+void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture)
 {
     const QString live = visit.PicturePath(number);
     CheckMovable(visit, number);
     if (!PictureExists(live))
         return;
     const QString moved = visit.DeletedPicturePath(number);
+    const QByteArray version = Files().VersionOf(live);
     QByteArray content;
     try {
         content = Files().ReadArchivedFile(live);
@@ -53,9 +104,13 @@ void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear)
     // A section outside this client's list has no Log folder yet; a year that is over gets none any more.
     if (visit.captureDir == presentYear)
         EnsureFolderOfYear(visit.captureDir, visit.LogFolder());
-    WriteWholeFile(moved, content);
-    if (Files().ReadArchivedFile(moved) != content)
-        throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(moved)));
+    WriteAsNewest(moved, content);
+    if (!picture.isEmpty())
+        Files().SetFileNote(moved, IdentityNote, picture.toLatin1());
+    // Another station may have moved the same picture, and a new one have taken its number since.
+    const QByteArray present = Files().VersionOf(live);
+    if (!present.isEmpty() && present != version)
+        throw PlatformError(u"그림이 그사이 다른 것으로 바뀌어 지우지 않았습니다.!! (%1)"_s.arg(NativePath(live)));
     DeleteFile(live);
 }
 
@@ -82,6 +137,6 @@ void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
         if (NumberClaim::Stands(visit, number) || HasPictureRow(visit, number))
             continue;
         MoveToLogFolder(visit, number, visit.captureDir);
-        Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote);
+        Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote, "1");
     }
 }

@@ -15,7 +15,7 @@ namespace {
 
 /// As they stand in the journal.
 const QStringList States{u"taken"_s, u"local"_s, u"share"_s, u"aside"_s, u"deleted"_s};
-const QStringList Origins{u"press"_s, u"foot"_s, u"import"_s};
+const QStringList Origins{u"press"_s, u"foot"_s, u"import"_s, u"restore"_s};
 
 template <class Enum>
 Enum FromWord(const QStringList& words, const QString& word)
@@ -51,6 +51,12 @@ QList<MovieJob::File> MovieFiles(const QJsonValue& json)
     return files;
 }
 
+/// A journal of an earlier release lacks some.
+bool HasTable(LocalDatabase& journal, QStringView name)
+{
+    return !journal.Rows(u"SELECT name FROM sqlite_master WHERE name = '%1'"_s.arg(name)).isEmpty();
+}
+
 } // namespace
 
 QStringList journal_rows::Tables()
@@ -62,7 +68,8 @@ QStringList journal_rows::Tables()
             "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
             u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS movie ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
-            "job TEXT )"_s};
+            "job TEXT )"_s,
+            u"CREATE TABLE IF NOT EXISTS restored ( id TEXT PRIMARY KEY, job TEXT )"_s};
 }
 
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
@@ -147,7 +154,7 @@ QString journal_rows::RemoveDeletion(const QString& id)
 QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
 {
     QList<MovieJob> jobs;
-    if (journal.Rows(u"SELECT name FROM sqlite_master WHERE name = 'movie'"_s).isEmpty())
+    if (!HasTable(journal, u"movie"))
         return jobs;
     for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM movie ORDER BY place"_s)) {
         const QJsonObject json = ObjectIn(row.at(1));
@@ -175,6 +182,36 @@ QString journal_rows::Write(const MovieJob& job)
 QString journal_rows::RemoveMovie(const QString& id)
 {
     return Statement().Quoted(u"DELETE FROM movie WHERE id = '", id).Text();
+}
+
+QList<RestoreJob> journal_rows::Restores(LocalDatabase& journal)
+{
+    QList<RestoreJob> jobs;
+    if (!HasTable(journal, u"restored"))
+        return jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM restored"_s)) {
+        const QJsonObject json = ObjectIn(row.at(1));
+        jobs.append({row.at(0).toString(), VisitFromJson(json), json.value(u"wanted"_s).toInt(),
+                     json.value(u"source"_s).toString()});
+    }
+    return jobs;
+}
+
+QString journal_rows::Write(const RestoreJob& job)
+{
+    QJsonObject json = ToJson(job.visit);
+    json.insert(u"wanted"_s, job.wanted);
+    json.insert(u"source"_s, job.source);
+    return Statement(u"REPLACE INTO restored VALUES ( ")
+        .Then(u"'", job.id)
+        .Then(u"', '", TextOf(json))
+        .Piece(u"' )")
+        .Text();
+}
+
+QString journal_rows::RemoveRestore(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM restored WHERE id = '", id).Text();
 }
 
 QString journal_rows::Write(const PictureRecord& picture)

@@ -13,8 +13,9 @@ QStringList Tables();
 QList<PictureRecord> Pictures(LocalDatabase& journal);
 QList<PictureJournal::Folder> Folders(LocalDatabase& journal);
 QList<DeletionJob> Deletions(LocalDatabase& journal);
-/// None in a journal of an earlier release.
+/// None of these in a journal of an earlier release.
 QList<MovieJob> Movies(LocalDatabase& journal);
+QList<RestoreJob> Restores(LocalDatabase& journal);
 
 /// Statements.
 QString Write(const PictureRecord& picture);
@@ -23,6 +24,8 @@ QString Write(const DeletionJob& job);
 QString RemoveDeletion(const QString& id);
 QString Write(const MovieJob& job);
 QString RemoveMovie(const QString& id);
+QString Write(const RestoreJob& job);
+QString RemoveRestore(const QString& id);
 /// `isLeft`: an earlier process's.
 QString Write(const PictureJournal::Folder& folder, bool isLeft);
 QString ForgetLeftFolders();

@@ -39,7 +39,7 @@ public:
         PacsLine line = PacsLine::Of(PacsLine::Send, picture.visit, picture.number);
         line.id = picture.id;
         line.doctor = m_launched.DoctorOf(picture.visit);
-        line.goes = m_goesEach;
+        line.goes = m_goesEach || picture.origin == PictureOrigin::Restored;
         Add({line});
         const std::lock_guard lock(m_mutex);
         if (!m_visits.contains(picture.visit))

@@ -19,6 +19,7 @@
 #include <QJsonObject>
 #include <QScopeGuard>
 
+#include <cmath>
 #include <cstdio>
 
 #include <sys/stat.h>
@@ -114,8 +115,9 @@ private Q_SLOTS:
     void RestoresNothingOnAFailingShare_data()
     {
         Columns<int, FailingFiles::Kind>("countdown", "kind");
-        QTest::newRow("claim") << 1 << FailingFiles::Writes;
-        QTest::newRow("file") << 2 << FailingFiles::Writes;
+        QTest::newRow("taking it") << 1 << FailingFiles::Writes;
+        QTest::newRow("claim") << 2 << FailingFiles::Writes;
+        QTest::newRow("file") << 3 << FailingFiles::Writes;
         QTest::newRow("reading back") << 2 << FailingFiles::Reads;
     }
 
@@ -126,16 +128,115 @@ private Q_SLOTS:
         const QStringList before = m_box->Names(u"2026"_s, Stomach);
         m_box->FaultyFiles().FailAt(countdown, false, kind);
         TerminalOutput out(stdout);
-        QVERIFY_THROWS_EXCEPTION(PlatformError, RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out));
+        const auto restore = [&out] { return RestorePicture({u"00001234"_s, Day, Stomach, u"2"_s}, out); };
+        if (countdown == 1)
+            QCOMPARE(restore(), int(Found));
+        else
+            QVERIFY_THROWS_EXCEPTION(PlatformError, restore());
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), before);
-        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 1);
+        QCOMPARE(m_box->Names(u"2026"_s, StomachLog), QStringList{u"0000123420261124002.jpg"_s});
         QCOMPARE(m_box->Value(Numbers), u"1,3"_s);
+        QCOMPARE(JournalsLeft(), QStringList());
+        // The same, but for somebody who puts another picture there meanwhile.
+        m_box->FaultyFiles().beforeWrite = [](const QString& path) { WriteWholeFile(path, "by hand"); };
+        QCOMPARE(restore(), int(AllWell));
+        QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, 2)), "by hand");
+        QCOMPARE(m_box->Value(Numbers), u"1,3,4"_s);
+    }
+
+    void OneOfTwoRestoresGivesThePictureBack()
+    {
+        for (int round = 0; round < 6; ++round) {
+            DeletePicture();
+            const QStringList command{u"restore"_s, u"1234"_s, Day, Stomach, u"2"_s};
+            const auto one = Start(command);
+            const auto other = Start(command);
+            QVERIFY(one->waitForFinished() && other->waitForFinished());
+            QCOMPARE(one->exitCode() + other->exitCode(), int(Found));
+            QVERIFY(!(one->readAllStandardError() + other->readAllStandardError()).isEmpty());
+            QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 3);
+            QCOMPARE(m_box->Names(u"2026"_s, StomachLog), QStringList());
+            QCOMPARE(m_box->Value(u"SELECT COUNT(DISTINCT cap_no) AS v FROM cap"_s), u"3"_s);
+        }
+    }
+
+    /// Killed at any moment, as is the one that finishes it.
+    void AKilledRestoreIsFinished_data()
+    {
+        Columns<QString, bool>("day", "othersFirst");
+        QTest::newRow("of a past year") << u"20250301"_s << false;
+        QTest::newRow("another user's station comes first") << Day << true;
+    }
+
+    void AKilledRestoreIsFinished()
+    {
+        QFETCH2(QString, day, bool, othersFirst);
+        const Visit visit{u"00001234"_s, u"01"_s, day, Stomach, YearFolder(m_box->Root(), day), u"jpg"_s};
+        const QString row = u"FROM cap WHERE cap_no = 2 AND cap_ymd = '%1'"_s.arg(day);
+        const QStringList write{u"pending"_s, u"--write"_s};
+        const QTemporaryDir other;
+        const QByteArray seed = qgetenv("STATION_WALK_SEED");
+        QRandomGenerator random(seed.isEmpty() ? 4711 : seed.toUInt());
+        const auto pause = [&random](int longestUs) {
+            QThread::usleep(ulong(longestUs * std::pow(random.generateDouble(), 3)));
+        };
+        int longestUs = 0; // Of what it does to the picture; it takes as long as the machine's disk does.
+        if (day != Day)
+            m_box->AddPicture(day, Stomach, 2, u"옛 글"_s);
+        const QByteArray picture = Files().ReadFile(visit.PicturePath(2));
+        MakeFolder(visit.LogFolder());
+        for (int round = qMax(10, qEnvironmentVariableIntValue("STATION_WALKS")); round > 0; --round) {
+            if (FileExists(visit.PicturePath(2))) {
+                MoveToLogFolder(visit, 2, {});
+                m_box->Run(u"DELETE %1;"_s.arg(row));
+            }
+            const auto program = Start({u"restore"_s, u"1234"_s, day, Stomach, u"2"_s});
+            // Most are killed between the file's taking and the end, some before it.
+            const auto hasBegun = [&] {
+                return round % 5 == 1 ? !JournalsLeft().isEmpty() : !FileExists(visit.DeletedPicturePath(2));
+            };
+            while (program->state() != QProcess::NotRunning && !hasBegun())
+                program->waitForFinished(0);
+            QElapsedTimer timer;
+            timer.start();
+            if (longestUs > 0) {
+                pause(longestUs);
+                program->kill();
+            }
+            program->waitForFinished();
+            longestUs = longestUs > 0 ? longestUs : int(timer.nsecsElapsed() / 1000);
+            if (othersFirst) {
+                Start(write, other.path())->waitForFinished();
+            } else {
+                const auto cut = Start(write);
+                pause(longestUs * 10);
+                cut->kill();
+                cut->waitForFinished();
+            }
+
+            QCOMPARE(Run(write), 0);
+            const QStringList where = m_box->Names(day.left(4), Stomach) + m_box->Names(day.left(4), StomachLog);
+            QCOMPARE(where.filter(u"002"_s), QStringList{u"00001234"_s + day + u"002.jpg"_s});
+            const bool isBack = FileExists(visit.PicturePath(2));
+            QCOMPARE(Files().ReadFile(isBack ? visit.PicturePath(2) : visit.DeletedPicturePath(2)), picture);
+            QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v %1"_s.arg(row)), isBack ? u"1"_s : u"0"_s);
+            QCOMPARE(JournalsLeft(), QStringList());
+        }
     }
 
     void ChoosesAmongFilesAndTellsSweptOnes()
     {
-        DeletePicture();
+        DeletePicture(u"0123456789abcdef0123456789abcdef"_s);
+        // The number was taken again and deleted again: the newest has the plain name.
+        for (const Qt::GlobalColor colour : {Qt::yellow, Qt::cyan}) {
+            WriteWholeFile(m_box->PicturePath(Day, Stomach, 2), StationInABox::Jpeg({64, 64}, colour));
+            DeletePicture();
+        }
         const QString log = LogFolder(VisitContext.CaptureDir, Stomach);
+        QCOMPARE(Files().ReadFile(log + u"0000123420261124002.jpg"_s), StationInABox::Jpeg({64, 64}, Qt::cyan));
+        const QStringList aside = m_box->Names(u"2026"_s, StomachLog).filter(u"2-"_s);
+        QCOMPARE(aside.size(), 2);
+        QVERIFY(aside.contains(u"0000123420261124002-0123456789abcdef0123456789abcdef.jpg"_s));
         WriteWholeFile(log + u"0000123420261124002 (2).jpg"_s, StationInABox::Jpeg({64, 64}, Qt::green));
         WriteWholeFile(log + u"0000123420261124007.jpg"_s, "no picture");
         WriteWholeFile(m_box->PicturePath(Day, Stomach, 5), StationInABox::Jpeg({64, 64}, Qt::blue));
@@ -144,17 +245,19 @@ private Q_SLOTS:
 
         QCOMPARE(Run({u"list-deleted"_s, u"1234"_s, Day}), 0);
         const QStringList lines = m_output.trimmed().split(u'\n');
-        QCOMPARE(lines.size(), 4);
+        QCOMPARE(lines.size(), 6);
         QCOMPARE(lines.filter(u"정리됨"_s).size(), 1);
         QVERIFY(lines.filter(u"정리됨"_s).first().startsWith(u"00001234 20261124 위내시경 005"_s));
         const QStringList number{u"restore"_s, u"1234"_s, Day, Stomach};
         QCOMPARE(Run(number + QStringList{u"2"_s}), 1);
         QCOMPARE(Run(number + QStringList{u"7"_s}), 1);
-        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 4);
+        QCOMPARE(m_box->Names(u"2026"_s, StomachLog).size(), 6);
         QCOMPARE(Run(number + QStringList{u"2"_s, u"0000123420261124002 (2).jpg"_s}), 0);
         QCOMPARE(Run(number + QStringList{u"5"_s}), 0);
         QVERIFY(m_output.contains(u"정리된 것"_s));
-        QCOMPARE(m_box->Value(Numbers), u"1,2,3,5"_s);
+        QCOMPARE(Run(number + QStringList{u"2"_s, aside.first()}), 0);
+        QVERIFY(m_output.contains(u"8번으로"_s));
+        QCOMPARE(m_box->Value(Numbers), u"1,2,3,5,8"_s);
     }
 
     void VerifyFindsAndChangesNothing_data()
@@ -535,31 +638,45 @@ private:
     QString SetupPath() const { return m_box->Desk().ProgramFolder() + u"/Setup.ini"_s; }
 
     /// Number 2, as the station deletes it; gives what it was.
-    QByteArray DeletePicture()
+    QByteArray DeletePicture(const QString& id = {})
     {
         const QByteArray picture = Files().ReadFile(m_box->PicturePath(Day, Stomach, 2));
-        MoveToLogFolder(CurrentVisit(), 2, CurrentVisit().captureDir);
+        MoveToLogFolder(CurrentVisit(), 2, CurrentVisit().captureDir, id);
         m_box->Run(u"DELETE FROM cap WHERE cap_no = 2;"_s);
         return picture;
     }
 
-    /// Gives the program's exit code; what it says is in `m_output`. It runs without root's right to open what is
-    /// closed.
-    int Run(const QStringList& arguments, const QString& redirection = {})
+    /// `folder`: of another user. It runs without root's right to open what is closed.
+    std::unique_ptr<QProcess> Start(const QStringList& arguments, const QString& folder = {},
+                                    const QString& redirection = {}) const
     {
-        QProcess program;
+        auto program = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(u"CAPTURE_STATION_SETUP"_s, NativePath(SetupPath()));
-        environment.insert(u"CAPTURE_STATION_FOLDER"_s, m_box->Desk().ProgramFolder());
-        program.setProcessEnvironment(environment);
+        environment.insert(u"CAPTURE_STATION_FOLDER"_s, folder.isEmpty() ? m_box->Desk().ProgramFolder() : folder);
+        program->setProcessEnvironment(environment);
         const QString limited =
             geteuid() == 0 ? u"setpriv --bounding-set=-dac_override,-dac_read_search "_s : QString();
-        program.start(u"bash"_s, QStringList{u"-c"_s, u"exec "_s + limited + u"\"$0\" \"$@\" "_s + redirection,
-                                             u"" STATION_ADMIN_PROGRAM ""_s} +
-                                     arguments);
-        program.waitForFinished();
-        m_output = QString::fromUtf8(program.readAllStandardOutput());
-        return program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1;
+        program->start(u"bash"_s, QStringList{u"-c"_s, u"exec "_s + limited + u"\"$0\" \"$@\" "_s + redirection,
+                                              u"" STATION_ADMIN_PROGRAM ""_s} +
+                                      arguments);
+        program->waitForStarted();
+        return program;
+    }
+
+    /// Gives the program's exit code; what it says is in `m_output`.
+    int Run(const QStringList& arguments, const QString& redirection = {})
+    {
+        const auto program = Start(arguments, {}, redirection);
+        program->waitForFinished();
+        m_output = QString::fromUtf8(program->readAllStandardOutput());
+        return program->exitStatus() == QProcess::NormalExit ? program->exitCode() : -1;
+    }
+
+    /// What any process has left in the program's folder.
+    QStringList JournalsLeft() const
+    {
+        return QDir(m_box->Desk().ProgramFolder()).entryList({u"Pictures-*"_s}, QDir::Files);
     }
 
     /// All files and folders below the capture root with size and time, and all rows.

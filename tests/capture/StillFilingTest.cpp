@@ -307,6 +307,16 @@ private Q_SLOTS:
         QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"1"_s);
     }
 
+    void APictureThatSomebodyPutThereMeanwhileStays()
+    {
+        StationInABox box;
+        box.FaultyFiles().beforeWrite = [](const QString& path) { WriteWholeFile(path, "by hand"); };
+        StillFiling filing(NothingTyped);
+        QCOMPARE(FileAndWait(filing, CurrentVisit(), "x").number, 2);
+        QCOMPARE(Files().ReadFile(CurrentVisit().PicturePath(1)), "by hand");
+        QCOMPARE(Files().ReadFile(CurrentVisit().PicturePath(2)), "x");
+    }
+
     void PicturesWhoseRowsWaitStandInTheGrid()
     {
         StationInABox box(u"QMARIADB"_s);

@@ -29,17 +29,19 @@ public:
     void Recover() { m_countdown = 0; }
     std::atomic<qint64> freeBytes = -1; ///< What is told of the disk's room, unless it is below 0.
     bool spoilsWrites = false;          ///< What stands after a write differs from what was to be written.
+    /// Comes just before the next file is written, however that is done: somebody else's doing.
+    std::function<void(const QString& path)> beforeWrite;
 
     void MakeFolder(const QString& path) override { Step(Writes), LocalFiles::MakeFolder(path); }
     void MakeOneFolder(const QString& path) override { Step(Writes), LocalFiles::MakeOneFolder(path); }
     void MakePrivateFolder(const QString& path) override { Step(Writes), LocalFiles::MakePrivateFolder(path); }
     void WriteWholeFile(const QString& path, const QByteArray& content) override
     {
-        Step(Writes), LocalFiles::WriteWholeFile(path, spoilsWrites ? content.chopped(1) + '?' : content);
+        Write(path), LocalFiles::WriteWholeFile(path, Spoilt(content));
     }
     bool WriteNewFile(const QString& path, const QByteArray& content) override
     {
-        return Step(Writes), LocalFiles::WriteNewFile(path, content);
+        return Write(path), LocalFiles::WriteNewFile(path, Spoilt(content));
     }
     bool CreateExclusively(const QString& path, const QByteArray& content) override
     {
@@ -75,6 +77,13 @@ public:
     }
 
 private:
+    QByteArray Spoilt(const QByteArray& content) const { return spoilsWrites ? content.chopped(1) + '?' : content; }
+    void Write(const QString& path)
+    {
+        if (const auto before = std::exchange(beforeWrite, nullptr))
+            before(path);
+        Step(Writes);
+    }
     void Step(Kind kind) const
     {
         if (kind != m_kind || m_countdown == 0 || --m_countdown > 0)

@@ -32,8 +32,8 @@ public:
     QString PartialPath(const QString& folder) const override;
     bool PlaceNewFile(const QString& partial, const QString& path) override;
     CopyOutcome CopyToNewFile(const QString& from, const QString& to, const CopyProgress& progress) override;
-    void SetFileNote(const QString& path, const QByteArray& name) override;
-    bool HasFileNote(const QString& path, const QByteArray& name) const override;
+    void SetFileNote(const QString& path, const QByteArray& name, const QByteArray& text) override;
+    QByteArray FileNote(const QString& path, const QByteArray& name) const override;
     bool SameContent(const QString& one, const QString& other) const override;
     bool IsMissingMount(const QString& folder) const override;
     qint64 FreeBytes(const QString& folder) const override;

@@ -6,6 +6,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <dirent.h>
 #include <fcntl.h>
@@ -21,6 +22,7 @@ using namespace posix_files;
 namespace {
 
 constexpr char NotePrefix[] = "user.capture-station.";
+constexpr size_t LongestNoteBytes = 64;
 
 /// Hands out each name in a folder, as the system has it, with its kind as the list tells it and the list's handle.
 template <class Visit>
@@ -133,12 +135,15 @@ QString LocalFiles::PartialPath(const QString& folder) const
     return QFile::decodeName(BesideName(FolderOf(Native(folder + u'/')), ".part"));
 }
 
-void LocalFiles::SetFileNote(const QString& path, const QByteArray& name)
+void LocalFiles::SetFileNote(const QString& path, const QByteArray& name, const QByteArray& text)
 {
-    setxattr(Native(path).constData(), (NotePrefix + name).constData(), "1", 1, 0);
+    setxattr(Native(path).constData(), (NotePrefix + name).constData(), text.constData(),
+             static_cast<size_t>(text.size()), 0);
 }
 
-bool LocalFiles::HasFileNote(const QString& path, const QByteArray& name) const
+QByteArray LocalFiles::FileNote(const QString& path, const QByteArray& name) const
 {
-    return lgetxattr(Native(path).constData(), (NotePrefix + name).constData(), nullptr, 0) >= 0;
+    std::array<char, LongestNoteBytes> text = {};
+    const ssize_t size = lgetxattr(Native(path).constData(), (NotePrefix + name).constData(), text.data(), text.size());
+    return size > 0 ? QByteArray(text.data(), size) : QByteArray();
 }

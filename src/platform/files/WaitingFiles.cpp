@@ -133,14 +133,14 @@ CopyOutcome WaitingFiles::CopyToNewFile(const QString& from, const QString& to, 
     return Ask(&FileStore::CopyToNewFile, from, to, progress);
 }
 
-void WaitingFiles::SetFileNote(const QString& path, const QByteArray& name)
+void WaitingFiles::SetFileNote(const QString& path, const QByteArray& name, const QByteArray& text)
 {
-    Ask(&FileStore::SetFileNote, path, name);
+    Ask(&FileStore::SetFileNote, path, name, text);
 }
 
-bool WaitingFiles::HasFileNote(const QString& path, const QByteArray& name) const
+QByteArray WaitingFiles::FileNote(const QString& path, const QByteArray& name) const
 {
-    return Ask(&FileStore::HasFileNote, path, name);
+    return Ask(&FileStore::FileNote, path, name);
 }
 
 bool WaitingFiles::SameContent(const QString& one, const QString& other) const

@@ -1,0 +1,168 @@
+#include "filing/picture_restore.h"
+
+#include "contracts/files.h"
+#include "contracts/PlatformError.h"
+#include "filing/capture_folders.h"
+#include "filing/capture_wastebasket.h"
+#include "filing/NumberClaim.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "records/capture_index.h"
+
+#include <QRegularExpression>
+
+#include <algorithm>
+#include <memory>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString Prefix = u"restore-"_s;
+
+QString SourcePath(const RestoreJob& job)
+{
+    return job.visit.LogFolder() + CheckedPathPart(job.source);
+}
+
+QString TakenPath(const RestoreJob& job)
+{
+    return job.visit.LogFolder() + CheckedPathPart(Prefix + job.id + u'-' + job.source);
+}
+
+bool IsThere(const QString& path)
+{
+    return Files().KindOf(path) != FileKind::None;
+}
+
+/// Numbers of the visit's pictures in the Log folder.
+QList<int> DeletedNumbers(const Visit& visit)
+{
+    static const QRegularExpression digits(u"^\\d{3,5}"_s);
+    QList<int> numbers;
+    for (const QString& name : Files().FilesStartingWith(visit.LogFolder(), visit.PicturePrefix()))
+        numbers << digits.match(name.sliced(visit.PicturePrefix().size())).captured().toInt();
+    return numbers;
+}
+
+void DeleteLive(const Visit& visit, int number)
+{
+    DeleteFile(visit.PicturePath(number));
+    NumberClaim::Release(visit, number);
+}
+
+/// Under a number whose claim stays.
+int WriteUnderNumber(const RestoreJob& job, QStringList& faults)
+{
+    const Visit& visit = job.visit;
+    EnsureFolderOfYear(visit.captureDir, visit.SectionFolder());
+    const QByteArray content = Files().ReadArchivedFile(TakenPath(job));
+    const QList<int> stored = StoredNumbers(visit, NumberOrder::Any);
+    QList<int> known = stored + DeletedNumbers(visit);
+    known.removeIf([](int number) { return number > Visit::LargestNumber; });
+    const int largest = known.isEmpty() ? 0 : *std::ranges::max_element(known);
+    for (int number = job.wanted; number <= Visit::LargestNumber; number = std::max(number, largest) + 1) {
+        const auto claim = NumberClaim::Take(visit, number, job.id);
+        if (claim == nullptr || NumberClaim::IsPictureThere(visit, number) || stored.contains(number))
+            continue;
+        const QString live = visit.PicturePath(number);
+        try {
+            if (!Files().WriteNewFile(live, content))
+                continue;
+        } catch (const StoredWithFault& error) {
+            faults << error.Text();
+        }
+        // A later run of this job knows by it that the picture is there.
+        claim->Keep();
+        try {
+            if (Files().ReadArchivedFile(live) != content)
+                throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(live)));
+        } catch (const FilesAway&) {
+            throw;
+        } catch (const PlatformError&) {
+            DeleteLive(visit, number);
+            throw;
+        }
+        return number;
+    }
+    throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
+}
+
+/// The number under which an earlier run of this job has brought it.
+std::optional<int> NumberOfEarlierRun(const RestoreJob& job)
+{
+    const std::optional<int> number = NumberClaim::NumberOf(job.visit, job.id);
+    if (!number || !IsThere(TakenPath(job)) || Files().SameContent(TakenPath(job), job.visit.PicturePath(*number)))
+        return number;
+    // Another one that was put there by hand.
+    NumberClaim::Release(job.visit, *number);
+    return std::nullopt;
+}
+
+} // namespace
+
+picture_restore::Taken picture_restore::Take(const RestoreJob& job, const QByteArray& version)
+{
+    try {
+        Files().RenameFile(SourcePath(job), TakenPath(job));
+    } catch (const FilesAway&) {
+        throw;
+    } catch (const PlatformError&) {
+        // A share whose answer was lost says so to its repeated question.
+        if (!IsThere(TakenPath(job))) {
+            if (!IsThere(SourcePath(job)))
+                return Taken::Gone;
+            throw;
+        }
+    }
+    if (Files().VersionOf(TakenPath(job)) == version)
+        return Taken::Yes;
+    GiveBack(job);
+    return Taken::Another;
+}
+
+int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
+{
+    std::optional<int> number = NumberOfEarlierRun(job);
+    if (!number) {
+        if (!IsThere(TakenPath(job)))
+            return 0;
+        // It was being given back when that run ended.
+        if (IsThere(SourcePath(job)) && Files().SameContent(SourcePath(job), TakenPath(job))) {
+            DeleteFile(TakenPath(job));
+            return 0;
+        }
+        number = WriteUnderNumber(job, faults);
+    }
+    if (!HasPictureRow(job.visit, *number))
+        AddCaptureRows(job.visit, *number);
+    try {
+        DeleteFile(TakenPath(job));
+    } catch (const PlatformError& error) {
+        throw Unfinished(error.Text());
+    }
+    NumberClaim::Release(job.visit, *number);
+    return *number;
+}
+
+void picture_restore::GiveBack(const RestoreJob& job)
+{
+    if (const std::optional<int> number = NumberOfEarlierRun(job))
+        DeleteLive(job.visit, *number);
+    if (!Files().PlaceNewFile(TakenPath(job), SourcePath(job)))
+        Files().RenameFile(TakenPath(job), PathWithIdentity(SourcePath(job), job.id));
+}
+
+void picture_restore::DropTaken(const Visit& visit, int number, const QString& id)
+{
+    for (const QString& name : Files().FilesStartingWith(visit.LogFolder(), Prefix + id + u'-')) {
+        if (Files().SameContent(visit.LogFolder() + name, visit.PicturePath(number)))
+            DeleteFile(visit.LogFolder() + name);
+    }
+}
+
+QString picture_restore::SourceOf(const QString& name)
+{
+    static const QRegularExpression form(u"^restore-[0-9a-f]{32}-(.+)$"_s);
+    return form.match(name).captured(1);
+}
