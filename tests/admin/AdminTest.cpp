@@ -184,6 +184,7 @@ private Q_SLOTS:
         if (day != Day)
             m_box->AddPicture(day, Stomach, 2, u"옛 글"_s);
         const QByteArray picture = Files().ReadFile(visit.PicturePath(2));
+        const QStringList names = m_box->Names(day.left(4), Stomach);
         MakeFolder(visit.LogFolder());
         for (int round = qMax(10, qEnvironmentVariableIntValue("STATION_WALKS")); round > 0; --round) {
             if (FileExists(visit.PicturePath(2))) {
@@ -216,7 +217,8 @@ private Q_SLOTS:
 
             QCOMPARE(Run(write), 0);
             const QStringList where = m_box->Names(day.left(4), Stomach) + m_box->Names(day.left(4), StomachLog);
-            QCOMPARE(where.filter(u"002"_s), QStringList{u"00001234"_s + day + u"002.jpg"_s});
+            QCOMPARE(where.size(), names.size());
+            QVERIFY(where.contains(u"00001234"_s + day + u"002.jpg"_s));
             const bool isBack = FileExists(visit.PicturePath(2));
             QCOMPARE(Files().ReadFile(isBack ? visit.PicturePath(2) : visit.DeletedPicturePath(2)), picture);
             QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v %1"_s.arg(row)), isBack ? u"1"_s : u"0"_s);
