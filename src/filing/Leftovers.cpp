@@ -94,7 +94,7 @@ void Leftovers::Restore(const RestoreJob& job, const CountPointer& count)
 void Leftovers::AnswerRestore(const RestoreJob& job, int number, const std::exception_ptr& fault, Count& count)
 {
     if (fault != nullptr) {
-        count.isAway |= guard::Is<DatabaseAway>(fault);
+        count.isAway |= guard::Is<Away>(fault);
         count.tidings << u"중단된 되살리기를 마치지 못하였습니다. 다음 실행시 다시 합니다.!! (%1: %2)"_s.arg(
             job.source, guard::TextOf(fault));
         return;

@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_root.h"
 #include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
 #include "frame/components.h"
@@ -35,6 +36,20 @@ bool IsThere(const QString& path)
     return Files().KindOf(path) != FileKind::None;
 }
 
+/// A file that can't be read is a fault, and no difference.
+bool HoldTheSame(const QString& one, const QString& other)
+{
+    return Files().ReadArchivedFile(one) == Files().ReadArchivedFile(other);
+}
+
+/// No taken file is seen: so there is none, and no share that has gone.
+void CheckShare(const RestoreJob& job)
+{
+    const QString& year = job.visit.captureDir;
+    if (!capture_root::IsGone(year, TakenPath(job)) || !FolderExists(job.visit.LogFolder()))
+        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(job.visit.LogFolder())));
+}
+
 /// Numbers of the visit's pictures in the Log folder.
 QList<int> DeletedNumbers(const Visit& visit)
 {
@@ -63,7 +78,14 @@ int WriteUnderNumber(const RestoreJob& job, QStringList& faults)
     const int largest = known.isEmpty() ? 0 : *std::ranges::max_element(known);
     for (int number = job.wanted; number <= Visit::LargestNumber; number = std::max(number, largest) + 1) {
         const auto claim = NumberClaim::Take(visit, number, job.id);
-        if (claim == nullptr || NumberClaim::IsPictureThere(visit, number) || stored.contains(number))
+        if (claim == nullptr) {
+            // The list of the folder didn't show what an earlier run has brought.
+            const auto facts = NumberClaim::Read(visit.ClaimPath(number));
+            if (facts && facts->picture == job.id)
+                throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(visit.SectionFolder())));
+            continue;
+        }
+        if (NumberClaim::IsPictureThere(visit, number) || stored.contains(number))
             continue;
         const QString live = visit.PicturePath(number);
         try {
@@ -92,7 +114,7 @@ int WriteUnderNumber(const RestoreJob& job, QStringList& faults)
 std::optional<int> NumberOfEarlierRun(const RestoreJob& job)
 {
     const std::optional<int> number = NumberClaim::NumberOf(job.visit, job.id);
-    if (!number || !IsThere(TakenPath(job)) || Files().SameContent(TakenPath(job), job.visit.PicturePath(*number)))
+    if (!number || !IsThere(TakenPath(job)) || HoldTheSame(TakenPath(job), job.visit.PicturePath(*number)))
         return number;
     // Another one that was put there by hand.
     NumberClaim::Release(job.visit, *number);
@@ -125,10 +147,12 @@ int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
 {
     std::optional<int> number = NumberOfEarlierRun(job);
     if (!number) {
-        if (!IsThere(TakenPath(job)))
+        if (!IsThere(TakenPath(job))) {
+            CheckShare(job);
             return 0;
+        }
         // It was being given back when that run ended.
-        if (IsThere(SourcePath(job)) && Files().SameContent(SourcePath(job), TakenPath(job))) {
+        if (IsThere(SourcePath(job)) && HoldTheSame(SourcePath(job), TakenPath(job))) {
             DeleteFile(TakenPath(job));
             return 0;
         }
@@ -156,7 +180,7 @@ void picture_restore::GiveBack(const RestoreJob& job)
 void picture_restore::DropTaken(const Visit& visit, int number, const QString& id)
 {
     for (const QString& name : Files().FilesStartingWith(visit.LogFolder(), Prefix + id + u'-')) {
-        if (Files().SameContent(visit.LogFolder() + name, visit.PicturePath(number)))
+        if (HoldTheSame(visit.LogFolder() + name, visit.PicturePath(number)))
             DeleteFile(visit.LogFolder() + name);
     }
 }

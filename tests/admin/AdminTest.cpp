@@ -160,7 +160,7 @@ private Q_SLOTS:
         }
     }
 
-    /// Killed at any moment, as is the one that finishes it.
+    /// Killed at any moment, as is the one that finishes it, or the share is away then.
     void AKilledRestoreIsFinished_data()
     {
         Columns<QString, bool>("day", "othersFirst");
@@ -208,6 +208,10 @@ private Q_SLOTS:
             longestUs = longestUs > 0 ? longestUs : int(timer.nsecsElapsed() / 1000);
             if (othersFirst) {
                 Start(write, other.path())->waitForFinished();
+            } else if (const QString root = NativePath(m_box->Root()).chopped(1); round % 3 == 0) {
+                QVERIFY(QDir().rename(root, root + u".aside"_s) && QDir().mkpath(root));
+                Run(write);
+                QVERIFY(QDir(root).removeRecursively() && QDir().rename(root + u".aside"_s, root));
             } else {
                 const auto cut = Start(write);
                 pause(longestUs * 10);
