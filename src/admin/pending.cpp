@@ -94,10 +94,10 @@ int ShowFolder(const QString& folder, Report& report)
             facts[u"section"_s] = job.visit.etc;
             facts[u"number"_s] = job.wanted;
             facts[u"file"_s] = job.source;
-            report.Item(u"되살리기 %1 %2 %3 %4 ("_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc,
-                                                         NumberText(job.wanted)) +
-                            HolderText(journal.holder, journal.foreignOwner) + u") "_s + job.source,
-                        facts);
+            report.Item(
+                u"되살리기 %1 %2 %3 %4 ("_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc, NumberText(job.wanted)) +
+                    HolderText(journal.holder, journal.foreignOwner) + u") "_s + job.source,
+                facts);
             ++lines;
         }
     }

@@ -71,10 +71,11 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
         found.path = folder + name;
         found.foreignOwner = Files().ForeignOwner(found.path);
         found.isReadable = name.endsWith(Ending) && journal::NotingFaults([&found] {
-                               // This process may have its own open, and reading the file beside that would undo its locks.
-            const bool isOwn = NativePath(found.path) == NativePath(Path());
-            auto& databases = UseService<LocalDatabases>();
-            const auto queue = isOwn ? databases.Open(found.path) : databases.OpenToRead(found.path);
+                               // This process may have its own open, and reading the file beside that would undo its
+                               // locks.
+                               const bool isOwn = NativePath(found.path) == NativePath(Path());
+                               auto& databases = UseService<LocalDatabases>();
+                               const auto queue = isOwn ? databases.Open(found.path) : databases.OpenToRead(found.path);
                                const QHash<QString, QString> status = queue_rows::Status(*queue);
                                found.isSenderThere = IsLiving(status.value(QString::fromUtf16(queue_rows::SenderMark)));
                                found.away = status.value(QString::fromUtf16(queue_rows::AwayReason));
