@@ -17,7 +17,7 @@ qint64 RoomOf(const QString& type, const QString& figure)
 {
     if (type.endsWith(u"TEXT"_s))
         return LongText;
-    return type == u"VARCHAR" ? figure.toLongLong() : 0;
+    return type.endsWith(u"CHAR"_s) ? figure.toLongLong() : 0;
 }
 
 } // namespace
@@ -31,7 +31,7 @@ TableDefinition TableDefinition::Of(const QString& table)
 {
     static const QRegularExpression begin(uR"(^CREATE TABLE IF NOT EXISTS (\w+) \()"_s);
     static const QRegularExpression column(uR"(^\s+(\w+)\s+([A-Z]+)(?:\((\d+)\))?)"_s);
-    static const QRegularExpression key(uR"(^\s+(?:PRIMARY KEY|KEY (\w+)) \(([\w, ]+)\))"_s);
+    static const QRegularExpression key(uR"(^\s+(?:PRIMARY KEY|(?:UNIQUE )?KEY (\w+)) \(([\w, ]+)\))"_s);
     TableDefinition definition;
     for (const QString& place : {table, u"clinic"_s}) {
         QFile file(u":/sql/mariadb/%1.sql"_s.arg(place));

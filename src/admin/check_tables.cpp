@@ -15,8 +15,9 @@ struct Use
 {
     QString table;
     QStringList rights;
-    bool isMadeAtNeed = false; ///< By the station itself.
-    bool isOptional = false;   ///< The station goes on without.
+    bool isMadeAtNeed = false;  ///< By the station itself.
+    QString without = {};       ///< The station goes on without the table: what it lacks then.
+    QStringList forbidden = {}; ///< What a server's account isn't to be able to do.
 };
 
 QList<Use> UsesOf(const ClientSetupRecord& client)
@@ -26,7 +27,13 @@ QList<Use> UsesOf(const ClientSetupRecord& client)
     QList<Use> uses{{u"ca"_s, all}, {u"cap"_s, all}, {u"caso"_s, all, true}};
     if (!marksInYk)
         uses.append({u"endo"_s, {u"UPDATE"_s}, true});
-    uses.append({u"ca_uid"_s, {u"INSERT"_s}, false, true});
+    uses.append({u"ca_uid"_s, {u"INSERT"_s}, false, u"PACS와 CD로 나간 방문의 식별자를 기억하지 못합니다"_s});
+    uses.append({u"ca_log"_s,
+                 {u"INSERT"_s},
+                 false,
+                 u"누가 무엇을 보고 바꾸었는지 남기지 못합니다"_s,
+                 {u"UPDATE"_s, u"DELETE"_s}});
+    uses.append({u"ca_sum"_s, {u"INSERT"_s, u"UPDATE"_s}, false, u"그림 파일이 그대로인지 알지 못합니다"_s});
     for (const QString& table : {u"wj"_s, u"bh"_s, u"jh"_s, u"pt"_s, u"doctor"_s, u"so"_s})
         uses.append({table, {}});
     uses.append({u"yk"_s, marksInYk ? QStringList{u"UPDATE"_s} : QStringList()});
@@ -132,18 +139,18 @@ void CheckKeys(const Use& use, const TableDefinition& wanted, bool isServer, Che
 }
 
 /// Statements that touch no row: the server refuses them all the same to whom may not.
-void CheckRights(const Use& use, const QString& anyColumn, CheckLines& lines)
+void CheckRights(const Use& use, const QStringList& columns, CheckLines& lines)
 {
     const std::map<QString, QString> statements{
-        {u"INSERT"_s, u" INSERT INTO %1 SELECT * FROM %1 WHERE 1 = 0 "_s},
-        {u"UPDATE"_s, u" UPDATE %1 SET %2 = %2 WHERE 1 = 0 "_s},
-        {u"DELETE"_s, u" DELETE FROM %1 WHERE 1 = 0 "_s},
+        {u"INSERT"_s, InsertProbe(use.table, columns)},
+        {u"UPDATE"_s, u" UPDATE %1 SET %2 = %2 WHERE 1 = 0 "_s.arg(use.table, columns.first())},
+        {u"DELETE"_s, u" DELETE FROM %1 WHERE 1 = 0 "_s.arg(use.table)},
     };
     QStringList refused;
     QString reason;
     for (const QString& right : use.rights) {
         try {
-            Execute(Statement(statements.at(right).arg(use.table).replace(u"%2"_s, anyColumn)));
+            Execute(Statement(statements.at(right)));
         } catch (const DatabaseAway&) {
             throw;
         } catch (const PlatformError& error) {
@@ -152,9 +159,31 @@ void CheckRights(const Use& use, const QString& anyColumn, CheckLines& lines)
         }
     }
     if (!refused.isEmpty())
-        lines.append({use.isOptional ? CheckLine::Remark : CheckLine::Wrong, NameOf(use),
+        lines.append({use.without.isEmpty() ? CheckLine::Wrong : CheckLine::Remark, NameOf(use),
                       u"권한이 없습니다: %1 (%2)"_s.arg(refused.join(u", "_s), reason),
-                      use.isOptional ? Upgrade : u"%1의 grants.sql에 있는 권한을 주십시오"_s.arg(SqlFolder)});
+                      use.without.isEmpty() ? u"%1의 grants.sql에 있는 권한을 주십시오"_s.arg(SqlFolder) : Upgrade});
+}
+
+/// Whoever writes the record of access isn't to be able to change it. Nothing is read, which the account may not
+/// either.
+void CheckForbidden(const Use& use, const QString& lastColumn, CheckLines& lines)
+{
+    QStringList allowed;
+    for (const QString& right : use.forbidden) {
+        try {
+            Execute(Statement(right == u"UPDATE" ? u" UPDATE %1 SET %2 = NULL WHERE 1 = 0 "_s.arg(use.table, lastColumn)
+                                                 : u" DELETE FROM %1 WHERE 1 = 0 "_s.arg(use.table)));
+            allowed << right;
+        } catch (const DatabaseAway&) {
+            throw;
+        } catch (const PlatformError&) {
+            // As it is to be.
+        }
+    }
+    if (!allowed.isEmpty())
+        lines.append({CheckLine::Wrong, NameOf(use),
+                      u"스테이션의 계정이 접근 기록을 바꾸거나 지울 수 있습니다: %1"_s.arg(allowed.join(u", "_s)),
+                      u"그 권한을 REVOKE로 거두고 %1의 grants.sql에 있는 것만 주십시오"_s.arg(SqlFolder)});
 }
 
 void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, CheckLines& lines)
@@ -163,9 +192,8 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
     const TableDefinition wanted = TableDefinition::Of(use.table);
     const QList<TableColumn> columns = ColumnsOf(use.table, isServer);
     if (columns.isEmpty()) {
-        if (use.isOptional) {
-            lines.append({CheckLine::Remark, NameOf(use),
-                          u"없거나 읽을 수 없어, PACS와 CD로 나간 방문의 식별자를 기억하지 못합니다"_s, Upgrade});
+        if (!use.without.isEmpty()) {
+            lines.append({CheckLine::Remark, NameOf(use), u"없거나 읽을 수 없어, %1"_s.arg(use.without), Upgrade});
         } else if (use.isMadeAtNeed)
             lines.append({CheckLine::Remark, NameOf(use), u"없거나 읽을 수 없습니다"_s,
                           u"CREATE 권한이 있으면 스테이션이 만듭니다. 없으면 %1의 %2.sql을 실행하십시오"_s.arg(
@@ -179,12 +207,18 @@ void CheckTable(const Use& use, const ClientSetupRecord& client, bool isServer, 
         return;
     }
     CheckColumns(use, wanted, columns, lines);
-    if (lines.size() == before && use.rights.contains(u"INSERT"_s)) {
+    // Into the record of access nothing is written but by the columns' names, and no release had another one.
+    if (lines.size() == before && use.rights.contains(u"INSERT"_s) && use.forbidden.isEmpty()) {
         if (isServer)
             CheckRoom(use, wanted, columns, client.CaptureRoot, lines);
         CheckKeys(use, wanted, isServer, lines);
     }
-    CheckRights(use, columns.first().name, lines);
+    QStringList names;
+    for (const TableColumn& column : columns)
+        names.append(column.name);
+    CheckRights(use, names, lines);
+    if (isServer)
+        CheckForbidden(use, names.last(), lines);
     if (lines.size() == before)
         lines.append({CheckLine::Right, NameOf(use), u"칸 %1개"_s.arg(columns.size())});
 }

@@ -86,6 +86,12 @@ QList<TableKey> KeysOf(const QString& table, bool isServer)
     return keys;
 }
 
+QString InsertProbe(const QString& table, const QStringList& columns)
+{
+    return u" INSERT INTO %1 ( %2 ) SELECT %3 FROM ( SELECT 1 ) AS one_row WHERE 1 = 0 "_s.arg(
+        table, columns.join(u", "_s), QStringList(columns.size(), u"NULL"_s).join(u", "_s));
+}
+
 KeyFaults FaultsOf(const QList<TableKey>& keys, const QStringList& wanted)
 {
     KeyFaults faults;

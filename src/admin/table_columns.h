@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 /// A column as the database that `Connection` reaches has it. On SQLite only the name is filled.
 struct TableColumn
@@ -34,6 +35,10 @@ struct TableKey
 /// In their order; empty for a table that isn't there or can't be read.
 QList<TableColumn> ColumnsOf(const QString& table, bool isServer);
 QList<TableKey> KeysOf(const QString& table, bool isServer);
+
+/// A statement that adds no row, and that the server refuses all the same to whom may not add one. Reads nothing of the
+/// table. `columns` are all of the table's.
+QString InsertProbe(const QString& table, const QStringList& columns);
 
 /// Keys that a table has too few or too many of, by the columns of the one that a row is known by.
 struct KeyFaults

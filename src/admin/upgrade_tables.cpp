@@ -1,6 +1,8 @@
 #include "admin/commands.h"
 #include "admin/table_columns.h"
+#include "admin/TableDefinition.h"
 #include "admin/TableUpgrade.h"
+#include "admin/upkeep_connection.h"
 #include "contracts/OutsideChecks.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
@@ -20,16 +22,6 @@ namespace {
 /// which a connection that was lost repeats.
 const QString Strict =
     u" SET STATEMENT sql_mode = 'NO_BACKSLASH_ESCAPES,NO_ENGINE_SUBSTITUTION,STRICT_ALL_TABLES' FOR "_s;
-
-/// Value of an option such as `--user=`; empty without it.
-QString ValueOf(const QStringList& options, const QString& name)
-{
-    for (const QString& option : options) {
-        if (option.startsWith(name))
-            return option.sliced(name.size());
-    }
-    return {};
-}
 
 /// As the server calls it; nothing for one that this doesn't know.
 std::optional<QString> SetNamed(const QString& name)
@@ -120,73 +112,85 @@ bool CarryAll(const QList<TableUpgrade>& upgrades, const UpgradeWishes& wishes, 
     return isDone;
 }
 
-const QString IdentityTable = u"ca_uid"_s;
-
-/// What the station's account lacks of the table of identities, as its own statements find out; empty when it lacks
-/// nothing. The table has to be there.
-QString RefusedToStation(AdoConnection& station)
+/// A table that earlier releases didn't have.
+struct LaterTable
 {
+    QString name;
+    QStringList rights; ///< Of the station's account.
+    QString purpose;
+};
+
+const QList<LaterTable>& LaterTables()
+{
+    static const QList<LaterTable> tables{
+        {u"ca_uid"_s, {u"SELECT"_s, u"INSERT"_s}, u"방문이 PACS와 CD에서 어떤 식별자로 알려졌는지 기억합니다"_s},
+        {u"ca_log"_s, {u"INSERT"_s}, u"누가 언제 어느 환자의 그림을 보고 바꾸고 지웠는지 남깁니다"_s},
+        {u"ca_sum"_s, {u"SELECT"_s, u"INSERT"_s, u"UPDATE"_s}, u"그림 파일의 합을 기억합니다"_s},
+    };
+    return tables;
+}
+
+/// What the station's account lacks of the table, as its own statements find out; empty when it lacks nothing. The
+/// table has to be there.
+QString RefusedToStation(const LaterTable& table, AdoConnection& station)
+{
+    QStringList columns;
+    for (const TableDefinition::Column& column : TableDefinition::Of(table.name).columns)
+        columns << column.name;
     try {
-        station.Execute(u" INSERT INTO ca_uid SELECT * FROM ca_uid WHERE 1 = 0 "_s);
+        station.Execute(InsertProbe(table.name, columns));
+        if (table.rights.contains(u"SELECT"_s))
+            station.Execute(u" SELECT 1 FROM %1 WHERE 1 = 0 "_s.arg(table.name));
+        if (table.rights.contains(u"UPDATE"_s))
+            station.Execute(u" UPDATE %1 SET %2 = %2 WHERE 1 = 0 "_s.arg(table.name, columns.first()));
         return {};
     } catch (const PlatformError& error) {
         return error.Text().simplified();
     }
 }
 
-/// Makes the table of identities, and opens it to the account that the setup names. What the server refuses is told.
-bool MakeIdentityTable(AdoConnection* station, bool isServer, TerminalOutput& out)
+/// Makes the table, and opens it to the account that the setup names. What the server refuses is told.
+bool MakeTable(const LaterTable& table, AdoConnection* station, bool isServer, TerminalOutput& out)
 {
     try {
-        if (ColumnsOf(IdentityTable, isServer).isEmpty()) {
-            CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s)
-                ->tablecreate(Connection, IdentityTable, {});
-            out << u"테이블 ca_uid를 만들었습니다\n"_s;
+        if (ColumnsOf(table.name, isServer).isEmpty()) {
+            CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s)->tablecreate(Connection, table.name, {});
+            out << u"테이블 %1을(를) 만들었습니다\n"_s.arg(table.name);
         }
-        if (station == nullptr || RefusedToStation(*station).isEmpty())
+        if (station == nullptr || RefusedToStation(table, *station).isEmpty())
             return true;
         const QString account = station->Execute(u" SELECT CURRENT_USER() "_s)->Fields(0).toString();
-        Execute(Statement(u" GRANT SELECT, INSERT ON ca_uid TO '")
+        Execute(Statement(u" GRANT %1 ON %2 TO '"_s.arg(table.rights.join(u", "_s), table.name))
                     .Value(account.section(u'@', 0, -2))
                     .Then(u"'@'", account.section(u'@', -1))
                     .Piece(u"' "));
-        const QString refused = RefusedToStation(*station);
-        out << (refused.isEmpty() ? u"%1에 테이블 ca_uid의 권한을 주었습니다\n"_s.arg(account)
-                                  : u"[이상] 테이블 ca_uid를 쓸 수 없습니다: %1\n"_s.arg(refused));
+        const QString refused = RefusedToStation(table, *station);
+        out << (refused.isEmpty() ? u"%1에 테이블 %2의 권한을 주었습니다\n"_s.arg(account, table.name)
+                                  : u"[이상] 테이블 %1을(를) 쓸 수 없습니다: %2\n"_s.arg(table.name, refused));
         return refused.isEmpty();
     } catch (const PlatformError& error) {
-        out << u"[이상] 테이블 ca_uid를 만들거나 권한을 주지 못하였습니다: %1\n"_s.arg(error.Text().simplified())
+        out << u"[이상] 테이블 %1을(를) 만들거나 권한을 주지 못하였습니다: %2\n"_s.arg(table.name,
+                                                                                       error.Text().simplified())
             << u"    CREATE와 GRANT 권한이 있는 계정은 --user=로 적습니다\n"_s;
         return false;
     }
 }
 
-/// The table of identities isn't there for the station.
-bool NeedsIdentityTable(const OutsideChecks::Setup& setup)
+/// Those that aren't there for the station.
+QList<LaterTable> MissingTables(const OutsideChecks::Setup& setup)
 {
-    if (ColumnsOf(IdentityTable, setup.isServer).isEmpty())
-        return true;
-    return setup.connection != nullptr && !RefusedToStation(*setup.connection).isEmpty();
+    QList<LaterTable> missing = LaterTables();
+    missing.removeIf([&setup](const LaterTable& table) {
+        return !ColumnsOf(table.name, setup.isServer).isEmpty() &&
+               (setup.connection == nullptr || RefusedToStation(table, *setup.connection).isEmpty());
+    });
+    return missing;
 }
 
 void TellIdentity(const OutsideChecks::Setup& setup, TerminalOutput& out)
 {
     if (!setup.client.Pacs.Host.isEmpty() && !NewIdentity({}, setup.client.Pacs, setup.places))
         out << u"[Pacs] Institution이나 UidRoot를 적으십시오. 적을 때까지 그림은 보내지 않고 기다립니다\n"_s;
-}
-
-/// On a server by whoever the options name; a file is the station's own.
-ConnectionPointer OpenFor(const OutsideChecks::Setup& setup, const QStringList& options)
-{
-    auto& outside = UseService<OutsideChecks>();
-    if (!setup.isServer)
-        return outside.OpenForUpkeep({}, {}, {});
-    const QString user = ValueOf(options, u"--user="_s);
-    const QString passwordFile = ValueOf(options, u"--password-file="_s);
-    const QString password = user.isEmpty() || !passwordFile.isEmpty()
-                                 ? QString()
-                                 : Surroundings.askSecret(u"%1의 데이터베이스 암호:"_s.arg(user));
-    return outside.OpenForUpkeep(user, password, passwordFile);
 }
 
 /// Nothing of a file's tables has a length or a set.
@@ -197,9 +201,9 @@ QList<TableUpgrade> PlanAll(const OutsideChecks::Setup& setup, const UpgradeWish
         return upgrades;
     if (!FieldText(*OpenRows(Statement(u" SELECT VERSION() ")), 0).contains(u"MariaDB"_s))
         throw PlatformError(
-            u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb의 ca_uid.sql과 steps의 "
-            "단계를 보십시오."_s);
-    for (const QString& table : {u"ca"_s, u"cap"_s, IdentityTable, u"caso"_s}) {
+            u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb의 ca_uid.sql, ca_log.sql, "
+            "ca_sum.sql과 steps의 단계를 보십시오."_s);
+    for (const QString& table : {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_sum"_s, u"caso"_s}) {
         upgrades.append(TableUpgrade::Plan(table, wishes));
         Tell(upgrades.last(), out);
     }
@@ -220,7 +224,7 @@ void TellPrecautions(TerminalOutput& out)
 
 int UpgradeTables(const QStringList& options, TerminalOutput& out)
 {
-    const std::optional<QString> bytes = SetNamed(ValueOf(options, u"--bytes="_s));
+    const std::optional<QString> bytes = SetNamed(OptionValue(options, u"--bytes="_s));
     if (!bytes) {
         out << u"--bytes=는 euckr, utf8, latin1 가운데 하나입니다\n"_s;
         return UsedWrongly;
@@ -229,20 +233,21 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out)
     if (!setup.isGood)
         throw PlatformError(u"설정을 읽을 수 없습니다. check를 실행하십시오.!!"_s);
     TellIdentity(setup, out);
-    Connection = OpenFor(setup, options);
+    Connection = OpenForUpkeep(setup, options, u"--user="_s);
     const UpgradeWishes wishes{options.contains(u"--utf8mb4"_s), *bytes, setup.client.CaptureRoot};
     const QList<TableUpgrade> upgrades = PlanAll(setup, wishes, out);
-    const bool makesTable = NeedsIdentityTable(setup);
-    if (makesTable)
-        out << u"테이블 ca_uid를 "_s
-            << (setup.isServer ? u"만들고, 스테이션의 계정이 쓸 수 없으면 SELECT, INSERT 권한을 줍니다"_s
-                               : u"만듭니다"_s)
-            << u". 방문이 PACS와 CD에서 어떤 식별자로 알려졌는지 기억합니다\n"_s;
+    const QList<LaterTable> missing = MissingTables(setup);
+    for (const LaterTable& table : missing)
+        out << u"테이블 %1을(를) "_s.arg(table.name)
+            << (setup.isServer
+                    ? u"만들고, 스테이션의 계정이 쓸 수 없으면 %1 권한을 줍니다"_s.arg(table.rights.join(u", "_s))
+                    : u"만듭니다"_s)
+            << u". %1\n"_s.arg(table.purpose);
     const bool isRefused =
         std::ranges::any_of(upgrades, [](const TableUpgrade& each) { return !each.Refusals().isEmpty(); });
     const bool alters =
         std::ranges::any_of(upgrades, [](const TableUpgrade& each) { return !each.Statements().isEmpty(); });
-    if (!alters && !makesTable) {
+    if (!alters && missing.isEmpty()) {
         out << (isRefused ? u"아무것도 바꾸지 않았습니다\n"_s : u"고칠 것이 없습니다\n"_s);
         return isRefused ? Found : AllWell;
     }
@@ -257,6 +262,8 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out)
         out << u"아무것도 바꾸지 않았습니다"_s << (answer ? QString() : u". 고치려면 --yes를 붙이십시오"_s) << u'\n';
         return Found;
     }
-    const bool isMade = !makesTable || MakeIdentityTable(setup.connection.get(), setup.isServer, out);
+    bool isMade = true;
+    for (const LaterTable& table : missing)
+        isMade = MakeTable(table, setup.connection.get(), setup.isServer, out) && isMade;
     return CarryAll(upgrades, wishes, out) && isMade && !isRefused ? AllWell : Found;
 }

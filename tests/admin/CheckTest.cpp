@@ -56,7 +56,8 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
-        QVERIFY2(m_clinic->Make({u"ca"_s, u"cap"_s, u"ca_uid"_s, u"caso"_s, u"endo"_s, u"clinic"_s}),
+        QVERIFY2(m_clinic->Make(
+                     {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s, u"endo"_s, u"clinic"_s}),
                  qPrintable(m_clinic->Fault()));
         QString grants = m_grants;
         grants.replace(u"`clinic`"_s, m_clinic->Settings().name);
@@ -103,7 +104,9 @@ private Q_SLOTS:
         row("packet too small", u"SET GLOBAL max_allowed_packet = 65536"_s, u"max_allowed_packet: 65536"_s);
         row("letters lost", u"ALTER TABLE ca MODIFY ca_chamgo MEDIUMTEXT CHARACTER SET utf8mb3"_s,
             u"[참고] 테이블 ca: 문자 집합에 없는 글자는 ?로 저장됩니다: ca_chamgo(utf8mb3)"_s);
-        row("all rights", u"GRANT ALL ON %1.* TO station@'%'; REVOKE DELETE ON %1.cap FROM station@'%'"_s, QString());
+        row("all rights", u"GRANT ALL ON %1.* TO station@'%'; REVOKE DELETE ON %1.cap FROM station@'%'"_s,
+            u"접근 기록을 바꾸거나 지울 수 있습니다: UPDATE, DELETE"_s);
+        row("record of access missing", u"DROP TABLE ca_log"_s, u"[참고] 테이블 ca_log: 없거나"_s);
         row("Korean lost", u"ALTER TABLE ca MODIFY ca_chamgo MEDIUMTEXT CHARACTER SET latin1"_s, u"한글이 ?로"_s);
         row("key of the list missing", u"ALTER TABLE caso DROP KEY caso_list_ymd"_s, u"키가 없습니다: caso_ymd,"_s);
         row("primary key missing", u"ALTER TABLE cap DROP PRIMARY KEY"_s, u"테이블 cap: 키가 없습니다"_s);
@@ -242,6 +245,10 @@ private Q_SLOTS:
         row(u"REPLACE INTO cap SELECT * FROM cap"_s, true);
         row(u"INSERT INTO ca_uid (uid_chart, uid_ymd, uid_etc) SELECT '1', '2', uid_etc FROM ca_uid"_s, true);
         row(u"UPDATE ca_uid SET uid_study = ''"_s, false);
+        row(u"INSERT IGNORE INTO ca_log (log_id, log_at, log_kind) VALUES ('1', '2', '3')"_s, true);
+        row(u"REPLACE INTO ca_log (log_id, log_at, log_kind) VALUES ('1', '2', '3')"_s, false);
+        row(u"UPDATE ca_log SET log_user = ''"_s, false);
+        row(u"SELECT log_chart FROM ca_log"_s, false);
         row(u"UPDATE yk SET yk_check = '1' WHERE yk_chart = '1'"_s, true);
         row(u"CREATE TABLE IF NOT EXISTS endo (endo_check VARCHAR(1))"_s, true); // it is missing
         row(u"CREATE TABLE own (x INT)"_s, false);
