@@ -88,6 +88,13 @@ int RunPacs(const Call& call)
     return SendVisitToPacs(arguments, call.out);
 }
 
+int RunPatient(const Call& call)
+{
+    if (call.options.contains(u"--list"_s) == call.options.contains(u"--remove"_s))
+        return Misused(u"--list와 --remove 가운데 하나를 적습니다"_s);
+    return HandlePatient(call.arguments[0], call.options, call.out);
+}
+
 const QList<Command>& Commands()
 {
     static const QList<Command> commands{
@@ -111,9 +118,8 @@ const QList<Command>& Commands()
          [](const Call& call) { return SetUpFirst(call.out); }},
         {u"upgrade-tables"_s,
          u"[--yes] [--utf8mb4] [--bytes=euckr|utf8|latin1] [--user=이름 [--password-file=파일]]"_s,
-         u"스테이션의 테이블(ca, cap, ca_uid, caso)의 짧은 칸, 문자 집합, 키를 글을 바꾸지 않고 고치고, ca_uid가 "
-         u"없으면 "
-         u"만듭니다. 할 일을 먼저 알리고 물어봅니다."_s,
+         u"스테이션의 테이블(ca, cap, ca_uid, ca_sum, caso)의 짧은 칸, 문자 집합, 키를 글을 바꾸지 않고 고치고, 없는 "
+         u"ca_uid, ca_log, ca_sum을 만듭니다. 할 일을 먼저 알리고 물어봅니다."_s,
          Needs::Nothing,
          0,
          0,
@@ -121,6 +127,57 @@ const QList<Command>& Commands()
          false,
          [](const Call& call) { return UpgradeTables(call.options, call.out); },
          Needs::Nothing},
+        {u"history"_s,
+         u"[차트번호] [--day=날짜 | --from=날짜 --to=날짜] [--user=리눅스사용자] [--kind=종류,…] [--csv | --json] "
+         "[--db-user=이름 [--password-file=파일]]"_s,
+         u"누가 언제 어느 환자의 그림, 참고사항, 소견서를 보고 바꾸었는지의 접근 기록을 보여 주고, 빠진 기록을 알립니다."_s,
+         Needs::Nothing,
+         0,
+         1,
+         {u"--day="_s, u"--from="_s, u"--to="_s, u"--user="_s, u"--kind="_s, u"--csv"_s, u"--json"_s, u"--db-user="_s,
+          u"--password-file="_s},
+         true,
+         [](const Call& call) { return ShowHistory(call.arguments.value(0), call.options, call.out); },
+         Needs::Nothing},
+        {u"notes"_s,
+         u"차트번호 [--db-user=이름 [--password-file=파일]]"_s,
+         u"바뀌거나 지워진 참고사항과 소견서의 앞의 글을 접근 기록에서 보여 줍니다."_s,
+         Needs::Nothing,
+         1,
+         1,
+         {u"--db-user="_s, u"--password-file="_s},
+         true,
+         [](const Call& call) { return ShowEarlierTexts(call.arguments[0], call.options, call.out); },
+         Needs::Nothing},
+        {u"retire-log"_s,
+         u"연도 [--yes] [--db-user=이름 [--password-file=파일]]"_s,
+         u"끝난 지 꼬박 두 해가 지난 해의 접근 기록을 셉니다. --yes는 지웁니다."_s,
+         Needs::Nothing,
+         1,
+         1,
+         {u"--yes"_s, u"--db-user="_s, u"--password-file="_s},
+         false,
+         [](const Call& call) { return RetireLog(call.arguments[0], call.options, call.out); },
+         Needs::Nothing},
+        {u"retire-deleted"_s,
+         u"연도 [--yes]"_s,
+         u"끝난 지 꼬박 열 해가 지난 해의 Log 폴더에 있는 그림을 셉니다. --yes는 지웁니다."_s,
+         Needs::Database,
+         1,
+         1,
+         {u"--yes"_s},
+         false,
+         [](const Call& call) { return RetireDeleted(call.arguments[0], call.options, call.out); }},
+        {u"patient"_s,
+         u"차트번호 --list | --remove [--db-user=이름 [--password-file=파일]]"_s,
+         u"한 환자의 파일과 스테이션의 기록을 모두 보여 줍니다. --remove는 차트번호를 두 번 물은 다음 지웁니다."_s,
+         Needs::Setup,
+         1,
+         1,
+         {u"--list"_s, u"--remove"_s, u"--db-user="_s, u"--password-file="_s},
+         true,
+         RunPatient,
+         Needs::Setup},
         {u"list-deleted"_s,
          u"[차트번호 [날짜]] [--json]"_s,
          u"삭제되거나 정리되어 Log 폴더에 있는 그림을 보여 줍니다."_s,

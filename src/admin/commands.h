@@ -92,6 +92,29 @@ int UpgradeTables(const QStringList& options, TerminalOutput& out);
 /// each finding where otherwise many of a kind are counted. Gives an `ExitCode`.
 int VerifyArchive(const QString& year, const QStringList& options, Report& report);
 
+/// `history [CHART]`: the record of access, newest last, of one patient or of all. The options are `--day=`, `--from=`,
+/// `--to=` (days of the acts, yyyymmdd), `--user=` (Linux user), `--kind=` (words of the table, joined with commas),
+/// `--csv`, `--json` (a line each), and `--db-user=NAME` with `--password-file=FILE`. Tells of gaps, on standard error
+/// beside CSV and JSON. Gives an `ExitCode`; `Found` where acts of a program's run are missing.
+int ShowHistory(const QString& chart, const QStringList& options, TerminalOutput& out);
+/// `notes CHART`: the earlier texts of the patient's notes and reports, with who changed them when. Options of the
+/// account as above. Gives an `ExitCode`.
+int ShowEarlierTexts(const QString& chart, const QStringList& options, TerminalOutput& out);
+
+/// What was kept for long enough goes; each lists what would go, and removes it with `--yes` alone. Each gives an
+/// `ExitCode`; `Found` where it refuses the year, or something couldn't be removed.
+
+/// `retire-log YEAR`: entries of the record of access of a year that ended at least two full years ago. Options of the
+/// account as above.
+int RetireLog(const QString& year, const QStringList& options, TerminalOutput& out);
+/// `retire-deleted YEAR`: pictures in the Log folders of a year that ended at least ten full years ago.
+int RetireDeleted(const QString& year, const QStringList& options, TerminalOutput& out);
+
+/// `patient CHART --list | --remove`: all that the station has of one patient: files, what waits on this machine, rows
+/// of its own tables but the record of access. `--remove` asks for the chart twice, at a terminal, and refuses while a
+/// visit is open. Options of the account as above. Gives an `ExitCode`; `Found` where something is left or was refused.
+int HandlePatient(const QString& chart, const QStringList& options, TerminalOutput& out);
+
 /// `first-setup`: groups of the station's users, capture root, tables, account and setup file of a machine that has
 /// none of them yet. Asks before each, and tells what it has done; what is there stays as it is. Throws PlatformError
 /// for anybody but root. Gives an `ExitCode`.
