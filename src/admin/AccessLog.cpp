@@ -171,8 +171,8 @@ QList<access_log::RunGap> access_log::RunGaps(const Filter& filter)
               "COUNT( DISTINCT log_seq ) < MAX( log_seq ) - MIN( log_seq ) + 1 ORDER BY MIN( log_no ) ");
     QList<RunGap> gaps;
     for (const auto rows = OpenRows(ask); !rows->Eof(); rows->MoveNext()) {
-        RunGap gap{FieldText(*rows, 0), FieldText(*rows, 1), FieldText(*rows, 2), FieldText(*rows, 3),
-                   FieldText(*rows, 4), 0};
+        RunGap gap{FieldText(*rows, 0), FieldText(*rows, 1), FieldText(*rows, 2),
+                   FieldText(*rows, 3), FieldText(*rows, 4), 0};
         const qint64 first = rows->Fields(6).toLongLong();
         gap.missing = rows->Fields(7).toLongLong() - first + 1 - rows->Fields(5).toLongLong();
         if (first > 1 && !(isCut && gap.from.left(4) == oldestYear))
@@ -209,8 +209,9 @@ QList<access_log::NumberGap> access_log::NumberGaps(const Filter& filter, qint64
 void access_log::CheckReadable(bool isServer)
 {
     if (ColumnsOf(u"ca_log"_s, isServer).isEmpty())
-        throw PlatformError(u"테이블 ca_log가 없거나 읽을 수 없습니다.!! capture-station-admin upgrade-tables로 만들고, "
-                            "서버에서는 grants-admin.sql의 계정을 --db-user=로 적으십시오."_s);
+        throw PlatformError(
+            u"테이블 ca_log가 없거나 읽을 수 없습니다.!! capture-station-admin upgrade-tables로 만들고, "
+            "서버에서는 grants-admin.sql의 계정을 --db-user=로 적으십시오."_s);
     try {
         OpenRows(Statement(u" SELECT log_no, log_at FROM ca_log WHERE 1 = 0 "));
     } catch (const TableRefused& error) {

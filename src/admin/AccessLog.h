@@ -19,8 +19,8 @@ struct Entry
     QString computer;
     QString user; ///< Linux user; "root (kim)" for one behind sudo.
     QString program;
-    QString run; ///< Identity of the program's run,
-    int seq = 0; ///< in which it is the act of that number.
+    QString run;  ///< Identity of the program's run,
+    int seq = 0;  ///< in which it is the act of that number.
     QString kind; ///< Word of the table; see `KindText`.
     bool isRefused = false;
     QString chart;

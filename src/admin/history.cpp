@@ -118,8 +118,8 @@ QString JsonLine(const QJsonObject& object)
     QString line;
     for (const QChar letter : QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact))) {
         const QChar::Category category = letter.category();
-        if (category == QChar::Other_Control || category == QChar::Other_Format ||
-            category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
+        if (category == QChar::Other_Control || category == QChar::Other_Format || category == QChar::Separator_Line ||
+            category == QChar::Separator_Paragraph)
             line += u"\\u%1"_s.arg(uint(letter.unicode()), 4, 16, QChar(u'0'));
         else
             line += letter;
@@ -196,9 +196,9 @@ int ShowHistory(const QString& chart, const QStringList& options, TerminalOutput
     }
     OpenRecord(options);
     if (isCsv)
-        PutRow({u"접수 번호"_s, u"시각"_s,   u"접수 시각"_s, u"컴퓨터"_s,   u"사용자"_s,    u"프로그램"_s, u"실행"_s,
-                u"차례"_s,      u"종류"_s,   u"한 일"_s,     u"거절"_s,     u"차트번호"_s,  u"방문 날짜"_s, u"검사"_s,
-                u"그림 번호"_s, u"그림"_s,   u"내용"_s,      u"앞의 글"_s,  u"기록 번호"_s},
+        PutRow({u"접수 번호"_s, u"시각"_s, u"접수 시각"_s, u"컴퓨터"_s, u"사용자"_s, u"프로그램"_s, u"실행"_s,
+                u"차례"_s, u"종류"_s, u"한 일"_s, u"거절"_s, u"차트번호"_s, u"방문 날짜"_s, u"검사"_s, u"그림 번호"_s,
+                u"그림"_s, u"내용"_s, u"앞의 글"_s, u"기록 번호"_s},
                out);
     qint64 count = 0;
     access_log::Read(*filter, [&](const access_log::Entry& entry) {

@@ -98,6 +98,9 @@ private:
             throw;
         } catch (const PlatformError& error) {
             m_out << u"[이상] 지우지 못하였습니다: %1\n"_s.arg(error.Text().simplified());
+            if (dynamic_cast<const TableRefused*>(&error) != nullptr)
+                m_out
+                    << u"    grants-admin.sql의 끝에 있는 권한을 주고, 그 계정을 --db-user=로 적어 다시 실행하십시오\n"_s;
             return false;
         }
     }
@@ -114,15 +117,13 @@ private:
             throw PlatformError(u"사용자 %1의 목록입니다. 그 사용자로 실행하거나 pending --take-over로 이어받으십시오 "
                                 "(%2)"_s.arg(waiting.foreignOwner, NativePath(waiting.path)));
         if (waiting.kind == PatientTraces::Waiting::OldList)
-            throw PlatformError(
-                u"예전 판의 목록입니다. 스테이션을 한 번 실행한 다음 다시 하십시오 (%1)"_s.arg(NativePath(waiting.path)));
+            throw PlatformError(u"예전 판의 목록입니다. 스테이션을 한 번 실행한 다음 다시 하십시오 (%1)"_s.arg(
+                NativePath(waiting.path)));
         if (waiting.kind == PatientTraces::Waiting::Queue) {
             QStringList statements;
             for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s})
-                statements << Statement(u"DELETE FROM ")
-                                  .Piece(table)
-                                  .Quoted(u" WHERE chart = '", m_traces.chart)
-                                  .Text();
+                statements
+                    << Statement(u"DELETE FROM ").Piece(table).Quoted(u" WHERE chart = '", m_traces.chart).Text();
             UseService<LocalDatabases>().Open(waiting.path)->Run(statements);
             return;
         }
@@ -150,7 +151,8 @@ private:
 /// Typed twice by somebody who sits there.
 bool IsMeant(const QString& chart, TerminalOutput& out)
 {
-    for (const QString& question : {u"지울 환자의 차트번호를 적으십시오(보이지 않습니다):"_s, u"한 번 더 적으십시오:"_s}) {
+    for (const QString& question :
+         {u"지울 환자의 차트번호를 적으십시오(보이지 않습니다):"_s, u"한 번 더 적으십시오:"_s}) {
         const QString typed = Surroundings.askSecret ? Surroundings.askSecret(question).trimmed() : QString();
         if (typed.isEmpty() || typed.rightJustified(chart.size(), u'0') != chart) {
             out << (typed.isEmpty() ? u"[거절] 터미널에서 차트번호를 두 번 적어야 합니다. "_s
@@ -189,7 +191,8 @@ int HandlePatient(const QString& chart, const QStringList& options, TerminalOutp
     Removal(traces, out).Run();
     const PatientTraces left = TracesOf(chart, setup.isServer);
     if (!left.IsAny()) {
-        out << u"모두 지웠습니다\n"_s;
+        out << (left.unreadable.isEmpty() ? u"모두 지웠습니다\n"_s
+                                          : u"지웠습니다. 읽을 수 없는 목록은 보지 못하였습니다\n"_s);
         return left.unreadable.isEmpty() ? AllWell : Found;
     }
     out << u"남은 것:\n"_s;

@@ -12,8 +12,8 @@
 #include "filing/ProcessList.h"
 #include "filing/StationLease.h"
 #include "filing/StillFiles.h"
-#include "frame/journal.h"
 #include "frame/components.h"
+#include "frame/journal.h"
 #include "frame/services.h"
 #include "pacs/SenderQueue.h"
 #include "records/Statement.h"
@@ -42,14 +42,25 @@ QStringList NamesOf(const QString& folder, const QString& chart)
     return names;
 }
 
-/// A claim of a station that lives, or may: it is filing a picture.
-bool IsHeld(const QString& path)
+/// Somebody who lives, or may, is working on the file.
+bool IsHeldBy(const QString& mark, const QString& path)
 {
-    const std::optional<NumberClaim::Facts> facts = NumberClaim::Read(path);
-    const Holder holder =
-        facts ? StationLease::HolderOf(ClientSetup.CaptureRoot, facts->holder) : Holder::Elsewhere;
+    const Holder holder = StationLease::HolderOf(ClientSetup.CaptureRoot, mark);
     return holder == Holder::Living || holder == Holder::Self ||
            (holder == Holder::Elsewhere && Files().AgeMs(path) < AbandonedMs);
+}
+
+/// Tells of a picture that is being filed, and of a movie that is being written.
+void TellHeld(const QString& path, const QString& name, PatientTraces& traces)
+{
+    QString mark = Files().MarkOfPartial(name);
+    const bool isClaim = !name.contains(u'.');
+    if (isClaim) {
+        const std::optional<NumberClaim::Facts> facts = NumberClaim::Read(path);
+        mark = facts ? facts->holder : QString();
+    }
+    if ((isClaim || !mark.isEmpty()) && IsHeldBy(mark, path))
+        traces.openVisits << u"저장하고 있는 파일: "_s + NativePath(path);
 }
 
 void LookIntoArchive(PatientTraces& traces)
@@ -72,11 +83,9 @@ void LookIntoArchive(PatientTraces& traces)
                     deleted.paths << path;
                 else if (name.contains(u'.'))
                     pictures.paths << path;
-                else {
+                else
                     claims.paths << path;
-                    if (IsHeld(path))
-                        traces.openVisits << u"저장하고 있는 번호: "_s + NativePath(path);
-                }
+                TellHeld(path, name, traces);
             }
         }
     }
@@ -120,8 +129,7 @@ void LookIntoJournals(const QString& folder, PatientTraces& traces)
                         waiting.deletions << job.id;
                 }
             });
-        waiting.lines =
-            static_cast<int>(waiting.pictures.size() + waiting.movies.size() + waiting.deletions.size());
+        waiting.lines = static_cast<int>(waiting.pictures.size() + waiting.movies.size() + waiting.deletions.size());
         if (waiting.lines == 0)
             continue;
         // Another machine's has its own folder, or may live.
@@ -154,6 +162,10 @@ void LookIntoQueues(const QString& folder, PatientTraces& traces)
                                  .toInt();
         if (waiting.lines > 0)
             traces.waiting << waiting;
+        if (queue.isSenderThere && std::ranges::any_of(queue.entries, [&traces](const PacsEntry& entry) {
+                return entry.chart == traces.chart && entry.state == PacsState::UnderWay;
+            }))
+            traces.openVisits << u"PACS로 보내고 있는 그림: "_s + NativePath(queue.path);
     }
     for (const ProcessList::Found& list : ProcessList::In(folder, u"Pacs"_s)) {
         if (!list.isReadable) {
@@ -184,9 +196,8 @@ void LookIntoTables(bool isServer, PatientTraces& traces)
             traces.closedTables << table;
             continue;
         }
-        const auto row =
-            OpenRows(Statement(u" SELECT COUNT(*) FROM %1 WHERE %2 = '"_s.arg(table, column)).Value(traces.chart).Piece(
-                u"' "));
+        const auto row = OpenRows(
+            Statement(u" SELECT COUNT(*) FROM %1 WHERE %2 = '"_s.arg(table, column)).Value(traces.chart).Piece(u"' "));
         if (const qint64 count = row->Fields(0).toLongLong(); count > 0)
             traces.rows.append({table, column, count});
     }

@@ -6,7 +6,8 @@
 #include <QString>
 #include <QStringList>
 
-/// What the station has of one patient, wherever it lies. The clinic's own tables and the record of access aren't asked.
+/// What the station has of one patient, wherever it lies. The clinic's own tables and the record of access aren't
+/// asked.
 struct PatientTraces
 {
     /// Files below the capture root, of one kind, by their paths.

@@ -73,9 +73,8 @@ private Q_SLOTS:
         QVERIFY2(lines.size() == 5 && lines[1].contains(u",lee,"_s) && lines[1].contains(u",\"'=1+1, \"\"x\"\"\","_s) &&
                      lines[2].endsWith(u",\"앞의"_s) && lines[3].startsWith(u"글\","_s),
                  qPrintable(m_output));
-        QCOMPARE(Run({u"history"_s, u"--user=kim"_s, u"--kind=note-stored,deleted"_s, u"--day=20261124"_s,
-                      u"--json"_s}),
-                 1);
+        QCOMPARE(
+            Run({u"history"_s, u"--user=kim"_s, u"--kind=note-stored,deleted"_s, u"--day=20261124"_s, u"--json"_s}), 1);
         const QJsonObject entry = QJsonDocument::fromJson(m_output.toUtf8()).object();
         QCOMPARE(entry.value(u"before"_s).toString(), u"앞의\n글"_s);
         QCOMPARE(Run({u"notes"_s, u"1234"_s}), 0);
@@ -145,16 +144,14 @@ private Q_SLOTS:
         InstallChecks(driver != u"QSQLITE"_s);
         const QString spool = LocalFolder() + u"Spool-0123.jpg"_s;
         const QString journal =
-            LocalFolder() +
-            u"Pictures-%1.journal"_s.arg(hindrance == u"journal" ? Files().ProcessMark() : DeadMark());
+            LocalFolder() + u"Pictures-%1.journal"_s.arg(hindrance == u"journal" ? Files().ProcessMark() : DeadMark());
         PictureRecord others{.id = u"0456"_s, .visit = CurrentVisit(), .state = PictureState::Local};
         others.visit.chart = u"00009999"_s;
         WriteWholeFile(spool, "x");
         UseService<LocalDatabases>().Open(journal)->Run(
             journal_rows::Tables() +
-            QStringList{
-                journal_rows::Write({.id = u"0123"_s, .visit = CurrentVisit(), .state = PictureState::Local}),
-                journal_rows::Write(others)});
+            QStringList{journal_rows::Write({.id = u"0123"_s, .visit = CurrentVisit(), .state = PictureState::Local}),
+                        journal_rows::Write(others)});
         SenderQueue().Add({PacsLine::Of(PacsLine::Send, CurrentVisit(), 1)});
         m_box->Run(u"INSERT INTO ca_uid (uid_chart, uid_ymd, uid_etc) VALUES ('00001234', '20261124', '위내시경');"
                    "INSERT INTO ca_log (log_id, log_at, log_kind, log_chart) VALUES ('1', '', 'filed', '00001234');"
