@@ -62,9 +62,10 @@ void AddPart(Statement& condition, QStringView piece, const QString& text, bool 
     condition.Value(text).Piece(u"' ");
 }
 
+/// Each part of it begins with AND.
 Statement ConditionOf(const access_log::Filter& filter)
 {
-    Statement condition(u" log_no > 0 ");
+    Statement condition;
     AddDays(condition, filter);
     if (!filter.chart.isEmpty())
         condition.Quoted(u" AND log_chart = '", filter.chart);
@@ -123,10 +124,9 @@ void access_log::Read(const Filter& filter, const std::function<void(const Entry
         const auto rows = OpenRows(Statement(u" SELECT log_no, log_id, log_at, CAST( log_arrived AS CHAR ), "
                                              "log_computer, log_user, log_program, log_run, log_seq, log_kind, "
                                              "log_refused, log_chart, log_ymd, log_etc, log_number, log_picture, "
-                                             "log_detail, log_before FROM ca_log WHERE ")
-                                       .Piece(condition.Text())
-                                       .Piece(u" AND log_no > ")
+                                             "log_detail, log_before FROM ca_log WHERE log_no > ")
                                        .Piece(last)
+                                       .Piece(condition.Text())
                                        .Then(u" ORDER BY log_no LIMIT ", PageRows));
         int count = 0;
         for (; !rows->Eof(); rows->MoveNext(), ++count) {
