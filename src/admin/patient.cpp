@@ -182,6 +182,10 @@ int HandlePatient(const QString& chart, const QStringList& options, TerminalOutp
     }
     if (!traces.IsAny())
         return AllWell;
+    // Their leases don't tell of which visit.
+    if (traces.livingStations > 0)
+        out << u"[참고] 스테이션 %1대가 실행 중입니다. 이 환자의 방문을 모두 닫았는지 확인하십시오\n"_s.arg(
+            traces.livingStations);
     out.Flush();
     if (!IsMeant(chart, out))
         return Found;

@@ -63,6 +63,20 @@ void TellHeld(const QString& path, const QString& name, PatientTraces& traces)
         traces.openVisits << u"저장하고 있는 파일: "_s + NativePath(path);
 }
 
+int LivingStations()
+{
+    const QString& root = ClientSetup.CaptureRoot;
+    const QString prefix = QString::fromUtf16(LeasePrefix);
+    int count = 0;
+    for (const QString& name : Files().FilesStartingWith(root, prefix)) {
+        const Holder holder = StationLease::HolderOf(root, name.sliced(prefix.size()));
+        if (holder == Holder::Living ||
+            (holder == Holder::Elsewhere && Files().AgeMs(root + name) <= StationLease::OldMs))
+            ++count;
+    }
+    return count;
+}
+
 void LookIntoArchive(PatientTraces& traces)
 {
     PatientTraces::Files pictures{u"그림"_s, {}};
@@ -215,6 +229,7 @@ PatientTraces TracesOf(const QString& chart, bool isServer)
 {
     PatientTraces traces;
     traces.chart = chart;
+    traces.livingStations = LivingStations();
     LookIntoArchive(traces);
     QStringList folders{LocalFolder()};
     for (const QString& folder : Surroundings.foldersOfOthers ? Surroundings.foldersOfOthers() : QStringList()) {

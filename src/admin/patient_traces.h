@@ -49,6 +49,8 @@ struct PatientTraces
     QStringList closedTables; ///< That aren't there, or can't be read.
     QStringList openVisits;   ///< Why a visit of the patient counts as open.
 
+    int livingStations = 0; ///< On this capture root, on whatever visit.
+
     bool IsAny() const;
 };
 
