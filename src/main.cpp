@@ -11,6 +11,7 @@
 #include "platform/desktop/screen_scale.h"
 #include "platform/dicom/register_dicom.h"
 #include "platform/disc/register_disc.h"
+#include "platform/files/act_source.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
 #include "platform/grid/register_grid.h"
@@ -24,6 +25,7 @@
 #include "platform/serial/register_serial.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
+#include "records/ActJournal.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 
@@ -48,6 +50,9 @@ constexpr char HelpText[] =
     "\n"
     "설정: CAPTURE_STATION_SETUP의 파일, 프로그램 폴더의 Setup.ini, /etc/capture-station/Setup.ini\n"
     "관리: capture-station-admin --help, man capture-station\n";
+
+/// What the end waits for acts on their way to the record.
+constexpr int ActsPatienceMs = 2000;
 
 /// Words that are no launch string: they need no screen.
 bool AnswerOption(int argc, char* argv[])
@@ -130,12 +135,14 @@ int main(int argc, char* argv[])
         UnloadForms();
         EndProgram();
     });
+    InstallService<ActJournal>(std::make_unique<ActJournal>(ActSourceHere(u"capture-station")));
     Guarded([] { Main(); });
     // The toolkit ends the process when the display is gone, in the middle of its own work.
     std::atexit(EndWithoutDisplay);
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
     // A process whose thread the kernel holds can stand for hours: the next start takes it for one that has ended.
     UseService<Desktop>().LeaveInstance();
+    UseService<ActJournal>().End(ActsPatienceMs);
     Connection.reset();
     // All that is to be kept is on the disk. A thread that is held would meet the end of what it works on.
     EndJournal();

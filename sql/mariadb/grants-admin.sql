@@ -6,7 +6,7 @@
 -- names in the place of those below.
 CREATE USER IF NOT EXISTS 'station_admin'@'%' IDENTIFIED BY PASSWORD_OF_THE_ADMINISTRATOR;
 -- Reads the record, and retires years of it. Nobody is to change an entry.
-GRANT SELECT, DELETE ON `clinic`.ca_log TO 'station_admin'@'%';
+GRANT SELECT, INSERT, DELETE ON `clinic`.ca_log TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.ca TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.cap TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.caso TO 'station_admin'@'%';

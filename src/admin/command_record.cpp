@@ -1,10 +1,10 @@
 #include "admin/command_record.h"
 
-#include "frame/journal.h"
-
-using namespace Qt::StringLiterals;
+#include "records/acts.h"
 
 void RecordCommand(const QString& detail)
 {
-    journal::Note(Journal::Information, u"관리 명령: "_s + detail);
+    acts::Act act{acts::Kind::Administered};
+    act.detail = detail;
+    acts::Record(act);
 }

@@ -7,6 +7,7 @@
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/terminal.h"
+#include "records/acts.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
@@ -49,6 +50,7 @@ struct Command
     bool namesVisit = false; ///< The arguments begin with a chart number and a date.
     int (*run)(const Call& call) = nullptr;
     Needs needsWithOption = Needs::Database;
+    bool writesOwnJson = false; ///< Its option for JSON is its own business.
 };
 
 /// A chart number in its eight columns.
@@ -138,7 +140,8 @@ const QList<Command>& Commands()
           u"--password-file="_s},
          true,
          [](const Call& call) { return ShowHistory(call.arguments.value(0), call.options, call.out); },
-         Needs::Nothing},
+         Needs::Nothing,
+         true},
         {u"notes"_s,
          u"차트번호 [--db-user=이름 [--password-file=파일]]"_s,
          u"바뀌거나 지워진 참고사항과 소견서의 앞의 글을 접근 기록에서 보여 줍니다."_s,
@@ -300,7 +303,7 @@ int Run(const Command& command, const QStringList& arguments, Report& report)
             continue;
         if (!Allows(command, argument))
             return Misused(u"모르는 인수입니다: %1"_s.arg(argument));
-        if (argument != Json)
+        if (argument != Json || command.writesOwnJson)
             options << argument;
         values.removeOne(argument);
     }
@@ -316,7 +319,13 @@ int Run(const Command& command, const QStringList& arguments, Report& report)
         report.Fail(u"설정이나 데이터베이스, 캡쳐 폴더를 쓸 수 없습니다.!!"_s);
         return CantWork;
     }
-    return command.run({values, options, report, report.Lines()});
+    const int exitCode = command.run({values, options, report, report.Lines()});
+    acts::Act act{acts::Kind::Administered};
+    act.detail = (QStringList{command.name} + arguments).join(u' ');
+    act.chart = command.namesVisit ? values.value(0) : QString();
+    act.isRefused = exitCode == UsedWrongly || exitCode == CantWork;
+    acts::Record(act);
+    return exitCode;
 }
 
 } // namespace
@@ -335,7 +344,8 @@ int RunCommand(const QStringList& arguments, TerminalOutput& out)
     const auto command = std::ranges::find(Commands(), name, &Command::name);
     if (command == Commands().end())
         return Misused(name.isEmpty() ? u"명령이 없습니다."_s : u"모르는 명령입니다: %1"_s.arg(name));
-    Report report(out, arguments.contains(Json) ? Report::Form::Json : Report::Form::Text, command->name);
+    const bool isDocument = arguments.contains(Json) && !command->writesOwnJson;
+    Report report(out, isDocument ? Report::Form::Json : Report::Form::Text, command->name);
     int result = CantWork;
     try {
         result = Run(*command, arguments.mid(1), report);

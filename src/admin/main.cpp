@@ -1,6 +1,8 @@
 #include "admin/commands.h"
+#include "frame/components.h"
 #include "frame/terminal.h"
 #include "platform/dicom/register_dicom.h"
+#include "platform/files/act_source.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/program_folder.h"
 #include "platform/imaging/register_imaging.h"
@@ -10,6 +12,7 @@
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "platform/terminal/register_terminal.h"
+#include "records/ActJournal.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 
@@ -70,6 +73,7 @@ int main(int argc, char* argv[])
     Surroundings.ask = AskOnTerminal;
     Surroundings.askSecret = AskSecretOnTerminal;
 
+    InstallService<ActJournal>(std::make_unique<ActJournal>(ActSourceHere(u"capture-station-admin")));
     int result = 0;
     {
         TerminalOutput out(stdout);
@@ -80,6 +84,8 @@ int main(int argc, char* argv[])
             result = result == AllWell ? Found : result;
         }
     }
+    constexpr int ActsPatienceMs = 2000;
+    UseService<ActJournal>().End(ActsPatienceMs);
     Connection.reset();
     // As in the station: a thread that the kernel holds would meet the end of what it works on.
     std::fflush(nullptr);

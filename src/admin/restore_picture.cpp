@@ -212,6 +212,7 @@ int RestorePicture(const QStringList& arguments, TerminalOutput& out)
     const std::optional<int> number = Bring(job, journal);
     if (!number)
         return Found;
+    RecordRestored(job, *number);
     SendAgain(job.visit, *number);
     journal.RemoveRestore(job.id);
     Tell(*picture, job.visit, *number, out);

@@ -10,6 +10,7 @@
 #include "frame/later.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "screenparts/VisitPictures.h"
 #include "session/VisitContext.h"
@@ -101,6 +102,9 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& p
 void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 {
     m_grid.Forget(picture.id);
+    acts::Act act{acts::Kind::Deleted, picture.visit.chart, picture.visit.ymd, picture.visit.etc};
+    act.picture = act.key = picture.id;
+    acts::Record(act);
     TakeOut({picture.id, 0}, picture.visit, false);
 }
 

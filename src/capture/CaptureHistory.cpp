@@ -7,6 +7,7 @@
 #include "editor/frmImgEdit.h"
 #include "frame/later.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
@@ -138,6 +139,7 @@ void CaptureHistory::ShowHistoryLine(int row)
     const Visit visit = VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, CellText(m_controls.visits, 2, row));
     m_controls.lblHisYmd.setText(LayIntoMask(visit.ymd, u"0000-00-00"));
     m_controls.lblHisEtc.setText(visit.etc);
+    acts::Record(acts::Kind::HistoryOpened, visit);
 
     const later::Hold hold(later::Fill);
     // The pictures of another line may not stand there while this one's are awaited.
@@ -155,8 +157,10 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
         return;
     const Visit visit = *pictures.Shown();
     const int number = picture->number;
+    acts::Record(acts::Kind::LookedAt, visit, number);
     if (!OpenPictureEditor(pictures.FileAt(column, row)))
         return;
+    acts::Record(acts::Kind::MarkedUp, visit, number);
     Q_EMIT PictureIsMarked(visit, number);
     ++m_lineShown;
     RefillHistory(visit);

@@ -21,6 +21,7 @@
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "pacs/PacsHandover.h"
+#include "records/acts.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
 #include "records/tables.h"
@@ -220,7 +221,12 @@ void frmCapture::ConnectControls()
     for (const int element : {1, 2}) {
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
-            Guarded([&] { path = Pictures(element).FileAt(column, row); });
+            Guarded([&] {
+                path = Pictures(element).FileAt(column, row);
+                if (!path.isEmpty())
+                    acts::Record(acts::Kind::DraggedOut, *Pictures(element).Shown(),
+                                 Pictures(element).At(column, row)->number);
+            });
             return path;
         });
     }
@@ -296,6 +302,7 @@ void frmCapture::ShowStored()
 void frmCapture::OnSectionChosen()
 {
     VisitContext.Etc = Trim(m_cmbEtc->currentText());
+    acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"캡쳐화면"_s);
     m_history->ShowSection();
 }
 

@@ -15,6 +15,7 @@
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "frame/waiting.h"
+#include "records/acts.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 
@@ -23,6 +24,7 @@
 #include <QFileInfo>
 #include <QPoint>
 #include <QPushButton>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -35,6 +37,20 @@ constexpr int BurnLookMs = 200;
 std::unique_ptr<XPBurn> NewBurner()
 {
     return CreateObject<XPBurn>(u"BaydenBurn.XPBurn"_s);
+}
+
+/// Whose pictures go to the disc: their names there begin with chart, date and number.
+void RecordStaged(const QString& area)
+{
+    static const QRegularExpression picture(uR"(^(.{8})(\d{8})(\d{3,5})\D)"_s);
+    for (const FolderEntry& entry : Files().Entries(area)) {
+        const QRegularExpressionMatch match = picture.match(entry.Name);
+        if (entry.IsFolder)
+            continue;
+        acts::Act act{acts::Kind::WrittenToDisc, match.captured(1), match.captured(2), {}, match.captured(3).toInt()};
+        act.detail = entry.Name;
+        acts::Record(act);
+    }
 }
 } // namespace
 
@@ -212,6 +228,7 @@ void frmCapCDWrite::StartBurning()
         }
         FollowStagingArea();
     }
+    RecordStaged(m_stagingPath);
     burner->Startburn();
     while (burner->isburning() && !UseService<Desktop>().ProgramEnded())
         waiting::ServeFor(

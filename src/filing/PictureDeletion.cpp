@@ -7,6 +7,7 @@
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 
@@ -32,6 +33,18 @@ void IdentifyFiles(DeletionJob& job)
     for (DeletionJob::Item& item : job.items) {
         if (!item.isMoved)
             item.version = Files().VersionOf(job.visit.PicturePath(item.number));
+    }
+}
+
+/// Each picture of a job once: those that are gone, and those that had to stay.
+void RecordDeleted(const DeletionJob& job)
+{
+    for (const DeletionJob::Item& item : job.items) {
+        acts::Act act{acts::Kind::Deleted, job.visit.chart, job.visit.ymd, job.visit.etc, item.number};
+        act.picture = item.picture;
+        act.isRefused = !item.isMoved;
+        act.key = u"%1/%2/%3"_s.arg(job.id).arg(item.number).arg(int(item.isMoved));
+        acts::Record(act);
     }
 }
 
@@ -236,6 +249,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
 
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
+    RecordDeleted(job);
     m_filing.Pictures().LetGo(job);
     m_filing.Journal().RemoveDeletion(job.id, result.fault == nullptr);
     m_doubtful.remove(job.id);

@@ -514,6 +514,8 @@ void PictureJournal::RemoveRestore(QString id)
 void PictureJournal::RestoreHasEnded(QString id, int number)
 {
     const auto found = FindJob(m_restores, id);
+    if (found != m_restores.end() && number > 0)
+        RecordRestored(*found, number);
     if (found == m_restores.end() || m_outlet == nullptr || number == 0) {
         RemoveRestore(id);
         return;

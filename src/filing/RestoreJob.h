@@ -13,3 +13,6 @@ struct RestoreJob
     int wanted = 0; ///< Number that it had.
     QString source; ///< Name that its file had in the Log folder.
 };
+
+/// In the record of access, once for the job: the picture stands under that number.
+void RecordRestored(const RestoreJob& job, int number);

@@ -9,6 +9,7 @@
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
@@ -34,6 +35,16 @@ QString RefusalText(const PictureRecord& picture, const QString& reason)
     return u"캡쳐 %1번(차트 %2, %3, %4)의 기록을 데이터베이스가 거부하여 따로 보관합니다.!!\r\n%5"_s.arg(
         NumberText(picture.number), picture.visit.chart, LayIntoMask(picture.visit.ymd, u"0000-00-00"),
         picture.visit.etc, reason);
+}
+
+void RecordFiled(const PictureRecord& picture)
+{
+    const bool isImport = picture.origin == PictureOrigin::Import;
+    acts::Act act{isImport ? acts::Kind::Imported : acts::Kind::Filed, picture.visit.chart, picture.visit.ymd,
+                  picture.visit.etc, picture.number};
+    // A run that was killed may file it again.
+    act.picture = act.key = picture.id;
+    acts::Record(act);
 }
 } // namespace
 
@@ -139,6 +150,7 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
         return;
     m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
     if (fault == nullptr) {
+        RecordFiled(picture);
         m_journal.HandOver(picture.id);
         if (rows.note.typed)
             m_journal.NoteIsStored(picture.visit, *rows.note.typed);

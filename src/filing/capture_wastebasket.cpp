@@ -11,6 +11,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "visit/Visit.h"
 
@@ -138,5 +139,6 @@ void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
             continue;
         MoveToLogFolder(visit, number, visit.captureDir);
         Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote, "1");
+        acts::Record(acts::Kind::Swept, visit, number);
     }
 }

@@ -8,6 +8,7 @@
 #include "filing/NumberClaim.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 
 #include <QRegularExpression>
@@ -167,6 +168,13 @@ int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
     }
     NumberClaim::Release(job.visit, *number);
     return *number;
+}
+
+void RecordRestored(const RestoreJob& job, int number)
+{
+    acts::Act act{acts::Kind::Restored, job.visit.chart, job.visit.ymd, job.visit.etc, number};
+    act.key = job.id;
+    acts::Record(act);
 }
 
 void picture_restore::GiveBack(const RestoreJob& job)

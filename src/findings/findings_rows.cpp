@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "findings/findings_record.h"
+#include "records/acts.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
@@ -248,6 +249,27 @@ QString NextFindingsNumber(const QString& year)
     return NumberBehind(GreatestNumber(year), year);
 }
 
+namespace {
+
+/// As they were read or stored last; null for a report without a row.
+QString TextsOf(const FindingsRecordFields& record)
+{
+    const std::optional<FindingsTexts> texts = StoredFindingsTexts(record);
+    if (!texts)
+        return {};
+    return texts->remark.isEmpty() ? u""_s + texts->findings : texts->findings + u"\n--\n"_s + texts->remark;
+}
+
+void RecordReport(acts::Kind kind, const FindingsRecordFields& record, const QString& earlier)
+{
+    acts::Act act{kind, record.Chart, Trim(record.Ymd), record.Etc};
+    act.detail = record.Yeonno;
+    act.before = earlier;
+    acts::Record(act);
+}
+
+} // namespace
+
 FindingsStored StoreFindings(FindingsRecordFields& record)
 {
     const bool hasNumber = record.Stored || record.Yeonno.toLongLong() > 0;
@@ -255,6 +277,7 @@ FindingsStored StoreFindings(FindingsRecordFields& record)
         throw PlatformError(u"열린 소견서가 없습니다. 소견서를 다시 여십시오.!!"_s);
     FindingsRecordRollback rollback(record);
     const QString before = record.Yeonno;
+    const QString earlier = TextsOf(record);
     if (record.Stored) {
         const QList<QVariant> sent = unanswered;
         if (!ReplaceRow(record, *record.Stored)) {
@@ -272,6 +295,7 @@ FindingsStored StoreFindings(FindingsRecordFields& record)
     }
     ReadBack(record);
     rollback.Keep();
+    RecordReport(acts::Kind::ReportStored, record, earlier);
     return record.Yeonno == before ? FindingsStored::Done : FindingsStored::Renumbered;
 }
 
@@ -323,7 +347,9 @@ void RemoveFindings(FindingsRecordFields& record)
     const QList<QVariant> own = record.Stored.value_or(RowOfRecord(record));
     if (row && OwnerOf(*row) != OwnerOf(own))
         throw PlatformError(u"다른 곳에서 같은 번호로 저장한 소견서입니다. 삭제하지 않았습니다.!!"_s);
+    const QString earlier = TextsOf(record);
     Execute(Statement(u" DELETE FROM caso ").Quoted(u" WHERE caso_yeonno = '", record.Yeonno));
+    RecordReport(acts::Kind::ReportDeleted, record, earlier);
     record.Stored.reset();
 }
 

@@ -12,6 +12,7 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "records/acts.h"
 #include "records/doctor_lookup.h"
 #include "records/Statement.h"
 #include "records/tables.h"
@@ -281,7 +282,12 @@ frmCapSogyon::Printed frmCapSogyon::PrintFindings()
     m_printing = true;
     const auto end = qScopeGuard([this] { m_printing = false; });
     // The report is stored by now: a printer that refuses costs nothing but the paper.
-    Guarded([this] { PrintFindingsPages(m_record, m_sheet.Slots(), *this); });
+    Guarded([this] {
+        PrintFindingsPages(m_record, m_sheet.Slots(), *this);
+        acts::Act act{acts::Kind::ReportPrinted, m_record.Chart, Trim(m_record.Ymd), m_record.Etc};
+        act.detail = m_record.Yeonno;
+        acts::Record(act);
+    });
     return saved == Saved::Whole ? Printed::Yes : Printed::NotStored;
 }
 

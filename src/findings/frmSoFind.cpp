@@ -10,6 +10,7 @@
 #include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "records/acts.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
 
@@ -195,6 +196,9 @@ void frmSoFind::EndRows()
 void frmSoFind::SearchFindings(int key, const QString& value)
 {
     const QString column = QString::fromUtf16(Columns[static_cast<size_t>(key - 1)].column);
+    acts::Act act{acts::Kind::Searched};
+    act.detail = column + u' ' + value;
+    acts::Record(act);
     auto rows = OpenRows(Statement(ListStatement)
                              .Piece(u" WHERE ")
                              .Piece(column)

@@ -17,6 +17,7 @@
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "launch/launch_string.h"
+#include "records/acts.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
@@ -108,6 +109,7 @@ void ShowCaptureScreen()
     if (Trim(VisitContext.Etc).isEmpty())
         VisitContext.Etc = screen.cmbEtc().itemText(0);
     screen.cmbEtc().setEditText(VisitContext.Etc);
+    acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"캡쳐화면"_s);
     screen.ShowStored();
 }
 
@@ -115,6 +117,7 @@ void ShowViewer()
 {
     CapShow& viewer = Form<CapShow>();
     viewer.Show();
+    acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"보기화면"_s);
     LoadCaptureList(CurrentVisit(), viewer.Pictures(), false);
 }
 

@@ -1,6 +1,7 @@
 #include "records/capture_index.h"
 
 #include "contracts/PlatformError.h"
+#include "records/acts.h"
 #include "records/Statement.h"
 #include "records/visit_note.h"
 #include "text/text_routines.h"
@@ -173,7 +174,14 @@ bool DeleteEmptyVisitRow(const Visit& visit)
 {
     if (!StoredNumbers(visit, NumberOrder::Any).isEmpty())
         return false;
-    Execute(Statement(u" DELETE FROM ca ").OfVisit(Visits, visit));
+    const QString note = RawNote(visit);
+    const bool isGone = Execute(Statement(u" DELETE FROM ca ").OfVisit(Visits, visit)) > 0;
+    if (isGone && !Trim(note).isEmpty()) {
+        acts::Act act{acts::Kind::NoteStored, visit.chart, visit.ymd, visit.etc};
+        act.detail = u"삭제"_s;
+        act.before = note;
+        acts::Record(act);
+    }
     return true;
 }
 

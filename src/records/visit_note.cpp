@@ -1,6 +1,7 @@
 #include "records/visit_note.h"
 
 #include "contracts/PlatformError.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
@@ -37,6 +38,15 @@ bool Replace(const Visit& visit, const QString& note, const QString& before)
     else
         statement.Piece(u" AND ").Same(u"ca_chamgo"_s, before);
     return Execute(statement) > 0;
+}
+
+void RecordStored(const Visit& visit, const QString& note, const QString& before)
+{
+    if (Trim(note) == Trim(before))
+        return;
+    acts::Act act{acts::Kind::NoteStored, visit.chart, visit.ymd, visit.etc};
+    act.before = before;
+    acts::Record(act);
 }
 
 QString LineEndOf(const QString& text)
@@ -88,14 +98,18 @@ NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList
     };
     for (int tries = 0; tries < MostTries; ++tries) {
         const auto replaces = [&](const QString& base) { return Replace(visit, note, base); };
-        if (std::ranges::any_of(bases, replaces))
+        if (const auto base = std::ranges::find_if(bases, replaces); base != bases.end()) {
+            RecordStored(visit, note, *base);
             return stored(NoteStored::Stored, {});
+        }
         const Row row = ReadRow(visit);
         if (!row.isThere) {
             if (!addsRow)
                 return {};
-            if (AddVisitRow(visit, typed))
+            if (AddVisitRow(visit, typed)) {
+                RecordStored(visit, note, {});
                 return stored(NoteStored::Stored, {});
+            }
             continue;
         }
         // Its own, from a statement that arrived without an answer, or one that says it already.
@@ -108,8 +122,10 @@ NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList
         if (!Replace(visit, both, row.note))
             continue;
         const QString kept = ReadRow(visit).note;
-        if (IsWhole(kept, both))
+        if (IsWhole(kept, both)) {
+            RecordStored(visit, both, row.note);
             return {NoteStored::Joined, kept, theirs};
+        }
         Replace(visit, row.note, kept);
         return stored(NoteStored::NoRoom, theirs);
     }

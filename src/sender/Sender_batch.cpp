@@ -6,6 +6,7 @@
 #include "frame/journal.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
+#include "records/acts.h"
 #include "records/picture_facts.h"
 #include "records/study_identity.h"
 #include "text/text_routines.h"
@@ -33,6 +34,14 @@ QString PictureText(const PacsEntry& entry)
 {
     return u"차트 %1 캡쳐 %2번(%3, %4)"_s.arg(Trim(entry.chart), NumberText(entry.number),
                                               LayIntoMask(entry.ymd, u"0000-00-00"), entry.etc);
+}
+
+void RecordSent(const PacsEntry& entry, const QString& uid)
+{
+    acts::Act act{acts::Kind::Sent, entry.chart, entry.ymd, entry.etc, entry.number};
+    act.picture = entry.id;
+    act.detail = act.key = uid;
+    acts::Record(act);
 }
 
 int Doubled(int firstMs, int times)
@@ -401,6 +410,7 @@ void Sender::TakeAnswer(const Item& item, const Answer& answer)
     switch (outcome.kind) {
     case DicomOutcome::Accepted:
         m_ledger.Sent(entry, answer.uid);
+        RecordSent(entry, answer.uid);
         m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), QString::number(++m_sent));
         if (outcome.isOtherSet)
             journal::Note(Journal::Information,

@@ -1,11 +1,14 @@
+#include "frame/components.h"
 #include "frame/journal.h"
 #include "platform/dicom/register_dicom.h"
+#include "platform/files/act_source.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/journal/StandardErrorJournal.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
 #include "platform/terminal/register_terminal.h"
+#include "records/ActJournal.h"
 #include "records/Statement.h"
 #include "sender/SenderLife.h"
 
@@ -44,8 +47,11 @@ int main(int argc, char* argv[])
     RegisterSql();
     RegisterSetup(MissingRoot::IsTold);
     RegisterDicom();
+    InstallService<ActJournal>(std::make_unique<ActJournal>(ActSourceHere(u"capture-station-sender")));
     bool isDone = false;
     journal::NotingFaults([&isDone] { isDone = LiveAsSender(); });
+    constexpr int ActsPatienceMs = 2000;
+    UseService<ActJournal>().End(ActsPatienceMs);
     Connection.reset();
     EndJournal();
     // As in the station: a thread that the kernel holds would meet the end of what it works on.

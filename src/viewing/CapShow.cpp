@@ -15,6 +15,7 @@
 #include "frame/twips.h"
 #include "frame/waiting.h"
 #include "pacs/PacsHandover.h"
+#include "records/acts.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
@@ -46,7 +47,11 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
             }));
     m_sprCap->setDragFile([this](int column, int row) {
         QString path;
-        Guarded([&] { path = m_pictures->FileAt(column, row); });
+        Guarded([&] {
+            path = m_pictures->FileAt(column, row);
+            if (!path.isEmpty())
+                acts::Record(acts::Kind::DraggedOut, *m_pictures->Shown(), m_pictures->At(column, row)->number);
+        });
         return path;
     });
     connect(m_popup, &QMenu::triggered, this, GuardedSlot([this](QAction*) { PrintShownCaptures(); }));
@@ -144,7 +149,11 @@ void CapShow::OpenEditorFromCell(int column, int row)
     const Visit visit = *m_pictures->Shown();
     const ShownPicture picture = *m_pictures->At(column, row);
     // Here nobody stores the visit.
-    if (OpenPictureEditor(path) && m_pacs)
+    acts::Record(acts::Kind::LookedAt, visit, picture.number);
+    const bool isMarked = OpenPictureEditor(path);
+    if (isMarked)
+        acts::Record(acts::Kind::MarkedUp, visit, picture.number);
+    if (isMarked && m_pacs)
         m_pacs->PictureIsMarked(visit, picture.number, false);
     if (const qsizetype at = m_pictures->Find(picture); at >= 0 && m_pictures->Shown() == visit) {
         const QImage thumbnail = ::Pictures().LoadWithin(path, m_sprCap->CellPixels(column, row));

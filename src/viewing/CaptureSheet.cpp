@@ -6,6 +6,7 @@
 #include "contracts/StatusPanels.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/PrintedPage.h"
 #include "screenparts/VisitPictures.h"
@@ -110,4 +111,8 @@ void PrintGridSheet(const VisitPictures& pictures, const StatusPanels& patient, 
         sheet.Pictures.append(path);
     const BusyPointer busy;
     PrintCaptureSheet(sheet, carrier);
+    QStringList numbers;
+    for (const auto& [number, path] : chosen)
+        numbers << QString::number(number);
+    acts::Record(acts::Kind::Printed, sheet.Of, 0, numbers.join(u", "_s));
 }

@@ -101,6 +101,9 @@ QString sqlite::Translated(const QString& statement)
                "WHERE type IN ('table', 'view') AND name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name"_s.arg(
                    match.captured(1));
     }
+    static const QRegularExpression ignore(uR"(^\s*INSERT\s+IGNORE\b)"_s, QRegularExpression::CaseInsensitiveOption);
+    if (const QRegularExpressionMatch match = ignore.match(statement); match.hasMatch())
+        return Translated(u"INSERT OR IGNORE"_s + statement.mid(match.capturedEnd()));
     // Looked for first: hardly a statement has one, and some hold long texts.
     return WithoutLeft(statement.contains(u"CONVERT("_s) ? WithoutConvert(statement) : statement);
 }
