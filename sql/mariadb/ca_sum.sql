@@ -8,7 +8,7 @@ CREATE TABLE IF NOT EXISTS ca_sum (
     sum_id    CHAR(32)     NOT NULL,             -- identity of the picture
     sum_hash  CHAR(64)     NOT NULL,             -- SHA-256 of the file, hex
     sum_bytes BIGINT       NOT NULL DEFAULT 0,   -- length of the file
-    sum_at    VARCHAR(29)  NOT NULL DEFAULT '',  -- when it was reckoned: yyyy-mm-ddThh:mm:ss.zzz+hh:mm
+    sum_at    VARCHAR(29)  NOT NULL DEFAULT '',  -- when the row came to say so: ISO 8601, UTC
     sum_state VARCHAR(10)  NOT NULL DEFAULT '',  -- live, deleted, trusted: reckoned from a file that was there already
     PRIMARY KEY (sum_chart, sum_ymd, sum_etc, sum_no, sum_id)
 ) ENGINE = InnoDB DEFAULT CHARSET = utf8mb4 COLLATE = utf8mb4_bin;

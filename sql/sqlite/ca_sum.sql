@@ -9,7 +9,7 @@ CREATE TABLE IF NOT EXISTS ca_sum (
     sum_id TEXT NOT NULL,                   -- identity of the picture
     sum_hash TEXT NOT NULL,                 -- SHA-256 of the file, hex
     sum_bytes INTEGER NOT NULL DEFAULT 0,   -- length of the file
-    sum_at TEXT NOT NULL DEFAULT '',        -- when it was reckoned: yyyy-mm-ddThh:mm:ss.zzz+hh:mm
+    sum_at TEXT NOT NULL DEFAULT '',        -- when the row came to say so: ISO 8601, UTC
     sum_state TEXT NOT NULL DEFAULT '',     -- live, deleted, trusted: reckoned from a file that was there already
     PRIMARY KEY (sum_chart, sum_ymd, sum_etc, sum_no, sum_id)
 ) WITHOUT ROWID;

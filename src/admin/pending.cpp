@@ -151,8 +151,8 @@ void AwaitFiling(const StillFiling& filing, const MovieFiling& movies, const boo
 {
     // The claims go last, on the share's thread.
     const auto left = [&] {
-        return filing.Pictures().Waiting() + filing.Journal().Waiting() + (isSettled ? 0 : 1) +
-               (movies.IsAtRest() ? 0 : 1) + (filing.Pictures().IsIdle() ? 0 : 1);
+        return filing.Pictures().Waiting() + filing.Journal().Waiting() + (filing.Marked().IsAtRest() ? 0 : 1) +
+               (isSettled ? 0 : 1) + (movies.IsAtRest() ? 0 : 1) + (filing.Pictures().IsIdle() ? 0 : 1);
     };
     AwaitNothingLeft(left, PatienceMs);
 }

@@ -49,7 +49,7 @@ bool IsOfRoot(const Visit& visit)
 void CheckContent(const QString& path)
 {
     const auto database = UseService<LocalDatabases>().OpenToRead(path);
-    database->Run(journal_rows::Tables());
+    journal_rows::MakeTables(*database);
     bool isOurs = true;
     for (const PictureRecord& picture : journal_rows::Pictures(*database))
         isOurs &= IsOfRoot(picture.visit) && IsPathPart(picture.id);
@@ -59,6 +59,8 @@ void CheckContent(const QString& path)
         isOurs &= IsOfRoot(job.visit);
     for (const RestoreJob& job : journal_rows::Restores(*database))
         isOurs &= IsOfRoot(job.visit) && IsPathPart(job.id) && IsPathPart(job.source);
+    for (const MarkedJob& job : journal_rows::Marked(*database))
+        isOurs &= IsOfRoot(job.visit);
     for (const MovieJob& job : journal_rows::Movies(*database)) {
         isOurs &= IsInRoot(job.visit.captureDir) && IsPathPart(job.id);
         for (const MovieJob::File& file : job.earlier + job.brought)

@@ -158,7 +158,10 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
     const Visit visit = *pictures.Shown();
     const int number = picture->number;
     acts::Record(acts::Kind::LookedAt, visit, number);
-    if (!OpenPictureEditor(pictures.FileAt(column, row)))
+    const auto saved = [&](const PictureSum& sum, const QByteArray& version) {
+        Q_EMIT PictureIsReplaced(visit, number, sum, version);
+    };
+    if (!OpenPictureEditor(pictures.FileAt(column, row), saved))
         return;
     acts::Record(acts::Kind::MarkedUp, visit, number);
     Q_EMIT PictureIsMarked(visit, number);

@@ -8,6 +8,7 @@ class fpSpread;
 class QLabel;
 class VisitGrid;
 class VisitNote;
+struct PictureSum;
 struct Visit;
 class VisitPictures;
 
@@ -55,6 +56,8 @@ public:
     void EditHistoryPicture(int column, int row);
 
 Q_SIGNALS:
+    /// The editor has written a picture's file.
+    void PictureIsReplaced(const Visit& visit, int number, const PictureSum& sum, const QByteArray& version);
     /// A picture has been marked up: its file is another one now.
     void PictureIsMarked(const Visit& visit, int number);
 

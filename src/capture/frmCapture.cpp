@@ -198,6 +198,7 @@ void frmCapture::FinishMovies()
 
 void frmCapture::ConnectControls()
 {
+    connect(m_history.get(), &CaptureHistory::PictureIsReplaced, &m_filing->Marked(), &MarkedPictures::Add);
     connect(m_grid.get(), &VisitGrid::CanBeShown, this, GuardedSlot([this] {
                 if (!IsUnloaded())
                     m_history->ShowAgain();

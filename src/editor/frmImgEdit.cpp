@@ -184,15 +184,15 @@ void frmImgEdit::Save()
     m_canvas.ShowLastStep();
     ImagXpress& picture = m_canvas.imgMain();
     picture.setTargetFileType(JpegFile);
-    picture.setTargetFile(m_path);
+    const QByteArray content = picture.TargetContent();
     std::exception_ptr fault;
     try {
-        picture.WriteTargetFile();
+        WriteWholeFile(m_path, content);
     } catch (const StoredWithFault&) {
         fault = std::current_exception();
     }
     m_openedVersion = Files().VersionOf(m_path);
-    Q_EMIT Saved();
+    Q_EMIT Saved(SumOf(content), m_openedVersion);
     guard::Rethrow(fault);
 }
 
@@ -250,13 +250,17 @@ void frmImgEdit::ChooseFont()
     SaveFontSettings(font);
 }
 
-bool OpenPictureEditor(const QString& path)
+bool OpenPictureEditor(const QString& path,
+                       const std::function<void(const PictureSum& sum, const QByteArray& version)>& saved)
 {
     if (path.isEmpty())
         return false;
     bool isSaved = false;
     frmImgEdit& editor = Form<frmImgEdit>();
-    QObject::connect(&editor, &frmImgEdit::Saved, &editor, [&isSaved] { isSaved = true; });
+    QObject::connect(&editor, &frmImgEdit::Saved, &editor, [&](const PictureSum& sum, const QByteArray& version) {
+        isSaved = true;
+        saved(sum, version);
+    });
     editor.setPath(path);
     editor.ShowModal();
     return isSaved;

@@ -3,8 +3,10 @@
 #include "editor/drawing_tools.h"
 #include "editor/EditCanvas.h"
 #include "frame/forms.h"
+#include "records/picture_sums.h"
 
 #include <array>
+#include <functional>
 
 class QLabel;
 class QToolButton;
@@ -26,8 +28,8 @@ public:
     EditCanvas& Canvas() { return m_canvas; }
 
 Q_SIGNALS:
-    /// The file has been written.
-    void Saved();
+    /// The file has been written, and this is what it holds.
+    void Saved(const PictureSum& sum, const QByteArray& version);
 
 protected:
     void Form_Load() override;
@@ -73,6 +75,7 @@ private:
     QByteArray m_openedVersion; ///< Of the file, when it was read or written last.
 };
 
-/// Opens the editor on a picture, and returns when it is closed: true when it has written the file. Nothing happens
-/// without a path.
-bool OpenPictureEditor(const QString& path);
+/// Opens the editor on a picture, and returns when it is closed: true when it has written the file; `saved` hears of
+/// each time, with the version of the file. Nothing happens without a path.
+bool OpenPictureEditor(const QString& path,
+                       const std::function<void(const PictureSum& sum, const QByteArray& version)>& saved);

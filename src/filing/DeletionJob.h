@@ -14,7 +14,7 @@ struct DeletionJob
     {
         int number = 0;
         QByteArray version = {}; ///< Of its file when the job was begun; empty without one.
-        QString picture = {};    ///< Identity of one whose rows aren't in yet.
+        QString picture = {};    ///< Identity, as far as it is known.
         bool isMoved = false;    ///< It is no live picture any more.
         bool wasMoved = false;   ///< This job has moved it, in this run.
     };

@@ -1,11 +1,14 @@
 #include "filing/Leftovers.h"
 
+#include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/picture_restore.h"
 #include "filing/StillFiling.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
+#include "frame/services.h"
 #include "records/capture_index.h"
+#include "records/picture_sums.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
 #include "visit/Visit.h"
@@ -53,11 +56,16 @@ void Leftovers::Write(const QList<LeftoverNumber>& numbers)
 void Leftovers::Submit(const LeftoverNumber& leftover, const CountPointer& count)
 {
     const auto isNew = std::make_shared<bool>(false);
-    const auto write = [isNew, visit = leftover.visit, number = leftover.number] {
-        if (HasPictureRow(visit, number))
+    const auto write = [isNew, leftover] {
+        if (HasPictureRow(leftover.visit, leftover.number))
             return;
-        AddCaptureRows(visit, number);
+        AddCaptureRows(leftover.visit, leftover.number);
         *isNew = true;
+        // What it was when it was taken went with its station.
+        PictureSum sum;
+        journal::NotingFaults(
+            [&] { sum = SumOf(Files().ReadArchivedFile(leftover.visit.PicturePath(leftover.number))); });
+        KeepSum(leftover.visit, leftover.number, leftover.picture, sum, SumState::Live);
     };
     QueueStatements(this, write,
                     [this, count, isNew, visit = leftover.visit, number = leftover.number,

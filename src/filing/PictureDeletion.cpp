@@ -9,6 +9,7 @@
 #include "frame/services.h"
 #include "records/acts.h"
 #include "records/capture_index.h"
+#include "records/picture_sums.h"
 #include "records/Statement.h"
 
 #include <QPointer>
@@ -23,6 +24,8 @@ namespace {
 
 /// So long after a failure the database is asked again.
 constexpr int RetryMs = 1000;
+/// A file keeps its way into the Log folder though nobody tells its picture's identity by then.
+constexpr int IdentityPatienceMs = 1000;
 
 /// Every one is a picture that can be moved, before the first is touched. Throws PlatformError.
 void IdentifyFiles(DeletionJob& job)
@@ -144,11 +147,37 @@ void PictureDeletion::TakeIdentified(const DeletionJob& job, const std::exceptio
         Finish(job, {job.visit, {}, false, fault});
         return;
     }
-    DeletionJob planned = job;
-    planned.isPlanned = true;
-    m_filing.Journal().StoreDeletion(planned);
-    // Behind the journal: a run that is cut off from here on is finished by the next.
-    m_filing.AfterJournal(this, [this, planned] { Go(planned); });
+    AskIdentities(job);
+}
+
+void PictureDeletion::AskIdentities(const DeletionJob& job)
+{
+    const auto known = std::make_shared<DeletionJob>(job);
+    const auto isOver = std::make_shared<bool>(false);
+    const auto goOn = [this, isOver](const DeletionJob& identified) {
+        if (m_hasEnded || std::exchange(*isOver, true) || m_filing.Journal().FindDeletion(identified.id) == nullptr)
+            return;
+        DeletionJob planned = identified;
+        planned.isPlanned = true;
+        m_filing.Journal().StoreDeletion(planned);
+        // Behind the journal: a run that is cut off from here on is finished by the next.
+        m_filing.AfterJournal(this, [this, planned] { Go(planned); });
+    };
+    const bool isAllKnown =
+        std::ranges::none_of(job.items, [](const DeletionJob::Item& item) { return item.picture.isEmpty(); });
+    if (isAllKnown || m_filing.IsDatabaseAway()) {
+        goOn(job);
+        return;
+    }
+    const auto ask = [known] {
+        for (DeletionJob::Item& item : known->items) {
+            if (item.picture.isEmpty())
+                item.picture = PictureIdOf(known->visit, item.number);
+        }
+    };
+    QueueStatements(this, ask,
+                    [goOn, known, job](const std::exception_ptr& fault) { goOn(fault == nullptr ? *known : job); });
+    QTimer::singleShot(IdentityPatienceMs, this, [goOn, job] { goOn(job); });
 }
 
 void PictureDeletion::TakeMoved(const DeletionJob& job, const std::exception_ptr& fault)
@@ -217,8 +246,10 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
             if (!item.isMoved)
                 continue;
             // A row without a file: another deletion may have freed the number, and another station taken it.
-            if (item.wasMoved || capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(item.number)))
+            if (item.wasMoved || capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(item.number))) {
                 DeletePictureRow(job.visit, item.number);
+                SumIsDeleted(job.visit, item.number, item.picture);
+            }
         }
         const bool hadPictures = !result->deleted.isEmpty() || job.isWhole;
         result->isVisitGone = mayBeEmpty && hadPictures && DeleteEmptyVisitRow(job.visit);

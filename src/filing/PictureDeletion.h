@@ -62,6 +62,8 @@ private:
     /// Does it on the share's thread, with a copy of the job, and answers with that, unless the job has been given up.
     using Answer = void (PictureDeletion::*)(const DeletionJob& job, const std::exception_ptr& fault);
     void AtShare(const DeletionJob& job, const std::function<void(DeletionJob&)>& work, Answer answer);
+    /// Asks for the identities that the journal doesn't know, and goes on without them when no answer comes.
+    void AskIdentities(const DeletionJob& job);
     void TakeIdentified(const DeletionJob& job, const std::exception_ptr& fault);
     void TakeMoved(const DeletionJob& job, const std::exception_ptr& fault);
     /// The database doesn't answer: the same step again, after a while.

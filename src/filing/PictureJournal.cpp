@@ -128,18 +128,20 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
                     false,
                     {},
                     {},
+                    {},
                     {}};
         found.isReadable = !isBroken && journal::NotingFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
             found.pictures = journal_rows::Pictures(*database);
             found.movies = journal_rows::Movies(*database);
             found.restores = journal_rows::Restores(*database);
+            found.marked = journal_rows::Marked(*database);
         });
         journals.append(found);
     }
     for (const ProcessList::Found& list : ProcessList::In(folder, ListName))
         journals.append(
-            {list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document), {}, {}});
+            {list.path, list.holder, list.foreignOwner, list.isReadable, PicturesIn(list.document), {}, {}, {}});
     return journals;
 }
 
@@ -150,13 +152,14 @@ PictureJournal::PictureJournal(WorkThread& writer, std::function<void(const QStr
     journal::NotingFaults([&] {
         m_lock = Files().Lock(PathOf(mark, LockEnding));
         m_database = UseService<LocalDatabases>().Open(PathOf(mark, JournalEnding));
-        m_database->Run(journal_rows::Tables());
+        journal_rows::MakeTables(*m_database);
         const Content own = Read(*m_database);
         m_pictures = own.pictures;
         m_folders = own.folders;
         m_deletions = own.deletions;
         m_movies = own.movies;
         m_restores = own.restores;
+        m_marked = own.marked;
     });
     if (heir == Heir::OfNobody)
         return;
@@ -183,7 +186,7 @@ void PictureJournal::End()
     const QString mark = Files().ProcessMark();
     journal::NotingFaults([&] {
         const bool isEmpty = !*m_isAnyLeft && m_pictures.isEmpty() && m_leftFolders.isEmpty() &&
-                             m_deletions.isEmpty() && m_movies.isEmpty() && m_restores.isEmpty();
+                             m_deletions.isEmpty() && m_movies.isEmpty() && m_restores.isEmpty() && m_marked.isEmpty();
         if (isEmpty && m_database != nullptr) {
             m_database.reset();
             UseService<LocalDatabases>().Remove(PathOf(mark, JournalEnding));
@@ -229,7 +232,7 @@ bool PictureJournal::TakeOverJournal(const QString& path)
     Content content;
     const bool isReadable = journal::NotingFaults([&] {
         const auto database = databases.Open(path);
-        database->Run(journal_rows::Tables());
+        journal_rows::MakeTables(*database);
         content = Read(*database);
     });
     if (!isReadable) {
@@ -252,7 +255,7 @@ void PictureJournal::TakeOverLists()
         const QJsonArray claimed = list.object().value(u"folders"_s).toArray();
         for (const auto& value : claimed)
             folders.append({value[u"captureDir"_s].toString(), value[u"etc"_s].toString()});
-        Adopt({PicturesIn(list), folders, {}, {}, {}});
+        Adopt({PicturesIn(list), folders, {}, {}, {}, {}});
     });
     for (const QString& owner : lists.ForeignOwners()) {
         if (!m_foreignOwners.contains(owner))
@@ -265,8 +268,8 @@ void PictureJournal::TakeOverLists()
 
 PictureJournal::Content PictureJournal::Read(LocalDatabase& journal)
 {
-    return {journal_rows::Pictures(journal), journal_rows::Folders(journal), journal_rows::Deletions(journal),
-            journal_rows::Movies(journal), journal_rows::Restores(journal)};
+    return {journal_rows::Pictures(journal), journal_rows::Folders(journal),  journal_rows::Deletions(journal),
+            journal_rows::Movies(journal),   journal_rows::Restores(journal), journal_rows::Marked(journal)};
 }
 
 void PictureJournal::Adopt(const Content& content)
@@ -283,7 +286,7 @@ void PictureJournal::Adopt(const Content& content)
     for (const Folder& folder : content.folders)
         statements << journal_rows::Write(folder, true);
     statements << AdoptJobs(m_deletions, content.deletions) << AdoptJobs(m_movies, content.movies)
-               << AdoptJobs(m_restores, content.restores);
+               << AdoptJobs(m_restores, content.restores) << AdoptJobs(m_marked, content.marked);
     if (m_database != nullptr)
         m_database->Run(statements);
     // In the order of the presses, whichever process's they were.
@@ -523,6 +526,26 @@ void PictureJournal::RestoreHasEnded(QString id, int number)
     const PictureRecord picture{.id = id, .visit = found->visit, .number = number, .origin = PictureOrigin::Restored};
     DropJob(m_restores, id);
     PassOn(picture, {}, journal_rows::RemoveRestore(id));
+}
+
+void PictureJournal::StoreMarked(const MarkedJob& job)
+{
+    QStringList statements;
+    m_marked.removeIf([&](const MarkedJob& earlier) {
+        const bool isSame = earlier.visit == job.visit && earlier.number == job.number;
+        if (isSame)
+            statements << journal_rows::RemoveMarked(earlier.id);
+        return isSame;
+    });
+    m_marked.append(job);
+    Store(statements << journal_rows::Write(job));
+}
+
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+void PictureJournal::RemoveMarked(QString id)
+{
+    if (DropJob(m_marked, id))
+        Store({journal_rows::RemoveMarked(id)});
 }
 
 bool PictureJournal::HasAnyBeside(const DeletionJob& job) const

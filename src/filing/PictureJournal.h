@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "filing/DeletionJob.h"
+#include "filing/MarkedJob.h"
 #include "filing/MovieJob.h"
 #include "filing/PictureOutlet.h"
 #include "filing/PictureRecord.h"
@@ -47,8 +48,9 @@ public:
         QList<PictureRecord> pictures;
         QList<MovieJob> movies;
         QList<RestoreJob> restores;
+        QList<MarkedJob> marked;
 
-        qsizetype Size() const { return pictures.size() + movies.size() + restores.size(); }
+        qsizetype Size() const { return pictures.size() + movies.size() + restores.size() + marked.size(); }
     };
     /// What tells the other users of this machine how many pictures a process has.
     static QString CountPath(const QString& mark);
@@ -119,6 +121,12 @@ public:
     /// journal lets go of the job.
     void RestoreHasEnded(QString id, int number);
 
+    /// Pictures that were marked up and whose sums the table hasn't got yet, in the order of their marking.
+    const QList<MarkedJob>& Marked() const { return m_marked; }
+    /// In the place of an earlier one of the same picture.
+    void StoreMarked(const MarkedJob& job);
+    void RemoveMarked(QString id);
+
     /// Numbers are being claimed in that folder from here on: should this process die, they are looked for there.
     void ClaimsIn(const Folder& folder);
     /// Folders in which the stations whose journals were taken over had claimed numbers.
@@ -141,6 +149,7 @@ private:
         QList<DeletionJob> deletions;
         QList<MovieJob> movies;
         QList<RestoreJob> restores;
+        QList<MarkedJob> marked;
     };
     static Content Read(LocalDatabase& journal);
 
@@ -171,6 +180,7 @@ private:
     QList<DeletionJob> m_deletions;
     QList<MovieJob> m_movies;
     QList<RestoreJob> m_restores;
+    QList<MarkedJob> m_marked;
     QList<Folder> m_folders;
     QList<Folder> m_leftFolders;
     QStringList m_foreignOwners;

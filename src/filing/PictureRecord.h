@@ -1,5 +1,6 @@
 #pragma once
 
+#include "records/picture_sums.h"
 #include "visit/Visit.h"
 
 #include <QDateTime>
@@ -43,6 +44,7 @@ struct PictureRecord
     QDateTime takenAt = {};
     QString reason = {};                ///< Why it is set aside.
     std::optional<TypedNote> note = {}; ///< To be stored with it, when there is one.
+    PictureSum sum = {};                ///< Of its content as it came from the encoder; unknown before that.
 
     bool isFromEarlierRun = false;
     // Of this run alone.

@@ -14,6 +14,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <future>
 
 using namespace Qt::StringLiterals;
 
@@ -100,6 +101,9 @@ struct StillFiles::Still
     bool isLeft = false;                 ///< By an earlier run, which may have filed it.
     std::atomic<bool> isDeleted = false; ///< It goes on to the deleted pictures.
     std::atomic<bool> isPlaced = false;
+    std::promise<PictureSum> sumTaken = {};
+    /// What the encoder gave. Unknown for one that an earlier run has left without it.
+    std::shared_future<PictureSum> sum = sumTaken.get_future().share();
 
     // The screen's thread alone.
     QByteArray content = {}; ///< Empty when it has to be read from the local disk.
@@ -140,6 +144,7 @@ StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
         still->isLeft = still->isEncoded = still->isWaiting = true;
         still->isDeleted = picture.IsDeleted();
         still->local = Still::Kept;
+        still->sumTaken.set_value(picture.sum);
         m_road.append(still);
     }
     *m_isAway = !m_road.isEmpty();
@@ -236,6 +241,26 @@ void StillFiles::Encode(const StillPointer& still, const std::function<QByteArra
         });
         KeepLocally(still, content);
         HandOver(still, content, false);
+        TakeSum(still, content);
+    });
+}
+
+void StillFiles::TakeSum(const StillPointer& still, const QByteArray& content)
+{
+    const PictureSum sum = SumOf(content);
+    still->sumTaken.set_value(sum);
+    PostToScreen([self = m_self, id = still->id, sum] {
+        if (!self)
+            return;
+        const PictureRecord* picture = self->m_journal.Find(id);
+        if (picture == nullptr || picture->sum.IsKnown())
+            return;
+        // It is written with the picture's next state, but for one that waits, which has none for long.
+        const auto change = [&sum](PictureRecord& changed) { changed.sum = sum; };
+        if (picture->state == PictureState::Local)
+            self->m_journal.Update(id, change);
+        else
+            self->m_journal.Mark(id, change);
     });
 }
 
@@ -292,13 +317,22 @@ StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, Ca
         if (const std::optional<int> number = NumberClaim::NumberOf(still.visit, still.id)) {
             placed.number = *number;
             numbers.Hold(still.visit, *number);
+            placed.sum = still.sum.get();
+            if (!placed.sum.IsKnown())
+                placed.sum = SumOf(Files().ReadArchivedFile(still.visit.PicturePath(*number)));
         } else if (!FileExists(LocalPath(still.id))) {
             // It had come neither here nor there.
             return placed;
         }
     }
-    if (placed.number == 0)
-        placed = PlaceFile(still, content.isEmpty() ? Files().ReadFile(LocalPath(still.id)) : content, numbers);
+    if (placed.number == 0) {
+        const QByteArray whole = content.isEmpty() ? Files().ReadFile(LocalPath(still.id)) : content;
+        placed = PlaceFile(still, whole, numbers);
+        placed.sum = still.sum.get();
+        // The run that took it was killed before it knew.
+        if (!placed.sum.IsKnown())
+            placed.sum = SumOf(whole);
+    }
     if (still.isDeleted) {
         ThrowAway(still, placed.number, numbers);
         placed.number = 0;
@@ -400,6 +434,7 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
         m_journal.Update(still->id, [&](PictureRecord& changed) {
             changed.number = placed.number;
             changed.state = PictureState::OnShare;
+            changed.sum = placed.sum;
         });
     } else {
         // Deleted, or refused, while the share had it in its hands.
@@ -452,7 +487,8 @@ void StillFiles::LetWait(const StillPointer& still)
 {
     if (std::exchange(still->isWaiting, true))
         return;
-    m_journal.Mark(still->id, [](PictureRecord& picture) {
+    // What it was when it was taken outlives this run with it.
+    m_journal.Update(still->id, [](PictureRecord& picture) {
         picture.waits = true;
         if (!picture.IsDeleted())
             picture.state = PictureState::Local;

@@ -92,6 +92,7 @@ private:
     {
         int number = 0; ///< 0 for one that needs no place any more.
         QString fault;  ///< The file stands, but the disk reported a fault.
+        PictureSum sum{};
     };
 
     /// On the share's thread.
@@ -100,6 +101,8 @@ private:
     static Placed PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers);
 
     void Encode(const StillPointer& still, const std::function<QByteArray()>& encode);
+    /// On the encoder's thread, behind what the picture's way needs.
+    void TakeSum(const StillPointer& still, const QByteArray& content);
     void KeepLocally(const StillPointer& still, const QByteArray& content);
     void RemoveLocally(const QString& id);
     /// One that isn't the first lets those that wait go before it.

@@ -53,8 +53,9 @@ struct StillFiling::Rows
 {
     Note note;
 
-    void Write(const Visit& visit, int number, const std::optional<TypedNote>& typed, OwnNotes& own)
+    void Write(const PictureRecord& picture, const std::optional<TypedNote>& typed, OwnNotes& own)
     {
+        const Visit& visit = picture.visit;
         if (typed) {
             note.typed = typed->text;
             note.stored = StoreNote(visit, typed->text, own.Bases(visit, *typed), true);
@@ -63,7 +64,8 @@ struct StillFiling::Rows
             AddVisitRow(visit, {});
             note.stored.raw = RawNote(visit);
         }
-        WritePictureRow(visit, number);
+        WritePictureRow(visit, picture.number);
+        KeepSum(visit, picture.number, picture.id, picture.sum, SumState::Live);
     }
 };
 
@@ -121,12 +123,11 @@ void StillFiling::Submit(const PictureRecord& picture)
     std::optional<TypedNote> typed = m_note(picture.visit);
     if (!typed)
         typed = picture.note;
-    const auto work = [rows, visit = picture.visit, number = picture.number, typed, own = m_ownNotes,
-                       blocked = m_blocked] {
+    const auto work = [rows, picture, typed, own = m_ownNotes, blocked = m_blocked] {
         if (*blocked)
             throw DatabaseAway(QString());
         try {
-            rows->Write(visit, number, typed, *own);
+            rows->Write(picture, typed, *own);
         } catch (const DatabaseAway&) {
             *blocked = true;
             throw;
@@ -143,7 +144,7 @@ void StillFiling::Submit(const PictureRecord& picture)
 void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault)
 {
     if (m_forgotten.remove(picture.id)) {
-        Undo(picture.visit, picture.number);
+        Undo(picture);
         return;
     }
     if (m_journal.Find(picture.id) == nullptr)
@@ -207,12 +208,15 @@ NoteStored StillFiling::StoreTyped(const Visit& visit, const TypedNote& note)
     return stored;
 }
 
-void StillFiling::Undo(const Visit& visit, int number)
+void StillFiling::Undo(const PictureRecord& picture)
 {
-    const auto remove = [visit, number, isLast = !m_journal.HasAny(visit)] {
-        DeletePictureRow(visit, number);
+    const Visit& visit = picture.visit;
+    const int number = picture.number;
+    const auto remove = [picture, isLast = !m_journal.HasAny(visit)] {
+        DeletePictureRow(picture.visit, picture.number);
+        KeepSum(picture.visit, picture.number, picture.id, picture.sum, SumState::Deleted);
         if (isLast)
-            DeleteEmptyVisitRow(visit);
+            DeleteEmptyVisitRow(picture.visit);
     };
     // The number is claimed until its row has gone: no new picture can have taken it.
     const auto release = [this, visit, number](const std::exception_ptr&) { Release(visit, number); };
@@ -307,14 +311,12 @@ void StillFiling::Forget(const QString& id)
         m_files.Delete(id);
         return;
     }
-    const Visit visit = picture->visit;
-    const int number = picture->number;
-    const bool isUnderWay = picture->isUnderWay;
+    const PictureRecord forgotten = *picture;
     m_journal.Remove(id);
-    if (isUnderWay)
+    if (forgotten.isUnderWay)
         m_forgotten.insert(id);
     else
-        Undo(visit, number);
+        Undo(forgotten);
     Q_EMIT Changed();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "filing/MarkedPictures.h"
 #include "filing/PictureJournal.h"
 #include "filing/StillFiles.h"
 #include "frame/WorkThread.h"
@@ -71,6 +72,9 @@ public:
     /// that the server refuses or doesn't answer for.
     bool IsAtRest() const;
 
+    /// Pictures that the editor replaces.
+    MarkedPictures& Marked() { return m_marked; }
+    const MarkedPictures& Marked() const { return m_marked; }
     PictureJournal& Journal() { return m_journal; }
     const PictureJournal& Journal() const { return m_journal; }
     /// Makes them when the share answers, before it takes a picture.
@@ -96,7 +100,7 @@ private:
     void Submit(const PictureRecord& picture);
     void AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault);
     /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
-    void Undo(const Visit& visit, int number);
+    void Undo(const PictureRecord& picture);
     void SetAway(bool isAway);
     void Retry();
 
@@ -118,6 +122,7 @@ private:
     WorkThread m_local; ///< Files of this machine.
     PictureJournal m_journal;
     StillFiles m_files;
+    MarkedPictures m_marked{m_journal};
     QSet<QString> m_forgotten; ///< Deleted while their rows were under way.
     /// Rows handed over earlier have failed: those behind them wait too, so that their order stays.
     const std::shared_ptr<std::atomic<bool>> m_blocked = std::make_shared<std::atomic<bool>>(false);

@@ -13,6 +13,7 @@
 #include "frame/waiting.h"
 #include "records/acts.h"
 #include "records/capture_index.h"
+#include "records/picture_sums.h"
 #include "visit/Visit.h"
 
 #include <QList>
@@ -137,7 +138,10 @@ void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)
     for (const int number : orphans) {
         if (NumberClaim::Stands(visit, number) || HasPictureRow(visit, number))
             continue;
-        MoveToLogFolder(visit, number, visit.captureDir);
+        const QString id = PictureIdOf(visit, number);
+        MoveToLogFolder(visit, number, visit.captureDir, id);
+        if (!id.isEmpty())
+            SumIsDeleted(visit, number, id);
         Files().SetFileNote(visit.DeletedPicturePath(number), SweptNote, "1");
         acts::Record(acts::Kind::Swept, visit, number);
     }

@@ -51,6 +51,22 @@ QList<MovieJob::File> MovieFiles(const QJsonValue& json)
     return files;
 }
 
+/// A sum as one text: its length behind it.
+QString TextOf(const PictureSum& sum)
+{
+    return sum.IsKnown() ? sum.hash + u' ' + QString::number(sum.bytes) : QString();
+}
+
+PictureSum SumIn(const QString& text)
+{
+    return {text.section(u' ', 0, 0), text.section(u' ', 1, 1).toLongLong()};
+}
+
+bool HasSums(LocalDatabase& journal)
+{
+    return !journal.Rows(u"SELECT name FROM pragma_table_info('picture') WHERE name = 'sum'"_s).isEmpty();
+}
+
 /// A journal of an earlier release lacks some.
 bool HasTable(LocalDatabase& journal, QStringView name)
 {
@@ -63,21 +79,32 @@ QStringList journal_rows::Tables()
 {
     return {u"CREATE TABLE IF NOT EXISTS picture ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
             "chart TEXT, yuhyung TEXT, ymd TEXT, etc TEXT, captureDir TEXT, imageExt TEXT, number INTEGER, state TEXT, "
-            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT )"_s,
+            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT, sum TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
             "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
             u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS movie ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
             "job TEXT )"_s,
-            u"CREATE TABLE IF NOT EXISTS restored ( id TEXT PRIMARY KEY, job TEXT )"_s};
+            u"CREATE TABLE IF NOT EXISTS restored ( id TEXT PRIMARY KEY, job TEXT )"_s,
+            u"CREATE TABLE IF NOT EXISTS marked ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
+            "job TEXT )"_s};
+}
+
+void journal_rows::MakeTables(LocalDatabase& journal)
+{
+    journal.Run(Tables());
+    if (!HasSums(journal))
+        journal.Run({u"ALTER TABLE picture ADD COLUMN sum TEXT"_s});
 }
 
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
 {
     QList<PictureRecord> pictures;
+    const QString sum = HasSums(journal) ? u"sum"_s : u"NULL"_s;
     for (const QVariantList& row :
          journal.Rows(u"SELECT id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, takenAt, "
-                      "reason, note, noteBase FROM picture ORDER BY place"_s)) {
+                      "reason, note, noteBase, "_s +
+                      sum + u" FROM picture ORDER BY place"_s)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
         PictureRecord picture;
         picture.id = text(0);
@@ -89,6 +116,7 @@ QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
         picture.reason = text(11);
         if (!row.at(12).isNull())
             picture.note = TypedNote{text(12), text(13)};
+        picture.sum = SumIn(text(14));
         pictures.append(picture);
     }
     return pictures;
@@ -214,12 +242,43 @@ QString journal_rows::RemoveRestore(const QString& id)
     return Statement().Quoted(u"DELETE FROM restored WHERE id = '", id).Text();
 }
 
+QList<MarkedJob> journal_rows::Marked(LocalDatabase& journal)
+{
+    QList<MarkedJob> jobs;
+    if (!HasTable(journal, u"marked"))
+        return jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM marked ORDER BY place"_s)) {
+        const QJsonObject json = ObjectIn(row.at(1));
+        jobs.append({row.at(0).toString(), VisitFromJson(json), json.value(u"number"_s).toInt(),
+                     SumIn(json.value(u"sum"_s).toString()), json.value(u"version"_s).toString().toUtf8()});
+    }
+    return jobs;
+}
+
+QString journal_rows::Write(const MarkedJob& job)
+{
+    QJsonObject json = ToJson(job.visit);
+    json.insert(u"number"_s, job.number);
+    json.insert(u"sum"_s, TextOf(job.sum));
+    json.insert(u"version"_s, QString::fromUtf8(job.version));
+    return Statement(u"REPLACE INTO marked ( id, job ) VALUES ( ")
+        .Then(u"'", job.id)
+        .Then(u"', '", TextOf(json))
+        .Piece(u"' )")
+        .Text();
+}
+
+QString journal_rows::RemoveMarked(const QString& id)
+{
+    return Statement().Quoted(u"DELETE FROM marked WHERE id = '", id).Text();
+}
+
 QString journal_rows::Write(const PictureRecord& picture)
 {
     const Visit& visit = picture.visit;
     // Its place stays what it was: the order of the presses.
     Statement statement(u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, "
-                        "origin, takenAt, reason, note, noteBase ) VALUES ( ");
+                        "origin, takenAt, reason, note, noteBase, sum ) VALUES ( ");
     statement.Then(u"'", picture.id)
         .Then(u"', '", visit.chart)
         .Then(u"', '", visit.yuhyung)
@@ -236,9 +295,9 @@ QString journal_rows::Write(const PictureRecord& picture)
         statement.Then(u"', '", picture.note->text).Then(u"', '", picture.note->base).Piece(u"'");
     else
         statement.Piece(u"', NULL, NULL");
-    return statement
-        .Piece(u" ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
-               "reason = excluded.reason, note = excluded.note, noteBase = excluded.noteBase")
+    return statement.Then(u", '", TextOf(picture.sum))
+        .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
+               "reason = excluded.reason, note = excluded.note, noteBase = excluded.noteBase, sum = excluded.sum")
         .Text();
 }
 

@@ -10,6 +10,7 @@
 #include "frame/services.h"
 #include "records/acts.h"
 #include "records/capture_index.h"
+#include "records/picture_sums.h"
 
 #include <QRegularExpression>
 
@@ -161,6 +162,10 @@ int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
     }
     if (!HasPictureRow(job.visit, *number))
         AddCaptureRows(job.visit, *number);
+    // What lay in the Log folder tells which picture it is, as long as it lies there.
+    if (IsThere(TakenPath(job)))
+        SumIsRestored(job.visit, *number, IdentityOfDeleted(TakenPath(job)),
+                      SumOf(Files().ReadArchivedFile(TakenPath(job))));
     try {
         DeleteFile(TakenPath(job));
     } catch (const PlatformError& error) {

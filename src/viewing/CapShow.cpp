@@ -7,6 +7,7 @@
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "editor/frmImgEdit.h"
+#include "filing/MarkedPictures.h"
 #include "frame/components.h"
 #include "frame/controls.h"
 #include "frame/guard.h"
@@ -132,6 +133,7 @@ void CapShow::ConnectPacs()
 void CapShow::Form_Unload()
 {
     m_sprCap->BeginFill();
+    m_marked.reset();
     const QString left = m_pacs ? m_pacs->End() : QString();
     if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
         ShowInformation(left, ClosingPatienceMs);
@@ -148,9 +150,14 @@ void CapShow::OpenEditorFromCell(int column, int row)
     }
     const Visit visit = *m_pictures->Shown();
     const ShownPicture picture = *m_pictures->At(column, row);
+    const auto saved = [&](const PictureSum& sum, const QByteArray& version) {
+        if (!m_marked)
+            m_marked = std::make_unique<MarkedPicturesAlone>();
+        m_marked->Pictures().Add(visit, picture.number, sum, version);
+    };
     // Here nobody stores the visit.
     acts::Record(acts::Kind::LookedAt, visit, picture.number);
-    const bool isMarked = OpenPictureEditor(path);
+    const bool isMarked = OpenPictureEditor(path, saved);
     if (isMarked)
         acts::Record(acts::Kind::MarkedUp, visit, picture.number);
     if (isMarked && m_pacs)

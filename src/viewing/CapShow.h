@@ -6,6 +6,7 @@
 
 class fpSpread;
 class ImagXpress;
+class MarkedPicturesAlone;
 class NoticeStrip;
 class PacsHandover;
 class QLabel;
@@ -48,5 +49,6 @@ private:
     QMenu* m_popup = nullptr;
     NoticeStrip* m_notices = nullptr;
     std::unique_ptr<VisitPictures> m_pictures;
-    std::unique_ptr<PacsHandover> m_pacs; ///< Null without a server in the setup.
+    std::unique_ptr<MarkedPicturesAlone> m_marked; ///< Null until a picture is marked up.
+    std::unique_ptr<PacsHandover> m_pacs;          ///< Null without a server in the setup.
 };

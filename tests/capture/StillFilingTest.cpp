@@ -5,6 +5,7 @@
 #include "platform/files/process_mark.h"
 #include "platform/sql/register_sql.h"
 #include "records/capture_index.h"
+#include "records/picture_sums.h"
 #include "support/CaptureScreen.h"
 
 #include <csignal>
@@ -246,6 +247,10 @@ private Q_SLOTS:
         QTRY_VERIFY(!NumberClaim::Stands(visit, 3));
         QCOMPARE(box.Desk().shown, QStringList());
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"쓰던 글"_s);
+        // What each was stands beside its rows, the killed one's too.
+        QTRY_COMPARE(box.Value(u"SELECT GROUP_CONCAT(sum_no || sum_state) AS v FROM ca_sum WHERE sum_hash = '%1'"_s.arg(
+                         SumOf(StationInABox::Jpeg({64, 48}, Qt::red)).hash)),
+                     u"1live,2live,3live"_s);
         screen.Unload();
         QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 3);
     }

@@ -1,0 +1,247 @@
+#include "records/picture_sums.h"
+
+#include "contracts/PlatformError.h"
+#include "frame/journal.h"
+#include "records/Statement.h"
+#include "visit/Visit.h"
+
+#include <QDateTime>
+#include <QUuid>
+
+#include <openssl/evp.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// As they stand in the table, in the order of `SumState`.
+const QStringList States{u"live"_s, u"trusted"_s, u"deleted"_s};
+
+QString Now()
+{
+    return QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
+}
+
+/// The statement's condition: the rows of the visit.
+Statement& OfVisit(Statement& statement, const Visit& visit)
+{
+    return statement.Quoted(u" WHERE sum_chart = '", visit.chart)
+        .Quoted(u" AND sum_ymd = '", visit.ymd)
+        .Quoted(u" AND sum_etc = '", visit.etc);
+}
+
+Statement& OfNumber(Statement& statement, const Visit& visit, int number)
+{
+    return OfVisit(statement, visit).Then(u" AND sum_no = ", number).Piece(u" ");
+}
+
+StoredSum SumIn(const AdoRecordset& row)
+{
+    const auto text = [&row](int place) { return row.Fields(place).toString(); };
+    return {{text(0), text(1), text(2), row.Fields(3).toInt()},
+            text(4),
+            {text(5), row.Fields(6).toLongLong()},
+            text(7),
+            static_cast<SumState>(std::max<qsizetype>(0, States.indexOf(text(8))))};
+}
+
+constexpr char16_t Columns[] =
+    u" SELECT sum_chart, sum_ymd, sum_etc, sum_no, sum_id, sum_hash, sum_bytes, sum_at, sum_state FROM ca_sum ";
+
+QList<StoredSum> SumsIn(const Statement& statement)
+{
+    QList<StoredSum> sums;
+    for (const auto rows = OpenRows(statement); !rows->Eof(); rows->MoveNext())
+        sums.append(SumIn(*rows));
+    return sums;
+}
+
+void Add(const Visit& visit, int number, const QString& id, const PictureSum& sum, SumState state)
+{
+    Execute(Statement(u" INSERT INTO ca_sum ( sum_chart, sum_ymd, sum_etc, sum_no, sum_id, sum_hash, sum_bytes, ")
+                .Piece(u"sum_at, sum_state ) ")
+                .Then(u" VALUES ( '", visit.chart)
+                .Then(u"', '", visit.ymd)
+                .Then(u"', '", visit.etc)
+                .Then(u"', ", number)
+                .Then(u", '", id)
+                .Then(u"', '", sum.hash)
+                .Piece(u"', ")
+                .Piece(QString::number(sum.bytes))
+                .Then(u", '", Now())
+                .Then(u"', '", States.at(static_cast<int>(state)))
+                .Piece(u"' ) "));
+}
+
+Statement ToState(SumState state)
+{
+    Statement statement(u" UPDATE ca_sum SET ");
+    statement.Quoted(u" sum_state = '", States.at(static_cast<int>(state)));
+    return statement;
+}
+
+/// A clinic whose tables come from an earlier release goes on without; who looks after it hears of it.
+void NoteOnce(const PlatformError& error)
+{
+    static std::atomic_flag isNoted;
+    if (!isNoted.test_and_set())
+        journal::NoteFault(u"테이블 ca_sum을 쓸 수 없어 그림의 합을 기억하지 못합니다.!! "
+                           "capture-station-admin upgrade-tables를 실행하십시오\n"_s +
+                           error.Text());
+}
+
+/// Whatever becomes of a sum, its picture goes its way.
+template <class Work>
+void WithTable(const Visit& visit, int number, const Work& work)
+{
+    try {
+        work();
+    } catch (const DatabaseAway&) {
+        throw;
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+    } catch (const PlatformError& error) {
+        journal::NoteFault(u"그림의 합을 기억하지 못함: %1 %2 %3 %4번\n%5"_s.arg(visit.chart, visit.ymd, visit.etc)
+                               .arg(number)
+                               .arg(error.Text()));
+    }
+}
+
+} // namespace
+
+PictureSum SumOf(const QByteArray& content)
+{
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned int size = 0;
+    if (EVP_Digest(content.constData(), static_cast<size_t>(content.size()), digest.data(), &size, EVP_sha256(),
+                   nullptr) != 1)
+        return {};
+    const auto bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(digest.data()), static_cast<int>(size));
+    return {QString::fromLatin1(bytes.toHex()), content.size()};
+}
+
+QList<StoredSum> SumsOf(const Visit& visit, int number)
+{
+    Statement statement(Columns);
+    return SumsIn(OfNumber(statement, visit, number).Piece(u" ORDER BY sum_at DESC "));
+}
+
+QString PictureIdOf(const Visit& visit, int number)
+{
+    QString id;
+    WithTable(visit, number, [&] {
+        const QList<StoredSum> sums = SumsOf(visit, number);
+        const auto live = std::ranges::find_if(sums, &StoredSum::IsLive);
+        id = live != sums.end() ? live->id : QString();
+    });
+    return id;
+}
+
+void KeepSum(const Visit& visit, int number, const QString& id, const PictureSum& sum, SumState state)
+{
+    if (!sum.IsKnown())
+        return;
+    WithTable(visit, number, [&] {
+        bool isThere = false;
+        for (const StoredSum& other : SumsOf(visit, number)) {
+            isThere |= other.id == id;
+            if (other.IsLive() && (other.id != id || state == SumState::Deleted)) {
+                Statement statement = ToState(SumState::Deleted);
+                Execute(OfNumber(statement, visit, number).Quoted(u" AND sum_id = '", other.id));
+            }
+        }
+        if (!isThere)
+            Add(visit, number, id, sum, state);
+    });
+}
+
+void ReplaceSum(const Visit& visit, int number, const PictureSum& sum, SumState state)
+{
+    WithTable(visit, number, [&] {
+        const QList<StoredSum> sums = SumsOf(visit, number);
+        auto own = std::ranges::find_if(sums, &StoredSum::IsLive);
+        if (own == sums.end() && state == SumState::Deleted)
+            own = sums.begin();
+        if (own == sums.end()) {
+            Add(visit, number, QUuid::createUuid().toString(QUuid::Id128), sum, state);
+            return;
+        }
+        Statement statement = ToState(state);
+        statement.Quoted(u", sum_hash = '", sum.hash)
+            .Piece(u", sum_bytes = ")
+            .Piece(QString::number(sum.bytes))
+            .Quoted(u", sum_at = '", Now());
+        Execute(OfNumber(statement, visit, number).Quoted(u" AND sum_id = '", own->id));
+    });
+}
+
+void SumIsDeleted(const Visit& visit, int number, const QString& id)
+{
+    WithTable(visit, number, [&] {
+        Statement statement = ToState(SumState::Deleted);
+        OfNumber(statement, visit, number);
+        if (!id.isEmpty())
+            statement.Quoted(u" AND sum_id = '", id);
+        Execute(statement);
+    });
+}
+
+void SumIsRestored(const Visit& visit, int number, const QString& id, const PictureSum& sum)
+{
+    WithTable(visit, number, [&] {
+        const auto bring = [&](const QString& column, const QString& value) {
+            Statement statement(Columns);
+            OfVisit(statement, visit).Quoted(u" AND "_s + column + u" = '"_s, value);
+            const QList<StoredSum> sums = SumsIn(statement.Piece(u" ORDER BY sum_at DESC "));
+            // A run that was cut off may have done it.
+            const auto isBack = [&](const StoredSum& each) { return each.IsLive() && each.picture.number == number; };
+            if (std::ranges::any_of(sums, isBack))
+                return true;
+            const auto deleted = std::ranges::find_if_not(sums, &StoredSum::IsLive);
+            if (deleted == sums.end())
+                return false;
+            Statement update = ToState(SumState::Live);
+            update.Then(u", sum_no = ", number).Piece(u" ");
+            Execute(OfNumber(update, visit, deleted->picture.number).Quoted(u" AND sum_id = '", deleted->id));
+            return true;
+        };
+        if (id.isEmpty() || !bring(u"sum_id"_s, id))
+            bring(u"sum_hash"_s, sum.hash);
+    });
+}
+
+std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optional<StoredSum>& after, int most)
+{
+    Statement statement(Columns);
+    statement.Quoted(u" WHERE LEFT(sum_ymd, 4) = '", year);
+    if (after) {
+        const PictureKey& key = after->picture;
+        // The first condition alone is one that a server begins to read at.
+        statement.Quoted(u" AND sum_chart >= '", key.chart)
+            .Quoted(u" AND ( sum_chart > '", key.chart)
+            .Quoted(u" OR sum_ymd > '", key.ymd)
+            .Quoted(u" OR ( sum_ymd = '", key.ymd)
+            .Quoted(u" AND ( sum_etc > '", key.etc)
+            .Quoted(u" OR ( sum_etc = '", key.etc)
+            .Then(u" AND ( sum_no > ", key.number)
+            .Then(u" OR ( sum_no = ", key.number)
+            .Quoted(u" AND sum_id > '", after->id)
+            .Piece(u" ) ) ) ) ) ) ");
+    }
+    statement.Then(u" ORDER BY sum_chart, sum_ymd, sum_etc, sum_no, sum_id LIMIT ", most).Piece(u" ");
+    try {
+        return SumsIn(statement);
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+        return std::nullopt;
+    }
+}
+
+void TrustSum(const Visit& visit, int number, const PictureSum& sum)
+{
+    Add(visit, number, QUuid::createUuid().toString(QUuid::Id128), sum, SumState::Trusted);
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "records/capture_index.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+/// What the station's pictures were when they were written, as the station's table `ca_sum` keeps it: a row for each
+/// picture under its identity, also for those that were deleted. A clinic without that table goes on without, and the
+/// journal says so once; so it does where the server refuses a sum. All that ask the table are to be called where
+/// statements may be; DatabaseAway is thrown on.
+
+/// The sum of a file's content.
+struct PictureSum
+{
+    QString hash;     ///< SHA-256, 64 small hexadecimal digits; empty when it isn't known.
+    qint64 bytes = 0; ///< Length of the content.
+
+    bool IsKnown() const { return !hash.isEmpty(); }
+    bool operator==(const PictureSum&) const = default;
+};
+
+PictureSum SumOf(const QByteArray& content);
+
+enum class SumState {
+    Live,
+    Trusted, ///< Live, and taken from the file as it was found, long after it was written.
+    Deleted,
+};
+
+/// A row of the table.
+struct StoredSum
+{
+    PictureKey picture;
+    QString id;
+    PictureSum sum;
+    QString at; ///< When the row came to say so: ISO 8601, UTC.
+    SumState state = SumState::Live;
+
+    bool IsLive() const { return state != SumState::Deleted; }
+};
+
+/// Identity of the picture that has the number now; empty when the table doesn't know it.
+QString PictureIdOf(const Visit& visit, int number);
+/// Keeps the sum of a new picture; a row of its identity stays as it is, but for a deletion. What the table knew as live
+/// under the number has been deleted.
+void KeepSum(const Visit& visit, int number, const QString& id, const PictureSum& sum, SumState state);
+/// The picture's file has become another, and the picture stays the same: the live one of the number or, with
+/// `Deleted`, the one that was known last under it. One that has no row gets one, under a new identity.
+void ReplaceSum(const Visit& visit, int number, const PictureSum& sum, SumState state);
+/// `id` may be empty.
+void SumIsDeleted(const Visit& visit, int number, const QString& id);
+/// A deleted picture is back under a number. Without an identity it is the one of the visit with that sum.
+void SumIsRestored(const Visit& visit, int number, const QString& id, const PictureSum& sum);
+
+/// Sums of a year's pictures in the order of the table's key, behind `after` or from the first on, as many at a time as
+/// `most` says. Nothing without the table.
+std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optional<StoredSum>& after, int most);
+/// All of a number's, the latest first. Throws PlatformError.
+QList<StoredSum> SumsOf(const Visit& visit, int number);
+/// Adds a row for a picture without one. Throws PlatformError.
+void TrustSum(const Visit& visit, int number, const PictureSum& sum);
