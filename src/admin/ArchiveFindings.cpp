@@ -15,6 +15,10 @@ constexpr int MostTold = 1000;
 namespace findings {
 
 const FindingKind Damaged{u"손상"_s, u"damaged"_s};
+const FindingKind Changed{u"다름"_s, u"changed"_s};
+const FindingKind Swapped{u"뒤바뀜"_s, u"swapped"_s};
+const FindingKind DeletedChanged{u"지운그림다름"_s, u"deleted-changed"_s};
+const FindingKind NoPicture{u"그림없음"_s, u"no-picture"_s};
 const FindingKind NoFile{u"파일없음"_s, u"no-file"_s};
 const FindingKind NoRow{u"기록없음"_s, u"no-row"_s};
 const FindingKind NoVisitRow{u"방문기록없음"_s, u"no-visit-row"_s};

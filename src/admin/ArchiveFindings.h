@@ -18,6 +18,10 @@ struct FindingKind
 namespace findings {
 
 extern const FindingKind Damaged;
+extern const FindingKind Changed;
+extern const FindingKind Swapped;
+extern const FindingKind DeletedChanged;
+extern const FindingKind NoPicture;
 extern const FindingKind NoFile;
 extern const FindingKind NoRow;
 extern const FindingKind NoVisitRow;

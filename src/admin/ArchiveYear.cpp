@@ -77,6 +77,7 @@ ArchiveYear::ArchiveYear(const QString& year)
             (!isNumbered ? section.others : file.contains(u'.') ? section.pictures : section.claims).append(file);
         }
         section.hasRow.resize(static_cast<size_t>(section.pictures.size()));
+        section.digests.resize(section.hasRow.size());
         m_places[name] = m_sections.size();
         m_sections.push_back(std::move(section));
     }
@@ -105,19 +106,29 @@ qsizetype ArchiveYear::PictureCount() const
 
 ArchiveYear::Found ArchiveYear::Match(const PictureKey& row)
 {
-    const auto place = m_places.find(row.etc);
+    return Find(row, [](Section& section, size_t at) { section.hasRow[at] = true; });
+}
+
+ArchiveYear::Found ArchiveYear::Match(const PictureKey& picture, const PictureDigest& digest)
+{
+    return Find(picture, [&digest](Section& section, size_t at) { section.digests[at] = digest; });
+}
+
+ArchiveYear::Found ArchiveYear::Find(const PictureKey& picture, const std::function<void(Section&, size_t)>& tell)
+{
+    const auto place = m_places.find(picture.etc);
     if (place == m_places.end())
         return Found::NoFolder;
     Section& section = m_sections[place->second];
     if (!section.fault.isEmpty())
         return Found::Unread;
-    const QString stem = row.chart + row.ymd + NumberText(row.number) + u'.';
+    const QString stem = picture.chart + picture.ymd + NumberText(picture.number) + u'.';
     const QString other = VisitContext.ImageExt == "jpg"_L1 ? u"bmp"_s : u"jpg"_s;
     for (const QString& ending : {VisitContext.ImageExt, other}) {
         const auto found = std::ranges::lower_bound(section.pictures, stem + ending);
         if (found == section.pictures.end() || *found != stem + ending)
             continue;
-        section.hasRow[static_cast<size_t>(found - section.pictures.begin())] = true;
+        tell(section, static_cast<size_t>(found - section.pictures.begin()));
         return Found::File;
     }
     return Found::NoFile;

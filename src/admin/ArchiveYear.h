@@ -1,12 +1,14 @@
 #pragma once
 
 #include "contracts/files.h"
-#include "records/capture_index.h"
+#include "records/picture_sums.h"
 #include "visit/Visit.h"
 
 #include <QStringList>
 
+#include <functional>
 #include <map>
+#include <optional>
 #include <vector>
 
 /// The files of one year as they were listed, against the rows as they come in. A hundred thousand names take some ten
@@ -29,7 +31,8 @@ public:
     {
         QString name;
         QStringList pictures{};
-        std::vector<bool> hasRow{}; ///< Of each picture.
+        std::vector<bool> hasRow{};                          ///< Of each picture.
+        std::vector<std::optional<PictureDigest>> digests{}; ///< That they had when they were written, if it is known.
         QStringList claims{};
         QStringList others{}; ///< Neither: half-written files, and whatever else lies there.
     };
@@ -42,6 +45,8 @@ public:
     };
     /// A row of this year: finds its file.
     Found Match(const PictureKey& row);
+    /// The same for a sum.
+    Found Match(const PictureKey& picture, const PictureDigest& digest);
 
     bool IsThere() const { return m_isThere; }
     const QString& Year() const { return m_year; }
@@ -60,6 +65,9 @@ public:
     static std::pair<Visit, int> PictureOf(const QString& name, const QString& section, const QString& yearFolder);
 
 private:
+    /// Calls `tell` with the section and the picture's place in it.
+    Found Find(const PictureKey& picture, const std::function<void(Section&, size_t)>& tell);
+
     QString m_year;
     QString m_path;
     bool m_isThere = false;

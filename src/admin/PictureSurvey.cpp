@@ -21,10 +21,13 @@ constexpr qsizetype BatchSize = 64;
 /// No camera of a clinic makes such; what is longer isn't read to its end.
 constexpr qint64 LargestPictureBytes = 256LL * 1024 * 1024;
 
-Look LookAtFile(const QString& path)
+Look LookAtFile(const QString& path, PictureSurvey::Seen& seen)
 {
     const QByteArray content = Files().ReadArchivedPiece(path, 0, LargestPictureBytes + 1);
-    return content.size() > LargestPictureBytes ? Look::Broken : LookAtPicture(content);
+    if (content.size() > LargestPictureBytes)
+        return Look::Broken;
+    seen = {DigestOf(content), content.size()};
+    return LookAtPicture(content);
 }
 
 } // namespace
@@ -50,16 +53,20 @@ PictureSurvey::PictureSurvey(const ArchiveYear& year)
 {
     // The names are shared, not copied.
     QList<std::pair<QString, QStringList>> folders;
-    for (const ArchiveYear::Section& section : year.Sections())
+    for (const ArchiveYear::Section& section : year.Sections()) {
         folders.append({section.path, section.pictures});
+        m_state->seen.emplace_back(section.hasRow.size());
+    }
     m_thread.Post([folders, state = m_state] {
+        auto seen = state->seen.begin();
         for (const auto& [folder, names] : folders) {
+            auto own = (seen++)->begin();
             for (const QString& name : names) {
                 if (state->ends)
                     return;
                 const QString path = folder + name;
                 try {
-                    const Look look = LookAtFile(path);
+                    const Look look = LookAtFile(path, *own++);
                     if (look == Look::Broken)
                         state->Add([&](News& news) { news.findings.append({path, u"온전한 그림이 아님"_s}); });
                     else if (look == Look::Unknown)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "frame/WorkThread.h"
+#include "records/picture_sums.h"
 
 #include <QStringList>
 
@@ -8,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 class ArchiveYear;
 
@@ -28,7 +30,14 @@ public:
         QStringList unknown; ///< Files in a format that only decoding can judge.
     };
 
-    /// Begins with a year's pictures. The year has to stay until it is done.
+    /// What a file held when it was read.
+    struct Seen
+    {
+        PictureDigest digest{};
+        qint64 bytes = -1; ///< Negative for one that couldn't be read.
+    };
+
+    /// Begins with a year's pictures.
     explicit PictureSurvey(const ArchiveYear& year);
     ~PictureSurvey() { m_state->ends = true; }
     PictureSurvey(const PictureSurvey&) = delete;
@@ -40,6 +49,8 @@ public:
     bool HasNews() const { return m_state->newsCount >= EnoughNews; }
     /// What has been found since the last call.
     News TakeNews();
+    /// Of each picture, by the year's section and its place there. Whole once it is done.
+    const std::vector<std::vector<Seen>>& Pictures() const { return m_state->seen; }
 
 private:
     static constexpr int EnoughNews = 500;
@@ -50,6 +61,7 @@ private:
 
         std::mutex mutex;
         News news;
+        std::vector<std::vector<Seen>> seen;
         std::atomic<int> newsCount = 0;
         std::atomic<bool> isDone = false;
         std::atomic<bool> ends = false;

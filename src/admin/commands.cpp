@@ -200,14 +200,14 @@ const QList<Command>& Commands()
          true,
          [](const Call& call) { return RestorePicture(call.arguments, call.out); }},
         {u"verify"_s,
-         u"[연도 | --this-year] [--decode] [--all] [--json]"_s,
-         u"캡쳐 폴더를 데이터베이스와 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 그림을 모두 풀어 보고, "
-         u"--all은 "
-         "같은 이상이 많아도 모두 알립니다."_s,
+         u"[연도 | --this-year] [--decode] [--all] [--learn] [--json]"_s,
+         u"캡쳐 폴더를 데이터베이스와, 그림을 저장할 때의 합과 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 "
+         "그림을 모두 풀어 보고, --all은 같은 이상이 많아도 모두 알립니다. --learn은 합이 없는 그림의 합을 지금 있는 "
+         "파일에서 받아들입니다."_s,
          Needs::Database,
          0,
          1,
-         {u"--this-year"_s, u"--decode"_s, u"--all"_s, Json},
+         {u"--this-year"_s, u"--decode"_s, u"--all"_s, u"--learn"_s, Json},
          false,
          [](const Call& call) { return VerifyArchive(call.arguments.value(0), call.options, call.report); }},
         {u"pending"_s,

@@ -6,6 +6,7 @@
 #include "admin/file_checks.h"
 #include "admin/PictureSurvey.h"
 #include "admin/Report.h"
+#include "admin/SumCheck.h"
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
@@ -81,8 +82,15 @@ QList<PictureKey> WithoutPicture(const QString& yearFolder, QList<PictureKey> ro
 class Verification
 {
 public:
-    Verification(bool decodes, bool tellsAll, Report& report)
-        : m_decodes(decodes), m_report(report), m_findings(report, tellsAll)
+    struct Wanted
+    {
+        bool decodes = false;
+        bool learns = false; ///< Sums of pictures that have none.
+        bool tellsAll = false;
+    };
+
+    Verification(const Wanted& wanted, Report& report)
+        : m_decodes(wanted.decodes), m_learns(wanted.learns), m_report(report), m_findings(report, wanted.tellsAll)
     {
     }
 
@@ -97,8 +105,8 @@ public:
 private:
     void CheckYear(ArchiveYear& year);
     void MatchRows(ArchiveYear& year, const std::function<void()>& between);
-    void CheckPictures(const ArchiveYear& year);
-    void TellNews(PictureSurvey& survey);
+    void CheckPictures(const ArchiveYear& year, SumCheck& sums);
+    void TellNews(PictureSurvey& survey, SumCheck& sums);
     void TellRowsWithoutFile(const ArchiveYear& year, QList<PictureKey> rows, const std::optional<PictureKey>& after);
     void TellVisitsWithoutRow(const ArchiveYear& year, const QList<PictureKey>& rows);
     void TellFilesWithoutRow(const ArchiveYear& year);
@@ -112,12 +120,15 @@ private:
     void ShowProgress(const ArchiveYear& year, qsizetype done) const;
 
     const bool m_decodes;
+    const bool m_learns;
     Report& m_report;
     ArchiveFindings m_findings;
     int m_rows = 0;                     ///< Of the present year.
     std::map<QString, int> m_unmatched; ///< Of the present year, by section: rows of a folder that can't be read.
     PictureKey m_lastVisit;
     int m_pictures = 0;
+    int m_withoutSum = 0;
+    int m_learned = 0;
 };
 
 void Verification::ShowProgress(const ArchiveYear& year, qsizetype done) const
@@ -149,21 +160,25 @@ void Verification::CheckYear(const QString& name)
 void Verification::CheckYear(ArchiveYear& year)
 {
     m_pictures += static_cast<int>(year.PictureCount());
-    if (m_decodes) {
-        MatchRows(year, [] {});
-        CheckPictures(year);
-    } else {
-        // The files are read while the database answers.
-        PictureSurvey survey(year);
-        MatchRows(year, [&] { TellNews(survey); });
-        const auto isDone = [&] {
-            ShowProgress(year, survey.ReadCount());
-            return survey.IsDone() || survey.HasNews();
-        };
-        while (!survey.IsDone() && UseService<Desktop>().ServeUntil({.done = isDone}))
-            TellNews(survey);
-        TellNews(survey);
+    SumCheck sums(year, m_findings);
+    // The files are read while the database answers.
+    PictureSurvey survey(year);
+    MatchRows(year, [&] { TellNews(survey, sums); });
+    sums.Read([&] { TellNews(survey, sums); });
+    const auto isDone = [&] {
+        ShowProgress(year, survey.ReadCount());
+        return survey.IsDone() || survey.HasNews();
+    };
+    while (!survey.IsDone() && UseService<Desktop>().ServeUntil({.done = isDone}))
+        TellNews(survey, sums);
+    TellNews(survey, sums);
+    if (m_decodes)
+        CheckPictures(year, sums);
+    if (survey.IsDone()) {
+        sums.Compare(survey);
+        m_learned += m_learns ? sums.Learn(survey) : 0;
     }
+    m_withoutSum += sums.Without();
     if (m_rows == 0 && year.IsEmpty())
         m_findings.TellPath(Nothing, year.Path(), u"파일도 기록도 없음"_s);
     TellFolders(year);
@@ -172,11 +187,16 @@ void Verification::CheckYear(ArchiveYear& year)
     TellLeftovers(year);
 }
 
-void Verification::TellNews(PictureSurvey& survey)
+void Verification::TellNews(PictureSurvey& survey, SumCheck& sums)
 {
     const PictureSurvey::News news = survey.TakeNews();
-    for (const PictureSurvey::Finding& finding : news.findings + DecodeAll(news.unknown, [](int) {}))
+    // Who decodes them all tells more.
+    if (m_decodes)
+        return;
+    for (const PictureSurvey::Finding& finding : news.findings + DecodeAll(news.unknown, [](int) {})) {
+        sums.IsDamaged(finding.path);
         m_findings.TellPath(Damaged, finding.path, finding.reason);
+    }
 }
 
 void Verification::MatchRows(ArchiveYear& year, const std::function<void()>& between)
@@ -202,7 +222,7 @@ void Verification::MatchRows(ArchiveYear& year, const std::function<void()>& bet
     }
 }
 
-void Verification::CheckPictures(const ArchiveYear& year)
+void Verification::CheckPictures(const ArchiveYear& year, SumCheck& sums)
 {
     qsizetype done = 0;
     for (const ArchiveYear::Section& section : year.Sections()) {
@@ -211,8 +231,10 @@ void Verification::CheckPictures(const ArchiveYear& year)
             for (QString& path : paths)
                 path.prepend(section.path);
             for (const PictureSurvey::Finding& finding :
-                 DecodeAll(paths, [&](int some) { ShowProgress(year, done + some); }))
+                 DecodeAll(paths, [&](int some) { ShowProgress(year, done + some); })) {
+                sums.IsDamaged(finding.path);
                 m_findings.TellPath(Damaged, finding.path, finding.reason);
+            }
             done += paths.size();
         }
     }
@@ -412,6 +434,10 @@ int Verification::Conclude()
 {
     if (Surroundings.showsProgress)
         TerminalOutput(stderr) << u'\n';
+    if (m_learns)
+        m_report.Total(u"합을 받아들인 그림 %1장"_s.arg(m_learned), {{u"learned"_s, m_learned}});
+    m_report.Total(m_withoutSum > 0 ? u"합이 없는 그림 %1장"_s.arg(m_withoutSum) : QString(),
+                   {{u"withoutSum"_s, m_withoutSum}});
     m_report.Total(u"그림 %1장, 이상 %2건"_s.arg(m_pictures).arg(m_findings.FaultCount()),
                    {{u"pictures"_s, m_pictures}, {u"faults"_s, m_findings.FaultCount()}});
     return m_findings.FaultCount() == 0 ? AllWell : Found;
@@ -427,7 +453,10 @@ int VerifyArchive(const QString& year, const QStringList& options, Report& repor
         TellOnError(isThisYear ? u"연도와 --this-year 가운데 하나만 적습니다."_s : u"연도는 2026처럼 적습니다."_s);
         return UsedWrongly;
     }
-    Verification verification(options.contains(u"--decode"_s), options.contains(u"--all"_s), report);
+    Verification verification({.decodes = options.contains(u"--decode"_s),
+                               .learns = options.contains(u"--learn"_s),
+                               .tellsAll = options.contains(u"--all"_s)},
+                              report);
     const QStringList linked = Files().Names(ClientSetup.CaptureRoot).others.filter(form);
     QStringList years{isThisYear ? UseService<Desktop>().Today().toString(u"yyyy"_s) : year};
     if (years.first().isEmpty()) {

@@ -88,7 +88,8 @@ void MarkedPictures::Submit(const MarkedJob& job)
 }
 
 MarkedPicturesAlone::MarkedPicturesAlone()
-    : m_journal(m_writer, [](const QString& fault) { journal::NoteFault(fault); }, PictureJournal::Heir::OfNobody),
+    : m_journal(
+          m_writer, [](const QString& fault) { journal::NoteFault(fault); }, PictureJournal::Heir::OfNobody),
       m_pictures(m_journal)
 {
 }

@@ -11,7 +11,6 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
-#include <array>
 #include <atomic>
 
 using namespace Qt::StringLiterals;
@@ -113,15 +112,33 @@ void WithTable(const Visit& visit, int number, const Work& work)
 
 } // namespace
 
+PictureDigest DigestOf(const QByteArray& content)
+{
+    PictureDigest digest{};
+    unsigned int size = 0;
+    if (EVP_Digest(content.constData(), static_cast<size_t>(content.size()),
+                   reinterpret_cast<unsigned char*>(digest.data()), &size, EVP_sha256(), nullptr) != 1)
+        throw PlatformError(u"그림의 합을 계산하지 못했습니다.!!"_s);
+    return digest;
+}
+
+PictureDigest DigestIn(const QString& hash)
+{
+    PictureDigest digest{};
+    const QByteArray bytes = QByteArray::fromHex(hash.toLatin1());
+    if (bytes.size() == static_cast<qsizetype>(digest.size()))
+        std::ranges::copy(bytes, digest.begin());
+    return digest;
+}
+
+QString HashOf(const PictureDigest& digest)
+{
+    return QString::fromLatin1(QByteArray(digest.data(), static_cast<qsizetype>(digest.size())).toHex());
+}
+
 PictureSum SumOf(const QByteArray& content)
 {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned int size = 0;
-    if (EVP_Digest(content.constData(), static_cast<size_t>(content.size()), digest.data(), &size, EVP_sha256(),
-                   nullptr) != 1)
-        return {};
-    const auto bytes = QByteArray::fromRawData(reinterpret_cast<const char*>(digest.data()), static_cast<int>(size));
-    return {QString::fromLatin1(bytes.toHex()), content.size()};
+    return {HashOf(DigestOf(content)), content.size()};
 }
 
 QList<StoredSum> SumsOf(const Visit& visit, int number)
@@ -241,7 +258,10 @@ std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optio
     }
 }
 
-void TrustSum(const Visit& visit, int number, const PictureSum& sum)
+bool TrustSum(const Visit& visit, int number, const PictureSum& sum)
 {
+    if (std::ranges::any_of(SumsOf(visit, number), &StoredSum::IsLive))
+        return false;
     Add(visit, number, QUuid::createUuid().toString(QUuid::Id128), sum, SumState::Trusted);
+    return true;
 }

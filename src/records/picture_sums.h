@@ -5,6 +5,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <array>
 #include <optional>
 
 /// What the station's pictures were when they were written, as the station's table `ca_sum` keeps it: a row for each
@@ -23,6 +24,13 @@ struct PictureSum
 };
 
 PictureSum SumOf(const QByteArray& content);
+
+/// The bytes of a SHA-256.
+using PictureDigest = std::array<char, 32>;
+PictureDigest DigestOf(const QByteArray& content);
+/// Zeros for a text that is none.
+PictureDigest DigestIn(const QString& hash);
+QString HashOf(const PictureDigest& digest);
 
 enum class SumState {
     Live,
@@ -44,8 +52,8 @@ struct StoredSum
 
 /// Identity of the picture that has the number now; empty when the table doesn't know it.
 QString PictureIdOf(const Visit& visit, int number);
-/// Keeps the sum of a new picture; a row of its identity stays as it is, but for a deletion. What the table knew as live
-/// under the number has been deleted.
+/// Keeps the sum of a new picture; a row of its identity stays as it is, but for a deletion. What the table knew as
+/// live under the number has been deleted.
 void KeepSum(const Visit& visit, int number, const QString& id, const PictureSum& sum, SumState state);
 /// The picture's file has become another, and the picture stays the same: the live one of the number or, with
 /// `Deleted`, the one that was known last under it. One that has no row gets one, under a new identity.
@@ -55,10 +63,10 @@ void SumIsDeleted(const Visit& visit, int number, const QString& id);
 /// A deleted picture is back under a number. Without an identity it is the one of the visit with that sum.
 void SumIsRestored(const Visit& visit, int number, const QString& id, const PictureSum& sum);
 
-/// Sums of a year's pictures in the order of the table's key, behind `after` or from the first on, as many at a time as
-/// `most` says. Nothing without the table.
+/// Sums, without their times, of a year's pictures in the order of the table's key, behind `after` or from the first
+/// on, as many at a time as `most` says. Nothing without the table.
 std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optional<StoredSum>& after, int most);
 /// All of a number's, the latest first. Throws PlatformError.
 QList<StoredSum> SumsOf(const Visit& visit, int number);
-/// Adds a row for a picture without one. Throws PlatformError.
-void TrustSum(const Visit& visit, int number, const PictureSum& sum);
+/// Adds a row for a picture that has no live one; false when it has. Throws PlatformError.
+bool TrustSum(const Visit& visit, int number, const PictureSum& sum);

@@ -87,7 +87,9 @@ private Q_SLOTS:
     {
         QFETCH6(QString, driver, QString, statements, QString, others, int, exitCode, QString, numbers, QString, notes);
         Make(driver);
+        QCOMPARE(Run({u"verify"_s, u"--learn"_s}), 0);
         const QByteArray picture = DeletePicture();
+        m_box->Run(u"UPDATE ca_sum SET sum_state = 'deleted' WHERE sum_no = 2;"_s);
         if (!statements.isEmpty())
             m_box->Run(statements);
         if (others == "jpg"_L1)
@@ -108,6 +110,8 @@ private Q_SLOTS:
         const int number = numbers.endsWith(u'4') ? 4 : 2;
         QCOMPARE(Files().ReadFile(m_box->PicturePath(Day, Stomach, number)), picture);
         QCOMPARE(m_box->Value(u"SELECT cap_yuhyung AS v FROM cap WHERE cap_no = %1"_s.arg(number)), u"01"_s);
+        QCOMPARE(m_box->Value(u"SELECT GROUP_CONCAT(sum_no) AS v FROM ca_sum WHERE sum_state = 'live'"_s),
+                 QString::number(number));
         if (others == "claim"_L1)
             QVERIFY(NumberClaim::Stands(CurrentVisit(), 2));
     }
@@ -277,7 +281,8 @@ private Q_SLOTS:
     {
         QFETCH2(QString, driver, QStringList, arguments);
         Make(driver);
-        QCOMPARE(Run(QStringList{u"verify"_s} + arguments), 0);
+        QCOMPARE(Run(QStringList{u"verify"_s, u"--learn"_s} + arguments), 0);
+        QVERIFY2(m_output.startsWith(u"합을 받아들인 그림 3장\n그림 3장"_s), qPrintable(m_output));
 
         const QByteArray jpeg = Files().ReadFile(m_box->PicturePath(Day, Stomach, 3));
         DeleteFile(m_box->PicturePath(Day, Stomach, 1));
@@ -311,6 +316,7 @@ private Q_SLOTS:
             u"잔여 0000123420261124009"_s,
             u"파일없음 "_s,
             u"파일없음 0000123420261124001.jpg"_s,
+            u"합이 합이"_s,
         };
         QCOMPARE(kinds.join(u'\n'), wanted.join(u'\n'));
     }
@@ -334,6 +340,28 @@ private Q_SLOTS:
         row("movie of empty blocks",
             u"mkdir -p %1/movie; cd %1/movie; printf 'RIFF----AVI LIST\\4\\0\\0\\0movi' >1.avi; truncate -s 2G 1.avi"_s,
             u"색인없음 %1/movie/1.avi"_s);
+        // Each is a picture still, though not the one that it was.
+        const auto changed = [](const char* name, const QString& damage, const QString& statement,
+                                const QString& line) {
+            QTest::newRow(name) << u"cd %1/위내시경; "_s + damage + u"; touch -d 2020-01-01 *"_s << statement << line
+                                << 1;
+        };
+        const QString number = u"0000123420261124%1.jpg"_s;
+        const QString write = u"dd of=%1 bs=1 seek=40 conv=notrunc status=none"_s;
+        changed("flipped byte", u"printf '\\252' | "_s + write.arg(number.arg(u"001"_s)), {},
+                u"다름 %1/위내시경/"_s + number.arg(u"001"_s));
+        changed("zeros", u"head -c 20 /dev/zero | "_s + write.arg(number.arg(u"002"_s)), {},
+                u"다름 %1/위내시경/"_s + number.arg(u"002"_s));
+        changed("swapped",
+                u"mv *1.jpg there; mv *2.jpg "_s + number.arg(u"001"_s) + u"; mv there "_s + number.arg(u"002"_s), {},
+                u"뒤바뀜 %1/위내시경/"_s + number.arg(u"001"_s));
+        const QString rowGone = u"DELETE FROM cap WHERE cap_no = 3;"_s;
+        changed("picture gone with its row", u"rm *3.jpg"_s, rowGone, u"그림없음 00001234 20261124 위내시경 003 "_s);
+        changed("deleted and changed",
+                u"mkdir ../위내시경Log; mv *3.jpg ../위내시경Log; cd ../위내시경Log; printf x | "_s +
+                    write.arg(number.arg(u"003"_s)),
+                rowGone + u"UPDATE ca_sum SET sum_state = 'deleted' WHERE sum_no = 3;"_s,
+                u"지운그림다름 %1/위내시경Log/"_s + number.arg(u"003"_s));
         row("nothing at all", u"rm -r %1/*"_s, u"비어있음 %1/ "_s);
         const auto rows = [](const char* name, const QString& statement, const QString& line, int faults) {
             QTest::newRow(name) << QString() << statement << line << faults;
@@ -351,6 +379,9 @@ private Q_SLOTS:
         const QString year = NativePath(VisitContext.CaptureDir).chopped(1);
         if (line.startsWith(u"비어있음"_s))
             m_box->Run(u"DELETE FROM cap;"_s);
+        WriteWholeFile(m_box->PicturePath(Day, Stomach, 2), StationInABox::Jpeg({640, 480}, Qt::green));
+        if (!line.startsWith(u"비어있음"_s))
+            QCOMPARE(Run({u"verify"_s, u"--learn"_s}), 0);
         if (!statement.isEmpty())
             m_box->Run(statement);
         QCOMPARE(QProcess::execute(u"bash"_s, {u"-ec"_s, damage.contains(u'%') ? damage.arg(year) : damage}), 0);

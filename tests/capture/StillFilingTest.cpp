@@ -1,4 +1,6 @@
+#include "filing/capture_wastebasket.h"
 #include "filing/NumberClaim.h"
+#include "filing/PictureDeletion.h"
 #include "filing/StationLease.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/files/posix_files.h"
@@ -310,6 +312,51 @@ private Q_SLOTS:
         QVERIFY(!FileAndWait(filing, CurrentVisit(), "x").waits);
         QVERIFY(told.first()[0].toString().startsWith(u"파일은 저장하였으나"_s));
         QCOMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"1"_s);
+    }
+
+    /// Filed and marked up while the database is away, marked up by two stations, deleted.
+    void ASumIsThatOfThePicturesFile()
+    {
+        StationInABox box(u"QMARIADB"_s);
+        const Visit visit = CurrentVisit();
+        const auto write = [&](int number, const QByteArray& content) {
+            WriteWholeFile(visit.PicturePath(number), content);
+            return Files().VersionOf(visit.PicturePath(number));
+        };
+        const auto stored = [&](int number, const QString& column) {
+            return box.Value(u"SELECT %1 AS v FROM ca_sum WHERE sum_no = %2"_s.arg(column).arg(number));
+        };
+        QString id;
+        {
+            StillFiling filing(NothingTyped);
+            QCOMPARE(FileAndWait(filing, visit, "1").number, 1);
+            id = stored(1, u"sum_id"_s);
+            StationInABox::Server().Stop();
+            QVERIFY(FileAndWait(filing, visit, "2").waits);
+            filing.Marked().Add(visit, 1, SumOf("1, marked"), write(1, "1, marked"));
+        }
+        QVERIFY(StationInABox::Server().Start());
+        StillFiling filing(NothingTyped);
+        WriteAndWait(filing);
+        QTRY_COMPARE(stored(1, u"sum_hash"_s), SumOf("1, marked").hash);
+        QTRY_COMPARE(stored(2, u"sum_hash"_s), SumOf("2").hash);
+        QCOMPARE(stored(1, u"GROUP_CONCAT(CONCAT(sum_id, sum_state))"_s), id + u"live"_s);
+
+        const QByteArray own = write(2, "own");
+        filing.Marked().Add(visit, 2, SumOf("theirs"), write(2, "theirs"));
+        filing.Marked().Add(visit, 2, SumOf("own"), own);
+        QTRY_VERIFY(filing.Marked().IsAtRest());
+        QCOMPARE(stored(2, u"sum_hash"_s), SumOf("theirs").hash);
+
+        PictureDeletion deletion(filing, {visit.captureDir});
+        QSignalSpy ended(&deletion, &PictureDeletion::Ended);
+        DeletionJob job;
+        job.visit = visit;
+        job.items = {{1}};
+        deletion.Begin(job);
+        QTRY_COMPARE(ended.size(), 1);
+        QCOMPARE(IdentityOfDeleted(visit.DeletedPicturePath(1)), id);
+        QCOMPARE(stored(1, u"GROUP_CONCAT(CONCAT(sum_id, sum_state))"_s), id + u"deleted"_s);
     }
 
     void APictureThatSomebodyPutThereMeanwhileStays()
