@@ -126,9 +126,8 @@ bool SumCheck::StillDiffers(Difference& difference) const
     }
     QList<StoredSum> live = SumsOf(difference.visit, difference.number);
     live.removeIf([](const StoredSum& sum) { return !sum.IsLive(); });
-    return !live.isEmpty() && std::ranges::none_of(live, [&](const StoredSum& sum) {
-        return DigestIn(sum.sum.hash) == difference.found;
-    });
+    return !live.isEmpty() &&
+           std::ranges::none_of(live, [&](const StoredSum& sum) { return DigestIn(sum.sum.hash) == difference.found; });
 }
 
 void SumCheck::TellDifferences(const QList<Difference>& differences)
@@ -177,8 +176,8 @@ void SumCheck::TellMissing()
         const PictureKey& key = sum.picture;
         const Visit visit{key.chart, {}, key.ymd, key.etc, m_year.Path(), u"jpg"_s};
         const QList<StoredSum> present = SumsOf(visit, key.number);
-        const bool isLive = std::ranges::any_of(
-            present, [&sum](const StoredSum& each) { return each.id == sum.id && each.IsLive(); });
+        const bool isLive =
+            std::ranges::any_of(present, [&sum](const StoredSum& each) { return each.id == sum.id && each.IsLive(); });
         // Filed or deleted meanwhile. Texts that can't be a file's name have none.
         if (!isLive || HasPictureRow(visit, key.number) ||
             (IsPathPart(key.etc) && IsPathPart(visit.PicturePrefix()) &&
@@ -234,8 +233,8 @@ void SumCheck::CompareDeleted(const StoredSum& sum)
         const auto isFound = [&](const StoredSum& each) { return DigestIn(each.sum.hash) == found; };
         const auto newest = std::ranges::find_if_not(present, &StoredSum::IsLive);
         const bool isToldHere = newest != present.end() && (isOwn || newest->id == sum.id);
-        if (isToldHere && std::ranges::none_of(
-                              present, [&](const StoredSum& each) { return isMeant(each) && isFound(each); }))
+        if (isToldHere &&
+            std::ranges::none_of(present, [&](const StoredSum& each) { return isMeant(each) && isFound(each); }))
             m_findings.TellPath(DeletedChanged, log->path + name, u"지울 때의 그림과 내용이 다름"_s,
                                 FactsOf(visit, key.number));
         return;

@@ -101,6 +101,21 @@ int ShowFolder(const QString& folder, Report& report)
             ++lines;
         }
     }
+    for (const PictureJournal::Found& journal : journals) {
+        for (const MarkedJob& job : journal.marked) {
+            QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
+            facts[u"kind"_s] = u"sum-waiting"_s;
+            facts[u"chart"_s] = job.visit.chart;
+            facts[u"date"_s] = job.visit.ymd;
+            facts[u"section"_s] = job.visit.etc;
+            facts[u"number"_s] = job.number;
+            report.Item(
+                u"합대기 %1 %2 %3 %4 ("_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc, NumberText(job.number)) +
+                    HolderText(journal.holder, journal.foreignOwner) + u')',
+                facts);
+            ++lines;
+        }
+    }
     for (const QString& name : MovieFiling::NamesIn(folder, {})) {
         const auto isOf = [&name](const MovieJob& job) { return name.contains(job.id); };
         const auto journal = std::ranges::find_if(

@@ -163,16 +163,21 @@ void KeepSum(const Visit& visit, int number, const QString& id, const PictureSum
     if (!sum.IsKnown())
         return;
     WithTable(visit, number, [&] {
-        bool isThere = false;
-        for (const StoredSum& other : SumsOf(visit, number)) {
-            isThere |= other.id == id;
-            if (other.IsLive() && (other.id != id || state == SumState::Deleted)) {
-                Statement statement = ToState(SumState::Deleted);
-                Execute(OfNumber(statement, visit, number).Quoted(u" AND sum_id = '", other.id));
-            }
-        }
-        if (!isThere)
+        try {
             Add(visit, number, id, sum, state);
+        } catch (const Away&) {
+            throw;
+        } catch (const TableRefused&) {
+            throw;
+        } catch (const PlatformError&) {
+            // Its rows were written before, and no answer came.
+            const QList<StoredSum> sums = SumsOf(visit, number);
+            const auto own = std::ranges::find(sums, id, &StoredSum::id);
+            if (own == sums.end())
+                throw;
+            if (state == SumState::Deleted)
+                SumIsDeleted(visit, number, id);
+        }
     });
 }
 

@@ -52,8 +52,7 @@ struct StoredSum
 
 /// Identity of the picture that has the number now; empty when the table doesn't know it.
 QString PictureIdOf(const Visit& visit, int number);
-/// Keeps the sum of a new picture; a row of its identity stays as it is, but for a deletion. What the table knew as
-/// live under the number has been deleted.
+/// Keeps the sum of a new picture; a row of its identity stays as it is, but for a deletion.
 void KeepSum(const Visit& visit, int number, const QString& id, const PictureSum& sum, SumState state);
 /// The picture's file has become another, and the picture stays the same: the live one of the number or, with
 /// `Deleted`, the one that was known last under it. One that has no row gets one, under a new identity.
