@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"
+#include "frame/file_calls.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "frame/services.h"
@@ -34,6 +35,9 @@ void KeepOfDeleted(const MarkedJob& job)
 /// On the connection's thread.
 void Keep(const MarkedJob& job)
 {
+    // Statements wait behind this.
+    if (filecalls::AnyHeld())
+        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(job.visit.SectionFolder())));
     const QString live = job.visit.PicturePath(job.number);
     const QByteArray present = Files().VersionOf(live);
     if (present.isEmpty()) {
