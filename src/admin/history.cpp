@@ -112,21 +112,6 @@ void PutCsv(const access_log::Entry& entry, TerminalOutput& out)
            out);
 }
 
-/// What a terminal isn't to get, and what would end the line, stands as an escape: nothing of a text is lost.
-QString JsonLine(const QJsonObject& object)
-{
-    QString line;
-    for (const QChar letter : QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact))) {
-        const QChar::Category category = letter.category();
-        if (category == QChar::Other_Control || category == QChar::Other_Format || category == QChar::Separator_Line ||
-            category == QChar::Separator_Paragraph)
-            line += u"\\u%1"_s.arg(uint(letter.unicode()), 4, 16, QChar(u'0'));
-        else
-            line += letter;
-    }
-    return line;
-}
-
 void PutJson(const access_log::Entry& entry, TerminalOutput& out)
 {
     QJsonObject object{{u"no"_s, entry.no},
@@ -149,7 +134,7 @@ void PutJson(const access_log::Entry& entry, TerminalOutput& out)
                        {u"detail"_s, entry.detail}};
     if (!entry.before.isNull())
         object.insert(u"before"_s, entry.before);
-    out << JsonLine(object) << u'\n';
+    out.PutJson(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
 }
 
 /// Tells what the record lacks; true when it lacks acts of a run.

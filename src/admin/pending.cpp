@@ -26,6 +26,16 @@ namespace {
 /// A database or a share that has brought nothing on for so long is left alone.
 constexpr int PatienceMs = 15'000;
 
+QJsonObject FactsOf(const PictureJournal::Found& journal, const QString& kind, const Visit& visit)
+{
+    QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
+    facts[u"kind"_s] = kind;
+    facts[u"chart"_s] = visit.chart;
+    facts[u"date"_s] = visit.ymd;
+    facts[u"section"_s] = visit.etc;
+    return facts;
+}
+
 void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& journal, Report& report)
 {
     const Visit& visit = picture.visit;
@@ -42,11 +52,7 @@ void ShowPicture(const PictureRecord& picture, const PictureJournal::Found& jour
         HolderText(journal.holder, journal.foreignOwner) + (isRefused ? u", 데이터베이스가 거부함"_s : QString()) +
         (picture.IsDeleted() ? u", 삭제 중"_s : QString()) + u") "_s + NativePath(file) +
         (isMissing ? u" 파일 없음"_s : QString());
-    QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
-    facts[u"kind"_s] = isLocal ? u"local"_s : u"row-waiting"_s;
-    facts[u"chart"_s] = visit.chart;
-    facts[u"date"_s] = visit.ymd;
-    facts[u"section"_s] = visit.etc;
+    QJsonObject facts = FactsOf(journal, isLocal ? u"local"_s : u"row-waiting"_s, visit);
     if (!isLocal)
         facts[u"number"_s] = picture.number;
     facts[u"refused"_s] = isRefused;
@@ -87,11 +93,7 @@ int ShowFolder(const QString& folder, Report& report)
     }
     for (const PictureJournal::Found& journal : journals) {
         for (const RestoreJob& job : journal.restores) {
-            QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
-            facts[u"kind"_s] = u"restore"_s;
-            facts[u"chart"_s] = job.visit.chart;
-            facts[u"date"_s] = job.visit.ymd;
-            facts[u"section"_s] = job.visit.etc;
+            QJsonObject facts = FactsOf(journal, u"restore"_s, job.visit);
             facts[u"number"_s] = job.wanted;
             facts[u"file"_s] = job.source;
             report.Item(
@@ -103,11 +105,7 @@ int ShowFolder(const QString& folder, Report& report)
     }
     for (const PictureJournal::Found& journal : journals) {
         for (const MarkedJob& job : journal.marked) {
-            QJsonObject facts = HolderFacts(journal.holder, journal.foreignOwner);
-            facts[u"kind"_s] = u"sum-waiting"_s;
-            facts[u"chart"_s] = job.visit.chart;
-            facts[u"date"_s] = job.visit.ymd;
-            facts[u"section"_s] = job.visit.etc;
+            QJsonObject facts = FactsOf(journal, u"sum-waiting"_s, job.visit);
             facts[u"number"_s] = job.number;
             report.Item(
                 u"합대기 %1 %2 %3 %4 ("_s.arg(job.visit.chart, job.visit.ymd, job.visit.etc, NumberText(job.number)) +
