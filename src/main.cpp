@@ -51,9 +51,6 @@ constexpr char HelpText[] =
     "설정: CAPTURE_STATION_SETUP의 파일, 프로그램 폴더의 Setup.ini, /etc/capture-station/Setup.ini\n"
     "관리: capture-station-admin --help, man capture-station\n";
 
-/// What the end waits for acts on their way to the record.
-constexpr int ActsPatienceMs = 2000;
-
 /// Words that are no launch string: they need no screen.
 bool AnswerOption(int argc, char* argv[])
 {
@@ -142,7 +139,7 @@ int main(int argc, char* argv[])
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
     // A process whose thread the kernel holds can stand for hours: the next start takes it for one that has ended.
     UseService<Desktop>().LeaveInstance();
-    UseService<ActJournal>().End(ActsPatienceMs);
+    UseService<ActJournal>().End();
     Connection.reset();
     // All that is to be kept is on the disk. A thread that is held would meet the end of what it works on.
     EndJournal();

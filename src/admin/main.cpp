@@ -7,6 +7,7 @@
 #include "platform/files/program_folder.h"
 #include "platform/imaging/register_imaging.h"
 #include "platform/machine/register_machine.h"
+#include "platform/process/own_memory.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/sender/SenderStart.h"
 #include "platform/setup/register_setup.h"
@@ -21,19 +22,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
-
-/// The database's password and patients' records stay out of core files and of the user's other programs.
-void KeepMemoryClosed()
-{
-    const rlimit none = {0, 0};
-    setrlimit(RLIMIT_CORE, &none);
-    prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
-}
 
 /// A program that was started without one of its standard files would open another under that number, and write its
 /// messages into that. What takes the place refuses to be read or written.
@@ -84,8 +75,7 @@ int main(int argc, char* argv[])
             result = result == AllWell ? Found : result;
         }
     }
-    constexpr int ActsPatienceMs = 2000;
-    UseService<ActJournal>().End(ActsPatienceMs);
+    UseService<ActJournal>().End();
     Connection.reset();
     // As in the station: a thread that the kernel holds would meet the end of what it works on.
     std::fflush(nullptr);

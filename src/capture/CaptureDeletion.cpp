@@ -102,7 +102,7 @@ void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& p
 void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 {
     m_grid.Forget(picture.id);
-    acts::Act act{acts::Kind::Deleted, picture.visit.chart, picture.visit.ymd, picture.visit.etc};
+    acts::Act act = acts::Of(acts::Kind::Deleted, picture.visit);
     act.picture = act.key = picture.id;
     acts::Record(act);
     TakeOut({picture.id, 0}, picture.visit, false);

@@ -31,6 +31,7 @@
 #include "screenparts/VisitPictures.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
+#include "viewing/pacs_notice.h"
 #include "visit/device_settings.h"
 #include "visit/Visit.h"
 
@@ -170,7 +171,7 @@ void frmCapture::Form_Unload()
     FinishMovies();
     m_stills->Finish();
     m_lease.reset();
-    EndPacs();
+    EndPacs(m_pacs.get());
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
     if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_filing->IsDatabaseAway() &&
@@ -246,23 +247,10 @@ void frmCapture::ConnectPacs()
     if (IsUnloaded() || !m_pacs)
         return;
     PacsHandover* pacs = m_pacs.get();
-    connect(pacs, &PacsHandover::NoticeChanged, m_notices, [this, pacs](const QString& text, bool maySend) {
-        const NoticeStrip::Offer send{u"지금 보내기"_s, [pacs] { pacs->SendNow(); }};
-        m_notices->setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
-    });
+    ShowPacsOn(*m_notices, *pacs);
     connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, &PacsHandover::VisitIsStored);
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs,
             [pacs](const Visit& visit, int number) { pacs->PictureIsMarked(visit, number, visit == CurrentVisit()); });
-}
-
-void frmCapture::EndPacs()
-{
-    if (!m_pacs)
-        return;
-    const BusyPointer busy;
-    const QString left = m_pacs->End();
-    if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
-        ShowInformation(left, ClosingPatienceMs);
 }
 
 void frmCapture::OfferNote(bool isThere)

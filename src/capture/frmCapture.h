@@ -75,7 +75,6 @@ private:
     void BuildPopupMenu();
     void ConnectControls();
     void ConnectPacs();
-    void EndPacs();
     void LoadSteps();
     void ShowCount(int pictures);
     void OfferNote(bool isThere);

@@ -43,7 +43,7 @@ void IdentifyFiles(DeletionJob& job)
 void RecordDeleted(const DeletionJob& job)
 {
     for (const DeletionJob::Item& item : job.items) {
-        acts::Act act{acts::Kind::Deleted, job.visit.chart, job.visit.ymd, job.visit.etc, item.number};
+        acts::Act act = acts::Of(acts::Kind::Deleted, job.visit, item.number);
         act.picture = item.picture;
         act.isRefused = !item.isMoved;
         act.key = u"%1/%2/%3"_s.arg(job.id).arg(item.number).arg(int(item.isMoved));

@@ -40,8 +40,7 @@ QString RefusalText(const PictureRecord& picture, const QString& reason)
 void RecordFiled(const PictureRecord& picture)
 {
     const bool isImport = picture.origin == PictureOrigin::Import;
-    acts::Act act{isImport ? acts::Kind::Imported : acts::Kind::Filed, picture.visit.chart, picture.visit.ymd,
-                  picture.visit.etc, picture.number};
+    acts::Act act = acts::Of(isImport ? acts::Kind::Imported : acts::Kind::Filed, picture.visit, picture.number);
     // A run that was killed may file it again.
     act.picture = act.key = picture.id;
     acts::Record(act);

@@ -3,11 +3,10 @@
 #include "contracts/LocalDatabase.h"
 #include "filing/visit_json.h"
 #include "records/Statement.h"
+#include "records/words.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
-
-#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -16,12 +15,6 @@ namespace {
 /// As they stand in the journal.
 const QStringList States{u"taken"_s, u"local"_s, u"share"_s, u"aside"_s, u"deleted"_s};
 const QStringList Origins{u"press"_s, u"foot"_s, u"import"_s, u"restore"_s};
-
-template <class Enum>
-Enum FromWord(const QStringList& words, const QString& word)
-{
-    return static_cast<Enum>(std::max<qsizetype>(0, words.indexOf(word)));
-}
 
 QJsonObject ObjectIn(const QVariant& text)
 {
@@ -71,6 +64,34 @@ bool HasSums(LocalDatabase& journal)
 bool HasTable(LocalDatabase& journal, QStringView name)
 {
     return !journal.Rows(u"SELECT name FROM sqlite_master WHERE name = '%1'"_s.arg(name)).isEmpty();
+}
+
+// Jobs of every kind stand in a table of their own, as their identity and the rest of them in JSON.
+
+/// In the order in which they were written first; none without the table.
+QList<std::pair<QString, QJsonObject>> JobsIn(LocalDatabase& journal, QStringView table)
+{
+    QList<std::pair<QString, QJsonObject>> jobs;
+    if (!HasTable(journal, table))
+        return jobs;
+    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM %1 ORDER BY rowid"_s.arg(table)))
+        jobs.append({row.at(0).toString(), ObjectIn(row.at(1))});
+    return jobs;
+}
+
+/// One that is there keeps its place.
+QString PutStatement(QStringView table, const QString& id, const QJsonObject& job)
+{
+    return Statement(u"INSERT INTO %1 ( id, job ) VALUES ( "_s.arg(table))
+        .Then(u"'", id)
+        .Then(u"', '", TextOf(job))
+        .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET job = excluded.job")
+        .Text();
+}
+
+QString RemoveStatement(QStringView table, const QString& id)
+{
+    return Statement(u"DELETE FROM %1"_s.arg(table)).Quoted(u" WHERE id = '", id).Text();
 }
 
 } // namespace
@@ -133,10 +154,9 @@ QList<PictureJournal::Folder> journal_rows::Folders(LocalDatabase& journal)
 QList<DeletionJob> journal_rows::Deletions(LocalDatabase& journal)
 {
     QList<DeletionJob> jobs;
-    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM deletion"_s)) {
-        const QJsonObject json = ObjectIn(row.at(1));
+    for (const auto& [id, json] : JobsIn(journal, u"deletion")) {
         DeletionJob job;
-        job.id = row.at(0).toString();
+        job.id = id;
         job.visit = VisitFromJson(json);
         job.isWhole = json.value(u"isWhole"_s).toBool();
         job.markedDoctor = json.value(u"markedDoctor"_s).toString();
@@ -167,26 +187,19 @@ QString journal_rows::Write(const DeletionJob& job)
     // Null where no mark is taken back.
     if (!job.markedDoctor.isNull())
         json.insert(u"markedDoctor"_s, job.markedDoctor);
-    return Statement(u"REPLACE INTO deletion VALUES ( ")
-        .Then(u"'", job.id)
-        .Then(u"', '", TextOf(json))
-        .Piece(u"' )")
-        .Text();
+    return PutStatement(u"deletion", job.id, json);
 }
 
 QString journal_rows::RemoveDeletion(const QString& id)
 {
-    return Statement().Quoted(u"DELETE FROM deletion WHERE id = '", id).Text();
+    return RemoveStatement(u"deletion", id);
 }
 
 QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
 {
     QList<MovieJob> jobs;
-    if (!HasTable(journal, u"movie"))
-        return jobs;
-    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM movie ORDER BY place"_s)) {
-        const QJsonObject json = ObjectIn(row.at(1));
-        MovieJob job{row.at(0).toString(), VisitFromJson(json), json.value(u"isListed"_s).toBool()};
+    for (const auto& [id, json] : JobsIn(journal, u"movie")) {
+        MovieJob job{id, VisitFromJson(json), json.value(u"isListed"_s).toBool()};
         job.earlier = MovieFiles(json.value(u"earlier"_s));
         job.brought = MovieFiles(json.value(u"brought"_s));
         jobs.append(job);
@@ -200,28 +213,19 @@ QString journal_rows::Write(const MovieJob& job)
     json.insert(u"earlier"_s, ToJson(job.earlier));
     json.insert(u"brought"_s, ToJson(job.brought));
     json.insert(u"isListed"_s, job.isListed);
-    return Statement(u"INSERT INTO movie ( id, job ) VALUES ( ")
-        .Then(u"'", job.id)
-        .Then(u"', '", TextOf(json))
-        .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET job = excluded.job")
-        .Text();
+    return PutStatement(u"movie", job.id, json);
 }
 
 QString journal_rows::RemoveMovie(const QString& id)
 {
-    return Statement().Quoted(u"DELETE FROM movie WHERE id = '", id).Text();
+    return RemoveStatement(u"movie", id);
 }
 
 QList<RestoreJob> journal_rows::Restores(LocalDatabase& journal)
 {
     QList<RestoreJob> jobs;
-    if (!HasTable(journal, u"restored"))
-        return jobs;
-    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM restored"_s)) {
-        const QJsonObject json = ObjectIn(row.at(1));
-        jobs.append({row.at(0).toString(), VisitFromJson(json), json.value(u"wanted"_s).toInt(),
-                     json.value(u"source"_s).toString()});
-    }
+    for (const auto& [id, json] : JobsIn(journal, u"restored"))
+        jobs.append({id, VisitFromJson(json), json.value(u"wanted"_s).toInt(), json.value(u"source"_s).toString()});
     return jobs;
 }
 
@@ -230,28 +234,20 @@ QString journal_rows::Write(const RestoreJob& job)
     QJsonObject json = ToJson(job.visit);
     json.insert(u"wanted"_s, job.wanted);
     json.insert(u"source"_s, job.source);
-    return Statement(u"REPLACE INTO restored VALUES ( ")
-        .Then(u"'", job.id)
-        .Then(u"', '", TextOf(json))
-        .Piece(u"' )")
-        .Text();
+    return PutStatement(u"restored", job.id, json);
 }
 
 QString journal_rows::RemoveRestore(const QString& id)
 {
-    return Statement().Quoted(u"DELETE FROM restored WHERE id = '", id).Text();
+    return RemoveStatement(u"restored", id);
 }
 
 QList<MarkedJob> journal_rows::Marked(LocalDatabase& journal)
 {
     QList<MarkedJob> jobs;
-    if (!HasTable(journal, u"marked"))
-        return jobs;
-    for (const QVariantList& row : journal.Rows(u"SELECT id, job FROM marked ORDER BY place"_s)) {
-        const QJsonObject json = ObjectIn(row.at(1));
-        jobs.append({row.at(0).toString(), VisitFromJson(json), json.value(u"number"_s).toInt(),
-                     SumIn(json.value(u"sum"_s).toString()), json.value(u"version"_s).toString().toUtf8()});
-    }
+    for (const auto& [id, json] : JobsIn(journal, u"marked"))
+        jobs.append({id, VisitFromJson(json), json.value(u"number"_s).toInt(), SumIn(json.value(u"sum"_s).toString()),
+                     json.value(u"version"_s).toString().toUtf8()});
     return jobs;
 }
 
@@ -261,16 +257,12 @@ QString journal_rows::Write(const MarkedJob& job)
     json.insert(u"number"_s, job.number);
     json.insert(u"sum"_s, TextOf(job.sum));
     json.insert(u"version"_s, QString::fromUtf8(job.version));
-    return Statement(u"REPLACE INTO marked ( id, job ) VALUES ( ")
-        .Then(u"'", job.id)
-        .Then(u"', '", TextOf(json))
-        .Piece(u"' )")
-        .Text();
+    return PutStatement(u"marked", job.id, json);
 }
 
 QString journal_rows::RemoveMarked(const QString& id)
 {
-    return Statement().Quoted(u"DELETE FROM marked WHERE id = '", id).Text();
+    return RemoveStatement(u"marked", id);
 }
 
 QString journal_rows::Write(const PictureRecord& picture)

@@ -177,7 +177,7 @@ int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
 
 void RecordRestored(const RestoreJob& job, int number)
 {
-    acts::Act act{acts::Kind::Restored, job.visit.chart, job.visit.ymd, job.visit.etc, number};
+    acts::Act act = acts::Of(acts::Kind::Restored, job.visit, number);
     act.key = job.id;
     acts::Record(act);
 }

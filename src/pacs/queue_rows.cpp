@@ -2,6 +2,7 @@
 
 #include "contracts/LocalDatabase.h"
 #include "records/Statement.h"
+#include "records/words.h"
 
 #include <array>
 
@@ -12,13 +13,6 @@ namespace {
 const std::array<QString, 8> Kinds{u"send"_s,   u"changed"_s, u"withdrawn"_s, u"kept"_s,
                                    u"stored"_s, u"retry"_s,   u"drop"_s,      u"setup"_s};
 const std::array<QString, 6> States{u"held"_s, u"waiting"_s, u"underway"_s, u"sent"_s, u"aside"_s, u"withdrawn"_s};
-
-template <class Value, class Words>
-Value FromWord(const Words& words, const QString& word)
-{
-    const auto found = std::ranges::find(words, word);
-    return found == words.end() ? Value{} : static_cast<Value>(found - words.begin());
-}
 
 } // namespace
 

@@ -27,8 +27,9 @@ public:
 
     /// Any thread.
     void Record(const acts::Act& act);
-    /// Waits for the database to take what waits, no longer than that, and leaves the rest to the next start.
-    void End(int patienceMs);
+    /// The program ends: waits for the database to take what waits, no longer than that, and leaves the rest to the
+    /// next start.
+    void End(int patienceMs = 2000);
 
 private:
     /// An act as it lies in the file: the table's columns but those that the server gives.

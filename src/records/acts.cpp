@@ -24,9 +24,14 @@ void acts::Record(const Act& act)
         journal->Record(act);
 }
 
+acts::Act acts::Of(Kind kind, const Visit& visit, int number)
+{
+    return {kind, visit.chart, visit.ymd.trimmed(), visit.etc, number};
+}
+
 void acts::Record(Kind kind, const Visit& visit, int number, const QString& detail)
 {
-    Act act{kind, visit.chart, visit.ymd.trimmed(), visit.etc, number};
+    Act act = Of(kind, visit, number);
     act.detail = detail;
     Record(act);
 }

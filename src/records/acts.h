@@ -48,6 +48,9 @@ struct Act
     QString key = {}; ///< What is done only once, such as a picture's filing: a repeat is the same act. Empty: none is.
 };
 
+/// An act on a picture of the visit, or, without a number, on the visit.
+Act Of(Kind kind, const Visit& visit, int number = 0);
+
 /// Any thread. Never waits for the database, never throws.
 void Record(const Act& act);
 void Record(Kind kind, const Visit& visit, int number = 0, const QString& detail = {});

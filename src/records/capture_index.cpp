@@ -177,7 +177,7 @@ bool DeleteEmptyVisitRow(const Visit& visit)
     const QString note = RawNote(visit);
     const bool isGone = Execute(Statement(u" DELETE FROM ca ").OfVisit(Visits, visit)) > 0;
     if (isGone && !Trim(note).isEmpty()) {
-        acts::Act act{acts::Kind::NoteStored, visit.chart, visit.ymd, visit.etc};
+        acts::Act act = acts::Of(acts::Kind::NoteStored, visit);
         act.detail = u"삭제"_s;
         act.before = note;
         acts::Record(act);

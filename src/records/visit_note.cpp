@@ -44,7 +44,7 @@ void RecordStored(const Visit& visit, const QString& note, const QString& before
 {
     if (Trim(note) == Trim(before))
         return;
-    acts::Act act{acts::Kind::NoteStored, visit.chart, visit.ymd, visit.etc};
+    acts::Act act = acts::Of(acts::Kind::NoteStored, visit);
     act.before = before;
     acts::Record(act);
 }

@@ -76,6 +76,8 @@ private:
     void TakeContent(qsizetype at, const PacsContent& content);
     void SendNext();
     void TakeAnswer(const Item& item, const Answer& answer);
+    /// Nothing tells whose it is.
+    void WaitForSetup(const PacsEntry& entry);
     /// The file of one couldn't be read.
     void WaitForFile(const PacsEntry& entry, const QString& reason);
     void EndBatch();

@@ -28,8 +28,6 @@ constexpr int MostDoublings = 7;
 constexpr int SetupPauseMs = 60 * 60 * 1000;
 constexpr int MostHeldAsked = 50;
 
-const QString NoIdentity = QString::fromUtf16(NoIdentityText);
-
 QString PictureText(const PacsEntry& entry)
 {
     return u"차트 %1 캡쳐 %2번(%3, %4)"_s.arg(Trim(entry.chart), NumberText(entry.number),
@@ -211,8 +209,7 @@ void Sender::TakeFacts(const Items& items)
             m_items.append(item);
             begun.append(item.entry);
         } else {
-            m_ledger.Later(item.entry, NoIdentity, SetupPauseMs, false);
-            SetAway(NoIdentity);
+            WaitForSetup(item.entry);
         }
     }
     m_nextRead = 0;
@@ -276,10 +273,8 @@ void Sender::TakeOpened(const DicomOutcome& outcome, const QHash<QString, DicomI
         if (const auto own = found.find(VisitKey(item.entry)); own != found.end())
             item.facts.identity = *own;
         // Nothing is to go under what two clinics may have.
-        else if (item.facts.identity == DicomIdentity()) {
-            m_ledger.Later(item.entry, NoIdentity, SetupPauseMs, false);
-            SetAway(NoIdentity);
-        }
+        else if (item.facts.identity == DicomIdentity())
+            WaitForSetup(item.entry);
     }
     m_items.removeIf([](const Item& item) { return !item.hasIdentity && item.facts.identity == DicomIdentity(); });
     KeepIdentities();
@@ -436,6 +431,12 @@ void Sender::TakeAnswer(const Item& item, const Answer& answer)
     }
     m_pauseMs = 0;
     SetAway({});
+}
+
+void Sender::WaitForSetup(const PacsEntry& entry)
+{
+    m_ledger.Later(entry, QString::fromUtf16(NoIdentityText), SetupPauseMs, false);
+    SetAway(QString::fromUtf16(NoIdentityText));
 }
 
 void Sender::WaitForFile(const PacsEntry& entry, const QString& reason)

@@ -4,6 +4,7 @@
 #include "platform/files/act_source.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/journal/StandardErrorJournal.h"
+#include "platform/process/own_memory.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
 #include "platform/sql/register_sql.h"
@@ -16,21 +17,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <sys/prctl.h>
-#include <sys/resource.h>
 #include <unistd.h>
-
-namespace {
-
-/// The database's password and patients' pictures stay out of core files and of the user's other programs.
-void KeepMemoryClosed()
-{
-    const rlimit none = {0, 0};
-    setrlimit(RLIMIT_CORE, &none);
-    prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
-}
-
-} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -50,8 +37,7 @@ int main(int argc, char* argv[])
     InstallService<ActJournal>(std::make_unique<ActJournal>(ActSourceHere(u"capture-station-sender")));
     bool isDone = false;
     journal::NotingFaults([&isDone] { isDone = LiveAsSender(); });
-    constexpr int ActsPatienceMs = 2000;
-    UseService<ActJournal>().End(ActsPatienceMs);
+    UseService<ActJournal>().End();
     Connection.reset();
     EndJournal();
     // As in the station: a thread that the kernel holds would meet the end of what it works on.

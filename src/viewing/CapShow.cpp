@@ -24,6 +24,7 @@
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 #include "viewing/CaptureSheet.h"
+#include "viewing/pacs_notice.h"
 
 #include <QMenu>
 
@@ -31,8 +32,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int NoticeTwips = 390;
-/// The message about what is left closes by itself.
-constexpr int ClosingPatienceMs = 10'000;
 } // namespace
 
 CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
@@ -121,22 +120,15 @@ void CapShow::Form_Load()
 void CapShow::ConnectPacs()
 {
     m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
-    if (!m_pacs)
-        return;
-    PacsHandover* pacs = m_pacs.get();
-    connect(pacs, &PacsHandover::NoticeChanged, m_notices, [this, pacs](const QString& text, bool maySend) {
-        const NoticeStrip::Offer send{u"지금 보내기"_s, [pacs] { pacs->SendNow(); }};
-        m_notices->setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
-    });
+    if (m_pacs)
+        ShowPacsOn(*m_notices, *m_pacs);
 }
 
 void CapShow::Form_Unload()
 {
     m_sprCap->BeginFill();
     m_marked.reset();
-    const QString left = m_pacs ? m_pacs->End() : QString();
-    if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
-        ShowInformation(left, ClosingPatienceMs);
+    EndPacs(m_pacs.get());
 }
 
 void CapShow::OpenEditorFromCell(int column, int row)

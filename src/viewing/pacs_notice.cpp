@@ -1,0 +1,32 @@
+#include "viewing/pacs_notice.h"
+
+#include "contracts/desktop.h"
+#include "frame/components.h"
+#include "frame/services.h"
+#include "pacs/PacsHandover.h"
+#include "screenparts/NoticeStrip.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+/// The message about what is left closes by itself.
+constexpr int ClosingPatienceMs = 10'000;
+} // namespace
+
+void ShowPacsOn(NoticeStrip& strip, PacsHandover& pacs)
+{
+    QObject::connect(&pacs, &PacsHandover::NoticeChanged, &strip, [&strip, &pacs](const QString& text, bool maySend) {
+        const NoticeStrip::Offer send{u"지금 보내기"_s, [&pacs] { pacs.SendNow(); }};
+        strip.setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
+    });
+}
+
+void EndPacs(PacsHandover* pacs)
+{
+    if (pacs == nullptr)
+        return;
+    const BusyPointer busy;
+    const QString left = pacs->End();
+    if (!left.isEmpty() && !UseService<Desktop>().EndIsRequested())
+        ShowInformation(left, ClosingPatienceMs);
+}
