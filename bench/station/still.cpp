@@ -11,6 +11,7 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "platform/gstreamer/register_video.h"
+#include "records/ActJournal.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 #include "support/StationInABox.h"
@@ -26,13 +27,16 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int Stills = 48;
 constexpr int StillLimitMs = 5000;
-/// With a sum and without one, in turn, some at a time: giving the table another name takes longer than they do.
+constexpr int RecordPatienceMs = 60'000;
+/// With a sum and a record and without them, in turn, some at a time: giving the table another name takes longer than
+/// they do.
 constexpr int StillsOfEach = 200;
 constexpr int StillsInTurn = 10;
 /// Of a still of 1080p.
 constexpr qsizetype StillBytes = 300'000;
 
-/// A still whose sum is kept beside one for which there is no table, to its file and to its rows.
+/// A still whose sum is kept and whose filing is recorded beside one for which there are no tables, to its file and to
+/// its rows.
 bool BenchSum(StationInABox& box)
 {
     QByteArray content(StillBytes, Qt::Uninitialized);
@@ -47,11 +51,20 @@ bool BenchSum(StationInABox& box)
     QList<double> rows[2];
     Visit visit = CurrentVisit();
     StillFiling filing([](const Visit&) { return std::nullopt; });
+    const auto endRecord = [] {
+        if (ServiceSlot<ActJournal>() != nullptr)
+            UseService<ActJournal>().End(RecordPatienceMs);
+        InstallService<ActJournal>(nullptr);
+    };
     for (int still = 0; still < 2 * StillsOfEach; ++still) {
         const int withSum = still / StillsInTurn % 2;
-        if (still % StillsInTurn == 0)
+        if (still % StillsInTurn == 0) {
             box.Run(withSum != 0 ? u"ALTER TABLE ca_sum_away RENAME TO ca_sum;"_s
                                  : u"ALTER TABLE ca_sum RENAME TO ca_sum_away;"_s);
+            endRecord();
+            if (withSum != 0)
+                InstallService<ActJournal>(std::make_unique<ActJournal>(ActSource{u"bench"_s, u"here"_s, u"bench"_s}));
+        }
         ServeUntil([] { return false; }, 5);
         const double start = NowMs();
         double filed = 0;
@@ -75,7 +88,12 @@ bool BenchSum(StationInABox& box)
         std::fputs("not every sum was kept\n", stderr);
         return false;
     }
-    for (const auto& [what, times] : {std::pair(u"still with its sum, press to file (median)"_s, files),
+    endRecord();
+    if (const int recorded = box.Value(u"SELECT COUNT(*) AS v FROM ca_log"_s).toInt(); recorded != StillsOfEach) {
+        std::fprintf(stderr, "%d of the stills are recorded\n", recorded);
+        return false;
+    }
+    for (const auto& [what, times] : {std::pair(u"still with record and sum, press to file (median)"_s, files),
                                       std::pair(u"  press to rows (median)"_s, rows)})
         PrintFigure(what, u"%1 ms"_s.arg(Median(times[1]), 0, 'f', 2),
                     u"%1 x one without (at most 1.1)"_s.arg(Median(times[1]) / Median(times[0]), 0, 'f', 2));

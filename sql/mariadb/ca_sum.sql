@@ -3,7 +3,7 @@
 CREATE TABLE IF NOT EXISTS ca_sum (
     sum_chart VARCHAR(20)  NOT NULL,             -- chart number
     sum_ymd   VARCHAR(8)   NOT NULL,             -- date of capture, yyyymmdd
-    sum_etc   VARCHAR(100) NOT NULL,             -- examination section
+    sum_etc   VARCHAR(100) NOT NULL,             -- examination section, or movie
     sum_no    SMALLINT     NOT NULL,             -- picture number, from 1
     sum_id    CHAR(32)     NOT NULL,             -- identity of the picture
     sum_hash  CHAR(64)     NOT NULL,             -- SHA-256 of the file, hex

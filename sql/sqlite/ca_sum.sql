@@ -4,7 +4,7 @@
 CREATE TABLE IF NOT EXISTS ca_sum (
     sum_chart TEXT COLLATE RTRIM NOT NULL,  -- chart number
     sum_ymd TEXT COLLATE RTRIM NOT NULL,    -- date of capture, yyyymmdd
-    sum_etc TEXT COLLATE RTRIM NOT NULL,    -- examination section
+    sum_etc TEXT COLLATE RTRIM NOT NULL,    -- examination section, or movie
     sum_no INTEGER NOT NULL,                -- picture number, from 1
     sum_id TEXT NOT NULL,                   -- identity of the picture
     sum_hash TEXT NOT NULL,                 -- SHA-256 of the file, hex

@@ -23,7 +23,7 @@ const std::array<std::pair<QString, QString>, 19>& Words()
         {u"filed"_s, u"그림 저장"_s},
         {u"imported"_s, u"그림 가져오기"_s},
         {u"marked-up"_s, u"그림에 표시"_s},
-        {u"looked-at"_s, u"그림 확대 열람"_s},
+        {u"looked-at"_s, u"열람"_s},
         {u"deleted"_s, u"그림 삭제"_s},
         {u"restored"_s, u"그림 되살림"_s},
         {u"swept"_s, u"기록 없는 그림 정리"_s},

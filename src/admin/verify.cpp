@@ -3,7 +3,7 @@
 #include "admin/ArchiveFindings.h"
 #include "admin/ArchiveYear.h"
 #include "admin/deleted_pictures.h"
-#include "admin/file_checks.h"
+#include "admin/MovieCheck.h"
 #include "admin/PictureSurvey.h"
 #include "admin/Report.h"
 #include "admin/SumCheck.h"
@@ -328,20 +328,13 @@ void Verification::TellFilesWithoutRow(const ArchiveYear& year)
 
 void Verification::CheckMovies(const ArchiveYear& year)
 {
-    const QString& folder = year.Movies().path;
+    MovieCheck movies(year, m_findings);
+    movies.Check(m_learns);
+    m_withoutSum += movies.Without();
+    m_learned += movies.Learned();
     for (const QString& name : year.Movies().names.files) {
-        if (!name.endsWith(u".avi", Qt::CaseInsensitive) || name.startsWith(u'.')) {
-            TellOther(folder, name);
-            continue;
-        }
-        try {
-            if (!HasMovieIndex(folder + name))
-                m_findings.TellPath(NoIndex, folder + name);
-        } catch (const PlatformError& error) {
-            // Deleted since it was listed is no finding.
-            if (Files().KindOf(folder + name) != FileKind::None)
-                m_findings.TellPath(Damaged, folder + name, error.Text());
-        }
+        if (!name.endsWith(u".avi", Qt::CaseInsensitive) || name.startsWith(u'.'))
+            TellOther(year.Movies().path, name);
     }
 }
 
@@ -435,8 +428,8 @@ int Verification::Conclude()
     if (Surroundings.showsProgress)
         TerminalOutput(stderr) << u'\n';
     if (m_learns)
-        m_report.Total(u"합을 받아들인 그림 %1장"_s.arg(m_learned), {{u"learned"_s, m_learned}});
-    m_report.Total(m_withoutSum > 0 ? u"합이 없는 그림 %1장"_s.arg(m_withoutSum) : QString(),
+        m_report.Total(u"합을 받아들인 파일 %1개"_s.arg(m_learned), {{u"learned"_s, m_learned}});
+    m_report.Total(m_withoutSum > 0 ? u"합이 없는 파일 %1개"_s.arg(m_withoutSum) : QString(),
                    {{u"withoutSum"_s, m_withoutSum}});
     m_report.Total(u"그림 %1장, 이상 %2건"_s.arg(m_pictures).arg(m_findings.FaultCount()),
                    {{u"pictures"_s, m_pictures}, {u"faults"_s, m_findings.FaultCount()}});

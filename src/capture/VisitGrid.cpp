@@ -147,7 +147,8 @@ VisitGrid::StillPointer VisitGrid::OnRoad(const QString& id) const
 
 QString VisitGrid::MarkOf(const QString& id) const
 {
-    return m_filing.Journal().Find(id) != nullptr ? PendingMark : QString();
+    const PictureRecord* picture = m_filing.Journal().Find(id);
+    return picture != nullptr && !picture->hasRows ? PendingMark : QString();
 }
 
 void VisitGrid::Place(const QString& id, int number, const QImage& thumbnail)

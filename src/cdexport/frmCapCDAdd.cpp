@@ -8,6 +8,7 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "records/acts.h"
 #include "records/capture_index.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/picture_grid.h"
@@ -82,6 +83,7 @@ void frmCapCDAdd::ListVisitImages(int row)
     const Visit visit = VisitOf(VisitContext.Chart, VisitContext.Yuhyung, ymd, etc);
     const QStringList paths = StoredPictures(visit);
     m_imagesOf = visit;
+    acts::Record(acts::Kind::HistoryOpened, visit, 0, u"CD저장"_s);
     FillImages(paths);
 }
 

@@ -32,27 +32,40 @@ void KeepOfDeleted(const MarkedJob& job)
         ReplaceSum(job.visit, job.number, job.sum, SumState::Deleted);
 }
 
+/// As the rows of movies name it.
+Visit OfMovies(Visit visit)
+{
+    visit.etc = QString::fromUtf16(MovieSection);
+    return visit;
+}
+
 /// On the connection's thread.
 void Keep(const MarkedJob& job)
 {
     // Statements wait behind this.
     if (filecalls::AnyHeld())
         throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(job.visit.SectionFolder())));
-    const QString live = job.visit.PicturePath(job.number);
+    const QString live = job.Path();
     const QByteArray present = Files().VersionOf(live);
     if (present.isEmpty()) {
-        KeepOfDeleted(job);
+        if (!job.isMovie)
+            KeepOfDeleted(job);
+        else if (capture_root::IsGone(job.visit.captureDir, live))
+            SumIsDeleted(OfMovies(job.visit), job.number, {});
+        else
+            throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(live)));
         return;
     }
     // Another station's file has come since, and its sum comes behind it.
     if (present != job.version)
         return;
-    ReplaceSum(job.visit, job.number, job.sum, SumState::Live);
+    const Visit visit = job.isMovie ? OfMovies(job.visit) : job.visit;
+    ReplaceSum(visit, job.number, job.sum, SumState::Live);
     const QByteArray after = Files().VersionOf(live);
     if (after.isEmpty())
-        SumIsDeleted(job.visit, job.number, {});
+        SumIsDeleted(visit, job.number, {});
     else if (after != job.version) // Its sum may have come before this one.
-        ReplaceSum(job.visit, job.number, SumOf(Files().ReadArchivedFile(live)), SumState::Live);
+        ReplaceSum(visit, job.number, SumOfFile(live), SumState::Live);
 }
 
 } // namespace
@@ -71,7 +84,16 @@ MarkedPictures::MarkedPictures(PictureJournal& journal) : m_journal(journal)
 
 void MarkedPictures::Add(const Visit& visit, int number, const PictureSum& sum, const QByteArray& version)
 {
-    const MarkedJob job{QUuid::createUuid().toString(QUuid::Id128), visit, number, sum, version};
+    Store({QUuid::createUuid().toString(QUuid::Id128), visit, number, sum, version});
+}
+
+void MarkedPictures::AddMovie(const Visit& visit, int number, const PictureSum& sum, const QByteArray& version)
+{
+    Store({QUuid::createUuid().toString(QUuid::Id128), visit, number, sum, version, true});
+}
+
+void MarkedPictures::Store(const MarkedJob& job)
+{
     m_journal.StoreMarked(job);
     Submit(job);
 }

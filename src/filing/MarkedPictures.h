@@ -6,9 +6,9 @@
 #include <QObject>
 #include <QTimer>
 
-/// Brings the sums of pictures that the editor has replaced into the table, behind their files and without anybody
-/// waiting for it: they stand in the journal until they are there. Whoever writes a picture's file last has its sum
-/// there last, whichever station it is.
+/// Brings the sums of pictures that the editor has replaced, and of movies, into the table, behind their files and
+/// without anybody waiting for it: they stand in the journal until they are there. Whoever writes a picture's file last
+/// has its sum there last, whichever station it is.
 class MarkedPictures : public QObject
 {
     Q_OBJECT
@@ -19,9 +19,12 @@ public:
 
     /// The picture's file has become another. `version` is that of the file that was written.
     void Add(const Visit& visit, int number, const PictureSum& sum, const QByteArray& version);
+    /// A movie's file has come to the share, or, without a version, it has gone from there.
+    void AddMovie(const Visit& visit, int number, const PictureSum& sum, const QByteArray& version);
     bool IsAtRest() const { return m_journal.Marked().isEmpty(); }
 
 private:
+    void Store(const MarkedJob& job);
     void Submit(const MarkedJob& job);
 
     PictureJournal& m_journal;

@@ -214,9 +214,13 @@ void MovieFiling::Answer(const Result& result)
         setAway(!m_refused.isEmpty(), {});
     }
     if (result.hasPlace) {
-        for (const MovieJob& older : result.older)
+        for (const MovieJob& older : result.older) {
+            ForgetSums(older.visit, older.brought);
             Forget(older.id);
+        }
     }
+    for (const MovieSum& brought : result.sums)
+        m_filing.Marked().AddMovie(job.visit, brought.number, brought.sum, brought.version);
     if (result.hasChanged) {
         m_journal.StoreMovie(job);
         if (result.fault == nullptr) {
@@ -236,6 +240,7 @@ void MovieFiling::Answer(const Result& result)
 
 void MovieFiling::Close(const MovieJob& job)
 {
+    ForgetSums(job.visit, job.earlier);
     const QList<MovieJob> jobs = m_journal.Movies();
     const auto own = std::ranges::find(jobs, job.id, &MovieJob::id);
     for (auto later = own; later != jobs.end(); ++later) {
@@ -246,6 +251,12 @@ void MovieFiling::Close(const MovieJob& job)
         m_journal.StoreMovie(changed);
     }
     Forget(job.id);
+}
+
+void MovieFiling::ForgetSums(const Visit& visit, const QList<MovieJob::File>& files)
+{
+    for (const MovieJob::File& file : files)
+        m_filing.Marked().AddMovie(visit, NumberIn(file.path, visit), {}, {});
 }
 
 void MovieFiling::Forget(const QString& id)
@@ -308,6 +319,10 @@ void MovieFiling::BringFiles(Result& result, bool mayBeThere)
         const QString path = BringFile(LocalFolder() + name, job.visit, mayBeThere);
         job.brought.append({path, Files().VersionOf(path), name});
         result.hasChanged = true;
+        journal::NotingFaults([&] {
+            result.sums.append(
+                {NumberIn(path, job.visit), SumOfFile(LocalFolder() + name), job.brought.last().version});
+        });
     }
     if (isBeingRecorded || result.hasChanged)
         return;

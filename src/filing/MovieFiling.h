@@ -2,6 +2,7 @@
 
 #include "filing/MovieJob.h"
 #include "frame/WorkThread.h"
+#include "records/picture_sums.h"
 
 #include <QObject>
 #include <QSet>
@@ -51,11 +52,18 @@ Q_SIGNALS:
     void Changed();
 
 private:
+    struct MovieSum
+    {
+        int number = 0;
+        PictureSum sum{};
+        QByteArray version{};
+    };
     struct Result
     {
         MovieJob job;
         QList<MovieJob> older = {}; ///< Of the same visit, on their way as well.
         bool hasChanged = false;    ///< What stands in the journal of it.
+        QList<MovieSum> sums = {};  ///< Of the files that this step has brought.
         bool hasPlace = false;      ///< It has taken the place of the older ones.
         bool isOver = false;
         std::exception_ptr fault = {};
@@ -73,6 +81,8 @@ private:
     /// All of it is on the share: it is an earlier one to those of the visit that were begun behind it.
     void Close(const MovieJob& job);
     void Forget(const QString& id);
+    /// Files that have gone from the share with a later movie: their sums are no more to be found there.
+    void ForgetSums(const Visit& visit, const QList<MovieJob::File>& files);
     void setAway(bool isAway, const QString& reason);
 
     StillFiling& m_filing;

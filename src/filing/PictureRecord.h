@@ -50,8 +50,9 @@ struct PictureRecord
     // Of this run alone.
     bool waits = false;      ///< It has waited for so long that the screen shows it.
     bool isUnderWay = false; ///< Its rows have been handed over, and no answer has come.
+    bool hasRows = false;    ///< They are in, and its sum is to follow.
 
     bool IsDeleted() const { return state == PictureState::Deleted; }
     /// Its rows are still to come in.
-    bool WantsRows() const { return number > 0 && !IsDeleted(); }
+    bool WantsRows() const { return number > 0 && !IsDeleted() && !hasRows; }
 };

@@ -64,7 +64,6 @@ struct StillFiling::Rows
             note.stored.raw = RawNote(visit);
         }
         WritePictureRow(visit, picture.number);
-        KeepSum(visit, picture.number, picture.id, picture.sum, SumState::Live);
     }
 };
 
@@ -108,35 +107,54 @@ void StillFiling::HandOverRows(const QString& id)
     }
     QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, id] {
         const PictureRecord* picture = m_journal.Find(id);
-        if (picture != nullptr && !picture->waits)
+        if (picture != nullptr && !picture->waits && !picture->hasRows)
             SetAway(true);
     });
 }
 
 void StillFiling::Submit(const PictureRecord& picture)
 {
-    if (!picture.WantsRows() || picture.isUnderWay)
+    if (picture.isUnderWay)
+        return;
+    if (picture.hasRows)
+        SubmitSum(picture);
+    if (!picture.WantsRows())
         return;
     const auto rows = std::make_shared<Rows>();
     // What he has typed since goes along.
     std::optional<TypedNote> typed = m_note(picture.visit);
     if (!typed)
         typed = picture.note;
-    const auto work = [rows, picture, typed, own = m_ownNotes, blocked = m_blocked] {
+    Queue(
+        picture.id, [rows, picture, typed, own = m_ownNotes] { rows->Write(picture, typed, *own); },
+        [this, rows, picture](const std::exception_ptr& fault) { AnswerRows(picture, *rows, fault); });
+}
+
+void StillFiling::SubmitSum(const PictureRecord& picture)
+{
+    Queue(
+        picture.id, [picture] { KeepSum(picture.visit, picture.number, picture.id, picture.sum, SumState::Live); },
+        [this, picture](const std::exception_ptr& fault) { AnswerSum(picture, fault); });
+}
+
+void StillFiling::Queue(const QString& id, const std::function<void()>& work,
+                        const std::function<void(const std::exception_ptr&)>& answer)
+{
+    const auto unlessBlocked = [work, blocked = m_blocked] {
         if (*blocked)
             throw DatabaseAway(QString());
         try {
-            rows->Write(picture, typed, *own);
+            work();
         } catch (const DatabaseAway&) {
             *blocked = true;
             throw;
         }
     };
-    QueueStatements(this, work, [this, rows, picture](const std::exception_ptr& fault) {
+    QueueStatements(this, unlessBlocked, [this, answer](const std::exception_ptr& fault) {
         --m_rowsUnderWay;
-        AnswerRows(picture, *rows, fault);
+        answer(fault);
     });
-    m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = true; });
+    m_journal.Mark(id, [](PictureRecord& marked) { marked.isUnderWay = true; });
     ++m_rowsUnderWay;
 }
 
@@ -151,17 +169,16 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
     m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
     if (fault == nullptr) {
         RecordFiled(picture);
-        m_journal.HandOver(picture.id);
+        m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.hasRows = true; });
         if (rows.note.typed)
             m_journal.NoteIsStored(picture.visit, *rows.note.typed);
-        Release(picture.visit, picture.number);
         SetAway(false);
+        SubmitSum(*m_journal.Find(picture.id));
         Q_EMIT Safe({picture.id, picture.visit, picture.number, rows.note});
         return;
     }
     if (guard::Is<DatabaseAway>(fault)) {
-        SetAway(true);
-        m_retry.start();
+        WaitForDatabase();
         return;
     }
     const PictureRecord* present = m_journal.Find(picture.id);
@@ -176,6 +193,30 @@ void StillFiling::AnswerRows(const PictureRecord& picture, const Rows& rows, con
     Q_EMIT Waits(picture.id);
     Q_EMIT Changed();
     Q_EMIT Tidings(RefusalText(picture, reason));
+}
+
+void StillFiling::AnswerSum(const PictureRecord& picture, const std::exception_ptr& fault)
+{
+    if (m_forgotten.remove(picture.id)) {
+        Undo(picture);
+        return;
+    }
+    if (m_journal.Find(picture.id) == nullptr)
+        return;
+    m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.isUnderWay = false; });
+    if (fault != nullptr && guard::Is<DatabaseAway>(fault)) {
+        WaitForDatabase();
+        return;
+    }
+    m_journal.HandOver(picture.id);
+    Release(picture.visit, picture.number);
+    SetAway(false);
+}
+
+void StillFiling::WaitForDatabase()
+{
+    SetAway(true);
+    m_retry.start();
 }
 
 QStringList StillFiling::OwnNotes::Bases(const Visit& visit, const TypedNote& note) const

@@ -99,6 +99,13 @@ private:
     void HandOverRows(const QString& id);
     void Submit(const PictureRecord& picture);
     void AnswerRows(const PictureRecord& picture, const Rows& rows, const std::exception_ptr& fault);
+    /// The sum of a picture whose rows are in goes behind them: nobody waits for it but the journal.
+    void SubmitSum(const PictureRecord& picture);
+    void AnswerSum(const PictureRecord& picture, const std::exception_ptr& fault);
+    /// The connection's thread; once one fails, those behind it are not tried.
+    void Queue(const QString& id, const std::function<void()>& work,
+               const std::function<void(const std::exception_ptr&)>& answer);
+    void WaitForDatabase();
     /// Takes back what the rows of a picture that has been deleted may have left, then lets go of its number.
     void Undo(const PictureRecord& picture);
     void SetAway(bool isAway);

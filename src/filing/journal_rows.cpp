@@ -247,7 +247,7 @@ QList<MarkedJob> journal_rows::Marked(LocalDatabase& journal)
     QList<MarkedJob> jobs;
     for (const auto& [id, json] : JobsIn(journal, u"marked"))
         jobs.append({id, VisitFromJson(json), json.value(u"number"_s).toInt(), SumIn(json.value(u"sum"_s).toString()),
-                     json.value(u"version"_s).toString().toUtf8()});
+                     json.value(u"version"_s).toString().toUtf8(), json.value(u"movie"_s).toBool()});
     return jobs;
 }
 
@@ -257,6 +257,7 @@ QString journal_rows::Write(const MarkedJob& job)
     json.insert(u"number"_s, job.number);
     json.insert(u"sum"_s, TextOf(job.sum));
     json.insert(u"version"_s, QString::fromUtf8(job.version));
+    json.insert(u"movie"_s, job.isMovie);
     return PutStatement(u"marked", job.id, json);
 }
 

@@ -218,8 +218,13 @@ void frmSoFind::SearchFindings(int key, const QString& value)
 
 void frmSoFind::LoadFindingsByNumber(const QString& number)
 {
-    if (!ReadFindingsByNumber(FindingsRecord, number))
+    if (!ReadFindingsByNumber(FindingsRecord, number)) {
         ShowInformation(u"소견서가 존재하지 않습니다.!!"_s);
+        return;
+    }
+    acts::Act act{acts::Kind::LookedAt, FindingsRecord.Chart, Trim(FindingsRecord.Ymd), FindingsRecord.Etc};
+    act.detail = u"소견서 "_s + number;
+    acts::Record(act);
 }
 
 void frmSoFind::ShowSearchBox(int x, int y)

@@ -1,7 +1,9 @@
 #include "records/picture_sums.h"
 
+#include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/journal.h"
+#include "frame/services.h"
 #include "records/Statement.h"
 #include "visit/Visit.h"
 
@@ -12,10 +14,13 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+constexpr qint64 BytesAtOnce = 4'000'000;
 
 /// As they stand in the table, in the order of `SumState`.
 const QStringList States{u"live"_s, u"trusted"_s, u"deleted"_s};
@@ -141,6 +146,23 @@ PictureSum SumOf(const QByteArray& content)
     return {HashOf(DigestOf(content)), content.size()};
 }
 
+PictureSum SumOfFile(const QString& path)
+{
+    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
+    bool isWell = context != nullptr && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
+    qint64 bytes = 0;
+    for (qint64 last = BytesAtOnce; isWell && last == BytesAtOnce; bytes += last) {
+        const QByteArray piece = Files().ReadArchivedPiece(path, bytes, BytesAtOnce);
+        last = piece.size();
+        isWell = EVP_DigestUpdate(context.get(), piece.constData(), static_cast<size_t>(last)) == 1;
+    }
+    PictureDigest digest{};
+    unsigned int size = 0;
+    if (!isWell || EVP_DigestFinal_ex(context.get(), reinterpret_cast<unsigned char*>(digest.data()), &size) != 1)
+        throw PlatformError(u"파일의 합을 계산하지 못했습니다.!! (%1)"_s.arg(NativePath(path)));
+    return {HashOf(digest), bytes};
+}
+
 QList<StoredSum> SumsOf(const Visit& visit, int number)
 {
     Statement statement(Columns);
@@ -239,7 +261,8 @@ void SumIsRestored(const Visit& visit, int number, const QString& id, const Pict
 std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optional<StoredSum>& after, int most)
 {
     Statement statement(Columns);
-    statement.Quoted(u" WHERE LEFT(sum_ymd, 4) = '", year);
+    statement.Quoted(u" WHERE LEFT(sum_ymd, 4) = '", year)
+        .Quoted(u" AND sum_etc <> '", QString::fromUtf16(MovieSection));
     if (after) {
         const PictureKey& key = after->picture;
         // The first condition alone is one that a server begins to read at.
@@ -260,6 +283,20 @@ std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optio
     } catch (const TableRefused& error) {
         NoteOnce(error);
         return std::nullopt;
+    }
+}
+
+QList<StoredSum> MovieSums(const QString& year)
+{
+    Statement statement(Columns);
+    statement.Quoted(u" WHERE LEFT(sum_ymd, 4) = '", year)
+        .Quoted(u" AND sum_etc = '", QString::fromUtf16(MovieSection))
+        .Quoted(u" AND sum_state <> '", States.last());
+    try {
+        return SumsIn(statement);
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+        return {};
     }
 }
 

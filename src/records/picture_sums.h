@@ -24,6 +24,8 @@ struct PictureSum
 };
 
 PictureSum SumOf(const QByteArray& content);
+/// Of a file of any length, read piece by piece. Throws PlatformError, also for anything but a regular file.
+PictureSum SumOfFile(const QString& path);
 
 /// The bytes of a SHA-256.
 using PictureDigest = std::array<char, 32>;
@@ -37,6 +39,9 @@ enum class SumState {
     Trusted, ///< Live, and taken from the file as it was found, long after it was written.
     Deleted,
 };
+
+/// Stands in the section's place in the rows of movies, which are the visit's whatever the section.
+inline constexpr char16_t MovieSection[] = u"movie";
 
 /// A row of the table.
 struct StoredSum
@@ -65,6 +70,8 @@ void SumIsRestored(const Visit& visit, int number, const QString& id, const Pict
 /// Sums, without their times, of a year's pictures in the order of the table's key, behind `after` or from the first
 /// on, as many at a time as `most` says. Nothing without the table.
 std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optional<StoredSum>& after, int most);
+/// The live ones of the year's movies. Nothing without the table.
+QList<StoredSum> MovieSums(const QString& year);
 /// All of a number's, the latest first. Throws PlatformError.
 QList<StoredSum> SumsOf(const Visit& visit, int number);
 /// Adds a row for a picture that has no live one; false when it has. Throws PlatformError.

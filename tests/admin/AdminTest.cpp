@@ -282,7 +282,7 @@ private Q_SLOTS:
         QFETCH2(QString, driver, QStringList, arguments);
         Make(driver);
         QCOMPARE(Run(QStringList{u"verify"_s, u"--learn"_s} + arguments), 0);
-        QVERIFY2(m_output.startsWith(u"합을 받아들인 그림 3장\n그림 3장"_s), qPrintable(m_output));
+        QVERIFY2(m_output.startsWith(u"합을 받아들인 파일 3개\n그림 3장"_s), qPrintable(m_output));
 
         const QByteArray jpeg = Files().ReadFile(m_box->PicturePath(Day, Stomach, 3));
         DeleteFile(m_box->PicturePath(Day, Stomach, 1));
@@ -362,6 +362,11 @@ private Q_SLOTS:
                     write.arg(number.arg(u"003"_s)),
                 rowGone + u"UPDATE ca_sum SET sum_state = 'deleted' WHERE sum_no = 3;"_s,
                 u"지운그림다름 %1/위내시경Log/"_s + number.arg(u"003"_s));
+        const QString movie =
+            u"INSERT INTO ca_sum VALUES ( '00001234', '20261124', 'movie', 1, 'm', 'f0', 2, '2026', 'live' );"_s;
+        changed("movie that is another", u"mkdir ../movie; cd ../movie; echo x > 0000123420261124001.avi"_s, movie,
+                u"다름 %1/movie/0000123420261124001.avi (저장한 동영상"_s);
+        changed("movie gone", u":"_s, movie, u"그림없음 %1/movie/0000123420261124001.avi "_s);
         row("nothing at all", u"rm -r %1/*"_s, u"비어있음 %1/ "_s);
         const auto rows = [](const char* name, const QString& statement, const QString& line, int faults) {
             QTest::newRow(name) << QString() << statement << line << faults;

@@ -57,6 +57,8 @@ private Q_SLOTS:
         for (const QString& name : {stem + u"001.avi"_s, stem + u"007.AVI"_s, u"."_s + stem + u"001.avi.h.1.2.part"_s,
                                     u"0000123420261123001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s})
             WriteWholeFile(folder + name, "old");
+        m_box->Run(
+            u"INSERT INTO ca_sum VALUES ( '00001234', '20261124', 'movie', 7, 'old', 'f0', 2, '2026', 'live' );"_s);
         opened->cmbEtc().setCurrentIndex(1);
         Press(u"연결"_s);
         Choose(u"동영상저장시작"_s);
@@ -68,6 +70,8 @@ private Q_SLOTS:
                                   stem + u"001.avi"_s, stem + u"001.txt"_s, u"0000123520261124001.avi"_s};
         QTRY_COMPARE(MovieFiles(), left);
         QCOMPARE(Files().ReadFile(folder + stem + u"001.avi"_s), m_video->movies[0].toUtf8());
+        const QString sums = u"SELECT GROUP_CONCAT( sum_no || sum_state || sum_hash ) AS v FROM ca_sum"_s;
+        QTRY_COMPARE(m_box->Value(sums), u"1live"_s + SumOf(m_video->movies[0].toUtf8()).hash + u",7deletedf0"_s);
     }
 
     void AnotherStationsMovieStays()
