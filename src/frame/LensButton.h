@@ -3,8 +3,8 @@
 #include <QAbstractButton>
 #include <QPointer>
 
-/// A small lens over a picture: its click shows the picture large. It takes the keyboard from nobody, and what the mouse
-/// does on it besides goes to the widget behind it.
+/// A small lens over a picture: its click shows the picture large. It takes the keyboard from nobody, and what the
+/// mouse does on it besides goes to the widget behind it.
 class LensButton : public QAbstractButton
 {
     Q_OBJECT

@@ -32,9 +32,9 @@ public:
     };
     struct Picture
     {
-        QImage image;    ///< Null when there is a fault.
-        QSize fileSize;  ///< Of the file, where the picture is shown at a lower scale; else empty.
-        QString fault;   ///< For the operator.
+        QImage image;          ///< Null when there is a fault.
+        QSize fileSize;        ///< Of the file, where the picture is shown at a lower scale; else empty.
+        QString fault;         ///< For the operator.
         QList<QImage> reduced; ///< At a half, a quarter and so on; come behind the picture.
         QByteArray version;    ///< Of the file, before it was read.
     };

@@ -45,11 +45,11 @@ LargePicture::LargePicture(QWidget& form, const QRect& room) : QWidget(&form), m
     m_late.setInterval(LateMs);
     connect(&m_late, &QTimer::timeout, this, &LargePicture::TellLate);
     connect(&m_images, &LargeImages::Ready, this, GuardedSlot([this](const QString& path) {
-                for (Half& half : m_halves) {
-                    if (m_isOpen && half.visit && half.source.path == path && half.image.isEmpty())
-                        Present(half);
-                }
-            }));
+        for (Half& half : m_halves) {
+            if (m_isOpen && half.visit && half.source.path == path && half.image.isEmpty())
+                Present(half);
+        }
+    }));
     connect(&m_images, &LargeImages::Refined, this, [this](const QString& path) {
         for (Half& half : m_halves) {
             const LargeImages::Picture* picture = m_images.Find(path);
@@ -58,14 +58,14 @@ LargePicture::LargePicture(QWidget& form, const QRect& room) : QWidget(&form), m
         }
     });
     connect(&m_images, &LargeImages::Gone, this, GuardedSlot([this](const QString& path) {
-                for (Half& half : m_halves) {
-                    // What a grid shows is followed by that.
-                    if (!half.visit || half.source.path != path || ListOf(half) != nullptr)
-                        continue;
-                    half.others.removeIf([&](const ShownPicture& other) { return IsSame(other, half.picture); });
-                    GiveWay(half, half.others);
-                }
-            }));
+        for (Half& half : m_halves) {
+            // What a grid shows is followed by that.
+            if (!half.visit || half.source.path != path || ListOf(half) != nullptr)
+                continue;
+            half.others.removeIf([&](const ShownPicture& other) { return IsSame(other, half.picture); });
+            GiveWay(half, half.others);
+        }
+    }));
     connect(qApp, &QGuiApplication::screenRemoved, this, [this](const QScreen*) {
         if (m_isOpen)
             Stand();

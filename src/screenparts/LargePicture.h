@@ -38,8 +38,8 @@ public:
     /// The grid gets lenses, which open its pictures here; these are paged through, and followed. `caption` is what the
     /// list of pictures to stand beside calls them.
     void AddPictures(VisitPictures& pictures, const QString& caption);
-    /// What can be shown beside a picture, live; see `LivePlace`. `corner` is the room in the lower right corner that it
-    /// gets at other times, while this stands on the form.
+    /// What can be shown beside a picture, live; see `LivePlace`. `corner` is the room in the lower right corner that
+    /// it gets at other times, while this stands on the form.
     void OfferLive(const QString& caption, QSize corner);
     using PathOf = std::function<LargeImages::Source(const Visit&, const ShownPicture&)>;
     /// Where a picture's file lies. Without it: a numbered one in the archive.
@@ -92,8 +92,8 @@ private:
         qsizetype at = 0;     ///< Its place among those to page through, when it was last known.
         bool isShown = false; ///< The canvas shows it, or why it can't.
         bool keepView = false;
-        QString caption;      ///< Of what the canvas shows.
-        QString image;        ///< Caption of a picture that isn't a stored one and takes its place.
+        QString caption; ///< Of what the canvas shows.
+        QString image;   ///< Caption of a picture that isn't a stored one and takes its place.
     };
 
     void BuildControls();
