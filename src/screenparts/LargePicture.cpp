@@ -66,10 +66,14 @@ LargePicture::LargePicture(QWidget& form, const QRect& room) : QWidget(&form), m
             GiveWay(half, half.others);
         }
     }));
-    connect(qApp, &QGuiApplication::screenRemoved, this, [this](const QScreen*) {
-        if (m_isOpen)
-            Stand();
-    });
+    // Behind what Qt does with the windows of a screen that has gone.
+    connect(
+        qApp, &QGuiApplication::screenRemoved, this,
+        [this] {
+            if (m_isOpen)
+                Stand();
+        },
+        Qt::QueuedConnection);
 }
 
 LargePicture::~LargePicture() = default;

@@ -139,7 +139,9 @@ void LargePicture::Stand()
         if (!wasElsewhere)
             setParent(&m_form, Qt::Window | Qt::FramelessWindowHint);
         setGeometry(other->geometry());
-        showFullScreen();
+        // By itself this activates no window, unlike `showFullScreen`.
+        setWindowState(Qt::WindowFullScreen);
+        show();
     } else {
         if (wasElsewhere) {
             setWindowState(Qt::WindowNoState);
