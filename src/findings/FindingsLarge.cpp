@@ -73,8 +73,8 @@ bool FindingsLarge::eventFilter(QObject* watched, QEvent* event)
         if (event->type() == QEvent::Enter && watched == m_slots[slot] && !m_slots[slot]->Picture().isNull())
             lens.PlaceIn(m_slots[slot]->geometry());
         // From the picture to its lens it isn't left.
-        else if (event->type() == QEvent::Leave && !m_slots[slot]->geometry().contains(lens.parentWidget()->mapFromGlobal(
-                                                       QCursor::pos())))
+        else if (event->type() == QEvent::Leave &&
+                 !m_slots[slot]->geometry().contains(lens.parentWidget()->mapFromGlobal(QCursor::pos())))
             lens.hide();
     }
     return QObject::eventFilter(watched, event);

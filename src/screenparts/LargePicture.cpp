@@ -175,6 +175,7 @@ void LargePicture::Request(Half& half, bool keepView)
 {
     half.source = m_pathOf(*half.visit, half.picture);
     half.isShown = false;
+    half.isLate = false;
     half.keepView = keepView;
     if (const LargeImages::Picture* known = m_images.Find(half.source.path); known != nullptr) {
         // A fault may have passed.
@@ -238,6 +239,7 @@ void LargePicture::TellLate()
     for (Half& half : m_halves) {
         if (!half.visit || half.isShown)
             continue;
+        half.isLate = true;
         half.caption = CaptionOf(half);
         half.canvas->ShowText(u"그림을 읽고 있습니다."_s);
         half.keepView = false;

@@ -91,6 +91,7 @@ private:
         LargeImages::Source source;
         qsizetype at = 0;     ///< Its place among those to page through, when it was last known.
         bool isShown = false; ///< The canvas shows it, or why it can't.
+        bool isLate = false;  ///< The canvas tells that it is being read.
         bool keepView = false;
         QString caption; ///< Of what the canvas shows.
         QString image;   ///< Caption of a picture that isn't a stored one and takes its place.

@@ -260,7 +260,8 @@ void LargePicture::ShowState()
     for (size_t at = 0; at < m_halves.size(); ++at) {
         const Half& half = m_halves[at];
         QString text = half.caption.left(LongestCaption);
-        if (const QList<ShownPicture> all = PagesOf(half); half.visit && half.isShown && !all.isEmpty())
+        if (const QList<ShownPicture> all = PagesOf(half);
+            half.visit && (half.isShown || half.isLate) && !all.isEmpty())
             text += u" · %1/%2"_s.arg(half.at + 1).arg(all.size());
         if (!half.canvas->Picture().isNull())
             text += half.canvas->Zoom() == 1 ? u" · 1:1"_s : u" · %1%"_s.arg(qRound(half.canvas->Zoom() * 100));
