@@ -79,10 +79,11 @@ int BenchLarge()
             view.Close();
             ServeUntil([] { return false; }, 200);
         }
-        PrintFigure(u"%1 x %2 large, click to painted (median of %3)"_s.arg(size.width()).arg(size.height()).arg(Rounds),
-                    u"%1 ms"_s.arg(Median(opened), 0, 'f', 1),
-                    u"%1 x decoding, %2 ms (at most 1.5)"_s.arg(Median(opened) / Median(decoded), 0, 'f', 2)
-                        .arg(Median(decoded), 0, 'f', 1));
+        PrintFigure(
+            u"%1 x %2 large, click to painted (median of %3)"_s.arg(size.width()).arg(size.height()).arg(Rounds),
+            u"%1 ms"_s.arg(Median(opened), 0, 'f', 1),
+            u"%1 x decoding, %2 ms (at most 1.5)"_s.arg(Median(opened) / Median(decoded), 0, 'f', 2)
+                .arg(Median(decoded), 0, 'f', 1));
         screen.Unload();
         ServeUntil([] { return false; }, 50);
     }

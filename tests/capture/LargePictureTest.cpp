@@ -1,5 +1,5 @@
-#include "frame/twips.h"
 #include "screenparts/LargePicture.h"
+#include "frame/twips.h"
 #include "screenparts/PictureCanvas.h"
 #include "support/CaptureScreen.h"
 #include "support/StoppableShare.h"
