@@ -12,6 +12,7 @@
 namespace {
 /// Smaller ones are of no use to any screen.
 constexpr int SmallestReducedWidth = 400;
+constexpr int EndPatienceMs = 100;
 
 LargeImages::Picture ReadPicture(const QString& path)
 {
@@ -66,8 +67,8 @@ LargeImages::LargeImages() : m_wanted(std::make_shared<Wanted>()) {}
 LargeImages::~LargeImages()
 {
     m_wanted->Set({});
-    m_files.End(0);
-    m_localFiles.End(0);
+    m_files.End(EndPatienceMs);
+    m_localFiles.End(EndPatienceMs);
 }
 
 void LargeImages::Want(const QList<Source>& sources)

@@ -201,7 +201,9 @@ void LargePicture::ReadAhead()
         if (m_halves[at].visit)
             wanted << m_halves[at].source;
     }
-    if (const Half& half = Active(); half.visit) {
+    // While the canvas still shows the picture before, that is one of the three.
+    const bool isAwaited = std::ranges::any_of(m_halves, [](const Half& half) { return half.visit && !half.isShown; });
+    if (const Half& half = Active(); half.visit && !isAwaited) {
         const QList<ShownPicture> pages = PagesOf(half);
         for (const qsizetype at : {half.at + 1, half.at - 1}) {
             if (at >= 0 && at < pages.size())
@@ -226,9 +228,10 @@ void LargePicture::Present(Half& half)
     half.caption = CaptionOf(half);
     if (&half == &Active())
         ShowFoot();
+    ReadAhead();
     ShowState();
     const std::pair told(*half.visit, half.picture.number);
-    if (!picture.fault.isEmpty() || m_told.contains(told))
+    if (half.canvas->Picture().isNull() || m_told.contains(told))
         return;
     m_told << told;
     Q_EMIT PictureShown(told.first, told.second);

@@ -259,6 +259,9 @@ void LargePicture::ShowState()
     m_elsewhere->setChecked(IsElsewhere());
     for (size_t at = 0; at < m_halves.size(); ++at) {
         const Half& half = m_halves[at];
+        // The picture before stands there until the new one, with its own words.
+        if (half.visit && !half.isShown && !half.isLate)
+            continue;
         QString text = half.caption.left(LongestCaption);
         if (const QList<ShownPicture> all = PagesOf(half);
             half.visit && (half.isShown || half.isLate) && !all.isEmpty())

@@ -129,6 +129,30 @@ private Q_SLOTS:
         QCOMPARE(shown, picture.copy(QRect(corner, shown.size())));
     }
 
+    void AFootStandsUnderItsPictureAlone()
+    {
+        OpenScreen();
+        ShowLine(Earlier);
+        QPointer<QWidget> foot = new QLabel;
+        View().setFootFor([&](const Visit&, int number) { return number == 2 ? foot.data() : nullptr; });
+        auto& button = *View().findChild<QToolButton*>(u"largeFoot"_s);
+        Lens(2, 2);
+        QTRY_VERIFY(IsShown(u"2026-11-01 위내시경 001"_s) && button.isHidden());
+        View().findChild<QToolButton*>(u"largeOn"_s)->click();
+        QTRY_VERIFY(IsShown(u"2026-11-01 위내시경 002"_s) && button.isVisible() && !foot->isVisible());
+        button.click();
+        QVERIFY(foot->isVisible());
+        // What the foot offers takes the picture's place, as near as it was looked at.
+        Canvas().ZoomTo(4, {});
+        View().ShowImage(Grain({640, 480}), u"1초 앞"_s);
+        QVERIFY(IsShown(u"1초 앞"_s));
+        QCOMPARE(Canvas().Zoom(), 4.0);
+        View().findChild<QToolButton*>(u"largeOn"_s)->click();
+        QTRY_VERIFY(IsShown(u"2026-11-01 위내시경 003"_s) && !foot->isVisible());
+        View().Close();
+        QVERIFY(foot);
+    }
+
     void AShareThatHangsStopsNothing()
     {
         const StoppableShare share(NativePath(m_box->Root()).chopped(1));
@@ -138,9 +162,16 @@ private Q_SLOTS:
         Lens(2, 2);
         QTRY_VERIFY(IsShown(u"2026-11-01 위내시경 001 · 1/3"_s));
         QVERIFY(Canvas().Picture().isNull());
+        // One on this machine's own disk doesn't wait for it.
+        opened->findChild<QToolButton*>(u"연결"_s)->click();
+        opened->findChild<QToolButton*>(u"캡쳐"_s)->click();
+        QTRY_VERIFY(opened->Pictures(1).At(1, 1) != nullptr);
+        Lens(1, 1);
+        QTRY_VERIFY(IsShown(u"2026-11-24 위내시경 대기 · 1/1"_s));
+        QTRY_COMPARE(Canvas().Picture().size(), FakeVideoCap::Last()->frameSize);
         QCOMPARE(m_box->Desk().shown, QStringList());
         share.Resume();
-        QTRY_COMPARE(Canvas().Picture().size(), QSize(640, 480));
+        QTRY_VERIFY(IsShown(u"2026-11-24 위내시경 001 · 1/1"_s));
         opened->Unload();
     }
 
