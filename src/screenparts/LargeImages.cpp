@@ -115,8 +115,17 @@ void LargeImages::Read(const Source& source)
             if (self)
                 self->TakeRead(path, picture);
         });
-        const QList<QImage> reduced = ReducedFormsOf(picture.image);
-        PostToScreen([self, path, reduced, key = picture.image.cacheKey()] {
+    });
+}
+
+void LargeImages::Refine(const Source& source)
+{
+    const Picture* picture = Find(source.path);
+    if (picture == nullptr || !picture->reduced.isEmpty() || picture->image.isNull())
+        return;
+    Thread(source).Post([self = QPointer(this), path = source.path, image = picture->image] {
+        const QList<QImage> reduced = ReducedFormsOf(image);
+        PostToScreen([self, path, reduced, key = image.cacheKey()] {
             if (!self || !self->m_pictures.contains(path) || self->m_pictures[path].image.cacheKey() != key)
                 return;
             self->m_pictures[path].reduced = reduced;

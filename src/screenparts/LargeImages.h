@@ -35,7 +35,7 @@ public:
         QImage image;          ///< Null when there is a fault.
         QSize fileSize;        ///< Of the file, where the picture is shown at a lower scale; else empty.
         QString fault;         ///< For the operator.
-        QList<QImage> reduced; ///< At a half, a quarter and so on; come behind the picture.
+        QList<QImage> reduced; ///< At a half, a quarter and so on, once `Refine` has made them.
         QByteArray version;    ///< Of the file, before it was read.
     };
 
@@ -45,6 +45,8 @@ public:
     const Picture* Find(const QString& path) const;
     /// It isn't wanted as it is: the next `Want` reads it again.
     void Forget(const QString& path) { m_pictures.remove(path); }
+    /// Makes its reduced forms, which `Refined` tells of.
+    void Refine(const Source& source);
     /// Looks whether the file is another one by now: then it is read anew, or `Gone` is told.
     void Check(const Source& source);
 

@@ -21,6 +21,8 @@ using namespace Qt::StringLiterals;
 namespace {
 /// So long a picture may take before the operator is told that it is being read.
 constexpr int LateMs = 500;
+/// What can come later waits so long, until the picture has been painted.
+constexpr int AheadMs = 30;
 
 bool IsSame(const ShownPicture& one, const ShownPicture& other)
 {
@@ -44,6 +46,15 @@ LargePicture::LargePicture(QWidget& form, const QRect& room) : QWidget(&form), m
     m_late.setSingleShot(true);
     m_late.setInterval(LateMs);
     connect(&m_late, &QTimer::timeout, this, &LargePicture::TellLate);
+    m_ahead.setSingleShot(true);
+    m_ahead.setInterval(AheadMs);
+    connect(&m_ahead, &QTimer::timeout, this, [this] {
+        for (const Half& half : m_halves) {
+            if (half.visit)
+                m_images.Refine(half.source);
+        }
+        ReadAhead();
+    });
     connect(&m_images, &LargeImages::Ready, this, GuardedSlot([this](const QString& path) {
         for (Half& half : m_halves) {
             if (m_isOpen && half.visit && half.source.path == path && half.image.isEmpty())
@@ -109,17 +120,19 @@ void LargePicture::OfferLive(const QString& caption, QSize corner)
 void LargePicture::Open(const Visit& visit, const ShownPicture& picture, const QList<ShownPicture>& others)
 {
     const bool comes = !std::exchange(m_isOpen, true);
-    if (comes) {
+    if (comes)
         m_told.clear();
-        Stand();
-        Q_EMIT Opened();
-    }
+    // It is being read while the view comes.
     Half& half = Active();
     half.visit = visit;
     half.others = others;
     Go(half, picture);
-    if (IsElsewhere())
+    if (comes) {
+        Stand();
+        Q_EMIT Opened();
+    } else if (IsElsewhere()) {
         raise();
+    }
 }
 
 void LargePicture::Close()
@@ -128,6 +141,7 @@ void LargePicture::Close()
         return;
     const bool hadFocus = isAncestorOf(QApplication::focusWidget());
     m_late.stop();
+    m_ahead.stop();
     SetSecond(false, false);
     for (Half& half : m_halves) {
         Half empty;
@@ -228,7 +242,7 @@ void LargePicture::Present(Half& half)
     half.caption = CaptionOf(half);
     if (&half == &Active())
         ShowFoot();
-    ReadAhead();
+    m_ahead.start();
     ShowState();
     const std::pair told(*half.visit, half.picture.number);
     if (half.canvas->Picture().isNull() || m_told.contains(told))

@@ -151,6 +151,7 @@ private:
     QString m_live;
     QList<std::pair<Visit, int>> m_told;
     QTimer m_late;
+    QTimer m_ahead;
     QPointer<QWidget> m_focusBefore;
     QPointer<QWidget> m_foot;
 
