@@ -367,6 +367,17 @@ private Q_SLOTS:
         const auto [child, there] = Under(*grid, grid->CellRect(2, 1).center());
         QTest::mouseDClick(child, Qt::LeftButton, {}, there);
         QCOMPARE(doubleClicks.size(), 1);
+        // A screen reader finds it, and presses it for the cell that the keyboard is at.
+        grid->SetActiveCell(2, 1);
+        point(3, 1);
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(child, &leave);
+        lensClicks.clear();
+        QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(lens);
+        QVERIFY(QAccessible::queryAccessibleInterface(grid.get())->indexOfChild(spoken) >= 0);
+        QCOMPARE(spoken->text(QAccessible::Name), u"크게 보기"_s);
+        spoken->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QTRY_COMPARE(lensClicks.value(0), QVariantList({2, 1}));
     }
 
     void BadPictureShowsAMark()
