@@ -60,6 +60,7 @@ int BenchSpool();
 int BenchStill();
 int BenchThumbnails();
 int BenchFindings();
+int BenchLarge();
 int BenchSheet();
 int BenchSheetMemory();
 int BenchBombs();

@@ -22,6 +22,8 @@ int main(int argc, char* argv[])
         return BenchThumbnails();
     if (work == u"findings"_s)
         return BenchFindings();
+    if (work == u"large"_s)
+        return BenchLarge();
     if (work == u"sheet"_s)
         return BenchSheet();
     if (work == u"sheetmemory"_s)
@@ -39,7 +41,7 @@ int main(int argc, char* argv[])
     if (work == u"memory"_s)
         return BenchMemory(mode);
     std::fputs("usage: bench_station "
-               "still|stalls|spool|thumbnails|findings|sheet|sheetmemory|bombs|import|delete|pacs|start|memory\n",
+               "still|stalls|spool|thumbnails|findings|large|sheet|sheetmemory|bombs|import|delete|pacs|start|memory\n",
                stderr);
     return 2;
 }

@@ -36,9 +36,34 @@ void FullPicture::Return()
     if (m_picture == nullptr || m_strip == nullptr || m_mark == nullptr || m_picture->parentWidget() != this)
         return;
     MoveTo(m_form, m_picturePlace);
-    m_picture->lower();
+    GoHome();
     hide();
     m_form.activateWindow();
+}
+
+void FullPicture::SetHome(QWidget* window, const QRect& place, const QRect& overlaid)
+{
+    m_home = window;
+    m_homePlace = place;
+    m_overlaid = overlaid;
+    if (m_picture != nullptr && m_strip != nullptr && m_mark != nullptr && m_picture->parentWidget() != this)
+        GoHome();
+}
+
+void FullPicture::GoHome()
+{
+    QWidget* window = m_home != nullptr ? m_home.data() : &m_form;
+    if (m_picture->parentWidget() != window) {
+        const bool isShown = !m_picture->isHidden();
+        m_picture->setParent(window);
+        m_picture->setVisible(isShown);
+    }
+    m_picture->setGeometry(m_home != nullptr ? m_homePlace : m_picturePlace);
+    if (m_home != nullptr)
+        m_picture->raise();
+    else
+        m_picture->lower();
+    PlaceOverlays();
 }
 
 void FullPicture::MoveTo(QWidget& window, const QRect& place)
@@ -54,7 +79,8 @@ void FullPicture::MoveTo(QWidget& window, const QRect& place)
 
 void FullPicture::PlaceOverlays()
 {
-    const QRect place = m_picture->geometry();
+    const bool isFull = m_picture->parentWidget() == this;
+    const QRect place = isFull ? m_picture->geometry() : m_overlaid.isEmpty() ? m_picturePlace : m_overlaid;
     QRect strip(place.topLeft(), QSize(place.width(), m_strip->height()));
     strip.moveBottom(place.bottom());
     m_strip->setGeometry(strip);

@@ -17,6 +17,10 @@ public:
     bool IsFull() const { return isVisible(); }
     /// The picture is where it belongs again.
     void Return();
+    /// It belongs to that place of another window or widget for now; null for its own on the form. Strip and mark lie
+    /// over the lower edge of `overlaid`, a part of the form; empty for the picture's own place. A picture that fills
+    /// the screen goes there when it returns.
+    void SetHome(QWidget* window, const QRect& place, const QRect& overlaid);
     /// The strip has come or gone.
     void PlaceOverlays();
 
@@ -29,10 +33,14 @@ protected:
 private:
     void Fill();
     void MoveTo(QWidget& window, const QRect& place);
+    void GoHome();
 
     QWidget& m_form;
     const QPointer<QWidget> m_picture;
     const QPointer<QWidget> m_strip;
     const QPointer<QWidget> m_mark;
     const QRect m_picturePlace;
+    QPointer<QWidget> m_home; ///< Null for the form.
+    QRect m_homePlace;
+    QRect m_overlaid;
 };

@@ -163,6 +163,7 @@ void frmCapture::ShowUnknownPatient()
 
 void frmCapture::Form_Unload()
 {
+    m_large->End();
     m_fullPicture->Return();
     StopDevice(*m_capCapture);
     m_history->EndFills();
@@ -207,6 +208,7 @@ void frmCapture::ConnectControls()
     connect(m_grid.get(), &VisitGrid::TakenChanged, this, &frmCapture::ShowCount);
     m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices, *m_count);
     connect(m_notices, &NoticeStrip::Shown, m_fullPicture.get(), &FullPicture::PlaceOverlays);
+    m_large = std::make_unique<LargeLook>(*this, *m_history, *m_fullPicture, *m_notices);
     ShowCount(0);
     connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
@@ -291,6 +293,7 @@ void frmCapture::ShowStored()
 void frmCapture::OnSectionChosen()
 {
     VisitContext.Etc = Trim(m_cmbEtc->currentText());
+    m_large->LeaveSection();
     acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"캡쳐화면"_s);
     m_history->ShowSection();
 }

@@ -5,6 +5,7 @@
 #include "capture/DateRefusal.h"
 #include "capture/FootSwitch.h"
 #include "capture/FullPicture.h"
+#include "capture/LargeLook.h"
 #include "capture/MovieRecording.h"
 #include "capture/PictureImport.h"
 #include "capture/StillCapture.h"
@@ -100,6 +101,7 @@ private:
     NoticeStrip* m_notices = nullptr;
     QLabel* m_count = nullptr; ///< How many of the visit's pictures are taken.
     std::unique_ptr<FullPicture> m_fullPicture;
+    std::unique_ptr<LargeLook> m_large;
     MSComm* m_commCapture = nullptr;
     std::array<fpSpread*, 3> m_sprCap = {};
     std::unique_ptr<VisitPictures> m_visitPictures;

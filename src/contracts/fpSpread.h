@@ -118,6 +118,10 @@ public:
     using DragFile = std::function<QString(int column, int row)>;
     /// With one, the operator can drag a picture out of the grid: its file goes along, as a copy.
     virtual void setDragFile(DragFile file) = 0;
+    /// With it, a lens stands in the lower right corner of the picture cell under the pointer, or, while the grid has
+    /// the keyboard, of the active one, if there is a text in the cell below; see `LensClicked`. Any other button, and
+    /// any other place, is the cell's as before.
+    virtual void setLens(bool on) = 0;
 
     /// A number for the fill that begins; from then on the grid's earlier fills are no longer the current one.
     int BeginFill() { return ++m_fill; }
@@ -137,6 +141,8 @@ Q_SIGNALS:
     void CellsChanged();
     /// Files of this machine were dropped onto the grid; their native paths. Arrives once the drop is over.
     void FilesDropped(const QStringList& paths);
+    /// The lens over that picture was pressed; it has taken the keyboard from nobody.
+    void LensClicked(int column, int row);
 
 private:
     int m_fill = 0;

@@ -38,6 +38,13 @@ struct ForeignPicture
     QByteArray original;
 };
 
+/// A picture to be looked at closely.
+struct LargeImage
+{
+    QImage picture;
+    QSize fileSize; ///< Of the file, where the picture comes at a lower scale; else empty.
+};
+
 /// Reads picture files by their content, whatever their name says.
 class PictureReader
 {
@@ -50,6 +57,8 @@ public:
     /// The same for one whose file will be replaced by what becomes of it: never at a lower scale. Throws PlatformError
     /// with the reason.
     virtual QImage LoadToEdit(const QString& path) = 0;
+    /// The same as `Load` gives, but throws PlatformError with the reason.
+    virtual LargeImage LoadToLook(const QString& path) = 0;
     /// A file from anywhere, in any format that the station knows at all; of several pages the first. Throws
     /// PlatformError with the reason. Blocks for two seconds or so before it gives up; what a hostile file does to its
     /// decoder stays outside this program.

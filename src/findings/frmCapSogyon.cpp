@@ -103,6 +103,7 @@ void frmCapSogyon::Form_Load()
 
 void frmCapSogyon::Form_Unload()
 {
+    m_large.Close();
     m_draft.End();
 }
 
@@ -137,6 +138,10 @@ void frmCapSogyon::ShowRecord(const std::optional<QStringList>& doctors)
     if (doctor)
         TakeDoctor(m_record, *doctor);
     m_sheet.Show(m_record, surroundings);
+    QList<int> numbers;
+    for (const auto& [picture, number] : surroundings.pictures)
+        numbers << number;
+    m_large.TakeShown(m_record, numbers);
     m_draft.NoteShown();
 }
 
@@ -159,6 +164,12 @@ void frmCapSogyon::Run(void (frmCapSogyon::*command)())
     // A fill and a print serve events: nothing else may change the record meanwhile.
     if (!IsBusy())
         (this->*command)();
+}
+
+void frmCapSogyon::Clear()
+{
+    m_large.Close();
+    m_sheet.Clear();
 }
 
 void frmCapSogyon::SaveAndClear()

@@ -2,6 +2,7 @@
 
 #include "findings/findings_record.h"
 #include "findings/FindingsDraft.h"
+#include "findings/FindingsLarge.h"
 #include "findings/FindingsSheet.h"
 #include "frame/forms.h"
 
@@ -47,7 +48,7 @@ private:
 
     /// Runs the command of a button, unless a list or a print is under way.
     void Run(void (frmCapSogyon::*command)());
-    void Clear() { m_sheet.Clear(); }
+    void Clear();
     void SaveAndClear();
     void DeleteAndClear();
     void PrintAndClear();
@@ -67,6 +68,7 @@ private:
     FindingsRecordFields& m_record = FindingsRecord;
     FindingsSheet m_sheet{*this};
     FindingsDraft m_draft{m_record, m_sheet, this};
+    FindingsLarge m_large{*this, m_sheet.Slots()};
     bool m_listing = false; ///< The list of reports is being filled or shown.
     bool m_printing = false;
 };

@@ -21,6 +21,7 @@ void VisitPictures::Show(const Visit& visit)
         return;
     Clear();
     m_shown = visit;
+    Q_EMIT Changed();
 }
 
 void VisitPictures::Clear()
@@ -29,6 +30,7 @@ void VisitPictures::Clear()
     ClearGrid();
     m_identities.clear();
     m_shown.reset();
+    Q_EMIT Changed();
 }
 
 void VisitPictures::BeginAnew(const Visit& visit)
@@ -42,6 +44,7 @@ void VisitPictures::BeginAnew(const Visit& visit)
     }
     ClearGrid();
     m_shown = visit;
+    Q_EMIT Changed();
 }
 
 void VisitPictures::ClearGrid()
@@ -61,6 +64,7 @@ QPoint VisitPictures::Add(Picture picture)
         picture.id = m_identities.value(picture.number);
     m_pictures.append(picture);
     Paint(m_pictures.size() - 1);
+    Q_EMIT Changed();
     return CellOf(m_pictures.size() - 1);
 }
 
@@ -71,12 +75,14 @@ void VisitPictures::Remove(qsizetype at)
     ClearGrid();
     for (const Picture& picture : std::as_const(left))
         Add(picture);
+    Q_EMIT Changed();
 }
 
 void VisitPictures::Update(qsizetype at, const Change& change)
 {
     change(m_pictures[at]);
     Paint(at);
+    Q_EMIT Changed();
 }
 
 void VisitPictures::Paint(qsizetype at)

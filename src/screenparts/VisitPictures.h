@@ -69,6 +69,10 @@ public:
     /// their files exist: in layout 1 columns 1 to 3, whatever is ticked, in layout 2 the ticked ones.
     QList<std::pair<int, QString>> Chosen() const;
 
+Q_SIGNALS:
+    /// Other pictures, or other ones of them, are shown; comes several times while they are filled.
+    void Changed();
+
 private:
     /// The cell of the picture at that place of the list.
     QPoint CellOf(qsizetype at) const;

@@ -19,6 +19,7 @@
 #include "records/acts.h"
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/LargePicture.h"
 #include "screenparts/NoticeStrip.h"
 #include "screenparts/VisitPictures.h"
 #include "session/VisitContext.h"
@@ -40,6 +41,10 @@ CapShow::CapShow() : StationForm(QString::fromUtf16(FormName))
     BuildNotices();
     LayOutGrid();
     m_pictures = std::make_unique<VisitPictures>(*m_sprCap, 1);
+    m_large = new LargePicture(*this, m_sprCap->geometry());
+    m_large->AddPictures(*m_pictures, u"이 방문의 그림"_s);
+    connect(m_large, &LargePicture::PictureShown, this,
+            [](const Visit& visit, int number) { acts::Record(acts::Kind::LookedAt, visit, number, u"크게 보기"_s); });
     connect(m_sprCap, &fpSpread::DblClick, this,
             GuardedSlot([this](int column, int row) { OpenEditorFromCell(column, row); }));
     connect(m_sprCap, &fpSpread::RightClick, this, GuardedSlot([this](int, int, int, int x, int y) {
@@ -87,6 +92,7 @@ void CapShow::BuildNotices()
     connect(m_notices, &NoticeStrip::Shown, this, [this](bool shown) {
         const QRect whole = RectFromTwips(0, 600, 12960, 9120);
         m_sprCap->setGeometry(shown ? whole.adjusted(0, 0, 0, m_notices->y() - whole.bottom() - 1) : whole);
+        m_large->setRoom(m_sprCap->geometry());
     });
 }
 
@@ -126,6 +132,7 @@ void CapShow::ConnectPacs()
 
 void CapShow::Form_Unload()
 {
+    m_large->Close();
     m_sprCap->BeginFill();
     m_marked.reset();
     EndPacs(m_pacs.get());

@@ -6,6 +6,7 @@
 
 class fpSpread;
 class ImagXpress;
+class LargePicture;
 class MarkedPicturesAlone;
 class NoticeStrip;
 class PacsHandover;
@@ -47,6 +48,7 @@ private:
     QLabel* m_lblYmd = nullptr;
     QLabel* m_lblEtc = nullptr;
     QMenu* m_popup = nullptr;
+    LargePicture* m_large = nullptr;
     NoticeStrip* m_notices = nullptr;
     std::unique_ptr<VisitPictures> m_pictures;
     std::unique_ptr<MarkedPicturesAlone> m_marked; ///< Null until a picture is marked up.

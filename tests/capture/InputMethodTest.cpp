@@ -2,6 +2,7 @@
 #include "findings/FindingsBox.h"
 #include "findings/frmCapSogyon.h"
 #include "frame/composition.h"
+#include "screenparts/LargePicture.h"
 #include "support/CaptureScreen.h"
 #include "support/HangulDesktop.h"
 
@@ -36,6 +37,7 @@ private Q_SLOTS:
         QTest::newRow("foot") << u"foot"_s << u"용종"_s << u"용종가"_s;
         QTest::newRow("another section") << u"section"_s << u"처음"_s << u"가"_s;
         QTest::newRow("history line") << u"line"_s << u"처음"_s << u"처음가"_s;
+        QTest::newRow("picture large") << u"large"_s << u"처음"_s << u"용종가"_s;
         QTest::newRow("click into the box") << u"box"_s << u"처음"_s << u"용종가"_s;
     }
 
@@ -52,8 +54,14 @@ private Q_SLOTS:
             DoubleClick(3, 1, 2);
         else if (command == u"box"_s)
             HangulDesktop::Click(note, {200, 10});
+        else if (command == u"large"_s)
+            HangulDesktop::Click(opened->sprCap(1), opened->sprCap(1).CellRect(1, 1).bottomRight() - QPoint(14, 14));
         else
             HangulDesktop::Click(*opened->findChild<QToolButton*>(command));
+        if (command == u"large"_s) {
+            QTRY_VERIFY(opened->findChild<LargePicture*>()->IsOpen());
+            QCOMPARE(CompositionIn(&note), u"종"_s);
+        }
         AwaitStills();
         QTRY_COMPARE(m_box->Value(u"SELECT ca_chamgo AS v FROM ca WHERE ca_ymd = '20261124'"_s), stored);
         if (command == u"line"_s) {

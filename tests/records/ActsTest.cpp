@@ -1,6 +1,7 @@
 #include "capture/frmCapture.h"
 #include "platform/sql/register_sql.h"
 #include "records/ActJournal.h"
+#include "screenparts/LargePicture.h"
 #include "support/CaptureScreen.h"
 #include "support/EditorInABox.h"
 
@@ -69,6 +70,12 @@ private Q_SLOTS:
         QCOMPARE(m_box->Value(u"SELECT log_before AS v FROM ca_log ORDER BY log_no DESC LIMIT 1"_s).trimmed(),
                  u"새 글"_s);
         ShowLine(u"20250301"_s);
+        // Large, twice, and one that is before the operator anyway.
+        for (const auto& [element, column] : {std::pair(2, 2), {2, 2}, {1, 1}}) {
+            QSignalSpy shown(opened->findChild<LargePicture*>(), &LargePicture::PictureShown);
+            Q_EMIT opened->sprCap(element).LensClicked(column, 1);
+            QTRY_VERIFY(shown.size() == 1 || !opened->findChild<QLabel*>(u"largeCaption(1)"_s)->text().isEmpty());
+        }
         m_box->OnceOpen([](frmImgEdit&) {
             EditorInABox::Tool(3);
             EditorInABox::Drag({100, 100}, {540, 380});
@@ -79,11 +86,11 @@ private Q_SLOTS:
         m_box->Desk().answers = {true};
         ChooseOver(1, 2, 1, u"그림지우기"_s);
         const QString expected =
-            u"filed/1/0 filed/2/0 note-stored/0/0 note-stored/0/0 history-opened/0/0 looked-at/1/0 "
+            u"filed/1/0 filed/2/0 note-stored/0/0 note-stored/0/0 history-opened/0/0 looked-at/1/0 looked-at/1/0 "
             "marked-up/1/0 deleted/2/0"_s;
         QTRY_COMPARE_WITH_TIMEOUT(m_box->Value(Kinds), expected, LongMs);
         QCOMPARE(m_box->Value(u"SELECT DISTINCT log_user || log_chart AS v FROM ca_log"_s), u"root (kim)00001234"_s);
-        QCOMPARE(m_box->Value(u"SELECT COUNT( DISTINCT log_seq ) AS v FROM ca_log"_s), u"8"_s);
+        QCOMPARE(m_box->Value(u"SELECT COUNT( DISTINCT log_seq ) AS v FROM ca_log"_s), u"9"_s);
     }
 
     /// An outage keeps them here, a death hands them to the next, and none comes twice.

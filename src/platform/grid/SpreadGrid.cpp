@@ -1,6 +1,7 @@
 #include "platform/grid/SpreadGrid.h"
 
 #include "frame/components.h"
+#include "frame/LensButton.h"
 #include "frame/twips.h"
 #include "platform/grid/CellDelegate.h"
 #include "platform/grid/register_grid.h"
@@ -8,9 +9,11 @@
 #include "platform/grid/SpreadView.h"
 
 #include <QHeaderView>
+#include <QMouseEvent>
 #include <QScrollBar>
 
 #include <algorithm>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -382,6 +385,104 @@ void SpreadGrid::setFileDrop(bool on)
 void SpreadGrid::setDragFile(DragFile file)
 {
     m_view->SetDragFile(std::move(file));
+}
+
+void SpreadGrid::setLens(bool on)
+{
+    if (on == (m_lens != nullptr))
+        return;
+    m_view->viewport()->setMouseTracking(on);
+    if (!on) {
+        delete std::exchange(m_lens, nullptr);
+        return;
+    }
+    m_lens = new LensButton(this, *m_view->viewport());
+    for (QWidget* widget : {m_view->viewport(), static_cast<QWidget*>(m_view), static_cast<QWidget*>(m_lens)})
+        widget->installEventFilter(this);
+    connect(m_lens, &LensButton::clicked, this, &SpreadGrid::ClickLens);
+    connect(m_model, &SpreadModel::dataChanged, m_lens, [this] { PlaceLens(); });
+    connect(m_model, &SpreadModel::layoutChanged, m_lens, [this] { PlaceLens(); });
+    connect(m_view->selectionModel(), &QItemSelectionModel::currentChanged, m_lens, [this] { PlaceLens(); });
+    for (QScrollBar* bar : {m_view->verticalScrollBar(), m_view->horizontalScrollBar()})
+        connect(bar, &QScrollBar::valueChanged, m_lens, [this] { PlaceLens(); });
+}
+
+bool SpreadGrid::IsFilled(const QModelIndex& index) const
+{
+    const SpreadCells& cells = m_model->Cells();
+    if (!index.isValid() || cells.TypeOf(index.row(), index.column()) != CellTypePicture)
+        return false;
+    const SpreadCell* cell = cells.Find(index.row(), index.column());
+    const SpreadCell* below = cells.Find(index.row() + 1, index.column());
+    return cell != nullptr && cell->picture != nullptr && cell->picture->given && below != nullptr &&
+           !below->text.isEmpty();
+}
+
+QModelIndex SpreadGrid::PictureAtHand() const
+{
+    if (m_pointer) {
+        const QModelIndex index = m_view->indexAt(*m_pointer);
+        return IsFilled(index) ? index : QModelIndex();
+    }
+    return IsFilled(m_view->currentIndex()) ? m_view->currentIndex() : QModelIndex();
+}
+
+void SpreadGrid::PlaceLens()
+{
+    const bool isAtHand = m_pointer || m_view->hasFocus();
+    m_lensCell = isAtHand ? PictureAtHand() : QModelIndex();
+    if (!m_lensCell.isValid()) {
+        m_lens->hide();
+        return;
+    }
+    QWidget* room = m_view->viewport();
+    QRect cell = CellDelegate::PictureRoom(m_view->visualRect(m_lensCell));
+    // The words over the picture's lower edge can be read.
+    if (const SpreadCell* shown = m_model->Cells().Find(m_lensCell.row(), m_lensCell.column());
+        !shown->picture->mark.isEmpty())
+        cell.setBottom(cell.bottom() - m_view->fontMetrics().height() - 1);
+    m_lens->PlaceIn((cell & room->rect()).translated(room->mapTo(this, QPoint())));
+}
+
+void SpreadGrid::ClickLens()
+{
+    // An accessibility tool presses it while it isn't seen, for the cell that it stands at.
+    const QModelIndex cell = m_lensCell.isValid() ? QModelIndex(m_lensCell) : PictureAtHand();
+    if (cell.isValid())
+        Q_EMIT LensClicked(cell.column() + 1, cell.row() + 1);
+}
+
+bool SpreadGrid::eventFilter(QObject* watched, QEvent* event)
+{
+    if (m_lens == nullptr)
+        return fpSpread::eventFilter(watched, event);
+    const bool isView = watched == m_view->viewport();
+    switch (event->type()) {
+    case QEvent::MouseMove:
+        if (isView)
+            m_pointer = static_cast<QMouseEvent*>(event)->position().toPoint();
+        break;
+    case QEvent::Enter:
+        if (isView)
+            m_pointer = static_cast<QEnterEvent*>(event)->position().toPoint();
+        break;
+    case QEvent::Leave:
+        if (isView && m_lens->isVisible() && m_lens->rect().contains(m_lens->mapFromGlobal(QCursor::pos())))
+            return fpSpread::eventFilter(watched, event);
+        if (isView || watched == m_lens)
+            m_pointer.reset();
+        break;
+    case QEvent::FocusIn:
+    case QEvent::FocusOut:
+    case QEvent::Resize:
+        break;
+    default:
+        return fpSpread::eventFilter(watched, event);
+    }
+    // The lens has moved itself.
+    if (watched != m_lens || event->type() == QEvent::Leave)
+        PlaceLens();
+    return fpSpread::eventFilter(watched, event);
 }
 
 void SpreadGrid::EndFlash()

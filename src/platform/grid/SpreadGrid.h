@@ -2,9 +2,13 @@
 
 #include "contracts/fpSpread.h"
 
+#include <QPersistentModelIndex>
 #include <QTimer>
 
+#include <optional>
+
 class CellDelegate;
+class LensButton;
 class SpreadModel;
 class SpreadView;
 
@@ -72,8 +76,10 @@ public:
 
     void setFileDrop(bool on) override;
     void setDragFile(DragFile file) override;
+    void setLens(bool on) override;
 
 protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
@@ -82,11 +88,20 @@ private:
     void EndFlash();
     bool HasRowBlocks() const;
     QList<int> SelectedRows() const;
+    /// A picture with a text below it.
+    bool IsFilled(const QModelIndex& index) const;
+    /// The picture that the pointer, or else the keyboard, is at.
+    QModelIndex PictureAtHand() const;
+    void PlaceLens();
+    void ClickLens();
 
     SpreadModel* m_model;
     SpreadView* m_view;
     CellDelegate* m_delegate;
     QTimer m_flashTimer;
+    LensButton* m_lens = nullptr;
+    std::optional<QPoint> m_pointer; ///< In the view's viewport, while it is there or on the lens.
+    QPersistentModelIndex m_lensCell;
     int m_row = 1;
     int m_column = 1;
 };

@@ -63,6 +63,14 @@ QImage ImagePictureReader::LoadToEdit(const QString& path)
     return result.picture;
 }
 
+LargeImage ImagePictureReader::LoadToLook(const QString& path)
+{
+    const picturefile::Result result = ReadOffScreen(path);
+    if (!result.fault.isEmpty())
+        throw PlatformError(result.fault);
+    return {result.picture, result.size};
+}
+
 ForeignPicture ImagePictureReader::LoadForeign(const QString& path)
 {
     const picturefile::Result result = filecalls::Ask([path] { return picturefile::ReadForeign(path); });

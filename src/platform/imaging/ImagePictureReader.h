@@ -13,6 +13,7 @@ public:
 
     QImage Load(const QString& path) override;
     QImage LoadToEdit(const QString& path) override;
+    LargeImage LoadToLook(const QString& path) override;
     ForeignPicture LoadForeign(const QString& path) override;
     QImage LoadWithin(const QString& path, QSize room) override;
     QImage LoadToPrint(const QString& path, QSize room) override;

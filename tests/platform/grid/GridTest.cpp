@@ -331,6 +331,55 @@ private Q_SLOTS:
         QVERIFY(!grid->TypePictMeant() && edge(1) != MeantColour);
     }
 
+    void LensStandsOverAFilledCellAndPassesTheRestOn()
+    {
+        const auto grid = New(VisitPictures);
+        for (const int column : {1, 2})
+            ShowPicture(*grid, 1, column, QImage(8, 8, QImage::Format_RGB32));
+        Put(*grid, 2, 2, u"001"_s);
+        grid->setLens(true);
+        Show(*grid);
+        auto* lens = grid->findChild<QAbstractButton*>(u"lens"_s);
+        QSignalSpy lensClicks(grid.get(), &fpSpread::LensClicked);
+        QSignalSpy doubleClicks(grid.get(), &fpSpread::DblClick);
+        QSignalSpy rightClicks(grid.get(), &fpSpread::RightClick);
+        const auto point = [&](int column, int row) {
+            const auto [child, there] = Under(*grid, grid->CellRect(column, row).center());
+            QMouseEvent move(QEvent::MouseMove, there, child->mapToGlobal(there), Qt::NoButton, {}, {});
+            QCoreApplication::sendEvent(child, &move);
+        };
+        // A picture without a number, a number, and an empty cell have none.
+        for (const auto& [column, row] : {std::pair(1, 1), {2, 2}, {3, 1}}) {
+            point(2, 1);
+            QVERIFY(lens->isVisible());
+            point(column, row);
+            QVERIFY(!lens->isVisible());
+        }
+        point(2, 1);
+        QVERIFY(lens->width() <= 24 && grid->CellRect(2, 1).contains(lens->geometry()));
+        QTest::mouseClick(lens, Qt::LeftButton);
+        QTest::mouseDClick(lens, Qt::LeftButton);
+        QCOMPARE(lensClicks.value(0), QVariantList({2, 1}));
+        QTest::mouseClick(lens, Qt::RightButton);
+        QCOMPARE(rightClicks.size(), 1);
+        QCOMPARE(rightClicks[0].mid(1, 2), QVariantList({2, 1}));
+        QCOMPARE(doubleClicks.size(), 0);
+        const auto [child, there] = Under(*grid, grid->CellRect(2, 1).center());
+        QTest::mouseDClick(child, Qt::LeftButton, {}, there);
+        QCOMPARE(doubleClicks.size(), 1);
+        // A screen reader finds it, and presses it for the cell that the keyboard is at.
+        grid->SetActiveCell(2, 1);
+        point(3, 1);
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(child, &leave);
+        lensClicks.clear();
+        QAccessibleInterface* spoken = QAccessible::queryAccessibleInterface(lens);
+        QVERIFY(QAccessible::queryAccessibleInterface(grid.get())->indexOfChild(spoken) >= 0);
+        QCOMPARE(spoken->text(QAccessible::Name), u"크게 보기"_s);
+        spoken->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QTRY_COMPARE(lensClicks.value(0), QVariantList({2, 1}));
+    }
+
     void BadPictureShowsAMark()
     {
         const auto grid = New(VisitPictures);
