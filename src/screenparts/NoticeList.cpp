@@ -14,7 +14,7 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int LeastWidth = 420; ///< In pixels, above a strip that is narrower.
+constexpr int LeastWidth = 420;  ///< In pixels, above a strip that is narrower.
 constexpr int MostLetters = 400; ///< What a reason of any length shows of itself.
 
 QString Shortened(const QString& text)
@@ -23,7 +23,8 @@ QString Shortened(const QString& text)
 }
 } // namespace
 
-NoticeList::NoticeList(NoticeStrip& strip) : QWidget(strip.parentWidget()), m_strip(strip), m_area(new QScrollArea(this))
+NoticeList::NoticeList(NoticeStrip& strip)
+    : QWidget(strip.parentWidget()), m_strip(strip), m_area(new QScrollArea(this))
 {
     Named(this, u"noticeList"_s, u"알림 목록"_s);
     setAttribute(Qt::WA_StyledBackground);
