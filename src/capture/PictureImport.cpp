@@ -108,7 +108,8 @@ QString PictureImport::Several::Outcome() const
     }
     if (noRoom > 0)
         parts << u"\r\n한도 %1장이 되어 가져오지 않은 파일 %2개"_s.arg(VisitGrid::MostPictures).arg(noRoom);
-    if (const auto left = paths.size() - begun; left > 0)
+    // What is still being read comes to nobody.
+    if (const auto left = paths.size() - begun + (isReading ? 1 : 0); left > 0)
         parts << u"\r\n취소하여 가져오지 않은 파일 %1개"_s.arg(left);
     return parts.join(u"\r\n"_s);
 }
