@@ -36,12 +36,16 @@ FilingNotices::FilingNotices(NoticeStrip& strip, StillFiling& filing, MovieFilin
 
 void FilingNotices::ShowOutage()
 {
-    const QString database = u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
-    m_strip.setNotice(NoticeStrip::Outage,
-                      m_filing.IsDatabaseAway() ? database.arg(m_filing.Journal().Waiting()) : QString());
-    const int waiting = m_filing.Pictures().Waiting();
+    const int atShare = m_filing.Pictures().Waiting();
+    const bool isShareAway = atShare > 0;
+    // Those that wait for the share have no rows to wait for yet.
+    const int atDatabase = m_filing.Journal().Waiting();
+    const QString database = isShareAway
+                                 ? u"데이터베이스가 응답하지 않습니다. (기록 %1건 대기)"_s
+                                 : u"데이터베이스가 응답하지 않습니다. 그림은 파일로 저장되고 있습니다. (%1장 대기)"_s;
+    m_strip.setNotice(NoticeStrip::Outage, m_filing.IsDatabaseAway() ? database.arg(atDatabase) : QString());
     const QString share = u"저장 폴더가 응답하지 않습니다. 그림은 이 컴퓨터에 보관되고 있습니다. (%1장 대기)"_s;
-    m_strip.setNotice(NoticeStrip::Share, waiting > 0 ? share.arg(waiting) : QString());
+    m_strip.setNotice(NoticeStrip::Share, isShareAway ? share.arg(atShare) : QString());
 }
 
 void FilingNotices::ShowMovies()

@@ -43,11 +43,15 @@ StillCapture::StillCapture(VisitGrid& grid, StillFiling& filing, VisitNote& note
 
 void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin)
 {
-    if (!HasChart() || !m_grid.HasRoom()) {
+    // Before any message: what the operator is told may stand for long.
+    const bool hasPlace = !Trim(CurrentVisit().chart).isEmpty() && m_grid.HasRoom();
+    const std::shared_ptr<const StillFrame> frame = hasPlace ? capture.HoldFrame() : nullptr;
+    Q_EMIT Answered(frame != nullptr);
+    if (!hasPlace) {
+        HasChart();
         filed(nullptr);
         return;
     }
-    const std::shared_ptr<const StillFrame> frame = capture.HoldFrame();
     if (frame == nullptr)
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
     // The microphone of a movie would hear it.
@@ -66,6 +70,15 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     FileStill(
         CurrentVisit(), PictureOrigin::Import, [content = picture.TargetContent()] { return content; }, false,
         guard::Rethrow);
+}
+
+bool StillCapture::FileContent(const Visit& visit, const QByteArray& content, const Filed& filed)
+{
+    if (!m_grid.HasRoom())
+        return false;
+    FileStill(
+        visit, PictureOrigin::Import, [content] { return content; }, false, filed);
+    return true;
 }
 
 bool StillCapture::HasChart() const

@@ -27,6 +27,11 @@ public:
     void SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin = PictureOrigin::Press);
     /// Files the picture that the control holds like a still, with the same refusals.
     void FilePicture(const ImagXpress& picture);
+    /// A visit with a chart, with a message otherwise.
+    bool HasChart() const;
+    /// Files a picture of a command that goes on, in JPEG, in its turn behind the presses before it. Says nothing, and
+    /// does nothing when the visit's grid is full: gives false then.
+    bool FileContent(const Visit& visit, const QByteArray& content, const Filed& filed);
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();
 
@@ -39,11 +44,12 @@ public:
     void Finish();
 
 Q_SIGNALS:
+    /// A press has been answered: a picture is on its way, or none was taken.
+    void Answered(bool taken);
     /// The operator has stored the visit.
     void VisitIsStored(const Visit& visit);
 
 private:
-    bool HasChart() const;
     void FileStill(const Visit& visit, PictureOrigin origin, const std::function<QByteArray()>& encode, bool isHeard,
                    const Filed& filed);
     /// The sound of a still, once.

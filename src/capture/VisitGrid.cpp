@@ -88,10 +88,12 @@ void VisitGrid::TakeContent(const StillPointer& still, const QByteArray& content
     still->thumbnail = Pictures().LoadContent(content, m_pictures.Grid().CellPixels(1, 1));
     connect(still->thumbnail.get(), &PictureBatch::Ready, this, &VisitGrid::ShowReady);
     ShowReady();
+    Q_EMIT StillIsEncoded(still.get(), content);
 }
 
 void VisitGrid::TakeFiled(const StillPointer& still, int number)
 {
+    Q_EMIT StillIsFiled(still.get(), number);
     still->number = number;
     still->mayShow |= number == 0;
     ShowReady();
@@ -218,11 +220,23 @@ void VisitGrid::ShowPictures(const Visit& visit, bool keepCursor)
     m_lacksStored = false;
     m_arrived.clear();
     std::optional<later::Hold> placing;
+    const auto filled = [&] {
+        ShowPending(visit);
+        // Their thumbnails came before the fill, their rows behind its question.
+        for (const auto& [id, number] : QList(m_arrived))
+            ShowFiled(id, visit, number);
+        // What is taken from here on has its place, also while a box stands over this fill.
+        placing.reset();
+        TellTaken();
+    };
     try {
-        LoadCaptureList(visit, m_pictures, keepCursor, [&](const QList<int>& numbers) {
-            placing.emplace(later::Placing);
-            m_read = {visit, numbers};
-        });
+        LoadCaptureList(
+            visit, m_pictures, keepCursor,
+            [&](const QList<int>& numbers) {
+                placing.emplace(later::Placing);
+                m_read = {visit, numbers};
+            },
+            filled);
     } catch (const PlatformError&) {
         if (m_pictures.Shown() == visit) {
             ShowPending(visit);
@@ -232,13 +246,6 @@ void VisitGrid::ShowPictures(const Visit& visit, bool keepCursor)
         }
         throw;
     }
-    // A later fill, of another visit's pictures, has ended this one.
-    if (m_pictures.Shown() != visit)
-        return;
-    ShowPending(visit);
-    // Their thumbnails came before the fill, their rows behind its question.
-    for (const auto& [id, number] : QList(m_arrived))
-        ShowFiled(id, visit, number);
 }
 
 void VisitGrid::AskAgain()

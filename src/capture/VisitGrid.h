@@ -66,6 +66,10 @@ public:
 Q_SIGNALS:
     /// How many pictures the visit has.
     void TakenChanged(int pictures);
+    /// A still of this run is there as a file's content; then it has its number, or 0 where it waits for that. `still`
+    /// tells which one, and is never looked into.
+    void StillIsEncoded(const void* still, const QByteArray& content);
+    void StillIsFiled(const void* still, int number);
     /// Share and database answer again, and the visit's stored pictures could not be shown before.
     void CanBeShown();
 

@@ -3,6 +3,7 @@
 #include "capture/device_link.h"
 #include "capture/FilingNotices.h"
 #include "capture/MeantPictures.h"
+#include "capture/PressAnswer.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -206,9 +207,16 @@ void frmCapture::ConnectControls()
                     m_history->ShowAgain();
             }));
     connect(m_grid.get(), &VisitGrid::TakenChanged, this, &frmCapture::ShowCount);
-    m_fullPicture = std::make_unique<FullPicture>(*this, *m_capCapture, *m_notices, *m_count);
-    connect(m_notices, &NoticeStrip::Shown, m_fullPicture.get(), &FullPicture::PlaceOverlays);
+    m_fullPicture = std::make_unique<FullPicture>(
+        *this, FullPicture::Parts{*m_capCapture, *m_notices, *m_count, [this] {
+                                      return QStringList{m_sbarCap->Text(PanelSuname), m_sbarCap->Text(PanelChart),
+                                                         m_sbarCap->Text(PanelAge), VisitContext.Etc};
+                                  }});
+    connect(m_grid.get(), &VisitGrid::StillIsEncoded, m_fullPicture.get(), &FullPicture::ShowStill);
+    connect(m_grid.get(), &VisitGrid::StillIsFiled, m_fullPicture.get(), &FullPicture::ShowNumber);
     m_large = std::make_unique<LargeLook>(*this, *m_history, *m_fullPicture, *m_notices);
+    auto* answer = new PressAnswer(*m_capCapture, *m_count);
+    connect(m_stills.get(), &StillCapture::Answered, answer, &PressAnswer::Show);
     ShowCount(0);
     connect(m_notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     connect(m_capCapture, &VideoCap::OnFrame, this, GuardedSlot([this](int frames, int) { m_movie->OnFrame(frames); }));
@@ -272,6 +280,8 @@ void frmCapture::Connect()
 
 void frmCapture::SetCaptureValues(const StillCapture::Filed& filed, PictureOrigin origin)
 {
+    if (!VisitContext.YmdIsValid)
+        Q_EMIT m_stills->Answered(false);
     if (m_dateRefusal->Refuses())
         filed(nullptr);
     else

@@ -6,7 +6,7 @@
 #include "contracts/VideoCap.h"
 #include "frame/components.h"
 #include "frame/controls.h"
-#include "frame/plain_text.h"
+#include "frame/ElidedLabel.h"
 #include "frame/twips.h"
 #include "screenparts/NoteBox.h"
 #include "screenparts/NoticeStrip.h"
@@ -74,7 +74,7 @@ void frmCapture::BuildControls()
     auto* pic = Named(new QWidget(this), u"pic"_s, u"캡쳐과거내역"_s, RectFromTwips(8415, 1950, 6810, 8535));
     label = MakeLabel(pic, u"label(1)"_s, u"캡쳐과거내역"_s, RectFromTwips(90, 0, 1575, 240));
     m_lblHisYmd = Named(new PlainLabel(pic), u"lblHisYmd"_s, u"과거 캡쳐일자"_s, RectFromTwips(1680, 0, 1335, 240));
-    m_lblHisEtc = Named(new PlainLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
+    m_lblHisEtc = Named(new ElidedLabel(pic), u"lblHisEtc"_s, u"과거 캡쳐종류"_s, RectFromTwips(3000, 0, 2295, 240));
     m_sprCap[2] = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, pic), u"sprCap(3)"_s, u"캡쳐과거내역"_s,
                         RectFromTwips(15, 240, 6750, 3195));
     label->setBuddy(m_sprCap[2]);

@@ -94,21 +94,19 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, grid.CellPixels(1, 1));
     int row = 1;
     int column = 0;
-    for (int at = 0; at < paths.size(); ++at) {
-        const std::optional<QImage> picture = AwaitPicture(&grid, fill, *batch, at);
-        if (!picture)
+    const QPointer<fpSpread> there(&grid);
+    PlacePictures(there, fill, *batch, static_cast<int>(paths.size()), [&](int at, const QImage& picture) {
+        if (!PictureExists(paths[at]) || !there || !there->IsCurrentFill(fill))
             return;
-        if (!PictureExists(paths[at]))
-            continue;
         if (++column > grid.MaxCols()) {
             column = 1;
             ++row;
         }
         if (row > grid.MaxRows())
             grid.setMaxRows(row);
-        ShowPicture(grid, row, column, *picture);
+        ShowPicture(grid, row, column, picture);
         grid.setText(paths[at]);
-    }
+    });
 }
 
 void frmCapCDAdd::ListCdMovies()

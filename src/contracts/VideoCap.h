@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include <QMargins>
+#include <QSize>
 #include <QStringList>
 #include <QWidget>
 
@@ -81,6 +83,12 @@ public:
     /// The live frame of this moment, to be filed later; null when there is none: device idle, no frame yet, or the
     /// signal lost.
     virtual std::shared_ptr<const StillFrame> HoldFrame() = 0;
+
+    /// The live picture is laid out within these margins of the control, in pixels; none at first. The control stays
+    /// as it is, and black there.
+    virtual void setPictureMargins(const QMargins& margins) = 0;
+    /// Width and height of the live picture as it is painted, for its shape; empty while there is none.
+    virtual QSize PictureShape() const = 0;
 
     /// Settings dialogs of the driver, owned by the window of that handle; they return when they close.
     virtual void ShowDriverDialog1(int ownerHandle) = 0;

@@ -3,6 +3,7 @@
 #include "contracts/desktop.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/act_faults.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/NumberClaim.h"
@@ -14,6 +15,7 @@
 #include "records/acts.h"
 #include "records/capture_index.h"
 #include "records/picture_sums.h"
+#include "text/text_routines.h"
 #include "visit/Visit.h"
 
 #include <QList>
@@ -66,27 +68,7 @@ void WriteAsNewest(const QString& path, const QByteArray& content)
     throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(path)));
 }
 
-} // namespace
-
-QString IdentityOfDeleted(const QString& path)
-{
-    return QString::fromLatin1(Files().FileNote(path, IdentityNote));
-}
-
-QString PathWithIdentity(const QString& path, const QString& id)
-{
-    const qsizetype dot = path.lastIndexOf(u'.');
-    return path.left(dot) + u'-' + id + path.sliced(dot);
-}
-
-void CheckMovable(const Visit& visit, int number)
-{
-    const QString live = visit.PicturePath(number);
-    if (Files().KindOf(live) == FileKind::Other)
-        throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
-}
-
-void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture)
+void Move(const Visit& visit, int number, const QString& presentYear, const QString& picture)
 {
     const QString live = visit.PicturePath(number);
     CheckMovable(visit, number);
@@ -114,6 +96,32 @@ void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear,
     if (!present.isEmpty() && present != version)
         throw PlatformError(u"그림이 그사이 다른 것으로 바뀌어 지우지 않았습니다.!! (%1)"_s.arg(NativePath(live)));
     DeleteFile(live);
+}
+
+} // namespace
+
+QString IdentityOfDeleted(const QString& path)
+{
+    return QString::fromLatin1(Files().FileNote(path, IdentityNote));
+}
+
+QString PathWithIdentity(const QString& path, const QString& id)
+{
+    const qsizetype dot = path.lastIndexOf(u'.');
+    return path.left(dot) + u'-' + id + path.sliced(dot);
+}
+
+void CheckMovable(const Visit& visit, int number)
+{
+    const QString live = visit.PicturePath(number);
+    if (Files().KindOf(live) == FileKind::Other)
+        throw PlatformError(u"그림파일이 아니어서 지울 수 없습니다.!! (%1)"_s.arg(NativePath(live)));
+}
+
+void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture)
+{
+    AsPartOf(u"캡쳐 %1번을 지운 그림 폴더로 옮기지 못했습니다.!!"_s.arg(NumberText(number)),
+             [&] { Move(visit, number, presentYear, picture); });
 }
 
 void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)

@@ -2,6 +2,7 @@
 
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/act_faults.h"
 #include "filing/capture_folders.h"
 #include "filing/capture_root.h"
 #include "filing/capture_wastebasket.h"
@@ -22,6 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const QString Prefix = u"restore-"_s;
+const QString FailedRestore = u"지운 그림을 되살리지 못했습니다.!!"_s;
 
 QString SourcePath(const RestoreJob& job)
 {
@@ -128,7 +130,7 @@ std::optional<int> NumberOfEarlierRun(const RestoreJob& job)
 picture_restore::Taken picture_restore::Take(const RestoreJob& job, const QByteArray& version)
 {
     try {
-        Files().RenameFile(SourcePath(job), TakenPath(job));
+        AsPartOf(FailedRestore, [&job] { Files().RenameFile(SourcePath(job), TakenPath(job)); });
     } catch (const FilesAway&) {
         throw;
     } catch (const PlatformError&) {
@@ -187,7 +189,8 @@ void picture_restore::GiveBack(const RestoreJob& job)
     if (const std::optional<int> number = NumberOfEarlierRun(job))
         DeleteLive(job.visit, *number);
     if (!Files().PlaceNewFile(TakenPath(job), SourcePath(job)))
-        Files().RenameFile(TakenPath(job), PathWithIdentity(SourcePath(job), job.id));
+        AsPartOf(FailedRestore,
+                 [&job] { Files().RenameFile(TakenPath(job), PathWithIdentity(SourcePath(job), job.id)); });
 }
 
 void picture_restore::DropTaken(const Visit& visit, int number, const QString& id)

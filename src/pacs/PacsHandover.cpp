@@ -208,7 +208,7 @@ void PacsHandover::TellNotice(const SenderQueue::State& state)
     const QString notice = parts.join(u", "_s);
     const bool maySend = state.setAside > 0 || (state.waiting > 0 && !state.away.isEmpty());
     if (notice != std::exchange(m_notice, notice) || maySend != std::exchange(m_maySend, maySend))
-        Q_EMIT NoticeChanged(notice, maySend);
+        Q_EMIT NoticeChanged(notice, maySend, state.setAside > 0);
 }
 
 QString PacsHandover::End()

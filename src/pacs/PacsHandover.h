@@ -45,7 +45,8 @@ public:
 
 Q_SIGNALS:
     /// What the operator is to know: empty while nothing waits. `maySend`: to try at once would make sense.
-    void NoticeChanged(const QString& text, bool maySend);
+    /// `isRefused`: the server has refused some.
+    void NoticeChanged(const QString& text, bool maySend, bool isRefused);
 
 private:
     class LineOutlet;

@@ -1,16 +1,20 @@
 #pragma once
 
+#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
 #include <functional>
 #include <map>
 
+class NoticeList;
+class QBoxLayout;
 class QLabel;
 class QPushButton;
 
 /// One line over the lower edge of a picture or a form that tells what the operator should know while he works on. It
-/// shows the most urgent of its notices, and is there only while it has one.
+/// shows the most urgent of its notices and how many more there are, and is there only while it has one. A click on it
+/// lists them all.
 class NoticeStrip : public QWidget
 {
     Q_OBJECT
@@ -18,19 +22,23 @@ class NoticeStrip : public QWidget
 public:
     /// The most urgent first.
     enum Kind {
-        Date,    ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
-        Root,    ///< The capture root isn't the one that belongs to the clinic.
-        Share,   ///< The share of the pictures doesn't answer.
-        Movie,   ///< It doesn't take the movies.
-        Outage,  ///< The database doesn't answer, and rows wait.
-        Waiting, ///< A handler waits.
-        Draft,   ///< A note that an earlier run didn't store can come back.
-        Room,    ///< The disk of the pictures is nearly full.
-        Pacs,    ///< Pictures wait for the clinic's server, or were refused by it.
-        Patient, ///< The clinic doesn't know the chart.
+        Date,        ///< The visit's date can't be one, and nothing is filed under it. Shown as an alarm.
+        Root,        ///< The capture root isn't the one that belongs to the clinic.
+        Share,       ///< The share of the pictures doesn't answer.
+        Movie,       ///< It doesn't take the movies.
+        Outage,      ///< The database doesn't answer, and rows wait.
+        Waiting,     ///< Work that goes on, such as a handler that waits. Before all others while it can be given up.
+        Draft,       ///< A note that an earlier run didn't store can come back.
+        PacsRefused, ///< Pictures were refused by the clinic's server.
+        Room,        ///< The disk of the pictures is nearly full.
+        Pacs,        ///< Pictures wait for the clinic's server.
+        Patient,     ///< The clinic doesn't know the chart.
     };
+    /// What stands in the way of filing; it shows as a fault.
+    static bool IsFault(Kind kind) { return kind <= Outage; }
 
     explicit NoticeStrip(QWidget* parent);
+    ~NoticeStrip() override;
 
     /// What a notice offers: a button with that caption.
     struct Offer
@@ -38,33 +46,48 @@ public:
         QString caption;
         std::function<void()> run;
     };
-
-    /// An empty text takes the notice away.
-    void setNotice(Kind kind, const QString& text, const Offer& offer = {});
-    /// Shows what it says in reversed colours for a moment.
-    void Flash();
-    /// Offers a button by which the wait is given up.
-    void setMayCancel(bool mayCancel);
-
-Q_SIGNALS:
-    void Cancelled();
-    /// It came, or went.
-    void Shown(bool shown);
-
-private:
     struct Notice
     {
         QString text;
         Offer offer;
     };
 
+    /// An empty text takes the notice away.
+    void setNotice(Kind kind, const QString& text, const Offer& offer = {});
+    /// All that stand, the most urgent first.
+    QList<std::pair<Kind, Notice>> Notices() const;
+    /// Shows what it says in reversed colours for a moment.
+    void Flash();
+    /// Offers a button beside the notice `Waiting` by which that is given up.
+    void setMayCancel(bool mayCancel);
+    bool MayCancel(Kind kind) const { return kind == Waiting && m_mayCancel; }
+    /// Texts and buttons of so many times their usual size, one below the other where it is narrow.
+    void setLook(double scale, bool isNarrow);
+
+Q_SIGNALS:
+    void Cancelled();
+    /// It came, or went.
+    void Shown(bool shown);
+    /// It says something else.
+    void Changed();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+
+private:
+    void Present();
     void SetLook(const char* property, bool on);
+    void ToggleList();
 
     std::map<Kind, Notice> m_notices;
+    bool m_mayCancel = false;
     QTimer m_flash;
+    QBoxLayout* m_row;
     QLabel* m_text;
+    QLabel* m_further;
     QPushButton* m_offer;
     QPushButton* m_cancel;
+    QPointer<NoticeList> m_list; ///< While it is open.
 };
 
 /// Shows the waits of `waiting` from here on: on the notice strips of the forms, and, on a form in front that has none,

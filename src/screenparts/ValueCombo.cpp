@@ -1,5 +1,6 @@
 #include "screenparts/ValueCombo.h"
 
+#include "frame/plain_text.h"
 #include "text/text_routines.h"
 
 #include <QAbstractItemView>
@@ -9,6 +10,11 @@
 #include <QSignalBlocker>
 #include <QStyleOption>
 
+namespace {
+/// What a line of text keeps free at its ends, in pixels.
+constexpr int CutMargin = 8;
+} // namespace
+
 ValueCombo::ValueCombo(const QString& name, QWidget* parent) : QComboBox(parent)
 {
     // Before the line of text is made: rules of a style sheet that go by the name are looked up then, and kept.
@@ -16,6 +22,15 @@ ValueCombo::ValueCombo(const QString& name, QWidget* parent) : QComboBox(parent)
     setEditable(true);
     setInsertPolicy(QComboBox::NoInsert);
     lineEdit()->installEventFilter(this);
+    // What can't be typed is read from its beginning, and whole in the tooltip. A text that is set moves the cursor to
+    // its end, also when it stands there already.
+    connect(lineEdit(), &QLineEdit::cursorPositionChanged, this, [this] {
+        if (!lineEdit()->isReadOnly())
+            return;
+        lineEdit()->home(false);
+        const bool isCut = lineEdit()->fontMetrics().horizontalAdvance(currentText()) > lineEdit()->width() - CutMargin;
+        setToolTip(isCut ? ToolTipText(currentText()) : QString());
+    });
 }
 
 /// The entry of the value that is shown, -1 when it has none. A number may be typed without its leading zeros.

@@ -35,7 +35,7 @@ HistoryGrids& RegisteredHistoryGrids()
 } // namespace
 
 int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor,
-                    const std::function<void(const QList<int>&)>& read)
+                    const std::function<void(const QList<int>&)>& read, const std::function<void()>& filled)
 {
     fpSpread& grid = pictures.Grid();
     const QPointer<fpSpread> there(&grid);
@@ -54,20 +54,21 @@ int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
 
     int result = 0;
-    for (int at = 0; at < numbers.size(); ++at) {
-        const std::optional<QImage> picture = AwaitPicture(there, fill, *batch, at);
-        if (!picture)
-            return result;
+    const auto place = [&](int at, const QImage& picture) {
         result = numbers[at];
-        if (!PictureExists(paths[at]))
-            continue;
-        const QPoint cell = pictures.Add({{{}, result}, *picture, {}});
+        if (!PictureExists(paths[at]) || !there || !there->IsCurrentFill(fill))
+            return;
+        const QPoint cell = pictures.Add({{{}, numbers[at]}, picture, {}});
         if (!keepCursor)
             grid.SetActiveCell(1, cell.y());
-    }
-    // What is empty shows its beginning.
-    if (pictures.Pictures().isEmpty())
-        grid.SetActiveCell(1, 1);
+    };
+    PlacePictures(there, fill, *batch, static_cast<int>(numbers.size()), place, [&] {
+        // What is empty shows its beginning.
+        if (pictures.Pictures().isEmpty())
+            grid.SetActiveCell(1, 1);
+        if (filled)
+            filled();
+    });
     return result;
 }
 

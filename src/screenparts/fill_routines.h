@@ -19,9 +19,10 @@ struct VisitLine;
 /// Shows the pictures of a visit, serving events between them. Rows whose file is missing take no
 /// place; a file that is no picture shows a mark. With `keepCursor` the grid stays where it is, otherwise its active
 /// cell follows the pictures. A later fill of them ends this one. Gives the number of the last row read.
-/// `read` hears the numbers of all rows before the first picture is placed.
+/// `read` hears the numbers of all rows before the first picture is placed, and `filled` that the last one is: this may
+/// return much later, while a box stands over it.
 int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor,
-                    const std::function<void(const QList<int>&)>& read = {});
+                    const std::function<void(const QList<int>&)>& read = {}, const std::function<void()>& filled = {});
 
 /// Brings the visit's note into the box. The box is empty, and knows that it holds no note, until it has been read.
 void LoadCaptureNote(const Visit& visit, NoteBox& box);

@@ -4,9 +4,15 @@
 #include "contracts/pictures.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
+#include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "text/text_routines.h"
+
+#include <QScopeGuard>
+
+#include <exception>
+#include <utility>
 
 namespace {
 /// A picture takes far less: from here on the fill waits as all work on files does.
@@ -23,17 +29,48 @@ QString CellText(fpSpread& grid, int column, int row)
     return Trim(grid.TextAt(column, row));
 }
 
-std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at)
+void PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int count,
+                   const std::function<void(int at, const QImage& picture)>& place, const std::function<void()>& filled)
 {
-    const auto isOver = [&] { return !grid || !grid->IsCurrentFill(fill); };
-    PumpEvents();
-    const auto isReady = [&] { return isOver() || batch.IsReady(at); };
-    if (!waiting::ServeFor(DecodeWaitMs, isReady, WaitInput::Served) && !UseService<Desktop>().ProgramEnded())
-        filecalls::AwaitUntil(isReady);
-    // A handler that the pump let in may have closed the screen or begun a newer fill.
-    if (isOver())
-        return std::nullopt;
-    return batch.IsReady(at) ? batch.Take(at) : QImage();
+    int next = 0;
+    bool isDone = false;
+    bool isPlacing = false;
+    std::exception_ptr fault;
+    // A handler that came in may have closed the screen or begun a newer fill.
+    const auto isOver = [&] { return isDone || fault != nullptr || !grid || !grid->IsCurrentFill(fill); };
+    const auto step = [&](bool isLost) {
+        // What is placed may wait for a file, and serve events.
+        if (std::exchange(isPlacing, true))
+            return;
+        try {
+            while (!isOver() && next < count && (isLost || batch.IsReady(next))) {
+                const int at = next++;
+                place(at, std::exchange(isLost, false) ? QImage() : batch.Take(at));
+            }
+            if (!isOver() && next == count) {
+                isDone = true;
+                if (filled)
+                    filled();
+            }
+        } catch (...) {
+            fault = std::current_exception();
+        }
+        isPlacing = false;
+    };
+    // From here a box that stands over this routine's own loop lets the fill go on.
+    const auto ready = QObject::connect(&batch, &PictureBatch::Ready, [&step] { step(false); });
+    const auto over = qScopeGuard([&ready] { QObject::disconnect(ready); });
+    if (count == 0)
+        step(false);
+    while (!isOver()) {
+        PumpEvents();
+        const int awaited = next;
+        const auto goesOn = [&] { return isOver() || next > awaited || batch.IsReady(awaited); };
+        if (!waiting::ServeFor(DecodeWaitMs, goesOn, WaitInput::Served) && !UseService<Desktop>().ProgramEnded())
+            filecalls::AwaitUntil(goesOn);
+        step(!goesOn());
+    }
+    guard::Rethrow(fault);
 }
 
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture)

@@ -4,7 +4,7 @@
 
 #include <QPointer>
 
-#include <optional>
+#include <functional>
 
 class PictureBatch;
 
@@ -15,9 +15,13 @@ QList<int> PictureColumns(int layout);
 /// Text of a cell, trimmed; the grid's current cell goes there.
 QString CellText(fpSpread& grid, int column, int row);
 
-/// Serves events until that picture of a grid's fill is decoded. Nothing when the fill has ended meanwhile, because the
-/// grid is gone or a newer one has begun; a null picture when it can't be read. Throws FilesAway.
-std::optional<QImage> AwaitPicture(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int at);
+/// Has the first `count` pictures of a batch placed in their order, each once it is decoded; null when it can't be
+/// read. Serves events meanwhile, and goes on behind whatever these bring up, such as a box. `filled` runs behind the
+/// last one. Neither is called any more when the fill has ended, because the grid is gone or a newer one has begun.
+/// Throws FilesAway, and what they throw.
+void PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int count,
+                   const std::function<void(int at, const QImage& picture)>& place,
+                   const std::function<void()>& filled = {});
 
 /// Makes the cell a picture cell that shows the picture in its middle, as large as fits.
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture);

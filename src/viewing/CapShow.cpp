@@ -10,8 +10,8 @@
 #include "filing/MarkedPictures.h"
 #include "frame/components.h"
 #include "frame/controls.h"
+#include "frame/ElidedLabel.h"
 #include "frame/guard.h"
-#include "frame/plain_text.h"
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "frame/waiting.h"
@@ -72,7 +72,7 @@ void CapShow::BuildControls()
                       RectFromTwips(0, 0, 12960, 285));
     m_sbarCap->setPanelCount(8);
     m_lblYmd = Named(new PlainLabel(this), u"lblYmd"_s, u"캡쳐일자"_s, RectFromTwips(120, 300, 1500, 285));
-    m_lblEtc = Named(new PlainLabel(this), u"lblEtc"_s, u"캡쳐종류"_s, RectFromTwips(1680, 300, 6000, 285));
+    m_lblEtc = Named(new ElidedLabel(this), u"lblEtc"_s, u"캡쳐종류"_s, RectFromTwips(1680, 300, 6000, 285));
     m_sprCap = Named(&PlaceControl<fpSpread>(u"FPSpreadADO.fpSpread"_s, this), u"sprCap"_s, u"캡쳐그림"_s,
                      RectFromTwips(0, 600, 12960, 9120));
     m_picture1 = &PlaceControl<ImagXpress>(u"IMAGXPR6LibCtl.ImagXpress"_s, this);

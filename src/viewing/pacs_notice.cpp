@@ -15,10 +15,13 @@ constexpr int ClosingPatienceMs = 10'000;
 
 void ShowPacsOn(NoticeStrip& strip, PacsHandover& pacs)
 {
-    QObject::connect(&pacs, &PacsHandover::NoticeChanged, &strip, [&strip, &pacs](const QString& text, bool maySend) {
+    const auto show = [&strip, &pacs](const QString& text, bool maySend, bool isRefused) {
         const NoticeStrip::Offer send{u"지금 보내기"_s, [&pacs] { pacs.SendNow(); }};
-        strip.setNotice(NoticeStrip::Pacs, text, maySend ? send : NoticeStrip::Offer());
-    });
+        strip.setNotice(isRefused ? NoticeStrip::PacsRefused : NoticeStrip::Pacs, text,
+                        maySend ? send : NoticeStrip::Offer());
+        strip.setNotice(isRefused ? NoticeStrip::Pacs : NoticeStrip::PacsRefused, QString());
+    };
+    QObject::connect(&pacs, &PacsHandover::NoticeChanged, &strip, show);
 }
 
 void EndPacs(PacsHandover* pacs)

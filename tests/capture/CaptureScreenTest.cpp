@@ -243,12 +243,21 @@ private Q_SLOTS:
         QVERIFY(full != &screen && full->isVisible());
         QCOMPARE(full->size(), screen.screen()->size());
         QCOMPARE(picture.geometry(), full->rect());
+        // In the black bars beside a high picture, else over its edges.
         strip->setNotice(NoticeStrip::Room, u"공간"_s);
-        QCOMPARE(strip->geometry().bottomRight(), full->rect().bottomRight());
+        FakeVideoCap::Last()->frameSize = {100, 320};
+        QTRY_VERIFY(strip->width() < full->width() / 2);
+        QCOMPARE(count->geometry().bottomRight(), full->rect().bottomRight());
+        FakeVideoCap::Last()->frameSize = {320, 240};
+        QTRY_COMPARE(strip->geometry().bottomRight(), full->rect().bottomRight());
         QCOMPARE(count->window(), full);
         QCOMPARE(count->geometry().bottomRight(), strip->geometry().topRight() - QPoint(0, 1));
+        QVERIFY(full->findChild<QLabel*>(u"fullCaptions"_s)->text().contains(u"홍길동"_s));
         Press(u"캡쳐"_s);
         QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 2)), 2);
+        QTRY_VERIFY(full->findChild<QWidget*>(u"lastStill"_s)->isVisible());
+        QCOMPARE(full->findChild<QWidget*>(u"lastStill"_s)->accessibleName(), u"그림 002"_s);
+        QTRY_COMPARE(FakeVideoCap::Last()->margins.bottom(), strip->height());
         QTest::keyClick(full, Qt::Key_A);
         QCOMPARE(picture.window(), full);
         QTest::keyClick(full, Qt::Key_Escape);
@@ -265,6 +274,49 @@ private Q_SLOTS:
         // One that is closed while it is full leaves nothing behind.
         QTest::mouseDClick(&picture, Qt::LeftButton);
         screen.Unload();
+    }
+
+    /// The most urgent first; a wait that can be given up, with its button, before all.
+    void TheStripTellsAll()
+    {
+        frmCapture& screen = OpenWithOneStill();
+        auto* strip = screen.findChild<NoticeStrip*>();
+        const auto text = [strip](const QString& name) {
+            const auto* label = strip->findChild<QLabel*>(name);
+            return label->isVisible() ? label->text() : QString();
+        };
+        int sent = 0;
+        strip->setNotice(NoticeStrip::PacsRefused, u"PACS 거부 1건"_s, {u"지금 보내기"_s, [&sent] { ++sent; }});
+        strip->setNotice(NoticeStrip::Room, u"공간"_s);
+        QVERIFY(!strip->property("fault").toBool());
+        strip->setNotice(NoticeStrip::Share, u"<b>폴더</b>"_s.repeated(1000));
+        QCOMPARE(text(u"noticeText"_s).left(4) + text(u"noticeFurther"_s), u"<b>폴외 2건"_s);
+        QVERIFY(strip->property("fault").toBool() && !strip->findChild<QWidget*>(u"noticeOffer"_s)->isVisible());
+        strip->setNotice(NoticeStrip::Waiting, u"기다림"_s);
+        auto* cancel = strip->findChild<QWidget*>(u"noticeCancel"_s);
+        QVERIFY(!cancel->isVisible());
+        strip->setMayCancel(true);
+        QVERIFY(cancel->isVisible() && text(u"noticeText"_s) == u"기다림"_s);
+        strip->setNotice(NoticeStrip::Waiting, QString());
+        QVERIFY(!cancel->isVisible());
+
+        screen.txtCapChamgo().setFocus();
+        const auto open = [&] {
+            QTest::mouseClick(strip->findChild<QLabel*>(u"noticeText"_s), Qt::LeftButton);
+            return screen.findChild<QWidget*>(u"noticeList"_s);
+        };
+        const QPointer<QWidget> list = open();
+        QVERIFY(list != nullptr && list->isVisible() && screen.txtCapChamgo().hasFocus());
+        QCOMPARE(list->findChildren<QWidget*>(u"noticeRow"_s).size(), 3);
+        QVERIFY(list->height() <= strip->y());
+        QTest::keyClick(&screen.txtCapChamgo(), Qt::Key_Escape);
+        QTRY_VERIFY(list == nullptr);
+        open()->findChild<QPushButton*>(u"listOffer"_s)->click();
+        QCOMPARE(sent, 1);
+        QTRY_VERIFY(screen.findChild<QWidget*>(u"noticeList"_s) == nullptr);
+        open();
+        QTest::mouseClick(&screen.capCapture(), Qt::LeftButton);
+        QTRY_VERIFY(screen.findChild<QWidget*>(u"noticeList"_s) == nullptr);
     }
 
     void TheOperatorHearsOfTheRoom()
@@ -286,6 +338,10 @@ private Q_SLOTS:
         frmCapture& screen = OpenScreen();
         Press(u"캡쳐"_s);
         QCOMPARE(m_box->Desk().shown, QStringList{u"캡쳐할 영상이 없습니다.!!"_s});
+        const auto* count = screen.findChild<QLabel*>(u"lblCount"_s);
+        const auto* light = screen.capCapture().findChild<QWidget*>(u"pressAnswer"_s);
+        QVERIFY(light->isVisible() && count->property("refused").toBool());
+        QTRY_VERIFY(!light->isVisible() && !count->property("refused").toBool());
         QCOMPARE(m_box->Names(u"2026"_s, Stomach), QStringList());
         QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"0"_s);
         QCOMPARE(screen.sprCap(1).DataRowCnt(), 0);
@@ -331,7 +387,8 @@ private Q_SLOTS:
             // A kill in this moment would cost nothing but the thumbnail.
             QCOMPARE(m_box->Names(u"2026"_s, Colon).size(), 16);
             QCOMPARE(m_box->Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"16"_s);
-            QVERIFY(CellText(screen.sprCap(1), 1, 8).isEmpty());
+            // A box that stands over it holds up neither the fill nor the still behind it.
+            QVERIFY(QTest::qWaitFor([&screen] { return CellText(screen.sprCap(1), 1, 8) == u"016"_s; }));
         });
         ChooseSection(Colon);
         QTRY_COMPARE(CellText(screen.sprCap(1), 1, 8), u"016"_s);
@@ -434,7 +491,7 @@ private Q_SLOTS:
             m_box->AddPicture(u"20250301"_s, Colon, number, u"정상"_s);
         frmCapture& screen = OpenScreen();
         fpSpread& pictures = screen.sprCap(2);
-        QTimer::singleShot(0, this, [&] {
+        m_box->Desk().whilePumped = [&] {
             if (belowTheList) {
                 DoubleClick(3, 1, 400);
                 return;
@@ -442,7 +499,7 @@ private Q_SLOTS:
             pictures.setRow(9);
             pictures.setCol(1);
             pictures.setValue(u"1"_s);
-        });
+        };
         DoubleClick(3, 1, 1);
         QStringList numbers;
         for (int row = 2; row <= pictures.DataRowCnt(); row += 2) {

@@ -1,3 +1,4 @@
+#include "frame/waiting.h"
 #include "support/CaptureScreen.h"
 #include "support/PictureFiles.h"
 
@@ -171,7 +172,7 @@ private Q_SLOTS:
         QCOMPARE(filter.mid(4, 2), (QStringList{u"CALS (*.CAL)"_s, u"*.cal"_s}));
     }
 
-    void DroppedFilesComeOneByOne()
+    void SeveralFilesComeOneByOne()
     {
         OpenScreen();
         const auto drop = [](const QList<QUrl>& urls, Qt::DropActions offered) {
@@ -188,16 +189,49 @@ private Q_SLOTS:
         };
         const auto file = [this](const QString& name) { return QUrl::fromLocalFile(m_files.Path(name)); };
         m_files.Put("no picture", u"글.txt"_s);
-        QCOMPARE(
-            drop({file(u"colours.png"_s), file(u"글.txt"_s), file(u"lines.png"_s)}, Qt::CopyAction | Qt::MoveAction),
-            Qt::CopyAction);
+        QVERIFY(QFile::copy(m_files.Path(u"colours.png"_s), m_files.Path(u"2.png"_s)));
+        QVERIFY(QFile::copy(m_files.Path(u"lines.png"_s), m_files.Path(u"10.png"_s)));
+        const QList dropped{file(u"10.png"_s), file(u"글.txt"_s), file(u"2.png"_s)};
+        QCOMPARE(drop(dropped, Qt::CopyAction | Qt::MoveAction), Qt::CopyAction);
         // Beside the claims of numbers.
         QTRY_COMPARE(m_box->Names(u"2026"_s, Stomach).filter(u".jpg"_s).size(), 2);
-        QCOMPARE(m_box->Desk().shown, QStringList{Unreadable});
+        QCOMPARE(m_box->Desk().shown, QStringList{u"그림파일 3개 중 2개를 저장하였습니다.\r\n\r\n저장하지 못한 파일:"
+                                                  "\r\n글.txt: "_s +
+                                                  Unreadable});
         QVERIFY(LoadPicture(m_box->PicturePath(Day, Stomach, 2)).pixelColor(280, 200).lightness() > 215);
         QVERIFY(QFile::exists(m_files.Path(u"colours.png"_s)));
         QCOMPARE(drop({QUrl(u"https://clinic.example/a.png"_s)}, Qt::CopyAction), Qt::IgnoreAction);
         QCOMPARE(drop({file(u"colours.png"_s)}, Qt::MoveAction), Qt::IgnoreAction);
+    }
+
+    void WhatSeveralFilesLeaveBehind_data()
+    {
+        Columns<int, int, bool, QStringList>("there", "bad", "cancels", "told");
+        QTest::newRow("full") << 49 << 0 << false
+                              << QStringList{u"3개 중 1개를"_s, u"한도 50장이 되어 가져오지 않은 파일 2개"_s};
+        QTest::newRow("many bad") << 0 << 12 << false << QStringList{u"15개 중 3개를"_s, u"\r\n외 2개"_s};
+        QTest::newRow("given up") << 0 << 12 << true << QStringList{u"취소하여 가져오지 않은 파일"_s};
+    }
+
+    void WhatSeveralFilesLeaveBehind()
+    {
+        QFETCH4(int, there, int, bad, bool, cancels, QStringList, told);
+        for (int number = 1; number <= there; ++number)
+            m_box->AddPicture(Day, Stomach, number);
+        OpenScreen();
+        QStringList paths;
+        for (int at = 0; at < bad; ++at)
+            paths << m_files.Put("no picture", QString(70, u'<') + QString::number(at));
+        for (const int at : {1, 2, 3})
+            paths << m_files.Put(m_files.Made(u"convert colours.png JPEG:j"_s, u"j"_s), u"그림%1.jpg"_s.arg(at));
+        if (cancels)
+            QTimer::singleShot(0, this, [] { waiting::Cancel(); });
+        Import(paths.join(u'\n'));
+        QCOMPARE(m_box->Desk().shown.size(), 1);
+        const QString shown = m_box->Desk().shown.first();
+        for (const QString& part : std::as_const(told))
+            QVERIFY2(shown.contains(part), qPrintable(shown));
+        QVERIFY(shown.size() < 1500);
     }
 
     void APictureDraggedOutIsACopyOfItsFile()

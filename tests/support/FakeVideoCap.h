@@ -15,6 +15,7 @@ public:
     QString dialogFault; ///< What its dialogs throw.
     bool room = true;    ///< The disk has room for a movie.
     bool deinterlaces = true;
+    QMargins margins;   ///< Of the live picture.
     QStringList movies; ///< Paths that were begun with `CaptureMode`, in order; each is a partial file until it ends.
     QStringList calls;  ///< Members called that change the device's state, in order.
 
@@ -48,6 +49,8 @@ public:
     void setKeepMovieFormat(bool) override {}
     void SnapShotJPEG(const QString& path, int quality) override;
     std::shared_ptr<const StillFrame> HoldFrame() override;
+    void setPictureMargins(const QMargins& value) override { margins = value; }
+    QSize PictureShape() const override { return live ? frameSize : QSize(); }
     void ShowDriverDialog1(int) override { ShowDialog(QStringLiteral("Dialog1")); }
     void ShowDriverDialog2(int) override { ShowDialog(QStringLiteral("Dialog2")); }
 

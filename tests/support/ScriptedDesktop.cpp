@@ -1,5 +1,6 @@
 #include "support/ScriptedDesktop.h"
 
+#include "contracts/OpenFilesDialog.h"
 #include "frame/event_loop.h"
 
 #include "frame/components.h"
@@ -10,10 +11,29 @@
 
 #include <utility>
 
+namespace {
+/// Takes what the desktop's script has for its dialogs, several files a line each.
+class ScriptedFiles final : public OpenFilesDialog
+{
+public:
+    explicit ScriptedFiles(ScriptedDesktop& desktop) : m_desktop(desktop) {}
+
+    std::optional<QStringList> Show(const QString& filter) override
+    {
+        const std::optional<QString> files = m_desktop.ShowOpenDialog(QString(), filter);
+        return files ? std::optional(files->split(u'\n')) : std::nullopt;
+    }
+
+private:
+    ScriptedDesktop& m_desktop;
+};
+} // namespace
+
 ScriptedDesktop& ScriptedDesktop::Install()
 {
     auto desktop = std::make_unique<ScriptedDesktop>();
     ScriptedDesktop& scripted = *desktop;
+    InstallService<OpenFilesDialog>(std::make_unique<ScriptedFiles>(scripted));
     InstallService<Desktop>(std::move(desktop));
     return scripted;
 }

@@ -1,6 +1,7 @@
 #include "platform/desktop/QtDesktop.h"
 
 #include "contracts/files.h"
+#include "contracts/OpenFilesDialog.h"
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "frame/event_loop.h"
@@ -76,6 +77,18 @@ void Fill(QMessageBox& box, const QString& text, const QString& title)
     box.setAccessibleName(title);
     box.setAccessibleDescription(text);
 }
+
+class QtOpenFilesDialog final : public OpenFilesDialog
+{
+public:
+    explicit QtOpenFilesDialog(QtDesktop& desktop) : m_desktop(desktop) {}
+
+    std::optional<QStringList> Show(const QString& filter) override { return m_desktop.ShowOpenFilesDialog(filter); }
+
+private:
+    QtDesktop& m_desktop;
+};
+
 /// While one lives, what the operator does with mouse, keyboard and wheel goes nowhere.
 class InputDiscarder final : public QObject
 {
@@ -258,13 +271,13 @@ void QtDesktop::ShowPrinterDialog()
     }
 }
 
-std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder, const QString& filter)
+std::optional<QStringList> QtDesktop::ChooseFiles(const QString& folder, const QString& filter, bool several)
 {
     const OpenBox open(*this);
     const QString last = m_openFolder.isEmpty() ? QDir::homePath() : m_openFolder;
     QFileDialog dialog(OwnerWindow(), u"열기"_s, folder.isEmpty() ? last : NativePath(folder));
     dialog.setObjectName(u"openDialog"_s);
-    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setFileMode(several ? QFileDialog::ExistingFiles : QFileDialog::ExistingFile);
     dialog.resize(OpenDialogPixels);
     if (const auto* list = dialog.findChild<QTreeView*>(u"treeView"_s)) {
         list->header()->setStretchLastSection(false);
@@ -276,10 +289,21 @@ std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder, const QS
     }
     if (dialog.exec() != QDialog::Accepted)
         return std::nullopt;
-    const QString chosen = dialog.selectedFiles().value(0);
+    const QStringList chosen = dialog.selectedFiles();
     if (folder.isEmpty())
-        m_openFolder = QFileInfo(chosen).path();
+        m_openFolder = QFileInfo(chosen.value(0)).path();
     return chosen;
+}
+
+std::optional<QString> QtDesktop::ShowOpenDialog(const QString& folder, const QString& filter)
+{
+    const std::optional<QStringList> chosen = ChooseFiles(folder, filter, false);
+    return chosen ? std::optional(chosen->value(0)) : std::nullopt;
+}
+
+std::optional<QStringList> QtDesktop::ShowOpenFilesDialog(const QString& filter)
+{
+    return ChooseFiles(QString(), filter, true);
 }
 
 bool QtDesktop::PrevInstance()
@@ -324,7 +348,9 @@ QDate QtDesktop::Today() const
 
 void RegisterDesktop(const CommandString& command)
 {
-    InstallService<Desktop>(std::make_unique<QtDesktop>(command));
+    auto desktop = std::make_unique<QtDesktop>(command);
+    InstallService<OpenFilesDialog>(std::make_unique<QtOpenFilesDialog>(*desktop));
+    InstallService<Desktop>(std::move(desktop));
     InstallService<ImageList>(std::make_unique<IconList>());
     RegisterComponent<StatusPanels>(u"MSComctlLib.StatusBar"_s, [] { return std::make_unique<PanelBar>(); });
     RegisterComponent<clsThemeShell>(u"prjThemeShell.clsThemeShell"_s, [] { return std::make_unique<ThemeShell>(); });

@@ -26,6 +26,8 @@ public:
     bool ServeUntil(const DesktopWait& wait) override;
     void ShowPrinterDialog() override;
     std::optional<QString> ShowOpenDialog(const QString& folder, const QString& filter) override;
+    /// The same for several files.
+    std::optional<QStringList> ShowOpenFilesDialog(const QString& filter);
     CommandString Command() const override { return m_command; }
     QString ProgramFolder() const override { return m_programFolder; }
     QString StateFolder() const override { return State().folder; }
@@ -45,6 +47,7 @@ private:
     class OpenBox;
 
     bool Run(QMessageBox& box);
+    std::optional<QStringList> ChooseFiles(const QString& folder, const QString& filter, bool several);
     void RequestEnd();
     void ShowPointer();
 

@@ -152,12 +152,15 @@ QStringList LocalFiles::FilesStartingWith(const QString& folder, const QString& 
 
 QByteArray LocalFiles::ReadFile(const QString& path) const
 {
+    errno = 0;
     QFile file(NativePath(path));
-    if (!file.open(QIODevice::ReadOnly))
-        throw PlatformError(u"파일을 읽을 수 없습니다.!! (%1: %2)"_s.arg(NativePath(path), file.errorString()));
+    const auto require = [&](bool isRead) {
+        if (!isRead)
+            ThrowFault(u"파일을 읽을 수 없습니다.!!"_s, path, errno != 0 ? errno : EISDIR);
+    };
+    require(file.open(QIODevice::ReadOnly));
     QByteArray content = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        throw PlatformError(u"파일을 읽을 수 없습니다.!! (%1: %2)"_s.arg(NativePath(path), file.errorString()));
+    require(file.error() == QFileDevice::NoError);
     return content;
 }
 

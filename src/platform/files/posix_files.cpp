@@ -6,6 +6,7 @@
 
 #include <QFile>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -36,13 +37,55 @@ mode_t WithoutUninvited(mode_t rights, mode_t above)
     return rights & ~(static_cast<mode_t>(S_IRWXO) & ~above);
 }
 
+struct Reason
+{
+    int error;
+    const char16_t* text;
+};
+
+/// The usual reasons, as the operator and whoever helps him on the telephone say them.
+constexpr Reason Reasons[] = {
+    {EACCES, u"권한 없음"},
+    {EPERM, u"권한 없음"},
+    {ENOENT, u"파일이나 폴더가 없음"},
+    {EEXIST, u"같은 이름이 이미 있음"},
+    {ENOSPC, u"남은 공간 없음"},
+    {EDQUOT, u"허용된 공간을 모두 사용함"},
+    {EFBIG, u"파일이 너무 큼"},
+    {EROFS, u"읽기 전용"},
+    {EIO, u"저장장치 오류"},
+    {ENOTDIR, u"폴더가 아님"},
+    {EISDIR, u"파일이 아니라 폴더임"},
+    {ENOTEMPTY, u"폴더가 비어 있지 않음"},
+    {ENAMETOOLONG, u"이름이 너무 긺"},
+    {ELOOP, u"링크를 따라갈 수 없음"},
+    {EXDEV, u"서로 다른 디스크"},
+    {EBUSY, u"다른 프로그램이 사용 중"},
+    {ETXTBSY, u"다른 프로그램이 사용 중"},
+    {EMFILE, u"열린 파일이 너무 많음"},
+    {ENFILE, u"열린 파일이 너무 많음"},
+    {EINVAL, u"사용할 수 없는 파일"},
+    {ENOTSUP, u"저장장치가 지원하지 않음"},
+    {ENOSYS, u"저장장치가 지원하지 않음"},
+    {ENODEV, u"장치가 없음"},
+    {ENXIO, u"장치가 없음"},
+    {ESTALE, u"공유에서 사라진 파일"},
+    {ETIMEDOUT, u"공유가 응답하지 않음"},
+    {EHOSTDOWN, u"공유가 응답하지 않음"},
+    {EHOSTUNREACH, u"공유가 응답하지 않음"},
+    {ENETUNREACH, u"공유가 응답하지 않음"},
+    {ENOTCONN, u"공유가 연결되어 있지 않음"},
+    {ECONNRESET, u"공유와의 연결이 끊김"},
+};
+
 } // namespace
 
 posix_files::SystemCalls posix_files::calls = {::link, ::unlink, RenameToNew, ::fsync, ::close};
 
 QString posix_files::ErrorText(int error)
 {
-    return QString::fromLocal8Bit(std::strerror(error));
+    const auto known = std::ranges::find(Reasons, error, &Reason::error);
+    return known != std::end(Reasons) ? QString::fromUtf16(known->text) : QString::fromLocal8Bit(std::strerror(error));
 }
 
 void posix_files::ThrowFault(const QString& what, const QString& path, int error)

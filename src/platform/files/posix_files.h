@@ -23,7 +23,7 @@ struct SystemCalls
 };
 extern SystemCalls calls;
 
-/// What the system calls an error of `errno`.
+/// An error of `errno` in Korean; one that is rare as the system calls it.
 QString ErrorText(int error);
 [[noreturn]] void ThrowFault(const QString& what, const QString& path, int error);
 

@@ -280,13 +280,7 @@ void SpreadGrid::SetActiveCell(int column, int row)
 
 void SpreadGrid::BringIntoView(int column, int row)
 {
-    const auto hasPictures = [this](int line) {
-        for (int each = 0; each < MaxCols(); ++each) {
-            if (m_model->Cells().TypeOf(line, each) == CellTypePicture)
-                return true;
-        }
-        return false;
-    };
+    const auto hasPictures = [this](int line) { return m_view->HasPictures(line); };
     // With pictures comes the line below them, where their numbers stand.
     const int last = hasPictures(row - 1) && row < MaxRows() ? row : row - 1;
     // On the way down whole rows go, so that none is cut above.

@@ -77,6 +77,7 @@ SpreadView::SpreadView(SpreadModel& model, QWidget* parent) : QTableView(parent)
 void SpreadView::ScrollDownTo(int line, const std::function<bool(int line)>& mayBegin)
 {
     executeDelayedItemsLayout();
+    updateGeometries();
     const QHeaderView& lines = *verticalHeader();
     const int needed = lines.sectionPosition(line) + lines.sectionSize(line) - viewport()->height();
     if (verticalScrollBar()->value() >= needed)
@@ -85,6 +86,34 @@ void SpreadView::ScrollDownTo(int line, const std::function<bool(int line)>& may
     while (first < line && (lines.sectionPosition(first) < needed || !mayBegin(first)))
         ++first;
     verticalScrollBar()->setValue(lines.sectionPosition(first));
+}
+
+bool SpreadView::HasPictures(int line) const
+{
+    for (int column = 0; column < m_model.columnCount(); ++column) {
+        if (m_model.Cells().TypeOf(line, column) == CellTypePicture)
+            return true;
+    }
+    return false;
+}
+
+void SpreadView::updateGeometries()
+{
+    QScrollBar& bar = *verticalScrollBar();
+    const int before = bar.value();
+    QTableView::updateGeometries();
+    // Also at the end of a grid that is full of pictures none is cut above: there is room below the last ones.
+    const int last = m_model.rowCount() - 1;
+    const int end = bar.maximum();
+    if (end == 0 || last < 1 || !HasPictures(last - 1))
+        return;
+    const QHeaderView& lines = *verticalHeader();
+    int first = 0;
+    while (first < last && (lines.sectionPosition(first) < end || (first > 0 && HasPictures(first - 1))))
+        ++first;
+    bar.setMaximum(qMax(end, lines.sectionPosition(first)));
+    if (before > end)
+        bar.setValue(before);
 }
 
 QPoint SpreadView::CellAt(QPoint place) const

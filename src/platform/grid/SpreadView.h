@@ -21,6 +21,9 @@ public:
     /// Scrolls until a line, from 0, is in view as a whole, and begins at one that `mayBegin` allows.
     void ScrollDownTo(int line, const std::function<bool(int line)>& mayBegin);
 
+    /// A line, from 0, that shows pictures. The one below it belongs to it.
+    bool HasPictures(int line) const;
+
     /// Gives the file behind a cell that the operator begins to drag; empty for none.
     void SetDragFile(std::function<QString(int column, int row)> file) { m_dragFile = std::move(file); }
 
@@ -43,6 +46,7 @@ protected:
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void updateGeometries() override;
 
 private:
     void ToggleBox(const QModelIndex& index);

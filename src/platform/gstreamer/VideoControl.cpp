@@ -248,14 +248,29 @@ void VideoControl::AnswerDevices()
 
 void VideoControl::UpdateArea()
 {
-    m_live->session.SetArea(isVisible() ? (QSizeF(size()) * devicePixelRatioF()).toSize() : QSize());
+    m_live->session.SetArea(isVisible() ? (QSizeF(PicturePlace().size()) * devicePixelRatioF()).toSize() : QSize());
+}
+
+void VideoControl::setPictureMargins(const QMargins& margins)
+{
+    if (margins == std::exchange(m_margins, margins))
+        return;
+    UpdateArea();
+    update();
+}
+
+QSize VideoControl::PictureShape() const
+{
+    return m_live->view.Image().size();
 }
 
 void VideoControl::paintEvent(QPaintEvent*)
 {
     UpdateArea(); // The widget may have come to a screen of another density.
     QPainter painter(this);
-    const int frame = m_live->view.Paint(painter, rect(), m_live->session);
+    for (const QRect& beside : QRegion(rect()).subtracted(PicturePlace()))
+        painter.fillRect(beside, Qt::black);
+    const int frame = m_live->view.Paint(painter, PicturePlace(), m_live->session);
     PaintMovieMark(painter);
     painter.end();
     const std::shared_ptr<FrameExchange> frames = m_live->session.Frames();

@@ -45,6 +45,8 @@ public:
 
     void SnapShotJPEG(const QString& path, int quality) override;
     std::shared_ptr<const StillFrame> HoldFrame() override;
+    void setPictureMargins(const QMargins& margins) override;
+    QSize PictureShape() const override;
 
     void ShowDriverDialog1(int ownerHandle) override;
     void ShowDriverDialog2(int ownerHandle) override;
@@ -80,6 +82,7 @@ private:
 
     const VideoDevice* ChosenDevice() const;
     void UpdateArea();
+    QRect PicturePlace() const { return rect().marginsRemoved(m_margins); }
     void AnswerFrames();
     void AnswerState();
     void AnswerDevices();
@@ -100,6 +103,7 @@ private:
     int m_format = 0;
     int m_input = 0;
     bool m_deinterlaces = true;
+    QMargins m_margins; ///< Of the live picture.
     MovieSettings m_movie;
     const std::unique_ptr<Live> m_live;
 };

@@ -15,6 +15,10 @@ constexpr QRgb RecordingDot = qRgb(0xe0, 0x3c, 0x31);
 constexpr QRgb MarkText = qRgb(0xff, 0xff, 0xff);
 constexpr QRgb AlarmText = qRgb(0xf2, 0xc1, 0x4e);
 constexpr int DefaultFramesPerSecond = 18;
+/// Of the control on the capture screen, in pixels: what is painted over the picture is measured for it.
+constexpr double SmallHeight = 420;
+/// Into a bar beside the picture it goes at so much of its size at least.
+constexpr double LeastInBar = 0.7;
 } // namespace
 
 void VideoControl::setCaptureMode(bool on)
@@ -98,21 +102,43 @@ void VideoControl::PaintMovieMark(QPainter& painter) const
         return;
     const qint64 seconds = m_live->recorder->ElapsedMs() / 1000;
     const QString time = u"%1:%2"_s.arg(seconds / 60, 2, 10, QChar(u'0')).arg(seconds % 60, 2, 10, QChar(u'0'));
-    QString text = u"%1  %2번 파일"_s.arg(time).arg(m_live->recorder->FileNumber());
+    QStringList texts{time, u"%1번 파일"_s.arg(m_live->recorder->FileNumber())};
     const bool isScarce = m_live->recorder->IsSpaceScarce();
     if (isScarce)
-        text += u"  남은 공간이 부족합니다"_s;
-    QFont font = painter.font();
-    font.setPixelSize(14);
-    painter.setFont(font);
-    const int dot = 10;
-    const QRect back(8, 8, painter.fontMetrics().horizontalAdvance(text) + dot + 22, 24);
+        texts << u"남은 공간이 부족합니다"_s;
+    // As large for the eye on a whole screen as in the small picture.
+    double scale = qMax(1.0, height() / SmallHeight);
+    const auto scaled = [&scale](int pixels) { return qRound(pixels * scale); };
+    const auto widest = [&] {
+        QFont font = painter.font();
+        font.setPixelSize(scaled(14));
+        painter.setFont(font);
+        int width = 0;
+        for (const QString& text : std::as_const(texts))
+            width = qMax(width, painter.fontMetrics().horizontalAdvance(text));
+        return width + scaled(10) + scaled(22);
+    };
+    // In the black bar beside the picture, in lines, where that has room for them.
+    const QSize shape = PictureShape().scaled(PicturePlace().size(), Qt::KeepAspectRatio);
+    const int bar = shape.isEmpty() ? 0 : (width() - shape.width()) / 2 - 2 * scaled(8);
+    const int wanted = widest();
+    if (wanted * LeastInBar > bar)
+        texts = {texts.join(u"  "_s)};
+    else if (wanted > bar)
+        scale *= double(bar) / wanted;
+    const int dot = scaled(10);
+    const int line = scaled(24);
+    const QRect back(scaled(8), scaled(8), widest(), line * static_cast<int>(texts.size()));
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor::fromRgba(MarkBack));
-    painter.drawRoundedRect(back, 4, 4);
+    painter.drawRoundedRect(back, scaled(4), scaled(4));
     painter.setBrush(QColor(RecordingDot));
-    painter.drawEllipse(QRect(back.left() + 7, back.center().y() - dot / 2 + 1, dot, dot));
+    painter.drawEllipse(QRect(back.left() + scaled(7), back.top() + (line - dot) / 2, dot, dot));
     painter.setPen(QColor(isScarce ? AlarmText : MarkText));
-    painter.drawText(back.adjusted(dot + 14, 0, 0, 0), Qt::AlignVCenter | Qt::AlignLeft, text);
+    QRect place(back.left() + dot + scaled(14), back.top(), back.width() - dot - scaled(14), line);
+    for (const QString& text : std::as_const(texts)) {
+        painter.drawText(place, Qt::AlignVCenter | Qt::AlignLeft, text);
+        place.translate(0, line);
+    }
 }

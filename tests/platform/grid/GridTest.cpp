@@ -293,6 +293,8 @@ private Q_SLOTS:
         QTRY_VERIFY(grid->rect().contains(grid->CellRect(1, 19)));
         // The number below it is in view with it.
         QVERIFY(grid->rect().contains(grid->CellRect(1, 20)));
+        // No picture is cut above, though there is nothing left below.
+        QTRY_COMPARE(grid->CellRect(1, 17).top(), 0);
         grid->SetActiveCell(1, 1);
         QTRY_COMPARE(grid->CellRect(1, 1).top(), 0);
         // Whole rows go on the way down.

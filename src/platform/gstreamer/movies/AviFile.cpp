@@ -3,6 +3,7 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
+#include "platform/files/posix_files.h"
 
 #include <QDir>
 #include <QFile>
@@ -27,7 +28,7 @@ constexpr int FramesPerSync = 90;
 
 [[noreturn]] void ThrowFault(const QString& what, int error)
 {
-    throw PlatformError(u"%1 (%2)"_s.arg(what, QString::fromLocal8Bit(std::strerror(error))));
+    throw PlatformError(u"%1 (%2)"_s.arg(what, posix_files::ErrorText(error)));
 }
 
 /// Little-endian fields of a chunk.
