@@ -199,6 +199,8 @@ void frmCapture::FinishMovies()
 
 void frmCapture::ConnectControls()
 {
+    connect(m_deletion.get(), &CaptureDeletion::AreGone, &m_stills->PressMoments(), &Moments::ForgetNumbers);
+    m_capCapture->setMomentsBefore(ClientSetup.MomentsBefore);
     connect(m_history.get(), &CaptureHistory::PictureIsReplaced, &m_filing->Marked(), &MarkedPictures::Add);
     connect(m_grid.get(), &VisitGrid::CanBeShown, this, GuardedSlot([this] {
                 if (!IsUnloaded())

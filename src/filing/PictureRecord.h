@@ -48,6 +48,7 @@ struct PictureRecord
 
     bool isFromEarlierRun = false;
     // Of this run alone.
+    QString detail = {};     ///< For the record of its filing.
     bool waits = false;      ///< It has waited for so long that the screen shows it.
     bool isUnderWay = false; ///< Its rows have been handed over, and no answer has come.
 

@@ -45,6 +45,10 @@ public:
 
     void SnapShotJPEG(const QString& path, int quality) override;
     std::shared_ptr<const StillFrame> HoldFrame() override;
+    std::shared_ptr<const AwaitedFrame> AwaitFrame() override;
+    void setMomentsBefore(int seconds) override;
+    std::shared_ptr<const FrameMoments> HoldMoments(const StillFrame& press) override;
+    void Reopen() override;
 
     void ShowDriverDialog1(int ownerHandle) override;
     void ShowDriverDialog2(int ownerHandle) override;
@@ -82,6 +86,8 @@ private:
     void UpdateArea();
     void AnswerFrames();
     void AnswerState();
+    /// For a screen reader.
+    void DescribeState();
     void AnswerDevices();
     void StartSession();
     void BeginSession();

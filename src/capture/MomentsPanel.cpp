@@ -1,0 +1,120 @@
+#include "capture/MomentsPanel.h"
+
+#include "capture/Moments.h"
+#include "frame/controls.h"
+#include "frame/guard.h"
+#include "frame/plain_text.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QPushButton>
+#include <QToolButton>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+constexpr int ButtonWidth = 70; ///< Pixels: a dozen of them, the mark and the button fit into the station's screen.
+
+QString TimeText(int offsetMs)
+{
+    return u"%1%2초"_s.arg(offsetMs > 0 ? u"+"_s : QString()).arg(offsetMs / 1000.0, 0, 'f', 1);
+}
+} // namespace
+
+MomentsPanel::MomentsPanel(Moments& moments, QWidget* parent)
+    : QWidget(parent), m_moments(moments), m_layout(new QHBoxLayout(this)), m_file(new QPushButton(u"이 장면 저장"_s, this))
+{
+    setObjectName(u"momentsPanel"_s);
+    setAccessibleName(u"앞뒤 장면"_s);
+    m_layout->setContentsMargins(4, 4, 4, 4);
+    m_layout->addStretch();
+    m_layout->addWidget(m_file);
+    m_file->setObjectName(u"이 장면 저장"_s);
+    connect(m_file, &QPushButton::clicked, this, GuardedSlot([this] { FileChosen(); }));
+    connect(&m_moments, &Moments::Changed, this, [this](const QString& id) {
+        if (id == m_id)
+            Build();
+    });
+    Build();
+}
+
+void MomentsPanel::ShowMoments(const QString& id)
+{
+    m_id = id;
+    m_chosen = -1;
+    Build();
+}
+
+void MomentsPanel::Build()
+{
+    const QList<Moments::Picture> pictures = m_moments.Pictures(m_id);
+    const bool hadFocus = m_row != nullptr && m_row->isAncestorOf(focusWidget());
+    // A button of the old row may be what is calling.
+    if (m_row != nullptr) {
+        m_row->hide();
+        m_row->deleteLater();
+    }
+    m_row = new QWidget(this);
+    m_buttons = new QButtonGroup(m_row);
+    auto* row = new QHBoxLayout(m_row);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(2);
+    const auto addLabel = [&](const QString& text, const QString& name) {
+        row->addWidget(Named(new PlainLabel(text, m_row), name, text));
+    };
+    bool isBehind = false;
+    for (int at = 0; at < pictures.size(); ++at) {
+        const Moments::Picture& picture = pictures[at];
+        if (picture.offsetMs >= 0 && !std::exchange(isBehind, true))
+            addLabel(u"▼\n찍은\n순간"_s, u"press"_s);
+        const QString mark = picture.isFiled ? u"저장됨"_s : (picture.isSharpest ? u"가장 선명"_s : QString());
+        const QString time = TimeText(picture.offsetMs);
+        auto* button = Named(new QToolButton(m_row), u"moment(%1)"_s.arg(at),
+                             mark.isEmpty() ? time : time + u", "_s + mark);
+        button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
+        button->setIcon(QPixmap::fromImage(picture.small));
+        button->setIconSize({ButtonWidth - 8, (ButtonWidth - 8) * 3 / 4});
+        button->setText(time + u'\n' + mark);
+        button->setFixedWidth(ButtonWidth);
+        button->setCheckable(true);
+        button->setFocusPolicy(Qt::StrongFocus);
+        button->setProperty("sharpest", picture.isSharpest);
+        button->setChecked(at == m_chosen);
+        m_buttons->addButton(button, at);
+        row->addWidget(button);
+        if (at == m_chosen && hadFocus)
+            button->setFocus();
+    }
+    if (!pictures.isEmpty() && !isBehind)
+        addLabel(u"▼\n찍은\n순간"_s, u"press"_s);
+    if (pictures.isEmpty() && !m_id.isEmpty())
+        addLabel(m_moments.IsReady(m_id) || m_moments.Find({}, 0, m_id).isEmpty() ? u"앞뒤 장면이 없습니다."_s
+                                                                              : u"앞뒤 장면을 준비하고 있습니다."_s,
+                 u"none"_s);
+    connect(m_buttons, &QButtonGroup::idClicked, this, GuardedSlot([this](int at) { Choose(at); }));
+    m_layout->insertWidget(0, m_row);
+    m_row->show();
+    m_file->setEnabled(m_chosen >= 0 && m_chosen < pictures.size() && !pictures[m_chosen].isFiled);
+}
+
+void MomentsPanel::Choose(int at)
+{
+    m_chosen = at;
+    const QList<Moments::Picture> pictures = m_moments.Pictures(m_id);
+    if (at < 0 || at >= pictures.size())
+        return;
+    m_file->setEnabled(!pictures[at].isFiled);
+    const QString caption = u"앞뒤 장면 "_s + TimeText(pictures[at].offsetMs);
+    m_moments.Load(m_id, at, [self = QPointer(this), id = m_id, at, caption](const QImage& image) {
+        // Another one may have been chosen meanwhile.
+        if (self && self->m_id == id && self->m_chosen == at && !image.isNull())
+            Q_EMIT self->Chosen(image, caption);
+    });
+}
+
+void MomentsPanel::FileChosen()
+{
+    m_file->setEnabled(false);
+    m_moments.FileMoment(m_id, m_chosen);
+}
