@@ -6,6 +6,7 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
+#include "contracts/RoomAwake.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
@@ -216,6 +217,11 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](int refused, int kept) { KeepFormat(*m_capCapture, refused, kept); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
+    if (RoomAwake* room = ServiceSlot<RoomAwake>().get())
+        connect(room, &RoomAwake::HasSlept, this, GuardedSlot([this] {
+                    if (!IsUnloaded())
+                        m_movie->GoOnAfterSleep();
+                }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
     connect(&sprCap(1), &fpSpread::FilesDropped, this, GuardedSlot([this](const QStringList& paths) {

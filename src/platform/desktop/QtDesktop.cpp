@@ -6,6 +6,7 @@
 #include "frame/event_loop.h"
 #include "frame/forms.h"
 #include "frame/plain_text.h"
+#include "platform/desktop/BusRoomAwake.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
 #include "platform/desktop/IconList.h"
@@ -320,6 +321,11 @@ void QtDesktop::EndProgram()
 QDate QtDesktop::Today() const
 {
     return QDate::currentDate();
+}
+
+void RegisterRoomAwake()
+{
+    InstallService<RoomAwake>(std::make_unique<BusRoomAwake>());
 }
 
 void RegisterDesktop(const CommandString& command)
