@@ -1,6 +1,5 @@
 #include "capture/Moments.h"
 
-#include "contracts/PlatformError.h"
 #include "contracts/VideoCap.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
@@ -155,8 +154,9 @@ void Moments::MakeReady()
                     made.pictures.append(
                         {.offsetMs = moment.offsetMs,
                          .small = picture.scaled(SmallSize, Qt::KeepAspectRatio, Qt::SmoothTransformation)});
-                } catch (const PlatformError& error) {
-                    journal::NoteFault(error.Text()); // The others are there all the same.
+                } catch (...) {
+                    // The others are there all the same.
+                    journal::NoteFault(guard::TextOf(std::current_exception()));
                 }
             }
             if (sharpest >= 0)

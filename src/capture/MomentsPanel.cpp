@@ -23,7 +23,8 @@ QString TimeText(int offsetMs)
 } // namespace
 
 MomentsPanel::MomentsPanel(Moments& moments, QWidget* parent)
-    : QWidget(parent), m_moments(moments), m_layout(new QHBoxLayout(this)), m_file(new QPushButton(u"이 장면 저장"_s, this))
+    : QWidget(parent), m_moments(moments), m_layout(new QHBoxLayout(this)),
+      m_file(new QPushButton(u"이 장면 저장"_s, this))
 {
     setObjectName(u"momentsPanel"_s);
     setAccessibleName(u"앞뒤 장면"_s);
@@ -68,14 +69,18 @@ void MomentsPanel::Build()
         const Moments::Picture& picture = pictures[at];
         if (picture.offsetMs >= 0 && !std::exchange(isBehind, true))
             addLabel(u"▼\n찍은\n순간"_s, u"press"_s);
-        const QString mark = picture.isFiled ? u"저장됨"_s : (picture.isSharpest ? u"가장 선명"_s : QString());
+        QStringList marks;
+        if (picture.isSharpest)
+            marks << u"가장 선명"_s;
+        if (picture.isFiled)
+            marks << u"저장됨"_s;
         const QString time = TimeText(picture.offsetMs);
-        auto* button = Named(new QToolButton(m_row), u"moment(%1)"_s.arg(at),
-                             mark.isEmpty() ? time : time + u", "_s + mark);
+        auto* button =
+            Named(new QToolButton(m_row), u"moment(%1)"_s.arg(at), (QStringList(time) + marks).join(u", "_s));
         button->setToolButtonStyle(Qt::ToolButtonTextUnderIcon);
         button->setIcon(QPixmap::fromImage(picture.small));
         button->setIconSize({ButtonWidth - 8, (ButtonWidth - 8) * 3 / 4});
-        button->setText(time + u'\n' + mark);
+        button->setText((QStringList(time) + marks).join(u'\n'));
         button->setFixedWidth(ButtonWidth);
         button->setCheckable(true);
         button->setFocusPolicy(Qt::StrongFocus);
@@ -90,7 +95,7 @@ void MomentsPanel::Build()
         addLabel(u"▼\n찍은\n순간"_s, u"press"_s);
     if (pictures.isEmpty() && !m_id.isEmpty())
         addLabel(m_moments.IsReady(m_id) || m_moments.Find({}, 0, m_id).isEmpty() ? u"앞뒤 장면이 없습니다."_s
-                                                                              : u"앞뒤 장면을 준비하고 있습니다."_s,
+                                                                                  : u"앞뒤 장면을 준비하고 있습니다."_s,
                  u"none"_s);
     connect(m_buttons, &QButtonGroup::idClicked, this, GuardedSlot([this](int at) { Choose(at); }));
     m_layout->insertWidget(0, m_row);

@@ -44,11 +44,11 @@ struct PictureRecord
     QDateTime takenAt = {};
     QString reason = {};                ///< Why it is set aside.
     std::optional<TypedNote> note = {}; ///< To be stored with it, when there is one.
+    QString detail = {};                ///< For the record of its filing.
     PictureSum sum = {};                ///< Of its content as it came from the encoder; unknown before that.
 
     bool isFromEarlierRun = false;
     // Of this run alone.
-    QString detail = {};     ///< For the record of its filing.
     bool waits = false;      ///< It has waited for so long that the screen shows it.
     bool isUnderWay = false; ///< Its rows have been handed over, and no answer has come.
 

@@ -35,7 +35,7 @@ private Q_SLOTS:
         panel.show();
         QTRY_COMPARE(panel.findChildren<QToolButton*>().size(), 12);
         const auto button = [&](int at) { return panel.findChild<QToolButton*>(u"moment(%1)"_s.arg(at)); };
-        QCOMPARE(button(0)->text(), u"-3.0초\n"_s);
+        QCOMPARE(button(0)->text(), u"-3.0초"_s);
         QCOMPARE(button(8)->text(), u"-0.6초\n가장 선명"_s);
         QSignalSpy chosen(&panel, &MomentsPanel::Chosen);
         button(2)->click();
@@ -51,7 +51,7 @@ private Q_SLOTS:
         moments.FileMoment(id, 8);
         QTRY_COMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 2)), 1009);
         AwaitStills();
-        QTRY_COMPARE(button(8)->text(), u"-0.6초\n저장됨"_s);
+        QTRY_COMPARE(button(8)->text(), u"-0.6초\n가장 선명\n저장됨"_s);
         QVERIFY(!file->isEnabled());
         QCOMPARE(FakeVideoCap::FrameNumber(m_box->PicturePath(Day, Stomach, 1)), 1);
         QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 2);

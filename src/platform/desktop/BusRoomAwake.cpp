@@ -159,8 +159,7 @@ struct BusRoomAwake::Buses
             return;
         // The bus knows members by their names alone.
         if (!std::exchange(hearsSleep, true))
-            bus->connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner,
-                         SLOT(OnPrepareForSleep(bool)));
+            bus->connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner, SLOT(OnPrepareForSleep(bool)));
         lock = system.Call<QDBusUnixFileDescriptor>(
             QDBusMessage::createMethodCall(Logind, LogindPath, LogindManager, u"Inhibit"_s),
             {u"idle:sleep"_s, Program, Reason, u"block"_s});
@@ -199,6 +198,7 @@ void BusRoomAwake::Release()
 
 void BusRoomAwake::OnPrepareForSleep(bool begins)
 {
+    journal::Note(Journal::Information, begins ? u"컴퓨터가 절전에 들어감"_s : u"컴퓨터가 절전에서 깨어남"_s);
     if (!begins)
         Q_EMIT HasSlept();
 }

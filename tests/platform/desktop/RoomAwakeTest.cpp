@@ -81,8 +81,8 @@ private Q_SLOTS:
     {
         QProcess daemon;
         const QString address = u"unix:path="_s + m_folder->filePath(u"bus"_s);
-        daemon.start(u"dbus-daemon"_s,
-                     {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s, u"--address="_s + address});
+        daemon.start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--nopidfile"_s, u"--print-address"_s,
+                                        u"--address="_s + address});
         QVERIFY(daemon.waitForReadyRead());
         UseBus(address);
         QDBusConnection bus = QDBusConnection::connectToBus(address, u"fakes"_s);
@@ -100,8 +100,8 @@ private Q_SLOTS:
         QTRY_COMPARE(logind.calls, QStringList(u"idle:sleep capture-station block"_s));
         QCOMPARE(saver.calls, QStringList(u"Inhibit capture-station"_s));
         for (const bool begins : {true, false}) {
-            QDBusMessage signal = QDBusMessage::createSignal(
-                u"/org/freedesktop/login1"_s, u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s);
+            QDBusMessage signal = QDBusMessage::createSignal(u"/org/freedesktop/login1"_s,
+                                                             u"org.freedesktop.login1.Manager"_s, u"PrepareForSleep"_s);
             signal.setArguments({begins});
             QVERIFY(bus.send(signal));
         }

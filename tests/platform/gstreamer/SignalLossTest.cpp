@@ -160,7 +160,7 @@ private Q_SLOTS:
         QVERIFY(!control->HoldFrame());
         QVERIFY(control->AwaitFrame());
         QCOMPARE(control->accessibleDescription(), u"연결 중"_s);
-        QTRY_COMPARE(changes.count(), 1);
+        QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, 20000);
         QCOMPARE(control->accessibleDescription(), u"신호 없음"_s);
         QVERIFY(!control->AwaitFrame());
         FreezeTestPicture(false);

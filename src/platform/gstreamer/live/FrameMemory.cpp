@@ -170,7 +170,8 @@ bool FrameMemory::IsDue(Clock::time_point at, qint64 bytes, std::chrono::millise
     if (m_seconds == 0 || at < m_next)
         return false;
     const qint64 windowMs = m_seconds * 1000LL;
-    const auto step = std::max<std::chrono::milliseconds>(interval, std::chrono::milliseconds(windowMs * bytes / MostBytes));
+    const auto step =
+        std::max<std::chrono::milliseconds>(interval, std::chrono::milliseconds(windowMs * bytes / MostBytes));
     // On the average, where the frames come at other times.
     m_next = std::max(m_next + step, at + step / 2);
     return true;

@@ -64,8 +64,8 @@ QByteArray JpegStillFrame::EncodeJPEG(int quality) const
     int sampling = 0;
     int colours = 0;
     if (reader && writer &&
-        tjDecompressHeader3(reader.get(), content, size, &width, &height, &sampling, &colours) == 0 &&
-        width > 0 && height > 0 && sampling >= 0 && qint64{width} * height <= MostPixels) {
+        tjDecompressHeader3(reader.get(), content, size, &width, &height, &sampling, &colours) == 0 && width > 0 &&
+        height > 0 && sampling >= 0 && qint64{width} * height <= MostPixels) {
         constexpr int Pad = 4;
         const unsigned long planes = tjBufSizeYUV2(width, Pad, height, sampling);
         const auto yuv = std::make_unique_for_overwrite<unsigned char[]>(planes);
