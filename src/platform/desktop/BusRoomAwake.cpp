@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <functional>
 #include <optional>
 #include <poll.h>
 #include <sys/socket.h>
@@ -86,28 +87,26 @@ class Bus
 {
 public:
     Bus(QString name, QString service) : m_name(std::move(name)), m_service(std::move(service)) {}
-    ~Bus()
-    {
-        if (m_connection)
-            QDBusConnection::disconnectFromBus(m_name);
-    }
+    ~Bus() { Close(); }
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
 
-    /// Null when it isn't there, which is told.
-    QDBusConnection* Open(const QString& address)
+    /// Null when it isn't there, which is told. `opened` hears of each new connection.
+    QDBusConnection* Open(const QString& address, const std::function<void(QDBusConnection&)>& opened = {})
     {
         if (m_connection && m_connection->isConnected())
             return &*m_connection;
-        if (std::exchange(m_connection, std::nullopt))
-            QDBusConnection::disconnectFromBus(m_name);
+        Close();
         if (!Answers(address)) {
             Tell(u"버스가 응답하지 않음"_s);
             return nullptr;
         }
         m_connection = QDBusConnection::connectToBus(address, m_name);
-        if (m_connection->isConnected())
+        if (m_connection->isConnected()) {
+            if (opened)
+                opened(*m_connection);
             return &*m_connection;
+        }
         Tell(u"버스에 연결하지 못함"_s);
         return nullptr;
     }
@@ -121,7 +120,16 @@ public:
         if (reply.isValid())
             return reply.value();
         Tell(reply.error().name());
+        // What it may grant yet is nobody's then.
+        if (reply.error().type() == QDBusError::NoReply || reply.error().type() == QDBusError::TimedOut)
+            Close();
         return std::nullopt;
+    }
+
+    void Close()
+    {
+        if (std::exchange(m_connection, std::nullopt))
+            QDBusConnection::disconnectFromBus(m_name);
     }
 
     QDBusConnection* Opened() { return m_connection ? &*m_connection : nullptr; }
@@ -146,7 +154,6 @@ struct BusRoomAwake::Buses
     Bus system{u"room-awake-system"_s, Logind};
     std::optional<uint> cookie;
     std::optional<QDBusUnixFileDescriptor> lock; ///< The system is kept awake while it is open.
-    bool hearsSleep = false;
 
     void Keep(BusRoomAwake* owner)
     {
@@ -154,12 +161,12 @@ struct BusRoomAwake::Buses
             cookie = session.Call<uint>(
                 QDBusMessage::createMethodCall(ScreenSaver, ScreenSaverPath, ScreenSaver, u"Inhibit"_s),
                 {Program, Reason});
-        QDBusConnection* bus = lock ? nullptr : system.Open(SystemAddress());
-        if (bus == nullptr)
-            return;
         // The bus knows members by their names alone.
-        if (!std::exchange(hearsSleep, true))
-            bus->connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner, SLOT(OnPrepareForSleep(bool)));
+        const auto hearSleep = [owner](QDBusConnection& bus) {
+            bus.connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner, SLOT(OnPrepareForSleep(bool)));
+        };
+        if (lock || system.Open(SystemAddress(), hearSleep) == nullptr)
+            return;
         lock = system.Call<QDBusUnixFileDescriptor>(
             QDBusMessage::createMethodCall(Logind, LogindPath, LogindManager, u"Inhibit"_s),
             {u"idle:sleep"_s, Program, Reason, u"block"_s});
@@ -168,11 +175,12 @@ struct BusRoomAwake::Buses
     void Release()
     {
         lock.reset();
-        if (!cookie || session.Opened() == nullptr)
+        const std::optional<uint> given = std::exchange(cookie, std::nullopt);
+        if (!given || session.Opened() == nullptr)
             return;
         QDBusMessage message =
             QDBusMessage::createMethodCall(ScreenSaver, ScreenSaverPath, ScreenSaver, u"UnInhibit"_s);
-        message.setArguments({*std::exchange(cookie, std::nullopt)});
+        message.setArguments({*given});
         session.Opened()->call(message, QDBus::Block, PatienceMs);
     }
 };
@@ -181,7 +189,8 @@ BusRoomAwake::BusRoomAwake() : m_buses(std::make_shared<Buses>()) {}
 
 BusRoomAwake::~BusRoomAwake()
 {
-    m_worker.End(PatienceMs, [buses = m_buses] { buses->Release(); });
+    // Both buses and both services, and one of them once more.
+    m_worker.End(5 * PatienceMs, [buses = m_buses] { buses->Release(); });
 }
 
 void BusRoomAwake::Keep()
