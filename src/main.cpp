@@ -113,6 +113,7 @@ int main(int argc, char* argv[])
     PrepareApplication();
 
     RegisterDesktop(command);
+    RegisterRoomAwake();
     RegisterProfile();
     RegisterSql();
     RegisterSetup();

@@ -1,11 +1,12 @@
 // The live picture of the test device at 1920x1080, 60 frames a second: which frames were painted, and what it costs
 // beside the same source into a null sink. Arguments: seconds of each run, 60 unless told; then "full" for a picture
-// that fills such a screen, or "interlaced" for what deinterlacing 1080i costs.
+// that fills such a screen, "interlaced" for what deinterlacing 1080i costs, or "moments" for what it costs to keep the
+// last seconds in memory: of the test device and of a camera that compresses.
 
 #include "contracts/VideoCap.h"
 #include "contracts/VideoOptions.h"
 #include "frame/components.h"
-#include "platform/gstreamer/live/LivePipeline.h"
+#include "platform/gstreamer/live/LiveSession.h"
 #include "platform/gstreamer/register_video.h"
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/testpicture/TestPictureSource.h"
@@ -23,6 +24,7 @@
 #include <cstdio>
 #include <ctime>
 #include <sys/resource.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -72,6 +74,7 @@ struct LiveFigures
     QList<quint32> painted;
     QList<double> encodeMs;
     qsizetype fileBytes = 0;
+    qint64 residentBytes = 0;
     double share = 0;
 };
 
@@ -101,7 +104,18 @@ int BenchInterlaced(int seconds)
     return 0;
 }
 
-LiveFigures RunLive(int seconds, QSize size)
+qint64 ResidentBytes()
+{
+    long pages = 0;
+    if (FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%*s %ld", &pages) != 1)
+            pages = 0;
+        std::fclose(file);
+    }
+    return pages * sysconf(_SC_PAGESIZE);
+}
+
+LiveFigures RunLive(int seconds, QSize size, int momentsBefore = 0)
 {
     LiveFigures figures;
     const std::unique_ptr<VideoCap> control = CreateObject<VideoCap>(u"VIDEOCAPLib.VideoCap"_s);
@@ -113,11 +127,13 @@ LiveFigures RunLive(int seconds, QSize size)
                          if (const auto number = ReadFrameNumber(picture))
                              figures.painted.append(*number);
                      });
+    control->setMomentsBefore(momentsBefore);
     control->Start();
-    ShareWhileRunning(1);
+    ShareWhileRunning(1 + momentsBefore);
     figures.painted.clear();
     figures.share = ShareWhileRunning(seconds);
     const QList<quint32> painted = figures.painted;
+    figures.residentBytes = ResidentBytes();
 
     for (int i = 0; i < 40; ++i) {
         ShareWhileRunning(0);
@@ -133,6 +149,49 @@ LiveFigures RunLive(int seconds, QSize size)
     std::sort(figures.encodeMs.begin(), figures.encodeMs.end());
     return figures;
 }
+qsizetype Skipped(const QList<quint32>& painted)
+{
+    return painted.isEmpty() ? 0 : qsizetype(painted.last() - painted.first()) + 1 - painted.size();
+}
+
+/// Share of one core, and the memory, of a camera that compresses.
+std::pair<double, qint64> CompressedShare(int seconds, int momentsBefore)
+{
+    LiveSession session;
+    session.Memory().SetSeconds(momentsBefore);
+    session.Start([] {
+        return LiveSource{false,
+                          {},
+                          {V4L2_PIX_FMT_MJPEG, 1920, 1080, 30, 1},
+                          "videotestsrc is-live=true pattern=smpte100 horizontal-speed=6 ! "
+                          "video/x-raw,width=1920,height=1080,format=Y42B,framerate=30/1 ! jpegenc"};
+    });
+    ShareWhileRunning(1 + momentsBefore);
+    const double share = ShareWhileRunning(seconds);
+    return {share, ResidentBytes()};
+}
+
+int BenchMoments(int seconds)
+{
+    constexpr int Before = 3;
+    constexpr double Megabyte = 1e6;
+    const LiveFigures without = RunLive(seconds, {560, 420});
+    const LiveFigures with = RunLive(seconds, {560, 420}, Before);
+    const auto skipped = Skipped(without.painted) + Skipped(with.painted);
+    std::printf("1080p60, share of a core               %.1f %%, %.0f MB resident\n", without.share * 100,
+                double(without.residentBytes) / Megabyte);
+    std::printf("1080p60, last 3 s kept                 %.1f %%, %.0f MB resident\n", with.share * 100,
+                double(with.residentBytes) / Megabyte);
+    std::printf("frames skipped                         %lld, %lld\n", static_cast<long long>(Skipped(without.painted)),
+                static_cast<long long>(Skipped(with.painted)));
+    const auto plain = CompressedShare(seconds, 0);
+    const auto kept = CompressedShare(seconds, Before);
+    std::printf("MJPG 1080p30 made here, share          %.1f %%, %.0f MB resident\n", plain.first * 100,
+                double(plain.second) / Megabyte);
+    std::printf("MJPG 1080p30, last 3 s kept            %.1f %%, %.0f MB resident\n", kept.first * 100,
+                double(kept.second) / Megabyte);
+    return skipped == 0 ? 0 : 1;
+}
 } // namespace
 
 int main(int argc, char** argv)
@@ -144,6 +203,8 @@ int main(int argc, char** argv)
         return BenchInterlaced(seconds);
     RegisterVideo();
     UseService<VideoOptions>().OfferTestPicture(true);
+    if (what == u"moments"_s)
+        return BenchMoments(seconds);
 
     const double nullShare = NullSinkShare(seconds);
     const LiveFigures live = RunLive(seconds, what == u"full"_s ? QSize(1920, 1080) : QSize(560, 420));

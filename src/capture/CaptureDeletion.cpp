@@ -193,6 +193,7 @@ void CaptureDeletion::End()
 
 void CaptureDeletion::OnEnded(const QString& id, const PictureDeletion::Result& result)
 {
+    Q_EMIT AreGone(result.visit, result.deleted);
     const auto running = m_running.find(id);
     if (running == m_running.end())
         return; // An earlier run's: what is shown now was read behind its beginning, or is read anew.

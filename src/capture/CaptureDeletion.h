@@ -35,6 +35,10 @@ public:
     /// The screen closes; what is left of a deletion is for the next start.
     void End();
 
+Q_SIGNALS:
+    /// These numbers of the visit stand for no picture any more.
+    void AreGone(const Visit& visit, const QList<int>& numbers);
+
 private:
     /// Shows what is left.
     using Shown = std::function<void(const PictureDeletion::Result& result)>;

@@ -2,6 +2,8 @@
 
 #include "capture/CaptureHistory.h"
 #include "capture/FullPicture.h"
+#include "capture/Moments.h"
+#include "capture/MomentsPanel.h"
 #include "filing/StillFiles.h"
 #include "frame/guard.h"
 #include "frame/twips.h"
@@ -19,7 +21,7 @@ constexpr QRect Room = RectFromTwips(0, 690, 8400, 9795);
 constexpr QSize Corner(140, 105);
 } // namespace
 
-LargeLook::LargeLook(QWidget& form, CaptureHistory& history, FullPicture& live, NoticeStrip& strip)
+LargeLook::LargeLook(QWidget& form, CaptureHistory& history, FullPicture& live, NoticeStrip& strip, Moments& moments)
     : m_live(live), m_strip(strip), m_view(new LargePicture(form, Room))
 {
     m_view->AddPictures(history.Pictures(1), u"이 방문의 그림"_s);
@@ -32,11 +34,28 @@ LargeLook::LargeLook(QWidget& form, CaptureHistory& history, FullPicture& live, 
     for (const auto changed : {&LargePicture::Opened, &LargePicture::Closed, &LargePicture::PlacesChanged})
         connect(m_view, changed, this, &LargeLook::Arrange);
     connect(&strip, &NoticeStrip::Shown, this, &LargeLook::Arrange);
+    OfferMoments(moments);
     connect(m_view, &LargePicture::PictureShown, this, [](const Visit& visit, int number) {
         // The current visit's pictures are before the operator all the time.
         if (visit != CurrentVisit())
             acts::Record(acts::Kind::LookedAt, visit, number, u"크게 보기"_s);
     });
+}
+
+void LargeLook::OfferMoments(Moments& moments)
+{
+    auto* panel = new MomentsPanel(moments, m_view);
+    panel->hide();
+    m_view->setFootFor([&moments, panel](const Visit& visit, const ShownPicture& picture) -> QWidget* {
+        const QString id = moments.Find(visit, picture.number, picture.id);
+        if (id.isEmpty())
+            return nullptr;
+        // Another station may have given the number to a picture of its own: then they go.
+        moments.Confirm(id, [](bool) {});
+        panel->ShowMoments(id);
+        return panel;
+    });
+    connect(panel, &MomentsPanel::Chosen, m_view, &LargePicture::ShowImage);
 }
 
 void LargeLook::Arrange()

@@ -151,6 +151,13 @@ void MovieRecording::StartNextSegment()
     }
 }
 
+void MovieRecording::GoOnAfterSleep()
+{
+    m_capture.Reopen();
+    if (m_capture.CaptureMode() && !m_isChangingFile)
+        StartNextSegment();
+}
+
 void MovieRecording::OnMovieFault(const QString& reason)
 {
     ++m_command;

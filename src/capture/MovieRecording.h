@@ -23,6 +23,8 @@ public:
     /// The device is connected again: what a recording that was cut off has left on the labels goes. One that runs
     /// keeps them.
     void ForgetCutOff();
+    /// The machine has slept: the device is opened anew, and a recording goes on in its next file.
+    void GoOnAfterSleep();
     /// A frame event of the control.
     void OnFrame(int frames);
     /// The control has ended the recording by itself. Throws PlatformError with the reason.

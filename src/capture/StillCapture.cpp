@@ -12,14 +12,19 @@
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "records/capture_index.h"
+#include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int StillQuality = 90;
+/// A frame that a press waits for is looked for so often.
+constexpr int LookMs = 15;
 
 /// What the closing waits for files that are being written, and for rows that are on their way.
 constexpr int FilePatienceMs = 2500;
@@ -29,8 +34,17 @@ constexpr int ClosingPatienceMs = 10000;
 } // namespace
 
 StillCapture::StillCapture(VisitGrid& grid, StillFiling& filing, VisitNote& note)
-    : m_grid(grid), m_filing(filing), m_note(note)
+    : m_grid(grid), m_filing(filing), m_note(note),
+      m_moments(std::make_unique<Moments>([this](const Moments::Filing& moment) { FileMoment(moment); }))
 {
+    m_look.setInterval(LookMs);
+    m_look.setTimerType(Qt::PreciseTimer);
+    connect(&m_look, &QTimer::timeout, this, &StillCapture::TakeAwaited);
+    connect(&m_filing.Pictures(), &StillFiles::Filed, this, [this](const QString& id) {
+        if (const PictureRecord* picture = m_filing.Journal().Find(id))
+            m_moments->setNumber(id, picture->number);
+    });
+    connect(&m_grid, &VisitGrid::Forgotten, m_moments.get(), &Moments::Forget);
     connect(&m_leftovers, &Leftovers::AreSettled, this, [this](const Leftovers::Settled& settled) {
         later::Do(this, later::Screen, [this, settled] { TellSettled(settled); });
     });
@@ -41,23 +55,107 @@ StillCapture::StillCapture(VisitGrid& grid, StillFiling& filing, VisitNote& note
             [this](const QString& text) { later::Do(this, later::Screen, [text] { ShowInformation(text); }); });
 }
 
+StillCapture::~StillCapture() = default;
+
 void StillCapture::SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin)
 {
-    // Before any message: what the operator is told may stand for long.
-    const bool hasPlace = !Trim(CurrentVisit().chart).isEmpty() && m_grid.HasRoom();
-    const std::shared_ptr<const StillFrame> frame = hasPlace ? capture.HoldFrame() : nullptr;
-    Q_EMIT Answered(frame != nullptr);
-    if (!hasPlace) {
+    Press press{&capture, CurrentVisit(), origin, filed, nullptr};
+    const auto awaited = std::ranges::count(m_presses, press.visit, &Press::visit);
+    // Answered before any message: what the operator is told may stand for long.
+    if (Trim(press.visit.chart).isEmpty() || !m_grid.HasRoom(static_cast<int>(awaited))) {
+        Q_EMIT Answered(false);
         HasChart();
         filed(nullptr);
         return;
     }
-    if (frame == nullptr)
+    // Those before it come first.
+    if (m_presses.isEmpty()) {
+        if (const std::shared_ptr<const StillFrame> frame = capture.HoldFrame()) {
+            Q_EMIT Answered(true);
+            TakeFrame(press, frame);
+            return;
+        }
+    }
+    press.awaited = capture.AwaitFrame();
+    if (press.awaited == nullptr) {
+        Q_EMIT Answered(false);
         throw PlatformError(u"캡쳐할 영상이 없습니다.!!"_s);
+    }
+    m_presses.append(press);
+    m_look.start();
+}
+
+void StillCapture::TakeAwaited()
+{
+    while (!m_presses.isEmpty()) {
+        const std::shared_ptr<const AwaitedFrame> awaited = m_presses.first().awaited;
+        const bool isOver = awaited->IsOver(); // Asked first: the frame is there by then.
+        const std::shared_ptr<const StillFrame> frame = awaited->Frame();
+        if (frame == nullptr && !isOver)
+            return;
+        const Press press = m_presses.takeFirst();
+        Q_EMIT Answered(frame != nullptr);
+        Guarded([&] {
+            if (frame != nullptr)
+                TakeFrame(press, frame);
+            else
+                press.filed(nullptr);
+        });
+    }
+    m_look.stop();
+}
+
+void StillCapture::TakeFrame(const Press& press, const std::shared_ptr<const StillFrame>& frame)
+{
     // The microphone of a movie would hear it.
-    const bool isHeard = ClientSetup.ShutterSound && !capture.CaptureMode();
-    FileStill(
-        CurrentVisit(), origin, [frame] { return frame->EncodeJPEG(StillQuality); }, isHeard, filed);
+    const bool isHeard = ClientSetup.ShutterSound && press.capture != nullptr && !press.capture->CaptureMode();
+    const auto moments = press.capture != nullptr ? press.capture->HoldMoments(*frame) : nullptr;
+    const QString id = FileStill(
+        {.visit = press.visit, .origin = press.origin, .encode = [frame] { return frame->EncodeJPEG(StillQuality); }},
+        isHeard, press.filed);
+    m_moments->Keep(id, press.visit, moments);
+}
+
+void StillCapture::FileMoment(const Moments::Filing& filing)
+{
+    if (filing.visit == CurrentVisit()) {
+        FileWhereRoom(filing);
+        return;
+    }
+    // The grid knows nothing of the other section; a database that doesn't answer leaves what is on its way.
+    const auto stored = std::make_shared<qsizetype>(0);
+    const auto count = [visit = filing.visit, stored] { *stored = StoredNumbers(visit, NumberOrder::Any).size(); };
+    QueueStatements(this, count, [this, filing, stored](const std::exception_ptr& fault) {
+        Guarded([&] {
+            if (m_finished || (fault != nullptr && !guard::Is<DatabaseAway>(fault))) {
+                filing.answered(false);
+                guard::Rethrow(m_finished ? nullptr : fault);
+                return;
+            }
+            if (filing.visit == CurrentVisit() ||
+                *stored + m_filing.Journal().Of(filing.visit).size() < VisitGrid::MostPictures)
+                FileWhereRoom(filing);
+            else
+                filing.answered(false);
+        });
+    });
+}
+
+void StillCapture::FileWhereRoom(const Moments::Filing& filing)
+{
+    if (filing.visit == CurrentVisit() && !m_grid.HasRoom()) {
+        filing.answered(false);
+        return;
+    }
+    FileStill({.visit = filing.visit,
+               .encode = [content = filing.content] { return content; },
+               .takenAt = filing.takenAt,
+               .detail = filing.detail},
+              false, [answered = filing.answered](const std::exception_ptr& fault) {
+                  if (fault != nullptr)
+                      answered(false);
+                  guard::Rethrow(fault);
+              });
 }
 
 void StillCapture::FilePicture(const ImagXpress& picture)
@@ -67,17 +165,17 @@ void StillCapture::FilePicture(const ImagXpress& picture)
     const BusyPointer busy;
     if (!m_grid.HasRoom())
         return;
-    FileStill(
-        CurrentVisit(), PictureOrigin::Import, [content = picture.TargetContent()] { return content; }, false,
-        guard::Rethrow);
+    FileStill({.visit = CurrentVisit(),
+               .origin = PictureOrigin::Import,
+               .encode = [content = picture.TargetContent()] { return content; }},
+              false, guard::Rethrow);
 }
 
 bool StillCapture::FileContent(const Visit& visit, const QByteArray& content, const Filed& filed)
 {
-    if (!m_grid.HasRoom())
+    if (!m_grid.HasRoom(static_cast<int>(std::ranges::count(m_presses, visit, &Press::visit))))
         return false;
-    FileStill(
-        visit, PictureOrigin::Import, [content] { return content; }, false, filed);
+    FileStill({.visit = visit, .origin = PictureOrigin::Import, .encode = [content] { return content; }}, false, filed);
     return true;
 }
 
@@ -95,27 +193,30 @@ void StillCapture::Sound(const QString& id, bool isSafe)
         UseService<ShutterSound>().Play(isSafe ? ShutterSound::Safe : ShutterSound::Waiting);
 }
 
-void StillCapture::FileStill(const Visit& visit, PictureOrigin origin, const std::function<QByteArray()>& encode,
-                             bool isHeard, const Filed& filed)
+QString StillCapture::FileStill(StillFiles::Picture picture, bool isHeard, const Filed& filed)
 {
-    m_note.BringBack();
-    const auto still = std::make_shared<VisitGrid::Still>(VisitGrid::Still{visit});
-    still->id = m_filing.Pictures().File(
-        {visit, origin, encode, [this, still](const QByteArray& content) { m_grid.TakeContent(still, content); },
-         [this, still, filed](int number, const std::exception_ptr& fault) {
-             if (fault == nullptr)
-                 m_grid.TakeFiled(still, number);
-             else
-                 m_grid.Drop(still);
-             if (fault != nullptr)
-                 m_unheard.remove(still->id);
-             else if (number == 0)
-                 Sound(still->id, false);
-             Guarded([&] { filed(fault); });
-         }});
+    if (picture.visit == CurrentVisit())
+        m_note.BringBack();
+    const auto still = std::make_shared<VisitGrid::Still>(VisitGrid::Still{picture.visit});
+    picture.encoded = [this, still](const QByteArray& content) { m_grid.TakeContent(still, content); };
+    picture.filed = [this, still, filed](int number, const std::exception_ptr& fault) {
+        if (fault == nullptr)
+            m_grid.TakeFiled(still, number);
+        else
+            m_grid.Drop(still);
+        if (fault != nullptr) {
+            m_unheard.remove(still->id);
+            m_moments->Forget(still->id);
+        } else if (number == 0) {
+            Sound(still->id, false);
+        }
+        Guarded([&] { filed(fault); });
+    };
+    still->id = m_filing.Pictures().File(picture);
     if (isHeard)
         m_unheard.insert(still->id);
     m_grid.Expect(still);
+    return still->id;
 }
 
 void StillCapture::TakeSafe(const StillFiling::SafePicture& picture)
@@ -171,6 +272,11 @@ void StillCapture::TellSettled(const Leftovers::Settled& settled)
 
 void StillCapture::Finish()
 {
+    // The device has stopped: none of these waits any more.
+    TakeAwaited();
+    m_presses.clear();
+    m_look.stop();
+    m_moments->End();
     m_finished = true;
     m_grid.End();
     m_leftovers.End();

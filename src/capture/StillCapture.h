@@ -1,11 +1,16 @@
 #pragma once
 
+#include "capture/Moments.h"
 #include "capture/VisitGrid.h"
 #include "filing/Leftovers.h"
 
+#include <QPointer>
 #include <QSet>
+#include <QTimer>
 
+class AwaitedFrame;
 class ImagXpress;
+class StillFrame;
 class VideoCap;
 class VisitNote;
 
@@ -17,13 +22,15 @@ class StillCapture : public QObject
 
 public:
     StillCapture(VisitGrid& grid, StillFiling& filing, VisitNote& note);
+    ~StillCapture() override;
 
     /// Called when the file stands, or with the fault that kept it from that.
     using Filed = std::function<void(std::exception_ptr fault)>;
 
-    /// Takes the frame of this moment and files it. Refused with a message without a chart or a live picture, in
-    /// silence when the visit's grid is full: throws PlatformError with what the operator is to be told, and `filed`
-    /// isn't called.
+    /// Takes the frame of this moment and files it. A live picture that has none yet, or none that is new enough, gives
+    /// the first one that comes within a second, and else nothing: `filed` hears of neither then but that it is over.
+    /// Refused with a message without a chart or a live picture, in silence when the visit's grid is full: throws
+    /// PlatformError with what the operator is to be told, and `filed` isn't called.
     void SetCaptureValues(VideoCap& capture, const Filed& filed, PictureOrigin origin = PictureOrigin::Press);
     /// Files the picture that the control holds like a still, with the same refusals.
     void FilePicture(const ImagXpress& picture);
@@ -32,6 +39,8 @@ public:
     /// Files a picture of a command that goes on, in JPEG, in its turn behind the presses before it. Says nothing, and
     /// does nothing when the visit's grid is full: gives false then.
     bool FileContent(const Visit& visit, const QByteArray& content, const Filed& filed);
+    /// The live picture around the stills of this screen.
+    Moments& PressMoments() { return *m_moments; }
     /// Stores the note and sets the visit's capture mark, with a message, and shows the stored state again.
     void SaveVisitNote();
 
@@ -44,14 +53,28 @@ public:
     void Finish();
 
 Q_SIGNALS:
-    /// A press has been answered: a picture is on its way, or none was taken.
-    void Answered(bool taken);
     /// The operator has stored the visit.
     void VisitIsStored(const Visit& visit);
+    /// A press has been answered: a picture is on its way, or none was taken.
+    void Answered(bool taken);
 
 private:
-    void FileStill(const Visit& visit, PictureOrigin origin, const std::function<QByteArray()>& encode, bool isHeard,
-                   const Filed& filed);
+    /// A press whose frame is still to come.
+    struct Press
+    {
+        QPointer<VideoCap> capture;
+        Visit visit;
+        PictureOrigin origin;
+        Filed filed;
+        std::shared_ptr<const AwaitedFrame> awaited;
+    };
+
+    /// Files a picture of this visit, as `picture` tells. Gives its identity.
+    QString FileStill(StillFiles::Picture picture, bool isHeard, const Filed& filed);
+    void TakeFrame(const Press& press, const std::shared_ptr<const StillFrame>& frame);
+    void TakeAwaited();
+    void FileMoment(const Moments::Filing& filing);
+    void FileWhereRoom(const Moments::Filing& filing);
     /// The sound of a still, once.
     void Sound(const QString& id, bool isSafe);
     void TakeSafe(const StillFiling::SafePicture& picture);
@@ -62,6 +85,9 @@ private:
     StillFiling& m_filing;
     VisitNote& m_note;
     Leftovers m_leftovers{m_filing};
+    const std::unique_ptr<Moments> m_moments;
+    QList<Press> m_presses;  ///< In their order.
+    QTimer m_look;           ///< For their frames.
     QSet<QString> m_unheard; ///< Stills whose shutter is still to make a sound.
     bool m_finished = false;
 };

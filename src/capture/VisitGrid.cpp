@@ -60,9 +60,9 @@ int VisitGrid::Taken() const
     return static_cast<int>(m_read.second.size() + waiting) + CountOnRoad(visit);
 }
 
-bool VisitGrid::HasRoom() const
+bool VisitGrid::HasRoom(int awaited) const
 {
-    const int taken = Taken();
+    const int taken = Taken() + awaited;
     if (taken < MostPictures || !later::IsHeld(later::Placing))
         return taken < MostPictures;
     // Some of the rows may have lost their files.
@@ -112,6 +112,7 @@ void VisitGrid::Forget(const QString& id)
     if (const StillPointer still = OnRoad(id))
         Drop(still);
     m_filing.Forget(id);
+    Q_EMIT Forgotten(id);
     TellTaken();
 }
 

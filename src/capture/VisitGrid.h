@@ -30,8 +30,8 @@ public:
 
     /// The visit's pictures, those on their way included.
     int Taken() const;
-    /// The visit can take one more.
-    bool HasRoom() const;
+    /// The visit can take one more beside so many that are still to come.
+    bool HasRoom(int awaited = 0) const;
     /// The grid has been changed by another hand.
     void TellTaken() { Q_EMIT TakenChanged(Taken()); }
     /// Numbers of a visit's rows as they were read last, if that was for the grid; else none.
@@ -64,6 +64,8 @@ public:
     void End();
 
 Q_SIGNALS:
+    /// A picture of that identity has been deleted before it had a number.
+    void Forgotten(const QString& id);
     /// How many pictures the visit has.
     void TakenChanged(int pictures);
     /// A still of this run is there as a file's content; then it has its number, or 0 where it waits for that. `still`

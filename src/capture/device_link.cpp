@@ -1,12 +1,25 @@
 #include "capture/device_link.h"
 
 #include "contracts/PlatformError.h"
+#include "contracts/RoomAwake.h"
 #include "contracts/VideoCap.h"
 #include "devicesettings/frmCapSet.h"
+#include "frame/components.h"
 #include "frame/services.h"
 #include "visit/device_settings.h"
 
 using namespace Qt::StringLiterals;
+
+namespace {
+void KeepRoomAwake(bool on)
+{
+    RoomAwake* room = ServiceSlot<RoomAwake>().get();
+    if (room != nullptr && on)
+        room->Keep();
+    else if (room != nullptr)
+        room->Release();
+}
+} // namespace
 
 bool StartDevice(VideoCap& capture)
 {
@@ -18,7 +31,13 @@ bool StartDevice(VideoCap& capture)
     capture.setVideoFormat(DeviceSettings.Sizes);
     capture.setVideoInput(DeviceSettings.Sources);
     capture.setDeinterlaces(!DeviceSettings.KeepInterlaced);
-    capture.Start();
+    try {
+        capture.Start();
+    } catch (const PlatformError&) {
+        KeepRoomAwake(false);
+        throw;
+    }
+    KeepRoomAwake(true);
     return true;
 }
 
@@ -67,4 +86,5 @@ void StopDevice(VideoCap& capture)
     if (capture.CaptureMode())
         capture.setCaptureMode(false);
     capture.Stop();
+    KeepRoomAwake(false);
 }

@@ -2,8 +2,9 @@
 
 class VideoCap;
 
-/// Starts the device with the stored settings. False, with a message, when the machine has no video device; the control
-/// is then left alone. A device that can't be opened is a PlatformError.
+/// Starts the device with the stored settings, and keeps the room awake until it is stopped. False, with a message,
+/// when the machine has no video device; the control is then left alone. A device that can't be opened is a
+/// PlatformError.
 bool StartDevice(VideoCap& capture);
 
 /// Lets the operator choose device, format and input, applies what the control has of them, and starts the device.
@@ -16,5 +17,5 @@ void ShowDriverSettings(VideoCap& capture, int ownerHandle);
 /// The device went back to a format that gives a picture: stores that one, and tells the operator.
 void KeepFormat(VideoCap& capture, int refused, int kept);
 
-/// Ends a recording and stops the device.
+/// Ends a recording and stops the device; the room may fall asleep.
 void StopDevice(VideoCap& capture);

@@ -7,6 +7,7 @@
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
+#include "contracts/RoomAwake.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
 #include "contracts/VideoCap.h"
@@ -201,6 +202,8 @@ void frmCapture::FinishMovies()
 
 void frmCapture::ConnectControls()
 {
+    connect(m_deletion.get(), &CaptureDeletion::AreGone, &m_stills->PressMoments(), &Moments::ForgetNumbers);
+    m_capCapture->setMomentsBefore(ClientSetup.MomentsBefore);
     connect(m_history.get(), &CaptureHistory::PictureIsReplaced, &m_filing->Marked(), &MarkedPictures::Add);
     connect(m_grid.get(), &VisitGrid::CanBeShown, this, GuardedSlot([this] {
                 if (!IsUnloaded())
@@ -214,7 +217,7 @@ void frmCapture::ConnectControls()
                                   }});
     connect(m_grid.get(), &VisitGrid::StillIsEncoded, m_fullPicture.get(), &FullPicture::ShowStill);
     connect(m_grid.get(), &VisitGrid::StillIsFiled, m_fullPicture.get(), &FullPicture::ShowNumber);
-    m_large = std::make_unique<LargeLook>(*this, *m_history, *m_fullPicture, *m_notices);
+    m_large = std::make_unique<LargeLook>(*this, *m_history, *m_fullPicture, *m_notices, m_stills->PressMoments());
     auto* answer = new PressAnswer(*m_capCapture, *m_count);
     connect(m_stills.get(), &StillCapture::Answered, answer, &PressAnswer::Show);
     ShowCount(0);
@@ -224,6 +227,11 @@ void frmCapture::ConnectControls()
             GuardedSlot([this](int refused, int kept) { KeepFormat(*m_capCapture, refused, kept); }));
     connect(m_capCapture, &VideoCap::OnMovieFault, this,
             GuardedSlot([this](const QString& reason) { m_movie->OnMovieFault(reason); }));
+    if (RoomAwake* room = ServiceSlot<RoomAwake>().get())
+        connect(room, &RoomAwake::HasSlept, this, GuardedSlot([this] {
+                    if (!IsUnloaded())
+                        m_movie->GoOnAfterSleep();
+                }));
     connect(m_cmbEtc, &QComboBox::activated, this, GuardedSlot([this](int) { OnSectionChosen(); }));
     sprCap(1).setFileDrop(true);
     connect(&sprCap(1), &fpSpread::FilesDropped, this, GuardedSlot([this](const QStringList& paths) {

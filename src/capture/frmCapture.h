@@ -62,6 +62,8 @@ public:
     NoteBox& txtCapChamgo() { return *m_txtCapChamgo; }
     VideoCap& capCapture() { return *m_capCapture; }
     StatusPanels& sbarCap() { return *m_sbarCap; }
+    /// The live picture around the stills of this screen.
+    Moments& PressMoments() { return m_stills->PressMoments(); }
     /// No picture is on its way to its rows and its thumbnail any more.
     bool StillsAreAtRest() const { return m_filing->IsAtRest() && m_grid->IsAtRest(); }
 

@@ -45,6 +45,7 @@ struct ClientSetupRecord
     QString CheckTable; ///< First character "1": the capture mark goes to `yk`, otherwise to `endo`.
 
     bool ShutterSound = true;            ///< Stills are heard.
+    int MomentsBefore = 3;               ///< Seconds of the live picture that are kept in memory, 0 to 10.
     bool TestPicture = false;            ///< The video control offers a moving test picture beside the devices.
     QHash<QString, QString> SerialPorts; ///< Device file of a port number; a number without an entry is /dev/ttyS(n-1).
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include <memory>
+#include <vector>
 
 /// A frame held fast at the moment it was asked for, in the format in which the device gave it.
 class StillFrame
@@ -15,6 +16,42 @@ public:
     virtual ~StillFrame() = default;
     /// The frame as a JPEG file. `quality` from 1 to 100. Throws PlatformError.
     virtual QByteArray EncodeJPEG(int quality) const = 0;
+};
+
+/// A frame beside a press.
+struct Moment
+{
+    std::shared_ptr<const StillFrame> frame;
+    int offsetMs = 0; ///< To the press, negative before it.
+};
+
+/// The live picture around a press, as far as it has come. Any thread.
+class FrameMoments
+{
+public:
+    static constexpr int Most = 12;
+    static constexpr int BehindMs = 500; ///< So long frames are still taken.
+
+    virtual ~FrameMoments() = default;
+    /// `Most` at most, oldest first, evenly in time. The press's own frame isn't among them.
+    virtual std::vector<Moment> Frames() const = 0;
+    /// No frame is still to come.
+    virtual bool IsComplete() const = 0;
+    /// Of the frames, in the memory that holds them.
+    virtual qint64 Bytes() const = 0;
+};
+
+/// A frame that a press waits for. Any thread.
+class AwaitedFrame
+{
+public:
+    static constexpr int PatienceMs = 1000; ///< A later one isn't taken.
+
+    virtual ~AwaitedFrame() = default;
+    /// The first one that came; null while there is none.
+    virtual std::shared_ptr<const StillFrame> Frame() const = 0;
+    /// None is still to come.
+    virtual bool IsOver() const = 0;
 };
 
 /// The names that the control offers, by position from 0. A position keeps its meaning while the program runs.
@@ -81,8 +118,17 @@ public:
     /// Throws PlatformError without a live frame, or when the file can't be written.
     virtual void SnapShotJPEG(const QString& path, int quality) = 0;
     /// The live frame of this moment, to be filed later; null when there is none: device idle, no frame yet, or the
-    /// signal lost.
+    /// signal lost, or the newest one half a second old.
     virtual std::shared_ptr<const StillFrame> HoldFrame() = 0;
+    /// The next frame, for a press that has found none; null when none is to be expected: device idle, or the signal
+    /// lost.
+    virtual std::shared_ptr<const AwaitedFrame> AwaitFrame() = 0;
+    /// So many seconds of the live picture are kept in memory, for `HoldMoments`; 0 for none, as at first.
+    virtual void setMomentsBefore(int seconds) = 0;
+    /// The live picture around this moment, at which that frame was held; null when none is kept.
+    virtual std::shared_ptr<const FrameMoments> HoldMoments(const StillFrame& press) = 0;
+    /// Opens a running device anew, as after a loss of its signal: the machine has slept.
+    virtual void Reopen() = 0;
 
     /// The live picture is laid out within these margins of the control, in pixels; none at first. The control stays
     /// as it is, and black there.

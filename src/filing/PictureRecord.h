@@ -44,6 +44,7 @@ struct PictureRecord
     QDateTime takenAt = {};
     QString reason = {};                ///< Why it is set aside.
     std::optional<TypedNote> note = {}; ///< To be stored with it, when there is one.
+    QString detail = {};                ///< For the record of its filing.
     PictureSum sum = {};                ///< Of its content as it came from the encoder; unknown before that.
 
     bool isFromEarlierRun = false;

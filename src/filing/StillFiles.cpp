@@ -211,8 +211,9 @@ QString StillFiles::File(const Picture& picture)
     m_journal.Add({.id = still->id,
                    .visit = picture.visit,
                    .origin = picture.origin,
-                   .takenAt = QDateTime::currentDateTime(),
-                   .note = note});
+                   .takenAt = picture.takenAt.isNull() ? QDateTime::currentDateTime() : picture.takenAt,
+                   .note = note,
+                   .detail = picture.detail});
     still->question = m_numbers->Ask(picture.visit);
     m_road.append(still);
     Encode(still, picture.encode);

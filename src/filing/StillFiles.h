@@ -36,10 +36,12 @@ public:
         /// Gives the content of the file. Runs on a thread of its own; may throw PlatformError.
         std::function<QByteArray()> encode;
         /// Hears the content before it is written.
-        std::function<void(const QByteArray&)> encoded;
+        std::function<void(const QByteArray&)> encoded = {};
         /// It is safe: the file stands under its number, or, with 0, lies on the local disk and waits for the share. Or
         /// neither has taken it, and nothing is left behind.
-        std::function<void(int number, std::exception_ptr fault)> filed;
+        std::function<void(int number, std::exception_ptr fault)> filed = {};
+        QDateTime takenAt = {}; ///< Null for now.
+        QString detail = {};    ///< For the record of its filing.
     };
     /// The operator's own text for a visit.
     using Note = std::function<std::optional<TypedNote>(const Visit&)>;

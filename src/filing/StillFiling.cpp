@@ -43,6 +43,7 @@ void RecordFiled(const PictureRecord& picture)
     acts::Act act = acts::Of(isImport ? acts::Kind::Imported : acts::Kind::Filed, picture.visit, picture.number);
     // A run that was killed may file it again.
     act.picture = act.key = picture.id;
+    act.detail = picture.detail;
     acts::Record(act);
 }
 } // namespace

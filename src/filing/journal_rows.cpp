@@ -55,9 +55,9 @@ PictureSum SumIn(const QString& text)
     return {text.section(u' ', 0, 0), text.section(u' ', 1, 1).toLongLong()};
 }
 
-bool HasSums(LocalDatabase& journal)
+bool HasColumn(LocalDatabase& journal, QStringView name)
 {
-    return !journal.Rows(u"SELECT name FROM pragma_table_info('picture') WHERE name = 'sum'"_s).isEmpty();
+    return !journal.Rows(u"SELECT name FROM pragma_table_info('picture') WHERE name = '%1'"_s.arg(name)).isEmpty();
 }
 
 /// A journal of an earlier release lacks some.
@@ -100,7 +100,7 @@ QStringList journal_rows::Tables()
 {
     return {u"CREATE TABLE IF NOT EXISTS picture ( place INTEGER PRIMARY KEY AUTOINCREMENT, id TEXT NOT NULL UNIQUE, "
             "chart TEXT, yuhyung TEXT, ymd TEXT, etc TEXT, captureDir TEXT, imageExt TEXT, number INTEGER, state TEXT, "
-            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT, sum TEXT )"_s,
+            "origin TEXT, takenAt TEXT, reason TEXT, note TEXT, noteBase TEXT, sum TEXT, detail TEXT )"_s,
             u"CREATE TABLE IF NOT EXISTS folder ( captureDir TEXT, etc TEXT, isLeft INTEGER, "
             "PRIMARY KEY ( captureDir, etc, isLeft ) )"_s,
             u"CREATE TABLE IF NOT EXISTS deletion ( id TEXT PRIMARY KEY, job TEXT )"_s,
@@ -114,18 +114,20 @@ QStringList journal_rows::Tables()
 void journal_rows::MakeTables(LocalDatabase& journal)
 {
     journal.Run(Tables());
-    if (!HasSums(journal))
-        journal.Run({u"ALTER TABLE picture ADD COLUMN sum TEXT"_s});
+    for (const QString& column : {u"sum"_s, u"detail"_s}) {
+        if (!HasColumn(journal, column))
+            journal.Run({u"ALTER TABLE picture ADD COLUMN %1 TEXT"_s.arg(column)});
+    }
 }
 
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
 {
     QList<PictureRecord> pictures;
-    const QString sum = HasSums(journal) ? u"sum"_s : u"NULL"_s;
+    const auto column = [&journal](const QString& name) { return HasColumn(journal, name) ? name : u"NULL"_s; };
     for (const QVariantList& row :
          journal.Rows(u"SELECT id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, takenAt, "
                       "reason, note, noteBase, "_s +
-                      sum + u" FROM picture ORDER BY place"_s)) {
+                      column(u"sum"_s) + u", "_s + column(u"detail"_s) + u" FROM picture ORDER BY place"_s)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
         PictureRecord picture;
         picture.id = text(0);
@@ -138,6 +140,7 @@ QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
         if (!row.at(12).isNull())
             picture.note = TypedNote{text(12), text(13)};
         picture.sum = SumIn(text(14));
+        picture.detail = text(15);
         pictures.append(picture);
     }
     return pictures;
@@ -271,7 +274,7 @@ QString journal_rows::Write(const PictureRecord& picture)
     const Visit& visit = picture.visit;
     // Its place stays what it was: the order of the presses.
     Statement statement(u"INSERT INTO picture ( id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, "
-                        "origin, takenAt, reason, note, noteBase, sum ) VALUES ( ");
+                        "origin, takenAt, reason, note, noteBase, sum, detail ) VALUES ( ");
     statement.Then(u"'", picture.id)
         .Then(u"', '", visit.chart)
         .Then(u"', '", visit.yuhyung)
@@ -289,6 +292,7 @@ QString journal_rows::Write(const PictureRecord& picture)
     else
         statement.Piece(u"', NULL, NULL");
     return statement.Then(u", '", TextOf(picture.sum))
+        .Then(u"', '", picture.detail)
         .Piece(u"' ) ON CONFLICT ( id ) DO UPDATE SET number = excluded.number, state = excluded.state, "
                "reason = excluded.reason, note = excluded.note, noteBase = excluded.noteBase, sum = excluded.sum")
         .Text();

@@ -355,7 +355,7 @@ void LargePicture::setFootFor(FootFor footFor)
 void LargePicture::ShowFoot()
 {
     const Half& half = Active();
-    QWidget* foot = m_footFor && half.visit ? m_footFor(*half.visit, half.picture.number) : nullptr;
+    QWidget* foot = m_footFor && half.visit ? m_footFor(*half.visit, half.picture) : nullptr;
     m_footButton->setVisible(foot != nullptr);
     SetFoot(foot);
     if (foot != nullptr)

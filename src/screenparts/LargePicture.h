@@ -55,7 +55,7 @@ public:
     /// What a screen adds under the picture: taken as a child, shown only while large; null for none. The one before is
     /// hidden, and may be deleted by whoever made it.
     void SetFoot(QWidget* foot);
-    using FootFor = std::function<QWidget*(const Visit&, int number)>;
+    using FootFor = std::function<QWidget*(const Visit&, const ShownPicture&)>;
     /// Asked each time another picture is shown; null: no foot for this picture. With one there is a button that shows
     /// and hides it.
     void setFootFor(FootFor footFor);

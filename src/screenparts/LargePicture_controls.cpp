@@ -67,12 +67,16 @@ void LargePicture::BuildControls()
     m_columns->setSpacing(2);
     rows->addLayout(m_columns, 1);
     BuildHalves();
+    // The foot has the room beside the live picture.
+    auto* below = new QHBoxLayout;
+    below->setSpacing(0);
+    rows->addLayout(below);
     m_footRow = new QVBoxLayout;
-    rows->addLayout(m_footRow);
+    below->addLayout(m_footRow, 1);
     m_cornerRoom = new QWidget(this);
     m_cornerRoom->installEventFilter(this);
     m_cornerRoom->hide();
-    rows->addWidget(m_cornerRoom, 0, Qt::AlignRight);
+    below->addWidget(m_cornerRoom, 0, Qt::AlignRight | Qt::AlignBottom);
     connect(qApp, &QApplication::focusChanged, this, &LargePicture::NoteFocus);
     connect(qApp, &QGuiApplication::screenAdded, this, &LargePicture::ShowState);
 }

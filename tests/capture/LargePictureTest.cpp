@@ -134,7 +134,8 @@ private Q_SLOTS:
         OpenScreen();
         ShowLine(Earlier);
         QPointer<QWidget> foot = new QLabel;
-        View().setFootFor([&](const Visit&, int number) { return number == 2 ? foot.data() : nullptr; });
+        View().setFootFor(
+            [&](const Visit&, const ShownPicture& shown) { return shown.number == 2 ? foot.data() : nullptr; });
         auto& button = *View().findChild<QToolButton*>(u"largeFoot"_s);
         Lens(2, 2);
         QTRY_VERIFY(IsShown(u"2026-11-01 위내시경 001"_s) && button.isHidden());

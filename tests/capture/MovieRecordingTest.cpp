@@ -1,3 +1,4 @@
+#include "contracts/RoomAwake.h"
 #include "contracts/VideoCap.h"
 #include "contracts/VideoOptions.h"
 #include "platform/gstreamer/register_video.h"
@@ -48,6 +49,31 @@ private Q_SLOTS:
         for (int segment = 1; segment <= 3; ++segment)
             QCOMPARE(Files().ReadFile(Movie(segment)), m_video->movies[segment - 1].toUtf8());
         QVERIFY(LocalMovies().isEmpty());
+    }
+
+    void ARecordingGoesOnAfterASleep()
+    {
+        struct Room : RoomAwake
+        {
+            int kept = 0;
+            void Keep() override { kept = 1; }
+            void Release() override { kept = 0; }
+        };
+        auto* room = new Room;
+        InstallService<RoomAwake>(std::unique_ptr<RoomAwake>(room));
+        m_box.reset();
+        init();
+        Press(u"연결"_s);
+        QCOMPARE(room->kept, 1);
+        Choose(u"동영상저장시작"_s);
+        Q_EMIT room->HasSlept();
+        QVERIFY(m_video->calls.contains(u"Reopen"_s));
+        QCOMPARE(m_video->movies.size(), 2);
+        Choose(u"동영상저장종료"_s);
+        QCOMPARE(room->kept, 1);
+        Choose(u"연결끊기"_s);
+        QCOMPARE(room->kept, 0);
+        InstallService<RoomAwake>(nullptr);
     }
 
     void ANewRecordingReplacesTheOneOfTheVisit()

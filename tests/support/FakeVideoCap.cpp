@@ -27,7 +27,7 @@ QPointer<FakeVideoCap>& LastMade()
 class NumberedFrame : public StillFrame
 {
 public:
-    NumberedFrame(QSize size, int number) : m_size(size), m_number(number) {}
+    NumberedFrame(QSize size, int number, bool isSharp = false) : m_size(size), m_number(number), m_isSharp(isSharp) {}
 
     QByteArray EncodeJPEG(int quality) const override
     {
@@ -39,6 +39,8 @@ public:
             const bool set = (m_number >> (NumberBits - 1 - bit)) & 1;
             painter.fillRect(bit * width, 0, width, m_size.height() / 2, set ? Qt::white : Qt::black);
         }
+        for (int x = 0; m_isSharp && x < m_size.width(); x += 4)
+            painter.fillRect(x, m_size.height() * 3 / 4, 2, m_size.height() / 4, Qt::white);
         painter.end();
         QByteArray jpeg;
         QBuffer buffer(&jpeg);
@@ -50,6 +52,25 @@ public:
 private:
     QSize m_size;
     int m_number;
+    bool m_isSharp;
+};
+
+class FakeMoments : public FrameMoments
+{
+public:
+    explicit FakeMoments(QSize size)
+    {
+        for (int i = 0; i < Most; ++i) {
+            const int offsetMs = (i - (Most - 2)) * 300 + (i < Most - 2 ? 0 : 250);
+            m_frames.push_back({std::make_shared<NumberedFrame>(size, 1001 + i, offsetMs == -600), offsetMs});
+        }
+    }
+    std::vector<Moment> Frames() const override { return m_frames; }
+    bool IsComplete() const override { return true; }
+    qint64 Bytes() const override { return 0; }
+
+private:
+    std::vector<Moment> m_frames;
 };
 
 class NoOptions : public VideoOptions
@@ -60,6 +81,16 @@ public:
 };
 
 } // namespace
+
+class FakeVideoCap::Awaited : public AwaitedFrame
+{
+public:
+    std::shared_ptr<const StillFrame> Frame() const override { return frame; }
+    bool IsOver() const override { return over; }
+
+    std::shared_ptr<const StillFrame> frame;
+    bool over = false;
+};
 
 FakeVideoCap::FakeVideoCap(QWidget* parent) : VideoCap(parent)
 {
@@ -121,9 +152,33 @@ void FakeVideoCap::Stop()
 
 std::shared_ptr<const StillFrame> FakeVideoCap::HoldFrame()
 {
-    if (!live)
+    if (!live || slow)
         return nullptr;
     return std::make_shared<NumberedFrame>(frameSize, ++frames);
+}
+
+std::shared_ptr<const AwaitedFrame> FakeVideoCap::AwaitFrame()
+{
+    if (!live)
+        return nullptr;
+    return m_awaited.emplace_back(std::make_shared<Awaited>());
+}
+
+void FakeVideoCap::AnswerAwaited(bool hasFrame)
+{
+    if (hasFrame)
+        ++frames;
+    for (const std::shared_ptr<Awaited>& awaited : m_awaited) {
+        if (hasFrame)
+            awaited->frame = std::make_shared<NumberedFrame>(frameSize, frames);
+        awaited->over = true;
+    }
+    m_awaited.clear();
+}
+
+std::shared_ptr<const FrameMoments> FakeVideoCap::HoldMoments(const StillFrame&)
+{
+    return before > 0 ? std::make_shared<FakeMoments>(frameSize) : nullptr;
 }
 
 void FakeVideoCap::SnapShotJPEG(const QString& path, int quality)

@@ -10,6 +10,8 @@ class FakeVideoCap : public VideoCap
 public:
     QStringList devices = {QStringLiteral("fake")};
     bool live = false; ///< A frame can be had.
+    bool slow = false; ///< Of a live picture: a press has to wait for its frame.
+    int before = 0;    ///< Seconds that are kept for `HoldMoments`.
     int frames = 0;    ///< Number of the last frame that was handed out.
     QSize frameSize{320, 240};
     QString dialogFault; ///< What its dialogs throw.
@@ -51,6 +53,13 @@ public:
     std::shared_ptr<const StillFrame> HoldFrame() override;
     void setPictureMargins(const QMargins& value) override { margins = value; }
     QSize PictureShape() const override { return live ? frameSize : QSize(); }
+    std::shared_ptr<const AwaitedFrame> AwaitFrame() override;
+    void setMomentsBefore(int seconds) override { before = seconds; }
+    /// A dozen frames with the numbers from 1001 on, 300 ms apart; the one 600 ms before the press is the sharpest.
+    std::shared_ptr<const FrameMoments> HoldMoments(const StillFrame& press) override;
+    void Reopen() override { calls << QStringLiteral("Reopen"); }
+    /// What waits for a frame gets the next one, or none.
+    void AnswerAwaited(bool hasFrame);
     void ShowDriverDialog1(int) override { ShowDialog(QStringLiteral("Dialog1")); }
     void ShowDriverDialog2(int) override { ShowDialog(QStringLiteral("Dialog2")); }
 
@@ -62,6 +71,8 @@ private:
     static QString Partial(const QString& path);
     void EndFile();
 
+    class Awaited;
+    QList<std::shared_ptr<Awaited>> m_awaited;
     bool m_captureMode = false;
     QString m_movie;
     QString m_open; ///< The movie that is being written.

@@ -7,6 +7,7 @@
 #include "frame/event_loop.h"
 #include "frame/forms.h"
 #include "frame/plain_text.h"
+#include "platform/desktop/BusRoomAwake.h"
 #include "platform/desktop/EndSignals.h"
 #include "platform/desktop/HeldInput.h"
 #include "platform/desktop/IconList.h"
@@ -344,6 +345,11 @@ void QtDesktop::EndProgram()
 QDate QtDesktop::Today() const
 {
     return QDate::currentDate();
+}
+
+void RegisterRoomAwake()
+{
+    InstallService<RoomAwake>(std::make_unique<BusRoomAwake>());
 }
 
 void RegisterDesktop(const CommandString& command)

@@ -7,17 +7,35 @@
 #include "platform/gstreamer/devices/DriverDialog.h"
 #include "platform/gstreamer/devices/V4l2Device.h"
 #include "platform/gstreamer/devices/VideoDevices.h"
+#include "platform/gstreamer/stills/GstStillFrame.h"
 #include "platform/gstreamer/VideoControl_live.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QPainter>
 #include <QPointer>
+
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-/// A device that has given no frame in another format by then gives none in it. Shorter than the time after which a
-/// silent device is opened anew.
-constexpr int FormatPatienceMs = 4000;
+/// A device that has given no frame in another format by then gives none in it. Shorter than the time after which its
+/// signal counts as lost.
+constexpr int FormatPatienceMs = 3500;
+
+/// The live picture is a picture to a screen reader.
+class LivePictureAccess final : public QAccessibleWidget
+{
+public:
+    explicit LivePictureAccess(QWidget* control) : QAccessibleWidget(control, QAccessible::Graphic) {}
+};
+
+QAccessibleInterface* NewAccess(const QString&, QObject* object)
+{
+    auto* control = qobject_cast<VideoControl*>(object);
+    return control != nullptr ? new LivePictureAccess(control) : nullptr;
+}
 } // namespace
 
 VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
@@ -25,7 +43,10 @@ VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
 {
     m_live->preparation.Post(&PrepareMedia);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    static std::once_flag once;
+    std::call_once(once, [] { QAccessible::installFactory(NewAccess); });
     setAccessibleName(u"실시간 영상"_s);
+    DescribeState();
     connect(&m_live->session, &LiveSession::FrameReady, this, &VideoControl::AnswerFrames);
     connect(&m_live->session, &LiveSession::StateChanged, this, &VideoControl::AnswerState);
     m_live->formatPatience.setSingleShot(true);
@@ -169,6 +190,28 @@ std::shared_ptr<const StillFrame> VideoControl::HoldFrame()
     return m_live->session.Hold();
 }
 
+std::shared_ptr<const AwaitedFrame> VideoControl::AwaitFrame()
+{
+    return m_live->session.Await();
+}
+
+void VideoControl::setMomentsBefore(int seconds)
+{
+    m_live->session.Memory().SetSeconds(seconds);
+}
+
+std::shared_ptr<const FrameMoments> VideoControl::HoldMoments(const StillFrame& press)
+{
+    const auto* frame = dynamic_cast<const GstStillFrame*>(&press);
+    return m_live->session.Memory().Hold(frame != nullptr ? frame->Time() : GST_CLOCK_TIME_NONE);
+}
+
+void VideoControl::Reopen()
+{
+    m_live->session.Lose();
+    m_live->session.RetryNow();
+}
+
 void VideoControl::SnapShotJPEG(const QString& path, int quality)
 {
     const std::shared_ptr<const StillFrame> frame = HoldFrame();
@@ -231,8 +274,29 @@ void VideoControl::AnswerState()
         journal::Note(Journal::Warning, u"영상 신호가 끊김"_s);
     if (isBack)
         journal::Note(Journal::Information, u"영상 신호가 돌아옴"_s);
+    DescribeState();
     if (isLost || isBack)
         Q_EMIT OnDeviceChange();
+}
+
+void VideoControl::DescribeState()
+{
+    QString state;
+    switch (m_live->session.Present()) {
+    case LiveSession::State::Idle:
+        state = u"대기 중"_s;
+        break;
+    case LiveSession::State::Starting:
+        state = u"연결 중"_s;
+        break;
+    case LiveSession::State::Live:
+        state = m_live->recorder ? u"녹화 중"_s : u"연결됨"_s;
+        break;
+    case LiveSession::State::Lost:
+        state = m_live->recorder ? u"신호 없음, 녹화 중"_s : u"신호 없음"_s;
+        break;
+    }
+    setAccessibleDescription(state);
 }
 
 void VideoControl::AnswerDevices()

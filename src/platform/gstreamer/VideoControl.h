@@ -47,6 +47,10 @@ public:
     std::shared_ptr<const StillFrame> HoldFrame() override;
     void setPictureMargins(const QMargins& margins) override;
     QSize PictureShape() const override;
+    std::shared_ptr<const AwaitedFrame> AwaitFrame() override;
+    void setMomentsBefore(int seconds) override;
+    std::shared_ptr<const FrameMoments> HoldMoments(const StillFrame& press) override;
+    void Reopen() override;
 
     void ShowDriverDialog1(int ownerHandle) override;
     void ShowDriverDialog2(int ownerHandle) override;
@@ -85,6 +89,8 @@ private:
     QRect PicturePlace() const { return rect().marginsRemoved(m_margins); }
     void AnswerFrames();
     void AnswerState();
+    /// For a screen reader.
+    void DescribeState();
     void AnswerDevices();
     void StartSession();
     void BeginSession();

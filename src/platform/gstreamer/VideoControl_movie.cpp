@@ -68,6 +68,7 @@ void VideoControl::Record()
     connect(recorder.get(), &MovieRecorder::Ended, this, &VideoControl::AnswerMovieEnd);
     m_live->recorder = recorder;
     m_live->session.SetTap(recorder);
+    DescribeState();
 }
 
 void VideoControl::EndMovie()
@@ -84,6 +85,7 @@ void VideoControl::EndMovie()
     static auto& held = *new std::vector<std::shared_ptr<MovieRecorder>>;
     if (recorder->IsHeld())
         held.push_back(recorder);
+    DescribeState();
     update();
     // Whoever ends the movie is not to be stopped by it.
     if (!reason.isEmpty())

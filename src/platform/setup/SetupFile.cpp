@@ -139,11 +139,21 @@ void Reader::ReadDatabase()
 
 void Reader::ReadClient()
 {
+    constexpr int MostMomentSeconds = 10;
     const QString section = u"Client"_s;
     m_setup.client.CommPort = Text(section, u"CommPort"_s);
     m_setup.client.ImageFormat = Text(section, u"ImageFormat"_s);
     m_setup.client.CheckTable = Text(section, u"CheckTable"_s);
     m_setup.client.ShutterSound = Text(section, u"ShutterSound"_s) != u"0";
+    if (const QString seconds = Text(section, u"MomentsBefore"_s); !seconds.isEmpty()) {
+        bool isNumber = false;
+        const int value = seconds.toInt(&isNumber);
+        if (isNumber && value >= 0 && value <= MostMomentSeconds)
+            m_setup.client.MomentsBefore = value;
+        else
+            m_setup.problems.append(u"[Client] MomentsBefore는 0부터 %1까지의 초입니다. (%2)"_s.arg(
+                QString::number(MostMomentSeconds), seconds.left(60)));
+    }
     m_setup.client.LaunchEncoding = Text(section, u"LaunchEncoding"_s).toLower();
     const QStringList encodings{QString(), u"utf-8"_s, u"windows-949"_s};
     if (!encodings.contains(m_setup.client.LaunchEncoding))

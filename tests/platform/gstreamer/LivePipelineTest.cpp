@@ -1,9 +1,14 @@
 #include "platform/gstreamer/live/LivePipeline.h"
 #include "contracts/PlatformError.h"
 #include "platform/gstreamer/live/FrameExchange.h"
+#include "platform/gstreamer/live/LiveSession.h"
+#include "platform/gstreamer/stills/GstStillFrame.h"
+#include "platform/gstreamer/stills/JpegStillFrame.h"
 #include "support/testing.h"
 
 #include <linux/videodev2.h>
+
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
@@ -85,6 +90,64 @@ private Q_SLOTS:
         QCOMPARE(qGray(QImage::fromData(frame->EncodeJPEG(90)).pixel(100, 100)), 16);
         QTRY_VERIFY(pipeline.Frames()->HasPicture());
         QCOMPARE(qGray(pipeline.Frames()->TakePicture({}).image.pixel(100, 100)), 16);
+    }
+
+    void TheLastSecondsAreKept_data()
+    {
+        Columns<quint32, QByteArray, int, bool>("fourcc", "format", "seconds", "stops");
+        QTest::newRow("MJPG") << quint32(V4L2_PIX_FMT_MJPEG) << QByteArray("Y42B ! jpegenc") << 2 << false;
+        QTest::newRow("YUYV") << quint32(V4L2_PIX_FMT_YUYV) << QByteArray("YUY2") << 2 << false;
+        QTest::newRow("stopped behind the press") << quint32(V4L2_PIX_FMT_YUYV) << QByteArray("YUY2") << 2 << true;
+        QTest::newRow("off") << quint32(V4L2_PIX_FMT_YUYV) << QByteArray("YUY2") << 0 << false;
+    }
+
+    void TheLastSecondsAreKept()
+    {
+        QFETCH4(quint32, fourcc, QByteArray, format, int, seconds, bool, stops);
+        LiveSession session;
+        session.Memory().SetSeconds(seconds);
+        session.Start([&] {
+            return Source(
+                fourcc, "videotestsrc is-live=true ! video/x-raw,width=640,height=480,framerate=30/1,format=" + format);
+        });
+        QTRY_VERIFY(session.FrameCount() > 70);
+        const auto press = std::dynamic_pointer_cast<const GstStillFrame>(session.Hold());
+        const std::shared_ptr<const FrameMoments> moments = session.Memory().Hold(press->Time());
+        QCOMPARE(moments != nullptr, seconds > 0);
+        if (!moments)
+            return;
+        if (stops)
+            session.Stop();
+        QTRY_VERIFY(moments->IsComplete());
+        const std::vector<Moment> frames = moments->Frames();
+        QVERIFY(frames.size() >= FrameMoments::Most / 2 && frames.size() <= FrameMoments::Most);
+        QVERIFY((frames.back().offsetMs > 0) == !stops);
+        QVERIFY(moments->Bytes() > 0);
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            QVERIFY(frames[i].offsetMs >= -1000 * seconds && frames[i].offsetMs <= FrameMoments::BehindMs);
+            QVERIFY(i == 0 || frames[i].offsetMs > frames[i - 1].offsetMs);
+            QCOMPARE(QImage::fromData(frames[i].frame->EncodeJPEG(90)).size(), QSize(640, 480));
+        }
+    }
+
+    void AnotherCamerasFrameIsAWholeFile()
+    {
+        // As a device gives it: the tables left out, the buffer filled up.
+        LivePipeline pipeline(0);
+        pipeline.Open(Source(V4L2_PIX_FMT_YUYV, "videotestsrc is-live=true"), 5s);
+        const QByteArray whole = pipeline.Frames()->Hold()->EncodeJPEG(90);
+        QByteArray bare;
+        qsizetype end = 0;
+        for (qsizetype at = 2; quint8(whole[at + 1]) != 0xda; at = end) {
+            end = at + 2 + qFromBigEndian<quint16>(whole.constData() + at + 2);
+            bare += quint8(whole[at + 1]) == 0xc4 ? QByteArray() : whole.sliced(at, end - at);
+        }
+        bare = whole.first(2) + bare + whole.sliced(end);
+        QCOMPARE(JpegStillFrame(whole + QByteArray(100, 0)).EncodeJPEG(90), whole);
+        const QByteArray encoded = JpegStillFrame(bare + QByteArray(100, 0)).EncodeJPEG(90);
+        QVERIFY(encoded.contains("\xff\xc4"));
+        QCOMPARE(QImage::fromData(encoded).size(), QSize(640, 480));
+        QVERIFY_THROWS_EXCEPTION(PlatformError, JpegStillFrame(bare.first(80)).EncodeJPEG(90));
     }
 
     void WhatIsInterlacedIsDeinterlaced_data()

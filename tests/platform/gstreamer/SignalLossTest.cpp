@@ -158,9 +158,32 @@ private Q_SLOTS:
         QSignalSpy changes(control.get(), &VideoCap::OnDeviceChange);
         control->Start();
         QVERIFY(!control->HoldFrame());
-        QTRY_COMPARE(changes.count(), 1);
+        QVERIFY(control->AwaitFrame());
+        QCOMPARE(control->accessibleDescription(), u"연결 중"_s);
+        QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 1, 20000);
+        QCOMPARE(control->accessibleDescription(), u"신호 없음"_s);
+        QVERIFY(!control->AwaitFrame());
         FreezeTestPicture(false);
         QTRY_VERIFY(control->HoldFrame());
+    }
+
+    void APressGetsTheFirstFrameThatComes()
+    {
+        const LiveFixture fixture;
+        const auto control = fixture.NewControl();
+        control->Start();
+        QTRY_VERIFY(control->HoldFrame());
+        FreezeTestPicture(true);
+        QTRY_VERIFY(!control->HoldFrame());
+        const auto awaited = control->AwaitFrame();
+        QVERIFY(awaited && !awaited->Frame() && !awaited->IsOver());
+        FreezeTestPicture(false);
+        QTRY_VERIFY(awaited->Frame());
+        QVERIFY(awaited->IsOver());
+        const auto stopped = control->AwaitFrame();
+        control->Stop();
+        QVERIFY(stopped->IsOver() && !control->AwaitFrame());
+        QCOMPARE(QAccessible::queryAccessibleInterface(control.get())->role(), QAccessible::Graphic);
     }
 
     void StopAndDeletionWhileFrozenDontHang()

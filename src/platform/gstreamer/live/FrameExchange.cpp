@@ -7,6 +7,8 @@ void FrameExchange::Accept(GstSample* sample)
     QSize area;
     QImage canvas;
     int frame = 0;
+    bool isCompressed = false;
+    const Clock::time_point now = Clock::now();
     GstPointer<GstSample> previous;
     std::shared_ptr<FrameTap> tap;
     {
@@ -15,7 +17,8 @@ void FrameExchange::Accept(GstSample* sample)
             return;
         previous = std::move(m_newest);
         m_newest.reset(gst_sample_ref(sample));
-        m_newestAt = Clock::now();
+        m_newestAt = now;
+        isCompressed = m_isCompressed;
         frame = ++m_frames;
         area = m_area;
         tap = m_tap;
@@ -27,6 +30,8 @@ void FrameExchange::Accept(GstSample* sample)
     previous.reset(); // Gives its memory back to the device before the work below.
     if (tap)
         tap->Accept(sample);
+    if (m_memory)
+        m_memory->Accept(sample, now, isCompressed);
     if (area.isEmpty())
         return;
     const QImage image = m_scaler.Scale(sample, area, std::move(canvas));
@@ -41,6 +46,18 @@ void FrameExchange::Accept(GstSample* sample)
         m_spare.push_back(std::move(m_waiting.front().image));
         m_waiting.pop_front();
     }
+}
+
+void FrameExchange::AcceptCompressed(GstBuffer* buffer)
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_closed)
+            return;
+        m_isCompressed = true;
+    }
+    if (m_memory)
+        m_memory->AcceptCompressed(buffer, Clock::now());
 }
 
 void FrameExchange::SetTap(std::shared_ptr<FrameTap> tap)
@@ -58,15 +75,21 @@ void FrameExchange::Close()
     m_spare.clear();
 }
 
-bool FrameExchange::IsLiveLocked() const
+bool FrameExchange::IsYoungerLocked(std::chrono::milliseconds age) const
 {
-    return m_newest != nullptr && Clock::now() - m_newestAt < SignalTimeout;
+    return m_newest != nullptr && Clock::now() - m_newestAt < age;
 }
 
 bool FrameExchange::IsLive() const
 {
     const std::lock_guard lock(m_mutex);
-    return IsLiveLocked();
+    return IsYoungerLocked(SignalTimeout);
+}
+
+bool FrameExchange::HasBegun() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_newest != nullptr;
 }
 
 FrameExchange::Clock::time_point FrameExchange::NewestAt() const
@@ -78,7 +101,7 @@ FrameExchange::Clock::time_point FrameExchange::NewestAt() const
 std::shared_ptr<const StillFrame> FrameExchange::Hold() const
 {
     const std::lock_guard lock(m_mutex);
-    if (!IsLiveLocked())
+    if (!IsYoungerLocked(HeldAge))
         return nullptr;
     return std::make_shared<GstStillFrame>(m_newest.get());
 }

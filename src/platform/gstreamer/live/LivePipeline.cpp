@@ -24,7 +24,10 @@ void PrepareMedia()
 class LivePipeline::Worker
 {
 public:
-    Worker(LivePipeline& owner, int frames) : m_owner(owner), m_exchange(std::make_shared<FrameExchange>(frames)) {}
+    Worker(LivePipeline& owner, int frames, const std::shared_ptr<FrameMemory>& memory)
+        : m_owner(owner), m_exchange(std::make_shared<FrameExchange>(frames, memory))
+    {
+    }
     ~Worker() { Close(); }
 
     void Open(const LiveSource& source, std::chrono::milliseconds patience);
@@ -39,6 +42,7 @@ private:
     void Build(const LiveSource& source);
     void Fail(const QString& reason);
 
+    static GstPadProbeReturn CompressedFrame(GstPad* pad, GstPadProbeInfo* info, gpointer self);
     static GstFlowReturn NewSample(GstAppSink* sink, gpointer self);
     static GstBusSyncReply BusMessage(GstBus* bus, GstMessage* message, gpointer self);
 
@@ -104,6 +108,9 @@ void LivePipeline::Worker::Build(const LiveSource& source)
         GstElement* queue = Add("queue");
         g_object_set(queue, "max-size-buffers", 4u, "max-size-bytes", 0u, "max-size-time", guint64(0), nullptr);
         chain.push_back(queue);
+        GstPad* pad = gst_element_get_static_pad(queue, "sink");
+        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, CompressedFrame, this, nullptr);
+        gst_object_unref(pad);
         chain.push_back(Add("jpegdec"));
     }
     if (source.deinterlaces && !source.isTestPicture && CanDeinterlace(source.mode.fourcc)) {
@@ -167,6 +174,12 @@ void LivePipeline::Worker::Close()
     m_pipeline.reset();
 }
 
+GstPadProbeReturn LivePipeline::Worker::CompressedFrame(GstPad*, GstPadProbeInfo* info, gpointer self)
+{
+    static_cast<Worker*>(self)->m_exchange->AcceptCompressed(gst_pad_probe_info_get_buffer(info));
+    return GST_PAD_PROBE_OK;
+}
+
 GstFlowReturn LivePipeline::Worker::NewSample(GstAppSink* sink, gpointer self)
 {
     auto* worker = static_cast<Worker*>(self);
@@ -217,7 +230,10 @@ void LivePipeline::Worker::Fail(const QString& reason)
     QMetaObject::invokeMethod(&m_owner, &LivePipeline::Failed, Qt::QueuedConnection);
 }
 
-LivePipeline::LivePipeline(int frames) : m_worker(std::make_unique<Worker>(*this, frames)) {}
+LivePipeline::LivePipeline(int frames, const std::shared_ptr<FrameMemory>& memory)
+    : m_worker(std::make_unique<Worker>(*this, frames, memory))
+{
+}
 
 LivePipeline::~LivePipeline()
 {

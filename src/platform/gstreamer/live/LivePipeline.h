@@ -8,6 +8,7 @@
 #include <memory>
 
 class FrameExchange;
+class FrameMemory;
 
 /// What a stream comes from.
 struct LiveSource
@@ -26,8 +27,8 @@ class LivePipeline : public QObject
     Q_OBJECT
 
 public:
-    /// `frames` were counted before this stream.
-    explicit LivePipeline(int frames);
+    /// `frames` were counted before this stream. `memory` takes what is kept of them; null for none.
+    explicit LivePipeline(int frames, const std::shared_ptr<FrameMemory>& memory = nullptr);
     ~LivePipeline() override;
 
     /// Starts the stream. Waits for the first frame or a fault, no longer than `patience`; a slower device goes on

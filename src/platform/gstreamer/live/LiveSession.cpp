@@ -46,6 +46,7 @@ void LiveSession::Stop()
 {
     m_watch.stop();
     ClosePipeline();
+    m_memory->Clear();
     SetState(State::Idle);
 }
 
@@ -54,7 +55,9 @@ void LiveSession::OpenPipeline(std::chrono::milliseconds patience)
     m_isOpening = true;
     const auto opened = qScopeGuard([this] { m_isOpening = false; });
     const LiveSource source = m_prepare();
-    m_pipeline = new LivePipeline(m_framesBefore);
+    m_pipeline = new LivePipeline(m_framesBefore, m_memory);
+    m_newestSeen = m_watchedAt = Clock::now();
+    m_silence = {};
     connect(m_pipeline, &LivePipeline::FrameReady, this, [this] {
         const QPointer<LiveSession> self(this);
         if (m_state != State::Live && Frames()->IsLive())
@@ -118,6 +121,22 @@ void LiveSession::RetryNow()
         Reopen();
 }
 
+std::chrono::milliseconds LiveSession::Silence()
+{
+    const Clock::time_point now = Clock::now();
+    const Clock::time_point before = std::exchange(m_watchedAt, now);
+    if (const Clock::time_point newest = m_pipeline->Frames()->NewestAt(); newest != m_newestSeen) {
+        m_newestSeen = newest;
+        m_silence = {};
+        return m_silence;
+    }
+    // A machine that gives this program no time gives the device's thread none either: that is no silence of the
+    // device.
+    m_silence += std::min(std::chrono::duration_cast<std::chrono::milliseconds>(now - before),
+                          std::chrono::milliseconds(2 * WatchInterval));
+    return m_silence;
+}
+
 void LiveSession::Watch()
 {
     const Clock::time_point now = Clock::now();
@@ -126,8 +145,8 @@ void LiveSession::Watch()
             Reopen();
         return;
     }
-    const auto silence = now - m_pipeline->Frames()->NewestAt();
-    if (silence < FrameExchange::SignalTimeout)
+    const auto silence = Silence();
+    if (silence < (m_pipeline->Frames()->HasBegun() ? FrameExchange::SignalTimeout : FrameExchange::FirstFrameTimeout))
         return;
     if (silence >= StallTimeout)
         Lose();
@@ -158,6 +177,11 @@ void LiveSession::SetTap(const std::shared_ptr<FrameTap>& tap)
     m_tap = tap;
     if (m_pipeline != nullptr)
         m_pipeline->Frames()->SetTap(tap);
+}
+
+std::shared_ptr<const AwaitedFrame> LiveSession::Await() const
+{
+    return m_state == State::Starting || m_state == State::Live ? m_memory->Await() : nullptr;
 }
 
 std::shared_ptr<const StillFrame> LiveSession::Hold() const

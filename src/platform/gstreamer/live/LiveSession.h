@@ -43,6 +43,11 @@ public:
     /// Takes the full frames of this session over all losses of the signal; null for none.
     void SetTap(const std::shared_ptr<FrameTap>& tap);
 
+    /// What is kept of the session's frames.
+    FrameMemory& Memory() const { return *m_memory; }
+    /// The next frame; null when idle or lost.
+    std::shared_ptr<const AwaitedFrame> Await() const;
+
     /// The live frame of this moment, or null. Any thread.
     std::shared_ptr<const StillFrame> Hold() const;
     /// Null when idle.
@@ -62,6 +67,8 @@ private:
     void OpenPipeline(std::chrono::milliseconds patience);
     void ClosePipeline();
     void SetState(State state);
+    /// Time without a frame in which this session could have seen one.
+    std::chrono::milliseconds Silence();
     void Watch();
     void Reopen();
 
@@ -76,6 +83,10 @@ private:
     Clock::time_point m_nextTry;
     std::chrono::milliseconds m_pause{0};
     QTimer m_watch;
+    Clock::time_point m_watchedAt;
+    Clock::time_point m_newestSeen;
+    std::chrono::milliseconds m_silence{0};
+    const std::shared_ptr<FrameMemory> m_memory = std::make_shared<FrameMemory>();
 
     mutable std::mutex m_mutex;
     std::shared_ptr<FrameExchange> m_frames; ///< Guarded by the mutex.

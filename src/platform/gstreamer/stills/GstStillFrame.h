@@ -11,6 +11,8 @@ public:
     explicit GstStillFrame(GstSample* sample) : m_sample(gst_sample_ref(sample)) {}
 
     QByteArray EncodeJPEG(int quality) const override;
+    /// Its time in the stream.
+    GstClockTime Time() const { return GST_BUFFER_PTS(gst_sample_get_buffer(m_sample.get())); }
 
 private:
     GstPointer<GstSample> m_sample;

@@ -1,0 +1,213 @@
+#include "platform/desktop/BusRoomAwake.h"
+
+#include "frame/journal.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusUnixFileDescriptor>
+#include <QScopeGuard>
+
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <utility>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+/// A bus, and a service on it, have so long to answer.
+constexpr int PatienceMs = 2000;
+
+const QString Program = u"capture-station"_s;
+const QString Reason = u"영상을 보고 있습니다"_s;
+const QString ScreenSaver = u"org.freedesktop.ScreenSaver"_s;
+const QString ScreenSaverPath = u"/org/freedesktop/ScreenSaver"_s;
+const QString Logind = u"org.freedesktop.login1"_s;
+const QString LogindPath = u"/org/freedesktop/login1"_s;
+const QString LogindManager = u"org.freedesktop.login1.Manager"_s;
+
+QString SessionAddress()
+{
+    const QString told = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    const QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    // Without either none is started for this.
+    return !told.isEmpty() || folder.isEmpty() ? told : u"unix:path="_s + folder + u"/bus"_s;
+}
+
+QString SystemAddress()
+{
+    return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS", u"unix:path=/run/dbus/system_bus_socket"_s);
+}
+
+/// A socket of that name, which begins with a NUL where it is no file, takes a connection and answers.
+bool SocketAnswers(const QByteArray& name)
+{
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    if (name.isEmpty() || static_cast<std::size_t>(name.size()) >= sizeof(address.sun_path))
+        return false;
+    std::memcpy(address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
+    const int file = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (file < 0)
+        return false;
+    const auto close = qScopeGuard([file] { ::close(file); });
+    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + static_cast<std::size_t>(name.size()));
+    constexpr char Hello[] = "\0AUTH\r\n";
+    pollfd answer{file, POLLIN, 0};
+    return connect(file, reinterpret_cast<const sockaddr*>(&address), size) == 0 &&
+           send(file, Hello, sizeof(Hello) - 1, MSG_NOSIGNAL) == ssize_t(sizeof(Hello) - 1) &&
+           poll(&answer, 1, PatienceMs) == 1 && (answer.revents & POLLIN) != 0;
+}
+
+/// The toolkit waits for a bus without a limit, and on a thread that the input method needs, too.
+bool Answers(const QString& address)
+{
+    for (const QString& each : address.split(u';', Qt::SkipEmptyParts)) {
+        if (!each.startsWith(u"unix:"_s))
+            continue;
+        for (const QString& part : each.sliced(each.indexOf(u':') + 1).split(u',')) {
+            const QByteArray value = QByteArray::fromPercentEncoding(part.sliced(part.indexOf(u'=') + 1).toUtf8());
+            if (part.startsWith(u"abstract="_s) && SocketAnswers('\0' + value))
+                return true;
+            if (part.startsWith(u"path="_s) && SocketAnswers(value))
+                return true;
+        }
+    }
+    return false;
+}
+
+/// A bus that is connected to when it is needed, and its service.
+class Bus
+{
+public:
+    Bus(QString name, QString service) : m_name(std::move(name)), m_service(std::move(service)) {}
+    ~Bus() { Close(); }
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+
+    /// Null when it isn't there, which is told. `opened` hears of each new connection.
+    QDBusConnection* Open(const QString& address, const std::function<void(QDBusConnection&)>& opened = {})
+    {
+        if (m_connection && m_connection->isConnected())
+            return &*m_connection;
+        Close();
+        if (!Answers(address)) {
+            Tell(u"버스가 응답하지 않음"_s);
+            return nullptr;
+        }
+        m_connection = QDBusConnection::connectToBus(address, m_name);
+        if (m_connection->isConnected()) {
+            if (opened)
+                opened(*m_connection);
+            return &*m_connection;
+        }
+        Tell(u"버스에 연결하지 못함"_s);
+        return nullptr;
+    }
+
+    /// Nothing, and it is told, when the service isn't there or doesn't answer.
+    template <class Answer>
+    std::optional<Answer> Call(QDBusMessage message, const QVariantList& arguments)
+    {
+        message.setArguments(arguments);
+        const QDBusReply<Answer> reply = m_connection->call(message, QDBus::Block, PatienceMs);
+        if (reply.isValid())
+            return reply.value();
+        Tell(reply.error().name());
+        // What it may grant yet is nobody's then.
+        if (reply.error().type() == QDBusError::NoReply || reply.error().type() == QDBusError::TimedOut)
+            Close();
+        return std::nullopt;
+    }
+
+    void Close()
+    {
+        if (std::exchange(m_connection, std::nullopt))
+            QDBusConnection::disconnectFromBus(m_name);
+    }
+
+    QDBusConnection* Opened() { return m_connection ? &*m_connection : nullptr; }
+
+private:
+    void Tell(const QString& reason)
+    {
+        if (!std::exchange(m_isTold, true))
+            journal::Note(Journal::Warning, u"화면 잠금과 절전을 막지 못함(%1): %2"_s.arg(m_service, reason));
+    }
+
+    const QString m_name;
+    const QString m_service;
+    std::optional<QDBusConnection> m_connection;
+    bool m_isTold = false;
+};
+} // namespace
+
+struct BusRoomAwake::Buses
+{
+    Bus session{u"room-awake-session"_s, ScreenSaver};
+    Bus system{u"room-awake-system"_s, Logind};
+    std::optional<uint> cookie;
+    std::optional<QDBusUnixFileDescriptor> lock; ///< The system is kept awake while it is open.
+
+    void Keep(BusRoomAwake* owner)
+    {
+        if (!cookie && session.Open(SessionAddress()) != nullptr)
+            cookie = session.Call<uint>(
+                QDBusMessage::createMethodCall(ScreenSaver, ScreenSaverPath, ScreenSaver, u"Inhibit"_s),
+                {Program, Reason});
+        // The bus knows members by their names alone.
+        const auto hearSleep = [owner](QDBusConnection& bus) {
+            bus.connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner, SLOT(OnPrepareForSleep(bool)));
+        };
+        if (lock || system.Open(SystemAddress(), hearSleep) == nullptr)
+            return;
+        lock = system.Call<QDBusUnixFileDescriptor>(
+            QDBusMessage::createMethodCall(Logind, LogindPath, LogindManager, u"Inhibit"_s),
+            {u"idle:sleep"_s, Program, Reason, u"block"_s});
+    }
+
+    void Release()
+    {
+        lock.reset();
+        const std::optional<uint> given = std::exchange(cookie, std::nullopt);
+        if (!given || session.Opened() == nullptr)
+            return;
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(ScreenSaver, ScreenSaverPath, ScreenSaver, u"UnInhibit"_s);
+        message.setArguments({*given});
+        session.Opened()->call(message, QDBus::Block, PatienceMs);
+    }
+};
+
+BusRoomAwake::BusRoomAwake() : m_buses(std::make_shared<Buses>()) {}
+
+BusRoomAwake::~BusRoomAwake()
+{
+    // Both buses and both services, and one of them once more.
+    m_worker.End(5 * PatienceMs, [buses = m_buses] { buses->Release(); });
+}
+
+void BusRoomAwake::Keep()
+{
+    if (!std::exchange(m_isKept, true))
+        m_worker.Post([this, buses = m_buses] { buses->Keep(this); });
+}
+
+void BusRoomAwake::Release()
+{
+    if (std::exchange(m_isKept, false))
+        m_worker.Post([buses = m_buses] { buses->Release(); });
+}
+
+void BusRoomAwake::OnPrepareForSleep(bool begins)
+{
+    journal::Note(Journal::Information, begins ? u"컴퓨터가 절전에 들어감"_s : u"컴퓨터가 절전에서 깨어남"_s);
+    if (!begins)
+        Q_EMIT HasSlept();
+}
