@@ -285,7 +285,10 @@ void StillCapture::Finish()
         waiting::ServeFor(FilePatienceMs, [this] { return m_filing.Pictures().UnderWay() == 0; });
         if (!m_filing.IsDatabaseAway()) {
             m_filing.WriteWaiting();
-            waiting::ServeFor(RowsPatienceMs, [this] { return m_filing.IsAtRest() || m_filing.IsDatabaseAway(); });
+            const auto isOver = [this] {
+                return (m_filing.IsAtRest() && m_filing.Marked().IsAtRest()) || m_filing.IsDatabaseAway();
+            };
+            waiting::ServeFor(RowsPatienceMs, isOver);
         }
         if (m_filing.Journal().Count() > 0) {
             ShowInformation(

@@ -63,7 +63,7 @@ private Q_SLOTS:
             m_filing->WriteWaiting();
             return m_filing->Journal().Count() == 0 && m_filing->Journal().Deletions().isEmpty() &&
                    m_filing->Journal().Pictures().isEmpty() && m_filing->IsAtRest() && m_movies->IsAtRest() &&
-                   m_filing->Pictures().IsIdle();
+                   m_filing->Marked().IsAtRest() && m_filing->Pictures().IsIdle();
         };
         QVERIFY2(QTest::qWaitFor(isAtRest, 20000), qPrintable(What()));
         End();
