@@ -49,6 +49,14 @@ QString StandingOf(const QList<StoredSum>& sums, const QString& picture, int& nu
     return own->IsLive() ? u"%1번"_s.arg(NumberText(number)) : u"%1번(삭제됨)"_s.arg(NumberText(number));
 }
 
+/// As the table has it; without the table what lies there is known as well as it can be.
+bool IsKnownAs(const Visit& visit, int number, const PictureSum& sum)
+{
+    const QList<StoredSum> sums = SumsOfVisit(visit);
+    return std::ranges::none_of(
+        sums, [&](const StoredSum& each) { return each.picture.number == number && each.IsLive() && each.sum != sum; });
+}
+
 /// Puts the original in the place of the picture, which becomes a deleted one of its own.
 void PutBack(const Visit& visit, int number, const QByteArray& original, const QByteArray& marked)
 {
@@ -131,7 +139,8 @@ int RestoreOriginal(const QStringList& arguments, TerminalOutput& out)
         return Found;
     }
     if (Pictures().Load(path).isNull()) {
-        TellOnError(u"원래 그림을 읽을 수 없어 되돌리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(path)));
+        TellOnError(
+            u"원래 그림을 읽을 수 없어 되돌리지 않습니다. 파일은 그대로 있습니다.!! (%1)"_s.arg(NativePath(path)));
         return Found;
     }
     capture_root::Judge(ClientSetup.CaptureRoot);
@@ -141,17 +150,16 @@ int RestoreOriginal(const QStringList& arguments, TerminalOutput& out)
     const bool isBack = marked == original;
     if (!isBack)
         PutBack(visit, number, original, marked);
-    // Also for a run that was cut off.
-    ReplaceSum(visit, number, SumOf(original), SumState::Live);
-    SendAgain(visit, number, PacsLine::Changed);
-    if (isBack) {
+    if (isBack && IsKnownAs(visit, number, SumOf(original))) {
         out << u"이미 원래 그림입니다: %1 %2 %3 %4번\n"_s.arg(visit.chart, visit.ymd, visit.etc, NumberText(number));
         return AllWell;
     }
+    // Also for a run that was cut off.
+    ReplaceSum(visit, number, SumOf(original), SumState::Live);
+    SendAgain(visit, number, PacsLine::Changed);
     acts::Record(acts::Kind::Restored, visit, number, u"original"_s);
-    out << u"원래 그림으로 되돌렸습니다: %1 %2 %3 %4번 (%5)\n"_s.arg(visit.chart, visit.ymd, visit.etc,
-                                                                 NumberText(number),
-                                                                 NativePath(visit.PicturePath(number)))
+    out << u"원래 그림으로 되돌렸습니다: %1 %2 %3 %4번 (%5)\n"_s.arg(
+               visit.chart, visit.ymd, visit.etc, NumberText(number), NativePath(visit.PicturePath(number)))
         << u"표시한 그림은 Log 폴더에 있습니다: %1\n"_s.arg(NativePath(visit.DeletedPicturePath(number)));
     return AllWell;
 }

@@ -11,9 +11,9 @@ class TerminalOutput;
 /// A picture as it was before it was marked up, kept in a Log folder.
 struct OriginalPicture
 {
-    Visit visit;     ///< With the extension of the file's name, and no patient type.
-    QString picture; ///< Identity.
-    QString name;    ///< Of the file.
+    Visit visit;      ///< With the extension of the file's name, and no patient type.
+    QString picture;  ///< Identity.
+    QString name;     ///< Of the file.
     QDateTime keptAt; ///< Local time.
 
     QString Path() const { return visit.LogFolder() + name; }

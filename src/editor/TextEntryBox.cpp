@@ -13,6 +13,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int CaretPixels = 4;
+/// Characters: far more than can be read on any picture.
+constexpr qsizetype LongestPaste = 4000;
 } // namespace
 
 TextEntryBox::TextEntryBox(QWidget* parent) : QPlainTextEdit(parent)
@@ -93,5 +95,5 @@ void TextEntryBox::focusOutEvent(QFocusEvent* event)
 void TextEntryBox::insertFromMimeData(const QMimeData* source)
 {
     // One line, whatever it was.
-    textCursor().insertText(source->text().simplified());
+    textCursor().insertText(source->text().left(LongestPaste).simplified());
 }

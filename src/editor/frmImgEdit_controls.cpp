@@ -39,6 +39,8 @@ void frmImgEdit::BuildControls()
 {
     LoadEditorPictures();
     setWindowTitle(QString::fromUtf16(Caption));
+    // The title tells the scale as well.
+    setAccessibleName(QString::fromUtf16(Caption));
     setFixedSize(PixelsFromTwips(10815), PixelsFromTwips(8070));
 
     auto* lbl =

@@ -6,9 +6,9 @@
 
 #include <optional>
 
-/// The picture as it was before the first mark was made on it: kept once, by the picture's identity, in its section's Log
-/// folder under a name that begins otherwise than any deleted picture's. It stays there when the picture is deleted and
-/// comes back with it. All throw PlatformError, and are for where statements and files may be waited for.
+/// The picture as it was before the first mark was made on it: kept once, by the picture's identity, in its section's
+/// Log folder under a name that begins otherwise than any deleted picture's. It stays there when the picture is deleted
+/// and comes back with it. All throw PlatformError, and are for where statements and files may be waited for.
 namespace originals {
 
 /// What the names begin with; chart and date follow.

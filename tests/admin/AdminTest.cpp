@@ -167,8 +167,17 @@ private Q_SLOTS:
     }
 
     /// A picture is marked twice, deleted, restored, and gets its unmarked original back.
+    void AnOriginalComesBack_data()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("SQLite") << u"QSQLITE"_s;
+        QTest::newRow("MariaDB") << u"QMARIADB"_s;
+    }
+
     void AnOriginalComesBack()
     {
+        QFETCH(QString, driver);
+        Make(driver);
         QCOMPARE(Run({u"verify"_s, u"--learn"_s}), 0);
         const Visit visit = CurrentVisit();
         const QString path = visit.PicturePath(2);
@@ -205,6 +214,11 @@ private Q_SLOTS:
         QCOMPARE(Run({u"restore"_s, u"1234"_s, Day, Stomach, u"2"_s}), 0);
         QCOMPARE(Files().ReadFile(visit.PicturePath(4)), marked);
         QCOMPARE(Files().ReadFile(originals::PathOf(visit, 4)), original);
+        // One that was kept in an outage goes to the picture's own identity.
+        WriteWholeFile(originals::PathFor(visit, u"outage"_s), original);
+        Files().SetFileNote(visit.PicturePath(3), IdentityNote, "outage");
+        originals::Adopt(visit, 3);
+        QVERIFY(FileExists(originals::PathFor(visit, PictureIdOf(visit, 3))));
     }
 
     /// Killed at any moment, as is the one that finishes it, or the share is away then.

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
+#include <utility>
 
 namespace {
-constexpr int TilePixels = 128;
+constexpr int TilePixels = 64;
 constexpr int WordBytes = 4;
 
 bool IsLike(const QImage& one, const QImage& other)
@@ -21,8 +23,15 @@ void CopyPart(const QImage& from, QPoint fromCorner, QImage& to, QPoint toCorner
 }
 } // namespace
 
-bool AsidePicture::FindParts(const QImage& base, const QImage& picture, Parts& parts)
+bool AsidePicture::FindParts(const QImage& base, const QImage& picture, const QList<const AsidePicture*>& others,
+                             Parts& parts)
 {
+    // A mark is in all pictures behind it: its parts are there already.
+    std::multimap<std::pair<int, int>, QImage> known;
+    for (const AsidePicture* other : others) {
+        for (const Part& part : other->m_parts)
+            known.emplace(std::pair(part.corner.x(), part.corner.y()), part.picture);
+    }
     const int columns = (picture.width() + TilePixels - 1) / TilePixels;
     const int rows = (picture.height() + TilePixels - 1) / TilePixels;
     std::vector<bool> isOther(static_cast<size_t>(columns));
@@ -49,7 +58,9 @@ bool AsidePicture::FindParts(const QImage& base, const QImage& picture, Parts& p
             const QPoint corner(column * TilePixels, top);
             QImage part(QSize(std::min(TilePixels, picture.width() - corner.x()), height), picture.format());
             CopyPart(picture, corner, part, {}, part.size());
-            parts.push_back({corner, part});
+            const auto [first, behind] = known.equal_range(std::pair(corner.x(), corner.y()));
+            const auto same = std::find_if(first, behind, [&part](const auto& each) { return each.second == part; });
+            parts.push_back({corner, same != behind ? same->second : part});
         }
         // A whole picture takes no more than that.
         if (parts.size() * 2 > static_cast<size_t>(columns) * static_cast<size_t>(rows))
@@ -64,8 +75,9 @@ void AsidePicture::Keep(const QImage& picture, const QList<const AsidePicture*>&
     if (!picture.isNull() && picture.cacheKey() == m_key && !IsEmpty())
         return;
     m_key = picture.cacheKey();
-    const auto same = std::ranges::find_if(
-        others, [this](const AsidePicture* other) { return other->m_key == m_key && !other->IsEmpty() && other != this; });
+    const auto same = std::ranges::find_if(others, [this](const AsidePicture* other) {
+        return other->m_key == m_key && !other->IsEmpty() && other != this;
+    });
     if (!picture.isNull() && same != others.end()) {
         m_parts = (*same)->m_parts;
         m_base = (*same)->m_base;
@@ -78,7 +90,7 @@ void AsidePicture::Keep(const QImage& picture, const QList<const AsidePicture*>&
             continue;
         tried << base.cacheKey();
         Parts parts;
-        if (FindParts(base, picture, parts)) {
+        if (FindParts(base, picture, others, parts)) {
             m_parts = std::move(parts);
             m_base = base;
             return;

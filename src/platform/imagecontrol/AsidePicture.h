@@ -5,8 +5,8 @@
 
 #include <vector>
 
-/// A picture that is kept as what differs from another one, in small rectangles. What several are kept against takes
-/// its memory once.
+/// A picture that is kept as what differs from another one, in small rectangles. What several have in common takes its
+/// memory once.
 class AsidePicture
 {
 public:
@@ -25,7 +25,8 @@ private:
     };
     using Parts = std::vector<Part>;
     /// False when too much differs.
-    static bool FindParts(const QImage& base, const QImage& picture, Parts& parts);
+    static bool FindParts(const QImage& base, const QImage& picture, const QList<const AsidePicture*>& others,
+                          Parts& parts);
 
     QImage m_base;
     Parts m_parts;
