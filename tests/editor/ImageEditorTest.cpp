@@ -11,6 +11,8 @@
 #include "text/text_routines.h"
 #include "visit/device_settings.h"
 
+#include <QScopeGuard>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -106,13 +108,25 @@ private Q_SLOTS:
         QTest::addColumn<QString>("statement");
         QTest::newRow("with an identity") << QString();
         QTest::newRow("without the table") << u"DROP TABLE ca_sum"_s;
+        QTest::newRow("in an outage") << u"outage"_s;
     }
 
     void AnOriginalComesFirst()
     {
         QFETCH(QString, statement);
+        const bool isOutage = statement == u"outage"_s;
+        const auto end = qScopeGuard([&] {
+            if (isOutage)
+                StationInABox::Server().Start();
+        });
+        if (isOutage) {
+            m_box.reset();
+            m_box = std::make_unique<EditorInABox>(u"QMARIADB"_s);
+        }
         frmImgEdit& editor = m_box->Open({640, 480});
-        if (!statement.isEmpty())
+        if (isOutage)
+            StationInABox::Server().Stop();
+        else if (!statement.isEmpty())
             m_box->Run(statement);
         const QByteArray stored = Files().ReadFile(editor.Path());
         const Visit visit = VisitOf(u"00001234"_s, {}, Earlier, Stomach);
