@@ -1,6 +1,8 @@
+#include "contracts/pictures.h"
 #include "editor/frmImgEdit.h"
 #include "frame/services.h"
 #include "station/figures.h"
+#include "station/scene.h"
 #include "support/StationInABox.h"
 
 #include <QApplication>
@@ -10,6 +12,7 @@
 #include <QTest>
 #include <QToolButton>
 
+#include <cmath>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
@@ -157,6 +160,104 @@ void BenchFile(StationInABox& box, const QString& path)
                 u"%1 x encoding and writing, %2 ms"_s.arg(Median(saves) / Median(writes), 0, 'f', 2)
                     .arg(Median(writes), 0, 'f', 1));
 }
+frmImgEdit* Opened(StationInABox& box, const QByteArray& content)
+{
+    const QString path = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
+    WriteWholeFile(path, content);
+    frmImgEdit& editor = Form<frmImgEdit>();
+    editor.setPath(path);
+    editor.Show();
+    return QTest::qWaitFor([&] { return !editor.Canvas().imgMain().Picture().isNull(); }, 30'000) ? &editor : nullptr;
+}
+
+void Stroke(frmImgEdit& editor, QPoint from, QPoint to)
+{
+    QWidget* canvas = &editor.Canvas().imgMain();
+    QTest::mousePress(canvas, Qt::LeftButton, Qt::NoModifier, from);
+    QMouseEvent move(QEvent::MouseMove, to, canvas->mapToGlobal(to), Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(canvas, &move);
+    QTest::mouseRelease(canvas, Qt::LeftButton, Qt::NoModifier, to);
+    QCoreApplication::processEvents();
+}
+
+/// Noise of what was saved against what was opened, as far from the mark as no block of the file reaches.
+void BenchLoss(StationInABox& box)
+{
+    for (const auto& [name, content] :
+         {std::pair(u"a scene"_s, ScenePicture(1, Full)), std::pair(u"fine grain"_s, Grain())}) {
+        frmImgEdit* editor = Opened(box, content);
+        if (editor == nullptr)
+            return;
+        const QImage opened = editor->Canvas().imgMain().Picture().copy();
+        editor->findChild<QToolButton*>(u"cmdDMode(3)"_s)->click();
+        Stroke(*editor, {100, 60}, {300, 180});
+        editor->findChild<QToolButton*>(u"cmdISave"_s)->click();
+        const QImage saved = LoadPicture(editor->Path());
+        const auto place = [&](QPoint point) { return editor->Canvas().imgMain().PictureFromView(point).toPoint(); };
+        const QRect outer = QRect(place({100, 60}), place({300, 180})).adjusted(-16, -16, 16, 16);
+        double squares = 0;
+        double count = 0;
+        for (int y = 0; y < saved.height(); ++y) {
+            for (int x = 0; x < saved.width(); ++x) {
+                if (outer.contains(x, y))
+                    continue;
+                const QRgb one = opened.pixel(x, y);
+                const QRgb other = saved.pixel(x, y);
+                squares += std::pow(qRed(one) - qRed(other), 2) + std::pow(qGreen(one) - qGreen(other), 2) +
+                           std::pow(qBlue(one) - qBlue(other), 2);
+                count += 3;
+            }
+        }
+        PrintFigure(u"outside the mark of a saved picture, %1"_s.arg(name),
+                    u"PSNR %1 dB"_s.arg(10 * std::log10(255.0 * 255 * count / squares), 0, 'f', 1),
+                    u"file %1 x as long"_s.arg(double(Files().ReadFile(editor->Path()).size()) / double(content.size()),
+                                               0, 'f', 2));
+        editor->Unload();
+        QCoreApplication::processEvents();
+    }
+}
+
+/// All five holders of a picture of 48 megapixels, with marks across the whole of it.
+void BenchLargest(StationInABox& box)
+{
+    const QByteArray content = ScenePicture(1, {8000, 6000});
+    ForgetPeak();
+    double start = NowMs();
+    const QString beside = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
+    WriteWholeFile(beside, content);
+    start = NowMs();
+    if (Pictures().LoadToEdit(beside).isNull())
+        return;
+    const double decoded = NowMs() - start;
+    frmImgEdit* editor = Opened(box, content);
+    if (editor == nullptr)
+        return;
+    QList<double> strokes;
+    for (int at = 0; at < 9; ++at) {
+        editor->findChild<QToolButton*>(u"cmdDMode(%1)"_s.arg(at % 4 + 2))->click();
+        start = NowMs();
+        Stroke(*editor, {10 + at, 10}, {600, 460 - at});
+        strokes << NowMs() - start;
+    }
+    QList<double> steps;
+    for (int at = 0; at < 8; ++at) {
+        start = NowMs();
+        editor->findChild<QToolButton*>(at % 2 == 0 ? u"cmdReDo"_s : u"cmdUnDo"_s)->click();
+        editor->findChild<QToolButton*>(at % 2 == 0 ? u"cmdUnDo"_s : u"cmdReDo"_s)->click();
+        QCoreApplication::processEvents();
+        steps << (NowMs() - start) / 2;
+    }
+    start = NowMs();
+    editor->findChild<QToolButton*>(u"cmdISave"_s)->click();
+    const double saved = NowMs() - start;
+    PrintFigure(u"editor of 48 megapixels, five holders full"_s, u"%1 MB at most"_s.arg(PeakMb(), 0, 'f', 0),
+                u"(at most 600 MB)"_s);
+    PrintFigure(u"  a stroke, undo or redo, save"_s,
+                u"%1, %2, %3 ms"_s.arg(Median(strokes), 0, 'f', 0).arg(Median(steps), 0, 'f', 0).arg(saved, 0, 'f', 0),
+                u"decoding it %1 ms"_s.arg(decoded, 0, 'f', 0));
+    editor->Unload();
+    QCoreApplication::processEvents();
+}
 } // namespace
 
 int main(int argc, char* argv[])
@@ -178,5 +279,7 @@ int main(int argc, char* argv[])
     editor.Unload();
     QCoreApplication::processEvents();
     BenchFile(box, path);
+    BenchLoss(box);
+    BenchLargest(box);
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "admin/commands.h"
 
 #include "admin/deleted_pictures.h"
+#include "admin/original_pictures.h"
 #include "admin/Report.h"
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
@@ -199,6 +200,24 @@ const QList<Command>& Commands()
          {},
          true,
          [](const Call& call) { return RestorePicture(call.arguments, call.out); }},
+        {u"originals"_s,
+         u"차트번호 [날짜] [--json]"_s,
+         u"표시하기 전의 모습으로 보관된 그림을 보여 줍니다."_s,
+         Needs::Database,
+         1,
+         2,
+         {Json},
+         true,
+         [](const Call& call) { return ListOriginals(call.arguments, call.report); }},
+        {u"restore-original"_s,
+         u"차트번호 날짜 검사 번호"_s,
+         u"그림을 표시하기 전의 모습으로 되돌립니다. 표시한 그림은 Log 폴더로 갑니다."_s,
+         Needs::Database,
+         4,
+         4,
+         {},
+         true,
+         [](const Call& call) { return RestoreOriginal(call.arguments, call.out); }},
         {u"verify"_s,
          u"[연도 | --this-year] [--decode] [--all] [--learn] [--json]"_s,
          u"캡쳐 폴더를 데이터베이스와, 그림을 저장할 때의 합과 견주어 봅니다. 아무것도 바꾸지 않습니다. --decode는 "

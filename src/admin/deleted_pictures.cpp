@@ -74,12 +74,9 @@ void ForEachLogFolder(const QString& chart, const QString& ymd,
         const QString yearFolder = YearFolder(ClientSetup.CaptureRoot, year);
         if (!FolderExists(yearFolder))
             continue;
-        const QStringList names = FoldersIn(yearFolder);
-        for (const QString& name : names) {
-            if (!IsLogName(name, names))
-                continue;
+        for (const QString& section : SectionsWithLog(yearFolder)) {
             QList<DeletedPicture> found;
-            AddFolder(yearFolder, name.chopped(LogEnding.size()), chart, ymd, found);
+            AddFolder(yearFolder, section, chart, ymd, found);
             visit(found);
         }
     }
@@ -99,6 +96,17 @@ QStringList SectionsAmong(const QStringList& folderNames)
     sections.removeIf([&folderNames](const QString& name) {
         return IsLogName(name, folderNames) || !IsPathPart(name) || SectionFolder({}, name) == MovieFolder({});
     });
+    return sections;
+}
+
+QStringList SectionsWithLog(const QString& yearFolder)
+{
+    QStringList sections;
+    const QStringList names = FoldersIn(yearFolder);
+    for (const QString& name : names) {
+        if (IsLogName(name, names))
+            sections << name.chopped(LogEnding.size());
+    }
     return sections;
 }
 

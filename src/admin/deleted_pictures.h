@@ -1,5 +1,6 @@
 #pragma once
 
+#include "pacs/PacsLine.h"
 #include "visit/Visit.h"
 
 #include <QDateTime>
@@ -31,10 +32,14 @@ QList<DeletedPicture> DeletedPictures(const QString& chart = {}, const QString& 
 QStringList ArchiveYears();
 /// Sections among the folders of a year, whatever the setup lists. A Log folder or that of the movies is none.
 QStringList SectionsAmong(const QStringList& folderNames);
-/// Log folders among them.
+/// Sections that have a Log folder in the year's folder. Throws PlatformError.
+QStringList SectionsWithLog(const QString& yearFolder);
+/// Log folders among the names of folders.
 QStringList LogsAmong(const QStringList& folderNames);
 
 /// `list-deleted [CHART [DATE]]`. Gives an `ExitCode`.
 int ListDeleted(const QStringList& arguments, Report& report);
 /// `restore CHART DATE SECTION NUMBER [FILE]`. Gives an `ExitCode`.
 int RestorePicture(const QStringList& arguments, TerminalOutput& out);
+/// A picture is back in its place: it goes to the clinic's server, where there is one. A fault is told.
+void SendAgain(const Visit& visit, int number, PacsLine::Kind kind);

@@ -8,6 +8,7 @@
 #include "filing/journal_rows.h"
 #include "filing/MovieFiling.h"
 #include "filing/NumberClaim.h"
+#include "filing/originals.h"
 #include "filing/PictureJournal.h"
 #include "filing/ProcessList.h"
 #include "filing/StationLease.h"
@@ -32,11 +33,14 @@ const QString JournalEnding = u".journal"_s;
 /// Files whose names begin with the chart and a date, hidden ones too. A failing list is no empty one.
 QStringList NamesOf(const QString& folder, const QString& chart)
 {
-    QStringList names = Files().FilesStartingWith(folder, chart) + Files().FilesStartingWith(folder, u'.' + chart);
+    const QString original = QString::fromUtf16(originals::Prefix);
+    QStringList names = Files().FilesStartingWith(folder, chart) + Files().FilesStartingWith(folder, u'.' + chart) +
+                        Files().FilesStartingWith(folder, original + chart);
     if (names.isEmpty())
         Files().Entries(folder);
-    names.removeIf([&chart](const QString& name) {
-        const QString date = name.mid(chart.size() + (name.startsWith(u'.') ? 1 : 0), DateSize);
+    names.removeIf([&](const QString& name) {
+        const qsizetype before = name.startsWith(original) ? original.size() : name.startsWith(u'.') ? 1 : 0;
+        const QString date = name.mid(before + chart.size(), DateSize);
         return date.size() != DateSize || !std::ranges::all_of(date, [](QChar each) { return each.isDigit(); });
     });
     return names;
@@ -81,6 +85,7 @@ void LookIntoArchive(PatientTraces& traces)
 {
     PatientTraces::Files pictures{u"그림"_s, {}};
     PatientTraces::Files deleted{u"삭제된 그림(Log 폴더)"_s, {}};
+    PatientTraces::Files unmarked{u"표시하기 전의 원래 그림(Log 폴더)"_s, {}};
     PatientTraces::Files movies{u"동영상"_s, {}};
     PatientTraces::Files claims{u"번호 표시"_s, {}};
     for (const QString& year : ArchiveYears()) {
@@ -94,7 +99,7 @@ void LookIntoArchive(PatientTraces& traces)
                 if (folder == MovieFolder(yearFolder))
                     movies.paths << path;
                 else if (entry.Name.endsWith(LogEnding))
-                    deleted.paths << path;
+                    (originals::Read(name) ? unmarked : deleted).paths << path;
                 else if (name.contains(u'.'))
                     pictures.paths << path;
                 else
@@ -103,7 +108,7 @@ void LookIntoArchive(PatientTraces& traces)
             }
         }
     }
-    traces.archive = {pictures, movies, deleted, claims};
+    traces.archive = {pictures, movies, deleted, unmarked, claims};
 }
 
 void LookIntoJournals(const QString& folder, PatientTraces& traces)

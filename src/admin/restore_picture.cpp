@@ -109,22 +109,6 @@ void Tell(const DeletedPicture& picture, const Visit& visit, int number, Termina
             PicturesOfGrid);
 }
 
-/// What is back belongs to its visit as it did. Today's may still be stored.
-void SendAgain(const Visit& visit, int number)
-{
-    if (ClientSetup.Pacs.Host.isEmpty())
-        return;
-    PacsLine line = PacsLine::Of(PacsLine::Send, visit, number);
-    line.id = QUuid::createUuid().toString(QUuid::Id128);
-    line.goes = Trim(visit.ymd) != TextFromDate(UseService<Desktop>().Today());
-    try {
-        SenderQueue().Add({line});
-        UseService<SenderProcess>().Start(false);
-    } catch (const PlatformError& error) {
-        TellOnError(u"PACS로 보낼 목록에 넣지 못하였습니다. pacs --send로 보내십시오.!! (%1)"_s.arg(error.Text()));
-    }
-}
-
 /// Takes the file out of the reach of everybody else. False, with the reason told, when nothing has been changed.
 bool Take(const RestoreJob& job, const QByteArray& version)
 {
@@ -172,6 +156,22 @@ std::optional<int> Bring(const RestoreJob& job, PictureJournal& journal)
 
 } // namespace
 
+void SendAgain(const Visit& visit, int number, PacsLine::Kind kind)
+{
+    if (ClientSetup.Pacs.Host.isEmpty())
+        return;
+    PacsLine line = PacsLine::Of(kind, visit, number);
+    line.id = QUuid::createUuid().toString(QUuid::Id128);
+    // What is back belongs to its visit as it did. Today's may still be stored.
+    line.goes = Trim(visit.ymd) != TextFromDate(UseService<Desktop>().Today());
+    try {
+        SenderQueue().Add({line});
+        UseService<SenderProcess>().Start(false);
+    } catch (const PlatformError& error) {
+        TellOnError(u"PACS로 보낼 목록에 넣지 못하였습니다. pacs --send로 보내십시오.!! (%1)"_s.arg(error.Text()));
+    }
+}
+
 int RestorePicture(const QStringList& arguments, TerminalOutput& out)
 {
     const QString& section = arguments[2];
@@ -213,7 +213,7 @@ int RestorePicture(const QStringList& arguments, TerminalOutput& out)
     if (!number)
         return Found;
     RecordRestored(job, *number);
-    SendAgain(job.visit, *number);
+    SendAgain(job.visit, *number, PacsLine::Send);
     journal.RemoveRestore(job.id);
     Tell(*picture, job.visit, *number, out);
     return AllWell;

@@ -8,13 +8,18 @@
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "filing/capture_root.h"
+#include "filing/capture_wastebasket.h"
+#include "filing/originals.h"
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "records/picture_sums.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 
 #include <QScopeGuard>
+
+#include <algorithm>
 
 using namespace Qt::StringLiterals;
 
@@ -76,6 +81,15 @@ qint64 DeleteOnServer(int year)
     for (QDate day(year, 1, 1); day.year() == year; day = day.addDays(1))
         count += Execute(OfDays(u" DELETE FROM ca_log ", day.toString(form), day.addDays(1).toString(form)));
     return count;
+}
+
+/// The original of a picture that has gone is nobody's; one that lies here and lives as well keeps it.
+void RemoveOriginal(const DeletedPicture& picture)
+{
+    const QString identity = IdentityOfDeleted(picture.Path());
+    const auto isIt = [&identity](const StoredSum& sum) { return sum.id == identity && sum.IsLive(); };
+    if (!identity.isEmpty() && std::ranges::none_of(SumsOfVisit(picture.visit), isIt))
+        DeleteFile(originals::PathFor(picture.visit, identity));
 }
 
 } // namespace
@@ -147,6 +161,7 @@ int RetireDeleted(const QString& year, const QStringList& options, TerminalOutpu
     for (const DeletedPicture& picture : pictures) {
         try {
             capture_root::Check(folder);
+            RemoveOriginal(picture);
             DeleteFile(picture.Path());
             ++removed;
         } catch (const capture_root::Refused&) {

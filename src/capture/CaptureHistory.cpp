@@ -5,6 +5,7 @@
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
 #include "editor/frmImgEdit.h"
+#include "filing/originals.h"
 #include "frame/later.h"
 #include "frame/services.h"
 #include "records/acts.h"
@@ -158,10 +159,13 @@ void CaptureHistory::EditHistoryPicture(int column, int row)
     const Visit visit = *pictures.Shown();
     const int number = picture->number;
     acts::Record(acts::Kind::LookedAt, visit, number);
+    OriginalKeeper original(visit, number);
     const auto saved = [&](const PictureSum& sum, const QByteArray& version) {
+        original.NoteWritten();
         Q_EMIT PictureIsReplaced(visit, number, sum, version);
     };
-    if (!OpenPictureEditor(pictures.FileAt(column, row), saved))
+    if (!OpenPictureEditor(
+            pictures.FileAt(column, row), [&original] { original.Keep(); }, saved))
         return;
     acts::Record(acts::Kind::MarkedUp, visit, number);
     Q_EMIT PictureIsMarked(visit, number);

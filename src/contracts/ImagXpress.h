@@ -24,6 +24,7 @@ public:
 
     /// Null for an empty control. Read gives the picture with all that was drawn on it.
     virtual QImage Picture() const = 0;
+    virtual bool IsEmpty() const = 0;
     virtual void setPicture(const QImage& picture) = 0;
     /// Loads that file, upright, in whatever picture format it is. An empty text empties the control; so does a file
     /// that can't be read, and then PlatformError is thrown with the reason. Of a JPEG so large that it is shown at a
@@ -31,7 +32,8 @@ public:
     virtual void setSourceFile(const QString& path) = 0;
 
     virtual void setTargetFile(const QString& path) = 0;
-    /// 8 is JPEG at quality 90, which also stands when nothing was set.
+    /// 8 is JPEG at quality 90 whose colours are as fine as its brightness, so that a coloured mark leaves no halo
+    /// around it. When nothing was set, it is JPEG at that quality with colours of half the resolution.
     virtual void setTargetFileType(int type) = 0;
     /// Writes the picture whole or not at all, replacing what is there. Throws PlatformError, also for an empty
     /// control.
@@ -44,6 +46,8 @@ public:
     virtual void ZoomToFit(int mode) = 0;
     /// Shows the picture at that factor of its natural size, with scroll bars where it is larger than the frame.
     virtual void ScaleBy(float factor) = 0;
+    /// The same; what is seen at that place of the widget stays there, as far as the picture reaches.
+    virtual void ScaleAround(float factor, QPointF place) = 0;
     virtual void Refresh() = 0;
     virtual void setPointerStyle(int pointer) = 0;
     /// The frame's size as the forms set it. The place on the form is the form's own matter.
@@ -53,20 +57,29 @@ public:
     /// Place of a point of the picture inside the widget, and back, by the present view. In pixels.
     virtual QPointF ViewFromPicture(QPointF point) const = 0;
     virtual QPointF PictureFromView(QPointF point) const = 0;
+    /// The part of the widget in which the picture is seen, without what lies beside it.
+    virtual QRect ShownPart() const = 0;
     /// Shown size of one picture pixel, in widget pixels.
     virtual qreal ViewScale() const = 0;
     /// Size of a font's point, in pixels of the picture: 1/360 of its height, at least 4/3.
     virtual qreal PointSize() const = 0;
 
+    /// The control is never shown, and only what its picture has other than those of its likes beside it takes memory:
+    /// `Picture` puts it together anew at each call.
+    virtual void KeepAside() = 0;
+
     virtual void setDrawMode(int mode) = 0;
     virtual void setDrawStyle(int style) = 0;
-    virtual void setDrawWidth(int pixels) = 0;
+    /// In units of 1/480 of the picture's height, but of a pixel at least: as broad in a large picture as in a small
+    /// one.
+    virtual void setDrawWidth(int units) = 0;
     virtual void DrawLine(float x1, float y1, float x2, float y2, double colour) = 0;
     /// A box when both roundings are 0.
     virtual void DrawRoundRect(float x1, float y1, float x2, float y2, int roundX, int roundY, double colour) = 0;
     /// The ellipse in that box.
     virtual void DrawArc(float x1, float y1, float x2, float y2, int start, int end, double colour) = 0;
-    /// Text with its upper left corner at the point, in the drawing font.
+    /// Text with its upper left corner at the point, in the drawing font. What would reach beyond the picture moves in,
+    /// is wrapped where it is broader than the picture, and gets smaller where even then it is too high.
     virtual void DrawText(float x, float y, const QString& text, double colour) = 0;
     /// Sizes are points of `PointSize` each. Strikethrough is not drawn.
     virtual QFont DrawFont() const = 0;
@@ -78,4 +91,6 @@ Q_SIGNALS:
     void MouseDown(int button, int shift, float x, float y);
     void MouseMove(int button, int shift, float x, float y);
     void MouseUp(int button, int shift, float x, float y);
+    /// The wheel was turned with Ctrl held, by notches away from the operator, or towards him where negative.
+    void ZoomTurned(int notches, QPointF place);
 };

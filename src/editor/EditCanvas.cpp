@@ -2,18 +2,21 @@
 
 #include "editor/TextEntryBox.h"
 #include "frame/colours.h"
-#include "frame/composition.h"
 #include "frame/controls.h"
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
 #include "text/text_routines.h"
 
+#include <algorithm>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 constexpr int LeftButton = 1;
 constexpr int NaturalLevel = 5;
+/// Two factors no further apart than that look the same.
+constexpr double SameFactor = 1e-3;
 /// Factor of each zoom level, from 1 on.
 constexpr std::array<float, 9> Factors{0.2F, 0.4F, 0.6F, 0.8F, 1.0F, 1.25F, 1.5F, 1.75F, 2.0F};
 static_assert(Factors.size() == EditCanvas::LastZoomLevel);
@@ -48,11 +51,13 @@ ImagXpress* MakeImage(QWidget* parent, const QString& name, const QString& acces
 EditCanvas::EditCanvas(QWidget& form) : QObject(&form)
 {
     m_imgMain = MakeImage(&form, u"imgMain"_s, u"이미지"_s, RectFromTwips(0, 855, 10800, 7200));
-    m_imgMain->setFocusPolicy(Qt::ClickFocus);
+    // A press of the left button takes the focus itself: the others leave a text where it is being typed.
+    m_imgMain->setFocusPolicy(Qt::NoFocus);
     for (int holder = 1; holder <= SnapshotChain::Holders; ++holder) {
         ImagXpress* image =
             MakeImage(&form, u"imgImage(%1)"_s.arg(holder), QString(), RectFromTwips(0, 855, 9600, 7200));
         image->hide();
+        image->KeepAside();
         m_imgImage[static_cast<size_t>(holder - 1)] = image;
     }
     m_txtText = Named(new TextEntryBox(m_imgMain), u"txtText"_s, u"글씨입력"_s);
@@ -62,6 +67,12 @@ EditCanvas::EditCanvas(QWidget& form) : QObject(&form)
     connect(m_imgMain, &ImagXpress::MouseMove, this, GuardedSlot([this](int, int, float x, float y) { OnMove(x, y); }));
     connect(m_imgMain, &ImagXpress::MouseUp, this,
             GuardedSlot([this](int button, int, float x, float y) { OnRelease(button, x, y); }));
+    connect(m_imgMain, &ImagXpress::ZoomTurned, this, GuardedSlot([this](int notches, QPointF place) {
+                if (m_isDrawing || m_textOpen)
+                    return;
+                for (int notch = 0; notch < qAbs(notches); ++notch)
+                    Zoom(notches > 0 ? 1 : -1, place);
+            }));
     connect(m_txtText, &TextEntryBox::Entered, this, GuardedSlot([this] { OnTextEntered(); }));
     connect(m_txtText, &TextEntryBox::FocusLost, this, GuardedSlot([this] { LeaveTextEntry(); }));
 
@@ -77,6 +88,7 @@ void EditCanvas::Show(const QImage& picture)
     m_imgMain->setPicture(picture);
     m_imgMain->Refresh();
     KeepStep();
+    Q_EMIT ViewChanged();
 }
 
 void EditCanvas::ShowInstead(const QImage& picture)
@@ -93,34 +105,76 @@ void EditCanvas::KeepStep()
 
 void EditCanvas::ShowLastStep()
 {
-    CopyPicture(imgImage(m_chain.HolderIndex()), *m_imgMain);
+    ShowHolder(m_chain.HolderIndex());
+}
+
+void EditCanvas::ShowHolder(int holder)
+{
+    // An empty picture never takes the place of one.
+    if (imgImage(holder).IsEmpty())
+        return;
+    // Large ones need not be there twice while the next is put together.
+    m_imgMain->setPicture(QImage());
+    CopyPicture(imgImage(holder), *m_imgMain);
+    m_isFitted = true;
+    Q_EMIT ViewChanged();
 }
 
 void EditCanvas::Undo()
 {
     if (const auto holder = m_chain.Undo())
-        CopyPicture(imgImage(*holder), *m_imgMain);
+        ShowHolder(*holder);
     Q_EMIT ChainChanged();
 }
 
 void EditCanvas::Redo()
 {
     if (const auto holder = m_chain.Redo())
-        CopyPicture(imgImage(*holder), *m_imgMain);
+        ShowHolder(*holder);
     Q_EMIT ChainChanged();
 }
 
-void EditCanvas::Zoom(int step)
+int EditCanvas::NextLevel(int step) const
 {
-    const int level = m_zoomLevel + step;
-    if (level < 1 || level > LastZoomLevel)
+    if (!m_isFitted) {
+        const int level = m_zoomLevel + step;
+        return level < 1 || level > LastZoomLevel ? 0 : level;
+    }
+    const double shown = m_imgMain->ViewScale();
+    const auto first = std::ranges::find_if(Factors, [shown](double factor) { return factor > shown + SameFactor; });
+    const auto behind = std::ranges::find_if(Factors, [shown](double factor) { return factor >= shown - SameFactor; });
+    if (step < 0) // The one before is the first that isn't smaller than the view.
+        return static_cast<int>(behind - Factors.begin());
+    return first == Factors.end() ? 0 : static_cast<int>(first - Factors.begin()) + 1;
+}
+
+void EditCanvas::Zoom(int step, std::optional<QPointF> place)
+{
+    const int level = NextLevel(step);
+    if (level == 0)
         return;
     m_zoomLevel = level;
+    m_isFitted = false;
     m_imgMain->setFrameWidth(ZoomFrameWidth);
     m_imgMain->setFrameHeight(ZoomFrameHeight);
-    m_imgMain->ScaleBy(Factors[static_cast<size_t>(level - 1)]);
+    const float factor = Factors[static_cast<size_t>(level - 1)];
+    if (place)
+        m_imgMain->ScaleAround(factor, *place);
+    else
+        m_imgMain->ScaleBy(factor);
     m_imgMain->Refresh();
     ShowPointer();
+    Q_EMIT ViewChanged();
+}
+
+void EditCanvas::Fit()
+{
+    m_zoomLevel = NaturalLevel;
+    m_isFitted = true;
+    m_imgMain->ZoomToFit(2);
+    m_imgMain->Refresh();
+    ShowPointer();
+    Q_EMIT ViewChanged();
 }
 
 bool EditCanvas::setTool(DrawingTool tool)
@@ -144,6 +198,7 @@ void EditCanvas::OnPress(int button, float x, float y)
 {
     if (button != LeftButton)
         return;
+    m_imgMain->setFocus(Qt::MouseFocusReason);
     // A release that went to another window.
     if (m_isDrawing)
         FinishStroke();
@@ -211,7 +266,8 @@ void EditCanvas::OpenTextBox()
     const QPointF extent = (m_end - m_start) * m_imgMain->ViewScale();
     const QRect place(corner.toPoint(), QSize(qRound(qAbs(extent.x())), qRound(qAbs(extent.y()))));
     m_textOpen = true;
-    m_txtText->Open(place, m_imgMain->PointSize() * m_imgMain->ViewScale(), QColor(ColourOf(m_colour)));
+    m_txtText->Open(place, m_imgMain->ShownPart(), m_imgMain->PointSize() * m_imgMain->ViewScale(),
+                    QColor(ColourOf(m_colour)));
 }
 
 void EditCanvas::OnTextEntered()
@@ -219,11 +275,11 @@ void EditCanvas::OnTextEntered()
     if (!m_textOpen)
         return;
     m_textOpen = false;
-    const QString text = Trim(TextOf(*m_txtText));
+    const QString text = Trim(m_txtText->Text());
     QPointF point = m_textPoint;
     // The picture was scrolled meanwhile: the text stands where its box is seen.
-    if (m_imgMain->ViewFromPicture(point).toPoint() != m_txtText->pos())
-        point = m_imgMain->PictureFromView(m_txtText->pos());
+    if (m_imgMain->ViewFromPicture(point).toPoint() != m_txtText->Corner())
+        point = m_imgMain->PictureFromView(m_txtText->Corner());
     m_imgMain->setFocus();
     m_txtText->Close();
     if (!text.isEmpty())

@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <array>
+#include <optional>
 
 class TextEntryBox;
 
@@ -35,8 +36,15 @@ public:
     void ShowInstead(const QImage& picture);
     void Undo();
     void Redo();
-    /// By one level up or down, as far as there is one.
-    void Zoom(int step);
+    /// By one level up or down, as far as there is one. From the fitted view it is the next level whose factor is
+    /// larger or smaller than that of the view. What is seen at `place` of the canvas stays there, else what is in the
+    /// middle.
+    void Zoom(int step, std::optional<QPointF> place = {});
+    bool CanZoom(int step) const { return NextLevel(step) != 0; }
+    /// The view of the opening, in which the picture can be marked.
+    void Fit();
+    /// Shown size of the picture in hundredths of its own.
+    int Percent() const { return qRound(m_imgMain->ViewScale() * 100); }
     /// The last step stands in the picture, without what is being drawn.
     void ShowLastStep();
 
@@ -55,6 +63,8 @@ public:
 Q_SIGNALS:
     /// Where undo and redo may go.
     void ChainChanged();
+    /// How large the picture is shown, and where a step of the zoom may go.
+    void ViewChanged();
 
 private:
     void OnPress(int button, float x, float y);
@@ -66,6 +76,9 @@ private:
     void ShowPointer();
     /// The picture as it is now goes to the holder of the present step.
     void KeepStep();
+    void ShowHolder(int holder);
+    /// Where a step of the zoom leads; 0 where there is no level any more.
+    int NextLevel(int step) const;
 
     ImagXpress* m_imgMain = nullptr;
     std::array<ImagXpress*, SnapshotChain::Holders> m_imgImage{};
@@ -75,6 +88,7 @@ private:
     DrawingTool m_tool = ToolFree;
     int m_colour = 0;
     int m_zoomLevel = 5;
+    bool m_isFitted = true; ///< Whatever the level: undo, redo and save fit the picture, and leave the level as it is.
     bool m_isDrawing = false;
     bool m_isFirstMove = false;
     bool m_textOpen = false;

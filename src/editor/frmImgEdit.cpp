@@ -76,6 +76,7 @@ void frmImgEdit::ConnectControls()
     };
     onClick(m_cmdColor, &frmImgEdit::ChooseColour);
     onClick(m_cmdFont, &frmImgEdit::ChooseFont);
+    onClick(m_cmdFit, &frmImgEdit::Fit);
     onClick(m_cmdUnDo, &frmImgEdit::Undo);
     onClick(m_cmdReDo, &frmImgEdit::Redo);
     onClick(m_cmdISave, &frmImgEdit::Save);
@@ -98,6 +99,7 @@ void frmImgEdit::ConnectControls()
     // Named by its keys: the desktops disagree about the standard one.
     onKey(Qt::CTRL | Qt::Key_Y, m_cmdReDo);
     connect(&m_canvas, &EditCanvas::ChainChanged, this, &frmImgEdit::ShowChain);
+    connect(&m_canvas, &EditCanvas::ViewChanged, this, &frmImgEdit::ShowView);
 }
 
 void frmImgEdit::showEvent(QShowEvent* event)
@@ -146,8 +148,13 @@ void frmImgEdit::ShowChain()
 void frmImgEdit::Zoom(int step)
 {
     m_canvas.Zoom(step);
-    m_cmdZoomIn->setEnabled(m_canvas.ZoomLevel() > 1);
-    m_cmdZoomOut->setEnabled(m_canvas.ZoomLevel() < EditCanvas::LastZoomLevel);
+}
+
+void frmImgEdit::ShowView()
+{
+    m_cmdZoomIn->setEnabled(m_canvas.CanZoom(-1));
+    m_cmdZoomOut->setEnabled(m_canvas.CanZoom(1));
+    setWindowTitle(u"%1 (%2%)"_s.arg(QString::fromUtf16(Caption)).arg(m_canvas.Percent()));
 }
 
 void frmImgEdit::MarkToolButton(int tool)
@@ -156,7 +163,8 @@ void frmImgEdit::MarkToolButton(int tool)
         return;
     for (int at = 0; at < Tools; ++at)
         GiveBackground(*m_cmdDMode[static_cast<size_t>(at)], at == tool ? ChosenTool : OtherTool);
-    for (QToolButton* button : {m_cmdFont, m_cmdZoomIn, m_cmdZoomOut, m_cmdUnDo, m_cmdReDo, m_cmdISave, m_cmdIExit})
+    for (QToolButton* button :
+         {m_cmdFont, m_cmdZoomIn, m_cmdZoomOut, m_cmdFit, m_cmdUnDo, m_cmdReDo, m_cmdISave, m_cmdIExit})
         GiveBackground(*button, OtherTool);
 }
 
@@ -179,7 +187,14 @@ void frmImgEdit::ShowFile()
 
 void frmImgEdit::Save()
 {
-    if (m_path.isEmpty() || !PictureExists(m_path) || !MayReplaceFile())
+    if (m_path.isEmpty() || !PictureExists(m_path))
+        return;
+    if (m_keepOriginal) {
+        m_keepOriginal();
+        m_keepOriginal = {};
+    }
+    // That may have taken its time.
+    if (IsUnloaded() || !PictureExists(m_path) || !MayReplaceFile())
         return;
     m_canvas.ShowLastStep();
     ImagXpress& picture = m_canvas.imgMain();
@@ -250,7 +265,7 @@ void frmImgEdit::ChooseFont()
     SaveFontSettings(font);
 }
 
-bool OpenPictureEditor(const QString& path,
+bool OpenPictureEditor(const QString& path, const std::function<void()>& keepOriginal,
                        const std::function<void(const PictureSum& sum, const QByteArray& version)>& saved)
 {
     if (path.isEmpty())
@@ -262,6 +277,7 @@ bool OpenPictureEditor(const QString& path,
         saved(sum, version);
     });
     editor.setPath(path);
+    editor.setOriginalKeeper(keepOriginal);
     editor.ShowModal();
     return isSaved;
 }

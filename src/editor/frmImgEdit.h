@@ -18,6 +18,7 @@ class frmImgEdit : public StationForm
 
 public:
     static constexpr char16_t FormName[] = u"frmImgEdit";
+    static constexpr char16_t Caption[] = u"이미지편집";
     static constexpr int Tools = 6;
 
     frmImgEdit();
@@ -25,6 +26,8 @@ public:
     /// Path of the picture to be marked up; `lblFilePath` shows it.
     void setPath(const QString& path);
     const QString& Path() const { return m_path; }
+    /// Is called before the file is written for the first time, and may wait. What it throws refuses the writing.
+    void setOriginalKeeper(const std::function<void()>& keep) { m_keepOriginal = keep; }
     EditCanvas& Canvas() { return m_canvas; }
 
 Q_SIGNALS:
@@ -44,6 +47,8 @@ private:
     void Undo() { m_canvas.Undo(); }
     void Redo() { m_canvas.Redo(); }
     void Zoom(int step);
+    void Fit() { m_canvas.Fit(); }
+    void ShowView();
     void Save();
     /// The file isn't what was opened: false when the operator doesn't want his picture in its place.
     bool MayReplaceFile();
@@ -64,6 +69,7 @@ private:
     QToolButton* m_cmdFont = nullptr;
     QToolButton* m_cmdZoomIn = nullptr;
     QToolButton* m_cmdZoomOut = nullptr;
+    QToolButton* m_cmdFit = nullptr;
     QToolButton* m_cmdUnDo = nullptr;
     QToolButton* m_cmdReDo = nullptr;
     QToolButton* m_cmdISave = nullptr;
@@ -72,10 +78,11 @@ private:
     EditCanvas m_canvas{*this};
     QString m_path;
     bool m_pictureRead = false;
-    QByteArray m_openedVersion; ///< Of the file, when it was read or written last.
+    std::function<void()> m_keepOriginal; ///< Empty once it has been called.
+    QByteArray m_openedVersion;           ///< Of the file, when it was read or written last.
 };
 
 /// Opens the editor on a picture, and returns when it is closed: true when it has written the file; `saved` hears of
-/// each time, with the version of the file. Nothing happens without a path.
-bool OpenPictureEditor(const QString& path,
+/// each time, with the version of the file, `keepOriginal` before the first. Nothing happens without a path.
+bool OpenPictureEditor(const QString& path, const std::function<void()>& keepOriginal,
                        const std::function<void(const PictureSum& sum, const QByteArray& version)>& saved);

@@ -38,7 +38,9 @@ QToolButton* MakeButton(QWidget* strip, const QString& name, const QString& tip,
 void frmImgEdit::BuildControls()
 {
     LoadEditorPictures();
-    setWindowTitle(u"이미지편집"_s);
+    setWindowTitle(QString::fromUtf16(Caption));
+    // The title tells the scale as well.
+    setAccessibleName(QString::fromUtf16(Caption));
     setFixedSize(PixelsFromTwips(10815), PixelsFromTwips(8070));
 
     auto* lbl =
@@ -79,6 +81,8 @@ void frmImgEdit::BuildTools(QWidget* strip)
     m_cmdZoomOut = MakeButton(strip, u"cmdZoomOut"_s, u"확대"_s, u"larger"_s, 5850, Width);
     m_cmdUnDo = MakeButton(strip, u"cmdUnDo"_s, u"실행취소"_s, u"undo"_s, 6600, Width);
     m_cmdReDo = MakeButton(strip, u"cmdReDo"_s, u"다시실행"_s, u"redo"_s, 7215, Width);
+    m_cmdFit = MakeButton(strip, u"cmdFit"_s, u"맞춤"_s, QString(), 7815, 495);
+    m_cmdFit->setText(u"맞춤"_s);
     m_cmdISave = MakeButton(strip, u"cmdISave"_s, u"저장"_s, u"save"_s, 8340, 1170);
     m_cmdIExit = MakeButton(strip, u"cmdIExit"_s, u"종료"_s, u"exit"_s, 9555, 1170);
     for (QToolButton* button : {m_cmdISave, m_cmdIExit}) {

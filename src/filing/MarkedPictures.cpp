@@ -2,6 +2,7 @@
 
 #include "contracts/PlatformError.h"
 #include "filing/capture_root.h"
+#include "filing/originals.h"
 #include "frame/file_calls.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
@@ -61,6 +62,8 @@ void Keep(const MarkedJob& job)
         return;
     const Visit visit = job.isMovie ? OfMovies(job.visit) : job.visit;
     ReplaceSum(visit, job.number, job.sum, SumState::Live);
+    if (!job.isMovie)
+        journal::NotingFaults([&] { originals::Adopt(visit, job.number); });
     const QByteArray after = Files().VersionOf(live);
     if (after.isEmpty())
         SumIsDeleted(visit, job.number, {});

@@ -68,12 +68,12 @@ void WriteAsNewest(const QString& path, const QByteArray& content)
     throw PlatformError(u"그림파일을 옮기지 못했습니다.!! (%1)"_s.arg(NativePath(path)));
 }
 
-void Move(const Visit& visit, int number, const QString& presentYear, const QString& picture)
+QByteArray Copy(const Visit& visit, int number, const QString& presentYear, const QString& picture)
 {
     const QString live = visit.PicturePath(number);
     CheckMovable(visit, number);
     if (!PictureExists(live))
-        return;
+        return {};
     const QString moved = visit.DeletedPicturePath(number);
     const QByteArray version = Files().VersionOf(live);
     QByteArray content;
@@ -82,20 +82,22 @@ void Move(const Visit& visit, int number, const QString& presentYear, const QStr
     } catch (const PlatformError&) {
         // Another station was quicker with the same picture.
         if (!PictureExists(live))
-            return;
+            return {};
         throw;
     }
     // A section outside this client's list has no Log folder yet; a year that is over gets none any more.
     if (visit.captureDir == presentYear)
         EnsureFolderOfYear(visit.captureDir, visit.LogFolder());
+    // Where the table tells no identity, the file may do so.
+    const QString id = picture.isEmpty() ? IdentityOfDeleted(live) : picture;
     WriteAsNewest(moved, content);
-    if (!picture.isEmpty())
-        Files().SetFileNote(moved, IdentityNote, picture.toLatin1());
+    if (!id.isEmpty())
+        Files().SetFileNote(moved, IdentityNote, id.toLatin1());
     // Another station may have moved the same picture, and a new one have taken its number since.
     const QByteArray present = Files().VersionOf(live);
     if (!present.isEmpty() && present != version)
         throw PlatformError(u"그림이 그사이 다른 것으로 바뀌어 지우지 않았습니다.!! (%1)"_s.arg(NativePath(live)));
-    DeleteFile(live);
+    return version;
 }
 
 } // namespace
@@ -120,8 +122,15 @@ void CheckMovable(const Visit& visit, int number)
 
 void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture)
 {
-    AsPartOf(u"캡쳐 %1번을 지운 그림 폴더로 옮기지 못했습니다.!!"_s.arg(NumberText(number)),
-             [&] { Move(visit, number, presentYear, picture); });
+    AsPartOf(u"캡쳐 %1번을 지운 그림 폴더로 옮기지 못했습니다.!!"_s.arg(NumberText(number)), [&] {
+        if (!Copy(visit, number, presentYear, picture).isEmpty())
+            DeleteFile(visit.PicturePath(number));
+    });
+}
+
+QByteArray CopyToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture)
+{
+    return Copy(visit, number, presentYear, picture);
 }
 
 void SweepOrphanPictures(const Visit& visit, const PictureJournal& journal)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 class PictureJournal;
@@ -17,7 +18,10 @@ void CheckMovable(const Visit& visit, int number);
 /// has become another meanwhile; what is there then stays.
 void MoveToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture = {});
 
-/// Identity of a picture in the Log folder, as far as it is known; empty otherwise.
+/// The same, but the picture's file stays. Gives its version; empty when it isn't there.
+QByteArray CopyToLogFolder(const Visit& visit, int number, const QString& presentYear, const QString& picture);
+
+/// Identity that a file bears in a note: of a picture in the Log folder, as far as it is known; empty otherwise.
 QString IdentityOfDeleted(const QString& path);
 /// The path with an identity in its file's name: `...001.jpg` becomes `...001-ID.jpg`.
 QString PathWithIdentity(const QString& path, const QString& id);

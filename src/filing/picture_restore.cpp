@@ -165,9 +165,12 @@ int picture_restore::Bring(const RestoreJob& job, QStringList& faults)
     if (!HasPictureRow(job.visit, *number))
         AddCaptureRows(job.visit, *number);
     // What lay in the Log folder tells which picture it is, as long as it lies there.
-    if (IsThere(TakenPath(job)))
-        SumIsRestored(job.visit, *number, IdentityOfDeleted(TakenPath(job)),
-                      SumOf(Files().ReadArchivedFile(TakenPath(job))));
+    if (IsThere(TakenPath(job))) {
+        const QString identity = IdentityOfDeleted(TakenPath(job));
+        SumIsRestored(job.visit, *number, identity, SumOf(Files().ReadArchivedFile(TakenPath(job))));
+        if (!identity.isEmpty())
+            Files().SetFileNote(job.visit.PicturePath(*number), IdentityNote, identity.toLatin1());
+    }
     try {
         DeleteFile(TakenPath(job));
     } catch (const PlatformError& error) {

@@ -300,6 +300,17 @@ QList<StoredSum> MovieSums(const QString& year)
     }
 }
 
+QList<StoredSum> SumsOfVisit(const Visit& visit)
+{
+    Statement statement(Columns);
+    try {
+        return SumsIn(OfVisit(statement, visit));
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+        return {};
+    }
+}
+
 bool TrustSum(const Visit& visit, int number, const PictureSum& sum)
 {
     if (std::ranges::any_of(SumsOf(visit, number), &StoredSum::IsLive))

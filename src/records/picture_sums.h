@@ -74,5 +74,7 @@ std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optio
 QList<StoredSum> MovieSums(const QString& year);
 /// All of a number's, the latest first. Throws PlatformError.
 QList<StoredSum> SumsOf(const Visit& visit, int number);
+/// All of a visit's. Nothing without the table.
+QList<StoredSum> SumsOfVisit(const Visit& visit);
 /// Adds a row for a picture that has no live one; false when it has. Throws PlatformError.
 bool TrustSum(const Visit& visit, int number, const PictureSum& sum);

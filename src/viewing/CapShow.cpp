@@ -8,6 +8,7 @@
 #include "contracts/StatusPanels.h"
 #include "editor/frmImgEdit.h"
 #include "filing/MarkedPictures.h"
+#include "filing/originals.h"
 #include "frame/components.h"
 #include "frame/controls.h"
 #include "frame/ElidedLabel.h"
@@ -149,14 +150,17 @@ void CapShow::OpenEditorFromCell(int column, int row)
     }
     const Visit visit = *m_pictures->Shown();
     const ShownPicture picture = *m_pictures->At(column, row);
+    OriginalKeeper original(visit, picture.number);
     const auto saved = [&](const PictureSum& sum, const QByteArray& version) {
+        original.NoteWritten();
         if (!m_marked)
             m_marked = std::make_unique<MarkedPicturesAlone>();
         m_marked->Pictures().Add(visit, picture.number, sum, version);
     };
     // Here nobody stores the visit.
     acts::Record(acts::Kind::LookedAt, visit, picture.number);
-    const bool isMarked = OpenPictureEditor(path, saved);
+    const bool isMarked = OpenPictureEditor(
+        path, [&original] { original.Keep(); }, saved);
     if (isMarked)
         acts::Record(acts::Kind::MarkedUp, visit, picture.number);
     if (isMarked && m_pacs)

@@ -8,9 +8,11 @@
 #include "filing/capture_wastebasket.h"
 #include "filing/journal_rows.h"
 #include "filing/NumberClaim.h"
+#include "filing/originals.h"
 #include "filing/PictureJournal.h"
 #include "frame/terminal.h"
 #include "frame/WorkThread.h"
+#include "records/picture_sums.h"
 #include "support/PacsPeer.h"
 #include "support/StationInABox.h"
 
@@ -162,6 +164,61 @@ private Q_SLOTS:
             QCOMPARE(m_box->Names(u"2026"_s, StomachLog), QStringList());
             QCOMPARE(m_box->Value(u"SELECT COUNT(DISTINCT cap_no) AS v FROM cap"_s), u"3"_s);
         }
+    }
+
+    /// A picture is marked twice, deleted, restored, and gets its unmarked original back.
+    void AnOriginalComesBack_data()
+    {
+        QTest::addColumn<QString>("driver");
+        QTest::newRow("SQLite") << u"QSQLITE"_s;
+        QTest::newRow("MariaDB") << u"QMARIADB"_s;
+    }
+
+    void AnOriginalComesBack()
+    {
+        QFETCH(QString, driver);
+        Make(driver);
+        QCOMPARE(Run({u"verify"_s, u"--learn"_s}), 0);
+        const Visit visit = CurrentVisit();
+        const QString path = visit.PicturePath(2);
+        const QByteArray original = Files().ReadFile(path);
+        m_box->Run(u"DELETE FROM ca_sum WHERE sum_no = 2;"_s);
+        QByteArray marked;
+        for (const QSize& size : {QSize(64, 48), QSize(80, 60)}) {
+            OriginalKeeper(visit, 2).Keep();
+            marked = StationInABox::Jpeg(size, Qt::yellow);
+            WriteWholeFile(path, marked);
+            ReplaceSum(visit, 2, SumOf(marked), SumState::Live);
+        }
+        const QString id = PictureIdOf(visit, 2);
+        const QString kept = originals::PathFor(visit, id);
+        QCOMPARE(Files().ReadFile(kept), original);
+
+        MoveToLogFolder(visit, 2, visit.captureDir, id);
+        m_box->Run(u"DELETE FROM cap WHERE cap_no = 2;"_s);
+        SumIsDeleted(visit, 2, id);
+        QCOMPARE(DeletedPictures().size(), 1);
+        const QStringList restore{u"restore-original"_s, u"1234"_s, Day, Stomach, u"2"_s};
+        QCOMPARE(Run(restore), 1);
+        QCOMPARE(Run({u"restore"_s, u"1234"_s, Day, Stomach, u"2"_s}), 0);
+        QCOMPARE(Files().ReadFile(path), marked);
+        QCOMPARE(Run({u"originals"_s, u"1234"_s, Day, u"--json"_s}), 0);
+        QVERIFY(m_output.contains(u"\"number\": 2"_s) || m_output.contains(u"\"number\":2"_s));
+        QCOMPARE(Run(restore), 0);
+        QCOMPARE(Files().ReadFile(path), original);
+        QCOMPARE(Files().ReadFile(visit.DeletedPicturePath(2)), marked);
+        QCOMPARE(Run(restore), 0); // It is there already.
+        QCOMPARE(DeletedPictures().size(), 1);
+        QCOMPARE(PictureIdOf(visit, 2), id);
+        QCOMPARE(Run({u"verify"_s}), 0);
+        QCOMPARE(Run({u"restore"_s, u"1234"_s, Day, Stomach, u"2"_s}), 0);
+        QCOMPARE(Files().ReadFile(visit.PicturePath(4)), marked);
+        QCOMPARE(Files().ReadFile(originals::PathOf(visit, 4)), original);
+        // One that was kept in an outage goes to the picture's own identity.
+        WriteWholeFile(originals::PathFor(visit, u"outage"_s), original);
+        Files().SetFileNote(visit.PicturePath(3), IdentityNote, "outage");
+        originals::Adopt(visit, 3);
+        QVERIFY(FileExists(originals::PathFor(visit, PictureIdOf(visit, 3))));
     }
 
     /// Killed at any moment, as is the one that finishes it, or the share is away then.

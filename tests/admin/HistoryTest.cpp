@@ -2,8 +2,10 @@
 #include "contracts/LocalDatabase.h"
 #include "contracts/OutsideChecks.h"
 #include "filing/capture_folders.h"
+#include "filing/capture_wastebasket.h"
 #include "filing/journal_rows.h"
 #include "filing/NumberClaim.h"
+#include "filing/originals.h"
 #include "frame/terminal.h"
 #include "pacs/SenderQueue.h"
 #include "support/StationInABox.h"
@@ -117,13 +119,16 @@ private Q_SLOTS:
         };
         const QString old = path(year - 11);
         const QString young = path(year - 10);
-        for (const QString& file : {old, young, path(year - 11, u"notes%1.txt"_s)})
+        const QString original = path(year - 11, u"original-00001234%1"_s).chopped(3) + u"-a1.jpg"_s;
+        for (const QString& file : {old, young, original, path(year - 11, u"notes%1.txt"_s)})
             WriteWholeFile(file, "x");
+        Files().SetFileNote(old, IdentityNote, "a1");
         QCOMPARE(Run({u"retire-deleted"_s, QString::number(year - 10), u"--yes"_s}), 1);
         QCOMPARE(Run({u"retire-deleted"_s, QString::number(year - 11)}), 0);
-        QVERIFY(FileExists(old));
+        QVERIFY(FileExists(old) && FileExists(original));
         QCOMPARE(Run({u"retire-deleted"_s, QString::number(year - 11), u"--yes"_s}), 0);
-        QVERIFY(!FileExists(old) && FileExists(young) && FileExists(path(year - 11, u"notes%1.txt"_s)));
+        QVERIFY(!FileExists(old) && !FileExists(original) && FileExists(young) &&
+                FileExists(path(year - 11, u"notes%1.txt"_s)));
     }
 
     void APatientIsRemovedWhole_data()
@@ -159,9 +164,10 @@ private Q_SLOTS:
         const QString theirs = SectionFolder(VisitContext.CaptureDir, Stomach) + u"0000999920261124001.jpg"_s;
         const QString deleted = CurrentVisit().DeletedPicturePath(9);
         const QString movie = MovieFolder(VisitContext.CaptureDir) + u"0000123420261124001.avi"_s;
+        const QString original = originals::PathFor(CurrentVisit(), u"a1"_s);
         MakeFolder(CurrentVisit().LogFolder());
         MakeFolder(MovieFolder(VisitContext.CaptureDir));
-        for (const QString& file : {theirs, deleted, movie})
+        for (const QString& file : {theirs, deleted, movie, original})
             WriteWholeFile(file, "x");
         if (hindrance == u"claim")
             NumberClaim::Take(CurrentVisit(), 7, u"0789"_s)->Keep();
@@ -184,7 +190,7 @@ private Q_SLOTS:
         QCOMPARE(UseService<LocalDatabases>().OpenToRead(journal)->Rows(u"SELECT id FROM picture"_s).size(),
                  isRemoved ? 1 : 2);
         QCOMPARE(SenderQueue().Look().held, isRemoved ? 0 : 1);
-        for (const QString& file : {spool, deleted, movie, m_box->PicturePath(Day, Stomach, 1)})
+        for (const QString& file : {spool, deleted, movie, original, m_box->PicturePath(Day, Stomach, 1)})
             QCOMPARE(FileExists(file), !isRemoved);
         QVERIFY(FileExists(theirs));
     }

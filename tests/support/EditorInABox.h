@@ -7,6 +7,8 @@
 class EditorInABox : public StationInABox
 {
 public:
+    using StationInABox::StationInABox;
+
     /// The editor on a picture of that size, shown and read.
     frmImgEdit& Open(QSize size)
     {

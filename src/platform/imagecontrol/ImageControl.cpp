@@ -5,7 +5,9 @@
 #include "frame/colours.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "frame/wrapped_text.h"
 #include "platform/imagecontrol/register_image_control.h"
+#include "platform/imaging/jpeg_file.h"
 
 #include <QBuffer>
 #include <QFontMetricsF>
@@ -14,6 +16,7 @@
 #include <QScrollBar>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 using namespace Qt::StringLiterals;
@@ -23,6 +26,8 @@ constexpr int JpegQuality = 90;
 constexpr int BarPixels = 15;
 /// Points in the height of a picture, so that a text takes the same share of a large one as of a small one.
 constexpr qreal PointsInHeight = 360;
+/// Pens' units in the height of a picture.
+constexpr double PenUnitsInHeight = 480;
 /// A point is no smaller than at 96 dots an inch, whatever the picture.
 constexpr qreal SmallestPoint = 96.0 / 72.0;
 
@@ -57,8 +62,28 @@ ImageControl::ImageControl()
     }
 }
 
+void ImageControl::KeepAside()
+{
+    m_aside = std::make_unique<AsidePicture>();
+    KeepAsidePicture(std::exchange(m_picture, QImage()));
+}
+
+void ImageControl::KeepAsidePicture(const QImage& picture)
+{
+    QList<const AsidePicture*> others;
+    for (const auto* other : parent() != nullptr ? parent()->findChildren<ImageControl*>() : QList<ImageControl*>()) {
+        if (other->m_aside)
+            others << other->m_aside.get();
+    }
+    m_aside->Keep(picture, others);
+}
+
 void ImageControl::setPicture(const QImage& picture)
 {
+    if (m_aside) {
+        KeepAsidePicture(picture);
+        return;
+    }
     const bool sameSize = picture.size() == m_picture.size();
     m_original.clear();
     m_picture = picture;
@@ -91,21 +116,28 @@ void ImageControl::setTargetFileType(int type)
 {
     // Every code stands for the one format that is written.
     Q_UNUSED(type);
+    m_writesFullColour = true;
 }
 
 QByteArray ImageControl::TargetContent() const
 {
-    if (m_picture.isNull())
+    if (IsEmpty())
         throw PlatformError(u"저장할 그림이 없습니다.!!"_s);
     // Written anew it would come out smaller than it is.
     if (!m_original.isEmpty())
         return m_original;
+    if (m_writesFullColour) {
+        QByteArray written = jpegfile::Encode(OnWhite(Picture()), JpegQuality);
+        if (written.isEmpty())
+            throw PlatformError(u"그림을 저장할 수 없습니다.!!"_s);
+        return written;
+    }
     QByteArray content;
     QBuffer buffer(&content);
     QImageWriter writer(&buffer, "jpeg");
     writer.setQuality(JpegQuality);
     // What is written is whole, whatever the file was that it came from.
-    QImage whole = OnWhite(m_picture);
+    QImage whole = OnWhite(Picture());
     if (!CutFileName(whole).isEmpty())
         MarkCut(whole, QString());
     if (!writer.write(whole))
@@ -128,6 +160,12 @@ void ImageControl::ZoomToFit(int mode)
 void ImageControl::ScaleBy(float factor)
 {
     m_view.ScaleBy(static_cast<double>(factor));
+    LayOutView();
+}
+
+void ImageControl::ScaleAround(float factor, QPointF place)
+{
+    m_view.ScaleBy(static_cast<double>(factor), place);
     LayOutView();
 }
 
@@ -163,17 +201,17 @@ void ImageControl::setFrameHeight(float height)
 void ImageControl::DrawLine(float x1, float y1, float x2, float y2, double colour)
 {
     const auto line = m_drawStyle == DrawStyleDot ? outline::DottedLine : outline::Line;
-    Draw(line(QPointF(x1, y1), QPointF(x2, y2), m_drawWidth, m_picture.size()), colour);
+    Draw(line(QPointF(x1, y1), QPointF(x2, y2), PenPixels(), m_picture.size()), colour);
 }
 
 void ImageControl::DrawRoundRect(float x1, float y1, float x2, float y2, int roundX, int roundY, double colour)
 {
-    Draw(outline::Box(QPointF(x1, y1), QPointF(x2, y2), roundX, roundY, m_drawWidth, m_picture.size()), colour);
+    Draw(outline::Box(QPointF(x1, y1), QPointF(x2, y2), roundX, roundY, PenPixels(), m_picture.size()), colour);
 }
 
 void ImageControl::DrawArc(float x1, float y1, float x2, float y2, int /*start*/, int /*end*/, double colour)
 {
-    Draw(outline::Ellipse(QPointF(x1, y1), QPointF(x2, y2), m_drawWidth, m_picture.size()), colour);
+    Draw(outline::Ellipse(QPointF(x1, y1), QPointF(x2, y2), PenPixels(), m_picture.size()), colour);
 }
 
 void ImageControl::DrawText(float x, float y, const QString& text, double colour)
@@ -185,16 +223,25 @@ void ImageControl::DrawText(float x, float y, const QString& text, double colour
     if (font.pointSizeF() > 0)
         font.setPixelSize(qMax(1, qRound(font.pointSizeF() * PointSize())));
     font.setStrikeOut(false);
-    const QPointF baseline(x, static_cast<qreal>(y) + QFontMetricsF(font, &m_picture).ascent());
+    const WrappedText wrapped = WrapInto(text, font, m_picture.size());
+    const QFontMetricsF metrics(wrapped.font, &m_picture);
+    const QPointF corner = MovedIn({QPointF(x, y), wrapped.size}, QRectF(m_picture.rect()));
     QPainter painter(&m_picture);
-    painter.setFont(font);
+    painter.setFont(wrapped.font);
     painter.setPen(QColor(ColourOfNumber(colour)));
-    painter.drawText(baseline, text);
+    for (qsizetype line = 0; line < wrapped.lines.size(); ++line)
+        painter.drawText(corner + QPointF(0, metrics.ascent() + static_cast<qreal>(line) * metrics.height()),
+                         wrapped.lines[line]);
     painter.end();
-    const QRectF box = QFontMetricsF(font, &m_picture).boundingRect(text).translated(baseline);
-    const qreal height = QFontMetricsF(font, &m_picture).height();
+    const QRectF box(corner, wrapped.size);
+    const qreal height = metrics.height();
     // Slanted letters and accents reach beyond their box.
     ShowPart(box.adjusted(-height, -height, height, height).toAlignedRect());
+}
+
+int ImageControl::PenPixels() const
+{
+    return qRound(m_drawWidth * qMax(1.0, m_picture.height() / PenUnitsInHeight));
 }
 
 void ImageControl::Draw(const outline::Spans& spans, double colour)

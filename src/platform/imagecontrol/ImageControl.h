@@ -1,11 +1,15 @@
 #pragma once
 
 #include "contracts/ImagXpress.h"
+#include "platform/imagecontrol/AsidePicture.h"
 #include "platform/imagecontrol/outline.h"
 #include "platform/imagecontrol/PictureView.h"
 #include "platform/imagecontrol/ReducedPicture.h"
 
 #include <QFont>
+
+#include <memory>
+#include <optional>
 
 class QScrollBar;
 
@@ -17,7 +21,9 @@ class ImageControl final : public ImagXpress
 public:
     ImageControl();
 
-    QImage Picture() const override { return m_picture; }
+    QImage Picture() const override { return m_aside ? m_aside->Picture() : m_picture; }
+    bool IsEmpty() const override { return m_aside ? m_aside->IsEmpty() : m_picture.isNull(); }
+    void KeepAside() override;
     void setPicture(const QImage& picture) override;
     void setSourceFile(const QString& path) override;
 
@@ -28,6 +34,7 @@ public:
 
     void ZoomToFit(int mode) override;
     void ScaleBy(float factor) override;
+    void ScaleAround(float factor, QPointF place) override;
     void Refresh() override { update(); }
     void setPointerStyle(int pointer) override;
     void setFrameWidth(float width) override;
@@ -35,12 +42,13 @@ public:
 
     QPointF ViewFromPicture(QPointF point) const override { return m_view.ViewFromPicture(point); }
     QPointF PictureFromView(QPointF point) const override { return m_view.PictureFromView(point); }
+    QRect ShownPart() const override { return m_view.Seen(); }
     qreal ViewScale() const override { return m_view.Scale(); }
     qreal PointSize() const override;
 
     void setDrawMode(int mode) override { m_drawMode = mode; }
     void setDrawStyle(int style) override { m_drawStyle = style; }
-    void setDrawWidth(int pixels) override { m_drawWidth = qBound(1, pixels, 100); }
+    void setDrawWidth(int units) override { m_drawWidth = qBound(1, units, 100); }
     void DrawLine(float x1, float y1, float x2, float y2, double colour) override;
     void DrawRoundRect(float x1, float y1, float x2, float y2, int roundX, int roundY, double colour) override;
     void DrawArc(float x1, float y1, float x2, float y2, int start, int end, double colour) override;
@@ -66,11 +74,16 @@ private:
     void Draw(const outline::Spans& spans, double colour);
     void ShowPart(const QRegion& pictureParts);
     void MakeDrawable();
+    int PenPixels() const;
+    void ScrollBy(QPoint way);
+    void KeepAsidePicture(const QImage& picture);
     void LayOutView();
 
     QImage m_picture;
     QByteArray m_original; ///< The file behind a picture that is shown at a lower scale, until something is drawn.
     QString m_targetFile;
+    bool m_writesFullColour = false;
+    std::unique_ptr<AsidePicture> m_aside; ///< In the place of `m_picture`.
     PictureView m_view;
     ReducedPicture m_reduced;
     QScrollBar* m_horizontalBar;
@@ -79,4 +92,6 @@ private:
     int m_drawStyle = DrawStyleSolid;
     int m_drawWidth = 1;
     QFont m_drawFont;
+    std::optional<QPoint> m_dragged; ///< Where the wheel button drags the picture from; of the widget.
+    int m_turned = 0;                ///< Of a notch of the wheel, with Ctrl held.
 };

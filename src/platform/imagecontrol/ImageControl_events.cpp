@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QScrollBar>
 
+#include <utility>
+
 namespace {
 int ButtonNumbers(Qt::MouseButtons buttons)
 {
@@ -43,15 +45,33 @@ void ImageControl::resizeEvent(QResizeEvent* event)
 
 void ImageControl::wheelEvent(QWheelEvent* event)
 {
+    event->accept();
+    if (event->modifiers().testFlag(Qt::ControlModifier)) {
+        // A fine wheel tells parts of a notch.
+        m_turned += event->angleDelta().y();
+        const int notches = m_turned / QWheelEvent::DefaultDeltasPerStep;
+        m_turned -= notches * QWheelEvent::DefaultDeltasPerStep;
+        if (notches != 0)
+            Q_EMIT ZoomTurned(notches, event->position());
+        return;
+    }
+    m_turned = 0;
     const bool sideways = event->modifiers().testFlag(Qt::ShiftModifier) || !m_verticalBar->isVisible();
     QScrollBar* bar = sideways ? m_horizontalBar : m_verticalBar;
     if (bar->isVisible())
         bar->setValue(bar->value() - event->angleDelta().y());
-    event->accept();
+}
+
+void ImageControl::ScrollBy(QPoint way)
+{
+    m_horizontalBar->setValue(m_horizontalBar->value() + way.x());
+    m_verticalBar->setValue(m_verticalBar->value() + way.y());
 }
 
 void ImageControl::mousePressEvent(QMouseEvent* event)
 {
+    if (event->button() == Qt::MiddleButton)
+        m_dragged = event->position().toPoint();
     Tell(&ImagXpress::MouseDown, ButtonNumbers(event->button()), *event);
 }
 
@@ -63,11 +83,19 @@ void ImageControl::mouseDoubleClickEvent(QMouseEvent* event)
 
 void ImageControl::mouseMoveEvent(QMouseEvent* event)
 {
+    // A stroke that is under way stays where it was begun.
+    if (m_dragged && event->buttons() == Qt::MiddleButton) {
+        const QPoint place = event->position().toPoint();
+        ScrollBy(*std::exchange(m_dragged, place) - place);
+        return;
+    }
     Tell(&ImagXpress::MouseMove, ButtonNumbers(event->buttons()), *event);
 }
 
 void ImageControl::mouseReleaseEvent(QMouseEvent* event)
 {
+    if (event->button() == Qt::MiddleButton)
+        m_dragged.reset();
     Tell(&ImagXpress::MouseUp, ButtonNumbers(event->button()), *event);
 }
 

@@ -21,17 +21,17 @@ void PictureView::Fit()
     m_origin = {};
 }
 
-void PictureView::ScaleBy(double factor)
+void PictureView::ScaleBy(double factor, QPointF place)
 {
-    const QPointF middle = PictureFromView(Middle());
+    const QPointF fixed = PictureFromView(place);
     m_fitted = false;
     m_factor = std::isnan(factor) ? 1 : std::clamp(factor, SmallestFactor, LargestFactor);
-    setOrigin((middle * m_factor - Middle()).toPoint());
+    setOrigin((fixed * m_factor - place).toPoint());
 }
 
 QPointF PictureView::Middle() const
 {
-    const QSize seen = Shown().boundedTo(Room());
+    const QSize seen = Seen().size();
     return {seen.width() / 2.0, seen.height() / 2.0};
 }
 

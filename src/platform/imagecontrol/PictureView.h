@@ -12,7 +12,9 @@ public:
     void setSizes(QSize picture, QSize frame);
     void Fit();
     /// The place in the middle of the view stays there, as far as the picture reaches.
-    void ScaleBy(double factor);
+    void ScaleBy(double factor) { ScaleBy(factor, Middle()); }
+    /// The place at that point of the frame does.
+    void ScaleBy(double factor, QPointF place);
     /// Widths of the scroll bars that a larger picture needs.
     void setBarWidth(int pixels) { m_barWidth = pixels; }
 
@@ -29,6 +31,8 @@ public:
     QPointF ViewFromPicture(QPointF point) const { return point * Scale() - m_origin; }
     QPointF PictureFromView(QPointF point) const { return (point + m_origin) / Scale(); }
     QRectF ViewFromPicture(const QRectF& part) const;
+    /// Part of the frame that shows the picture.
+    QRect Seen() const { return {QPoint(), Shown().boundedTo(Room())}; }
 
 private:
     QSize Shown() const;

@@ -4,6 +4,7 @@
 
 #include <csetjmp>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 #include <jerror.h>
@@ -14,6 +15,7 @@ namespace {
 /// Words of the picture have blue in the low byte.
 constexpr J_COLOR_SPACE PixelWords = QSysInfo::ByteOrder == QSysInfo::LittleEndian ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 constexpr int CmykComponents = 4;
+constexpr double MetersAnInch = 0.0254;
 
 struct ErrorManager
 {
@@ -22,14 +24,14 @@ struct ErrorManager
     bool cut;
 };
 
-ErrorManager& ErrorsOf(j_common_ptr decoder)
+ErrorManager& ErrorsOf(j_common_ptr common)
 {
-    return *reinterpret_cast<ErrorManager*>(decoder->err);
+    return *reinterpret_cast<ErrorManager*>(common->err);
 }
 
-void LeaveDecoder(j_common_ptr decoder)
+void Leave(j_common_ptr common)
 {
-    longjmp(ErrorsOf(decoder).leave, 1);
+    longjmp(ErrorsOf(common).leave, 1);
 }
 
 /// Cameras' files draw warnings of many kinds. The one that counts is that bits were wanted where the data had ended;
@@ -54,7 +56,7 @@ public:
     explicit Decoder(const QByteArray& content) : m_content(content)
     {
         m_info.err = jpeg_std_error(&m_errors.base);
-        m_errors.base.error_exit = &LeaveDecoder;
+        m_errors.base.error_exit = &Leave;
         m_errors.base.emit_message = &NoteWarning;
         m_errors.base.output_message = [](j_common_ptr) {};
         m_errors.cut = false;
@@ -132,6 +134,68 @@ private:
     std::vector<uchar> m_cmyk;
 };
 
+/// As the decoder, it leaves a fault by a jump.
+class Encoder
+{
+public:
+    Encoder(const QImage& picture, int quality) : m_picture(picture), m_quality(quality)
+    {
+        m_info.err = jpeg_std_error(&m_errors.base);
+        m_errors.base.error_exit = &Leave;
+        m_errors.base.output_message = [](j_common_ptr) {};
+    }
+    ~Encoder()
+    {
+        jpeg_destroy_compress(&m_info);
+        std::free(m_bytes);
+    }
+    Encoder(const Encoder&) = delete;
+    Encoder& operator=(const Encoder&) = delete;
+
+    QByteArray Write()
+    {
+        if (setjmp(m_errors.leave) != 0) {
+            m_bytes = nullptr; // The encoder may have moved it, and has told nobody.
+            return {};
+        }
+        WriteRows();
+        return {reinterpret_cast<const char*>(m_bytes), static_cast<qsizetype>(m_size)};
+    }
+
+private:
+    void WriteRows()
+    {
+        jpeg_create_compress(&m_info);
+        jpeg_mem_dest(&m_info, &m_bytes, &m_size);
+        m_info.image_width = static_cast<JDIMENSION>(m_picture.width());
+        m_info.image_height = static_cast<JDIMENSION>(m_picture.height());
+        m_info.input_components = 4;
+        m_info.in_color_space = PixelWords;
+        jpeg_set_defaults(&m_info);
+        jpeg_set_quality(&m_info, m_quality, TRUE);
+        // Brightness is the one whose resolution is twice that of the others by default.
+        m_info.comp_info[0].h_samp_factor = 1;
+        m_info.comp_info[0].v_samp_factor = 1;
+        m_info.density_unit = 1; // Dots an inch.
+        m_info.X_density = static_cast<UINT16>(qBound(1, qRound(m_picture.dotsPerMeterX() * MetersAnInch), 65535));
+        m_info.Y_density = static_cast<UINT16>(qBound(1, qRound(m_picture.dotsPerMeterY() * MetersAnInch), 65535));
+        jpeg_start_compress(&m_info, TRUE);
+        while (m_info.next_scanline < m_info.image_height) {
+            // The encoder only reads.
+            auto* row = const_cast<JSAMPROW>(m_picture.constScanLine(static_cast<int>(m_info.next_scanline)));
+            jpeg_write_scanlines(&m_info, &row, 1);
+        }
+        jpeg_finish_compress(&m_info);
+    }
+
+    const QImage& m_picture;
+    const int m_quality;
+    jpeg_compress_struct m_info = {};
+    ErrorManager m_errors = {};
+    unsigned char* m_bytes = nullptr;
+    unsigned long m_size = 0;
+};
+
 void CountScans(const QByteArray& content, jpegfile::Layout& layout)
 {
     const std::span file(reinterpret_cast<const std::uint8_t*>(content.constData()),
@@ -167,4 +231,9 @@ jpegfile::Decoded jpegfile::Decode(const QByteArray& content, int divisor)
 {
     Decoder decoder(content);
     return decoder.ReadHeader() ? decoder.Read(divisor) : Decoded();
+}
+
+QByteArray jpegfile::Encode(const QImage& picture, int quality)
+{
+    return picture.isNull() ? QByteArray() : Encoder(picture, quality).Write();
 }

@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-/// The JPEG decoder: what it needs before it decodes, and whether the data were all there.
+/// The JPEG decoder and encoder: what it needs before it decodes, and whether the data were all there.
 namespace jpegfile {
 
 struct Layout
@@ -24,5 +24,9 @@ struct Decoded
 
 /// `divisor` is 1, 2, 4 or 8, the scales that the decoder reaches at full speed.
 Decoded Decode(const QByteArray& content, int divisor);
+
+/// A JPEG file whose colours have the full resolution. The picture must be of Format_RGB32. Empty when it can't be
+/// written.
+QByteArray Encode(const QImage& picture, int quality);
 
 } // namespace jpegfile
