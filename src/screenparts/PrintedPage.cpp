@@ -86,7 +86,7 @@ QSize PrintedPage::PrintedPixels(const PrintedPlace& place)
     return {pixels(column(place.column2) - column(place.column)), pixels(row(place.row2) - row(place.row))};
 }
 
-void PrintedPage::Head(const PrintedHead& head, int pageNumber) const
+void PrintedPage::Head(const PrintedHead& head, int pageNumber, int pageCount) const
 {
     Font(20, true);
     Text({3, 5, 2, 69}, head.title, u"C"_s);
@@ -95,6 +95,8 @@ void PrintedPage::Head(const PrintedHead& head, int pageNumber) const
     Text({6, 7, 10, 30}, LayIntoMask(head.printYmd, u"0000년 00월 00일"));
     Text({6, 7, 54, 63}, u"페이지번호 : "_s);
     Text({6, 7, 63, 66}, QString::number(pageNumber), u"R"_s);
+    if (pageCount > 1)
+        Text({6, 7, 66, 69}, u" / "_s + QString::number(pageCount));
     Rule(8);
     Text({9, 10, 2, 10}, u"차트번호 : "_s);
     Text({9, 10, 10, 20}, head.chart);
