@@ -90,8 +90,7 @@ public:
 
     /// Text in a cell, aligned by "L", "R" or "C", in the font set on the printer. One too wide for its cell is
     /// narrowed evenly; one that would have to be thinner than a third, which nobody can read, is cut with "…". It is
-    /// never clipped in height, only made smaller where it would touch the next row, and sits centred on its rows, or
-    /// as much higher as it takes to keep the letters that hang lowest from a rule there.
+    /// never clipped in height, only made smaller where it would touch the next row, and sits centred on its rows.
     virtual void myCelText(const PrintGrid& grid, const QString& text, int row, int row2, int column, int column2,
                            PrinterObject& printer, const QString& alignment) = 0;
     /// Kind 4: a hairline rule between the two points. Column comes before row here.

@@ -40,7 +40,7 @@ void PrintLines(const PrintedPage& page, const QStringList& lines, int number, i
         if (index >= lines.size())
             break;
         const int row = firstRow + line - 1;
-        page.Text({row, row + 1, 2, 69}, lines.at(index));
+        page.BlockLine({row, row + 1, 2, 69}, lines.at(index));
     }
 }
 

@@ -13,13 +13,17 @@ namespace {
 constexpr float PageWidthTwips = 11184;
 constexpr float PageHeightTwips = 16243;
 constexpr int PlainRule = 4;
+constexpr float RaisedTwips = 50; // A Latin letter hangs 24 below its row.
 constexpr int TwipsPerInch = 1440;
 constexpr int PictureDotsPerInch = 300;
 } // namespace
 
 PrintedPage::PrintedPage()
-    : m_grid(PageWidthTwips, PageHeightTwips), m_canvas(CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s))
+    : m_grid(PageWidthTwips, PageHeightTwips), m_raisedGrid(m_grid),
+      m_canvas(CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s))
 {
+    for (float& row : m_raisedGrid.Y)
+        row -= RaisedTwips;
     Printer().setHeight(PageHeightTwips);
     Printer().setWidth(PageWidthTwips);
 }
@@ -40,6 +44,11 @@ void PrintedPage::Font(int size, bool underlined) const
 void PrintedPage::Text(const PrintedPlace& at, const QString& text, const QString& alignment) const
 {
     m_canvas->myCelText(m_grid, ComposedText(text), at.row, at.row2, at.column, at.column2, Printer(), alignment);
+}
+
+void PrintedPage::BlockLine(const PrintedPlace& at, const QString& text) const
+{
+    m_canvas->myCelText(m_raisedGrid, ComposedText(text), at.row, at.row2, at.column, at.column2, Printer(), u"L"_s);
 }
 
 void PrintedPage::Rule(int row, int lastColumn) const

@@ -56,6 +56,9 @@ public:
     /// Points.
     void Font(int size, bool underlined = false) const;
     void Text(const PrintedPlace& at, const QString& text, const QString& alignment = QStringLiteral("L")) const;
+    /// A line of a block that has a rule below its last one: a little higher than `Text` puts it, so that the letters
+    /// that hang lowest keep off that.
+    void BlockLine(const PrintedPlace& at, const QString& text) const;
     /// A horizontal rule from column 2 on.
     void Rule(int row, int lastColumn = 69) const;
     void Line(int column, int row, int column2, int row2) const;
@@ -74,5 +77,6 @@ private:
     void FrameWithName(const PrintedPlace& at, const QString& fileName, int row) const;
 
     PrintGrid m_grid;
+    PrintGrid m_raisedGrid;
     std::unique_ptr<clsPageCanvas> m_canvas;
 };

@@ -14,6 +14,7 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QToolButton>
 
 using namespace Qt::StringLiterals;
 
@@ -51,10 +52,16 @@ void frmPrintView::BuildControls()
     buttons->addWidget(m_position);
     m_on = add(u"printViewOn"_s, u"다음"_s, [this] { TurnTo(m_number + 1); });
     buttons->addSpacing(2 * EdgePixels);
-    m_wholePage = add(u"printViewPage"_s, u"전체"_s, [this] { ZoomTo(Zoom::Page); });
-    m_pageWidth = add(u"printViewWidth"_s, u"너비"_s, [this] { ZoomTo(Zoom::Width); });
-    m_wholePage->setCheckable(true);
-    m_pageWidth->setCheckable(true);
+    const auto addZoom = [&](const QString& name, const QString& caption, Zoom zoom) {
+        auto* button = Named(new QToolButton(this), name, caption);
+        button->setText(caption);
+        button->setCheckable(true);
+        connect(button, &QToolButton::clicked, this, GuardedSlot([this, zoom] { ZoomTo(zoom); }));
+        buttons->addWidget(button);
+        return button;
+    };
+    m_wholePage = addZoom(u"printViewPage"_s, u"전체"_s, Zoom::Page);
+    m_pageWidth = addZoom(u"printViewWidth"_s, u"너비"_s, Zoom::Width);
     buttons->addStretch();
     m_print = add(u"printViewPrint"_s, u"출력"_s, [this] { Answer(true); });
     add(u"printViewCancel"_s, u"취소"_s, [this] { Answer(false); });

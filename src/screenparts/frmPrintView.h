@@ -5,6 +5,7 @@
 class QLabel;
 class QPushButton;
 class QScrollArea;
+class QToolButton;
 struct PrintedPages;
 
 /// "출력 미리보기": the sheets of a command as they will be printed, one at a time.
@@ -43,8 +44,8 @@ private:
     bool m_agrees = false;
     QPushButton* m_back = nullptr;
     QPushButton* m_on = nullptr;
-    QPushButton* m_wholePage = nullptr;
-    QPushButton* m_pageWidth = nullptr;
+    QToolButton* m_wholePage = nullptr;
+    QToolButton* m_pageWidth = nullptr;
     QPushButton* m_print = nullptr;
     QLabel* m_position = nullptr;
     QScrollArea* m_room = nullptr;

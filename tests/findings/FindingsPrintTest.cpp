@@ -60,7 +60,7 @@ private Q_SLOTS:
     void PagesByTheLines()
     {
         QFETCH3(int, findings, int, remarks, int, pages);
-        FindingsInABox::Findings().setText(Lines(findings, u"소견 "_s));
+        FindingsInABox::Findings().setText(Lines(findings, u"소견(gjpy) "_s));
         FindingsInABox::Remark().setText(Lines(remarks, u"비고 "_s));
         m_box->Press(u"출력"_s);
         const PdfPages printed(m_folder->path());
@@ -68,18 +68,24 @@ private Q_SLOTS:
         const QString first = printed.Text(0);
         for (const QString& part :
              {u"위내시경 소 견 서"_s, u"2026년 11월 24일"_s, u"00001234-01"_s, u"홍길동"_s, u"800101-1234567"_s,
-              u"02-123-4567"_s, u"2026000001"_s, u"나누리"_s, u"나래의원"_s, u"소견 1."_s, u"20261124"_s})
+              u"02-123-4567"_s, u"2026000001"_s, u"나누리"_s, u"나래의원"_s, u"소견(gjpy) 1."_s, u"20261124"_s})
             QVERIFY2(first.contains(part), qPrintable(part + u'\n' + first));
         QCOMPARE(printed.Pictures(0).count(u"image"_s), 6);
+        // What hangs lowest in the last line keeps off the rule in row 41: at 144 dots, of ten twips each.
+        const QImage paper = printed.Picture(0, 144).convertToFormat(QImage::Format_Grayscale8);
+        const int rule = qRound(((16838 - 16243) / 2.0 + 41 * 16243.0 / 80) / 10);
+        for (int x = 0; x < paper.width(); ++x)
+            QVERIFY2(qGray(paper.pixel(x, rule - 3)) > 200, qPrintable(QString::number(x)));
         if (pages == 2) {
             const QString second = printed.Text(1);
-            QVERIFY(second.contains(findings > 25 ? u"소견 26."_s : u"비고 5."_s));
-            QVERIFY(!second.contains(u"소견 1."_s) && !second.contains(u"비고 4."_s) && second.contains(u"홍길동"_s));
+            QVERIFY(second.contains(findings > 25 ? u"소견(gjpy) 26."_s : u"비고 5."_s));
+            QVERIFY(!second.contains(u"소견(gjpy) 1."_s) && !second.contains(u"비고 4."_s) &&
+                    second.contains(u"홍길동"_s));
             QVERIFY(second.contains(u"Findings"_s) && !second.contains(u"캡쳐일자"_s));
             QVERIFY(!printed.Pictures(1).contains(u"image  "_s));
         }
         QCOMPARE(FindingsInABox::Findings().Text(), QString());
-        QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), Lines(findings, u"소견 "_s));
+        QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), Lines(findings, u"소견(gjpy) "_s));
     }
 
     void LinesAreThoseThatTheBoxShows()
@@ -171,7 +177,7 @@ private Q_SLOTS:
             look();
             view.findChild<QPushButton*>(u"printViewOn"_s)->click();
             look();
-            view.findChild<QPushButton*>(u"printViewWidth"_s)->click();
+            view.findChild<QToolButton*>(u"printViewWidth"_s)->click();
             look();
             button.isEmpty() ? view.Unload() : view.findChild<QPushButton*>(button)->click();
         });

@@ -66,7 +66,8 @@ Owned<cups_dest_t> FindPrinter(http_t* http, const QString& name)
     Owned<cups_dest_t> printer(cupsGetNamedDest(http, name.isEmpty() ? nullptr : wanted.constData(), nullptr));
     if (printer)
         return printer;
-    if (cupsLastError() == IPP_STATUS_ERROR_TIMEOUT || cupsLastError() == IPP_STATUS_ERROR_SERVICE_UNAVAILABLE)
+    // The library calls a printer unknown when nobody answers.
+    if (httpError(http) != 0)
         throw PlatformError(QString::fromUtf16(SilentText));
     throw PlatformError(name.isEmpty() ? u"프린터가 없습니다. 프린터를 확인하세요.!!"_s
                                        : u"프린터 %1을(를) 찾을 수 없습니다.!!"_s.arg(name));

@@ -13,7 +13,6 @@ namespace {
 constexpr int PlainRule = 4;
 constexpr qreal HairlineTwips = 4;       // 0.2 points.
 constexpr qreal NarrowestText = 1.0 / 3; // Nobody reads what is thinner.
-constexpr qreal LeastGapTwips = 20;      // 1 point, between what hangs lowest in a text and a rule below its rows.
 constexpr qreal HighestText = 0.9;       // Of the height of its rows, so that texts one below the other don't touch.
 constexpr int BlanksOfATab = 8;
 
@@ -56,9 +55,7 @@ void DrawTextInBox(QPainter& painter, QFont font, const QString& given, const QR
         left = box.right() - across;
     else if (alignment == u"C"_s)
         left = box.center().x() - across / 2;
-    const qreal lowest = metrics.tightBoundingRect(u"한gj(,"_s).bottom() * scale;
-    const qreal centred = box.center().y() - ink.center().y() * scale;
-    painter.translate(left, qMin(centred, box.bottom() - LeastGapTwips - lowest));
+    painter.translate(left, box.center().y() - ink.center().y() * scale);
     painter.scale(narrowed * scale, scale);
     painter.setFont(font);
     painter.drawText(QPointF(), text);

@@ -109,9 +109,7 @@ QString PrintQueue::Sheets::Trouble() const
 {
     for (const Sheet& sheet : sheets) {
         if (!sheet.IsTaken())
-            return u"%1 출력 %2장을 보내지 못하였습니다. 받을 때까지 다시 보내며, 닫으면 보내지 않습니다."_s
-                .arg(sheet.trouble)
-                .arg(untaken.load());
+            return u"%1 %2장 대기, 닫으면 취소합니다."_s.arg(sheet.trouble).arg(untaken.load());
     }
     // What comes out no more is worse than what comes late.
     const auto lost = std::ranges::find_if(sheets, &Sheet::isLost);

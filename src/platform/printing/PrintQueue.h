@@ -8,7 +8,8 @@
 
 #include <memory>
 
-/// Sheets on their way to printers, on a thread of its own: the screen never waits for one. Used by the screen's thread.
+/// Sheets on their way to printers, on a thread of its own: the screen never waits for one. Used by the screen's
+/// thread.
 class PrintQueue final : public PrinterJobs
 {
 public:
@@ -34,7 +35,7 @@ private:
     void Post(std::function<void(Sheets&)> work);
     void Show(const QString& trouble, bool isEmpty);
 
-    const std::shared_ptr<Sheets> m_sheets; ///< The thread's own, which may outlive this object.
+    const std::shared_ptr<Sheets> m_sheets;    ///< The thread's own, which may outlive this object.
     const std::shared_ptr<PrintQueue*> m_self; ///< Null behind it once this object has gone.
     std::function<void(const QString& trouble)> m_present;
     QString m_trouble;

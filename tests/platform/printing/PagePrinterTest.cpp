@@ -125,7 +125,7 @@ private Q_SLOTS:
         Columns<QString, QString, bool>("text", "alignment", "whole");
         QTest::newRow("short, left") << u"가나"_s << u"L"_s << true;
         QTest::newRow("short, right") << u"가나"_s << u"R"_s << true;
-        QTest::newRow("more than twice too wide") << u"(gjpy)"_s + QString(25, u'가') << u"L"_s << true;
+        QTest::newRow("more than twice too wide") << QString(30, u'가') << u"L"_s << true;
         QTest::newRow("far too wide") << QString(60, u'가') << u"L"_s << false;
         QTest::newRow("far too wide, centred") << QString(60, u'가') << u"C"_s << false;
     }
@@ -141,9 +141,8 @@ private Q_SLOTS:
         const QRect ink = InkTwips(pages.Picture(0, Dots));
         QVERIFY(ink.left() >= m_grid.X[10] - 10);
         QVERIFY2(ink.right() <= m_grid.X[28] + 10, qPrintable(QString::number(ink.right())));
-        QVERIFY2(ink.bottom() < m_grid.Y[21] - 10, qPrintable(QString::number(m_grid.Y[21] - ink.bottom())));
         const qreal middle = (m_grid.Y[20] + m_grid.Y[21]) / 2;
-        QVERIFY2(qAbs(ink.center().y() - middle) < 60, qPrintable(QString::number(ink.center().y() - middle)));
+        QVERIFY2(qAbs(ink.center().y() - middle) < 40, qPrintable(QString::number(ink.center().y() - middle)));
         if (whole && alignment == u"R"_s)
             QVERIFY(ink.right() > m_grid.X[28] - 60);
     }
