@@ -75,13 +75,13 @@ void DrawFindingsPage(const PrintedPage& page, const FindingsRecordFields& recor
 {
     page.Head(HeadOf(record), number, count);
     page.Font(12);
-    page.Text({14, 15, 2, 12}, u"소 견 내 용"_s);
+    page.BlockLine({14, 15, 2, 12}, u"소 견 내 용"_s);
     page.Rule(15, 12);
     page.Font(11);
     PrintLines(page, record.SogyonLines, number, FindingsLinesPerPage, 16);
     page.Rule(41);
     page.Font(12);
-    page.Text({42, 43, 2, 12}, u"비      고"_s);
+    page.BlockLine({42, 43, 2, 12}, u"비      고"_s);
     page.Rule(43, 12);
     page.Font(11);
     PrintLines(page, record.BigoLines, number, RemarkLinesPerPage, 44);

@@ -56,7 +56,7 @@ public:
     /// Points.
     void Font(int size, bool underlined = false) const;
     void Text(const PrintedPlace& at, const QString& text, const QString& alignment = QStringLiteral("L")) const;
-    /// A line of a block that has a rule below its last one: a little higher than `Text` puts it, so that the letters
+    /// A line of a block, or a heading, that has a rule below: a little higher than `Text` puts it, so that the letters
     /// that hang lowest keep off that.
     void BlockLine(const PrintedPlace& at, const QString& text) const;
     /// A horizontal rule from column 2 on.
