@@ -1,5 +1,6 @@
 #include "launch/Main.h"
 #include "contracts/desktop.h"
+#include "contracts/printing.h"
 #include "findings/findings_popups.h"
 #include "frame/components.h"
 #include "frame/forms.h"
@@ -39,6 +40,9 @@
 #include <utility>
 
 namespace {
+
+/// A screen that is closed right after a print leaves its sheets to the printers all the same.
+constexpr int PrintingPatienceMs = 5000;
 
 constexpr char HelpText[] =
     "사용법: capture-station \"실행문자열\"\n"
@@ -81,6 +85,7 @@ void EndWithoutDisplay()
         const QList<StationForm*> forms = LoadedForms();
         for (StationForm* form : forms)
             form->UnloadUnseen();
+        UseService<PrinterJobs>().End(PrintingPatienceMs);
         UseService<Desktop>().LeaveInstance();
         EndJournal();
     }
@@ -138,6 +143,7 @@ int main(int argc, char* argv[])
     // The toolkit ends the process when the display is gone, in the middle of its own work.
     std::atexit(EndWithoutDisplay);
     const int result = UseService<Desktop>().ProgramEnded() ? 0 : QApplication::exec();
+    UseService<PrinterJobs>().End(PrintingPatienceMs);
     // A process whose thread the kernel holds can stand for hours: the next start takes it for one that has ended.
     UseService<Desktop>().LeaveInstance();
     UseService<ActJournal>().End();

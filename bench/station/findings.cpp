@@ -7,6 +7,7 @@
 #include "findings/findings_record.h"
 #include "findings/frmSoFind.h"
 #include "frame/components.h"
+#include "screenparts/PrintedPage.h"
 #include "support/StationInABox.h"
 
 #include <QApplication>
@@ -152,14 +153,14 @@ void BenchPage()
     QList<double> times;
     for (int page = 0; page < PrintedPages; ++page) {
         const double begun = NowMs();
-        PrintFindingsPages(FindingsRecord, pictures, owner);
+        PrintFindingsPages(PagesOf(FindingsRecord, pictures), owner);
         times << NowMs() - begun;
     }
     PrintFigure(u"page with six 1080p pictures to PDF"_s, u"%1 ms"_s.arg(Median(times), 0, 'f', 0));
     FindingsRecord.SogyonLines = QStringList{QString()} + QStringList(LongReportLines, u"경미한 미란이 관찰됨."_s);
     const qsizetype before = QDir(folder.path()).count();
     const double begun = NowMs();
-    PrintFindingsPages(FindingsRecord, pictures, owner);
+    PrintFindingsPages(PagesOf(FindingsRecord, pictures), owner);
     PrintFigure(u"report of 10,000 lines, %1 pages"_s.arg(QDir(folder.path()).count() - before),
                 u"%1 s"_s.arg((NowMs() - begun) / 1000, 0, 'f', 1));
 }

@@ -5,6 +5,7 @@
 #include "contracts/printing.h"
 #include "frame/components.h"
 #include "frame/services.h"
+#include "screenparts/PrintedPage.h"
 #include "session/VisitContext.h"
 #include "support/StationInABox.h"
 #include "viewing/CaptureSheet.h"
@@ -40,7 +41,7 @@ int BenchSheetMemory()
     const double before = ResidentMb();
     ForgetPeak();
     const double start = NowMs();
-    PrintCaptureSheet(sheet, *carrier);
+    PrintCaptureSheet(PagesOf(sheet, *carrier));
     PrintFigure(u"sheet of 12 pictures of 48 megapixels"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0),
                 u"%1 MB more (at most 250)"_s.arg(PeakMb() - before, 0, 'f', 0));
     return 0;
@@ -70,7 +71,7 @@ int BenchSheet()
     QList<double> alone;
     for (int round = 0; round < Rounds; ++round) {
         double start = NowMs();
-        PrintCaptureSheet(sheet, *carrier);
+        PrintCaptureSheet(PagesOf(sheet, *carrier));
         sheets << NowMs() - start;
         start = NowMs();
         for (const QString& path : sheet.Pictures) {

@@ -48,6 +48,7 @@ struct ClientSetupRecord
     int MomentsBefore = 3;               ///< Seconds of the live picture that are kept in memory, 0 to 10.
     bool TestPicture = false;            ///< The video control offers a moving test picture beside the devices.
     QHash<QString, QString> SerialPorts; ///< Device file of a port number; a number without an entry is /dev/ttyS(n-1).
+    bool PrintPreview = false;           ///< Pages are shown before they are printed.
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.
     QString BurnerImage;                 ///< Image file that stands in for a CD drive; empty: real drives.
     bool BurnerDicom = false;            ///< A CD also holds its pictures as DICOM.

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QImage>
 #include <QString>
 
 #include <array>
+#include <functional>
 
 class ImagXpress;
 
@@ -22,7 +24,10 @@ public:
     virtual void setFontSize(int points) = 0;
     virtual void setFontBold(bool on) = 0;
     virtual void setFontUnderline(bool on) = 0;
-    /// Sends the sheet to the printer. Throws PlatformError when there is none or it refuses; the sheet is then gone.
+    /// The sheet as `EndDoc` would send it now, so many pixels wide; what was drawn stays.
+    virtual QImage Picture(int width) const = 0;
+    /// Sends the sheet. Where it becomes a file, throws PlatformError when it can't, and the sheet is gone. A printer
+    /// isn't waited for: what becomes of the sheet is told by `PrinterJobs`.
     virtual void EndDoc() = 0;
     /// Drops what was drawn since the last `EndDoc`.
     virtual void KillDoc() = 0;
@@ -40,6 +45,23 @@ public:
     /// The PDF file that the operator has chosen, and may be replaced. The next page goes there, each further one
     /// beside it under the next number that is free: x.pdf, x-2.pdf, x-3.pdf.
     virtual void UseFile(const QString& path) = 0;
+};
+
+/// What becomes of the sheets that went to a printer. One that doesn't take them is tried again every few seconds, and
+/// whichever the operator chooses meanwhile; sheets that it has taken are followed until they are through.
+class PrinterJobs
+{
+public:
+    virtual ~PrinterJobs() = default;
+
+    /// Is told on the screen's thread what stands in the way of a sheet, in a sentence for the operator, and an empty
+    /// text when nothing does any more; the same again from time to time.
+    virtual void setPresenter(std::function<void(const QString& trouble)> present) = 0;
+    /// The operator has read it: it comes back only with another trouble, or with a further sheet. Sheets that no
+    /// printer has taken are given up.
+    virtual void Dismiss() = 0;
+    /// Before the program ends: waits until each sheet has been offered to its printer once, no longer than that.
+    virtual void End(int patienceMs) = 0;
 };
 
 /// Print positions in twips: columns X(0) to X(70) and rows Y(0) to Y(80) of the page.
@@ -67,8 +89,8 @@ public:
     virtual ~clsPageCanvas() = default;
 
     /// Text in a cell, aligned by "L", "R" or "C", in the font set on the printer. One too wide for its cell is
-    /// narrowed to 80 % at most, then cut with "…"; it is never clipped in height, only flattened where it would touch
-    /// the next row, and sits centred on its rows.
+    /// narrowed evenly; one that would have to be thinner than a third, which nobody can read, is cut with "…". It is
+    /// never clipped in height, only made smaller where it would touch the next row, and sits centred on its rows.
     virtual void myCelText(const PrintGrid& grid, const QString& text, int row, int row2, int column, int column2,
                            PrinterObject& printer, const QString& alignment) = 0;
     /// Kind 4: a hairline rule between the two points. Column comes before row here.

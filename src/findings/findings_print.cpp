@@ -40,7 +40,7 @@ void PrintLines(const PrintedPage& page, const QStringList& lines, int number, i
         if (index >= lines.size())
             break;
         const int row = firstRow + line - 1;
-        page.Text({row, row + 1, 2, 69}, lines.at(index));
+        page.BlockLine({row, row + 1, 2, 69}, lines.at(index));
     }
 }
 
@@ -70,18 +70,18 @@ void PrintFooter(const PrintedPage& page, const FindingsRecordFields& record)
     page.Text({78, 79, 45, 69}, record.Hospital);
 }
 
-void PrintFindingsPage(const PrintedPage& page, const FindingsRecordFields& record, int number,
-                       const std::array<ImagXpress*, 6>& pictures)
+void DrawFindingsPage(const PrintedPage& page, const FindingsRecordFields& record, int number, int count,
+                      const std::array<ImagXpress*, 6>& pictures)
 {
-    page.Head(HeadOf(record), number);
+    page.Head(HeadOf(record), number, count);
     page.Font(12);
-    page.Text({14, 15, 2, 12}, u"소 견 내 용"_s);
+    page.BlockLine({14, 15, 2, 12}, u"소 견 내 용"_s);
     page.Rule(15, 12);
     page.Font(11);
     PrintLines(page, record.SogyonLines, number, FindingsLinesPerPage, 16);
     page.Rule(41);
     page.Font(12);
-    page.Text({42, 43, 2, 12}, u"비      고"_s);
+    page.BlockLine({42, 43, 2, 12}, u"비      고"_s);
     page.Rule(43, 12);
     page.Font(11);
     PrintLines(page, record.BigoLines, number, RemarkLinesPerPage, 44);
@@ -106,26 +106,31 @@ QSize PrintedPictureSize()
     return PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns});
 }
 
-void PrintFindingsPages(const FindingsRecordFields& record, const std::array<ImagXpress*, 6>& pictures, QWidget& owner)
+PrintedPages PagesOf(const FindingsRecordFields& record, const std::array<ImagXpress*, 6>& pictures)
 {
-    const int pages =
+    const int count =
         qMax(PagesFor(record.SogyonLines, FindingsLinesPerPage), PagesFor(record.BigoLines, RemarkLinesPerPage));
-    const PrintedPage page;
+    return {count, [page = std::make_shared<PrintedPage>(), &record, &pictures, count](int number) {
+                DrawFindingsPage(*page, record, number, count, pictures);
+            }};
+}
 
-    QProgressDialog progress(u"소견서를 출력하는 중입니다..."_s, u"취소"_s, 0, pages, &owner);
+void PrintFindingsPages(const PrintedPages& pages, QWidget& owner)
+{
+    QProgressDialog progress(u"소견서를 출력하는 중입니다..."_s, u"취소"_s, 0, pages.count, &owner);
     progress.setObjectName(u"printProgress"_s);
     progress.setWindowTitle(QString::fromUtf16(StationTitle));
     progress.setWindowModality(Qt::ApplicationModal);
     progress.setMinimumDuration(0);
     progress.reset();
-    for (int number = 1; number <= pages; ++number) {
-        if (pages >= PagesWithProgress) {
+    for (int number = 1; number <= pages.count; ++number) {
+        if (pages.count >= PagesWithProgress) {
             progress.setValue(number - 1);
             PumpEvents();
             if (progress.wasCanceled())
                 return;
         }
-        PrintFindingsPage(page, record, number, pictures);
+        pages.draw(number);
         Printer().EndDoc();
     }
 }

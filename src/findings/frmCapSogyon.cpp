@@ -12,10 +12,14 @@
 #include "frame/guard.h"
 #include "frame/services.h"
 #include "frame/twips.h"
+#include "frame/waiting.h"
 #include "records/acts.h"
 #include "records/doctor_lookup.h"
 #include "records/Statement.h"
 #include "records/tables.h"
+#include "screenparts/frmPrintView.h"
+#include "screenparts/NoticeStrip.h"
+#include "screenparts/PrintedPage.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
@@ -27,6 +31,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int NoticeTwips = 390;
 const QString SaveQuestion = u"저장하시겠습니까?"_s;
 
 /// Blue for what is typed and looked up, orange for the print date, as on the clinic's other forms; on white, where
@@ -61,6 +66,7 @@ frmCapSogyon::frmCapSogyon() : StationForm(QString::fromUtf16(FormName))
     setFixedSize(PixelsFromTwips(9330), PixelsFromTwips(7470));
     setStyleSheet(QString::fromUtf16(Colours));
     BuildButtons();
+    BuildNotices();
     connect(&m_sheet, &FindingsSheet::DoctorIsChosen, this, &frmCapSogyon::ChooseDoctor);
 }
 
@@ -94,6 +100,16 @@ void frmCapSogyon::BuildButtons()
     };
     makeFind(u"cmdSoFind"_s, u"소견문구 찾기"_s, RectFromTwips(3960, 1320, 495, 255), &frmCapSogyon::ChooseOpinion);
     makeFind(u"cmdQry"_s, u"과거소견 찾기"_s, RectFromTwips(7800, 5520, 495, 255), &frmCapSogyon::ShowEarlierFindings);
+}
+
+void frmCapSogyon::BuildNotices()
+{
+    const int height = PixelsFromTwips(NoticeTwips);
+    auto* notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, QRect(0, this->height(), width(), height));
+    connect(notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
+    // It covers none of the texts: the screen grows by it.
+    connect(notices, &NoticeStrip::Shown, this,
+            [this, notices, height](bool shown) { setFixedHeight(notices->y() + (shown ? height : 0)); });
 }
 
 void frmCapSogyon::Form_Load()
@@ -294,7 +310,10 @@ frmCapSogyon::Printed frmCapSogyon::PrintFindings()
     const auto end = qScopeGuard([this] { m_printing = false; });
     // The report is stored by now: a printer that refuses costs nothing but the paper.
     Guarded([this] {
-        PrintFindingsPages(m_record, m_sheet.Slots(), *this);
+        const PrintedPages pages = PagesOf(m_record, m_sheet.Slots());
+        if (ClientSetup.PrintPreview && !Form<frmPrintView>().Agrees(pages))
+            return;
+        PrintFindingsPages(pages, *this);
         acts::Act act{acts::Kind::ReportPrinted, m_record.Chart, Trim(m_record.Ymd), m_record.Etc};
         act.detail = m_record.Yeonno;
         acts::Record(act);

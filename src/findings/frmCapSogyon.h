@@ -39,6 +39,7 @@ private:
     enum class Printed { NotWanted, NotStored, Yes };
 
     void BuildButtons();
+    void BuildNotices();
 
     void StartNewReport(bool hasTable);
     /// With the doctors to choose from, where they are others. The record's doctor as his row tells is the record's

@@ -21,6 +21,7 @@
 #include "records/Statement.h"
 #include "screenparts/fill_routines.h"
 #include "screenparts/NoticeStrip.h"
+#include "screenparts/printer_notice.h"
 #include "session/VisitContext.h"
 #include "text/date_routines.h"
 #include "text/text_routines.h"
@@ -164,6 +165,7 @@ void OpenVisit()
 void Main()
 {
     ShowWaitsOnForms();
+    ShowPrinterOnForms();
     Guarded([] { OpenVisit(); });
     // Without a window nothing could end it any more.
     if (LoadedForms().isEmpty())

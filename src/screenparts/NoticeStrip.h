@@ -28,6 +28,7 @@ public:
         Movie,       ///< It doesn't take the movies.
         Outage,      ///< The database doesn't answer, and rows wait.
         Waiting,     ///< Work that goes on, such as a handler that waits. Before all others while it can be given up.
+        Printer,     ///< Sheets that were printed stand still.
         Draft,       ///< A note that an earlier run didn't store can come back.
         PacsRefused, ///< Pictures were refused by the clinic's server.
         Room,        ///< The disk of the pictures is nearly full.

@@ -13,13 +13,17 @@ namespace {
 constexpr float PageWidthTwips = 11184;
 constexpr float PageHeightTwips = 16243;
 constexpr int PlainRule = 4;
+constexpr float RaisedTwips = 50; // A Latin letter hangs 24 below its row.
 constexpr int TwipsPerInch = 1440;
 constexpr int PictureDotsPerInch = 300;
 } // namespace
 
 PrintedPage::PrintedPage()
-    : m_grid(PageWidthTwips, PageHeightTwips), m_canvas(CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s))
+    : m_grid(PageWidthTwips, PageHeightTwips), m_raisedGrid(m_grid),
+      m_canvas(CreateObject<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s))
 {
+    for (float& row : m_raisedGrid.Y)
+        row -= RaisedTwips;
     Printer().setHeight(PageHeightTwips);
     Printer().setWidth(PageWidthTwips);
 }
@@ -40,6 +44,11 @@ void PrintedPage::Font(int size, bool underlined) const
 void PrintedPage::Text(const PrintedPlace& at, const QString& text, const QString& alignment) const
 {
     m_canvas->myCelText(m_grid, ComposedText(text), at.row, at.row2, at.column, at.column2, Printer(), alignment);
+}
+
+void PrintedPage::BlockLine(const PrintedPlace& at, const QString& text) const
+{
+    m_canvas->myCelText(m_raisedGrid, ComposedText(text), at.row, at.row2, at.column, at.column2, Printer(), u"L"_s);
 }
 
 void PrintedPage::Rule(int row, int lastColumn) const
@@ -86,7 +95,7 @@ QSize PrintedPage::PrintedPixels(const PrintedPlace& place)
     return {pixels(column(place.column2) - column(place.column)), pixels(row(place.row2) - row(place.row))};
 }
 
-void PrintedPage::Head(const PrintedHead& head, int pageNumber) const
+void PrintedPage::Head(const PrintedHead& head, int pageNumber, int pageCount) const
 {
     Font(20, true);
     Text({3, 5, 2, 69}, head.title, u"C"_s);
@@ -95,6 +104,8 @@ void PrintedPage::Head(const PrintedHead& head, int pageNumber) const
     Text({6, 7, 10, 30}, LayIntoMask(head.printYmd, u"0000년 00월 00일"));
     Text({6, 7, 54, 63}, u"페이지번호 : "_s);
     Text({6, 7, 63, 66}, QString::number(pageNumber), u"R"_s);
+    if (pageCount > 1)
+        Text({6, 7, 66, 69}, u" / "_s + QString::number(pageCount));
     Rule(8);
     Text({9, 10, 2, 10}, u"차트번호 : "_s);
     Text({9, 10, 10, 20}, head.chart);

@@ -4,6 +4,7 @@
 
 #include <QSize>
 
+#include <functional>
 #include <memory>
 
 class ImagXpress;
@@ -33,6 +34,14 @@ struct PrintedPlace
     int column2;
 };
 
+/// What a command prints. The drawing keeps what it needs, but for what is told where it is made.
+struct PrintedPages
+{
+    int count;
+    /// Puts the sheet of that number, from 1, on `Printer()`.
+    std::function<void(int number)> draw;
+};
+
 /// One A4 form of the station on `Printer()`: 11184 by 16243 twips, all text bold.
 class PrintedPage
 {
@@ -47,6 +56,9 @@ public:
     /// Points.
     void Font(int size, bool underlined = false) const;
     void Text(const PrintedPlace& at, const QString& text, const QString& alignment = QStringLiteral("L")) const;
+    /// A line of a block, or a heading, that has a rule below: a little higher than `Text` puts it, so that the letters
+    /// that hang lowest keep off that.
+    void BlockLine(const PrintedPlace& at, const QString& text) const;
     /// A horizontal rule from column 2 on.
     void Rule(int row, int lastColumn = 69) const;
     void Line(int column, int row, int column2, int row2) const;
@@ -57,12 +69,14 @@ public:
     /// Size of a place at the resolution that a printed picture needs.
     static QSize PrintedPixels(const PrintedPlace& place);
 
-    /// Title, date, page number and patient, between two rules; leaves the font at 11 points.
-    void Head(const PrintedHead& head, int pageNumber) const;
+    /// Title, date, page number and patient, between two rules; leaves the font at 11 points. Of several pages their
+    /// count stands behind the number.
+    void Head(const PrintedHead& head, int pageNumber, int pageCount) const;
 
 private:
     void FrameWithName(const PrintedPlace& at, const QString& fileName, int row) const;
 
     PrintGrid m_grid;
+    PrintGrid m_raisedGrid;
     std::unique_ptr<clsPageCanvas> m_canvas;
 };

@@ -8,6 +8,7 @@
 #include "frame/services.h"
 #include "records/acts.h"
 #include "screenparts/fill_routines.h"
+#include "screenparts/frmPrintView.h"
 #include "screenparts/PrintedPage.h"
 #include "screenparts/VisitPictures.h"
 #include "session/VisitContext.h"
@@ -42,20 +43,57 @@ PrintedHead HeadOf(const CaptureSheetRecord& sheet)
             .address = sheet.Address};
 }
 
-void PrintPictures(const PrintedPage& page, const QStringList& paths, PictureBatch& pictures, ImagXpress& carrier)
+/// Draws the sheets of a record; pictures of the next one are decoded meanwhile, but no further ahead, so that a long
+/// visit takes no more memory.
+class SheetDrawing
 {
-    for (int place = 0; place < paths.size(); ++place) {
-        const int row = FirstBandRow + place / 2 * BandRows;
-        const int column = place % 2 == 0 ? LeftColumn : RightColumn;
-        const PrintedPlace at = {row, row + RoomRows, column, column + RoomColumns};
-        carrier.setPicture(LoadPicture(QString()));
-        carrier.setPicture(pictures.Take(place));
-        if (carrier.Picture().isNull())
-            page.FrameWithName(at, paths[place].section(u'\\', -1));
-        else
-            page.Picture(at, carrier);
+public:
+    SheetDrawing(const CaptureSheetRecord& sheet, ImagXpress& carrier) : m_sheet(sheet), m_carrier(carrier) {}
+
+    int Count() const { return static_cast<int>((m_sheet.Pictures.size() + PicturesOnPage - 1) / PicturesOnPage); }
+    void Draw(int number)
+    {
+        m_page.Head(HeadOf(m_sheet), number, Count());
+        m_page.Font(12);
+        m_page.Text({13, 14, 2, 12}, u"Findings"_s);
+        const std::unique_ptr<PictureBatch> pictures =
+            m_aheadNumber == number ? std::move(m_ahead) : Load(PathsOf(number));
+        DrawPictures(PathsOf(number), *pictures);
+        m_aheadNumber = number + 1;
+        m_ahead = Load(PathsOf(m_aheadNumber));
+        m_page.Rule(77);
     }
-}
+
+private:
+    QStringList PathsOf(int number) const
+    {
+        return m_sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
+    }
+    static std::unique_ptr<PictureBatch> Load(const QStringList& paths)
+    {
+        return Pictures().LoadAllToPrint(paths, PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns}));
+    }
+    void DrawPictures(const QStringList& paths, PictureBatch& pictures)
+    {
+        for (int place = 0; place < paths.size(); ++place) {
+            const int row = FirstBandRow + place / 2 * BandRows;
+            const int column = place % 2 == 0 ? LeftColumn : RightColumn;
+            const PrintedPlace at = {row, row + RoomRows, column, column + RoomColumns};
+            m_carrier.setPicture(LoadPicture(QString()));
+            m_carrier.setPicture(pictures.Take(place));
+            if (m_carrier.Picture().isNull())
+                m_page.FrameWithName(at, paths[place].section(u'\\', -1));
+            else
+                m_page.Picture(at, m_carrier);
+        }
+    }
+
+    const CaptureSheetRecord& m_sheet;
+    ImagXpress& m_carrier;
+    const PrintedPage m_page;
+    std::unique_ptr<PictureBatch> m_ahead;
+    int m_aheadNumber = 0;
+};
 
 } // namespace
 
@@ -78,23 +116,16 @@ void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const Visit& visit, const
     sheet.PrintYmd = TextFromDate(UseService<Desktop>().Today());
 }
 
-void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier)
+PrintedPages PagesOf(const CaptureSheetRecord& sheet, ImagXpress& carrier)
 {
-    const PrintedPage page;
-    const qsizetype pages = (sheet.Pictures.size() + PicturesOnPage - 1) / PicturesOnPage;
-    const auto pathsOf = [&sheet](int number) {
-        return sheet.Pictures.mid((number - 1) * PicturesOnPage, PicturesOnPage);
-    };
-    const QSize room = PrintedPage::PrintedPixels({0, RoomRows, 0, RoomColumns});
-    std::unique_ptr<PictureBatch> pictures = Pictures().LoadAllToPrint(pathsOf(1), room);
-    for (int number = 1; number <= pages; ++number) {
-        page.Head(HeadOf(sheet), number);
-        page.Font(12);
-        page.Text({13, 14, 2, 12}, u"Findings"_s);
-        PrintPictures(page, pathsOf(number), *pictures, carrier);
-        // Decoded while this page is written; no further ahead, so that a long visit takes no more memory.
-        pictures = Pictures().LoadAllToPrint(pathsOf(number + 1), room);
-        page.Rule(77);
+    const auto drawing = std::make_shared<SheetDrawing>(sheet, carrier);
+    return {drawing->Count(), [drawing](int number) { drawing->Draw(number); }};
+}
+
+void PrintCaptureSheet(const PrintedPages& pages)
+{
+    for (int number = 1; number <= pages.count; ++number) {
+        pages.draw(number);
         Printer().EndDoc();
     }
 }
@@ -109,8 +140,11 @@ void PrintGridSheet(const VisitPictures& pictures, const StatusPanels& patient, 
     FillCaptureSheetRecord(sheet, *pictures.Shown(), patient);
     for (const auto& [number, path] : chosen)
         sheet.Pictures.append(path);
+    const PrintedPages pages = PagesOf(sheet, carrier);
+    if (ClientSetup.PrintPreview && !Form<frmPrintView>().Agrees(pages))
+        return;
     const BusyPointer busy;
-    PrintCaptureSheet(sheet, carrier);
+    PrintCaptureSheet(pages);
     QStringList numbers;
     for (const auto& [number, path] : chosen)
         numbers << QString::number(number);

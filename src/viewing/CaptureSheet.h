@@ -8,6 +8,7 @@
 class ImagXpress;
 class StatusPanels;
 class VisitPictures;
+struct PrintedPages;
 
 /// What a caller hands to the printed sheet; one for each print. All texts.
 struct CaptureSheetRecord
@@ -30,11 +31,13 @@ void ClearCaptureSheetRecord(CaptureSheetRecord& sheet);
 /// The visit, its patient as the panels show him, and today as the date of printing.
 void FillCaptureSheetRecord(CaptureSheetRecord& sheet, const Visit& visit, const StatusPanels& patient);
 
-/// Prints the record's pictures, six to a page, each page a job of its own; the carrier brings each picture to the
-/// page. A picture that can't be read leaves a frame with its file's name. There is at least one picture. Throws
-/// PlatformError when the printer refuses.
-void PrintCaptureSheet(const CaptureSheetRecord& sheet, ImagXpress& carrier);
+/// The record's pictures, six to a page; the carrier brings each to the page. A picture that can't be read leaves a
+/// frame with its file's name. There is at least one picture. Record and carrier have to outlive the pages.
+PrintedPages PagesOf(const CaptureSheetRecord& sheet, ImagXpress& carrier);
 
-/// Prints the sheet of the visit that is shown, with the pictures that are chosen; nothing without any. Throws
-/// PlatformError when the printer refuses.
+/// Prints them, each a job of its own. Throws PlatformError when they can't become files.
+void PrintCaptureSheet(const PrintedPages& pages);
+
+/// Prints the sheet of the visit that is shown, with the pictures that are chosen; nothing without any. Where the setup
+/// wants that, shows it before. Throws PlatformError when it can't become files.
 void PrintGridSheet(const VisitPictures& pictures, const StatusPanels& patient, ImagXpress& carrier);

@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int PlainRule = 4;
-constexpr qreal HairlineTwips = 4; // 0.2 points.
-constexpr qreal NarrowestText = 0.8;
-constexpr qreal HighestText = 0.9; // Of the height of its rows, so that texts one below the other don't touch.
+constexpr qreal HairlineTwips = 4;       // 0.2 points.
+constexpr qreal NarrowestText = 1.0 / 3; // Nobody reads what is thinner.
+constexpr qreal HighestText = 0.9;       // Of the height of its rows, so that texts one below the other don't touch.
 constexpr int BlanksOfATab = 8;
 
 /// The station installs one printer, and hands that one to its canvas.
@@ -45,7 +45,7 @@ void DrawTextInBox(QPainter& painter, QFont font, const QString& given, const QR
     QString text = given;
     qreal width = metrics.horizontalAdvance(text);
     const qreal narrowed = width > room ? qMax(NarrowestText, room / width) : 1.0;
-    if (width * narrowed > room) {
+    if (width * NarrowestText > room) {
         text = metrics.elidedText(text, Qt::ElideRight, room / narrowed);
         width = metrics.horizontalAdvance(text);
     }

@@ -3,14 +3,13 @@
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
+#include "platform/printing/PrintQueue.h"
 
 #include <QBuffer>
 #include <QFontDatabase>
 #include <QHash>
 #include <QPainter>
 #include <QPdfWriter>
-#include <QPrinter>
-#include <QPrinterInfo>
 
 using namespace Qt::StringLiterals;
 
@@ -49,7 +48,8 @@ QPageLayout SheetLayout(float widthTwips, float heightTwips)
 
 } // namespace
 
-PagePrinter::PagePrinter(std::shared_ptr<PrintTarget> target) : m_target(std::move(target))
+PagePrinter::PagePrinter(std::shared_ptr<PrintTarget> target, PrintQueue& queue)
+    : m_target(std::move(target)), m_queue(queue)
 {
     m_font.setHintingPreference(QFont::PreferNoHinting);
     setFontSize(10);
@@ -76,7 +76,7 @@ void PagePrinter::EndDoc()
     if (!m_target->file.isEmpty())
         PrintToFile(drawings);
     else if (m_target->folder.isEmpty())
-        PrintToPrinter(drawings);
+        m_queue.Send(m_target->printer, PdfOf(drawings));
     else
         PrintToFolder(drawings);
 }
@@ -88,9 +88,29 @@ QByteArray PagePrinter::PdfOf(const std::vector<Drawing>& drawings) const
     buffer.open(QIODevice::WriteOnly);
     QPdfWriter writer(&buffer);
     writer.setResolution(DotsPerInch);
-    if (!Paint(writer, DotsPerInch, drawings))
+    writer.setTitle(u"capture-station"_s);
+    const QPageLayout layout = SheetLayout(m_width, m_height);
+    writer.setPageLayout(layout);
+    QPainter painter;
+    if (!painter.begin(&writer))
+        throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
+    Paint(painter, layout, DotsPerInch, drawings);
+    if (!painter.end())
         throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
     return content;
+}
+
+QImage PagePrinter::Picture(int width) const
+{
+    const QPageLayout layout = SheetLayout(m_width, m_height);
+    const QSizeF inches = layout.fullRect(QPageLayout::Inch).size();
+    const qreal dotsPerInch = width / inches.width();
+    QImage picture(width, qRound(inches.height() * dotsPerInch), QImage::Format_RGB32);
+    picture.fill(Qt::white);
+    QPainter painter;
+    if (painter.begin(&picture))
+        Paint(painter, layout, dotsPerInch, m_drawings);
+    return picture;
 }
 
 void PagePrinter::PrintToFile(const std::vector<Drawing>& drawings) const
@@ -124,31 +144,11 @@ void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
     throw PlatformError(u"인쇄 폴더에 파일이 너무 많습니다.!!"_s);
 }
 
-void PagePrinter::PrintToPrinter(const std::vector<Drawing>& drawings) const
+void PagePrinter::Paint(QPainter& painter, const QPageLayout& layout, qreal dotsPerInch,
+                        const std::vector<Drawing>& drawings) const
 {
-    const QPrinterInfo info =
-        m_target->printer.isEmpty() ? QPrinterInfo::defaultPrinter() : QPrinterInfo::printerInfo(m_target->printer);
-    if (info.isNull()) {
-        throw PlatformError(m_target->printer.isEmpty()
-                                ? u"프린터가 없습니다. 프린터를 확인하세요.!!"_s
-                                : u"프린터 %1을(를) 찾을 수 없습니다.!!"_s.arg(m_target->printer));
-    }
-    QPrinter printer(info, QPrinter::HighResolution);
-    printer.setResolution(DotsPerInch);
-    printer.setDocName(u"capture-station"_s);
-    if (!Paint(printer, printer.resolution(), drawings) || printer.printerState() == QPrinter::Error)
-        throw PlatformError(u"프린터 %1이(가) 인쇄를 받지 않습니다.!!"_s.arg(info.printerName()));
-}
-
-bool PagePrinter::Paint(QPagedPaintDevice& device, int dotsPerInch, const std::vector<Drawing>& drawings) const
-{
-    const QPageLayout layout = SheetLayout(m_width, m_height);
-    device.setPageLayout(layout);
-    QPainter painter;
-    if (!painter.begin(&device))
-        return false;
     painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-    const qreal scale = static_cast<qreal>(dotsPerInch) / TwipsPerInch;
+    const qreal scale = dotsPerInch / TwipsPerInch;
     painter.scale(scale, scale);
     const QSizeF sheet = layout.fullRect(QPageLayout::Point).size() * TwipsPerPoint;
     painter.translate((sheet.width() - m_width) / 2, (sheet.height() - m_height) / 2);
@@ -157,5 +157,4 @@ bool PagePrinter::Paint(QPagedPaintDevice& device, int dotsPerInch, const std::v
         drawing(painter);
         painter.restore();
     }
-    return painter.end();
 }

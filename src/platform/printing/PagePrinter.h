@@ -8,7 +8,8 @@
 #include <memory>
 #include <vector>
 
-class QPagedPaintDevice;
+class PrintQueue;
+class QPageLayout;
 class QPainter;
 
 /// Where pages go; shared by the printer and its options.
@@ -27,7 +28,8 @@ public:
     /// Draws in twips from the page's corner.
     using Drawing = std::function<void(QPainter&)>;
 
-    explicit PagePrinter(std::shared_ptr<PrintTarget> target);
+    /// The queue outlives it.
+    PagePrinter(std::shared_ptr<PrintTarget> target, PrintQueue& queue);
 
     void setHeight(float twips) override { m_height = twips; }
     void setWidth(float twips) override { m_width = twips; }
@@ -35,6 +37,7 @@ public:
     void setFontSize(int points) override;
     void setFontBold(bool on) override { m_font.setBold(on); }
     void setFontUnderline(bool on) override { m_font.setUnderline(on); }
+    QImage Picture(int width) const override;
     void EndDoc() override;
     void KillDoc() override { m_drawings.clear(); }
 
@@ -46,10 +49,12 @@ private:
     QByteArray PdfOf(const std::vector<Drawing>& drawings) const;
     void PrintToFile(const std::vector<Drawing>& drawings) const;
     void PrintToFolder(const std::vector<Drawing>& drawings) const;
-    void PrintToPrinter(const std::vector<Drawing>& drawings) const;
-    bool Paint(QPagedPaintDevice& device, int dotsPerInch, const std::vector<Drawing>& drawings) const;
+    /// Pixels of the painter's device to the inch.
+    void Paint(QPainter& painter, const QPageLayout& layout, qreal dotsPerInch,
+               const std::vector<Drawing>& drawings) const;
 
     std::shared_ptr<PrintTarget> m_target;
+    PrintQueue& m_queue;
     QFont m_font;
     float m_width = 11184; ///< A4 within the margins of an ordinary printer.
     float m_height = 16243;

@@ -1,8 +1,10 @@
 #include "platform/printing/register_printing.h"
 
 #include "frame/components.h"
+#include "platform/printing/CupsServer.h"
 #include "platform/printing/PageCanvas.h"
 #include "platform/printing/PagePrinter.h"
+#include "platform/printing/PrintQueue.h"
 
 using namespace Qt::StringLiterals;
 
@@ -11,13 +13,17 @@ namespace {
 class PageDestination : public PrinterOptions
 {
 public:
-    explicit PageDestination(std::shared_ptr<PrintTarget> target) : m_target(std::move(target)) {}
+    PageDestination(std::shared_ptr<PrintTarget> target, PrintQueue& queue)
+        : m_target(std::move(target)), m_queue(queue)
+    {
+    }
 
     void UseFolder(const QString& folder) override { m_target->folder = folder; }
     void UsePrinter(const QString& name) override
     {
         m_target->printer = name;
         m_target->file.clear();
+        m_queue.Redirect(name);
     }
     void UseFile(const QString& path) override
     {
@@ -27,6 +33,7 @@ public:
 
 private:
     std::shared_ptr<PrintTarget> m_target;
+    PrintQueue& m_queue;
 };
 
 } // namespace
@@ -34,7 +41,9 @@ private:
 void RegisterPrinting()
 {
     const auto target = std::make_shared<PrintTarget>();
-    InstallService<PrinterObject>(std::make_unique<PagePrinter>(target));
-    InstallService<PrinterOptions>(std::make_unique<PageDestination>(target));
+    auto queue = std::make_unique<PrintQueue>(std::make_unique<CupsServer>());
+    InstallService<PrinterObject>(std::make_unique<PagePrinter>(target, *queue));
+    InstallService<PrinterOptions>(std::make_unique<PageDestination>(target, *queue));
+    InstallService<PrinterJobs>(std::move(queue));
     RegisterComponent<clsPageCanvas>(u"prjPageCanvas.clsPageCanvas"_s, [] { return std::make_unique<PageCanvas>(); });
 }

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Installs `Printer()` with its options, and the page canvas.
+/// Installs `Printer()` with its options and jobs, and the page canvas.
 void RegisterPrinting();

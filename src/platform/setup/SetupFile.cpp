@@ -144,6 +144,7 @@ void Reader::ReadClient()
     m_setup.client.CommPort = Text(section, u"CommPort"_s);
     m_setup.client.ImageFormat = Text(section, u"ImageFormat"_s);
     m_setup.client.CheckTable = Text(section, u"CheckTable"_s);
+    m_setup.client.PrintPreview = Switch(section, u"PrintPreview"_s);
     m_setup.client.ShutterSound = Text(section, u"ShutterSound"_s) != u"0";
     if (const QString seconds = Text(section, u"MomentsBefore"_s); !seconds.isEmpty()) {
         bool isNumber = false;

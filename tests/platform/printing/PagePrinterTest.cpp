@@ -5,6 +5,7 @@
 #include "platform/desktop/prepare_application.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/imagecontrol/ImageControl.h"
+#include "platform/printing/PrintQueue.h"
 #include "platform/printing/register_printing.h"
 #include "support/PdfPages.h"
 #include "support/testing.h"
@@ -34,6 +35,51 @@ QRect InkTwips(const QImage& page)
     ink.translate(-left, -TopMarginDots());
     return QRect(ink.topLeft() * 10, ink.size() * 10);
 }
+
+/// All printers as one: what they take, and how each sheet stands.
+class FakePrinters final : public PrintServer
+{
+public:
+    SentSheet Send(const QString& printer, const QByteArray& pdf) override
+    {
+        const QMutexLocker lock(&m_mutex);
+        if (!m_refusal.isEmpty())
+            throw PlatformError(m_refusal);
+        m_sent << printer + QString::fromUtf8(pdf);
+        return {printer, static_cast<int>(m_sent.size())};
+    }
+    SheetState Look(const SentSheet&) override
+    {
+        m_looks.release();
+        const QMutexLocker lock(&m_mutex);
+        return m_state;
+    }
+
+    void Set(const QString& refusal, const SheetState& state)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_refusal = refusal;
+        m_state = state;
+    }
+    QStringList Sent() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_sent;
+    }
+    void AwaitLooks(int count)
+    {
+        m_looks.acquire(m_looks.available());
+        while (!m_looks.tryAcquire(count, 1))
+            QCoreApplication::processEvents();
+    }
+
+private:
+    mutable QMutex m_mutex;
+    QString m_refusal;
+    SheetState m_state;
+    QStringList m_sent;
+    QSemaphore m_looks;
+};
 
 } // namespace
 
@@ -79,7 +125,7 @@ private Q_SLOTS:
         Columns<QString, QString, bool>("text", "alignment", "whole");
         QTest::newRow("short, left") << u"가나"_s << u"L"_s << true;
         QTest::newRow("short, right") << u"가나"_s << u"R"_s << true;
-        QTest::newRow("a tenth too wide") << u"가나다라마바사아자차카타파하"_s << u"L"_s << true;
+        QTest::newRow("more than twice too wide") << QString(30, u'가') << u"L"_s << true;
         QTest::newRow("far too wide") << QString(60, u'가') << u"L"_s << false;
         QTest::newRow("far too wide, centred") << QString(60, u'가') << u"C"_s << false;
     }
@@ -145,8 +191,8 @@ private Q_SLOTS:
 
     void ASheetThatCannotBePrintedIsGone()
     {
-        UseService<PrinterOptions>().UseFolder({});
-        UseService<PrinterOptions>().UsePrinter(u"없는 프린터"_s);
+        WriteWholeFile(m_folder->filePath(u"file"_s), "no folder");
+        UseService<PrinterOptions>().UseFolder(m_folder->filePath(u"file"_s));
         m_canvas->myCelText(m_grid, u"버릴 장"_s, 3, 5, 2, 69, Printer(), u"C"_s);
         QVERIFY_THROWS_EXCEPTION(PlatformError, Printer().EndDoc());
         UseService<PrinterOptions>().UseFolder(m_folder->path() + u"/새 폴더"_s);
@@ -155,6 +201,48 @@ private Q_SLOTS:
         const PdfPages pages(m_folder->path() + u"/새 폴더"_s);
         QVERIFY(pages.Text(0).contains(u"다음 장"_s));
         QVERIFY(!pages.Text(0).contains(u"버릴"_s));
+    }
+
+    void SheetsWaitForTheirPrinter()
+    {
+        auto* printers = new FakePrinters;
+        PrintQueue queue(std::unique_ptr<PrintServer>(printers), 10);
+        QString told;
+        queue.setPresenter([&told](const QString& trouble) { told = trouble; });
+        printers->Set(u"거절"_s, {});
+        queue.Send(u"X"_s, "1");
+        queue.Send(u"X"_s, "2");
+        QTRY_VERIFY2(told.contains(u"거절"_s) && told.contains(u"2장"_s), qPrintable(told));
+        QCOMPARE(printers->Sent(), QStringList());
+        queue.Redirect(u"Y"_s);
+        printers->Set({}, {.trouble = u"멈춤"_s});
+        QTRY_COMPARE(told, u"멈춤"_s);
+        QCOMPARE(printers->Sent(), (QStringList{u"Y1"_s, u"Y2"_s}));
+
+        // What was read isn't told again, but what is new.
+        queue.Dismiss();
+        QCOMPARE(told, QString());
+        printers->AwaitLooks(4);
+        QCoreApplication::processEvents();
+        QCOMPARE(told, QString());
+        printers->Set({}, {.trouble = u"용지"_s});
+        QTRY_COMPARE(told, u"용지"_s);
+        printers->Set({}, {.isThrough = true});
+        QTRY_COMPARE(told, QString());
+
+        // What the printer has dropped stays told until it was read.
+        printers->Set({}, {.isThrough = true, .isLost = true, .trouble = u"중단"_s});
+        queue.Send(u"X"_s, "3");
+        QTRY_COMPARE(told, u"중단"_s);
+        queue.Dismiss();
+        printers->Set(u"거절"_s, {.isThrough = true});
+        queue.Send(u"X"_s, "4");
+        QTRY_VERIFY2(told.contains(u" 1장"_s), qPrintable(told));
+        queue.Dismiss();
+        printers->Set({}, {.isThrough = true});
+        queue.Send(u"X"_s, "5");
+        queue.End(5000);
+        QCOMPARE(printers->Sent().mid(2), (QStringList{u"X3"_s, u"X5"_s}));
     }
 
 private:

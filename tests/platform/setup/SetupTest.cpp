@@ -76,7 +76,7 @@ private Q_SLOTS:
         const ClientSetupRecord& setup = outcome.setup;
         QCOMPARE((QStringList{setup.CommPort, setup.CaptureRoot, setup.EtcList, setup.ImageFormat, setup.CheckTable}),
                  (QStringList{u"2"_s, Folder() + u"/캡쳐/"_s, u"위내시경,대장내시경,초음파"_s, u"2"_s, u"1"_s}));
-        QVERIFY(setup.TestPicture);
+        QVERIFY(setup.TestPicture && setup.PrintPreview);
         QCOMPARE(setup.LaunchEncoding, u"windows-949"_s);
         QCOMPARE(setup.SerialPorts,
                  (QHash<QString, QString>{{u"1"_s, u"/dev/ttyUSB0"_s}, {u"3"_s, u"/dev/ttyACM0"_s}}));
@@ -307,7 +307,7 @@ private:
                "[Database]\nDriver=%1\nSocket=%2\nName=%3\nUser=%4\nPort=\n\n"
                "[Client]\nCommPort=2\nLaunchEncoding=Windows-949\nCaptureRoot=%5/캡쳐/\nEtcList= 위내시경 "
                ",대장내시경,, 초음파 ,\nImageFormat=2\n"
-               "CheckTable=1\n\n"
+               "CheckTable=1\nPrintPreview=1\n\n"
                "[Saup.1]\nYoyangno=11100001\nHospital=나래의원\n[saup.12]\nHospital=빛터의원\n\n"
                "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n03=/dev/ttyACM0\n4=\n"
                "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\n"
