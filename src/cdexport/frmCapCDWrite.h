@@ -33,6 +33,12 @@ private:
     void ShowEntries(const QList<FolderEntry>& entries);
     /// Lists the folder again when other names lie in it than are shown: the writer's window can empty it.
     void FollowStagingArea();
+    /// Tells how much is chosen, and how much the medium takes where that is known.
+    void ShowRoom();
+    /// The drive that is shown is the one that is written to, where the setup lets sticks be written.
+    void UseChosenDrive();
+    /// Stops with a message, false then.
+    bool IsReady();
     void FindFile();
     void AddFiles();
     void DeleteStagedFile();
@@ -40,6 +46,8 @@ private:
 
     QComboBox* m_cmbCDList = nullptr;
     QLabel* m_lblStagingArea = nullptr;
+    QLabel* m_lblRoom = nullptr;
+    QPushButton* m_cmdStart = nullptr;
     fpSpread* m_sprCDDrive = nullptr;
     QString m_stagingPath; ///< Ends in a separator.
 };
@@ -47,3 +55,7 @@ private:
 /// Brings up the screen of the CD writer, at that place when it isn't open yet. Without a CD drive it tells so and
 /// stays away.
 void OpenCdWriting(const QPoint& place);
+
+/// The station closes: what is being written is brought to an end first, and the operator is told. `screen` is the one
+/// that closes; it isn't shown any more while that takes its time.
+void FinishCdWriting(QWidget& screen);
