@@ -1,5 +1,6 @@
 #include "cdexport/frmCapCDWrite.h"
 
+#include "cdexport/disc_index.h"
 #include "cdexport/disc_objects.h"
 #include "cdexport/file_rows.h"
 #include "cdexport/frmCapCDAdd.h"
@@ -16,6 +17,7 @@
 #include "frame/twips.h"
 #include "frame/waiting.h"
 #include "records/acts.h"
+#include "records/patient_lookup.h"
 #include "screenparts/NoticeStrip.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
@@ -258,6 +260,15 @@ bool frmCapCDWrite::IsReady()
     return false;
 }
 
+bool frmCapCDWrite::AddIndex(XPBurn& burner)
+{
+    const disc_index::Patient patient{PatientRecord.Chart, PatientRecord.Suname};
+    const QString folder = disc_index::Make(m_stagingPath, burner.Content(), patient, ClientSetup.BurnerIndexNotes);
+    if (!folder.isEmpty())
+        burner.AddFolder(folder);
+    return !folder.isEmpty();
+}
+
 void frmCapCDWrite::StartBurning()
 {
     // A second press during the wait for the drive is answered at once.
@@ -282,6 +293,8 @@ void frmCapCDWrite::StartBurning()
         }
         FollowStagingArea();
     }
+    if (ClientSetup.BurnerIndex && !AddIndex(*burner))
+        return;
     if (IsUnloaded())
         return;
     RecordStaged(m_stagingPath);

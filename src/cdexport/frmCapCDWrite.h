@@ -8,6 +8,7 @@ class QComboBox;
 class QLabel;
 class QPoint;
 class QPushButton;
+class XPBurn;
 
 /// "CD저장": the staging folder of the CD writer. What lies in that folder is the selection.
 class frmCapCDWrite : public StationForm
@@ -43,6 +44,8 @@ private:
     void AddFiles();
     void DeleteStagedFile();
     void StartBurning();
+    /// Makes the pages that show the disc's pictures. False when the operator gives that up.
+    bool AddIndex(XPBurn& burner);
 
     QComboBox* m_cmbCDList = nullptr;
     QLabel* m_lblStagingArea = nullptr;
