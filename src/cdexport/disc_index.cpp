@@ -29,9 +29,9 @@ constexpr int SmallQuality = 80;
 const QString ObjectFolder = u"DICOM/"_s;
 const QString ObjectDirectory = u"DICOMDIR"_s;
 
-using file_origins::Origin;
 using disc_pages::Item;
 using disc_pages::VisitPage;
+using file_origins::Origin;
 
 /// Chart, date, section, movie or not: a visit's movies stand behind its sections.
 using VisitKey = std::tuple<QString, QString, bool, QString>;

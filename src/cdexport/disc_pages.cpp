@@ -58,7 +58,8 @@ QByteArray Page(const QString& title, const QStringList& lines)
     QStringList page{u"<!DOCTYPE HTML PUBLIC \"-//W3C//DTD HTML 4.01 Transitional//EN\">"_s,
                      u"<html lang=\"ko\"><head>"_s,
                      u"<meta http-equiv=\"Content-Type\" content=\"text/html; charset=UTF-8\">"_s,
-                     u"<title>"_s + Escaped(title) + u"</title>"_s, u"</head><body>"_s,
+                     u"<title>"_s + Escaped(title) + u"</title>"_s,
+                     u"</head><body>"_s,
                      u"<h1>"_s + Escaped(title) + u"</h1>"_s};
     page += lines;
     page << u"</body></html>"_s << QString();

@@ -68,9 +68,17 @@ BurnWindow::BurnWindow()
 
 void BurnWindow::setScreen(QWidget* screen)
 {
+    if (m_screen == screen)
+        return;
     m_screen = screen;
-    if (isVisible())
-        StandOverScreen();
+    // It goes on over the screen that is left.
+    if (auto* form = qobject_cast<StationForm*>(screen))
+        connect(form, &StationForm::Unloaded, this, [this] {
+            if (isVisible()) {
+                hide();
+                Bring();
+            }
+        });
 }
 
 void BurnWindow::setRemark(const QString& text)
@@ -81,26 +89,27 @@ void BurnWindow::setRemark(const QString& text)
         Bring();
 }
 
-/// A window manager keeps it in front of its screen, and of no other.
-void BurnWindow::StandOverScreen()
+/// A window manager keeps it in front of its screen, and of no other, from when it is shown.
+QWidget* BurnWindow::StandOverScreen()
 {
-    QWindow* screen = m_screen && m_screen->isVisible() ? m_screen->windowHandle() : nullptr;
-    windowHandle()->setTransientParent(screen);
+    QWidget* owner = m_screen && m_screen->isVisible() ? m_screen.data() : LastSeenForm();
+    windowHandle()->setTransientParent(owner != nullptr ? owner->windowHandle() : nullptr);
+    return owner;
 }
 
 void BurnWindow::Bring()
 {
     winId();
-    StandOverScreen();
+    const QWidget* owner = isVisible() ? nullptr : StandOverScreen();
     setFixedSize(WidthPixels, layout()->totalHeightForWidth(WidthPixels));
     if (!isVisible()) {
-        if (windowHandle()->transientParent() != nullptr) {
+        if (owner != nullptr) {
             // The frame that it will get is that of the screen.
-            const QRect frame = m_screen->frameGeometry();
-            const QSize margins = frame.size() - m_screen->size();
+            const QRect frame = owner->frameGeometry();
+            const QSize margins = frame.size() - owner->size();
             QRect place(QPoint(), size() + margins);
             place.moveCenter(frame.center());
-            const QPoint at = MovedInside(place, m_screen->screen()->availableGeometry()).topLeft();
+            const QPoint at = MovedInside(place, owner->screen()->availableGeometry()).topLeft();
             move(at);
             windowHandle()->setFramePosition(at);
         }

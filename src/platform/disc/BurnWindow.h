@@ -16,7 +16,7 @@ class BurnWindow : public QWidget
 public:
     BurnWindow();
 
-    /// The screen over which it stands; without one it stands for itself.
+    /// The screen over which it stands; without one it is that which is seen.
     void setScreen(QWidget* screen);
     /// A line that stays, such as that the program waits for the end.
     void setRemark(const QString& text);
@@ -36,7 +36,7 @@ protected:
 
 private:
     void Bring();
-    void StandOverScreen();
+    QWidget* StandOverScreen();
     void StayInSight();
 
     QPointer<QWidget> m_screen;

@@ -229,6 +229,7 @@ void DiscWriter::Attempt(Step&& step)
 void DiscWriter::Prepare()
 {
     const std::optional<UsbStick> stick = ChosenStick();
+    m_isStick = stick.has_value();
     const QString drive = stick ? stick->folder : ImageOrDevice();
     if (drive.isEmpty())
         throw PlatformError(u"CD드라이브가 없습니다.!!"_s);
@@ -488,8 +489,7 @@ void DiscWriter::Succeed()
 
 void DiscWriter::Fail(const QString& what)
 {
-    const QString failed =
-        m_stage == Stage::Stick ? u"USB 메모리에 저장하지 못했습니다.!!"_s : u"CD저장에 실패하였습니다.!!"_s;
+    const QString failed = m_isStick ? u"USB 메모리에 저장하지 못했습니다.!!"_s : u"CD저장에 실패하였습니다.!!"_s;
     // Nobody is there to read it: the next start tells.
     m_keepsMark = UseService<Desktop>().EndIsRequested();
     End();
@@ -498,8 +498,7 @@ void DiscWriter::Fail(const QString& what)
 
 void DiscWriter::EndCancelled()
 {
-    const QString text =
-        m_stage == Stage::Stick ? u"USB 메모리에 저장하기를 취소하였습니다."_s : u"CD저장을 취소하였습니다."_s;
+    const QString text = m_isStick ? u"USB 메모리에 저장하기를 취소하였습니다."_s : u"CD저장을 취소하였습니다."_s;
     End();
     ShowEnd(text + FilesRemain, false);
 }

@@ -105,6 +105,7 @@ private:
     QElapsedTimer m_foundAt;
     Stage m_stage = Stage::Idle;
     DiscTarget m_target{QString(), false};
+    bool m_isStick = false;
     bool m_isOnce = false; ///< What is written to can't be written again.
     bool m_keepsMark = false;
     StagedFiles m_staged;

@@ -78,13 +78,19 @@ struct StickRun::State
             }
             result = {Result::Stopped, {}};
         } catch (const PlatformError& error) {
-            const bool isGone = hasBegun && (DeviceOf(stick.folder) != device || Files().KindOf(Root() + partial) == FileKind::None);
-            result = {Result::Failed, isGone ? u"USB 메모리가 도중에 빠졌습니다.!! 남은 폴더(%1)는 온전하지 않습니다."_s.arg(partial)
-                                             : error.Text()};
+            const bool isGone =
+                DeviceOf(stick.folder) != device || (hasBegun && Files().KindOf(Root() + partial) == FileKind::None);
+            result = {Result::Failed, isGone ? GoneText(partial) : error.Text()};
             if (isGone)
                 return;
         }
         journal::NotingFaults([&] { Files().DeleteEntry(Root(), partial); });
+    }
+
+    QString GoneText(const QString& partial) const
+    {
+        return u"USB 메모리가 빠졌습니다.!!"_s +
+               (hasBegun ? u" 남은 폴더(%1)는 온전하지 않습니다."_s.arg(partial) : QString());
     }
 
     QString FreeName() const
@@ -104,11 +110,19 @@ struct StickRun::State
         const qint64 needed = totalBytes + (files.size() + 1) * FileRoomBytes;
         if (free >= 0 && free < needed)
             throw PlatformError(u"USB 메모리의 남은 공간이 부족합니다.!!"_s);
-        if (access(QFile::encodeName(stick.folder).constData(), W_OK) != 0)
-            throw PlatformError(errno == EROFS ? u"USB 메모리가 쓰기 금지되어 있습니다.!!"_s
-                                               : u"USB 메모리에 쓸 권한이 없습니다.!!"_s);
+        CheckAccess();
         Files().MakeOneFolder(Root() + partial);
         hasBegun = true;
+    }
+
+    void CheckAccess() const
+    {
+        if (access(QFile::encodeName(stick.folder).constData(), W_OK) == 0)
+            return;
+        if (errno == EROFS)
+            throw PlatformError(u"USB 메모리가 쓰기 금지되어 있습니다.!!"_s);
+        throw PlatformError(errno == EACCES ? u"USB 메모리에 쓸 권한이 없습니다.!!"_s
+                                            : u"USB 메모리가 빠졌습니다.!!"_s);
     }
 
     void Copy(const QString& partial)
@@ -191,8 +205,8 @@ struct StickRun::State
     {
         const QString written = u"USB 메모리에 저장하였습니다. (%1)\n"_s.arg(folder);
         const QString fault = UnmountStick(stick);
-        result = {Result::Succeeded, written + (fault.isEmpty() ? u"이제 빼도 됩니다."_s
-                                                                : fault + u" 분리한 다음에 빼십시오."_s)};
+        result = {Result::Succeeded,
+                  written + (fault.isEmpty() ? u"이제 빼도 됩니다."_s : fault + u" 분리한 다음에 빼십시오."_s)};
     }
 };
 
@@ -258,6 +272,5 @@ void StickRun::Look()
             Q_EMIT Unmounting();
     }
     if (m_step != Ejecting && m_state->totalBytes > 0)
-        Q_EMIT Written(m_state->done,
-                       static_cast<double>(m_state->done) / static_cast<double>(m_state->totalBytes));
+        Q_EMIT Written(m_state->done, static_cast<double>(m_state->done) / static_cast<double>(m_state->totalBytes));
 }
