@@ -540,7 +540,11 @@ QString DiscWriter::MarkPath() const
 void DiscWriter::LeaveMark()
 {
     const QString mark = Files().ProcessMark() + u'\n' + m_target.Path();
-    journal::NotingFaults([&] { Files().WritePrivateFile(MarkPath(), mark.toUtf8()); });
+    // Not synced: what is written lately would be brought to the disk first.
+    journal::NotingFaults([&] {
+        DeleteFile(MarkPath());
+        Files().CreateExclusively(MarkPath(), mark.toUtf8());
+    });
 }
 
 QString DiscWriter::Interrupted()
