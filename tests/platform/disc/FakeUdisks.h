@@ -73,8 +73,8 @@ private:
                 {QStringLiteral("Removable"), isUsb},
                 {QStringLiteral("Optical"), false}};
             const QDBusObjectPath block(QStringLiteral("/org/freedesktop/UDisks2/block_devices/") + name);
-            objects[block][service + QStringLiteral("Block")] = {
-                {QStringLiteral("Drive"), QVariant::fromValue(drive)}, {QStringLiteral("ReadOnly"), isReadOnly}};
+            objects[block][service + QStringLiteral("Block")] = {{QStringLiteral("Drive"), QVariant::fromValue(drive)},
+                                                                 {QStringLiteral("ReadOnly"), isReadOnly}};
             const QByteArray place = isUsb ? m_stick.toUtf8() : QByteArray("/");
             objects[block][service + QStringLiteral("Filesystem")] = {
                 {QStringLiteral("MountPoints"), QVariant::fromValue(QByteArrayList{place + '\0'})}};
