@@ -4,6 +4,7 @@
 #include "capture/FilingNotices.h"
 #include "capture/MeantPictures.h"
 #include "capture/PressAnswer.h"
+#include "cdexport/frmCapCDWrite.h"
 #include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "contracts/PlatformError.h"
@@ -184,6 +185,7 @@ void frmCapture::Form_Unload()
     }
     m_footSwitch->Close();
     m_capCapture->Stop();
+    FinishCdWriting(*this);
 }
 
 void frmCapture::FinishMovies()

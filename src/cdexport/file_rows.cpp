@@ -2,6 +2,8 @@
 
 #include "contracts/fpSpread.h"
 
+#include <QLocale>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -19,6 +21,12 @@ QString KilobytesText(qint64 bytes)
     if (rest > 512 || (rest == 512 && kilobytes % 2 == 1))
         ++kilobytes;
     return QString::number(kilobytes);
+}
+
+QString MegabytesText(qint64 bytes)
+{
+    constexpr qint64 megabyte = 1024 * 1024;
+    return QLocale::c().toString(static_cast<double>(bytes) / megabyte, 'f', bytes < 10 * megabyte ? 1 : 0) + u" MB"_s;
 }
 
 void WriteFileRow(fpSpread& list, int row, const FolderEntry& entry)

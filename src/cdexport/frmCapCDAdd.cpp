@@ -1,6 +1,7 @@
 #include "cdexport/frmCapCDAdd.h"
 
 #include "cdexport/disc_objects.h"
+#include "cdexport/file_origins.h"
 #include "cdexport/file_rows.h"
 #include "contracts/cd.h"
 #include "contracts/fpSpread.h"
@@ -17,6 +18,7 @@
 
 #include <QFileInfo>
 #include <QProgressBar>
+#include <QRegularExpression>
 #include <QScopeGuard>
 #include <QTabWidget>
 
@@ -34,6 +36,19 @@ QStringList StoredPictures(const Visit& visit)
     for (const int number : StoredNumbers(visit, NumberOrder::Ascending))
         paths << visit.PicturePath(number);
     return paths;
+}
+
+/// What a picture of the visit, or a movie of any, tells of its origin.
+std::optional<file_origins::Origin> OriginOf(const QString& path, const std::optional<Visit>& imagesOf)
+{
+    const QString name = QFileInfo(NativePath(path)).fileName();
+    if (imagesOf)
+        return file_origins::Origin{imagesOf->chart, imagesOf->ymd, imagesOf->etc, imagesOf->PictureNumber(name)};
+    static const QRegularExpression movie(uR"(^(.{8})(\d{8})(\d{3,5})\.)"_s);
+    const QRegularExpressionMatch match = movie.match(name);
+    if (!match.hasMatch())
+        return std::nullopt;
+    return file_origins::Origin{match.captured(1), match.captured(2), {}, match.captured(3).toInt()};
 }
 
 } // namespace
@@ -182,6 +197,7 @@ void frmCapCDAdd::StageSelection()
         return;
     }
     const QString area = burner->burnArea();
+    const std::optional<Visit> imagesOf = images ? m_imagesOf : std::nullopt;
     const std::optional<Visit> visit = images && ClientSetup.BurnerDicom ? m_imagesOf : std::nullopt;
     const DicomPicture facts = visit ? disc_objects::FactsOf(*visit) : DicomPicture();
     QStringList problems;
@@ -197,7 +213,12 @@ void frmCapCDAdd::StageSelection()
             // A picture may have been deleted since it was listed.
             if (images && !PictureExists(path))
                 continue;
+            const std::optional<file_origins::Origin> origin =
+                ClientSetup.BurnerIndex ? OriginOf(path, imagesOf) : std::nullopt;
+            const QStringList before = origin ? file_origins::NamesIn(area) : QStringList();
             kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
+            if (origin)
+                file_origins::Record(area, before, path, *origin);
             if (!visit)
                 continue;
             const QString problem = disc_objects::Stage(area, path, *visit, facts);

@@ -1,5 +1,6 @@
 #include "cdexport/frmCapCDWrite.h"
 
+#include "cdexport/disc_index.h"
 #include "cdexport/disc_objects.h"
 #include "cdexport/file_rows.h"
 #include "cdexport/frmCapCDAdd.h"
@@ -16,6 +17,8 @@
 #include "frame/twips.h"
 #include "frame/waiting.h"
 #include "records/acts.h"
+#include "records/patient_lookup.h"
+#include "screenparts/NoticeStrip.h"
 #include "session/VisitContext.h"
 #include "text/text_routines.h"
 
@@ -25,6 +28,7 @@
 #include <QPoint>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QScopeGuard>
 
 #include <algorithm>
 
@@ -87,8 +91,15 @@ void frmCapCDWrite::BuildControls()
             GuardedSlot([this](bool) { AddFiles(); }));
     connect(AddButton(u"cmdDelFile"_s, u"삭제"_s, 3180), &QPushButton::clicked, this,
             GuardedSlot([this](bool) { DeleteStagedFile(); }));
-    connect(AddButton(u"cmdStart"_s, u"Burn..."_s, 8040), &QPushButton::clicked, this,
-            GuardedSlot([this](bool) { StartBurning(); }));
+    m_lblRoom = addLabel(u"lblRoom"_s, QString(), RectFromTwips(4710, 6030, 3240, 420));
+    m_lblRoom->setAlignment(Qt::AlignCenter);
+    m_cmdStart = AddButton(u"cmdStart"_s, u"Burn..."_s, 8040);
+    connect(m_cmdStart, &QPushButton::clicked, this, GuardedSlot([this](bool) { StartBurning(); }));
+    connect(m_cmbCDList, &QComboBox::currentIndexChanged, this, GuardedSlot([this](int) { UseChosenDrive(); }));
+
+    // Over the list's end, and not over the buttons.
+    auto* notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, RectFromTwips(120, 5490, 9360, 390));
+    connect(notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
 }
 
 QPushButton* frmCapCDWrite::AddButton(const QString& name, const QString& caption, int left)
@@ -102,7 +113,7 @@ void frmCapCDWrite::Form_Load()
     const auto system = CreateObject<FileSystemObject>(u"Scripting.FileSystemObject"_s);
     const QList<DriveEntry> drives = system->Drives();
     for (const DriveEntry& drive : drives) {
-        if (drive.DriveType == DriveTypeCd)
+        if (drive.DriveType == DriveTypeCd || (ClientSetup.BurnerUsb && drive.DriveType == DriveTypeRemovable))
             m_cmbCDList->addItem(drive.Path);
     }
     if (m_cmbCDList->count() == 0) {
@@ -111,10 +122,42 @@ void frmCapCDWrite::Form_Load()
         return;
     }
     m_cmbCDList->setCurrentIndex(0);
-    m_stagingPath = NewBurner()->burnArea();
+    const auto burner = NewBurner();
+    burner->ShowOver(*this);
+    m_stagingPath = burner->burnArea();
     m_lblStagingArea->setText(m_stagingPath);
     m_lblStagingArea->setToolTip(ToolTipText(m_stagingPath));
+    UseChosenDrive();
     ListStagingArea(m_stagingPath);
+    if (const QString interrupted = burner->Interrupted(); !interrupted.isEmpty())
+        ShowInformation(interrupted);
+}
+
+void frmCapCDWrite::UseChosenDrive()
+{
+    if (!ClientSetup.BurnerUsb || IsUnloaded() || m_stagingPath.isEmpty())
+        return;
+    NewBurner()->UseDrive(m_cmbCDList->currentText());
+    ShowRoom();
+}
+
+void frmCapCDWrite::ShowRoom()
+{
+    const auto burner = NewBurner();
+    QString text;
+    try {
+        const qint64 chosen = burner->Content().bytes;
+        const qint64 room = burner->KnownRoom();
+        text = u"선택 %1"_s.arg(MegabytesText(chosen));
+        if (room >= 0)
+            text += u" / 빈 공간 %1"_s.arg(MegabytesText(room));
+        if (room >= 0 && chosen > room)
+            text += u" 부족"_s;
+    } catch (const PlatformError&) {
+        // What can't be read can't be counted.
+    }
+    m_lblRoom->setText(text);
+    m_lblRoom->setAccessibleName(text);
 }
 
 void frmCapCDWrite::ListStagingArea(const QString& folder)
@@ -133,6 +176,7 @@ void frmCapCDWrite::ShowEntries(const QList<FolderEntry>& entries)
     int row = 0;
     for (const FolderEntry& entry : entries)
         WriteFileRow(*m_sprCDDrive, ++row, entry);
+    ShowRoom();
 }
 
 void frmCapCDWrite::FollowStagingArea()
@@ -168,11 +212,9 @@ void frmCapCDWrite::FindFile()
         ShowInformation(u"선택된 파일이 없습니다.!!"_s);
         return;
     }
-    const auto burner = NewBurner();
-    if (!burner->Equipped()) {
-        ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+    if (!IsReady())
         return;
-    }
+    const auto burner = NewBurner();
     CreateObject<clsDeskKit>(u"prjDeskKit.clsDeskKit"_s)
         ->FileCopyDialog(*chosen, burner->burnArea() + QFileInfo(NativePath(*chosen)).fileName());
     ListStagingArea(m_stagingPath);
@@ -200,19 +242,42 @@ void frmCapCDWrite::DeleteStagedFile()
         return;
     Files().DeleteEntry(m_stagingPath, name);
     m_sprCDDrive->DeleteRows(row, 1);
+    ShowRoom();
     if (ClientSetup.BurnerDicom) {
         disc_objects::RemoveLone(m_stagingPath);
         FollowStagingArea();
     }
 }
 
+bool frmCapCDWrite::IsReady()
+{
+    if (NewBurner()->Equipped()) {
+        if (!IsUnloaded())
+            ShowRoom();
+        return !IsUnloaded();
+    }
+    ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+    return false;
+}
+
+bool frmCapCDWrite::AddIndex(XPBurn& burner)
+{
+    const disc_index::Patient patient{PatientRecord.Chart, PatientRecord.Suname};
+    const QString folder = disc_index::Make(m_stagingPath, burner.Content(), patient, ClientSetup.BurnerIndexNotes);
+    if (!folder.isEmpty())
+        burner.AddFolder(folder);
+    return !folder.isEmpty();
+}
+
 void frmCapCDWrite::StartBurning()
 {
-    const auto burner = NewBurner();
-    if (!burner->Equipped()) {
-        ShowInformation(u"CD저장 준비가 되어있지 않습니다.!!"_s);
+    // A second press during the wait for the drive is answered at once.
+    const QVariant before = m_cmdStart->property(ServedWhileWaiting);
+    m_cmdStart->setProperty(ServedWhileWaiting, true);
+    const auto held = qScopeGuard([this, before] { m_cmdStart->setProperty(ServedWhileWaiting, before); });
+    if (!IsReady())
         return;
-    }
+    const auto burner = NewBurner();
     if (burner->isburning()) {
         ShowInformation(u"CD저장 장치를 사용중입니다.!!"_s);
         return;
@@ -228,11 +293,28 @@ void frmCapCDWrite::StartBurning()
         }
         FollowStagingArea();
     }
+    if (ClientSetup.BurnerIndex && !AddIndex(*burner))
+        return;
+    if (IsUnloaded())
+        return;
     RecordStaged(m_stagingPath);
+    burner->ShowOver(*this);
     burner->Startburn();
     while (burner->isburning() && !UseService<Desktop>().ProgramEnded())
         waiting::ServeFor(
             BurnLookMs, [&burner] { return !burner->isburning(); }, WaitInput::Served);
+    if (!IsUnloaded())
+        ShowRoom();
+}
+
+void FinishCdWriting(QWidget& screen)
+{
+    const auto burner = NewBurner();
+    if (!burner->isburning())
+        return;
+    if (!UseService<Desktop>().EndIsRequested())
+        screen.hide();
+    burner->Finish();
 }
 
 void OpenCdWriting(const QPoint& place)

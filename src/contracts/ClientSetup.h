@@ -52,6 +52,9 @@ struct ClientSetupRecord
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.
     QString BurnerImage;                 ///< Image file that stands in for a CD drive; empty: real drives.
     bool BurnerDicom = false;            ///< A CD also holds its pictures as DICOM.
+    bool BurnerIndex = false;            ///< It also holds pages that show them in a browser.
+    bool BurnerIndexNotes = false;       ///< The visits' notes stand on those pages.
+    bool BurnerUsb = false;              ///< USB sticks can be written to.
     PacsSetupRecord Pacs;
 };
 

@@ -138,6 +138,7 @@ void OpenVisit()
     UseService<PrinterOptions>().UseFolder(ClientSetup.PrinterFolder);
     UseService<SerialPortOptions>().UseDevices(ClientSetup.SerialPorts);
     UseService<BurnerOptions>().UseImage(ClientSetup.BurnerImage);
+    UseService<BurnerOptions>().UseSticks(ClientSetup.BurnerUsb);
 
     VisitContext.ImageExt = ImageExtOfSetup();
     const LaunchString launch = CutLaunchString(command);

@@ -1,7 +1,9 @@
+#include "cdexport/file_origins.h"
 #include "cdexport/frmCapCDAdd.h"
 #include "cdexport/frmCapCDWrite.h"
 #include "contracts/cd.h"
 #include "platform/dicom/register_dicom.h"
+#include "records/patient_lookup.h"
 #include "support/CaptureScreen.h"
 
 #include <algorithm>
@@ -222,6 +224,51 @@ private Q_SLOTS:
         QCOMPARE(QDir(m_data->path() + u"/disc/DICOM"_s).entryList(QDir::Files).size(), 1);
     }
 
+    /// At home the patient finds his pictures by visit, and nobody else's name.
+    void PagesShowThePictures()
+    {
+        ClientSetup.BurnerIndex = ClientSetup.BurnerIndexNotes = true;
+        m_box->AddPicture(u"20250301"_s, Stomach, 1, u"<b>용종</b> & \"3\""_s);
+        WriteWholeFile(stagingFolder + u"0000999920250301001.jpg"_s, StationInABox::Jpeg({64, 64}, Qt::blue));
+        file_origins::Record(stagingFolder, {}, stagingFolder + u"0000999920250301001.jpg"_s,
+                             {u"00009999"_s, u"20250301"_s, Stomach, 1});
+        WriteWholeFile(stagingFolder + u"<i> #1.txt"_s, "free");
+        WriteWholeFile(stagingFolder + u"index.htm"_s, "somebody's");
+        PatientRecord.Chart = VisitContext.Chart;
+        PatientRecord.Suname = u"홍길동"_s;
+        frmCapCDWrite& screen = *OpenByMenu();
+        InAdd(screen, [&](frmCapCDAdd& add) {
+            Q_EMIT add.sprCapList().DblClick(1, 1);
+            Click(add.sprImageList(), 1, 1);
+            PressIn(add, u"cmdAddFile"_s);
+        });
+        const QStringList staged = Staged();
+        PressIn(screen, u"cmdStart"_s);
+        QCOMPARE(Staged(), staged);
+        QCOMPARE(QDir(stagingFolder + u".."_s).entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList{u"cd"_s});
+        const QString disc = m_data->path() + u"/disc"_s;
+        QProcess::execute(u"xorriso"_s, {u"-report_about"_s, u"SORRY"_s, u"-osirrox"_s, u"on"_s, u"-indev"_s,
+                                         m_data->path() + u"/cd.iso"_s, u"-extract"_s, u"/"_s, disc});
+        QString pages;
+        int links = 0;
+        for (const QString& page : {u"INDEX2.HTM"_s, u"INDEX/V0001.HTM"_s, u"INDEX/V0002.HTM"_s}) {
+            const QString text = QString::fromUtf8(Files().ReadFile(disc + u'/' + page));
+            static const QRegularExpression link(u"(?:href|src)=\"([^\"]*)\""_s);
+            for (const QRegularExpressionMatch& match : link.globalMatch(text)) {
+                const QString target = QUrl::fromPercentEncoding(match.captured(1).toUtf8());
+                QVERIFY2(QFileInfo::exists(QFileInfo(disc + u'/' + page).path() + u'/' + target), qPrintable(target));
+                ++links;
+            }
+            pages += text;
+        }
+        QCOMPARE(links, 8); // Two pages, two free files, and of each picture itself and a small one.
+        QCOMPARE(pages.count(u"홍길동"_s), 2);
+        QVERIFY(pages.contains(u"<h2>차트번호 00009999</h2>"_s));
+        QVERIFY(pages.contains(u"참고사항: &lt;b&gt;용종&lt;/b&gt; &amp; &quot;3&quot;</p>"_s) &&
+                !pages.contains(u"<i>"_s));
+        QVERIFY(QFileInfo(disc + u"/README.TXT"_s).size() > 0);
+    }
+
     void MoviesOfThisPatient()
     {
         const QString folder = MovieFolder(VisitContext.CaptureDir);
@@ -287,6 +334,20 @@ private Q_SLOTS:
         QCOMPARE(m_box->Desk().shown, QStringList{u"CD저장 장치를 사용중입니다.!!"_s});
         QVERIFY(QFileInfo(m_data->path() + u"/cd.iso"_s).size() > 3000000);
         QVERIFY(FindForm(u"frmCapture"_s) != nullptr);
+    }
+
+    /// Closing the station in the middle neither spoils the disc nor leaves the operator without a word.
+    void AClosingStationFinishesTheDisc()
+    {
+        WriteWholeFile(stagingFolder + u"a.jpg"_s, QByteArray(3000000, 'a'));
+        OpenByMenu();
+        const auto burner = CreateObject<XPBurn>(u"BaydenBurn.XPBurn"_s);
+        burner->Startburn();
+        QVERIFY(burner->isburning());
+        FindForm(u"frmCapture"_s)->Unload();
+        QVERIFY(!burner->isburning());
+        QVERIFY(m_box->Desk().shown.last().startsWith(u"CD저장이 완료되었습니다."_s));
+        QVERIFY(QFileInfo(m_data->path() + u"/cd.iso"_s).size() > 3000000);
     }
 
 private:

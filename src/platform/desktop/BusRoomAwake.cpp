@@ -1,21 +1,15 @@
 #include "platform/desktop/BusRoomAwake.h"
 
 #include "frame/journal.h"
+#include "platform/bus/bus_answers.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusReply>
 #include <QDBusUnixFileDescriptor>
-#include <QScopeGuard>
 
-#include <cstddef>
-#include <cstring>
 #include <functional>
 #include <optional>
-#include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -40,48 +34,6 @@ QString SessionAddress()
     return !told.isEmpty() || folder.isEmpty() ? told : u"unix:path="_s + folder + u"/bus"_s;
 }
 
-QString SystemAddress()
-{
-    return qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS", u"unix:path=/run/dbus/system_bus_socket"_s);
-}
-
-/// A socket of that name, which begins with a NUL where it is no file, takes a connection and answers.
-bool SocketAnswers(const QByteArray& name)
-{
-    sockaddr_un address = {};
-    address.sun_family = AF_UNIX;
-    if (name.isEmpty() || static_cast<std::size_t>(name.size()) >= sizeof(address.sun_path))
-        return false;
-    std::memcpy(address.sun_path, name.constData(), static_cast<std::size_t>(name.size()));
-    const int file = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (file < 0)
-        return false;
-    const auto close = qScopeGuard([file] { ::close(file); });
-    const auto size = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + static_cast<std::size_t>(name.size()));
-    constexpr char Hello[] = "\0AUTH\r\n";
-    pollfd answer{file, POLLIN, 0};
-    return connect(file, reinterpret_cast<const sockaddr*>(&address), size) == 0 &&
-           send(file, Hello, sizeof(Hello) - 1, MSG_NOSIGNAL) == ssize_t(sizeof(Hello) - 1) &&
-           poll(&answer, 1, PatienceMs) == 1 && (answer.revents & POLLIN) != 0;
-}
-
-/// The toolkit waits for a bus without a limit, and on a thread that the input method needs, too.
-bool Answers(const QString& address)
-{
-    for (const QString& each : address.split(u';', Qt::SkipEmptyParts)) {
-        if (!each.startsWith(u"unix:"_s))
-            continue;
-        for (const QString& part : each.sliced(each.indexOf(u':') + 1).split(u',')) {
-            const QByteArray value = QByteArray::fromPercentEncoding(part.sliced(part.indexOf(u'=') + 1).toUtf8());
-            if (part.startsWith(u"abstract="_s) && SocketAnswers('\0' + value))
-                return true;
-            if (part.startsWith(u"path="_s) && SocketAnswers(value))
-                return true;
-        }
-    }
-    return false;
-}
-
 /// A bus that is connected to when it is needed, and its service.
 class Bus
 {
@@ -97,7 +49,7 @@ public:
         if (m_connection && m_connection->isConnected())
             return &*m_connection;
         Close();
-        if (!Answers(address)) {
+        if (!BusAnswers(address)) {
             Tell(u"버스가 응답하지 않음"_s);
             return nullptr;
         }
@@ -165,7 +117,7 @@ struct BusRoomAwake::Buses
         const auto hearSleep = [owner](QDBusConnection& bus) {
             bus.connect(Logind, LogindPath, LogindManager, u"PrepareForSleep"_s, owner, SLOT(OnPrepareForSleep(bool)));
         };
-        if (lock || system.Open(SystemAddress(), hearSleep) == nullptr)
+        if (lock || system.Open(SystemBusAddress(), hearSleep) == nullptr)
             return;
         lock = system.Call<QDBusUnixFileDescriptor>(
             QDBusMessage::createMethodCall(Logind, LogindPath, LogindManager, u"Inhibit"_s),

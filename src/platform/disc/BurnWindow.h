@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 class QLabel;
@@ -15,6 +16,10 @@ class BurnWindow : public QWidget
 public:
     BurnWindow();
 
+    /// The screen over which it stands; without one it is that which is seen.
+    void setScreen(QWidget* screen);
+    /// A line that stays, such as that the program waits for the end.
+    void setRemark(const QString& text);
     /// A stage of the work begins.
     void ShowStage(const QString& text, bool canCancel);
     /// `share` from 0 to 1, negative when there is no measure.
@@ -31,10 +36,14 @@ protected:
 
 private:
     void Bring();
+    QWidget* StandOverScreen();
+    void StayInSight();
 
+    QPointer<QWidget> m_screen;
     QLabel* m_lblStage;
     QProgressBar* m_barBurn;
     QLabel* m_lblDetail;
+    QLabel* m_lblRemark;
     QPushButton* m_cmdCancel;
     QPushButton* m_cmdEmpty;
     QPushButton* m_cmdClose;

@@ -44,18 +44,24 @@ DiscMedium MediumFromReport(const QString& profile, const QString& status, const
 
 } // namespace
 
-DiscMedium DiscTarget::Medium() const
+DiscMedium DiscTarget::ImageMedium() const
 {
-    if (m_isImage) {
-        const QString folder = FolderOf(m_path);
-        DiscMedium medium;
-        medium.writable = FolderExists(folder) && QFileInfo(NativePath(folder)).isWritable();
-        medium.freeBytes = Files().FreeBytes(folder);
-        medium.reason = u"이미지를 저장할 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(NativePath(folder));
-        return medium;
-    }
-    XorrisoRun run({u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s}, XorrisoRun::LongestLookMs);
-    if (!run.Await()) {
+    const QString folder = FolderOf(m_path);
+    DiscMedium medium;
+    medium.writable = FolderExists(folder) && QFileInfo(NativePath(folder)).isWritable();
+    medium.freeBytes = Files().FreeBytes(folder);
+    medium.reason = u"이미지를 저장할 폴더에 쓸 수 없습니다.!! (%1)"_s.arg(NativePath(folder));
+    return medium;
+}
+
+QStringList DiscTarget::LookCommands() const
+{
+    return {u"-outdev"_s, m_path, u"-toc"_s, u"-tell_media_space"_s};
+}
+
+DiscMedium DiscTarget::MediumOf(const XorrisoRun& run)
+{
+    if (!run.Succeeded()) {
         DiscMedium none;
         none.reason = run.Reason();
         return none;

@@ -3,6 +3,9 @@
 #include "contracts/cd.h"
 
 #include <QString>
+#include <QStringList>
+
+class XorrisoRun;
 
 /// A medium as it was found in the drive.
 struct DiscMedium
@@ -23,8 +26,12 @@ public:
     DiscTarget(const QString& path, bool isImage) : m_path(path), m_isImage(isImage) {}
 
     bool IsImage() const { return m_isImage; }
-    /// Asks the drive, which can take seconds; the screens are painted meanwhile.
-    DiscMedium Medium() const;
+    const QString& Path() const { return m_path; }
+    /// What there is in the place of an image.
+    DiscMedium ImageMedium() const;
+    /// Commands that ask a drive, and what it told.
+    QStringList LookCommands() const;
+    static DiscMedium MediumOf(const XorrisoRun& run);
 
     /// Address for the writing program. Throws PlatformError.
     QString Begin();

@@ -2,10 +2,8 @@
 
 #include "platform/process/child_process.h"
 
-#include <QEventLoop>
 #include <QFile>
 #include <QRegularExpression>
-#include <QStandardPaths>
 
 #include <array>
 
@@ -17,8 +15,6 @@ const QString Name = u"xorriso"_s;
 
 /// Closing a medium is reported each second; a drive that says nothing for so long won't come back.
 constexpr int LongestSilenceMs = 180000;
-/// Six hours of progress at ten lines a second are half of it.
-constexpr qint64 OutputBytes = qint64(64) << 20;
 /// The list of a disc with some hundred thousand files.
 constexpr qsizetype ResultBytes = qsizetype(16) << 20;
 /// What it knows of the files is in it; a piece of the disc that it keeps in hand has a few megabytes.
@@ -40,19 +36,19 @@ QString XorrisoRun::Program()
     return ProgramPath(u"xorriso"_s);
 }
 
-XorrisoRun::XorrisoRun(const QStringList& commands, int longestMs) : m_process(new QProcess)
+XorrisoRun::XorrisoRun(const QStringList& commands, const Limits& limits) : m_process(new QProcess)
 {
     PrepareChild(*m_process, MemoryBytes);
     m_process->setProgram(Program());
     m_process->setArguments(FirstCommands() + commands + QStringList{u"-end"_s});
     m_silence.setInterval(LongestSilenceMs);
     connect(&m_silence, &QTimer::timeout, this, [this] { GiveUp(u"CD드라이브가 응답하지 않습니다.!!"_s); });
-    m_total.setInterval(longestMs);
+    m_total.setInterval(limits.totalMs);
     connect(&m_total, &QTimer::timeout, this, [this] { GiveUp(QString::fromUtf16(EndlessChildText).arg(Name)); });
     for (QTimer* timer : {&m_silence, &m_total})
         timer->setSingleShot(true);
     TakeOutput(
-        *m_process, this, OutputBytes,
+        *m_process, this, limits.outputBytes,
         [this](QProcess::ProcessChannel channel, const QByteArray& more) { TakePrinted(channel, more); },
         [this] { GiveUp(QString::fromUtf16(BabblingChildText).arg(Name)); });
     connect(m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
@@ -91,15 +87,6 @@ void XorrisoRun::Start()
 void XorrisoRun::Kill()
 {
     KillChild(*m_process);
-}
-
-bool XorrisoRun::Await()
-{
-    QEventLoop loop;
-    connect(this, &XorrisoRun::Ended, &loop, &QEventLoop::quit);
-    QMetaObject::invokeMethod(this, &XorrisoRun::Start, Qt::QueuedConnection);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-    return m_succeeded;
 }
 
 QString XorrisoRun::Reason() const

@@ -20,13 +20,19 @@ public:
     /// Path of the program; empty when it isn't installed.
     static QString Program();
 
-    /// From start to end: more than a disc of two layers takes at its lowest speed, with each sector read back.
-    static constexpr int LongestWritingMs = 6 * 3600 * 1000;
-    /// The same of a run that only looks at the medium.
-    static constexpr int LongestLookMs = 600'000;
+    struct Limits
+    {
+        int totalMs;        ///< From start to end.
+        qint64 outputBytes; ///< That the program prints.
+    };
+    /// More than a disc of two layers takes at its lowest speed, with each sector read back; six hours of progress at
+    /// ten lines a second are half of the output.
+    static constexpr Limits Writing{6 * 3600 * 1000, qint64(64) << 20};
+    /// A run that only looks at the medium.
+    static constexpr Limits Look{180'000, qint64(1) << 20};
 
     /// `commands` follow those that every run begins with.
-    explicit XorrisoRun(const QStringList& commands, int longestMs = LongestWritingMs);
+    explicit XorrisoRun(const QStringList& commands, const Limits& limits = Writing);
     /// Ends the child without waiting for a drive that doesn't answer.
     ~XorrisoRun() override;
 
@@ -44,8 +50,7 @@ public:
     /// Bytes that the child has read so far, those of a device not counted.
     qint64 ReadBytes() const;
 
-    /// Runs to the end while the screens are painted, but takes no clicks and keys. False when the run has failed.
-    bool Await();
+    bool HasEnded() const { return m_ended; }
 
 Q_SIGNALS:
     /// Bytes written, and the share of the whole from 0 to 1.

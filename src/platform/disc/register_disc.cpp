@@ -15,8 +15,15 @@ public:
 
     bool Equipped() override { return m_writer->Equipped(); }
     QString burnArea() override { return m_writer->BurnArea(); }
-    bool isburning() const override { return m_writer->IsBurning(); }
+    bool isburning() const override { return m_writer->IsBusy(); }
     void Startburn() override { m_writer->StartBurn(); }
+    void UseDrive(const QString& path) override { m_writer->UseDrive(path); }
+    DiscContent Content() override { return m_writer->Content(); }
+    qint64 KnownRoom() override { return m_writer->KnownRoom(); }
+    void AddFolder(const QString& folder) override { m_writer->AddFolder(folder); }
+    void ShowOver(QWidget& screen) override { m_writer->ShowOver(screen); }
+    void Finish() override { m_writer->Finish(); }
+    QString Interrupted() override { return m_writer->Interrupted(); }
 
 private:
     std::shared_ptr<DiscWriter> m_writer;
@@ -39,6 +46,7 @@ public:
     explicit WriterOptions(std::shared_ptr<DiscWriter> writer) : m_writer(std::move(writer)) {}
 
     void UseImage(const QString& path) override { m_writer->UseImage(path); }
+    void UseSticks(bool use) override { m_writer->UseSticks(use); }
 
 private:
     std::shared_ptr<DiscWriter> m_writer;

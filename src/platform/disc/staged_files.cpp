@@ -17,11 +17,12 @@ constexpr qint64 VolumeBytes = 1024 * 1024;
 /// Of a name, in the file system and on a disc.
 constexpr qsizetype LongestNameBytes = 255;
 
-QString DiscName(const QString& name, QSet<QString>& taken)
+QString DiscName(const QString& name, DiscNames names, QSet<QString>& taken)
 {
     static const QRegularExpression breaking(uR"([\x00-\x1f\x7f])"_s);
+    static const QRegularExpression refused(uR"([\x00-\x1f\x7f"*:<>?|\\]|[. ]+$)"_s);
     QString plain = name;
-    plain.replace(breaking, u"_"_s);
+    plain.replace(names == DiscNames::Stick ? refused : breaking, u"_"_s);
     QString chosen = plain;
     for (int number = 2; taken.contains(chosen.toCaseFolded()); ++number)
         chosen = NumberedName(plain, number);
@@ -29,7 +30,8 @@ QString DiscName(const QString& name, QSet<QString>& taken)
     return chosen;
 }
 
-void ListInto(StagedFiles& staged, const QString& root, const QString& below, const QString& discFolder)
+void ListInto(StagedFiles& staged, DiscNames names, const QString& root, const QString& below,
+              const QString& discFolder)
 {
     QSet<QString> taken;
     for (const FolderEntry& entry : Files().Entries(root + below)) {
@@ -40,12 +42,12 @@ void ListInto(StagedFiles& staged, const QString& root, const QString& below, co
             staged.unreadable << below + entry.Name;
             continue;
         }
-        const QString name = DiscName(entry.Name, taken);
+        const QString name = DiscName(entry.Name, names, taken);
         if (name != entry.Name)
             staged.renames.append({discFolder + entry.Name, discFolder + name});
         if (entry.IsFolder) {
             staged.folders.append(below + entry.Name);
-            ListInto(staged, root, below + entry.Name + u'/', discFolder + name + u'/');
+            ListInto(staged, names, root, below + entry.Name + u'/', discFolder + name + u'/');
         } else {
             staged.files.append({below + entry.Name, entry.Size, entry.DateLastModified});
         }
@@ -89,24 +91,28 @@ qint64 StagedFiles::DiscBytes() const
     return bytes;
 }
 
+QString StagedFiles::OnDisc(const StagedFile& file) const
+{
+    QString path = u'/' + file.path;
+    for (const DiscRename& rename : renames) {
+        if (path == rename.from || path.startsWith(rename.from + u'/'))
+            path.replace(0, rename.from.size(), rename.to);
+    }
+    return path;
+}
+
 QHash<QString, qint64> StagedFiles::OnDisc() const
 {
     QHash<QString, qint64> expected;
-    for (const StagedFile& file : files) {
-        QString path = u'/' + file.path;
-        for (const DiscRename& rename : renames) {
-            if (path == rename.from || path.startsWith(rename.from + u'/'))
-                path.replace(0, rename.from.size(), rename.to);
-        }
-        expected.insert(path, file.bytes);
-    }
+    for (const StagedFile& file : files)
+        expected.insert(OnDisc(file), file.bytes);
     return expected;
 }
 
-StagedFiles ListStagedFiles(const QString& folder)
+StagedFiles ListStagedFiles(const QString& folder, DiscNames names)
 {
     StagedFiles staged;
-    ListInto(staged, folder, QString(), u"/"_s);
+    ListInto(staged, names, folder, QString(), u"/"_s);
     return staged;
 }
 

@@ -29,14 +29,19 @@ struct StagedFiles
 
     /// What they take on a disc: whole sectors, folder records, and the volume's own tables.
     qint64 DiscBytes() const;
+    /// Path of a file on the disc, from its root.
+    QString OnDisc(const StagedFile& file) const;
     /// Paths and sizes of the files as the disc has to hold them, from its root.
     QHash<QString, qint64> OnDisc() const;
 };
 
+/// What is written to takes other names than Windows does: a disc's second set of names sees to that, a stick has none.
+enum class DiscNames { Disc, Stick };
+
 /// What lies in the folder. Links and other things that are no files are left out. Names that only differ in case,
-/// which Windows takes for one, get a number; characters that break a line become an underline.
-/// Throws PlatformError.
-StagedFiles ListStagedFiles(const QString& folder);
+/// which Windows takes for one, get a number; characters that break a line become an underline, and on a stick those
+/// that its file system doesn't take. Throws PlatformError.
+StagedFiles ListStagedFiles(const QString& folder, DiscNames names = DiscNames::Disc);
 
 /// Paths of those files that are no longer as they were.
 QStringList ChangedSince(const QString& folder, const StagedFiles& staged);

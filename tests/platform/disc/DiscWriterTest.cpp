@@ -1,7 +1,10 @@
 #include "platform/disc/DiscWriter.h"
 #include "DiscInABox.h"
+#include "FakeUdisks.h"
+#include "frame/waiting.h"
 
 #include <csignal>
+#include <sys/resource.h>
 
 using namespace Qt::StringLiterals;
 
@@ -13,6 +16,16 @@ QByteArray Noise(qsizetype bytes)
     for (char& byte : noise)
         byte = static_cast<char>(random.bounded(256));
     return noise;
+}
+
+/// A longer file can't be written by this process.
+void LimitFiles(rlim_t bytes)
+{
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    limit.rlim_cur = std::min(bytes, limit.rlim_max);
+    setrlimit(RLIMIT_FSIZE, &limit);
 }
 
 const QString Kept = u"저장할 파일은 그대로 있습니다."_s;
@@ -257,6 +270,123 @@ private Q_SLOTS:
             QCOMPARE(QFileInfo(m_box->Images() + u"sr2"_s).size(), 0);
         }
         QVERIFY2(DiscInABox::Said().contains(said), qPrintable(DiscInABox::Said()));
+    }
+
+    /// One program asks the drive, whatever is pressed meanwhile, and the operator needn't wait for it.
+    void ADriveThatDoesntAnswer()
+    {
+        WriteWholeFile(m_box->Images() + u"sr0"_s, "");
+        m_box->Stage(u"a.jpg"_s, "a");
+        m_box->Replace(u"echo $$ >> $IMAGES/asked; exec sleep 1000"_s);
+        DiscWriter writer(m_box->Images());
+        const QString asked = m_box->Images() + u"asked"_s;
+        QTimer press;
+        connect(&press, &QTimer::timeout, &press, [&] {
+            if (Files().KindOf(asked) == FileKind::None)
+                return;
+            press.stop();
+            QVERIFY(writer.IsBusy() && writer.Equipped());
+            writer.StartBurn();
+            QVERIFY(!writer.IsBurning());
+            waiting::Cancel();
+        });
+        press.start(10);
+        QVERIFY_THROWS_EXCEPTION(PlatformError, writer.Equipped());
+        const QByteArray children = Files().ReadFile(asked);
+        QCOMPARE(children.count('\n'), 1);
+        QTRY_VERIFY(kill(children.trimmed().toInt(), 0) != 0);
+        QVERIFY(!writer.IsBusy());
+    }
+
+    void ADriveTellsGarbage_data()
+    {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("no text") << u"head -c 900000 /dev/urandom >&2"_s;
+        QTest::newRow("without an end of the line") << u"tr '\\0' x </dev/zero"_s;
+        QTest::newRow("notes without end") << u"yes 'Media status : is blank' >&2"_s;
+        QTest::newRow("nothing") << QString();
+    }
+
+    void ADriveTellsGarbage()
+    {
+        QFETCH(const QString, script);
+        WriteWholeFile(m_box->Images() + u"sr0"_s, "");
+        m_box->Stage(u"a.jpg"_s, "a");
+        m_box->Replace(script.isEmpty() ? u"exit"_s : script);
+        DiscWriter writer(m_box->Images());
+        QVERIFY(!writer.Equipped());
+        writer.StartBurn();
+        QTRY_VERIFY(!writer.IsBurning());
+        QVERIFY2(DiscInABox::Said().contains(u"CD에 쓸 수 없습니다.!!"_s), qPrintable(DiscInABox::Said()));
+    }
+
+    /// The system ends the program; the next one tells.
+    void ADiscThatCouldntBeFinishedIsToldOf()
+    {
+        m_box->Stage(u"a.jpg"_s, "a");
+        m_box->Replace(u"exec sleep 1000"_s);
+        const auto burner = DiscInABox::Burner();
+        burner->Startburn();
+        QVERIFY(burner->isburning());
+        QCOMPARE(burner->Interrupted(), QString());
+        m_box->desk->endIsRequested = true;
+        burner->Finish();
+        QVERIFY(!burner->isburning());
+        RegisterDisc();
+        QVERIFY(DiscInABox::Burner()->Interrupted().contains(u"cd.iso"_s));
+        QCOMPARE(DiscInABox::Burner()->Interrupted(), QString());
+        QCOMPARE(m_box->ImageNames(), QStringList{});
+    }
+
+    void AStick_data()
+    {
+        Columns<QString, QString, QStringList>("trouble", "said", "onStick");
+        const QStringList written{u"CAPTURE_20261124-2"_s, u"CAPTURE_20261124"_s};
+        const QStringList before{u"CAPTURE_20261124"_s};
+        QTest::newRow("none") << QString() << u"이제 빼도 됩니다."_s << written;
+        QTest::newRow("in use") << u"busy"_s << u"다른 프로그램이"_s << written;
+        QTest::newRow("full") << u"full"_s << u"공간이 부족합니다.!!"_s << before;
+        QTest::newRow("write-protected") << u"protected"_s << u"쓰기 금지"_s << before;
+        QTest::newRow("a write fails") << u"fault"_s << u"저장하지 못했습니다.!!"_s << before;
+        QTest::newRow("cancelled") << u"cancel"_s << u"취소하였습니다."_s << before;
+        QTest::newRow("pulled out") << u"gone"_s << u"빠졌습니다.!!"_s << QStringList{};
+    }
+
+    void AStick()
+    {
+        QFETCH3(QString, trouble, QString, said, QStringList, onStick);
+        const QString place = m_box->Images() + u"STICK"_s;
+        QDir().mkpath(place + u"/CAPTURE_20261124"_s);
+        FakeUdisks udisks(m_box->Images() + u"bus"_s, place);
+        udisks.refusal = trouble == u"busy" ? u"org.freedesktop.UDisks2.Error.DeviceBusy"_s : QString();
+        udisks.isReadOnly = trouble == u"protected";
+        m_box->Stage(u"a.jpg"_s, Noise(3000000));
+        m_box->Stage(u"폴더/물음?.txt"_s, "b");
+        m_box->files->freeBytes = trouble == u"full" ? 1000000 : -1;
+        DiscWriter writer(m_box->Images());
+        writer.UseSticks(true);
+        QCOMPARE(writer.Drives().size(), 1);
+        QCOMPARE(writer.Drives().first().DriveType, DriveTypeRemovable);
+        writer.UseDrive(place);
+        QVERIFY(writer.Equipped());
+        if (trouble == u"fault")
+            LimitFiles(1000000);
+        writer.StartBurn();
+        if (trouble == u"cancel")
+            DiscInABox::Press(u"cmdCancel"_s);
+        if (trouble == u"gone")
+            QVERIFY(QDir().rename(place, m_box->Images() + u"pulled"_s));
+        QTRY_VERIFY(!writer.IsBurning());
+        LimitFiles(RLIM_INFINITY);
+        QVERIFY2(DiscInABox::Said().contains(said), qPrintable(DiscInABox::Said()));
+        QCOMPARE(QDir(place).entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), onStick.size());
+        for (const QString& name : onStick)
+            QVERIFY(FolderExists(place + u'/' + name));
+        QCOMPARE(udisks.unmounted.size(), trouble.isEmpty() ? 1 : 0);
+        if (onStick.size() == 2) {
+            QCOMPARE(Files().ReadFile(place + u"/CAPTURE_20261124-2/a.jpg"_s), Noise(3000000));
+            QCOMPARE(Files().ReadFile(place + u"/CAPTURE_20261124-2/폴더/물음_.txt"_s), QByteArray("b"));
+        }
     }
 
 private:

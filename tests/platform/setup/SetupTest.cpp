@@ -82,6 +82,7 @@ private Q_SLOTS:
                  (QHash<QString, QString>{{u"1"_s, u"/dev/ttyUSB0"_s}, {u"3"_s, u"/dev/ttyACM0"_s}}));
         QCOMPARE(setup.PrinterFolder, Folder() + u"/인쇄"_s);
         QCOMPARE(setup.BurnerImage, u"/var/tmp/cd.iso"_s);
+        QVERIFY(setup.BurnerIndex && !setup.BurnerIndexNotes && setup.BurnerUsb);
         QVERIFY(setup.Pacs.Characters == DicomCharacters::Korean && setup.Pacs.HasNameParts);
         QVERIFY(setup.Pacs.SendsAtClosing && setup.Pacs.PatientIdPrefix == u"NARAE-");
         QCOMPARE(outcome.places.size(), 2u);
@@ -310,7 +311,7 @@ private:
                "CheckTable=1\nPrintPreview=1\n\n"
                "[Saup.1]\nYoyangno=11100001\nHospital=나래의원\n[saup.12]\nHospital=빛터의원\n\n"
                "[Video]\nTestPicture=1\n[SerialPort]\n1=/dev/ttyUSB0\n03=/dev/ttyACM0\n4=\n"
-               "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\n"
+               "[Printer]\nFolder=인쇄\n[Burner]\nImage=/var/tmp/cd.iso\nIndex=1\nUsb=1\n"
                "[Pacs]\nAtClosing=1\nPatientIdPrefix=NARAE-\nCharacterSet=\\ISO 2022 IR 149\nNameParts=1\n"_s.arg(
                    database.driver, database.socket, database.name, database.user, Folder());
     }
