@@ -28,6 +28,11 @@ QJsonObject FactsOf(const Visit& visit, int number)
 
 } // namespace
 
+bool MovieCheck::IsMovie(const QString& name)
+{
+    return name.endsWith(u".avi", Qt::CaseInsensitive) && !name.startsWith(u'.');
+}
+
 void MovieCheck::Check(bool learns)
 {
     for (const StoredSum& sum : MovieSums(m_year.Year())) {
@@ -38,7 +43,7 @@ void MovieCheck::Check(bool learns)
     }
     for (const QString& name : m_year.Movies().names.files) {
         const QString path = m_year.Movies().path + name;
-        if (!name.endsWith(u".avi", Qt::CaseInsensitive) || name.startsWith(u'.'))
+        if (!IsMovie(name))
             continue;
         try {
             CheckMovie(name, learns);

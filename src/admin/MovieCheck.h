@@ -14,6 +14,8 @@ class MovieCheck
 public:
     MovieCheck(const ArchiveYear& year, ArchiveFindings& findings) : m_year(year), m_findings(findings) {}
 
+    /// By its name; one that is being written is none yet.
+    static bool IsMovie(const QString& name);
     /// Throws PlatformError when the database doesn't answer.
     void Check(bool learns);
     int Without() const { return m_without; } ///< How many have no sum.

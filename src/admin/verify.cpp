@@ -333,7 +333,7 @@ void Verification::CheckMovies(const ArchiveYear& year)
     m_withoutSum += movies.Without();
     m_learned += movies.Learned();
     for (const QString& name : year.Movies().names.files) {
-        if (!name.endsWith(u".avi", Qt::CaseInsensitive) || name.startsWith(u'.'))
+        if (!MovieCheck::IsMovie(name))
             TellOther(year.Movies().path, name);
     }
 }

@@ -23,12 +23,17 @@ constexpr int EndPatienceMs = 1000;
 /// What it waits for the journal.
 constexpr int JournalPatienceMs = 3000;
 
+[[noreturn]] void ThrowAway(const QString& path)
+{
+    throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(path)));
+}
+
 /// The picture has been deleted since: what lies in the Log folder is what was marked up.
 void KeepOfDeleted(const MarkedJob& job)
 {
     const QString path = job.visit.DeletedPicturePath(job.number);
     if (!capture_root::IsGone(job.visit.captureDir, job.visit.PicturePath(job.number)))
-        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(job.visit.SectionFolder())));
+        ThrowAway(job.visit.SectionFolder());
     if (Files().KindOf(path) == FileKind::File && SumOf(Files().ReadArchivedFile(path)) == job.sum)
         ReplaceSum(job.visit, job.number, job.sum, SumState::Deleted);
 }
@@ -45,7 +50,7 @@ void Keep(const MarkedJob& job)
 {
     // Statements wait behind this.
     if (filecalls::AnyHeld())
-        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(job.visit.SectionFolder())));
+        ThrowAway(job.visit.SectionFolder());
     const QString live = job.Path();
     const QByteArray present = Files().VersionOf(live);
     if (present.isEmpty()) {
@@ -54,7 +59,7 @@ void Keep(const MarkedJob& job)
         else if (capture_root::IsGone(job.visit.captureDir, live))
             SumIsDeleted(OfMovies(job.visit), job.number, {});
         else
-            throw FilesAway(u"저장 폴더가 응답하지 않습니다.!! (%1)"_s.arg(NativePath(live)));
+            ThrowAway(live);
         return;
     }
     // Another station's file has come since, and its sum comes behind it.

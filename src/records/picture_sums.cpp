@@ -98,6 +98,17 @@ void NoteOnce(const PlatformError& error)
                            error.Text());
 }
 
+/// Nothing without the table.
+std::optional<QList<StoredSum>> SumsIfThere(const Statement& statement)
+{
+    try {
+        return SumsIn(statement);
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+        return std::nullopt;
+    }
+}
+
 /// Whatever becomes of a sum, its picture goes its way.
 template <class Work>
 void WithTable(const Visit& visit, int number, const Work& work)
@@ -278,12 +289,7 @@ std::optional<QList<StoredSum>> StoredSums(const QString& year, const std::optio
             .Piece(u" ) ) ) ) ) ) ");
     }
     statement.Then(u" ORDER BY sum_chart, sum_ymd, sum_etc, sum_no, sum_id LIMIT ", most).Piece(u" ");
-    try {
-        return SumsIn(statement);
-    } catch (const TableRefused& error) {
-        NoteOnce(error);
-        return std::nullopt;
-    }
+    return SumsIfThere(statement);
 }
 
 QList<StoredSum> MovieSums(const QString& year)
@@ -292,23 +298,13 @@ QList<StoredSum> MovieSums(const QString& year)
     statement.Quoted(u" WHERE LEFT(sum_ymd, 4) = '", year)
         .Quoted(u" AND sum_etc = '", QString::fromUtf16(MovieSection))
         .Quoted(u" AND sum_state <> '", States.last());
-    try {
-        return SumsIn(statement);
-    } catch (const TableRefused& error) {
-        NoteOnce(error);
-        return {};
-    }
+    return SumsIfThere(statement).value_or(QList<StoredSum>());
 }
 
 QList<StoredSum> SumsOfVisit(const Visit& visit)
 {
     Statement statement(Columns);
-    try {
-        return SumsIn(OfVisit(statement, visit));
-    } catch (const TableRefused& error) {
-        NoteOnce(error);
-        return {};
-    }
+    return SumsIfThere(OfVisit(statement, visit)).value_or(QList<StoredSum>());
 }
 
 bool TrustSum(const Visit& visit, int number, const PictureSum& sum)
