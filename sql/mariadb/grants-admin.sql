@@ -11,10 +11,12 @@ GRANT SELECT ON `clinic`.ca TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.cap TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.caso TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.ca_uid TO 'station_admin'@'%';
+GRANT SELECT ON `clinic`.ca_study TO 'station_admin'@'%';
 GRANT SELECT ON `clinic`.ca_sum TO 'station_admin'@'%';
 -- Where all of a patient is to be removed (patient --remove), for as long as that takes:
 -- GRANT DELETE ON `clinic`.ca TO 'station_admin'@'%';
 -- GRANT DELETE ON `clinic`.cap TO 'station_admin'@'%';
 -- GRANT DELETE ON `clinic`.caso TO 'station_admin'@'%';
 -- GRANT DELETE ON `clinic`.ca_uid TO 'station_admin'@'%';
+-- GRANT DELETE ON `clinic`.ca_study TO 'station_admin'@'%';
 -- GRANT DELETE ON `clinic`.ca_sum TO 'station_admin'@'%';

@@ -55,7 +55,7 @@ CheckLine CheckPacs(const PacsSetupRecord& pacs)
 {
     const QString place = u"%1:%2, %3"_s.arg(pacs.Host).arg(pacs.Port).arg(pacs.CalledAet);
     const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
-    const DicomOutcome answer = kit->Echo({pacs.Host, pacs.Port, pacs.CalledAet, pacs.CallingAet}, {});
+    const DicomOutcome answer = kit->Echo(pacs.Server(), {});
     if (answer.kind == DicomOutcome::Accepted)
         return {CheckLine::Right, u"PACS 서버"_s, place};
     return {CheckLine::Wrong, u"PACS 서버"_s, u"%1: %2"_s.arg(place, answer.reason),

@@ -28,6 +28,8 @@ QList<Use> UsesOf(const ClientSetupRecord& client)
     if (!marksInYk)
         uses.append({u"endo"_s, {u"UPDATE"_s}, true});
     uses.append({u"ca_uid"_s, {u"INSERT"_s}, false, u"PACS와 CD로 나간 방문의 식별자를 기억하지 못합니다"_s});
+    uses.append(
+        {u"ca_study"_s, {u"INSERT"_s, u"UPDATE"_s}, false, u"PACS로 나간 검사의 종류와 처방을 기억하지 못합니다"_s});
     uses.append({u"ca_log"_s,
                  {u"INSERT"_s},
                  false,

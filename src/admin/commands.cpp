@@ -121,8 +121,9 @@ const QList<Command>& Commands()
          [](const Call& call) { return SetUpFirst(call.out); }},
         {u"upgrade-tables"_s,
          u"[--yes] [--utf8mb4] [--bytes=euckr|utf8|latin1] [--user=이름 [--password-file=파일]]"_s,
-         u"스테이션의 테이블(ca, cap, ca_uid, ca_sum, caso)의 짧은 칸, 문자 집합, 키를 글을 바꾸지 않고 고치고, 없는 "
-         u"ca_uid, ca_log, ca_sum을 만듭니다. 할 일을 먼저 알리고 물어봅니다."_s,
+         u"스테이션의 테이블(ca, cap, ca_uid, ca_study, ca_sum, caso)의 짧은 칸, 문자 집합, 키를 글을 바꾸지 않고 "
+         u"고치고, 없는 "
+         u"ca_uid, ca_study, ca_log, ca_sum을 만듭니다. 할 일을 먼저 알리고 물어봅니다."_s,
          Needs::Nothing,
          0,
          0,

@@ -61,11 +61,7 @@ public:
     }
 
 private:
-    void Open()
-    {
-        const PacsSetupRecord& pacs = ClientSetup.Pacs;
-        Check(m_kit->Open({pacs.Host, pacs.Port, pacs.CalledAet, pacs.CallingAet}, {}));
-    }
+    void Open() { Check(m_kit->Open(ClientSetup.Pacs.Server(), {})); }
 
     static void Check(const DicomOutcome& outcome)
     {

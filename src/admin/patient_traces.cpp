@@ -205,11 +205,9 @@ void LookIntoQueues(const QString& folder, PatientTraces& traces)
 void LookIntoTables(bool isServer, PatientTraces& traces)
 {
     // In the order in which they go: what tells where a file lay before what tells that there was a visit.
-    const QList<std::pair<QString, QString>> tables{{u"ca_sum"_s, u"sum_chart"_s},
-                                                    {u"cap"_s, u"cap_chart"_s},
-                                                    {u"ca"_s, u"ca_chart"_s},
-                                                    {u"caso"_s, u"caso_chart"_s},
-                                                    {u"ca_uid"_s, u"uid_chart"_s}};
+    const QList<std::pair<QString, QString>> tables{{u"ca_sum"_s, u"sum_chart"_s},  {u"cap"_s, u"cap_chart"_s},
+                                                    {u"ca"_s, u"ca_chart"_s},       {u"caso"_s, u"caso_chart"_s},
+                                                    {u"ca_study"_s, u"st_chart"_s}, {u"ca_uid"_s, u"uid_chart"_s}};
     for (const auto& [table, column] : tables) {
         if (ColumnsOf(table, isServer).isEmpty()) {
             traces.closedTables << table;

@@ -124,6 +124,9 @@ const QList<LaterTable>& LaterTables()
 {
     static const QList<LaterTable> tables{
         {u"ca_uid"_s, {u"SELECT"_s, u"INSERT"_s}, u"방문이 PACS와 CD에서 어떤 식별자로 알려졌는지 기억합니다"_s},
+        {u"ca_study"_s,
+         {u"SELECT"_s, u"INSERT"_s, u"UPDATE"_s},
+         u"PACS로 나간 검사의 종류와 시각, 병원의 처방을 기억합니다"_s},
         {u"ca_log"_s, {u"INSERT"_s}, u"누가 언제 어느 환자의 그림을 보고 바꾸고 지웠는지 남깁니다"_s},
         {u"ca_sum"_s, {u"SELECT"_s, u"INSERT"_s, u"UPDATE"_s}, u"그림 파일의 합을 기억합니다"_s},
     };
@@ -203,7 +206,7 @@ QList<TableUpgrade> PlanAll(const OutsideChecks::Setup& setup, const UpgradeWish
         throw PlatformError(
             u"MariaDB 서버에서만 쓸 수 있습니다.!! /usr/share/capture-station/sql/mariadb의 ca_uid.sql, ca_log.sql, "
             "ca_sum.sql과 steps의 단계를 보십시오."_s);
-    for (const QString& table : {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_sum"_s, u"caso"_s}) {
+    for (const QString& table : {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_study"_s, u"ca_sum"_s, u"caso"_s}) {
         upgrades.append(TableUpgrade::Plan(table, wishes));
         Tell(upgrades.last(), out);
     }

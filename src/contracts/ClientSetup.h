@@ -1,6 +1,6 @@
 #pragma once
 
-#include "contracts/dicom.h"
+#include "contracts/PacsSetup.h"
 
 #include <QHash>
 #include <QString>
@@ -13,25 +13,6 @@ inline bool FitsSectionColumn(const QString& section)
 {
     return section.toUtf8().size() <= 100;
 }
-
-/// The clinic's server for pictures.
-struct PacsSetupRecord
-{
-    QString Host; ///< Empty: the clinic has none, and all that belongs to it stays away.
-    int Port = 104;
-    QString CalledAet;
-    QString CallingAet;
-    bool SendsEachStill = false; ///< As soon as it is safe; otherwise when the visit is stored.
-    bool SendsAtClosing = false; ///< Visits that the screen was closed on without storing them. `AtClosing=1`
-    QString Institution;         ///< Empty: the first place of business.
-    QString UidRoot;             ///< Empty: identifiers that need no registration.
-    QString PatientIdPrefix;     ///< Stands before the chart. `PatientIdPrefix=`
-    DicomCharacters Characters =
-        DicomCharacters::Unicode; ///< `CharacterSet=ISO_IR 192` (default) or `\ISO 2022 IR 149`
-    bool HasNameParts = false;    ///< `NameParts=1`
-
-    bool operator==(const PacsSetupRecord&) const = default;
-};
 
 /// The clinic's setup as the setup component delivers it. All fields are text.
 struct ClientSetupRecord

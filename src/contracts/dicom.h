@@ -16,6 +16,7 @@ struct DicomIdentity
     QString uidRoot;     ///< The clinic's own root of identifiers; empty: `2.25`, which needs no registration.
     QString patientId;   ///< The chart, with the clinic's prefix where it has one.
     QString issuer;      ///< Of the patient's number; may be empty.
+    QString study = {};  ///< The study's own identifier; empty: it is made from the others.
 
     bool operator==(const DicomIdentity&) const = default;
 };
@@ -24,6 +25,58 @@ struct DicomIdentity
 enum class DicomCharacters {
     Unicode, ///< `ISO_IR 192`
     Korean,  ///< `\ISO 2022 IR 149` with its escapes; an object with other letters goes in Unicode.
+};
+
+/// What a section's pictures are to other systems.
+enum class DicomModality {
+    Endoscopy,   ///< ES
+    Ultrasound,  ///< US
+    Microscopy,  ///< GM
+    Photography, ///< XC
+};
+
+struct DicomPictureKind
+{
+    DicomModality modality = DicomModality::Endoscopy;
+    QString bodyPart;   ///< Defined term of the standard, such as "STOMACH"; empty when nothing says it.
+    QString laterality; ///< "R" or "L"; empty when nothing says it.
+
+    bool operator==(const DicomPictureKind&) const = default;
+};
+
+/// What the hospital has ordered, as its worklist has it. Texts as they are read, without escapes; any may be empty.
+struct DicomOrder
+{
+    QString accession;       ///< (0008,0050)
+    QString procedureId;     ///< (0040,1001) of the requested procedure.
+    QString procedureText;   ///< (0032,1060)
+    QString procedureCode;   ///< Code value of (0032,1064),
+    QString procedureScheme; ///< its scheme,
+    QString procedureName;   ///< and its meaning.
+    QString stepId;          ///< (0040,0009) of the scheduled procedure step.
+    QString stepText;        ///< (0040,0007)
+    QString referring;       ///< (0008,0090), with its `^`.
+
+    bool operator==(const DicomOrder&) const = default;
+};
+
+/// What a visit's study is elsewhere, beside its identity. Once a picture has been sent it stays, but for the order.
+struct DicomStudy
+{
+    QString time; ///< `HHmmss`: of the first of its pictures that was sent; empty when earlier releases sent them.
+    DicomPictureKind kind;
+    DicomOrder order;
+
+    bool operator==(const DicomStudy&) const = default;
+};
+
+/// An object that stands at a server.
+struct DicomReference
+{
+    QString classUid;
+    QString uid;
+
+    bool operator==(const DicomReference&) const = default;
 };
 
 /// A picture as another system is to know it. Texts as the clinic's tables have them; the adapter makes them harmless
@@ -42,16 +95,36 @@ struct DicomPicture
     DicomIdentity identity;
     DicomCharacters characters = DicomCharacters::Unicode;
     bool hasNameParts = false; ///< Korean names are told as family and given name.
+    DicomStudy study;
     int number = 0;
+    int instance = 0; ///< Instance number in its series; 0: the picture's own number.
+    /// Of the picture that this one was marked up from; empty for an original.
+    DicomReference original;
+    QString burnedIn;   ///< Whether a name may stand in the picture: "YES" or "NO"; empty: nothing is said of it.
+    int restorings = 0; ///< How often it has come back from the deleted ones: it is another instance then.
 };
 
-/// A server that takes pictures.
+/// Files of an encrypted connection, as the machine names them. With an authority every connection is encrypted or
+/// isn't made.
+struct DicomTls
+{
+    QString authority;   ///< Certificates that the server's is checked by (PEM); empty: nothing is encrypted.
+    QString certificate; ///< The station's own, where the server wants one (PEM).
+    QString key;         ///< Its private key (PEM, without a password).
+
+    bool operator==(const DicomTls&) const = default;
+};
+
+/// A server of the hospital.
 struct DicomPeer
 {
     QString host;
     int port = 104;
     QString calledAet;
     QString callingAet;
+    DicomTls tls = {};
+
+    bool operator==(const DicomPeer&) const = default;
 };
 
 struct DicomOutcome

@@ -4,12 +4,21 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+#include <algorithm>
+#include <array>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// Of the names that the station makes identifiers from.
 const QUuid StationNames(u"{6b0f0e53-3c0e-4d3e-9a55-0f4b1c7f6f2d}"_s);
+/// Of the series, in their order.
+const std::array<QString, 4> SeriesNames{u"series"_s, u"reports"_s, u"movies"_s, u"rejections"_s};
+const std::array<QString, 4> ModalityWords{u"ES"_s, u"US"_s, u"GM"_s, u"XC"_s};
+/// VL Endoscopic, Ultrasound, VL Microscopic and VL Photographic Image Storage.
+const std::array<QString, 4> ClassUids{u"1.2.840.10008.5.1.4.1.1.77.1.1"_s, u"1.2.840.10008.5.1.4.1.1.6.1"_s,
+                                       u"1.2.840.10008.5.1.4.1.1.77.1.2"_s, u"1.2.840.10008.5.1.4.1.1.77.1.4"_s};
 /// A character that no field holds.
 constexpr QChar Between(u'\x1f');
 
@@ -42,19 +51,48 @@ QStringList StudyFields(const DicomPicture& picture)
 
 QString StudyUid(const DicomPicture& picture)
 {
+    if (!picture.identity.study.isEmpty())
+        return picture.identity.study;
     return Uid(picture, StudyFields(picture) << u"study"_s);
 }
 
-QString SeriesUid(const DicomPicture& picture)
+QString SeriesUid(const DicomPicture& picture, DicomSeries series)
 {
-    return Uid(picture, StudyFields(picture) << u"series"_s);
+    return Uid(picture, StudyFields(picture) << SeriesNames.at(static_cast<std::size_t>(series)));
 }
 
 QString InstanceUid(const DicomPicture& picture, const QByteArray& content)
 {
     const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex();
-    return Uid(picture, StudyFields(picture)
-                            << u"instance"_s << QString::number(picture.number) << QString::fromLatin1(hash));
+    QStringList fields = StudyFields(picture);
+    fields << u"instance"_s << QString::number(picture.number) << QString::fromLatin1(hash);
+    if (picture.restorings > 0)
+        fields << QString::number(picture.restorings);
+    return Uid(picture, fields);
+}
+
+QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteArray& content)
+{
+    const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex();
+    return Uid(facts, StudyFields(facts) << SeriesNames.at(static_cast<std::size_t>(series)) << u"instance"_s
+                                         << QString::fromLatin1(hash));
+}
+
+QString ClassUidOf(DicomModality modality)
+{
+    return ClassUids.at(static_cast<std::size_t>(modality));
+}
+
+QString WordOf(DicomModality modality)
+{
+    return ModalityWords.at(static_cast<std::size_t>(modality));
+}
+
+std::optional<DicomModality> ModalityOf(const QString& word)
+{
+    const auto found = std::ranges::find(ModalityWords, word);
+    return found == ModalityWords.end() ? std::nullopt
+                                        : std::optional(static_cast<DicomModality>(found - ModalityWords.begin()));
 }
 
 bool IsUidRoot(const QString& root)

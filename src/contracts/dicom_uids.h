@@ -2,14 +2,26 @@
 
 #include "contracts/dicom.h"
 
+#include <optional>
+
 /// Identifiers of a picture in other systems, of at most 64 characters, derived from what it is: a repeat has the same.
 
-/// One study for institution, chart, date and section.
+/// The identity's own, else one study for institution, chart, date and section.
 QString StudyUid(const DicomPicture& picture);
-/// The study's one series.
-QString SeriesUid(const DicomPicture& picture);
+/// A study's objects of one modality stand in a series of their own.
+enum class DicomSeries { Pictures, Reports, Movies, Rejections };
+QString SeriesUid(const DicomPicture& picture, DicomSeries series = DicomSeries::Pictures);
 /// The picture by its number and its file's content: a marked-up picture is another one.
 QString InstanceUid(const DicomPicture& picture, const QByteArray& content);
+/// Any other object of the visit, by its series and what it is made of.
+QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteArray& content);
+
+/// Class of the objects that such pictures become.
+QString ClassUidOf(DicomModality modality);
+/// "ES", as an object and the station's tables have it.
+QString WordOf(DicomModality modality);
+/// Nothing for a word that is none.
+std::optional<DicomModality> ModalityOf(const QString& word);
 
 /// True for a root that leaves room behind it: digits and points, at most 24 characters, no component that begins with
 /// a needless 0.

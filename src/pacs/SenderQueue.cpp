@@ -42,13 +42,6 @@ const QString ThatGo =
     "isStored = 1 ) OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND picture.ymd = line.ymd AND "
     "picture.etc = line.etc AND picture.number = line.number AND state <> 'held' ) ) )"_s;
 
-/// Without a word to the file where they are there: others may be about to write.
-void MakeTables(LocalDatabase& queue)
-{
-    if (queue.Rows(u"SELECT name FROM sqlite_master WHERE name = 'status'"_s).isEmpty())
-        queue.Run(queue_rows::Tables());
-}
-
 } // namespace
 
 QString SenderQueue::Path()
@@ -90,7 +83,7 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
 
 SenderQueue::SenderQueue() : m_database(UseService<LocalDatabases>().Open(Path()))
 {
-    MakeTables(*m_database);
+    queue_rows::MakeTables(*m_database);
 }
 
 SenderQueue::~SenderQueue() = default;

@@ -10,8 +10,8 @@ class LocalDatabase;
 /// The tables of the sender's queue. Texts as they were handed over.
 namespace queue_rows {
 
-/// Makes those that aren't there.
-QStringList Tables();
+/// Makes those that aren't there, and what those of an earlier release lack. Throws PlatformError.
+void MakeTables(LocalDatabase& queue);
 
 QString Write(const PacsLine& line);
 /// The lines with their places, in their order, as many as `most` says.
@@ -24,8 +24,10 @@ QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition);
 QString Word(PacsState state);
 /// The condition that a picture has that state, or what gives it to a row.
 QString Is(PacsState state);
-/// The condition that a row is of that picture, or, without a number, of that visit.
+/// The condition that a row is of that picture, whichever part, or, without a number, of that visit.
 QString Same(const QString& chart, const QString& ymd, const QString& etc, int number);
+/// The condition that a row is that very one.
+QString Same(const PacsEntry& entry);
 
 /// What the sender tells of itself, by name.
 QHash<QString, QString> Status(LocalDatabase& queue);

@@ -1,6 +1,7 @@
 #include "records/picture_facts.h"
 
 #include "records/doctor_lookup.h"
+#include "records/kept_study.h"
 #include "records/patient_lookup.h"
 #include "records/Statement.h"
 #include "text/text_routines.h"
@@ -44,6 +45,8 @@ DicomPicture PictureFacts(const Visit& visit, const QString& doctor, const PacsS
         facts.institution = places.begin()->second.Hospital;
     facts.characters = setup.Characters;
     facts.hasNameParts = setup.HasNameParts;
+    facts.study = KeptStudy(visit, setup);
+    facts.burnedIn = setup.BurnedIn;
     TakePatient(facts);
     const std::optional<DoctorRow> row = Trim(doctor).isEmpty() ? std::nullopt : LookupDoctor(doctor, visit.ymd);
     if (row)

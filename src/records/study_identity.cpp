@@ -27,27 +27,39 @@ QString Cut(const QString& text, qsizetype room)
 DicomIdentity Fitting(const DicomIdentity& identity)
 {
     return {Cut(identity.institution, TextRoom), Cut(identity.uidRoot, RootRoom), Cut(identity.patientId, TextRoom),
-            Cut(identity.issuer, TextRoom)};
+            Cut(identity.issuer, TextRoom), identity.study};
 }
 
-std::optional<DicomIdentity> RowOf(const Visit& visit)
-{
-    const auto row = OpenRows(Statement(u" SELECT uid_institution, uid_root, uid_patient, uid_issuer FROM ca_uid ")
-                                  .Quoted(u" WHERE uid_chart = '", visit.chart)
-                                  .Quoted(u" AND uid_ymd = '", visit.ymd)
-                                  .Quoted(u" AND uid_etc = '", visit.etc));
-    if (!HasRow(*row))
-        return std::nullopt;
-    return DicomIdentity{FieldText(*row, 0), FieldText(*row, 1), FieldText(*row, 2), FieldText(*row, 3)};
-}
-
-void AddRow(const Visit& visit, const DicomIdentity& identity)
+/// What the visit's identifiers are made from.
+DicomPicture PictureOf(const Visit& visit, const DicomIdentity& identity)
 {
     DicomPicture picture;
     picture.chart = visit.chart;
     picture.ymd = visit.ymd;
     picture.section = visit.etc;
     picture.identity = identity;
+    return picture;
+}
+
+std::optional<DicomIdentity> RowOf(const Visit& visit)
+{
+    const auto row =
+        OpenRows(Statement(u" SELECT uid_institution, uid_root, uid_patient, uid_issuer, uid_study FROM ca_uid ")
+                     .Quoted(u" WHERE uid_chart = '", visit.chart)
+                     .Quoted(u" AND uid_ymd = '", visit.ymd)
+                     .Quoted(u" AND uid_etc = '", visit.etc));
+    if (!HasRow(*row))
+        return std::nullopt;
+    DicomIdentity identity{FieldText(*row, 0), FieldText(*row, 1), FieldText(*row, 2), FieldText(*row, 3)};
+    // Given by others: a worklist.
+    if (const QString study = FieldText(*row, 4); study != StudyUid(PictureOf(visit, identity)))
+        identity.study = study;
+    return identity;
+}
+
+void AddRow(const Visit& visit, const DicomIdentity& identity)
+{
+    const DicomPicture picture = PictureOf(visit, identity);
     Execute(Statement(u" INSERT INTO ca_uid ( uid_chart, uid_ymd, uid_etc, uid_study, uid_series, ")
                 .Piece(u"uid_institution, uid_root, uid_patient, uid_issuer ) ")
                 .Then(u" VALUES ( '", visit.chart)

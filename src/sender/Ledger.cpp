@@ -26,7 +26,7 @@ const QString NewTurn = u"place = ( SELECT MAX( place ) + 1 FROM picture ), revi
 /// A line that came meanwhile may have given it another place.
 QString Where(const PacsEntry& entry)
 {
-    return u" WHERE "_s + Same(entry.chart, entry.ymd, entry.etc, entry.number);
+    return u" WHERE "_s + Same(entry);
 }
 
 } // namespace
@@ -64,6 +64,11 @@ public:
         case PacsLine::Drop:
             Run(u"UPDATE picture SET "_s + Is(PacsState::Withdrawn) + u" WHERE "_s + Is(PacsState::SetAside));
             break;
+        case PacsLine::Opened:
+        case PacsLine::Begun:
+        case PacsLine::Closed:
+        case PacsLine::Chosen:
+            break;
         case PacsLine::Setup:
             orders.setup = line.id;
             break;
@@ -78,7 +83,8 @@ private:
 
     std::optional<PacsEntry> Find(const PacsLine& line)
     {
-        const QList<PacsEntry> found = queue_rows::Entries(m_queue, Of(line));
+        const QList<PacsEntry> found =
+            queue_rows::Entries(m_queue, Of(line) + Statement().Quoted(u" AND part = '", line.part).Text());
         return found.isEmpty() ? std::nullopt : std::optional(found.first());
     }
 
@@ -185,7 +191,7 @@ void Ledger::Open()
 {
     // Behind a power cut the lines are there again, and what was under way is asked of the server.
     m_database = UseService<LocalDatabases>().Open(SenderQueue::Path(), LocalDatabases::Process);
-    m_database->Run(queue_rows::Tables());
+    queue_rows::MakeTables(*m_database);
 }
 
 Ledger::Orders Ledger::TakeLines(bool sendsEach)
@@ -322,8 +328,7 @@ void Ledger::Begin(const QList<PacsEntry>& entries)
 
 bool Ledger::IsStill(const PacsEntry& entry)
 {
-    return !queue_rows::Entries(*m_database, Same(entry.chart, entry.ymd, entry.etc, entry.number) +
-                                                 u" AND revision = %1 AND "_s.arg(entry.revision) +
+    return !queue_rows::Entries(*m_database, Same(entry) + u" AND revision = %1 AND "_s.arg(entry.revision) +
                                                  Is(PacsState::UnderWay))
                 .isEmpty();
 }

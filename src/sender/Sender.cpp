@@ -32,10 +32,8 @@ const QString Silent = u"PACS 서버가 응답하지 않습니다.!!"_s;
 } // namespace
 
 Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords& places, const QString& setupDigest)
-    : m_setup(setup), m_places(places),
-      m_digest(setupDigest), m_peer{setup.Pacs.Host, setup.Pacs.Port, setup.Pacs.CalledAet, setup.Pacs.CallingAet},
-      m_ledger(ledger), m_kit(std::make_shared<std::unique_ptr<DicomKit>>()),
-      m_known(std::make_shared<QHash<QString, QSet<QString>>>())
+    : m_setup(setup), m_places(places), m_digest(setupDigest), m_peer(setup.Pacs.Server()), m_ledger(ledger),
+      m_kit(std::make_shared<std::unique_ptr<DicomKit>>()), m_known(std::make_shared<QHash<QString, QSet<QString>>>())
 {
     m_ledger.Tell(QString::fromUtf16(queue_rows::SetupDigest), m_digest);
     m_ledger.Tell(QString::fromUtf16(queue_rows::AwayReason), {});

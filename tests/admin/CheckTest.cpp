@@ -56,8 +56,8 @@ private Q_SLOTS:
     {
         m_folder = std::make_unique<QTemporaryDir>();
         m_clinic = std::make_unique<ClinicDatabase>(u"QMARIADB"_s, &m_server);
-        QVERIFY2(m_clinic->Make(
-                     {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s, u"endo"_s, u"clinic"_s}),
+        QVERIFY2(m_clinic->Make({u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_study"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s,
+                                 u"endo"_s, u"clinic"_s}),
                  qPrintable(m_clinic->Fault()));
         QString grants = m_grants;
         grants.replace(u"`clinic`"_s, m_clinic->Settings().name);

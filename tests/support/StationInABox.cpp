@@ -55,8 +55,8 @@ StationInABox::StationInABox(const QString& driver)
     FakeVideoCap::Register();
 
     m_database = std::make_unique<ClinicDatabase>(driver, driver == u"QSQLITE"_s ? nullptr : &Server());
-    if (!m_database->Make(
-            {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s, u"endo"_s, u"clinic"_s}) ||
+    if (!m_database->Make({u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_study"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s,
+                           u"endo"_s, u"clinic"_s}) ||
         !m_database->Run(Patient))
         qFatal("clinic database: %s", qPrintable(m_database->Fault()));
     Connection = OpenConnection(m_database->Settings());

@@ -94,10 +94,7 @@ QString TakePicture(const QByteArray& content, const DicomPicture& picture, QCbo
     if (frame.coded.size() > MostFrame)
         return u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s;
     const PictureElements made = ElementsOf(picture, InstanceUid(picture, content), frame);
-    QCborArray elements;
-    for (const DicomElement& element : made.elements)
-        elements.append(QCborArray{qint64(element.tag), element.type, element.value});
-    request[ElementsKey] = elements;
+    request[ElementsKey] = CborOf(made.elements);
     request[FrameKey] = frame.coded;
     isOtherSet = made.isOtherSet;
     return {};

@@ -24,7 +24,7 @@ enum Key : int {
     ConnectSecondsKey, ///< Integer: how long a connection may take;
     AgreeSecondsKey,   ///< then an association, or its end;
     AnswerSecondsKey,  ///< an answer, and any silence of the network.
-    ElementsKey,       ///< Array of arrays: tag as integer, VR and value as bytes.
+    ElementsKey,       ///< Array of arrays: tag as integer, VR and value as bytes, items as arrays of the like.
     FrameKey,          ///< Bytes: a JPEG.
     StudyKey,          ///< Identifier: bytes.
     SeriesKey,         ///< The same; without it a study is asked for, not pictures.

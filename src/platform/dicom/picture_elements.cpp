@@ -1,55 +1,14 @@
 #include "platform/dicom/picture_elements.h"
 
 #include "contracts/dicom_uids.h"
-#include "platform/dicom/dicom_text.h"
+#include "platform/dicom/Dataset.h"
 #include "platform/dicom/jpeg_frame.h"
-
-#include <QDate>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr char16_t EndoscopicImage[] = u"1.2.840.10008.5.1.4.1.1.77.1.1";
-
-QString DateText(const QString& ymd)
-{
-    const QString text = ymd.trimmed();
-    return QDate::fromString(text, u"yyyyMMdd"_s).isValid() ? text : QString();
-}
-
-class Dataset
-{
-public:
-    explicit Dataset(DicomCharacters characters) : m_coder(characters) {}
-
-    /// A text that has ASCII letters alone.
-    void Plain(quint32 tag, const char* type, const QString& value)
-    {
-        m_elements.append({tag, type, value.toLatin1()});
-    }
-    void Long(quint32 tag, const QString& value)
-    {
-        m_elements.append({tag, "LO", m_coder.Text(dicomtext::Harmless(value, dicomtext::LongestLong))});
-    }
-    void Short(quint32 tag, const QString& value)
-    {
-        m_elements.append({tag, "SH", m_coder.Text(dicomtext::Harmless(value, dicomtext::LongestShort))});
-    }
-    void Name(quint32 tag, const QString& value, bool hasParts)
-    {
-        m_elements.append({tag, "PN", m_coder.Name(dicomtext::HarmlessName(value, hasParts))});
-    }
-    void Number(quint32 tag, int value) { m_elements.append({tag, "US", QByteArray::number(value)}); }
-    void NoItems(quint32 tag) { m_elements.append({tag, "SQ", {}}); }
-
-    const QList<DicomElement>& Elements() const { return m_elements; }
-    bool IsWhole() const { return m_coder.IsWhole(); }
-
-private:
-    dicomtext::Coder m_coder;
-    QList<DicomElement> m_elements;
-};
 
 void AddVisit(Dataset& data, const DicomPicture& picture)
 {
@@ -65,7 +24,7 @@ void AddVisit(Dataset& data, const DicomPicture& picture)
     data.Long(0x0010'0020, identity.patientId.isEmpty() ? picture.chart : identity.patientId);
     if (!identity.issuer.isEmpty())
         data.Long(0x0010'0021, identity.issuer);
-    data.Plain(0x0010'0030, "DA", DateText(picture.birthDate));
+    data.Plain(0x0010'0030, "DA", Dataset::Date(picture.birthDate));
     data.Plain(0x0010'0040, "CS", picture.sex == u"M" || picture.sex == u"F" ? picture.sex : QString());
     data.Plain(0x0020'000d, "UI", StudyUid(picture));
     data.Plain(0x0020'000e, "UI", SeriesUid(picture));
@@ -95,7 +54,7 @@ void AddFrame(Dataset& data, const JpegFrame& frame)
     const double ratio = double(frame.rows) * frame.columns * frame.components / double(frame.coded.size());
     data.Plain(0x0028'2112, "DS", QString::number(ratio, 'f', 2));
     data.Plain(0x0028'2114, "CS", u"ISO_10918_1"_s);
-    data.NoItems(0x0040'0555);
+    data.Sequence(0x0040'0555, {});
 }
 
 Dataset DatasetIn(DicomCharacters characters, const DicomPicture& picture, const QString& instanceUid,
@@ -106,7 +65,7 @@ Dataset DatasetIn(DicomCharacters characters, const DicomPicture& picture, const
     data.Plain(0x0008'0008, "CS", uR"(ORIGINAL\PRIMARY)"_s);
     data.Plain(0x0008'0016, "UI", QString::fromUtf16(EndoscopicImage));
     data.Plain(0x0008'0018, "UI", instanceUid);
-    data.Plain(0x0008'0020, "DA", DateText(picture.ymd));
+    data.Plain(0x0008'0020, "DA", Dataset::Date(picture.ymd));
     data.Plain(0x0008'0023, "DA", picture.takenAt.toString(u"yyyyMMdd"_s));
     // The visit has a date, but no time: its pictures must agree in what they say of it.
     data.Plain(0x0008'0030, "TM", {});

@@ -1,16 +1,8 @@
 #pragma once
 
-#include "contracts/dicom.h"
+#include "platform/dicom/Dataset.h"
 
 struct JpegFrame;
-
-/// An element of a data set.
-struct DicomElement
-{
-    quint32 tag = 0;  ///< Group in the upper half.
-    QByteArray type;  ///< Value representation, two letters. A sequence is an empty one.
-    QByteArray value; ///< As it stands in an object but for padding; a number in decimal digits.
-};
 
 struct PictureElements
 {

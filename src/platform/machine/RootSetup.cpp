@@ -176,7 +176,8 @@ QStringList RootSetup::MakeTables(const QString& database)
     ConnectionPointer connection = OpenAsRoot(database);
     const auto keeper = CreateObject<clsTableKeeper>(u"prjTableKeeper.clsTableKeeper"_s);
     QStringList done;
-    for (const QString& table : {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s, u"endo"_s}) {
+    for (const QString& table :
+         {u"ca"_s, u"cap"_s, u"ca_uid"_s, u"ca_study"_s, u"ca_log"_s, u"ca_sum"_s, u"caso"_s, u"endo"_s}) {
         const auto there = connection->Execute(
             u"SELECT 1 FROM information_schema.tables WHERE table_schema = DATABASE() AND table_name = "_s +
             Text(table));

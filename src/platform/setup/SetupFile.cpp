@@ -1,64 +1,23 @@
 #include "platform/setup/SetupFile.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
-#include "platform/profile/IniFile.h"
+#include "platform/setup/SetupReader.h"
 
 #include <QDir>
 #include <QRegularExpression>
-#include <QSet>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-class Reader
-{
-public:
-    Reader(const QByteArray& content, const QString& folder)
-        : m_ini(content, IniFile::EncodingOf(content)), m_folder(folder)
-    {
-    }
-
-    SetupFile Read()
-    {
-        ReadDatabase();
-        ReadClient();
-        ReadPlaces();
-        ReadDevices();
-        ReadPacs();
-        NoteUnread();
-        return m_setup;
-    }
-
-private:
-    void ReadDatabase();
-    void ReadClient();
-    void ReadSections(const QString& list);
-    void ReadCaptureRoot(QString root);
-    void ReadPlaces();
-    void ReadDevices();
-    void ReadPacs();
-    void ReadIdentity();
-    void NoteUnread();
-    QString ApplicationTitle(const QString& key, const QString& title, const QString& otherwise);
-
-    QString Text(const QString& section, const QString& key);
-    bool Switch(const QString& section, const QString& key);
-    QString Needed(const QString& section, const QString& key);
-    QString Absolute(const QString& path) const;
-
-    IniFile m_ini;
-    QString m_folder;
-    QSet<QString> m_asked; ///< Sections and keys that have a meaning, as `NameOf` has them.
-    SetupFile m_setup;
-};
 
 QString NameOf(const QString& section, const QString& key)
 {
     return u"[%1] %2"_s.arg(section, key).toCaseFolded();
 }
 
-QString Reader::Text(const QString& section, const QString& key)
+} // namespace
+
+QString SetupReader::Text(const QString& section, const QString& key)
 {
     m_asked << NameOf(section, {}) << NameOf(section, key);
     QString value = m_ini.Value(section, key).value_or(QString());
@@ -68,8 +27,7 @@ QString Reader::Text(const QString& section, const QString& key)
     return value;
 }
 
-/// 0 or 1; off where nothing is said.
-bool Reader::Switch(const QString& section, const QString& key)
+bool SetupReader::Switch(const QString& section, const QString& key)
 {
     const QString value = Text(section, key);
     if (!value.isEmpty() && value != u"0" && value != u"1")
@@ -77,7 +35,7 @@ bool Reader::Switch(const QString& section, const QString& key)
     return value == u"1";
 }
 
-QString Reader::Needed(const QString& section, const QString& key)
+QString SetupReader::Needed(const QString& section, const QString& key)
 {
     QString value = Text(section, key);
     if (value.isEmpty())
@@ -85,7 +43,7 @@ QString Reader::Needed(const QString& section, const QString& key)
     return value;
 }
 
-QString Reader::Absolute(const QString& path) const
+QString SetupReader::Absolute(const QString& path) const
 {
     if (path.isEmpty() || QDir::isAbsolutePath(NativePath(path)))
         return path;
@@ -99,7 +57,7 @@ bool IsPort(const QString& text)
     return isNumber && port >= 1 && port <= 65535;
 }
 
-void Reader::ReadDatabase()
+void SetupReader::ReadDatabase()
 {
     const QString section = u"Database"_s;
     DatabaseSettings& database = m_setup.database;
@@ -137,7 +95,7 @@ void Reader::ReadDatabase()
     }
 }
 
-void Reader::ReadClient()
+void SetupReader::ReadClient()
 {
     constexpr int MostMomentSeconds = 10;
     const QString section = u"Client"_s;
@@ -165,7 +123,7 @@ void Reader::ReadClient()
     ReadCaptureRoot(Needed(section, u"CaptureRoot"_s));
 }
 
-void Reader::ReadSections(const QString& list)
+void SetupReader::ReadSections(const QString& list)
 {
     QStringList names;
     for (const QString& piece : list.split(u',')) {
@@ -187,7 +145,7 @@ void Reader::ReadSections(const QString& list)
     m_setup.client.EtcList = names.join(u',');
 }
 
-void Reader::ReadCaptureRoot(QString root)
+void SetupReader::ReadCaptureRoot(QString root)
 {
     if (root.isEmpty())
         return;
@@ -204,7 +162,7 @@ void Reader::ReadCaptureRoot(QString root)
     m_setup.client.CaptureRoot = root;
 }
 
-void Reader::ReadPlaces()
+void SetupReader::ReadPlaces()
 {
     static const QRegularExpression numbered(uR"(^Saup\.(\d+)$)"_s, QRegularExpression::CaseInsensitiveOption);
     for (const QString& section : m_ini.Sections()) {
@@ -218,7 +176,7 @@ void Reader::ReadPlaces()
     }
 }
 
-void Reader::ReadDevices()
+void SetupReader::ReadDevices()
 {
     ClientSetupRecord& client = m_setup.client;
     client.TestPicture = Text(u"Video"_s, u"TestPicture"_s) == u"1";
@@ -245,76 +203,7 @@ void Reader::ReadDevices()
     client.BurnerUsb = Text(u"Burner"_s, u"Usb"_s) == u"1";
 }
 
-QString Reader::ApplicationTitle(const QString& key, const QString& title, const QString& otherwise)
-{
-    // Blanks around it don't count; a backslash separates values.
-    static const QRegularExpression allowed(
-        uR"(\A[\x21-\x2C\x2E-\x5B\x5D-\x7E]([\x20-\x5B\x5D-\x7E]{0,14}[\x21-\x5B\x5D-\x7E])?\z)"_s);
-    if (title.isEmpty())
-        return otherwise;
-    if (!allowed.match(title).hasMatch())
-        m_setup.problems.append(u"[Pacs] %1은(는) 영문자와 숫자 16자까지입니다. (%2)"_s.arg(key, title.left(60)));
-    return title;
-}
-
-/// What a server is told, and a disc as well.
-void Reader::ReadIdentity()
-{
-    constexpr qsizetype longestInstitution = 64;
-    const QString section = u"Pacs"_s;
-    PacsSetupRecord& pacs = m_setup.client.Pacs;
-    pacs.Institution = Text(section, u"Institution"_s);
-    if (pacs.Institution.size() > longestInstitution)
-        m_setup.problems.append(
-            u"[Pacs] Institution은 %1자까지입니다. (%2자)"_s.arg(longestInstitution).arg(pacs.Institution.size()));
-    pacs.UidRoot = Text(section, u"UidRoot"_s);
-    if (!pacs.UidRoot.isEmpty() && !IsUidRoot(pacs.UidRoot))
-        m_setup.problems.append(
-            u"[Pacs] UidRoot는 1.2.410.200000처럼 숫자와 점으로 24자까지입니다. (%1)"_s.arg(pacs.UidRoot.left(60)));
-    static const QRegularExpression prefix(uR"(\A[A-Za-z0-9._-]{0,8}\z)"_s);
-    pacs.PatientIdPrefix = Text(section, u"PatientIdPrefix"_s);
-    if (!prefix.match(pacs.PatientIdPrefix).hasMatch())
-        m_setup.problems.append(
-            u"[Pacs] PatientIdPrefix는 영문자, 숫자, - . _ 8자까지입니다. (%1)"_s.arg(pacs.PatientIdPrefix.left(60)));
-    const QString unicode = u"ISO_IR 192"_s;
-    const QString korean = uR"(\ISO 2022 IR 149)"_s;
-    const QString characters = Text(section, u"CharacterSet"_s);
-    pacs.Characters = characters == korean ? DicomCharacters::Korean : DicomCharacters::Unicode;
-    if (!characters.isEmpty() && characters != unicode && characters != korean)
-        m_setup.problems.append(
-            u"[Pacs] CharacterSet은 %1나 %2입니다. (%3)"_s.arg(unicode, korean, characters.left(60)));
-    pacs.HasNameParts = Switch(section, u"NameParts"_s);
-}
-
-void Reader::ReadPacs()
-{
-    const QString section = u"Pacs"_s;
-    PacsSetupRecord& pacs = m_setup.client.Pacs;
-    ReadIdentity();
-    pacs.SendsAtClosing = Switch(section, u"AtClosing"_s);
-    pacs.Host = Text(section, u"Host"_s);
-    const QString port = Text(section, u"Port"_s);
-    const QString called = Text(section, u"CalledAet"_s);
-    const QString calling = Text(section, u"CallingAet"_s);
-    const QString send = Text(section, u"Send"_s).toLower();
-    if (pacs.Host.isEmpty())
-        return;
-    // It becomes a word of a command.
-    static const QRegularExpression host(uR"(\A[A-Za-z0-9:][A-Za-z0-9.:_-]*\z)"_s);
-    if (!host.match(pacs.Host).hasMatch())
-        m_setup.problems.append(u"[Pacs] Host는 서버의 이름이나 주소입니다. (%1)"_s.arg(pacs.Host.left(60)));
-    if (!port.isEmpty())
-        pacs.Port = port.toInt();
-    if (!port.isEmpty() && !IsPort(port))
-        m_setup.problems.append(u"[Pacs] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port.left(60)));
-    pacs.CalledAet = ApplicationTitle(u"CalledAet"_s, called, u"ANY-SCP"_s);
-    pacs.CallingAet = ApplicationTitle(u"CallingAet"_s, calling, u"CAPTURE"_s);
-    pacs.SendsEachStill = send == u"still";
-    if (!send.isEmpty() && send != u"still" && send != u"save")
-        m_setup.problems.append(u"[Pacs] Send는 save나 still입니다. (%1)"_s.arg(send.left(60)));
-}
-
-void Reader::NoteUnread()
+void SetupReader::NoteUnread()
 {
     constexpr qsizetype most = 20;
     QList<SetupFile::Oddity>& oddities = m_setup.oddities;
@@ -340,9 +229,8 @@ void Reader::NoteUnread()
         oddities.append({u"그 밖에 %1건"_s.arg(more), u"설정 파일을 다시 만드십시오"_s});
     }
 }
-} // namespace
 
 SetupFile ReadSetupFile(const QByteArray& content, const QString& folder)
 {
-    return Reader(content, folder).Read();
+    return SetupReader(content, folder).Read();
 }

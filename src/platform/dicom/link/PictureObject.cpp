@@ -16,15 +16,51 @@ namespace {
 /// Beside the coded data: the elements, and what encapsulates.
 constexpr qsizetype MostBeside = 1 << 20;
 
-bool Put(DcmDataset& dataset, const DcmTag& tag, const QByteArray& value)
+constexpr int DeepestItem = 8;
+
+bool PutAll(DcmItem& target, const QCborArray& elements, int depth);
+
+bool PutItems(DcmItem& target, const DcmTag& tag, const QCborArray& items, int depth)
+{
+    if (depth >= DeepestItem || target.insertEmptyElement(tag).bad())
+        return false;
+    for (qsizetype at = 0; at < items.size(); ++at) {
+        DcmItem* item = nullptr;
+        constexpr long Append = -2;
+        if (target.findOrCreateSequenceItem(tag, item, Append).bad() ||
+            !PutAll(*item, items.at(at).toArray(), depth + 1))
+            return false;
+    }
+    return true;
+}
+
+bool Put(DcmItem& dataset, const DcmTag& tag, const QByteArray& value)
 {
     constexpr std::array Texts{EVR_UI, EVR_SH, EVR_LO, EVR_PN, EVR_CS, EVR_DA, EVR_TM, EVR_IS, EVR_DS};
-    if (tag.getEVR() == EVR_SQ)
-        return dataset.insertEmptyElement(tag).good();
+    if (tag.getEVR() == EVR_OB)
+        return dataset
+            .putAndInsertUint8Array(tag, reinterpret_cast<const Uint8*>(value.constData()),
+                                    static_cast<unsigned long>(value.size()))
+            .good();
     if (tag.getEVR() == EVR_US)
         return dataset.putAndInsertUint16(tag, value.toUShort()).good();
     return std::ranges::find(Texts, tag.getEVR()) != Texts.end() &&
            dataset.putAndInsertString(tag, value.constData()).good();
+}
+
+bool PutAll(DcmItem& target, const QCborArray& elements, int depth)
+{
+    for (const auto& each : elements) {
+        const QCborArray element = each.toArray();
+        const auto number = static_cast<Uint32>(element.at(0).toInteger());
+        const DcmVR type(element.at(1).toByteArray().constData());
+        const DcmTag tag(number >> 16, number & 0xFFFF, type);
+        const bool isPut = type.getEVR() == EVR_SQ ? PutItems(target, tag, element.at(3).toArray(), depth)
+                                                   : Put(target, tag, element.at(2).toByteArray());
+        if (!isPut)
+            return false;
+    }
+    return true;
 }
 
 bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
@@ -52,14 +88,7 @@ bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
 
 bool pictureobject::Fill(DcmDataset& dataset, const QCborArray& elements, const QByteArray& frame)
 {
-    for (const auto& each : elements) {
-        const QCborArray element = each.toArray();
-        const auto tag = static_cast<Uint32>(element.at(0).toInteger());
-        const DcmVR type(element.at(1).toByteArray().constData());
-        if (!Put(dataset, DcmTag(tag >> 16, tag & 0xFFFF, type), element.at(2).toByteArray()))
-            return false;
-    }
-    return !frame.isEmpty() && PutFrame(dataset, frame);
+    return PutAll(dataset, elements, 0) && !frame.isEmpty() && PutFrame(dataset, frame);
 }
 
 QByteArray pictureobject::FileContent(const QCborArray& elements, const QByteArray& frame)
