@@ -159,20 +159,19 @@ void Measure(const QString& staging, const QString& images, int files, int megab
     // The fastest of each: what the disk does at times is neither's doing.
     const auto fastest = [](const QList<double>& times) { return *std::min_element(times.cbegin(), times.cend()); };
     const auto print = [&fastest](const QString& what, const QList<double>& own, const QList<double>& beside) {
-        PrintFigure(what, u"%1 ms"_s.arg(fastest(own), 0, 'f', 0),
-                    u"%1 x xorriso alone, %2 ms (at most 1.1)"_s.arg(fastest(own) / fastest(beside), 0, 'f', 2)
-                        .arg(fastest(beside), 0, 'f', 0));
+        PrintRatio(what, fastest(own), u"xorriso alone"_s, fastest(beside), 1.1);
     };
     print(size + u" written to an image (fastest)"_s, writes, writesAlone);
     print(size + u" checked (fastest)"_s, checks, checksAlone);
-    PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(gapMs, 0, 'f', 1),
-                u"at most 50 ms; beside xorriso alone %1 ms"_s.arg(gapAloneMs, 0, 'f', 1));
+    PrintLimited(u"  longest time without events served, disc"_s, gapMs, u"ms"_s, 50,
+                 u"beside xorriso alone %1 ms"_s.arg(gapAloneMs, 0, 'f', 1));
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    ChoosePlatform();
     QApplication application(argc, argv);
     const QTemporaryDir folder;
     qputenv("XDG_DATA_HOME", folder.path().toUtf8());

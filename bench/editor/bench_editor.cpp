@@ -78,9 +78,8 @@ void BenchBands(ImagXpress& canvas)
             DrawFigure(static_cast<DrawingTool>(tool), canvas, 20, 20, float(x), 1060, 65535, PenBand);
             QCoreApplication::processEvents();
         }
-        PrintFigure(u"band of a %1 across 1080p (median)"_s.arg(name), Milliseconds(Median(bands), 3),
-                    u"%1 x raster operation, %2 ms (at most 0.2 ms)"_s.arg(Median(bands) / Median(painted), 0, 'f', 2)
-                        .arg(Median(painted), 0, 'f', 3));
+        PrintLimited(u"band of a %1 across 1080p (median)"_s.arg(name), Median(bands), u"ms"_s, 0.2,
+                     u"raster operation %1 ms"_s.arg(Median(painted), 0, 'f', 3));
     }
 }
 
@@ -153,12 +152,8 @@ void BenchFile(StationInABox& box, const QString& path)
         editor.Unload();
         QCoreApplication::processEvents();
     }
-    PrintFigure(
-        u"editor opens a 1080p picture (median)"_s, Milliseconds(Median(opens), 1),
-        u"%1 x reading it, %2 ms"_s.arg(Median(opens) / Median(reads), 0, 'f', 2).arg(Median(reads), 0, 'f', 1));
-    PrintFigure(u"editor saves a 1080p picture (median)"_s, Milliseconds(Median(saves), 1),
-                u"%1 x encoding and writing, %2 ms"_s.arg(Median(saves) / Median(writes), 0, 'f', 2)
-                    .arg(Median(writes), 0, 'f', 1));
+    PrintRatio(u"editor opens a 1080p picture (median)"_s, Median(opens), u"reading it"_s, Median(reads), 1.3);
+    PrintRatio(u"editor saves a 1080p picture (median)"_s, Median(saves), u"encoding and writing"_s, Median(writes));
 }
 frmImgEdit* Opened(StationInABox& box, const QByteArray& content)
 {
@@ -250,8 +245,7 @@ void BenchLargest(StationInABox& box)
     start = NowMs();
     editor->findChild<QToolButton*>(u"cmdISave"_s)->click();
     const double saved = NowMs() - start;
-    PrintFigure(u"editor of 48 megapixels, five holders full"_s, u"%1 MB at most"_s.arg(PeakMb(), 0, 'f', 0),
-                u"(at most 600 MB)"_s);
+    PrintLimited(u"editor of 48 megapixels, five holders full"_s, PeakMb(), u"MB"_s, 600);
     PrintFigure(u"  a stroke, undo or redo, save"_s,
                 u"%1, %2, %3 ms"_s.arg(Median(strokes), 0, 'f', 0).arg(Median(steps), 0, 'f', 0).arg(saved, 0, 'f', 0),
                 u"decoding it %1 ms"_s.arg(decoded, 0, 'f', 0));
@@ -262,6 +256,7 @@ void BenchLargest(StationInABox& box)
 
 int main(int argc, char* argv[])
 {
+    ChoosePlatform();
     QApplication application(argc, argv);
     StationInABox box;
     box.AddPicture(u"20250301"_s, u"위내시경"_s, 1);

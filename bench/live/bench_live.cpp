@@ -11,6 +11,7 @@
 #include "platform/gstreamer/testpicture/TestPictureHooks.h"
 #include "platform/gstreamer/testpicture/TestPictureSource.h"
 #include "platform/gstreamer/VideoControl.h"
+#include "station/figures.h"
 
 #include <gst/gst.h>
 #include <linux/videodev2.h>
@@ -21,7 +22,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <cstdio>
 #include <ctime>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -69,6 +69,11 @@ double NullSinkShare(int seconds)
     return share;
 }
 
+QString ShareText(double share)
+{
+    return u"%1 %"_s.arg(share * 100, 0, 'f', 1);
+}
+
 struct LiveFigures
 {
     QList<quint32> painted;
@@ -96,11 +101,10 @@ int BenchInterlaced(int seconds)
     const double progressive = StreamShare(source + "25/1", true, seconds);
     const double kept = StreamShare(interlaced, false, seconds);
     const double deinterlaced = StreamShare(interlaced, true, seconds);
-    std::printf("share of a core, 1080p25                   %.1f %%\n", progressive * 100);
-    std::printf("share of a core, 1080i25 as it comes       %.1f %%\n", kept * 100);
-    std::printf("share of a core, 1080i25 deinterlaced      %.1f %%\n", deinterlaced * 100);
-    std::printf("deinterlacing, beside 1080p25              %.2f x\n",
-                (deinterlaced - kept + progressive) / progressive);
+    PrintFigure(u"1080p25, share of a core"_s, ShareText(progressive));
+    PrintFigure(u"1080i25 as it comes, share of a core"_s, ShareText(kept));
+    PrintFigure(u"1080i25 deinterlaced, share of a core"_s, ShareText(deinterlaced),
+                u"%1 x 1080p25"_s.arg(deinterlaced / progressive, 0, 'f', 2));
     return 0;
 }
 
@@ -174,28 +178,24 @@ std::pair<double, qint64> CompressedShare(int seconds, int momentsBefore)
 int BenchMoments(int seconds)
 {
     constexpr int Before = 3;
-    constexpr double Megabyte = 1e6;
     const LiveFigures without = RunLive(seconds, {560, 420});
     const LiveFigures with = RunLive(seconds, {560, 420}, Before);
     const auto skipped = Skipped(without.painted) + Skipped(with.painted);
-    std::printf("1080p60, share of a core               %.1f %%, %.0f MB resident\n", without.share * 100,
-                double(without.residentBytes) / Megabyte);
-    std::printf("1080p60, last 3 s kept                 %.1f %%, %.0f MB resident\n", with.share * 100,
-                double(with.residentBytes) / Megabyte);
-    std::printf("frames skipped                         %lld, %lld\n", static_cast<long long>(Skipped(without.painted)),
-                static_cast<long long>(Skipped(with.painted)));
+    const auto resident = [](double bytes) { return u"%1 MB resident"_s.arg(bytes / 1e6, 0, 'f', 0); };
+    PrintFigure(u"1080p60, share of a core"_s, ShareText(without.share), resident(double(without.residentBytes)));
+    PrintFigure(u"  the last 3 s kept"_s, ShareText(with.share), resident(double(with.residentBytes)));
+    PrintLimited(u"  frames skipped, moments"_s, double(skipped), u"frames"_s, 0);
     const auto plain = CompressedShare(seconds, 0);
     const auto kept = CompressedShare(seconds, Before);
-    std::printf("MJPG 1080p30 made here, share          %.1f %%, %.0f MB resident\n", plain.first * 100,
-                double(plain.second) / Megabyte);
-    std::printf("MJPG 1080p30, last 3 s kept            %.1f %%, %.0f MB resident\n", kept.first * 100,
-                double(kept.second) / Megabyte);
+    PrintFigure(u"MJPG 1080p30 made here, share of a core"_s, ShareText(plain.first), resident(double(plain.second)));
+    PrintFigure(u"  MJPG, the last 3 s kept"_s, ShareText(kept.first), resident(double(kept.second)));
     return skipped == 0 ? 0 : 1;
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
+    ChoosePlatform();
     QApplication application(argc, argv);
     const int seconds = argc > 1 ? std::max(1, atoi(argv[1])) : 60;
     const QString what = argc > 2 ? QString::fromLatin1(argv[2]) : QString();
@@ -213,14 +213,13 @@ int main(int argc, char** argv)
     for (qsizetype i = 1; i < live.painted.size(); ++i)
         for (quint32 number = live.painted[i - 1] + 1; number < live.painted[i]; ++number)
             skipped.append(QString::number(number));
-    std::printf("live run                      %d s\n", seconds);
-    std::printf("frames painted                %lld\n", static_cast<long long>(live.painted.size()));
-    std::printf("frames skipped                %lld%s%s\n", static_cast<long long>(skipped.size()),
-                skipped.isEmpty() ? "" : ": ", qPrintable(skipped.mid(0, 50).join(u' ')));
-    std::printf("share of a core, live         %.1f %%\n", live.share * 100);
-    std::printf("share of a core, null sink    %.1f %%\n", nullShare * 100);
-    std::printf("1080p JPEG encode, median     %.2f ms\n", live.encodeMs[live.encodeMs.size() / 2]);
-    std::printf("1080p JPEG encode, slowest    %.2f ms\n", live.encodeMs.last());
-    std::printf("1080p JPEG size               %lld bytes\n", static_cast<long long>(live.fileBytes));
+    PrintFigure(u"1080p60, frames painted in %1 s"_s.arg(seconds), QString::number(live.painted.size()));
+    PrintLimited(u"  frames skipped"_s, double(skipped.size()), u"frames"_s, 0, skipped.mid(0, 50).join(u' '));
+    const double ratio = live.share / nullShare;
+    PrintFigure(u"live 1080p60, share of a core"_s, ShareText(live.share),
+                u"%1 x null sink, %2 (at most 4.5)"_s.arg(ratio, 0, 'f', 2).arg(ShareText(nullShare)),
+                Limit{ratio, 4.5, u"x"_s});
+    PrintFigure(u"1080p JPEG encode, median"_s, u"%1 ms"_s.arg(live.encodeMs[live.encodeMs.size() / 2], 0, 'f', 2),
+                u"slowest %1 ms, %2 bytes"_s.arg(live.encodeMs.last(), 0, 'f', 2).arg(live.fileBytes));
     return skipped.isEmpty() ? 0 : 1;
 }

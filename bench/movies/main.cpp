@@ -1,5 +1,7 @@
 #include "movies/works.h"
 
+#include "station/figures.h"
+
 #include <QApplication>
 
 #include <cstdio>
@@ -8,6 +10,7 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char* argv[])
 {
+    ChoosePlatform();
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     const QString work = arguments.value(1);

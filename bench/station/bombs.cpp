@@ -97,8 +97,8 @@ int BenchBombs()
     beat.start(0);
     const double start = NowMs();
     LoadCaptureList(CurrentVisit(), screen.Pictures(1), false);
-    PrintFigure(u"30 of them as thumbnails"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0),
-                u"%1 MB more (at most 300)"_s.arg(PeakMb() - before, 0, 'f', 0));
+    PrintFigure(u"30 of them as thumbnails"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
+    PrintLimited(u"  memory more"_s, PeakMb() - before, u"MB"_s, 300);
     PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 1));
     return 0;
 }

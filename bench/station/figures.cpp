@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QStringList>
 #include <QTableView>
 
@@ -13,10 +15,70 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-void PrintFigure(const QString& what, const QString& figure, const QString& reference)
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Large values have no need of digits behind the point.
+int DigitsOf(double value)
 {
-    std::printf("%-52s %-22s %s\n", qPrintable(what), qPrintable(figure), qPrintable(reference));
+    return value >= 100 ? 0 : value >= 1 ? 1 : 3;
+}
+
+QString ValueText(double value, const QString& unit)
+{
+    return QString::number(value, 'f', DigitsOf(value)) + u' ' + unit;
+}
+
+void WriteJson(const QString& what, const QString& figure, const QString& reference, const std::optional<Limit>& limit)
+{
+    QFile file(qEnvironmentVariable("BENCH_FIGURES"));
+    if (file.fileName().isEmpty() || !file.open(QIODevice::WriteOnly | QIODevice::Append))
+        return;
+    QJsonObject line{{u"what"_s, what.trimmed()}, {u"figure"_s, figure}, {u"beside"_s, reference}};
+    if (limit) {
+        line[u"value"_s] = limit->value;
+        line[u"unit"_s] = limit->unit;
+        if (limit->atMost > 0)
+            line[u"atMost"_s] = limit->atMost;
+    }
+    file.write(QJsonDocument(line).toJson(QJsonDocument::Compact) + '\n');
+}
+
+} // namespace
+
+void PrintFigure(const QString& what, const QString& figure, const QString& reference,
+                 const std::optional<Limit>& limit)
+{
+    const bool isMissed = limit && limit->atMost > 0 && limit->value > limit->atMost;
+    const QString missed = isMissed ? u" MISSED"_s : QString();
+    std::printf("%-56s %-16s %s%s\n", qPrintable(what), qPrintable(figure), qPrintable(reference), qPrintable(missed));
     std::fflush(stdout);
+    WriteJson(what, figure, reference, limit);
+}
+
+void PrintRatio(const QString& what, double ms, const QString& reference, double referenceMs,
+                std::optional<double> atMost)
+{
+    const double ratio = ms / referenceMs;
+    QString beside = u"%1 x %2, %3"_s.arg(ratio, 0, 'f', 2).arg(reference, ValueText(referenceMs, u"ms"_s));
+    if (atMost)
+        beside += u" (at most %1)"_s.arg(*atMost);
+    PrintFigure(what, ValueText(ms, u"ms"_s), beside, Limit{ratio, atMost.value_or(0), u"x"_s});
+}
+
+void PrintLimited(const QString& what, double value, const QString& unit, double atMost, const QString& reference)
+{
+    const QString before = reference.isEmpty() ? QString() : reference + u", "_s;
+    PrintFigure(what, ValueText(value, unit), before + u"at most %1 %2"_s.arg(atMost).arg(unit),
+                Limit{value, atMost, unit});
+}
+
+void ChoosePlatform()
+{
+    const auto isSet = [](const char* name) { return !qEnvironmentVariableIsEmpty(name); };
+    if (!isSet("QT_QPA_PLATFORM") && !isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
 double Median(QList<double> values)

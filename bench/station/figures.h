@@ -5,11 +5,29 @@
 #include <QTimer>
 
 #include <functional>
+#include <optional>
 
 class fpSpread;
 
-/// One line of the table: what, figure, and the reference of the same run that it is held against.
-void PrintFigure(const QString& what, const QString& figure, const QString& reference = {});
+/// What a figure is to stay within.
+struct Limit
+{
+    double value = 0;
+    double atMost = 0;
+    QString unit; ///< "x" for a ratio to a reference of the same run, else of the value itself.
+};
+
+/// One line of the table: what, figure, and the reference of the same run that it is held against. Where BENCH_FIGURES
+/// names a file, the line goes there too, as JSON.
+void PrintFigure(const QString& what, const QString& figure, const QString& reference = {},
+                 const std::optional<Limit>& limit = {});
+/// A time beside a reference of the same run, of which it may take `atMost` times as long.
+void PrintRatio(const QString& what, double ms, const QString& reference, double referenceMs,
+                std::optional<double> atMost = {});
+/// A value that has a limit, such as 12.3 "ms".
+void PrintLimited(const QString& what, double value, const QString& unit, double atMost, const QString& reference = {});
+/// Where nothing says how to show forms, they show nowhere.
+void ChoosePlatform();
 
 double Median(QList<double> values);
 

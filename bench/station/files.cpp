@@ -56,8 +56,8 @@ int BenchImport()
     }
     if (box.Value(u"SELECT COUNT(*) AS v FROM cap"_s).toInt() != Imports)
         return 1;
-    PrintFigure(u"import of a 12-megapixel JPEG (median)"_s, u"%1 ms"_s.arg(Median(imports), 0, 'f', 0),
-                u"%1 x decoding, encoding and storing it"_s.arg(Median(imports) / Median(alone), 0, 'f', 2));
+    PrintRatio(u"import of a 12-megapixel JPEG (median)"_s, Median(imports), u"decoding, encoding and storing it"_s,
+               Median(alone));
     return 0;
 }
 
@@ -89,7 +89,7 @@ int BenchDelete()
     }
     if (box.Value(u"SELECT COUNT(*) AS v FROM cap"_s).toInt() != 0)
         return 1;
-    PrintFigure(u"delete of a visit of 50 1080p pictures (median)"_s, u"%1 ms"_s.arg(Median(deletions), 0, 'f', 0),
-                u"%1 x storing and deleting 50 files"_s.arg(Median(deletions) / Median(alone), 0, 'f', 2));
+    PrintRatio(u"delete of a visit of 50 1080p pictures (median)"_s, Median(deletions),
+               u"storing and deleting 50 files"_s, Median(alone), 1.2);
     return 0;
 }

@@ -85,7 +85,7 @@ void BenchList(const QString& driver)
     PrintFigure(u"list of 100,000 reports, "_s + name, u"%1 ms"_s.arg(filled, 0, 'f', 0),
                 u"statement alone in the client %1 ms (limit 1500)"_s.arg(
                     ClientMs(box, driver, select + u"ORDER BY caso_yeonno DESC"_s), 0, 'f', 0));
-    PrintFigure(u"  first screenful"_s, u"%1 ms"_s.arg(shown, 0, 'f', 0), u"at most 100 ms"_s);
+    PrintLimited(u"  first screenful"_s, shown, u"ms"_s, 100);
     PrintFigure(u"  longest wait for an event once rows come"_s, u"%1 ms"_s.arg(heart.LongestMs(), 0, 'f', 0));
     PrintFigure(u"  memory of the list"_s, u"%1 MB"_s.arg(ResidentMb() - before, 0, 'f', 0));
 

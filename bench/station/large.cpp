@@ -81,13 +81,9 @@ int BenchLarge()
             longestPause = qMax(longestPause, heart.LongestMs());
             view.Close();
         }
-        PrintFigure(
-            u"%1 x %2 large, click to painted (median of %3)"_s.arg(size.width()).arg(size.height()).arg(Rounds),
-            u"%1 ms"_s.arg(Median(opened), 0, 'f', 1),
-            u"%1 x decoding, %2 ms (at most 1.5)"_s.arg(Median(opened) / Median(decoded), 0, 'f', 2)
-                .arg(Median(decoded), 0, 'f', 1));
-        PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestPause, 0, 'f', 1),
-                    u"at most 50 ms"_s);
+        PrintRatio(u"%1 x %2 large, click to painted (median of %3)"_s.arg(size.width()).arg(size.height()).arg(Rounds),
+                   Median(opened), u"decoding"_s, Median(decoded), 1.5);
+        PrintLimited(u"  longest time without events served, large"_s, longestPause, u"ms"_s, 50);
         screen.Unload();
         ServeUntil([] { return false; }, 50);
     }

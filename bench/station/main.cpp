@@ -8,6 +8,7 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char* argv[])
 {
+    ChoosePlatform();
     QApplication application(argc, argv);
     const QStringList arguments = QApplication::arguments();
     const QString work = arguments.value(1);

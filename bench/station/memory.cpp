@@ -53,9 +53,8 @@ int BenchMemory(const QString& mode)
     for (int refill = 0; refill < Refills; ++refill)
         LoadCaptureList(CurrentVisit(), screen.Pictures(1), false);
     QCoreApplication::processEvents();
-    PrintFigure(u"memory after 50 pictures of 1080p"_s, u"%1 MB"_s.arg(filled, 0, 'f', 1),
-                u"%1 MB beyond an empty window (under 150)"_s.arg(filled - empty, 0, 'f', 1));
-    PrintFigure(u"  after 1,000 refills"_s, u"%1 MB"_s.arg(ResidentMb(), 0, 'f', 1),
-                u"%1 MB more (at most 5)"_s.arg(ResidentMb() - filled, 0, 'f', 1));
+    PrintLimited(u"memory of 50 pictures of 1080p beyond an empty window"_s, filled - empty, u"MB"_s, 150,
+                 u"%1 MB in all"_s.arg(filled, 0, 'f', 1));
+    PrintLimited(u"  more after 1,000 refills"_s, ResidentMb() - filled, u"MB"_s, 5);
     return 0;
 }

@@ -84,8 +84,8 @@ int BenchPacs()
     const double together = ProgramsAlone(pictures, server);
     if (!hasCome || together < 0 || queue.Look().setAside > 0)
         return 1;
-    PrintFigure(u"%1 stills of 1080p to a server after an outage"_s.arg(Stills), u"%1 ms"_s.arg(ours, 0, 'f', 0),
-                u"%1 x img2dcm for each, storescu for all (at most 1.0)"_s.arg(ours / together, 0, 'f', 2));
+    PrintRatio(u"%1 stills of 1080p to a server after an outage"_s.arg(Stills), ours,
+               u"img2dcm for each, storescu for all"_s, together, 1.0);
     PrintFigure(u"  longest that an event of the station waited"_s, u"%1 ms"_s.arg(longest, 0, 'f', 1));
     PrintFigure(u"  sender and its DICOM program, most memory"_s, u"%1 MB"_s.arg(last, 0, 'f', 1),
                 u"%1 MB more than after %2 stills"_s.arg(last - first, 0, 'f', 1).arg(EarlyStills));

@@ -42,8 +42,8 @@ int BenchSheetMemory()
     ForgetPeak();
     const double start = NowMs();
     PrintCaptureSheet(PagesOf(sheet, *carrier));
-    PrintFigure(u"sheet of 12 pictures of 48 megapixels"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0),
-                u"%1 MB more (at most 250)"_s.arg(PeakMb() - before, 0, 'f', 0));
+    PrintFigure(u"sheet of 12 pictures of 48 megapixels"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
+    PrintLimited(u"  memory of that sheet"_s, PeakMb() - before, u"MB"_s, 250);
     return 0;
 }
 
@@ -85,7 +85,7 @@ int BenchSheet()
     }
     if (QDir(printed.path()).entryList({u"*.pdf"_s}).size() != Rounds * PicturesOnDisk / 6)
         return 1;
-    PrintFigure(u"sheet of 48 1080p pictures to PDF (median)"_s, u"%1 ms"_s.arg(Median(sheets), 0, 'f', 0),
-                u"%1 x decoding and encoding them (at most 1.5)"_s.arg(Median(sheets) / Median(alone), 0, 'f', 2));
+    PrintRatio(u"sheet of 48 1080p pictures to PDF (median)"_s, Median(sheets), u"decoding and encoding them"_s,
+               Median(alone), 0.75);
     return 0;
 }

@@ -62,8 +62,7 @@ int BenchSpool()
     const bool moved = ServeUntil([&] { return spooled() == 0 && screen.StillsAreAtRest(); }, LimitMs);
     PrintFigure(u"share stopped: click to spooled file, the first"_s, u"%1 ms"_s.arg(first, 0, 'f', 0),
                 u"the share has a second"_s);
-    PrintFigure(u"  those behind it (median)"_s, u"%1 ms"_s.arg(Median(clicks), 0, 'f', 1),
-                u"%1 x encode + write (at most 1.5)"_s.arg(Median(clicks) / Median(parts), 0, 'f', 2));
+    PrintRatio(u"  spooled behind it (median)"_s, Median(clicks), u"encode + write"_s, Median(parts), 1.5);
     PrintFigure(u"  longest that an event waited"_s, u"%1 ms"_s.arg(waited, 0, 'f', 1));
     PrintFigure(u"  %1 stills moved when it answers"_s.arg(Stills), u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
     const int rows = box.Value(u"SELECT COUNT(*) AS v FROM cap"_s).toInt();

@@ -99,7 +99,7 @@ public:
         PrintFigure(u"%1: stills filed of pressed"_s.arg(stall), u"%1 of %2"_s.arg(names.size()).arg(m_pressed.size()),
                     u"%1 rows afterwards"_s.arg(rows));
         PrintFigure(u"  frames pressed/filed, farthest apart"_s, u"%1"_s.arg(farthest), frames.join(u' '));
-        PrintFigure(u"  file after the press, slowest"_s, u"%1 ms"_s.arg(slowest, 0, 'f', 0), u"at most 100 ms"_s);
+        PrintLimited(u"  %1: file after the press, slowest"_s.arg(stall), slowest, u"ms"_s, 100);
         PrintFigure(u"  longest between painted frames"_s, u"%1 ms"_s.arg(m_longestPaint, 0, 'f', 0),
                     u"60 frames a second"_s);
         PrintFigure(u"  longest that an event waited"_s, u"%1 ms"_s.arg(m_heart.LongestMs(), 0, 'f', 0));

@@ -134,8 +134,7 @@ int BenchStart(const QString& mode)
             empty << emptyMs;
         }
     }
-    PrintFigure(u"start to the first painted, filled window (median)"_s, u"%1 ms"_s.arg(Median(station), 0, 'f', 0),
-                u"%1 ms beyond an empty window (at most 200)"_s.arg(Median(station) - Median(empty), 0, 'f', 0));
-    PrintFigure(u"  an empty window"_s, u"%1 ms"_s.arg(Median(empty), 0, 'f', 0));
+    PrintRatio(u"start to the first painted, filled window (median)"_s, Median(station), u"an empty window"_s,
+               Median(empty), 3);
     return 0;
 }

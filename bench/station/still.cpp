@@ -195,16 +195,15 @@ int BenchStill()
     }
     const double write = std::max(Median(writes), Median(localWrites));
     const double parts = Median(encodes) + write + Median(journalCommits) + Median(commits);
-    PrintFigure(u"still, click to file, rows and thumbnail (median)"_s, u"%1 ms"_s.arg(Median(clicks), 0, 'f', 1),
-                u"%1 x parts (at most 1.3)"_s.arg(Median(clicks) / parts, 0, 'f', 2));
+    PrintRatio(u"still, click to file, rows and thumbnail (median)"_s, Median(clicks), u"parts"_s, parts, 1.3);
     PrintFigure(u"  parts: encode + write + journal + rows"_s, u"%1 ms"_s.arg(parts, 0, 'f', 1),
                 u"%1 + %2 + %3 + %4 ms"_s.arg(Median(encodes), 0, 'f', 1)
                     .arg(write, 0, 'f', 1)
                     .arg(Median(journalCommits), 0, 'f', 1)
                     .arg(Median(commits), 0, 'f', 1));
     const auto largest = [](const QList<double>& times) { return *std::max_element(times.begin(), times.end()); };
-    PrintFigure(u"  longest that an event waited for another, worst still"_s, u"%1 ms"_s.arg(largest(waits), 0, 'f', 1),
-                u"%1 ms between the stills (at most 8)"_s.arg(largest(quiet), 0, 'f', 1));
+    PrintLimited(u"  longest that an event waited, worst still"_s, largest(waits), u"ms"_s, 8,
+                 u"%1 ms between the stills"_s.arg(largest(quiet), 0, 'f', 1));
     PrintFigure(u"  the press's own handler (median)"_s, u"%1 ms"_s.arg(Median(handlers), 0, 'f', 2));
     return 0;
 }
