@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QLibraryInfo>
 #include <QStandardPaths>
+#include <QVersionNumber>
 
 #include <fontconfig/fontconfig.h>
 #include <pwd.h>
@@ -67,11 +68,14 @@ void CheckFonts(CheckLines& lines)
 void CheckPlugins(CheckLines& lines)
 {
     const QString folder = QLibraryInfo::path(QLibraryInfo::PluginsPath);
+    // From Debian 13 on the plugins have a package of their own.
+    const bool areApart = QLibraryInfo::version() >= QVersionNumber(6, 8);
+    const QString svgPackage = areApart ? u"qt6-svg-plugins"_s : u"libqt6svg6"_s;
     CheckAll(
         u"플러그인"_s,
         {{u"platforms/libqxcb.so"_s, u"libqt6gui6"_s},
-         {u"iconengines/libqsvgicon.so"_s, u"libqt6svg6"_s},
-         {u"imageformats/libqsvg.so"_s, u"libqt6svg6"_s},
+         {u"iconengines/libqsvgicon.so"_s, svgPackage},
+         {u"imageformats/libqsvg.so"_s, svgPackage},
          {u"imageformats/libqwebp.so"_s, u"qt6-image-formats-plugins"_s},
          {u"imageformats/libqtiff.so"_s, u"qt6-image-formats-plugins"_s},
          {u"sqldrivers/libqsqlmysql.so"_s, u"libqt6sql6-mysql"_s},

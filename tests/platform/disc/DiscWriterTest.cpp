@@ -196,7 +196,7 @@ private Q_SLOTS:
         QVERIFY(!DiscInABox::Window()->close());
         burner->Startburn(); // A second start changes nothing.
         if (programEnds)
-            Q_EMIT qApp->aboutToQuit({});
+            QMetaObject::invokeMethod(qApp, "aboutToQuit", Qt::DirectConnection);
         else
             DiscInABox::Press(u"cmdCancel"_s);
         QTRY_VERIFY(!burner->isburning());
