@@ -68,7 +68,8 @@ public:
     void Post(std::function<void()> work) { m_share.Post(std::move(work)); }
     bool IsIdle() const { return m_share.IsIdle(); }
     const std::shared_ptr<CaptureNumbers>& SharedNumbers() const { return m_numbers; }
-    /// What waits is left to the next run. Work for `local` is still under way.
+    /// Waits for a picture that is being encoded and for the share where it answers, some seconds at most; what hasn't
+    /// come there then is the next run's. What `local` still has to write is for whoever owns it to wait for.
     void End();
 
     /// Path of a picture on the local disk.
