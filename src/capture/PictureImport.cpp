@@ -128,7 +128,7 @@ void PictureImport::ImportFiles(QStringList paths)
         return;
     }
     // As the dialog shows them: 2 before 10.
-    QCollator order(QLocale(QLocale::Korean));
+    QCollator order{QLocale(QLocale::Korean)};
     order.setNumericMode(true);
     order.setCaseSensitivity(Qt::CaseInsensitive);
     std::ranges::stable_sort(paths, [&order](const QString& one, const QString& other) {

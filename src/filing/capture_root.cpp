@@ -163,6 +163,13 @@ void Take(const QString& root, const QString& mark)
     setRefusal({});
 }
 
+/// A root without a name has no mark; nor may its null text be looked up, which the toolkit of Debian 13 doesn't live
+/// through.
+QString RememberedOf(const QString& root)
+{
+    return root.isEmpty() ? QString() : Memory().value(root).toString();
+}
+
 } // namespace
 
 QString capture_root::MarkOf(const QString& root)
@@ -189,12 +196,12 @@ void capture_root::StoreMark(const QString& mark)
 
 void capture_root::Watch(const QString& root)
 {
-    setWatched(root, Memory().value(root).toString());
+    setWatched(root, RememberedOf(root));
 }
 
 void capture_root::Judge(const QString& root)
 {
-    QString remembered = Memory().value(root).toString();
+    QString remembered = RememberedOf(root);
     try {
         // The clinic's word counts before the station's own.
         if (const QString stored = StoredMark(); !stored.isEmpty())

@@ -47,9 +47,9 @@ private Q_SLOTS:
         convert("tiff, the first of two pages", u"lines.png -compress LZW"_s, u"TIFF"_s);
         convert("tiff, facsimile", u"-monochrome -compress Group4"_s, u"TIFF"_s, false);
         convert("pcx", u"-alpha off"_s, u"PCX"_s);
-        convert("pcx, one bit", u"-monochrome"_s, u"PCX"_s, false);
+        convert("pcx, one bit", PictureFiles::OneBit(), u"PCX"_s, false);
         convert("dcx of two", u"lines.png -alpha off"_s, u"DCX"_s);
-        convert("cals", u"-monochrome"_s, u"CALS"_s, false);
+        convert("cals", PictureFiles::OneBit(), u"CALS"_s, false);
         convert("tga, from the top", u"-alpha off -orient TopLeft"_s, u"TGA"_s);
         convert("tga, from the bottom", u"-alpha off -orient BottomLeft -flip"_s, u"TGA"_s);
         ffmpeg("tga, run lengths", u"-pix_fmt bgr24"_s, u"out.tga"_s);

@@ -207,7 +207,8 @@ private:
         QAccessibleInterface* window = QAccessible::queryAccessibleInterface(&form);
         if (window->role() != (form.isModal() ? QAccessible::Dialog : QAccessible::Window) ||
             window->text(QAccessible::Name) != form.windowTitle())
-            faults << u"no window to a screen reader"_s;
+            faults << u"no window to a screen reader: role %1, \"%2\""_s.arg(int(window->role()))
+                          .arg(window->text(QAccessible::Name));
         const QImage picture = form.grab().toImage();
         for (QWidget* widget : form.findChildren<QWidget*>()) {
             const QRect place(widget->mapTo(&form, QPoint()), widget->size());

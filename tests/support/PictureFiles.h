@@ -70,11 +70,24 @@ public:
         return content;
     }
 
+    /// Options of convert for a one-bit picture in facsimile bits or PCX: its seventh version writes black for white
+    /// there.
+    static QString OneBit()
+    {
+        static const bool changesPlaces = [] {
+            QProcess process;
+            process.start(QStringLiteral("convert"), {QStringLiteral("-version")});
+            process.waitForFinished();
+            return process.readAllStandardOutput().contains("ImageMagick 7");
+        }();
+        return changesPlaces ? QStringLiteral("-monochrome -negate") : QStringLiteral("-monochrome");
+    }
+
     /// A JBIG2 file of one page around facsimile bits, which no program of the system writes.
     QByteArray Jbig2(quint32 width, quint32 height) const
     {
         const QByteArray bits =
-            Made(QStringLiteral("convert lines.png -monochrome GROUP4:lines.g4"), QStringLiteral("lines.g4"));
+            Made(QStringLiteral("convert lines.png %1 GROUP4:lines.g4").arg(OneBit()), QStringLiteral("lines.g4"));
         const auto number = [](quint32 value) {
             const quint32 big = qToBigEndian(value);
             return QByteArray(reinterpret_cast<const char*>(&big), 4);

@@ -39,14 +39,26 @@ public:
     bool eventFilter(QObject* watched, QEvent* event) override;
 };
 
-/// A form is a window to a screen reader, a modal one a dialog; any other widget is what the toolkit takes it for.
+/// A form is a window to a screen reader, a modal one a dialog, by its title. It may be asked for before it has become
+/// either.
+class FormAccess final : public QAccessibleWidget
+{
+public:
+    explicit FormAccess(QWidget* form) : QAccessibleWidget(form) {}
+
+    QAccessible::Role role() const override { return widget()->isModal() ? QAccessible::Dialog : QAccessible::Window; }
+    QString text(QAccessible::Text text) const override
+    {
+        return text == QAccessible::Name ? widget()->windowTitle() : QAccessibleWidget::text(text);
+    }
+};
+
+/// Any other widget is what the toolkit takes it for.
 QAccessibleInterface* ReadableForm(const QString& className, QObject* object)
 {
     if (className != u"StationForm"_s)
         return nullptr;
-    auto* form = static_cast<QWidget*>(object);
-    return new QAccessibleWidget(form, form->isModal() ? QAccessible::Dialog : QAccessible::Window,
-                                 form->windowTitle());
+    return new FormAccess(static_cast<QWidget*>(object));
 }
 
 /// Texts of the toolkit's dialogs that its Korean catalogue lacks.

@@ -97,6 +97,12 @@ QString HostOption(const DatabaseSettings& settings)
 }
 } // namespace
 
+bool AlwaysChecksServerName()
+{
+    constexpr unsigned long First = 30400;
+    return mysql_get_client_version() >= First;
+}
+
 QStringList MariaDbEngine::Drivers() const
 {
     return {u"QMARIADB"_s, u"QMYSQL"_s};

@@ -28,12 +28,16 @@ struct DatabaseSettings
     /// no encryption. A socket of this machine, which no network carries, goes without.
     QString certificateAuthority{};
     /// The server's certificate has to name the host by which it is called. Without it any certificate of the authority
-    /// will do; a server without encryption is refused only after it has had the user's name and the proof of the
-    /// password.
+    /// will do, unless the client library looks at the name all the same (`AlwaysChecksServerName`); a server without
+    /// encryption is refused only after it has had the user's name and the proof of the password.
     bool verifiesServerName = true;
     int connectTimeoutSeconds = 5;
     int replyTimeoutSeconds = 20; ///< A statement that is not answered in this time counts as a lost connection.
 };
+
+/// The client library of this machine refuses a server whose certificate names another host, whatever is asked of it,
+/// once there is an authority: from its release 3.4 (Debian 13) on.
+bool AlwaysChecksServerName();
 
 /// Opens a connection whose texts are Unicode and in whose literals a backslash is an ordinary character. An SQLite
 /// file must exist already. Throws PlatformError, with the driver's text behind the reason in Korean.

@@ -323,7 +323,8 @@ private Q_SLOTS:
                                         .certificateAuthority =
                                             folder.filePath(authority == u"other" ? u"other.crt"_s : u"server.crt"_s),
                                         .verifiesServerName = verifiesName};
-        if (!connects) {
+        const bool isNameLookedAt = authority == u"elsewhere" && AlwaysChecksServerName();
+        if (!connects || isNameLookedAt) {
             const QString fault = OpeningFaultOf(settings);
             QVERIFY2(fault.startsWith(u"데이터베이스 서버와 암호화하여"_s), qPrintable(fault));
             return;

@@ -200,6 +200,8 @@ bool confinement::ShutInProgram(int program, int input)
     calls.Let({SCMP_SYS(mmap), SCMP_SYS(mprotect), SCMP_SYS(newfstatat), SCMP_SYS(statx), SCMP_SYS(stat),
                SCMP_SYS(lstat), SCMP_SYS(access), SCMP_SYS(faccessat), SCMP_SYS(faccessat2), SCMP_SYS(readlink),
                SCMP_SYS(readlinkat), SCMP_SYS(getcwd), SCMP_SYS(mlock), SCMP_SYS(munlock)});
+    // Of what is open already: newer programs take a pipe's end twice.
+    calls.Let({SCMP_SYS(dup)});
     calls.Let({SCMP_SYS(arch_prctl), SCMP_SYS(set_tid_address), SCMP_SYS(uname), SCMP_SYS(getuid), SCMP_SYS(geteuid),
                SCMP_SYS(getgid), SCMP_SYS(getegid), SCMP_SYS(poll), SCMP_SYS(ppoll)});
     constexpr std::uint64_t Changing = O_ACCMODE | O_CREAT | O_TRUNC | O_APPEND;
