@@ -63,7 +63,8 @@ QString MakeStaged(const QString& area, const QString& path, DicomPicture facts)
     const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
     facts.takenAt = Files().LastModified(path).toLocalTime();
     QByteArray object;
-    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, object, {});
+    const DicomOutcome outcome =
+        kit->MakeObject(Files().ReadArchivedFile(path), facts, DicomKit::Coding::Jpeg, object, {});
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome.reason;
     const QString folder = area + ObjectFolder + u'\\';
@@ -143,7 +144,7 @@ QString disc_objects::WriteDirectory(const QString& area)
         if (!FolderExists(area + ObjectFolder))
             return {};
         const DicomOutcome outcome = filecalls::Ask(
-            [area] { return CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->MakeDirectory(area, {}); });
+            [area] { return CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->MakeDirectory(area, {}, {}); });
         return outcome.kind == DicomOutcome::Accepted ? QString() : outcome.reason;
     } catch (const PlatformError& error) {
         return error.Text();

@@ -120,6 +120,78 @@ private Q_SLOTS:
         QVERIFY(!object.contains("Exif"));
     }
 
+    /// What a visit consists of beside the endoscope's pictures, as a server finally has it.
+    void EachKindOfObjectHoldsTheStandard_data()
+    {
+        Columns<QString, QStringList>("kind", "elements");
+        QTest::newRow("ultrasound") << u"US"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s};
+        QTest::newRow("microscope") << u"GM"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.77.1.2"_s};
+        QTest::newRow("camera") << u"XC"_s << QStringList{u"0018,0015=SKIN"_s, u"0020,0060=L"_s, u"0008,0030=101112"_s};
+        QTest::newRow("marked up") << u"marked"_s
+                                   << QStringList{u"0008,0008=DERIVED\\SECONDARY"_s, u"0020,0013=1007"_s,
+                                                  u"0028,0301=YES"_s, u"0008,1155=1.2.3"_s};
+        QTest::newRow("ordered") << u"ordered"_s
+                                 << QStringList{u"0008,0050=A-1"_s, u"0008,0090=박^의뢰"_s, u"0032,1060=위내시경"_s,
+                                                u"0040,1001=P-1"_s, u"0008,0100=E7611"_s};
+        QTest::newRow("report") << u"report"_s
+                                << QStringList{u"0008,0060=DOC"_s, u"0042,0015=9"_s, u"0042,0010=결과지"_s,
+                                               u"0008,1155=1.2.3"_s};
+        QTest::newRow("movie") << u"movie"_s
+                               << QStringList{u"0008,0060=ES"_s, u"0028,0008=18"_s, u"0018,1063=55.555556"_s};
+        QTest::newRow("rejection") << u"rejection"_s
+                                   << QStringList{u"0008,0060=KO"_s, u"0008,0100=113001"_s, u"0008,1155=1.2.3"_s};
+    }
+
+    void EachKindOfObjectHoldsTheStandard()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QStringList, elements);
+        DicomPicture facts = Gildong();
+        facts.study.time = u"101112"_s;
+        facts.study.kind.modality = ModalityOf(kind).value_or(DicomModality::Endoscopy);
+        if (kind == u"ordered"_s)
+            facts.study.kind.bodyPart = u"STOMACH"_s;
+        if (kind == u"XC"_s)
+            facts.study.kind = {DicomModality::Photography, u"SKIN"_s, u"L"_s};
+        const DicomReference other{ClassUidOf(DicomModality::Endoscopy), u"1.2.3"_s};
+        if (kind == u"marked"_s) {
+            facts.original = other;
+            facts.instance = 1007;
+        }
+        if (kind == u"ordered"_s)
+            facts.study.order = {u"A-1"_s,      u"P-1"_s, u"위내시경"_s, u"E7611"_s,  u"99HIS"_s,
+                                 u"위내시경"_s, u"S-1"_s, u"내시경실"_s, u"박^의뢰"_s};
+        PacsServer server;
+        server.Start();
+        QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
+        DicomOutcome outcome;
+        const QByteArray movie("an odd movie\n");
+        if (kind == u"report"_s) {
+            outcome = m_kit->StoreReport(
+                "%PDF-1.4\n", {u"결과지"_s, facts.takenAt, {ClassUidOf(DicomSeries::Reports), u"1.2.3"_s}}, facts, {});
+        } else if (kind == u"movie"_s) {
+            QTemporaryDir folder;
+            Files().WriteWholeFile(folder.path() + u"\\m.mp4"_s, movie);
+            outcome = m_kit->StoreMovie(folder.path() + u"\\m.mp4"_s,
+                                        {640, 480, 18, 1000 / 18.0, facts.takenAt, true, 1, "m"}, facts, {});
+        } else if (kind == u"rejection"_s) {
+            outcome = m_kit->StoreRejection({other}, facts.takenAt, facts, {});
+        } else {
+            outcome = m_kit->Store(Jpeg({64, 48}), facts, {});
+        }
+        QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
+        const QString object = server.Objects().value(0);
+        const QString verdict = PacsServer::Run(u"dciodvfy"_s, {object});
+        QVERIFY2(!verdict.contains(u"Error"_s), qPrintable(verdict));
+        QCOMPARE(outcome.stored.uid, PacsServer::Element(object, "0008,0018"));
+        QCOMPARE(outcome.stored.classUid, PacsServer::Element(object, "0008,0016"));
+        for (const QString& element : elements)
+            QCOMPARE(PacsServer::Element(object, qPrintable(element.section(u'=', 0, 0))), element.section(u'=', 1));
+        QFile file(object);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll().contains(movie + '\0'), kind == u"movie"_s);
+    }
+
     /// A server of the clinic's shows the names as they are, in the character set and the parts that it wants.
     void TextsStandInTheWantedSet_data()
     {
@@ -167,7 +239,7 @@ private Q_SLOTS:
         for (const QByteArray& content :
              {progressive, cmyk, whole.left(200), QByteArray(), PictureFiles::Blank({8, 8}, "bmp")}) {
             QByteArray object;
-            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), object, {});
+            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), DicomKit::Coding::Jpeg, object, {});
             QCOMPARE(outcome.kind, DicomOutcome::Refused);
             QVERIFY(outcome.reason.contains(u".!!"_s) && object.isEmpty());
         }
@@ -378,7 +450,7 @@ private Q_SLOTS:
             Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture));
         }
         const auto listed = [&] {
-            const DicomOutcome outcome = m_kit->MakeDirectory(folder, {});
+            const DicomOutcome outcome = m_kit->MakeDirectory(folder, {}, {});
             const QString dump = PacsServer::Run(u"dcmdump"_s, {u"-Un"_s, disc.filePath(u"DICOMDIR"_s)});
             return outcome.reason + QString::number(dump.count(u"[DICOM\\0000000"_s)) +
                    (dump.contains(u"홍길동"_s) ? u"홍"_s : u""_s);
@@ -406,7 +478,7 @@ private:
     QByteArray Made(const QByteArray& content, const DicomPicture& picture)
     {
         QByteArray object;
-        const DicomOutcome outcome = m_kit->MakeObject(content, picture, object, {});
+        const DicomOutcome outcome = m_kit->MakeObject(content, picture, DicomKit::Coding::Jpeg, object, {});
         m_isOtherSet = outcome.isOtherSet;
         QFile file(ObjectPath());
         if (!file.open(QIODevice::WriteOnly) || file.write(object) != object.size())
