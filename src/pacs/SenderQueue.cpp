@@ -5,6 +5,7 @@
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "records/Statement.h"
 
@@ -40,7 +41,8 @@ const QString ThatGo =
     u"line WHERE kind IN ( 'stored', 'retry', 'drop' ) OR ( kind IN ( 'send', 'changed' ) AND ( goes = 1 OR EXISTS ( "
     "SELECT * FROM visit WHERE visit.chart = line.chart AND visit.ymd = line.ymd AND visit.etc = line.etc AND "
     "isStored = 1 ) OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND picture.ymd = line.ymd AND "
-    "picture.etc = line.etc AND picture.number = line.number AND state <> 'held' ) ) )"_s;
+    "picture.etc = line.etc AND picture.number = line.number AND picture.part = line.part AND state <> 'held' ) ) ) OR "
+    "( kind = 'withdrawn' AND goes = 1 )"_s;
 
 } // namespace
 
@@ -101,7 +103,8 @@ SenderQueue::State SenderQueue::Look()
     State state;
     for (const QVariantList& row : m_database->Rows(
              u"SELECT state, COUNT(*) FROM picture WHERE state IN ( 'waiting', 'underway', 'aside', 'held' "
-             ") GROUP BY state"_s)) {
+             ") AND NOT ( state IN ( 'waiting', 'underway' ) AND "_s +
+             parts::IsRawMovie() + u" ) GROUP BY state"_s)) {
         const int count = row.at(1).toInt();
         if (row.at(0) == u"aside"_s)
             state.setAside = count;
@@ -110,6 +113,7 @@ SenderQueue::State SenderQueue::Look()
         else
             state.waiting += count;
     }
+    state.movies = Count(*m_database, u"picture WHERE state IN ( 'waiting', 'underway' ) AND "_s + parts::IsRawMovie());
     state.lines = Count(*m_database, ThatGo);
     state.waiting += state.lines;
     state.held += Count(*m_database, u"line WHERE kind = 'send'"_s) -
@@ -124,7 +128,7 @@ SenderQueue::State SenderQueue::Look()
 
 QList<PacsEntry> SenderQueue::SentSince(const QString& time)
 {
-    return queue_rows::Entries(*m_database, queue_rows::Is(PacsState::Sent) +
+    return queue_rows::Entries(*m_database, u"state IN ( 'sent', 'committed' )"_s +
                                                 Statement().Quoted(u" AND sentAt >= '", time).Text() +
                                                 u" ORDER BY sentAt, place"_s);
 }

@@ -24,6 +24,7 @@ public:
     {
         int waiting = 0; ///< Pictures that go, and lines by which others will.
         int lines = 0;   ///< Those: the sender hasn't seen them.
+        int movies = 0;  ///< That are still to be made ready.
         int setAside = 0;
         int held = 0;  ///< Pictures whose visit hasn't been stored here, and lines of such.
         int sent = 0;  ///< Since nothing waited.

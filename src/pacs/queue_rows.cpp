@@ -44,12 +44,12 @@ QStringList WithParts()
             u"DROP TABLE picture"_s, u"ALTER TABLE newPicture RENAME TO picture"_s};
 }
 
-QString TimeText(const QDateTime& time)
+} // namespace
+
+QString queue_rows::TimeText(const QDateTime& time)
 {
     return time.isValid() ? time.toString(Qt::ISODateWithMs) : QString();
 }
-
-} // namespace
 
 void queue_rows::MakeTables(LocalDatabase& queue)
 {

@@ -26,6 +26,8 @@ QString Word(PacsState state);
 QString Is(PacsState state);
 /// The condition that a row is of that picture, whichever part, or, without a number, of that visit.
 QString Same(const QString& chart, const QString& ymd, const QString& etc, int number);
+/// A time as the rows have it; empty for one that isn't valid.
+QString TimeText(const QDateTime& time);
 /// The condition that a row is that very one.
 QString Same(const PacsEntry& entry);
 

@@ -36,10 +36,10 @@ DicomReference SelfOf(const DicomPicture& facts, DicomSeries series, const QByte
 
 bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content content)
 {
-    const QStringList syntaxes = content == Content::Jpeg    ? QStringList{u"1.2.840.10008.1.2.4.50"_s}
-                                 : content == Content::Movie ? QStringList{u"1.2.840.10008.1.2.4.102"_s}
-                                                             : QStringList{u"1.2.840.10008.1.2.1"_s,
-                                                                           u"1.2.840.10008.1.2"_s};
+    const QStringList syntaxes = content == Content::Jpeg ? QStringList{u"1.2.840.10008.1.2.4.50"_s}
+                                 : content == Content::Movie
+                                     ? QStringList{u"1.2.840.10008.1.2.4.102"_s}
+                                     : QStringList{u"1.2.840.10008.1.2.1"_s, u"1.2.840.10008.1.2"_s};
     return std::ranges::any_of(
         taken, [&](const auto& each) { return each.first == classUid && syntaxes.contains(each.second); });
 }
