@@ -5,9 +5,9 @@
 #include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/DcmtkRun.h"
 #include "platform/dicom/document_elements.h"
-#include "platform/dicom/jpeg_frame.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/picture_elements.h"
+#include "platform/dicom/whole_picture.h"
 
 #include <QFileInfo>
 
@@ -36,26 +36,28 @@ DicomReference SelfOf(const DicomPicture& facts, DicomSeries series, const QByte
 
 bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content content)
 {
-    const QStringList syntaxes = content == Content::Jpeg    ? QStringList{u"1.2.840.10008.1.2.4.50"_s}
-                                 : content == Content::Movie ? QStringList{u"1.2.840.10008.1.2.4.102"_s}
-                                                             : QStringList{u"1.2.840.10008.1.2.1"_s,
-                                                                           u"1.2.840.10008.1.2"_s};
+    const QStringList syntaxes = content == Content::Jpeg ? QStringList{u"1.2.840.10008.1.2.4.50"_s}
+                                 : content == Content::Movie
+                                     ? QStringList{u"1.2.840.10008.1.2.4.102"_s}
+                                     : QStringList{u"1.2.840.10008.1.2.1"_s, u"1.2.840.10008.1.2"_s};
     return std::ranges::any_of(
         taken, [&](const auto& each) { return each.first == classUid && syntaxes.contains(each.second); });
 }
 
-QString DcmtkKit::PackPicture(const QByteArray& content, const DicomPicture& picture, Coding coding, Parcel& parcel)
+DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
+                                   Coding coding, Parcel& parcel)
 {
-    const JpegFrame frame = ReadJpegFrame(content);
-    if (!frame.problem.isEmpty())
-        return frame.problem;
-    if (frame.coded.size() > MostFrame)
-        return u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s;
+    const bool isDecoded = coding == Coding::Uncompressed;
+    const WholePicture whole = ReadWholePicture(content, frame, isDecoded);
+    if (!whole.problem.isEmpty())
+        return {whole.isPassing ? DicomOutcome::Away : DicomOutcome::Refused, whole.problem};
     parcel.self = {ClassUidOf(picture.study.kind.modality), InstanceUid(picture, content)};
-    parcel.made = ElementsOf(picture, parcel.self, frame, coding);
-    parcel.content = Content::Jpeg;
-    parcel.bytes = frame.coded;
-    return {};
+    parcel.made = ElementsOf(picture, parcel.self, whole.frame, coding);
+    parcel.content = isDecoded ? Content::Pixels : Content::Jpeg;
+    parcel.bytes = isDecoded ? whole.pixels : whole.frame.coded;
+    if (parcel.bytes.size() > MostFrame)
+        return {DicomOutcome::Refused, u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s};
+    return {DicomOutcome::Accepted};
 }
 
 QCborMap DcmtkKit::RequestOfParcel(Request asked, const Parcel& parcel)
@@ -92,10 +94,19 @@ DicomOutcome DcmtkKit::Send(const Parcel& parcel, const std::stop_token& stop)
 
 DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop)
 {
+    const JpegFrame frame = ReadJpegFrame(content);
+    if (!frame.problem.isEmpty())
+        return {DicomOutcome::Refused, frame.problem};
+    if (!m_isOpen)
+        return NotConnected();
+    const QString classUid = ClassUidOf(picture.study.kind.modality);
+    const bool isJpeg = Takes(m_taken, classUid, Content::Jpeg);
+    if (!isJpeg && !Takes(m_taken, classUid, Content::Pixels))
+        return peeranswers::OfNoContext(Asked::Store);
     Parcel parcel;
-    if (const QString problem = PackPicture(content, picture, Coding::Jpeg, parcel); !problem.isEmpty())
-        return {DicomOutcome::Refused, problem};
-    return m_isOpen ? Send(parcel, stop) : NotConnected();
+    const DicomOutcome packed =
+        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
+    return packed.kind == DicomOutcome::Accepted ? Send(parcel, stop) : packed;
 }
 
 DicomOutcome DcmtkKit::StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
@@ -152,9 +163,13 @@ DicomOutcome DcmtkKit::StoreRejection(const QList<DicomReference>& rejected, con
 DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture& picture, Coding coding,
                                   QByteArray& object, const std::stop_token& stop)
 {
+    const JpegFrame frame = ReadJpegFrame(content);
+    if (!frame.problem.isEmpty())
+        return {DicomOutcome::Refused, frame.problem};
     Parcel parcel;
-    if (const QString problem = PackPicture(content, picture, coding, parcel); !problem.isEmpty())
-        return {DicomOutcome::Refused, problem};
+    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel);
+        packed.kind != DicomOutcome::Accepted)
+        return packed;
     QCborMap answer;
     const LinkProcess::End end =
         m_link.Ask(RequestOfParcel(Request::Make, parcel), answer, MostMessage, MakingMs, stop);

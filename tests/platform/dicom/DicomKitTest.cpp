@@ -46,6 +46,14 @@ QByteArray WithSegments(QByteArray jpeg)
                                      23));
 }
 
+/// As a camera's that was held upright.
+QByteArray Turned(QByteArray jpeg)
+{
+    constexpr char Segment[] = "\xFF\xE1\0\x22"
+                               "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0";
+    return jpeg.insert(2, QByteArray(Segment, sizeof Segment - 1));
+}
+
 QByteArray FromFirstTable(const QByteArray& jpeg)
 {
     return jpeg.sliced(jpeg.indexOf("\xFF\xDB"));
@@ -192,6 +200,48 @@ private Q_SLOTS:
         QCOMPARE(file.readAll().contains(movie + '\0'), kind == u"movie"_s);
     }
 
+    /// Whatever a server can read, it gets the picture, upright, and in the file's own coding if it takes that.
+    void PicturesGoAsTheServerTakesThem_data()
+    {
+        Columns<QString, QByteArray, QString>("option", "content", "found");
+        const QByteArray colour = Jpeg({64, 48});
+        const QByteArray grey = Jpeg({33, 21}, QImage::Format_Grayscale8);
+        const QByteArray odd = Jpeg({51, 33});
+        QTest::newRow("JPEG") << u"+xa"_s << colour << u"YBR_FULL_422 64x48"_s;
+        QTest::newRow("JPEG, turned in blocks") << u"+xa"_s << Turned(colour) << u"YBR_FULL_422 48x64"_s;
+        QTest::newRow("JPEG, turned and coded anew") << u"+xa"_s << Turned(odd) << u"YBR_FULL_422 33x51"_s;
+        QTest::newRow("explicit") << u"+x="_s << colour << u"RGB 64x48"_s;
+        QTest::newRow("explicit, grey, odd") << u"+x="_s << grey << u"MONOCHROME2 33x21"_s;
+        QTest::newRow("explicit, turned") << u"+x="_s << Turned(odd) << u"RGB 33x51"_s;
+        QTest::newRow("implicit") << u"+xi"_s << colour << u"RGB 64x48"_s;
+    }
+
+    void PicturesGoAsTheServerTakesThem()
+    {
+        QFETCH3(QString, option, QByteArray, content, QString, found);
+        PacsServer server;
+        server.Start({option});
+        QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
+        const DicomOutcome outcome = m_kit->Store(content, Gildong(), {});
+        QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
+        const QString object = server.Objects().value(0);
+        const auto element = [&](const char* tag) { return PacsServer::Element(object, tag); };
+        QCOMPARE(element("0028,0004") + u' ' + element("0028,0011") + u'x' + element("0028,0010"), found);
+        QCOMPARE(element("0028,2110") + element("0028,2114"), u"01ISO_10918_1"_s);
+        QVERIFY(!PacsServer::Run(u"dciodvfy"_s, {object}).contains(u"Error"_s));
+        // dcmtk's own decoder sees what the station's sees.
+        const QString shown = m_folder.filePath(u"shown.ppm"_s);
+        PacsServer::Run(option == u"+xa"_s ? u"dcmj2pnm"_s : u"dcm2pnm"_s, {object, shown});
+        QBuffer buffer(&content);
+        QImageReader reader(&buffer);
+        reader.setAutoTransform(true);
+        const QImage wanted = reader.read().convertToFormat(QImage::Format_RGB32);
+        const QImage seen = QImage(shown).convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(seen.size(), wanted.size());
+        for (const QPoint at : {QPoint(3, 3), QPoint(20, 12), QPoint(wanted.width() - 4, wanted.height() - 4)})
+            QVERIFY(qAbs(qGray(seen.pixel(at)) - qGray(wanted.pixel(at))) < 12);
+    }
+
     /// A server of the clinic's shows the names as they are, in the character set and the parts that it wants.
     void TextsStandInTheWantedSet_data()
     {
@@ -236,8 +286,10 @@ private Q_SLOTS:
         const QByteArray whole = Jpeg({64, 48});
         const QByteArray progressive = files.Made(u"convert colours.png -interlace JPEG p.jpg"_s, u"p.jpg"_s);
         const QByteArray cmyk = files.Made(u"convert colours.png -colorspace CMYK c.jpg"_s, u"c.jpg"_s);
+        const QByteArray cut = Jpeg({640, 480});
         for (const QByteArray& content :
-             {progressive, cmyk, whole.left(200), QByteArray(), PictureFiles::Blank({8, 8}, "bmp")}) {
+             {progressive, cmyk, whole.left(200), cut.left(9000), cut.left(9000) + "\xFF\xD9", QByteArray(),
+              PictureFiles::Blank({8, 8}, "bmp")}) {
             QByteArray object;
             const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), DicomKit::Coding::Jpeg, object, {});
             QCOMPARE(outcome.kind, DicomOutcome::Refused);
