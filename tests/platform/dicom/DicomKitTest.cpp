@@ -242,6 +242,56 @@ private Q_SLOTS:
             QVERIFY(qAbs(qGray(seen.pixel(at)) - qGray(wanted.pixel(at))) < 12);
     }
 
+    /// An encrypted connection is made with the right server, or none: never one that others could read.
+    void EncryptedOrNotAtAll_data()
+    {
+        Columns<QString, QString, QString>("server", "station", "reason");
+        QTest::newRow("trusted") << u"host -ic"_s << u"ca"_s << QString();
+        QTest::newRow("other authority") << u"host -ic"_s << u"other"_s << u"인증서"_s;
+        QTest::newRow("certificate of another host") << u"elsewhere -ic"_s << u"ca"_s << u"another host"_s;
+        QTest::newRow("server isn't encrypted") << QString() << u"ca"_s << u"SSL"_s;
+        QTest::newRow("both know each other") << u"host +cf ca.pem"_s << u"ca host"_s << QString();
+        QTest::newRow("station's certificate is missing") << u"host +cf ca.pem"_s << u"ca"_s << u"인증서"_s;
+        QTest::newRow("no such file") << u"host -ic"_s << u"nothing"_s << u"nothing.pem"_s;
+        QTest::newRow("key of another") << u"host -ic"_s << u"ca host elsewhere"_s << u"elsewhere.key"_s;
+    }
+
+    void EncryptedOrNotAtAll()
+    {
+        QFETCH3(QString, server, QString, station, QString, reason);
+        QTemporaryDir folder;
+        QProcess making;
+        making.setWorkingDirectory(folder.path());
+        making.start(u"sh"_s,
+                     {u"-ec"_s, u"for ca in ca other; do openssl req -x509 -newkey rsa:2048 -nodes -keyout "
+                                "$ca.key -out $ca.pem -days 2 -subj /CN=$ca; done; "
+                                "for name in host:IP:127.0.0.1 elsewhere:DNS:pacs.example; do n=${name%%:*}; "
+                                "openssl req -newkey rsa:2048 -nodes -keyout $n.key -out $n.csr -subj /CN=$n; "
+                                "echo subjectAltName=${name#*:} > $n.ext; openssl x509 -req -in $n.csr -CA "
+                                "ca.pem -CAkey ca.key -CAcreateserial -days 2 -extfile $n.ext -out $n.pem; done"_s});
+        QVERIFY2(making.waitForFinished() && making.exitCode() == 0, making.readAllStandardError());
+        const auto file = [&](const QString& name) { return folder.filePath(name); };
+        QStringList options{u"+xa"_s};
+        const QStringList words = server.split(u' ', Qt::SkipEmptyParts);
+        if (!words.isEmpty())
+            options << u"+tls"_s << file(words[0] + u".key"_s) << file(words[0] + u".pem"_s) << words[1];
+        if (words.size() > 2)
+            options << file(words[2]);
+        PacsServer pacs;
+        pacs.Start(options);
+        DicomPeer place = Place(pacs.Port());
+        const QStringList own = station.split(u' ');
+        place.tls = {file(own[0] + u".pem"_s), own.size() > 1 ? file(own[1] + u".pem"_s) : QString(),
+                     own.size() > 1 ? file(own.last() + u".key"_s) : QString()};
+        DcmtkKit kit({5, 5, 5});
+        DicomOutcome outcome = kit.Open(place, {});
+        if (outcome.kind == DicomOutcome::Accepted)
+            outcome = kit.Store(Jpeg({640, 480}), Gildong(), {});
+        QVERIFY2(outcome.reason.contains(reason), qPrintable(outcome.reason));
+        QCOMPARE(outcome.kind, reason.isEmpty() ? DicomOutcome::Accepted : DicomOutcome::Away);
+        QCOMPARE(pacs.Objects().size(), reason.isEmpty() ? 1 : 0);
+    }
+
     /// A server of the clinic's shows the names as they are, in the character set and the parts that it wants.
     void TextsStandInTheWantedSet_data()
     {

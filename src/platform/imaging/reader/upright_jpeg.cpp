@@ -46,9 +46,9 @@ QByteArray Moved(const QByteArray& content, int operation)
     unsigned char* bytes = nullptr;
     unsigned long size = 0;
     const auto* source = reinterpret_cast<const unsigned char*>(content.constData());
-    const bool isMoved = transformer != nullptr &&
-                         tjTransform(transformer.get(), source, static_cast<unsigned long>(content.size()), 1, &bytes,
-                                     &size, &transform, 0) == 0;
+    const bool isMoved =
+        transformer != nullptr && tjTransform(transformer.get(), source, static_cast<unsigned long>(content.size()), 1,
+                                              &bytes, &size, &transform, 0) == 0;
     const std::unique_ptr<unsigned char, void (*)(unsigned char*)> moved(bytes, &tjFree);
     return isMoved ? QByteArray(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(size)) : QByteArray();
 }
