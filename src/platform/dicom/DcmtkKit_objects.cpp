@@ -10,6 +10,7 @@
 #include "platform/dicom/whole_picture.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -30,6 +31,19 @@ constexpr qint64 MostMovie = 0xFFFFFFFC;
 DicomReference SelfOf(const DicomPicture& facts, DicomSeries series, const QByteArray& content)
 {
     return {ClassUidOf(series), InstanceUid(facts, series, content)};
+}
+
+/// Of a name: what may stand in one of a medium.
+QString FileSetId(const QString& name)
+{
+    constexpr qsizetype Longest = 16;
+    static const QRegularExpression others(u"[^A-Z0-9]+"_s);
+    QString id = name.toUpper().replace(others, u"_"_s).left(Longest);
+    while (id.startsWith(u'_'))
+        id.remove(0, 1);
+    while (id.endsWith(u'_'))
+        id.chop(1);
+    return id.isEmpty() ? u"CAPTURE_STATION"_s : id;
 }
 
 } // namespace
@@ -199,9 +213,9 @@ DicomOutcome DcmtkKit::MakeDirectory(const QString& folder, const DicomDisc& dis
         }
         if (objects.isEmpty())
             return {DicomOutcome::Accepted};
-        const QString profile = disc.isUncompressed ? u"-Pgp"_s : u"-Pdv"_s;
-        const DcmtkResult result =
-            RunDcmtk(u"dcmmkdir"_s, QStringList{profile, u"+I"_s} + objects, folder, int(MakingMs), stop);
+        // For any viewer, or for those that read compressed pictures.
+        const QStringList options{disc.isUncompressed ? u"-Pgp"_s : u"-Pdv"_s, u"+F"_s, FileSetId(disc.name)};
+        const DcmtkResult result = RunDcmtk(u"dcmmkdir"_s, options + objects, folder, int(MakingMs), stop);
         if (result.succeeded)
             return {DicomOutcome::Accepted};
         const QString told = result.lines.isEmpty() ? QString() : result.lines.last();

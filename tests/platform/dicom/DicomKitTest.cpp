@@ -541,21 +541,33 @@ private Q_SLOTS:
     }
 
     /// A viewer that opens the disc finds what lies on it, and nothing else.
+    void ADirectoryTellsWhatIsThere_data()
+    {
+        Columns<DicomKit::Coding>("coding");
+        QTest::newRow("JPEG") << DicomKit::Coding::Jpeg;
+        QTest::newRow("uncompressed") << DicomKit::Coding::Uncompressed;
+    }
+
     void ADirectoryTellsWhatIsThere()
     {
+        QFETCH(DicomKit::Coding, coding);
         QTemporaryDir disc;
         const QString folder = disc.path() + u'\\';
         MakeFolder(folder + u"DICOM"_s);
         for (const int number : {1, 2}) {
             DicomPicture picture = Gildong();
             picture.number = number;
-            Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture));
+            picture.study.time = u"101112"_s;
+            Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture, coding));
         }
         const auto listed = [&] {
-            const DicomOutcome outcome = m_kit->MakeDirectory(folder, {}, {});
+            const DicomOutcome outcome =
+                m_kit->MakeDirectory(folder, {coding == DicomKit::Coding::Uncompressed, u"나래 Clinic no. 1"_s}, {});
             const QString dump = PacsServer::Run(u"dcmdump"_s, {u"-Un"_s, disc.filePath(u"DICOMDIR"_s)});
             return outcome.reason + QString::number(dump.count(u"[DICOM\\0000000"_s)) +
-                   (dump.contains(u"홍길동"_s) ? u"홍"_s : u""_s);
+                   (dump.contains(u"홍길동"_s) && dump.contains(u"TM [101112]"_s) && dump.contains(u"[CLINIC_NO_1]"_s)
+                        ? u"홍"_s
+                        : u""_s);
         };
         QCOMPARE(listed(), u"2홍"_s);
         DeleteFile(folder + u"DICOM\\00000001"_s);
@@ -577,10 +589,11 @@ private:
     }
 
     /// An object that the standard's own checker finds nothing wrong with; also under `ObjectPath`.
-    QByteArray Made(const QByteArray& content, const DicomPicture& picture)
+    QByteArray Made(const QByteArray& content, const DicomPicture& picture,
+                    DicomKit::Coding coding = DicomKit::Coding::Jpeg)
     {
         QByteArray object;
-        const DicomOutcome outcome = m_kit->MakeObject(content, picture, DicomKit::Coding::Jpeg, object, {});
+        const DicomOutcome outcome = m_kit->MakeObject(content, picture, coding, object, {});
         m_isOtherSet = outcome.isOtherSet;
         QFile file(ObjectPath());
         if (!file.open(QIODevice::WriteOnly) || file.write(object) != object.size())

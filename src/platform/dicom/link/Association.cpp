@@ -73,7 +73,7 @@ int AddContexts(T_ASC_Parameters& parameters, Association::Purpose purpose)
 {
     int count = 0;
     for (const Context& context : Contexts) {
-        if (purpose == Association::Purpose::Echo && context.purpose != purpose)
+        if (context.purpose != purpose && context.purpose != Association::Purpose::Echo)
             continue;
         std::array syntaxes{UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax};
         int syntaxCount = static_cast<int>(syntaxes.size());

@@ -64,7 +64,7 @@ bool encryption::IsOfHost(T_ASC_Association* association, const QByteArray& host
         return false;
     const unsigned char* at = der.data();
     const std::unique_ptr<X509, void (*)(X509*)> certificate(d2i_X509(nullptr, &at, static_cast<long>(bytes)),
-                                                            &X509_free);
+                                                             &X509_free);
     // A certificate may have an address among its names.
     return certificate != nullptr &&
            (X509_check_host(certificate.get(), host.constData(), static_cast<size_t>(host.size()), 0, nullptr) == 1 ||
