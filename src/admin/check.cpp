@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 
+#include "admin/check_abilities.h"
 #include "admin/check_tables.h"
 #include "admin/Report.h"
 #include "contracts/dicom.h"
@@ -93,7 +94,7 @@ int CheckStation(Report& report)
         look(checks.LookAtCaptureRoot(setup.client));
     look(checks.LookAtMachine(setup.client));
     if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
-        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)});
+        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)} + CheckAbilities(setup.client.Pacs));
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     report.Total(wrong == 0 ? u"이상이 없습니다."_s : u"이상 %1건"_s.arg(wrong), {{u"wrong"_s, qint64(wrong)}});
     return wrong == 0 ? AllWell : Found;

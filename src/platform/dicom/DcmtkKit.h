@@ -8,6 +8,8 @@
 
 #include <utility>
 
+struct JpegFrame;
+
 /// How long a server may keep the kit waiting, in seconds.
 struct DicomPatience
 {
@@ -69,8 +71,9 @@ private:
                            const std::stop_token& stop);
     DicomOutcome Find(const QString& study, const QString& series, qint64 patienceMs, QCborMap& answer,
                       const std::stop_token& stop);
-    /// Of a picture; gives the problem instead where no object can come of it.
-    static QString PackPicture(const QByteArray& content, const DicomPicture& picture, Coding coding, Parcel& parcel);
+    /// Of a picture, whose content has this frame. Accepted when an object can come of it.
+    static DicomOutcome PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
+                                    Coding coding, Parcel& parcel);
     static QCborMap RequestOfParcel(dicomlink::Request request, const Parcel& parcel);
     /// Sends what the server has agreed to take.
     DicomOutcome Send(const Parcel& parcel, const std::stop_token& stop);

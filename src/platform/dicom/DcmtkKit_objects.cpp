@@ -5,11 +5,12 @@
 #include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/DcmtkRun.h"
 #include "platform/dicom/document_elements.h"
-#include "platform/dicom/jpeg_frame.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/picture_elements.h"
+#include "platform/dicom/whole_picture.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -32,6 +33,19 @@ DicomReference SelfOf(const DicomPicture& facts, DicomSeries series, const QByte
     return {ClassUidOf(series), InstanceUid(facts, series, content)};
 }
 
+/// Of a name: what may stand in one of a medium.
+QString FileSetId(const QString& name)
+{
+    constexpr qsizetype Longest = 16;
+    static const QRegularExpression others(u"[^A-Z0-9]+"_s);
+    QString id = name.toUpper().replace(others, u"_"_s).left(Longest);
+    while (id.startsWith(u'_'))
+        id.remove(0, 1);
+    while (id.endsWith(u'_'))
+        id.chop(1);
+    return id.isEmpty() ? u"CAPTURE_STATION"_s : id;
+}
+
 } // namespace
 
 bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content content)
@@ -44,18 +58,20 @@ bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content conten
         taken, [&](const auto& each) { return each.first == classUid && syntaxes.contains(each.second); });
 }
 
-QString DcmtkKit::PackPicture(const QByteArray& content, const DicomPicture& picture, Coding coding, Parcel& parcel)
+DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
+                                   Coding coding, Parcel& parcel)
 {
-    const JpegFrame frame = ReadJpegFrame(content);
-    if (!frame.problem.isEmpty())
-        return frame.problem;
-    if (frame.coded.size() > MostFrame)
-        return u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s;
+    const bool isDecoded = coding == Coding::Uncompressed;
+    const WholePicture whole = ReadWholePicture(content, frame, isDecoded);
+    if (!whole.problem.isEmpty())
+        return {whole.isPassing ? DicomOutcome::Away : DicomOutcome::Refused, whole.problem};
     parcel.self = {ClassUidOf(picture.study.kind.modality), InstanceUid(picture, content)};
-    parcel.made = ElementsOf(picture, parcel.self, frame, coding);
-    parcel.content = Content::Jpeg;
-    parcel.bytes = frame.coded;
-    return {};
+    parcel.made = ElementsOf(picture, parcel.self, whole.frame, coding);
+    parcel.content = isDecoded ? Content::Pixels : Content::Jpeg;
+    parcel.bytes = isDecoded ? whole.pixels : whole.frame.coded;
+    if (parcel.bytes.size() > MostFrame)
+        return {DicomOutcome::Refused, u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s};
+    return {DicomOutcome::Accepted};
 }
 
 QCborMap DcmtkKit::RequestOfParcel(Request asked, const Parcel& parcel)
@@ -92,10 +108,19 @@ DicomOutcome DcmtkKit::Send(const Parcel& parcel, const std::stop_token& stop)
 
 DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop)
 {
+    const JpegFrame frame = ReadJpegFrame(content);
+    if (!frame.problem.isEmpty())
+        return {DicomOutcome::Refused, frame.problem};
+    if (!m_isOpen)
+        return NotConnected();
+    const QString classUid = ClassUidOf(picture.study.kind.modality);
+    const bool isJpeg = Takes(m_taken, classUid, Content::Jpeg);
+    if (!isJpeg && !Takes(m_taken, classUid, Content::Pixels))
+        return peeranswers::OfNoContext(Asked::Store);
     Parcel parcel;
-    if (const QString problem = PackPicture(content, picture, Coding::Jpeg, parcel); !problem.isEmpty())
-        return {DicomOutcome::Refused, problem};
-    return m_isOpen ? Send(parcel, stop) : NotConnected();
+    const DicomOutcome packed =
+        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
+    return packed.kind == DicomOutcome::Accepted ? Send(parcel, stop) : packed;
 }
 
 DicomOutcome DcmtkKit::StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
@@ -152,9 +177,13 @@ DicomOutcome DcmtkKit::StoreRejection(const QList<DicomReference>& rejected, con
 DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture& picture, Coding coding,
                                   QByteArray& object, const std::stop_token& stop)
 {
+    const JpegFrame frame = ReadJpegFrame(content);
+    if (!frame.problem.isEmpty())
+        return {DicomOutcome::Refused, frame.problem};
     Parcel parcel;
-    if (const QString problem = PackPicture(content, picture, coding, parcel); !problem.isEmpty())
-        return {DicomOutcome::Refused, problem};
+    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel);
+        packed.kind != DicomOutcome::Accepted)
+        return packed;
     QCborMap answer;
     const LinkProcess::End end =
         m_link.Ask(RequestOfParcel(Request::Make, parcel), answer, MostMessage, MakingMs, stop);
@@ -184,9 +213,9 @@ DicomOutcome DcmtkKit::MakeDirectory(const QString& folder, const DicomDisc& dis
         }
         if (objects.isEmpty())
             return {DicomOutcome::Accepted};
-        const QString profile = disc.isUncompressed ? u"-Pgp"_s : u"-Pdv"_s;
-        const DcmtkResult result =
-            RunDcmtk(u"dcmmkdir"_s, QStringList{profile, u"+I"_s} + objects, folder, int(MakingMs), stop);
+        // For any viewer, or for those that read compressed pictures.
+        const QStringList options{disc.isUncompressed ? u"-Pgp"_s : u"-Pdv"_s, u"+F"_s, FileSetId(disc.name)};
+        const DcmtkResult result = RunDcmtk(u"dcmmkdir"_s, options + objects, folder, int(MakingMs), stop);
         if (result.succeeded)
             return {DicomOutcome::Accepted};
         const QString told = result.lines.isEmpty() ? QString() : result.lines.last();

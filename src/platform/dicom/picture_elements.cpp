@@ -26,6 +26,8 @@ void AddFrame(Dataset& data, const JpegFrame& frame, DicomKit::Coding coding)
     data.Number(0x0028'0101, 8);
     data.Number(0x0028'0102, 7);
     data.Number(0x0028'0103, 0);
+    if (!frame.profile.isEmpty())
+        data.Bytes(0x0028'2000, "OB", frame.profile);
     // Also of a picture that has been decoded since.
     data.Plain(0x0028'2110, "CS", u"01"_s);
     const double ratio = double(frame.rows) * frame.columns * frame.components / double(frame.coded.size());

@@ -5,19 +5,23 @@
 #include "platform/process/child_process.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QProcess>
 
 #include <csignal>
+#include <sys/mman.h>
 #include <unistd.h>
 
 using namespace Qt::StringLiterals;
 using confinedreader::Answer;
 using confinedreader::Outcome;
+using confinedreader::Upright;
 
 namespace {
 
 /// A process that has closed its output is about to end.
 constexpr int EndPatienceMs = 200;
+constexpr std::uint32_t MostTurned = 256 << 20;
 
 /// Fills `target` from the process. False when it ends, or the time runs out, before that.
 bool ReadExactly(QProcess& process, void* target, qint64 bytes, const QDeadlineTimer& deadline)
@@ -79,7 +83,24 @@ Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
     return {Outcome::Read, picture, header.cut != 0, SizeOf(header.wholeWidth, header.wholeHeight)};
 }
 
-Answer Run(int descriptor, const QStringList& arguments)
+Upright ReadUpright(QProcess& process, const QDeadlineTimer& deadline)
+{
+    PixelStreamHeader header;
+    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark)
+        return {};
+    const QSize size = SizeOf(header.width, header.height);
+    if (header.content == PixelStreamHeader::TooLargeJpeg)
+        return {Outcome::TooLargeJpeg, {}, false, size};
+    if (header.content != PixelStreamHeader::Turned || header.bytes > MostTurned)
+        return {};
+    QByteArray turned(header.bytes, Qt::Uninitialized);
+    if (!ReadExactly(process, turned.data(), turned.size(), deadline))
+        return {};
+    return {Outcome::Read, turned, header.cut != 0, size};
+}
+
+template <typename Result>
+Result Run(int descriptor, const QStringList& arguments, Result (*read)(QProcess&, const QDeadlineTimer&))
 {
     const QString program = confinedreader::ReaderProgram();
     if (program.isEmpty() || lseek(descriptor, 0, SEEK_SET) != 0)
@@ -91,9 +112,9 @@ Answer Run(int descriptor, const QStringList& arguments)
     process.setStandardErrorFile(QProcess::nullDevice());
     process.setProcessEnvironment(QProcessEnvironment());
     process.start(program, arguments);
-    Answer answer;
+    Result answer;
     if (process.waitForStarted(picturelimits::LongestWaitMs))
-        answer = ReadAnswer(process, deadline);
+        answer = read(process, deadline);
     if (answer.outcome == Outcome::Unreadable) {
         process.waitForFinished(EndPatienceMs);
         const bool isOutOfTime = process.exitStatus() == QProcess::CrashExit && process.exitCode() == SIGXCPU;
@@ -114,11 +135,30 @@ QString confinedreader::ReaderProgram()
 
 Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish)
 {
-    return Run(descriptor, {QString::number(static_cast<int>(wish.fit)), QString::number(wish.room.width()),
-                            QString::number(wish.room.height())});
+    return Run(descriptor,
+               {QString::number(static_cast<int>(wish.fit)), QString::number(wish.room.width()),
+                QString::number(wish.room.height())},
+               &ReadAnswer);
 }
 
 Answer confinedreader::ReadForeign(int descriptor)
 {
-    return Run(descriptor, {});
+    return Run(descriptor, {}, &ReadAnswer);
+}
+
+confinedreader::Upright confinedreader::TurnUpright(int descriptor)
+{
+    return Run(descriptor, {u"upright"_s}, &ReadUpright);
+}
+
+bool confinedreader::OpenMemory(QFile& file, const QByteArray& content)
+{
+    const int handle = memfd_create("picture", MFD_CLOEXEC);
+    if (handle < 0)
+        return false;
+    if (!file.open(handle, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle)) {
+        close(handle);
+        return false;
+    }
+    return file.write(content) == content.size() && file.flush();
 }

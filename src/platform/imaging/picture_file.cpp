@@ -8,7 +8,6 @@
 #include <QFile>
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -71,19 +70,6 @@ bool OpenRegular(QFile& file, const QString& path, int links)
     return true;
 }
 
-/// What the reader's process is asked to read, when it isn't in a file: a file of memory.
-bool OpenMemory(QFile& file, const QByteArray& content)
-{
-    const int handle = memfd_create("picture", MFD_CLOEXEC);
-    if (handle < 0)
-        return false;
-    if (!file.open(handle, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle)) {
-        close(handle);
-        return false;
-    }
-    return file.write(content) == content.size() && file.flush();
-}
-
 QString FileName(const QString& path)
 {
     return path.section(path.contains(u'\\') ? u'\\' : u'/', -1);
@@ -93,7 +79,7 @@ QString FileName(const QString& path)
 Result Decode(const Header& header, QFile& file, const QByteArray& content, const Wish& wish)
 {
     const bool tooMuch = content.isEmpty() || picturecontent::NeedsReader(header, content);
-    if (tooMuch && (file.isOpen() || OpenMemory(file, content)))
+    if (tooMuch && (file.isOpen() || confinedreader::OpenMemory(file, content)))
         return ResultOf(confinedreader::ReadKnown(file.handle(), wish));
     if (tooMuch)
         return Fault(picturefile::UnreadableText());

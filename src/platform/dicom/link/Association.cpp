@@ -1,10 +1,12 @@
 #include "platform/dicom/link/Association.h"
 
+#include "platform/dicom/link/Encryption.h"
 #include "platform/dicom/link/PictureObject.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/dcmtrans.h>
 #include <dcmtk/dcmnet/diutil.h>
+#include <dcmtk/dcmtls/tlscond.h>
 
 #include <array>
 #include <cstring>
@@ -71,7 +73,7 @@ int AddContexts(T_ASC_Parameters& parameters, Association::Purpose purpose)
 {
     int count = 0;
     for (const Context& context : Contexts) {
-        if (purpose == Association::Purpose::Echo && context.purpose != purpose)
+        if (context.purpose != purpose && context.purpose != Association::Purpose::Echo)
             continue;
         std::array syntaxes{UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax};
         int syntaxCount = static_cast<int>(syntaxes.size());
@@ -127,6 +129,7 @@ void Association::Close()
     }
     if (m_network != nullptr)
         ASC_dropNetwork(&m_network);
+    m_layer.reset();
 }
 
 LinkAnswer Association::Drop(Fault fault, const OFCondition& condition)
@@ -165,15 +168,40 @@ LinkAnswer Association::Open(const QCborMap& request, Purpose purpose)
         ASC_destroyAssociationParameters(&parameters);
         return {};
     }
+    const bool isEncrypted = encryption::IsWanted(request);
+    if (isEncrypted) {
+        QByteArray problem;
+        m_layer = encryption::LayerOf(request, problem);
+        if (m_layer == nullptr || ASC_setTransportLayer(m_network, m_layer.get(), 0).bad() ||
+            ASC_setTransportLayerType(parameters, OFTrue).bad()) {
+            ASC_destroyAssociationParameters(&parameters);
+            return {Fault::NoKeys, 0, problem.right(LongestText)};
+        }
+    }
+    return Ask(parameters, host, isEncrypted);
+}
+
+LinkAnswer Association::Ask(T_ASC_Parameters* parameters, const QByteArray& host, bool isEncrypted)
+{
     // From here on the association has the parameters, also behind a fault.
     const OFCondition asked = ASC_requestAssociation(m_network, parameters, &m_association);
+    if (asked.good() && isEncrypted && !encryption::IsOfHost(m_association, host)) {
+        LinkAnswer answer = Drop(Fault::Untrusted, asked);
+        answer.comment = "the certificate is of another host";
+        return answer;
+    }
     if (asked.good()) {
         LinkAnswer answer{Fault::None};
         answer.taken = Taken();
         return answer;
     }
-    if (asked != DUL_ASSOCIATIONREJECTED)
-        return Drop(Fault::Unreachable, asked);
+    if (asked != DUL_ASSOCIATIONREJECTED) {
+        // A server that doesn't take this station's certificate, or misses it, just goes; one that knows nothing of
+        // encryption is silent.
+        const bool isTls = asked.module() == OFM_dcmtls && asked != DCMTLS_EC_OpenSSLIOError;
+        const bool isUntrusted = isTls || asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION;
+        return Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+    }
     T_ASC_RejectParameters why = {};
     ASC_getRejectParameters(parameters, &why);
     LinkAnswer answer = Drop(why.result == ASC_RESULT_REJECTEDTRANSIENT ? Fault::Busy : Fault::Rejected, asked);

@@ -3,11 +3,14 @@
 #include "platform/dicom/link_messages.h"
 
 #include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmnet/dcmlayer.h>
 #include <dcmtk/dcmnet/dimse.h>
 
 #include <QByteArray>
 #include <QCborArray>
 #include <QCborMap>
+
+#include <memory>
 
 /// What became of a request, as an answer tells it.
 struct LinkAnswer
@@ -51,6 +54,10 @@ private:
     /// Reads the answers to a question up to the last one.
     LinkAnswer ReadMatches(T_ASC_PresentationContextID context, DIC_US message, bool isStudy);
 
+    /// Connects, and agrees; what was asked for is dropped behind a fault.
+    LinkAnswer Ask(T_ASC_Parameters* parameters, const QByteArray& host, bool isEncrypted);
+
+    std::unique_ptr<DcmTransportLayer> m_layer; ///< Of an encrypted connection; outlives it.
     T_ASC_Network* m_network = nullptr;
     T_ASC_Association* m_association = nullptr;
     int m_answerSeconds = 0;
