@@ -25,6 +25,8 @@ constexpr int LookMs = 1000;
 /// A sender that was started is there within that time; the pauses grow.
 constexpr int StartMs = 5000;
 constexpr int MostDoublings = 6;
+/// So long it is told that deleted pictures stay at the server.
+constexpr int StayingMs = 30'000;
 /// What the closing waits for a sender to go on.
 constexpr int EndPatienceMs = 4000;
 
@@ -204,6 +206,12 @@ void PacsHandover::TakeState(const SenderQueue::State& state)
         m_starts = 0;
         m_started.invalidate();
     }
+    // What had been deleted before this run was told then.
+    if (m_isStateKnown && state.staying > m_state.staying) {
+        m_newlyStaying = state.staying - m_state.staying;
+        m_stayingSince.start();
+    }
+    m_isStateKnown = true;
     m_state = state;
     if (state.isSenderThere) {
         m_starts = 0;
@@ -233,6 +241,8 @@ void PacsHandover::TellNotice(const SenderQueue::State& state)
         parts << u"PACS 거부 %1건"_s.arg(state.setAside);
     if (state.waiting > 0 && !state.away.isEmpty())
         parts << state.away.section(u" ("_s, 0, 0); // The server's own words are the administrator's.
+    if (m_stayingSince.isValid() && !m_stayingSince.hasExpired(StayingMs))
+        parts << u"지운 그림 %1건이 PACS에는 남아 있습니다."_s.arg(m_newlyStaying);
     const QString notice = parts.join(u", "_s);
     const bool maySend = state.setAside > 0 || (state.waiting > 0 && !state.away.isEmpty());
     if (notice != std::exchange(m_notice, notice) || maySend != std::exchange(m_maySend, maySend))

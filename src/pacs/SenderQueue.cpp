@@ -42,7 +42,9 @@ const QString ThatGo =
     "SELECT * FROM visit WHERE visit.chart = line.chart AND visit.ymd = line.ymd AND visit.etc = line.etc AND "
     "isStored = 1 ) OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND picture.ymd = line.ymd AND "
     "picture.etc = line.etc AND picture.number = line.number AND picture.part = line.part AND state <> 'held' ) ) ) OR "
-    "( kind = 'withdrawn' AND goes = 1 )"_s;
+    "( kind = 'withdrawn' AND ( goes = 1 OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND "
+    "picture.ymd = line.ymd AND picture.etc = line.etc AND picture.number = line.number AND uid <> '' AND state <> "
+    "'withdrawn' ) ) )"_s;
 
 } // namespace
 
@@ -77,6 +79,9 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
                                found.lines = Count(*queue, u"line"_s);
                                found.entries = queue_rows::Entries(
                                    *queue, u"state IN ( 'waiting', 'underway', 'aside' ) ORDER BY place"_s);
+                               // A queue of an earlier release has none of that.
+                               if (queue_rows::HasParts(*queue))
+                                   found.staying = queue_rows::Entries(*queue, parts::IsStaying());
                            });
         queues.append(found);
     }
@@ -114,6 +119,7 @@ SenderQueue::State SenderQueue::Look()
             state.waiting += count;
     }
     state.movies = Count(*m_database, u"picture WHERE state IN ( 'waiting', 'underway' ) AND "_s + parts::IsRawMovie());
+    state.staying = Count(*m_database, u"picture WHERE "_s + parts::IsStaying());
     state.lines = Count(*m_database, ThatGo);
     state.waiting += state.lines;
     state.held += Count(*m_database, u"line WHERE kind = 'send'"_s) -
@@ -124,6 +130,11 @@ SenderQueue::State SenderQueue::Look()
     state.setup = status.value(QString::fromUtf16(queue_rows::SetupDigest));
     state.isSenderThere = IsLiving(status.value(QString::fromUtf16(queue_rows::SenderMark)));
     return state;
+}
+
+QList<PacsEntry> SenderQueue::Staying()
+{
+    return queue_rows::Entries(*m_database, parts::IsStaying() + u" ORDER BY place"_s);
 }
 
 QList<PacsEntry> SenderQueue::SentSince(const QString& time)

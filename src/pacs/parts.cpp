@@ -80,6 +80,13 @@ QString parts::IsRejected()
            "note.state IN ( 'underway', 'sent', 'committed' ) )"_s;
 }
 
+QString parts::IsStaying()
+{
+    return u"state = 'withdrawn' AND uid <> '' AND part NOT LIKE 'rejection:%' AND NOT EXISTS ( SELECT * FROM picture "
+           "AS note WHERE note.chart = picture.chart AND note.ymd = picture.ymd AND note.etc = picture.etc AND "
+           "note.number = picture.number AND note.part = 'rejection:' || picture.uid )"_s;
+}
+
 QString parts::IsRawMovie()
 {
     return u"( part LIKE 'movie:%' AND text = '' )"_s;

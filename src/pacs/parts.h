@@ -34,6 +34,8 @@ QString IsOfPicture();
 QString IsRejection();
 /// That what the server has of the row has been rejected there.
 QString IsRejected();
+/// That the row is deleted here, and the server has it and isn't told of that.
+QString IsStaying();
 /// That a movie has still to be made ready.
 QString IsRawMovie();
 

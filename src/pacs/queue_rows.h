@@ -18,6 +18,8 @@ QString Write(const PacsLine& line);
 QList<std::pair<qint64, PacsLine>> Lines(LocalDatabase& queue, int most);
 QString RemoveLinesUpTo(qint64 place);
 
+/// It isn't one of an earlier release, whose pictures have none.
+bool HasParts(LocalDatabase& queue);
 /// Entries that meet a condition on the table's columns, in the order of their turns. Throws PlatformError.
 QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition);
 /// The state's word in the rows.

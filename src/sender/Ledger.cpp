@@ -207,8 +207,17 @@ void Ledger::End(const PacsEntry& entry, PacsState state, const QString& reason)
 void Ledger::Sent(const PacsEntry& entry, const Stored& stored)
 {
     const bool isAnother = parts::IsOfPicture(entry.part) && !entry.uid.isEmpty() && entry.uid != stored.object.uid;
-    const QString text = isAnother ? parts::TextWithFormer(entry) : entry.text;
+    // What was sent before anybody marked it is the original from now on.
+    const bool wasOriginal = isAnother && entry.uid == stored.original;
+    const QString text = isAnother && !wasOriginal ? parts::TextWithFormer(entry) : entry.text;
     m_database->Together([&] {
+        if (wasOriginal)
+            m_database->Run(
+                {u"INSERT OR IGNORE INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, takenAt, "
+                 "part, state, uid, classUid, restorings, sentAt ) SELECT id, chart, ymd, etc, imageExt, "
+                 "number, doctor, takenAt, '%1', '%2', uid, classUid, restorings, sentAt FROM picture"_s.arg(
+                     QString::fromUtf16(parts::Original), queue_rows::Word(PacsState::Sent)) +
+                 Where(entry)});
         m_database->Run({Statement(u"UPDATE picture SET isDoubtful = 0, uid = '")
                              .Value(stored.object.uid)
                              .Then(u"', classUid = '", stored.object.classUid)

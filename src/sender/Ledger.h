@@ -101,6 +101,7 @@ public:
         DicomReference object;
         int instance = 0;
         int restorings = 0;
+        QString original = {};  ///< Of the picture that this one was marked up from; empty for any other.
         QDateTime takenAt = {}; ///< Where the queue knew none; invalid otherwise.
     };
     /// What became of one that was begun. A line that came meanwhile stands above it.

@@ -78,6 +78,7 @@ sending::Answer SendPicture(DicomKit& kit, const sending::Task& task, sending::K
         answer.stored.object = *stored;
         return answer;
     }
+    answer.stored.original = facts.original.uid;
     if (isMarked)
         answer.stored.instance = facts.instance = InstanceOfMarking(entry);
     answer.stored.object.classUid = ClassUidOf(facts.study.kind.modality);
