@@ -23,8 +23,8 @@ QList<Wanted> WantedKinds(const PacsSetupRecord& pacs)
     using enum DicomModality;
     for (const DicomModality modality : {Endoscopy, Ultrasound, Microscopy, Photography}) {
         const bool isSent = modality == Endoscopy || std::ranges::any_of(pacs.Kinds, [modality](const auto& each) {
-            return each.second.modality == modality;
-        });
+                                return each.second.modality == modality;
+                            });
         wanted.append({ClassUidOf(modality), u"그림(%1)"_s.arg(WordOf(modality)), isSent});
     }
     wanted.append({ClassUidOf(DicomSeries::Reports), u"결과지(PDF)"_s, pacs.SendsReports});

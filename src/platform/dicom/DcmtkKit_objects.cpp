@@ -59,10 +59,10 @@ bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content conten
 }
 
 DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
-                                   Coding coding, Parcel& parcel)
+                                   Coding coding, Parcel& parcel, const std::stop_token& stop)
 {
     const bool isDecoded = coding == Coding::Uncompressed;
-    const WholePicture whole = ReadWholePicture(content, frame, isDecoded);
+    const WholePicture whole = ReadWholePicture(content, frame, isDecoded, stop);
     if (!whole.problem.isEmpty())
         return {whole.isPassing ? DicomOutcome::Away : DicomOutcome::Refused, whole.problem};
     parcel.self = {ClassUidOf(picture.study.kind.modality), InstanceUid(picture, content)};
@@ -119,7 +119,7 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
         return peeranswers::OfNoContext(Asked::Store);
     Parcel parcel;
     const DicomOutcome packed =
-        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
+        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel, stop);
     return packed.kind == DicomOutcome::Accepted ? Send(parcel, stop) : packed;
 }
 
@@ -181,7 +181,7 @@ DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture&
     if (!frame.problem.isEmpty())
         return {DicomOutcome::Refused, frame.problem};
     Parcel parcel;
-    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel);
+    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel, stop);
         packed.kind != DicomOutcome::Accepted)
         return packed;
     QCborMap answer;
