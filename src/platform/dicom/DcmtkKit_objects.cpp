@@ -120,7 +120,11 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
     Parcel parcel;
     const DicomOutcome packed =
         PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel, stop);
-    return packed.kind == DicomOutcome::Accepted ? Send(parcel, stop) : packed;
+    if (packed.kind == DicomOutcome::Accepted)
+        return Send(parcel, stop);
+    if (packed.kind == DicomOutcome::Away)
+        Close();
+    return packed;
 }
 
 DicomOutcome DcmtkKit::StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
@@ -144,7 +148,7 @@ DicomOutcome DcmtkKit::StoreMovie(const QString& path, const DicomMovie& movie, 
     const QString native = NativePath(path);
     const qint64 bytes = QFileInfo(native).size();
     if (bytes <= 0)
-        return {DicomOutcome::Away, u"보낼 동영상 파일을 읽을 수 없습니다.!!"_s};
+        return {DicomOutcome::Refused, u"보낼 동영상 파일을 읽을 수 없습니다.!!"_s};
     if (bytes > MostMovie)
         return {DicomOutcome::Refused, u"DICOM으로 보내기에는 너무 큰 동영상입니다.!!"_s};
     if (movie.columns <= 0 || movie.rows <= 0 || movie.frames <= 0 || !(movie.frameMs > 0))

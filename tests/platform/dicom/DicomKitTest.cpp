@@ -132,7 +132,8 @@ private Q_SLOTS:
     void EachKindOfObjectHoldsTheStandard_data()
     {
         Columns<QString, QStringList>("kind", "elements");
-        QTest::newRow("ultrasound") << u"US"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s};
+        QTest::newRow("ultrasound") << u"US"_s
+                                    << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s, u"0008,0201=-0330"_s};
         QTest::newRow("microscope") << u"GM"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.77.1.2"_s};
         QTest::newRow("camera") << u"XC"_s << QStringList{u"0018,0015=SKIN"_s, u"0020,0060=L"_s, u"0008,0030=101112"_s};
         QTest::newRow("marked up") << u"marked"_s
@@ -156,6 +157,8 @@ private Q_SLOTS:
         QFETCH(QStringList, elements);
         DicomPicture facts = Gildong();
         facts.study.time = u"101112"_s;
+        if (kind == u"US"_s)
+            facts.takenAt.setOffsetFromUtc(-210 * 60);
         facts.study.kind.modality = ModalityOf(kind).value_or(DicomModality::Endoscopy);
         if (kind == u"ordered"_s)
             facts.study.kind.bodyPart = u"STOMACH"_s;
