@@ -73,7 +73,7 @@ private:
                       const std::stop_token& stop);
     /// Of a picture, whose content has this frame. Accepted when an object can come of it.
     static DicomOutcome PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
-                                    Coding coding, Parcel& parcel);
+                                    Coding coding, Parcel& parcel, const std::stop_token& stop);
     static QCborMap RequestOfParcel(dicomlink::Request request, const Parcel& parcel);
     /// Sends what the server has agreed to take.
     DicomOutcome Send(const Parcel& parcel, const std::stop_token& stop);

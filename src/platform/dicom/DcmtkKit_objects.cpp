@@ -59,10 +59,10 @@ bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content conten
 }
 
 DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
-                                   Coding coding, Parcel& parcel)
+                                   Coding coding, Parcel& parcel, const std::stop_token& stop)
 {
     const bool isDecoded = coding == Coding::Uncompressed;
-    const WholePicture whole = ReadWholePicture(content, frame, isDecoded);
+    const WholePicture whole = ReadWholePicture(content, frame, isDecoded, stop);
     if (!whole.problem.isEmpty())
         return {whole.isPassing ? DicomOutcome::Away : DicomOutcome::Refused, whole.problem};
     parcel.self = {ClassUidOf(picture.study.kind.modality), InstanceUid(picture, content)};
@@ -119,8 +119,12 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
         return peeranswers::OfNoContext(Asked::Store);
     Parcel parcel;
     const DicomOutcome packed =
-        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
-    return packed.kind == DicomOutcome::Accepted ? Send(parcel, stop) : packed;
+        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel, stop);
+    if (packed.kind == DicomOutcome::Accepted)
+        return Send(parcel, stop);
+    if (packed.kind == DicomOutcome::Away)
+        Close();
+    return packed;
 }
 
 DicomOutcome DcmtkKit::StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
@@ -144,7 +148,7 @@ DicomOutcome DcmtkKit::StoreMovie(const QString& path, const DicomMovie& movie, 
     const QString native = NativePath(path);
     const qint64 bytes = QFileInfo(native).size();
     if (bytes <= 0)
-        return {DicomOutcome::Away, u"보낼 동영상 파일을 읽을 수 없습니다.!!"_s};
+        return {DicomOutcome::Refused, u"보낼 동영상 파일을 읽을 수 없습니다.!!"_s};
     if (bytes > MostMovie)
         return {DicomOutcome::Refused, u"DICOM으로 보내기에는 너무 큰 동영상입니다.!!"_s};
     if (movie.columns <= 0 || movie.rows <= 0 || movie.frames <= 0 || !(movie.frameMs > 0))
@@ -181,7 +185,7 @@ DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture&
     if (!frame.problem.isEmpty())
         return {DicomOutcome::Refused, frame.problem};
     Parcel parcel;
-    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel);
+    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel, stop);
         packed.kind != DicomOutcome::Accepted)
         return packed;
     QCborMap answer;

@@ -63,7 +63,7 @@ enum class Fault {
     Gone,        ///< The connection had ended before anything was asked.
     Broken,      ///< It ended, or fell silent, behind the question.
     Untrusted,   ///< No encrypted connection: the server's certificate, or that it takes this station's.
-    NoKeys,      ///< A file of the encryption can't be read, or isn't what it should be; or the movie's.
+    NoKeys,      ///< A file of the encryption can't be read, or isn't what it should be.
     Invalid,     ///< The request can't be understood, or no object comes of it.
 };
 

@@ -53,7 +53,6 @@ void AddStation(Dataset& data, const DicomPicture& facts)
     data.Long(0x0008'0070, u"Capture Station"_s);
     data.Long(0x0008'0080, facts.institution);
     data.Short(0x0008'1010, QSysInfo::machineHostName());
-    data.Name(0x0008'1050, facts.doctor, facts.hasNameParts);
     data.Long(0x0008'1090, u"capture-station"_s);
     data.Long(0x0018'1020, QStringLiteral(STATION_VERSION));
 }
@@ -72,7 +71,7 @@ QString TimeOf(const QDateTime& at)
 QString OffsetOf(const QDateTime& at)
 {
     const int minutes = at.offsetFromUtc() / 60;
-    return u"%1%2%3"_s.arg(minutes < 0 ? u'-' : u'+')
+    return u"%1%2%3"_s.arg(QChar(minutes < 0 ? u'-' : u'+'))
         .arg(qAbs(minutes) / 60, 2, 10, QChar(u'0'))
         .arg(qAbs(minutes) % 60, 2, 10, QChar(u'0'));
 }
@@ -113,6 +112,9 @@ void AddVisit(Dataset& data, const DicomPicture& facts, const ObjectHead& head)
     AddPatient(data, facts);
     AddStudy(data, facts);
     AddStation(data, facts);
+    // Of who examined: a document was written by somebody.
+    if (head.series == DicomSeries::Pictures || head.series == DicomSeries::Movies)
+        data.Name(0x0008'1050, facts.doctor, facts.hasNameParts);
     data.Plain(0x0020'000e, "UI", SeriesUid(facts, head.series));
     data.Number(0x0020'0011, static_cast<int>(head.series) + 1, "IS");
     data.Number(0x0020'0013, head.instance, "IS");

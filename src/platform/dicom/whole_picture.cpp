@@ -17,6 +17,8 @@ QString ProblemOf(Outcome outcome, bool isCut)
     case Outcome::TooLarge:
     case Outcome::TooLargeJpeg:
         return u"DICOM으로 보내기에는 너무 큰 그림입니다.!!"_s;
+    case Outcome::Stopped:
+        return u"보내기를 그만두었습니다."_s;
     case Outcome::TooSlow:
         return u"그림파일을 읽는 데 시간이 너무 오래 걸립니다.!!"_s;
     default:
@@ -62,7 +64,8 @@ void TakeDecoded(WholePicture& whole, const confinedreader::Answer& answer)
 
 } // namespace
 
-WholePicture ReadWholePicture(const QByteArray& content, const JpegFrame& frame, bool isDecoded)
+WholePicture ReadWholePicture(const QByteArray& content, const JpegFrame& frame, bool isDecoded,
+                              const std::stop_token& stop)
 {
     WholePicture whole;
     whole.frame = frame;
@@ -71,9 +74,10 @@ WholePicture ReadWholePicture(const QByteArray& content, const JpegFrame& frame,
         whole.problem = u"capture-station-reader을(를) 실행할 수 없습니다.!!"_s;
         whole.isPassing = true;
     } else if (isDecoded) {
-        TakeDecoded(whole, confinedreader::ReadKnown(memory.handle(), {}));
+        TakeDecoded(whole, confinedreader::ReadKnown(memory.handle(), {}, stop));
     } else {
-        TakeTurned(whole, confinedreader::TurnUpright(memory.handle()));
+        TakeTurned(whole, confinedreader::TurnUpright(memory.handle(), stop));
     }
+    whole.isPassing = whole.isPassing || stop.stop_requested();
     return whole;
 }

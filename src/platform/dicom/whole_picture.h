@@ -2,6 +2,8 @@
 
 #include "platform/dicom/jpeg_frame.h"
 
+#include <stop_token>
+
 /// A picture file's frame as it may leave: upright, and looked through to its end by the picture reader's process.
 struct WholePicture
 {
@@ -13,4 +15,5 @@ struct WholePicture
 };
 
 /// `frame` is that of `content`.
-WholePicture ReadWholePicture(const QByteArray& content, const JpegFrame& frame, bool isDecoded);
+WholePicture ReadWholePicture(const QByteArray& content, const JpegFrame& frame, bool isDecoded,
+                              const std::stop_token& stop);

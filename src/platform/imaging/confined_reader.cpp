@@ -23,8 +23,20 @@ namespace {
 constexpr int EndPatienceMs = 200;
 constexpr std::uint32_t MostTurned = 256 << 20;
 
-/// Fills `target` from the process. False when it ends, or the time runs out, before that.
-bool ReadExactly(QProcess& process, void* target, qint64 bytes, const QDeadlineTimer& deadline)
+/// How soon a stop is noticed.
+constexpr qint64 LookMs = 100;
+
+/// How long the process is waited for.
+struct Patience
+{
+    QDeadlineTimer deadline{picturelimits::LongestWaitMs};
+    std::stop_token stop;
+
+    bool HasEnded() const { return deadline.hasExpired() || stop.stop_requested(); }
+};
+
+/// Fills `target` from the process. False when it ends, or the patience does, before that.
+bool ReadExactly(QProcess& process, void* target, qint64 bytes, const Patience& patience)
 {
     auto* at = static_cast<char*>(target);
     while (bytes > 0) {
@@ -33,7 +45,11 @@ bool ReadExactly(QProcess& process, void* target, qint64 bytes, const QDeadlineT
             return false;
         at += got;
         bytes -= got;
-        if (bytes > 0 && got == 0 && !process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+        if (bytes == 0 || got > 0)
+            continue;
+        const qint64 ms = qMin(patience.deadline.remainingTime(), patience.stop.stop_possible() ? LookMs : INT_MAX);
+        if (!process.waitForReadyRead(static_cast<int>(ms)) &&
+            (patience.HasEnded() || process.state() != QProcess::Running))
             return false;
     }
     return true;
@@ -59,10 +75,10 @@ QSize SizeOf(std::uint32_t width, std::uint32_t height)
     return QSize(static_cast<int>(width & Most), static_cast<int>(height & Most));
 }
 
-Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
+Answer ReadAnswer(QProcess& process, const Patience& patience)
 {
     PixelStreamHeader header;
-    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark)
+    if (!ReadExactly(process, &header, sizeof header, patience) || header.mark != PixelStreamHeader::Mark)
         return {};
     if (header.content == PixelStreamHeader::Unconfinable)
         return {Outcome::Unconfinable, {}, false, {}};
@@ -78,15 +94,15 @@ Answer ReadAnswer(QProcess& process, const QDeadlineTimer& deadline)
         return {};
     QImage picture(size, format);
     // The rows of 32-bit pixels lie one behind the other.
-    if (picture.isNull() || !ReadExactly(process, picture.bits(), picture.sizeInBytes(), deadline))
+    if (picture.isNull() || !ReadExactly(process, picture.bits(), picture.sizeInBytes(), patience))
         return {};
     return {Outcome::Read, picture, header.cut != 0, SizeOf(header.wholeWidth, header.wholeHeight)};
 }
 
-Upright ReadUpright(QProcess& process, const QDeadlineTimer& deadline)
+Upright ReadUpright(QProcess& process, const Patience& patience)
 {
     PixelStreamHeader header;
-    if (!ReadExactly(process, &header, sizeof header, deadline) || header.mark != PixelStreamHeader::Mark)
+    if (!ReadExactly(process, &header, sizeof header, patience) || header.mark != PixelStreamHeader::Mark)
         return {};
     const QSize size = SizeOf(header.width, header.height);
     if (header.content == PixelStreamHeader::TooLargeJpeg)
@@ -94,18 +110,19 @@ Upright ReadUpright(QProcess& process, const QDeadlineTimer& deadline)
     if (header.content != PixelStreamHeader::Turned || header.bytes > MostTurned)
         return {};
     QByteArray turned(header.bytes, Qt::Uninitialized);
-    if (!ReadExactly(process, turned.data(), turned.size(), deadline))
+    if (!ReadExactly(process, turned.data(), turned.size(), patience))
         return {};
     return {Outcome::Read, turned, header.cut != 0, size};
 }
 
 template <typename Result>
-Result Run(int descriptor, const QStringList& arguments, Result (*read)(QProcess&, const QDeadlineTimer&))
+Result Run(int descriptor, const QStringList& arguments, const std::stop_token& stop,
+           Result (*read)(QProcess&, const Patience&))
 {
     const QString program = confinedreader::ReaderProgram();
     if (program.isEmpty() || lseek(descriptor, 0, SEEK_SET) != 0)
         return {};
-    const QDeadlineTimer deadline(picturelimits::LongestWaitMs);
+    const Patience patience{.stop = stop};
     QProcess process;
     // It limits itself, also in what it runs.
     PrepareChild(process, NoMemoryLimit, descriptor);
@@ -114,11 +131,13 @@ Result Run(int descriptor, const QStringList& arguments, Result (*read)(QProcess
     process.start(program, arguments);
     Result answer;
     if (process.waitForStarted(picturelimits::LongestWaitMs))
-        answer = read(process, deadline);
-    if (answer.outcome == Outcome::Unreadable) {
+        answer = read(process, patience);
+    if (answer.outcome == Outcome::Unreadable && stop.stop_requested()) {
+        answer.outcome = Outcome::Stopped;
+    } else if (answer.outcome == Outcome::Unreadable) {
         process.waitForFinished(EndPatienceMs);
         const bool isOutOfTime = process.exitStatus() == QProcess::CrashExit && process.exitCode() == SIGXCPU;
-        if (isOutOfTime || deadline.hasExpired())
+        if (isOutOfTime || patience.deadline.hasExpired())
             answer.outcome = Outcome::TooSlow;
     }
     KillChild(process);
@@ -133,22 +152,22 @@ QString confinedreader::ReaderProgram()
     return OwnProgram(u"capture-station-reader"_s);
 }
 
-Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish)
+Answer confinedreader::ReadKnown(int descriptor, const picturecontent::Wish& wish, const std::stop_token& stop)
 {
     return Run(descriptor,
                {QString::number(static_cast<int>(wish.fit)), QString::number(wish.room.width()),
                 QString::number(wish.room.height())},
-               &ReadAnswer);
+               stop, &ReadAnswer);
 }
 
 Answer confinedreader::ReadForeign(int descriptor)
 {
-    return Run(descriptor, {}, &ReadAnswer);
+    return Run(descriptor, {}, {}, &ReadAnswer);
 }
 
-confinedreader::Upright confinedreader::TurnUpright(int descriptor)
+confinedreader::Upright confinedreader::TurnUpright(int descriptor, const std::stop_token& stop)
 {
-    return Run(descriptor, {u"upright"_s}, &ReadUpright);
+    return Run(descriptor, {u"upright"_s}, stop, &ReadUpright);
 }
 
 bool confinedreader::OpenMemory(QFile& file, const QByteArray& content)

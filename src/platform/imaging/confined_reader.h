@@ -2,13 +2,15 @@
 
 #include "platform/imaging/picture_content.h"
 
+#include <stop_token>
+
 class QFile;
 
 /// Reading a picture file in a process of its own, with a limit on its memory and its time, and shut in as far as the
 /// kernel can. Safe to call from any thread.
 namespace confinedreader {
 
-enum class Outcome { Read, Unreadable, TooLarge, TooLargeJpeg, TooSlow, Unconfinable };
+enum class Outcome { Read, Unreadable, TooLarge, TooLargeJpeg, TooSlow, Unconfinable, Stopped };
 
 struct Answer
 {
@@ -32,10 +34,10 @@ bool OpenMemory(QFile& file, const QByteArray& content);
 /// when it isn't there.
 QString ReaderProgram();
 /// Reads the regular file behind an open descriptor from its start, in a format that Qt knows.
-Answer ReadKnown(int descriptor, const picturecontent::Wish& wish);
+Answer ReadKnown(int descriptor, const picturecontent::Wish& wish, const std::stop_token& stop = {});
 /// The same in the formats that Qt doesn't know, at full size.
 Answer ReadForeign(int descriptor);
 /// Looks a JPEG through to its end, and turns it as its orientation tag says: see MakeUpright.
-Upright TurnUpright(int descriptor);
+Upright TurnUpright(int descriptor, const std::stop_token& stop);
 
 } // namespace confinedreader

@@ -48,6 +48,7 @@ Result ResultOf(const Answer& answer)
     case Outcome::Unconfinable:
         return Fault(
             u"이 컴퓨터에서는 이 형식의 그림파일을 안전하게 읽을 수 없습니다.!! JPEG으로 바꾸어 가져오십시오.!!"_s);
+    case Outcome::Stopped:
     case Outcome::Unreadable:
         break;
     }

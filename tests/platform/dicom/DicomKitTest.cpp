@@ -132,7 +132,8 @@ private Q_SLOTS:
     void EachKindOfObjectHoldsTheStandard_data()
     {
         Columns<QString, QStringList>("kind", "elements");
-        QTest::newRow("ultrasound") << u"US"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s};
+        QTest::newRow("ultrasound") << u"US"_s
+                                    << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s, u"0008,0201=-0330"_s};
         QTest::newRow("microscope") << u"GM"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.77.1.2"_s};
         QTest::newRow("camera") << u"XC"_s << QStringList{u"0018,0015=SKIN"_s, u"0020,0060=L"_s, u"0008,0030=101112"_s};
         QTest::newRow("marked up") << u"marked"_s
@@ -156,6 +157,8 @@ private Q_SLOTS:
         QFETCH(QStringList, elements);
         DicomPicture facts = Gildong();
         facts.study.time = u"101112"_s;
+        if (kind == u"US"_s)
+            facts.takenAt.setOffsetFromUtc(-210 * 60);
         facts.study.kind.modality = ModalityOf(kind).value_or(DicomModality::Endoscopy);
         if (kind == u"ordered"_s)
             facts.study.kind.bodyPart = u"STOMACH"_s;
@@ -221,6 +224,10 @@ private Q_SLOTS:
         QFETCH3(QString, option, QByteArray, content, QString, found);
         PacsServer server;
         server.Start({option});
+        DicomAbilities abilities;
+        QCOMPARE(m_kit->Abilities(Place(server.Port()), abilities, {}).kind, DicomOutcome::Accepted);
+        for (const DicomAbilities::Kind& kind : abilities.kinds.first(4))
+            QVERIFY(kind.uncompressed && kind.asItIs == (option == u"+xa"_s));
         QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
         const DicomOutcome outcome = m_kit->Store(content, Gildong(), {});
         QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
