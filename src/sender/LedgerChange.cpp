@@ -13,6 +13,9 @@ using queue_rows::Same;
 
 namespace {
 
+/// A deletion that was begun has moved the file within that time, as a rule.
+constexpr int DeletionMs = 3000;
+
 QString VisitOf(const PacsLine& line)
 {
     return Same(line.chart, line.ymd, line.etc, 0);
@@ -167,7 +170,7 @@ void LedgerChange::Withdraw(const PacsLine& line)
 void LedgerChange::InsertRejection(const PacsEntry& entry, const QString& uid, const QString& classUid)
 {
     Run(Statement(u"INSERT OR IGNORE INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, part, takenAt, "
-                  "text, state ) SELECT ")
+                  "text, notBefore, state ) SELECT ")
             .Then(u"'", QUuid::createUuid().toString(QUuid::Id128))
             .Then(u"', '", entry.chart)
             .Then(u"', '", entry.ymd)
@@ -178,7 +181,8 @@ void LedgerChange::InsertRejection(const PacsEntry& entry, const QString& uid, c
             .Then(u"', '", parts::RejectionOf(uid))
             .Then(u"', '", queue_rows::TimeText(QDateTime::currentDateTime()))
             .Then(u"', '", classUid)
-            .Then(u"', '", queue_rows::Word(PacsState::Waiting))
+            .Piece(u"', %1, '"_s.arg(QDateTime::currentMSecsSinceEpoch() + DeletionMs))
+            .Piece(queue_rows::Word(PacsState::Waiting))
             .Piece(u"'")
             .Text());
 }
