@@ -200,7 +200,10 @@ LinkAnswer Association::Ask(T_ASC_Parameters* parameters, const QByteArray& host
         // encryption is silent.
         const bool isTls = asked.module() == OFM_dcmtls && asked != DCMTLS_EC_OpenSSLIOError;
         const bool isUntrusted = isTls || asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION;
-        return Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+        LinkAnswer answer = Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+        if (asked == DCMTLS_EC_OpenSSLIOError)
+            answer.comment = "no answer in TLS 1.2 or later";
+        return answer;
     }
     T_ASC_RejectParameters why = {};
     ASC_getRejectParameters(parameters, &why);
