@@ -115,8 +115,8 @@ void LedgerChange::Insert(const PacsLine& line, PacsState state, const QDateTime
 void LedgerChange::Send(const PacsLine& line)
 {
     const std::optional<PacsEntry> known = Find(line);
-    // The journal hands over again what it couldn't let go of.
-    if (known && known->id == line.id && known->state != PacsState::Withdrawn)
+    // The journal hands over again what it couldn't let go of. A deleted report may be stored again as it was.
+    if (known && known->id == line.id && (known->state != PacsState::Withdrawn || !parts::IsReport(line.part)))
         return;
     if (known && parts::IsReport(line.part)) {
         // What the server has of it is told to be followed by this one.
