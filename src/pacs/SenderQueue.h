@@ -24,11 +24,13 @@ public:
     {
         int waiting = 0; ///< Pictures that go, and lines by which others will.
         int lines = 0;   ///< Those: the sender hasn't seen them.
+        int movies = 0;  ///< That are still to be made ready.
         int setAside = 0;
-        int held = 0;  ///< Pictures whose visit hasn't been stored here, and lines of such.
-        int sent = 0;  ///< Since nothing waited.
-        QString away;  ///< Why nothing goes; empty while it does.
-        QString setup; ///< What the sender's setup is known by.
+        int held = 0;    ///< Pictures whose visit hasn't been stored here, and lines of such.
+        int sent = 0;    ///< Since nothing waited.
+        int staying = 0; ///< Deleted pictures that the server still has, and isn't told of.
+        QString away;    ///< Why nothing goes; empty while it does.
+        QString setup;   ///< What the sender's setup is known by.
         bool isSenderThere = false;
 
         /// Nothing goes before the setup is another one.
@@ -46,6 +48,7 @@ public:
         QString away;
         int lines = 0;
         QList<PacsEntry> entries; ///< That wait or are set aside.
+        QList<PacsEntry> staying; ///< Deleted here, and still at the server.
     };
     /// The queues in a program's folder, also those that were put aside. Changes none.
     static QList<Found> In(const QString& folder);
@@ -67,6 +70,9 @@ public:
     State Look();
     /// What the server has taken from that time on (ISO 8601, local, with milliseconds). Throws PlatformError.
     QList<PacsEntry> SentSince(const QString& time);
+
+    /// What the server has of pictures that are deleted here, and hasn't been told of that. Throws PlatformError.
+    QList<PacsEntry> Staying();
 
 private:
     std::unique_ptr<LocalDatabase> m_database;

@@ -28,7 +28,10 @@ enum class Kind {
     ReportStored,
     ReportDeleted,
     ReportPrinted,
-    Searched,     ///< In reports; the detail is the key.
+    Searched,   ///< In reports; the detail is the key.
+    ReportSent, ///< To the clinic's server.
+    MovieSent,
+    Rejected,     ///< There, after it was deleted here; the detail is its identifier.
     Administered, ///< A command of the administrator's program; the detail is its words.
 };
 /// The word in the table: "visit-opened".

@@ -62,7 +62,7 @@ Next Work()
     Start start;
     Next next = Next::Looks;
     const SenderQueue::State state = SenderQueue().Look();
-    const bool isAnythingThere = state.waiting > 0 || state.held > 0;
+    const bool isAnythingThere = state.waiting > 0 || state.movies > 0 || state.held > 0;
     if (isAnythingThere && !AwaitStart(ledger, start)) {
         next = Next::Nothing;
     } else if (isAnythingThere) {

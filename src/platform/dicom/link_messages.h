@@ -25,9 +25,14 @@ enum Key : int {
     AgreeSecondsKey,   ///< then an association, or its end;
     AnswerSecondsKey,  ///< an answer, and any silence of the network.
     ElementsKey,       ///< Array of arrays: tag as integer, VR and value as bytes, items as arrays of the like.
-    FrameKey,          ///< Bytes: a JPEG.
-    StudyKey,          ///< Identifier: bytes.
-    SeriesKey,         ///< The same; without it a study is asked for, not pictures.
+    AuthorityKey,      ///< Path: text. Without it nothing is encrypted.
+    CertificateKey,    ///< The same, of the station's own certificate and of its key; empty: there is none.
+    PrivateKeyKey,
+    ContentKey, ///< `Content`.
+    FrameKey,   ///< Bytes of the content.
+    PathKey,    ///< Path: text. Of a movie, in place of the bytes.
+    StudyKey,   ///< Identifier: bytes.
+    SeriesKey,  ///< The same; without it a study is asked for, not pictures.
     // Of an answer.
     FaultKey,   ///< `Fault`.
     StatusKey,  ///< Integer: the server's own; of a rejected association its reason with the source in the upper byte.
@@ -35,9 +40,19 @@ enum Key : int {
     SilentKey,  ///< Boolean: it ended by a silence that was too long.
     MatchesKey, ///< Array of arrays of bytes: study, patient's number, name, character set; or picture, number.
     ObjectKey,  ///< Bytes: an object file's content.
+    TakenKey,   ///< Array of arrays of bytes: class, transfer syntax, as they have been agreed.
 };
 
-enum class Request { Open, Store, Find, Echo, Make, Close };
+/// What an object holds beside its elements.
+enum class Content {
+    Nothing,
+    Jpeg,     ///< The one frame, as it is.
+    Pixels,   ///< The one frame, decoded: eight bits a sample, the samples of a pixel side by side.
+    Document, ///< An encapsulated document.
+    Movie,    ///< MPEG-4 AVC/H.264 High Profile / Level 4.1.
+};
+
+enum class Request { Open, Store, Find, Echo, Abilities, Make, Close };
 
 enum class Fault {
     None,        ///< The server has answered, or the object is made.
@@ -47,6 +62,8 @@ enum class Fault {
     NoContext,   ///< The server takes no such object or question.
     Gone,        ///< The connection had ended before anything was asked.
     Broken,      ///< It ended, or fell silent, behind the question.
+    Untrusted,   ///< No encrypted connection: the server's certificate, or that it takes this station's.
+    NoKeys,      ///< A file of the encryption can't be read, or isn't what it should be.
     Invalid,     ///< The request can't be understood, or no object comes of it.
 };
 
