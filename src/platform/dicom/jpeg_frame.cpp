@@ -140,6 +140,8 @@ QString ReadFrameHeader(std::span<const std::uint8_t> header, std::uint8_t marke
     for (std::size_t at = 0; at < components.size(); ++at)
         components[at] = static_cast<char>(header[FirstComponentAt + at * ComponentBytes]);
     frame.isRgb = IsRgb(colours, components);
+    const auto samplingOf = [header](std::size_t at) { return header[FirstComponentAt + at * ComponentBytes + 1]; };
+    frame.isSubsampled = samplingOf(0) != samplingOf(1) || samplingOf(0) != samplingOf(2);
     return {};
 }
 

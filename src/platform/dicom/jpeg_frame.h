@@ -9,7 +9,8 @@ struct JpegFrame
     int columns = 0;
     int rows = 0;
     int components = 0;
-    bool isRgb = false; ///< Three components that are red, green and blue as they stand.
+    bool isRgb = false;        ///< Three components that are red, green and blue as they stand.
+    bool isSubsampled = false; ///< The colours are coded more coarsely than the brightness: 4:2:2, 4:2:0 and the like.
     /// The file without the segments of cameras and programs, which may tell of places and people. Those that tell how
     /// the colours are meant stay.
     QByteArray coded;

@@ -10,8 +10,10 @@ QString ColoursOf(const JpegFrame& frame, DicomKit::Coding coding)
 {
     if (frame.components == 1)
         return u"MONOCHROME2"_s;
-    // Whatever the file's sampling is: the standard knows no other word for coded luminance and chrominance here.
-    return frame.isRgb || coding == DicomKit::Coding::Uncompressed ? u"RGB"_s : u"YBR_FULL_422"_s;
+    if (frame.isRgb || coding == DicomKit::Coding::Uncompressed)
+        return u"RGB"_s;
+    // Of what is coded, 4:2:0 too.
+    return frame.isSubsampled ? u"YBR_FULL_422"_s : u"YBR_FULL"_s;
 }
 
 void AddFrame(Dataset& data, const JpegFrame& frame, DicomKit::Coding coding)
