@@ -37,6 +37,11 @@ void Dataset::Name(quint32 tag, const QString& value, bool hasParts)
     m_elements.append({tag, "PN", m_coder.Name(dicomtext::HarmlessName(value, hasParts))});
 }
 
+void Dataset::PartedName(quint32 tag, const QString& value)
+{
+    m_elements.append({tag, "PN", m_coder.Name(dicomtext::Harmless(value, dicomtext::LongestLong))});
+}
+
 void Dataset::Sequence(quint32 tag, const QList<Dataset>& items)
 {
     DicomElement sequence{tag, "SQ", {}};

@@ -7,17 +7,17 @@
 /// An element of a data set.
 struct DicomElement
 {
-    quint32 tag = 0;  ///< Group in the upper half.
-    QByteArray type;  ///< Value representation, two letters.
-    QByteArray value; ///< As it stands in an object but for padding; a number in decimal digits.
+    quint32 tag = 0;                       ///< Group in the upper half.
+    QByteArray type;                       ///< Value representation, two letters.
+    QByteArray value;                      ///< As it stands in an object but for padding; a number in decimal digits.
     QList<QList<DicomElement>> items = {}; ///< Of a sequence.
 };
 
 /// As link_messages.h has elements.
 QCborArray CborOf(const QList<DicomElement>& elements);
 
-/// Makes the elements of a data set in one character set. Texts may be any: what an element can't hold is made harmless,
-/// and cut.
+/// Makes the elements of a data set in one character set. Texts may be any: what an element can't hold is made
+/// harmless, and cut.
 class Dataset
 {
 public:
@@ -35,6 +35,8 @@ public:
     void Long(quint32 tag, const QString& value);
     void Short(quint32 tag, const QString& value);
     void Name(quint32 tag, const QString& value, bool hasParts);
+    /// A name that has its separators already.
+    void PartedName(quint32 tag, const QString& value);
     void Number(quint32 tag, int value) { m_elements.append({tag, "US", QByteArray::number(value)}); }
     /// Any bytes, of the types OB and OW.
     void Bytes(quint32 tag, const char* type, const QByteArray& value) { m_elements.append({tag, type, value}); }

@@ -8,6 +8,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "platform/dicom/DcmtkRun.h"
+#include "platform/dicom/DcmtkServices.h"
 #include "platform/dicom/dicom_text.h"
 #include "platform/dicom/jpeg_frame.h"
 #include "platform/dicom/link_messages.h"
@@ -292,4 +293,6 @@ void DcmtkKit::RemoveLeftObjects()
 void RegisterDicom()
 {
     RegisterComponent<DicomKit>(QString::fromUtf16(DicomKitName), [] { return std::make_unique<DcmtkKit>(); });
+    RegisterComponent<DicomServices>(QString::fromUtf16(DicomServicesName),
+                                     [] { return std::make_unique<DcmtkServices>(); });
 }

@@ -15,7 +15,8 @@ QString SetupReader::ApplicationTitle(const QString& section, const QString& key
     if (title.isEmpty())
         return otherwise;
     if (!allowed.match(title).hasMatch())
-        m_setup.problems.append(u"[%1] %2은(는) 영문자와 숫자 16자까지입니다. (%3)"_s.arg(section, key, title.left(60)));
+        m_setup.problems.append(
+            u"[%1] %2은(는) 영문자와 숫자 16자까지입니다. (%3)"_s.arg(section, key, title.left(60)));
     return title;
 }
 
@@ -116,13 +117,13 @@ void SetupReader::ReadKinds()
         const QString value = Text(section, key);
         const QStringList parts = value.split(u',');
         const std::optional<DicomModality> modality = ModalityOf(parts[0].trimmed().toUpper());
-        const DicomPictureKind kind{modality.value_or(DicomModality::Endoscopy),
-                                    parts.value(1).trimmed().toUpper(), parts.value(2).trimmed().toUpper()};
+        const DicomPictureKind kind{modality.value_or(DicomModality::Endoscopy), parts.value(1).trimmed().toUpper(),
+                                    parts.value(2).trimmed().toUpper()};
         const bool isSide = kind.laterality.isEmpty() || kind.laterality == u"R" || kind.laterality == u"L";
         if (!modality || parts.size() > 3 || !bodyPart.match(kind.bodyPart).hasMatch() || !isSide)
             m_setup.problems.append(
-                u"[Pacs] %1은(는) ES, US, GM, XC 가운데 하나이고, 그 뒤에 부위(영문)와 좌우(R, L)를 적습니다. (%2)"_s.arg(
-                    key.left(60), value.left(60)));
+                u"[Pacs] %1은(는) ES, US, GM, XC 가운데 하나이고, 그 뒤에 부위(영문)와 좌우(R, L)를 적습니다. (%2)"_s
+                    .arg(key.left(60), value.left(60)));
         m_setup.client.Pacs.Kinds[key.sliced(prefix.size()).trimmed()] = kind;
     }
 }

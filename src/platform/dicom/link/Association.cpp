@@ -28,6 +28,18 @@ const std::array Contexts{
             UID_FINDStudyRootQueryRetrieveInformationModel,
             {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
             2},
+    Context{Association::Purpose::Worklist,
+            UID_FINDModalityWorklistInformationModel,
+            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
+            2},
+    Context{Association::Purpose::Steps,
+            UID_ModalityPerformedProcedureStepSOPClass,
+            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
+            2},
+    Context{Association::Purpose::Commitment,
+            UID_StorageCommitmentPushModelSOPClass,
+            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
+            2},
     Context{Association::Purpose::Echo,
             UID_VerificationSOPClass,
             {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
@@ -64,7 +76,7 @@ bool AddContexts(T_ASC_Parameters& parameters, Association::Purpose purpose)
 {
     T_ASC_PresentationContextID id = 1;
     for (const Context& context : Contexts) {
-        if (purpose == Association::Purpose::Echo && context.purpose != purpose)
+        if (context.purpose != purpose && context.purpose != Association::Purpose::Echo)
             continue;
         auto syntaxes = context.syntaxes;
         if (ASC_addPresentationContext(&parameters, id, context.kind, syntaxes.data(), context.syntaxCount).bad())

@@ -36,7 +36,7 @@ bool PutItems(DcmItem& target, const DcmTag& tag, const QCborArray& items, int d
 
 bool Put(DcmItem& dataset, const DcmTag& tag, const QByteArray& value)
 {
-    constexpr std::array Texts{EVR_UI, EVR_SH, EVR_LO, EVR_PN, EVR_CS, EVR_DA, EVR_TM, EVR_IS, EVR_DS};
+    constexpr std::array Texts{EVR_UI, EVR_SH, EVR_LO, EVR_PN, EVR_CS, EVR_DA, EVR_TM, EVR_IS, EVR_DS, EVR_AE};
     if (tag.getEVR() == EVR_OB)
         return dataset
             .putAndInsertUint8Array(tag, reinterpret_cast<const Uint8*>(value.constData()),
@@ -85,6 +85,11 @@ bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
 }
 
 } // namespace
+
+bool pictureobject::PutElements(DcmItem& target, const QCborArray& elements)
+{
+    return PutAll(target, elements, 0);
+}
 
 bool pictureobject::Fill(DcmDataset& dataset, const QCborArray& elements, const QByteArray& frame)
 {
