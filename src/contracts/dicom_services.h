@@ -7,9 +7,9 @@
 struct DicomScheduled
 {
     DicomOrder order;
-    QString study;    ///< Identifier; empty when the server tells none that is one.
-    QString modality; ///< "ES"
-    QString startsAt; ///< `HHmm`; empty when it isn't told.
+    QString study;     ///< Identifier; empty when the server tells none that is one.
+    QString modality;  ///< "ES"
+    QString startsAt;  ///< `HHmm`; empty when it isn't told.
     QStringList codes; ///< Code values of the requested procedure and the scheduled protocol.
 };
 
@@ -26,9 +26,9 @@ struct DicomPerformedSeries
 struct DicomPerformedStep
 {
     QString uid;
-    QDateTime beganAt; ///< Local time.
-    QDateTime endedAt; ///< Invalid while it goes on.
-    bool wasTold = false; ///< The server has been told of its end before, but hasn't answered.
+    QDateTime beganAt;                  ///< Local time.
+    QDateTime endedAt;                  ///< Invalid while it goes on.
+    bool wasTold = false;               ///< The server has been told of its end before, but hasn't answered.
     QList<DicomPerformedSeries> series; ///< Of one that has ended; none: it is discontinued.
 };
 

@@ -1,6 +1,7 @@
 #include "pacs/queue_rows.h"
 
 #include "contracts/LocalDatabase.h"
+#include "pacs/service_rows.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -53,6 +54,7 @@ QString TimeText(const QDateTime& time)
 
 void queue_rows::MakeTables(LocalDatabase& queue)
 {
+    service_rows::MakeTables(queue);
     // Without a word to the file where they are there: others may be about to write.
     if (HasColumn(queue, u"line"_s, u"part"_s) && HasColumn(queue, u"picture"_s, u"part"_s))
         return;

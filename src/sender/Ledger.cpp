@@ -6,6 +6,7 @@
 #include "frame/journal.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
+#include "pacs/service_rows.h"
 #include "records/Statement.h"
 
 #include <QUuid>
@@ -203,8 +204,10 @@ Ledger::Orders Ledger::TakeLines(bool sendsEach)
             return orders;
         m_database->Together([&] {
             Change change(*m_database, sendsEach);
-            for (const auto& [place, line] : lines)
+            for (const auto& [place, line] : lines) {
                 change.Take(line, orders);
+                service_rows::Take(*m_database, line);
+            }
             m_database->Run({queue_rows::RemoveLinesUpTo(lines.last().first)});
         });
     }
@@ -394,6 +397,8 @@ void Ledger::ForgetOld(const QDate& today)
 {
     const QString before = today.addDays(-DaysKept).toString(u"yyyyMMdd"_s);
     const QString old = Statement().Quoted(u"ymd < '", before).Text();
-    m_database->Run({u"DELETE FROM picture WHERE "_s + old + u" AND state IN ( 'held', 'sent', 'withdrawn' )"_s,
-                     u"DELETE FROM visit WHERE isToBeAsked = 0 AND "_s + old});
+    m_database->Run(
+        {u"DELETE FROM picture WHERE "_s + old + u" AND state IN ( 'held', 'sent', 'withdrawn', 'committed' )"_s,
+         u"DELETE FROM visit WHERE isToBeAsked = 0 AND "_s + old});
+    service_rows::ForgetOld(*m_database, before);
 }

@@ -97,8 +97,7 @@ DicomOutcome OutcomeOfAnswer(const QCborMap& answer, const ServiceWords& words)
         return {DicomOutcome::Cut,
                 Reason(isSilent ? silent : words.server + u"와의 연결이 도중에 끊겼습니다.!!"_s, told)};
     case Fault::Unreachable:
-        return {DicomOutcome::Away,
-                Reason(isSilent ? silent : words.server + u"에 연결할 수 없습니다.!!"_s, told)};
+        return {DicomOutcome::Away, Reason(isSilent ? silent : words.server + u"에 연결할 수 없습니다.!!"_s, told)};
     default:
         return {DicomOutcome::Refused, Reason(u"DICOM 물음을 만들지 못했습니다.!!"_s, told)};
     }
@@ -227,10 +226,9 @@ bool DcmtkServices::NextReport(bool isTaken, DicomCommitment& report, const std:
     request[StatusKey] = isTaken ? 0 : ProcessingFailure;
     request[WaitSecondsKey] = ListenSeconds;
     QCborMap answer;
-    const bool isThere =
-        m_link.Ask(request, answer, MostPlain, ListenSeconds * 1000LL + ListenGraceMs, stop) ==
-            LinkProcess::End::Answered &&
-        answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);
+    const bool isThere = m_link.Ask(request, answer, MostPlain, ListenSeconds * 1000LL + ListenGraceMs, stop) ==
+                             LinkProcess::End::Answered &&
+                         answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);
     report = ReportOf(answer);
     return isThere;
 }

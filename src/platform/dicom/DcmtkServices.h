@@ -1,8 +1,8 @@
 #pragma once
 
 #include "contracts/dicom_services.h"
-#include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/Dataset.h"
+#include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/link_messages.h"
 #include "platform/dicom/LinkProcess.h"
 
@@ -25,8 +25,8 @@ public:
     bool NextReport(bool isTaken, DicomCommitment& report, const std::stop_token& stop) override;
 
 private:
-    DicomOutcome Ask(const DicomPeer& peer, DicomService service, QCborMap request, QCborMap& answer,
-                     qint64 patienceMs, const std::stop_token& stop);
+    DicomOutcome Ask(const DicomPeer& peer, DicomService service, QCborMap request, QCborMap& answer, qint64 patienceMs,
+                     const std::stop_token& stop);
 
     DicomPatience m_patience;
     LinkProcess m_link;

@@ -41,8 +41,7 @@ bool AcceptContexts(T_ASC_Parameters& parameters)
             ASC_refusePresentationContext(&parameters, context.presentationContextID,
                                           isOurs ? ASC_P_TRANSFERSYNTAXESNOTSUPPORTED
                                                  : ASC_P_ABSTRACTSYNTAXNOTSUPPORTED);
-        else if (ASC_acceptPresentationContext(&parameters, context.presentationContextID, chosen,
-                                               context.proposedRole)
+        else if (ASC_acceptPresentationContext(&parameters, context.presentationContextID, chosen, context.proposedRole)
                      .good())
             isAny = true;
     }
