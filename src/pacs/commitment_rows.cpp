@@ -16,8 +16,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 const std::array<QString, 4> CommitmentStates{u"waiting"_s, u"asked"_s, u"resent"_s, u"failed"_s};
-const QString CommitmentColumns =
-    u"uid, classUid, chart, ymd, etc, number, transactionUid, state, reason, wasResent"_s;
+const QString CommitmentColumns = u"uid, classUid, chart, ymd, etc, number, transactionUid, state, reason, wasResent"_s;
 /// Of what is to be asked for, or asked again: the time of both is `notBefore`.
 const QString ToAsk = u"state IN ( 'waiting', 'asked' )"_s;
 
@@ -36,8 +35,15 @@ QList<service_rows::Commitment> service_rows::Commitments(LocalDatabase& queue, 
     for (const QVariantList& row :
          queue.Rows(u"SELECT %1 FROM commitment WHERE "_s.arg(CommitmentColumns) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
-        commitments.append({{text(1), text(0)}, text(2), text(3), text(4), row.at(5).toInt(), text(6),
-                            FromWord<CommitmentState>(CommitmentStates, text(7)), text(8), row.at(9).toInt() != 0});
+        commitments.append({{text(1), text(0)},
+                            text(2),
+                            text(3),
+                            text(4),
+                            row.at(5).toInt(),
+                            text(6),
+                            FromWord<CommitmentState>(CommitmentStates, text(7)),
+                            text(8),
+                            row.at(9).toInt() != 0});
     }
     return commitments;
 }
@@ -72,19 +78,19 @@ void service_rows::BeginTransaction(LocalDatabase& queue, const QList<Commitment
 {
     QStringList statements;
     for (const Commitment& each : of)
-        statements << Uid(Statement(u"UPDATE commitment SET state = 'waiting', transactionUid = '")
-                              .Value(transaction)
-                              .Piece(u"'"),
-                          each.object.uid);
+        statements << Uid(
+            Statement(u"UPDATE commitment SET state = 'waiting', transactionUid = '").Value(transaction).Piece(u"'"),
+            each.object.uid);
     queue.Run(statements);
 }
 
 void service_rows::TransactionIsAsked(LocalDatabase& queue, const QString& transaction, qint64 askAgainAt)
 {
-    queue.Run({Statement(u"UPDATE commitment SET state = 'asked', reason = '', notBefore = %1 WHERE state = 'waiting'"_s
-                             .arg(askAgainAt))
-                   .Quoted(u" AND transactionUid = '", transaction)
-                   .Text()});
+    queue.Run(
+        {Statement(u"UPDATE commitment SET state = 'asked', reason = '', notBefore = %1 WHERE state = 'waiting'"_s.arg(
+                       askAgainAt))
+             .Quoted(u" AND transactionUid = '", transaction)
+             .Text()});
 }
 
 void service_rows::PutOff(LocalDatabase& queue, const QString& transaction, const QString& reason, qint64 notBefore)
@@ -149,8 +155,8 @@ QString service_rows::ReasonOf(int failure)
         const char16_t* text;
     };
     constexpr std::array Meanings{
-        Meaning{0x0110, u"서버가 처리하지 못함"},  Meaning{0x0112, u"서버에 그 그림이 없음"},
-        Meaning{0x0213, u"서버에 자리가 없음"},    Meaning{0x0122, u"서버가 그런 그림을 받지 않음"},
+        Meaning{0x0110, u"서버가 처리하지 못함"},      Meaning{0x0112, u"서버에 그 그림이 없음"},
+        Meaning{0x0213, u"서버에 자리가 없음"},        Meaning{0x0122, u"서버가 그런 그림을 받지 않음"},
         Meaning{0x0119, u"서버의 그림과 종류가 다름"}, Meaning{0x0131, u"서버가 같은 물음을 이미 받음"},
     };
     const auto found = std::ranges::find(Meanings, failure, &Meaning::reason);

@@ -16,8 +16,7 @@ using queue_rows::Same;
 
 namespace {
 
-const std::array<QString, 6> WorklistStates{u"asked"_s, u"offered"_s, u"chosen"_s,
-                                            u"taken"_s, u"nothing"_s, u"away"_s};
+const std::array<QString, 6> WorklistStates{u"asked"_s, u"offered"_s, u"chosen"_s, u"taken"_s, u"nothing"_s, u"away"_s};
 const std::array<QString, 4> StepStates{u"new"_s, u"running"_s, u"ended"_s, u"refused"_s};
 const QString WorklistColumns = u"chart, ymd, etc, imageExt, state, reason, tries, offers, choice"_s;
 const QString StepColumns =
@@ -112,7 +111,8 @@ QStringList Opened(const PacsLine& line)
                 .Piece(u"', 'asked' )")
                 .Text(),
             u"UPDATE worklist SET state = 'asked', tries = 0, notBefore = 0 WHERE state NOT IN ( 'chosen', 'taken' ) "
-            "AND "_s + OfVisit(line)};
+            "AND "_s +
+                OfVisit(line)};
 }
 
 QStringList Begun(const PacsLine& line)
@@ -177,11 +177,11 @@ void service_rows::Take(LocalDatabase& queue, const PacsLine& line)
         queue.Run(Opened(line));
         break;
     case PacsLine::Chosen:
-        queue.Run({Statement(u"UPDATE worklist SET state = 'chosen', notBefore = 0, choice = '")
-                       .Value(line.text)
-                       .Piece(u"' WHERE state IN ( 'asked', 'offered', 'away' ) AND offers <> '' AND "_s +
-                              OfVisit(line))
-                       .Text()});
+        queue.Run(
+            {Statement(u"UPDATE worklist SET state = 'chosen', notBefore = 0, choice = '")
+                 .Value(line.text)
+                 .Piece(u"' WHERE state IN ( 'asked', 'offered', 'away' ) AND offers <> '' AND "_s + OfVisit(line))
+                 .Text()});
         break;
     case PacsLine::Begun:
         queue.Run(Begun(line));
@@ -197,16 +197,21 @@ void service_rows::Take(LocalDatabase& queue, const PacsLine& line)
     }
 }
 
+bool service_rows::MayBeKnown(LocalDatabase& queue, const QString& chart, const QString& ymd, const QString& etc)
+{
+    return ymd.trimmed() < QDate::currentDate().toString(u"yyyyMMdd"_s) ||
+           !queue.Rows(u"SELECT * FROM visit WHERE wasSent = 1 AND "_s + Same(chart, ymd, etc, 0)).isEmpty();
+}
+
 QList<service_rows::Worklist> service_rows::Worklists(LocalDatabase& queue, const QString& condition)
 {
     QList<Worklist> worklists;
     if (!IsThere(queue))
         return worklists;
-    for (const QVariantList& row :
-         queue.Rows(u"SELECT %1 FROM worklist WHERE "_s.arg(WorklistColumns) + condition)) {
+    for (const QVariantList& row : queue.Rows(u"SELECT %1 FROM worklist WHERE "_s.arg(WorklistColumns) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
-        worklists.append({text(0), text(1), text(2), text(3), FromWord<WorklistState>(WorklistStates, text(4)),
-                          text(5), row.at(6).toInt(), OffersOf(text(7)), text(8)});
+        worklists.append({text(0), text(1), text(2), text(3), FromWord<WorklistState>(WorklistStates, text(4)), text(5),
+                          row.at(6).toInt(), OffersOf(text(7)), text(8)});
     }
     return worklists;
 }
@@ -239,7 +244,8 @@ void service_rows::PutOff(LocalDatabase& queue, const Worklist& worklist, qint64
 void service_rows::AskAnew(LocalDatabase& queue, const Worklist& worklist)
 {
     queue.Run({u"UPDATE worklist SET state = 'asked', choice = '', tries = 0, notBefore = 0 WHERE state = 'chosen' "
-               "AND "_s + Same(worklist.chart, worklist.ymd, worklist.etc, 0)});
+               "AND "_s +
+               Same(worklist.chart, worklist.ymd, worklist.etc, 0)});
 }
 
 QList<service_rows::Step> service_rows::Steps(LocalDatabase& queue, const QString& condition)
@@ -252,8 +258,7 @@ QList<service_rows::Step> service_rows::Steps(LocalDatabase& queue, const QStrin
         steps.append({text(0), text(1), text(2), text(3), text(4), text(5), text(6),
                       QDateTime::fromString(text(7), Qt::ISODateWithMs),
                       QDateTime::fromString(text(8), Qt::ISODateWithMs), FromWord<StepState>(StepStates, text(9)),
-                      text(10), row.at(11).toInt(), row.at(12).toInt() != 0,
-                      text(13).split(u' ', Qt::SkipEmptyParts)});
+                      text(10), row.at(11).toInt(), row.at(12).toInt() != 0, text(13).split(u' ', Qt::SkipEmptyParts)});
     }
     return steps;
 }
@@ -297,8 +302,8 @@ QList<PacsEntry> service_rows::EntriesOf(LocalDatabase& queue, const Step& step)
     const QString same = Same(step.chart, step.ymd, step.etc, 0);
     for (const Step& each : Steps(queue, same + Statement().Quoted(u" AND uid <> '", step.uid).Text()))
         earlier += each.told;
-    QList<PacsEntry> entries = queue_rows::Entries(
-        queue, u"state NOT IN ( 'withdrawn', 'aside' ) AND "_s + same + u" ORDER BY number, part"_s);
+    QList<PacsEntry> entries = queue_rows::Entries(queue, u"state NOT IN ( 'withdrawn', 'aside' ) AND "_s + same +
+                                                              u" ORDER BY number, part"_s);
     entries.removeIf([&earlier](const PacsEntry& entry) { return earlier.contains(entry.uid); });
     return entries;
 }

@@ -37,8 +37,7 @@ void Listen(int port, LocalDatabase& queue, const std::stop_token& stop)
         isTaken = true;
         // The server is told that it has come only once it stands in the queue.
         if (!report.transaction.isEmpty())
-            isTaken =
-                journal::NotingFaults([&] { isTaken = CommitmentDesk::TakeReport(queue, report); }) && isTaken;
+            isTaken = journal::NotingFaults([&] { isTaken = CommitmentDesk::TakeReport(queue, report); }) && isTaken;
     }
 }
 

@@ -43,14 +43,14 @@ protected:
     void OnThread(Work work, Then then)
     {
         m_isBusy = true;
-        m_thread.Post([self = QPointer(this), work = std::move(work), then = std::move(then),
-                       stop = m_stop.get_token()] {
-            const auto result = work(stop);
-            PostToScreen([self, then, result] {
-                if (self && !self->m_stop.stop_requested())
-                    self->Guard([&] { then(result); });
+        m_thread.Post(
+            [self = QPointer(this), work = std::move(work), then = std::move(then), stop = m_stop.get_token()] {
+                const auto result = work(stop);
+                PostToScreen([self, then, result] {
+                    if (self && !self->m_stop.stop_requested())
+                        self->Guard([&] { then(result); });
+                });
             });
-        });
     }
     /// The same with the services.
     template <class Work, class Then>

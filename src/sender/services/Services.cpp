@@ -22,7 +22,8 @@ constexpr qint64 SoonMs = 10 * 60 * 1000;
 
 std::unique_ptr<Services> Services::ForSetup(const ClientSetupRecord& setup, const SaupRecords& places)
 {
-    return service_rows::InSetup(setup.Pacs) != service_rows::Kinds() ? std::make_unique<Services>(setup, places) : nullptr;
+    return service_rows::InSetup(setup.Pacs) != service_rows::Kinds() ? std::make_unique<Services>(setup, places)
+                                                                      : nullptr;
 }
 
 Services::Services(const ClientSetupRecord& setup, const SaupRecords& places)

@@ -25,6 +25,8 @@ constexpr qint64 SoonMs = 1000;
 /// An order that comes later than that isn't waited for, nor the operator's choice.
 constexpr qint64 WorklistMs = 20'000;
 constexpr qint64 ChoiceMs = 120'000;
+/// Nor an identity that only pictures find.
+constexpr qint64 IdentityMs = 600'000;
 /// What hasn't gone that long behind the end is told of by what it will be.
 constexpr qint64 PicturesMs = 60'000;
 /// A server at fault so often refuses this one.
@@ -74,8 +76,7 @@ bool StepDesk::AwaitsWorklist(const Step& step)
 {
     if (Setup().Pacs.Worklist.host.isEmpty() || step.closedAt.isValid())
         return false;
-    const auto found =
-        service_rows::Worklists(Queue(), queue_rows::Same(step.chart, step.ymd, step.etc, 0));
+    const auto found = service_rows::Worklists(Queue(), queue_rows::Same(step.chart, step.ymd, step.etc, 0));
     if (found.isEmpty())
         return false;
     using service_rows::WorklistState;
@@ -99,12 +100,19 @@ void StepDesk::AskFacts(const Step& step)
     {
         DicomPicture picture;
         bool hasIdentity = false;
+        bool isToWait = false;
     };
+    // The pictures' way finds out what the server knows it under.
+    const bool isToWait =
+        IsWithin(step.beganAt, IdentityMs) && service_rows::MayBeKnown(Queue(), step.chart, step.ymd, step.etc);
     const auto facts = std::make_shared<Facts>();
-    const auto ask = [facts, step, visit = step.VisitBelow(Setup().CaptureRoot), pacs = Setup().Pacs,
+    const auto ask = [facts, isToWait, step, visit = step.VisitBelow(Setup().CaptureRoot), pacs = Setup().Pacs,
                       places = Places()] {
         facts->picture = PictureFacts(visit, step.doctor, pacs, places);
         std::optional<DicomIdentity> identity = KeptIdentity(visit);
+        facts->isToWait = !identity && isToWait;
+        if (facts->isToWait)
+            return;
         if (!identity) {
             identity = NewIdentity(visit, pacs, places);
             if (!identity)
@@ -118,7 +126,10 @@ void StepDesk::AskFacts(const Step& step)
         facts->picture.identity = *identity;
     };
     const auto goOn = [this, step, facts] {
-        if (!facts->hasIdentity) {
+        if (facts->isToWait) {
+            service_rows::Keep(Queue(), step, QDateTime::currentMSecsSinceEpoch() + 2 * SoonMs);
+            Done();
+        } else if (!facts->hasIdentity) {
             Step waiting = step;
             waiting.reason = QString::fromUtf16(NoIdentityText);
             service_rows::Keep(Queue(), waiting, MuchLater());
@@ -169,9 +180,8 @@ void StepDesk::TellEnd(Step step, const DicomPicture& facts, const QList<DicomPe
                                                                     const std::stop_token& stop) {
         return services.EndStep(peer, performed, facts, stop);
     };
-    OnLink(tell, [this, step, told](const DicomOutcome& outcome) {
-        TakeAnswer(step, outcome, StepState::Ended, told);
-    });
+    OnLink(tell,
+           [this, step, told](const DicomOutcome& outcome) { TakeAnswer(step, outcome, StepState::Ended, told); });
 }
 
 void StepDesk::TakeAnswer(Step step, const DicomOutcome& outcome, StepState next, const QStringList& told)
@@ -193,8 +203,7 @@ void StepDesk::TakeAnswer(Step step, const DicomOutcome& outcome, StepState next
     // An answer means that the server knows no end of it.
     if (next == StepState::Ended && outcome.status != DicomOutcome::NoStatus)
         step.wasTold = false;
-    if (outcome.kind == DicomOutcome::Refused ||
-        (outcome.kind == DicomOutcome::Passing && step.tries >= MostPassing))
+    if (outcome.kind == DicomOutcome::Refused || (outcome.kind == DicomOutcome::Passing && step.tries >= MostPassing))
         step.state = StepState::Refused;
     service_rows::Keep(Queue(), step, AgainAfter(outcome, step.tries));
 }

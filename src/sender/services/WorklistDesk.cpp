@@ -70,15 +70,14 @@ void WorklistDesk::AskServer(const Worklist& worklist, const Known& known)
         QList<DicomScheduled> entries;
     };
     const auto find = [peer = Setup().Pacs.Worklist, worklist,
-                       patientId = Setup().Pacs.PatientIdPrefix + worklist.chart.trimmed()](
-                          DicomServices& services, const std::stop_token& stop) {
+                       patientId = Setup().Pacs.PatientIdPrefix +
+                                   worklist.chart.trimmed()](DicomServices& services, const std::stop_token& stop) {
         Found found;
         found.outcome = services.FindScheduled(peer, patientId, worklist.ymd, found.entries, stop);
         return found;
     };
-    OnLink(find, [this, worklist, known](const Found& found) {
-        TakeAnswer(worklist, known, found.outcome, found.entries);
-    });
+    OnLink(find,
+           [this, worklist, known](const Found& found) { TakeAnswer(worklist, known, found.outcome, found.entries); });
 }
 
 void WorklistDesk::TakeAnswer(Worklist worklist, const Known& known, const DicomOutcome& outcome,
@@ -110,8 +109,9 @@ void WorklistDesk::Keep(const Worklist& worklist, const service_rows::Offer& off
 {
     const bool isChosen = worklist.state == WorklistState::Chosen;
     const auto isKept = std::make_shared<bool>(false);
-    const auto keep = [isKept, isChosen, offer, visit = worklist.VisitBelow(Setup().CaptureRoot), pacs = Setup().Pacs,
-                       places = Places()] {
+    const bool isNew = !service_rows::MayBeKnown(Queue(), worklist.chart, worklist.ymd, worklist.etc);
+    const auto keep = [isKept, isChosen, isNew, offer, visit = worklist.VisitBelow(Setup().CaptureRoot),
+                       pacs = Setup().Pacs, places = Places()] {
         // Another station may have been a moment quicker; what the operator says stands above it.
         if (!isChosen && KeptStudy(visit, pacs).order != DicomOrder())
             return;
@@ -119,7 +119,7 @@ void WorklistDesk::Keep(const Worklist& worklist, const service_rows::Offer& off
         *isKept = true;
         // Nothing has been given to others: it becomes part of the hospital's own study.
         std::optional<DicomIdentity> identity = NewIdentity(visit, pacs, places);
-        if (offer.study.isEmpty() || !identity || KeptIdentity(visit))
+        if (!isNew || offer.study.isEmpty() || !identity || KeptIdentity(visit))
             return;
         identity->study = offer.study;
         KeepIdentity(visit, *identity);

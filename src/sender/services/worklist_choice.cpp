@@ -28,8 +28,8 @@ bool Fits(const DicomScheduled& entry, const QString& section, DicomModality mod
 QString KeyOf(const DicomScheduled& entry)
 {
     const DicomOrder& order = entry.order;
-    const QString all = QStringList{order.accession, order.procedureId, order.stepId, entry.study, entry.startsAt,
-                                    order.procedureText, order.stepText}
+    const QString all = QStringList{order.accession, order.procedureId,   order.stepId,  entry.study,
+                                    entry.startsAt,  order.procedureText, order.stepText}
                             .join(u'\x1f');
     const QByteArray hash = QCryptographicHash::hash(all.toUtf8(), QCryptographicHash::Sha256);
     return QString::fromLatin1(hash.toHex().left(24));
