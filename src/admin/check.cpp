@@ -1,5 +1,6 @@
 #include "admin/commands.h"
 
+#include "admin/check_abilities.h"
 #include "admin/check_tables.h"
 #include "admin/Report.h"
 #include "contracts/dicom.h"
@@ -88,7 +89,7 @@ CheckLines CheckServices(const PacsSetupRecord& pacs)
     reach(u"PACS 보관 확인"_s, u"Pacs"_s, pacs.Server(), DicomService::Commitment);
     const QString port = QString::number(pacs.CommitPort);
     const auto queues = SenderQueue::In(LocalFolder());
-    if (services->Listen(pacs.CommitPort, {}))
+    if (services->Listen(pacs.CommitPort, pacs.Tls, {}))
         lines.append({CheckLine::Right, u"보관 확인 포트"_s, u"%1, 비어 있음"_s.arg(port), {}});
     else if (std::ranges::any_of(queues, &SenderQueue::Found::isSenderThere))
         lines.append({CheckLine::Right, u"보관 확인 포트"_s, u"%1, 보내는 프로그램이 쓰고 있음"_s.arg(port), {}});
@@ -130,7 +131,8 @@ int CheckStation(Report& report)
         look(checks.LookAtCaptureRoot(setup.client));
     look(checks.LookAtMachine(setup.client));
     if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
-        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)} + CheckServices(setup.client.Pacs));
+        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)} + CheckAbilities(setup.client.Pacs) +
+             CheckServices(setup.client.Pacs));
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     report.Total(wrong == 0 ? u"이상이 없습니다."_s : u"이상 %1건"_s.arg(wrong), {{u"wrong"_s, qint64(wrong)}});
     return wrong == 0 ? AllWell : Found;

@@ -120,12 +120,12 @@ QString MadeFolder(const QString& area)
 
 } // namespace
 
-QString disc_index::Make(const QString& area, const DiscContent& content, const Patient& patient, bool hasNotes)
+QString disc_index::Make(const QString& area, const DiscContent& content, const Patient& patient, const Kind& kind)
 {
     QSet<QString> taken;
     for (const DiscFile& file : content.files)
         taken.insert(file.onDisc.section(u'/', 0, 0).toCaseFolded());
-    const QString pages = FreeName(u"INDEX"_s, QString(), taken);
+    const QString pages = FreeName(kind.isInterchange ? u"IHE_PDI"_s : u"INDEX"_s, QString(), taken);
     const Sorted sorted = SortFiles(content, file_origins::Of(area));
 
     disc_pages::Disc disc;
@@ -133,6 +133,8 @@ QString disc_index::Make(const QString& area, const DiscContent& content, const 
     disc.folder = pages;
     disc.day = UseService<Desktop>().Today();
     disc.hasObjects = sorted.hasObjects;
+    if (kind.isInterchange)
+        disc.clinic = kind.clinic;
     QStringList pictures;
     QStringList smallNames;
     QHash<QString, QHash<QString, QString>> notes;
@@ -144,7 +146,7 @@ QString disc_index::Make(const QString& area, const DiscContent& content, const 
         visit.section = etc;
         if (!Trim(chart).isEmpty() && Trim(chart) == Trim(patient.chart))
             visit.patient = Trim(patient.name);
-        if (hasNotes && !isMovie) {
+        if (kind.hasNotes && !isMovie) {
             if (!notes.contains(chart))
                 notes.insert(chart, NotesOf(chart));
             visit.note = notes[chart].value(ymd + etc);

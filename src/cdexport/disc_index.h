@@ -12,8 +12,15 @@ struct Patient
     QString name;
 };
 
+struct Kind
+{
+    bool hasNotes = false;
+    bool isInterchange = false; ///< Names and texts as other clinics' programs look for them (IHE PDI).
+    QString clinic;             ///< Its name.
+};
+
 /// Makes them for what is staged, and gives their folder, with a separator at its end; empty when the operator gives it
 /// up. Throws PlatformError.
-QString Make(const QString& area, const DiscContent& content, const Patient& patient, bool hasNotes);
+QString Make(const QString& area, const DiscContent& content, const Patient& patient, const Kind& kind);
 
 } // namespace disc_index

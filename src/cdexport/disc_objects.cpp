@@ -6,6 +6,7 @@
 #include "frame/file_calls.h"
 #include "frame/services.h"
 #include "records/doctor_lookup.h"
+#include "records/kept_study.h"
 #include "records/picture_facts.h"
 #include "records/study_identity.h"
 #include "session/VisitContext.h"
@@ -54,16 +55,24 @@ QString StagedName(const QString& area, const QString& picture)
     return {};
 }
 
+QString TimeOf(const QDateTime& at)
+{
+    return at.toLocalTime().toString(u"HHmmss"_s);
+}
+
 /// On a thread of its own: reads, makes, writes.
-QString MakeStaged(const QString& area, const QString& path, DicomPicture facts)
+QString MakeStaged(const QString& area, const QString& path, DicomPicture facts, DicomKit::Coding coding)
 {
     const QString name = StagedName(area, path);
     if (name.isEmpty())
         return {};
     const auto kit = CreateObject<DicomKit>(QString::fromUtf16(DicomKitName));
     facts.takenAt = Files().LastModified(path).toLocalTime();
+    // A directory doesn't do without one.
+    if (facts.study.time.isEmpty())
+        facts.study.time = TimeOf(facts.takenAt);
     QByteArray object;
-    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, object, {});
+    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, coding, object, {});
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome.reason;
     const QString folder = area + ObjectFolder + u'\\';
@@ -110,13 +119,28 @@ DicomIdentity IdentityOf(const Visit& visit, const QString& doctor)
     return identity;
 }
 
+/// A directory has room for Latin letters and digits alone: the number of the clinic stands for a name without them.
+QString ClinicName()
+{
+    static const QRegularExpression latin(u"[A-Za-z0-9]"_s);
+    if (ClientSetup.Pacs.Institution.contains(latin) || SaupTable.empty())
+        return ClientSetup.Pacs.Institution;
+    const auto& place = SaupTable.begin()->second;
+    return place.Hospital.contains(latin) ? place.Hospital : place.Yoyangno;
+}
+
 } // namespace
 
-DicomPicture disc_objects::FactsOf(const Visit& visit)
+DicomPicture disc_objects::FactsOf(const Visit& visit, const QString& first)
 {
     const QString doctor = Launched().DoctorOf(visit);
     DicomPicture facts = PictureFacts(visit, doctor, ClientSetup.Pacs, SaupTable);
+    const bool wasSent = KeptIdentity(visit).has_value();
     facts.identity = IdentityOf(visit, doctor);
+    const QString time = filecalls::Ask([first] { return TimeOf(Files().LastModified(first)); });
+    facts.study = StudyToSend(visit, wasSent, time, ClientSetup.Pacs);
+    if (facts.study.time.isEmpty())
+        facts.study.time = time;
     return facts;
 }
 
@@ -125,7 +149,8 @@ QString disc_objects::Stage(const QString& area, const QString& picture, const V
     try {
         DicomPicture own = facts;
         own.number = visit.PictureNumber(QFileInfo(NativePath(picture)).fileName());
-        return filecalls::Ask([area, picture, own] { return MakeStaged(area, picture, own); });
+        const auto coding = ClientSetup.BurnerDicomPlain ? DicomKit::Coding::Uncompressed : DicomKit::Coding::Jpeg;
+        return filecalls::Ask([area, picture, own, coding] { return MakeStaged(area, picture, own, coding); });
     } catch (const PlatformError& error) {
         return error.Text();
     }
@@ -136,14 +161,23 @@ void disc_objects::RemoveLone(const QString& area)
     filecalls::Ask([area] { RemoveLoneThere(area); });
 }
 
+QString disc_objects::ClinicText()
+{
+    if (!ClientSetup.Pacs.Institution.isEmpty() || SaupTable.empty())
+        return ClientSetup.Pacs.Institution;
+    return SaupTable.begin()->second.Hospital;
+}
+
 QString disc_objects::WriteDirectory(const QString& area)
 {
     try {
         RemoveLone(area);
         if (!FolderExists(area + ObjectFolder))
             return {};
-        const DicomOutcome outcome = filecalls::Ask(
-            [area] { return CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->MakeDirectory(area, {}); });
+        const DicomDisc disc{ClientSetup.BurnerDicomPlain, ClinicName()};
+        const DicomOutcome outcome = filecalls::Ask([area, disc] {
+            return CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->MakeDirectory(area, disc, {});
+        });
         return outcome.kind == DicomOutcome::Accepted ? QString() : outcome.reason;
     } catch (const PlatformError& error) {
         return error.Text();

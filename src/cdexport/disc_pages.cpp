@@ -130,6 +130,8 @@ QByteArray disc_pages::Readme(const Disc& disc)
                       u"그림은 날짜와 검사별로 나뉘어 있으며, 작은 그림을 누르면 원본이 열립니다."_s};
     if (disc.hasObjects)
         lines << u"DICOM 프로그램으로는 DICOMDIR을 여십시오."_s;
+    if (!disc.clinic.isEmpty())
+        lines << u"만든 곳: %1"_s.arg(disc.clinic.simplified()) << u"만든 프로그램: capture-station"_s;
     lines << u"파일 %1개, 작성일 %2"_s.arg(files).arg(disc.day.toString(u"yyyy-MM-dd"_s))
           << u"환자의 의료 영상이 들어 있으니 보관에 주의하십시오."_s << QString();
     return (Mark + lines.join(LineEnd)).toUtf8();

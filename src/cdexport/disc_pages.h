@@ -32,6 +32,7 @@ struct Disc
     QString folder;    ///< In which pages and small pictures lie.
     QDate day;
     bool hasObjects = false; ///< DICOM.
+    QString clinic;          ///< Where the disc comes from; empty: nothing is said of it.
     QList<VisitPage> visits;
     QList<Item> others;
 };

@@ -199,7 +199,9 @@ void frmCapCDAdd::StageSelection()
     const QString area = burner->burnArea();
     const std::optional<Visit> imagesOf = images ? m_imagesOf : std::nullopt;
     const std::optional<Visit> visit = images && ClientSetup.BurnerDicom ? m_imagesOf : std::nullopt;
-    const DicomPicture facts = visit ? disc_objects::FactsOf(*visit) : DicomPicture();
+    const bool isNone = std::ranges::all_of(steps, &QStringList::isEmpty);
+    const DicomPicture facts =
+        visit && !isNone ? disc_objects::FactsOf(*visit, steps.first().value(0)) : DicomPicture();
     QStringList problems;
     const auto kit = CreateObject<clsDeskKit>(u"prjDeskKit.clsDeskKit"_s);
 
@@ -214,7 +216,7 @@ void frmCapCDAdd::StageSelection()
             if (images && !PictureExists(path))
                 continue;
             const std::optional<file_origins::Origin> origin =
-                ClientSetup.BurnerIndex ? OriginOf(path, imagesOf) : std::nullopt;
+                ClientSetup.BurnerIndex || ClientSetup.BurnerDicomPlain ? OriginOf(path, imagesOf) : std::nullopt;
             const QStringList before = origin ? file_origins::NamesIn(area) : QStringList();
             kit->FileCopyDialog(path, area + QFileInfo(NativePath(path)).fileName());
             if (origin)

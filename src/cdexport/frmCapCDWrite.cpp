@@ -263,7 +263,8 @@ bool frmCapCDWrite::IsReady()
 bool frmCapCDWrite::AddIndex(XPBurn& burner)
 {
     const disc_index::Patient patient{PatientRecord.Chart, PatientRecord.Suname};
-    const QString folder = disc_index::Make(m_stagingPath, burner.Content(), patient, ClientSetup.BurnerIndexNotes);
+    const disc_index::Kind kind{ClientSetup.BurnerIndexNotes, ClientSetup.BurnerDicomPlain, disc_objects::ClinicText()};
+    const QString folder = disc_index::Make(m_stagingPath, burner.Content(), patient, kind);
     if (!folder.isEmpty())
         burner.AddFolder(folder);
     return !folder.isEmpty();
@@ -293,7 +294,7 @@ void frmCapCDWrite::StartBurning()
         }
         FollowStagingArea();
     }
-    if (ClientSetup.BurnerIndex && !AddIndex(*burner))
+    if ((ClientSetup.BurnerIndex || ClientSetup.BurnerDicomPlain) && !AddIndex(*burner))
         return;
     if (IsUnloaded())
         return;

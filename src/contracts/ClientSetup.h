@@ -33,6 +33,7 @@ struct ClientSetupRecord
     QString PrinterFolder;               ///< Printed pages become PDF files there; empty: the printer.
     QString BurnerImage;                 ///< Image file that stands in for a CD drive; empty: real drives.
     bool BurnerDicom = false;            ///< A CD also holds its pictures as DICOM.
+    bool BurnerDicomPlain = false;       ///< Uncompressed, with pages: as any viewer of other clinics reads it.
     bool BurnerIndex = false;            ///< It also holds pages that show them in a browser.
     bool BurnerIndexNotes = false;       ///< The visits' notes stand on those pages.
     bool BurnerUsb = false;              ///< USB sticks can be written to.

@@ -140,11 +140,57 @@ struct DicomOutcome
     };
 
     Kind kind = Away;
-    QString reason = {};     ///< For the operator, in Korean, one line; empty when accepted.
-    int status = NoStatus;   ///< The server's own word for it.
-    bool isOtherSet = false; ///< Accepted in Unicode, though another character set was wanted.
+    QString reason = {};        ///< For the operator, in Korean, one line; empty when accepted.
+    int status = NoStatus;      ///< The server's own word for it.
+    bool isOtherSet = false;    ///< Accepted in Unicode, though another character set was wanted.
+    DicomReference stored = {}; ///< What the server has now, when it has accepted an object.
 
     static constexpr int NoStatus = -1;
+};
+
+/// A report of a visit, beside its content.
+struct DicomReport
+{
+    QString title;
+    QDateTime writtenAt;        ///< Local time.
+    DicomReference predecessor; ///< The report that this one takes the place of; empty: there is none.
+    int instance = 1;           ///< Instance number in its series.
+};
+
+/// A movie of a visit, beside its file.
+struct DicomMovie
+{
+    int columns = 0;
+    int rows = 0;
+    int frames = 0;
+    double frameMs = 0;  ///< From one frame to the next.
+    QDateTime startedAt; ///< Local time.
+    bool hasSound = false;
+    int instance = 1; ///< Instance number in its series.
+    QByteArray key;   ///< What tells it from the visit's other movies, and from an earlier one of its name.
+};
+
+/// What a server takes.
+struct DicomAbilities
+{
+    /// Class and transfer syntax of each kind of object that the station may send, as the server has agreed to them.
+    struct Kind
+    {
+        QString classUid;
+        bool asItIs = false;       ///< JPEG, PDF, MPEG-4: as the file has it.
+        bool uncompressed = false; ///< A picture whose coded data have been decoded.
+    };
+
+    QList<Kind> kinds; ///< Pictures by their modality, then reports, movies, rejections; all of them.
+    bool answersQuestions = false;
+    bool isEncrypted = false;
+};
+
+/// A disc's directory.
+struct DicomDisc
+{
+    bool isUncompressed = false; ///< Its pictures are, as MakeObject has made them.
+    QString name;                ///< Of the clinic; what a directory can't hold of it is left away.
 };
 
 /// An object that the server has.
@@ -176,7 +222,21 @@ public:
     /// Sends a picture file's content, whose coded data are taken over as they are, as one object, and gives the
     /// server's answer. `Refused` without asking the server: content that no viewer has to understand, such as another
     /// format than baseline JPEG. Behind `Away` and `Cut` the connection is closed.
+    /// A server that takes no JPEG gets the decoded picture. `KindRefused`, here and below: objects of this class,
+    /// those of others may go all the same.
     virtual DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop) = 0;
+    /// Sends a report, a PDF document, into the visit's series of reports. What belongs to a single picture in `facts`
+    /// doesn't count, here and in the next two.
+    virtual DicomOutcome StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
+                                     const std::stop_token& stop) = 0;
+    /// Sends a movie, H.264 (High Profile, level 4.1 at most) in an MP4 file or a transport stream, into the visit's
+    /// series of movies. The file, a path of the station, is of less than 4 GB, and is never in memory as a whole.
+    virtual DicomOutcome StoreMovie(const QString& path, const DicomMovie& movie, const DicomPicture& facts,
+                                    const std::stop_token& stop) = 0;
+    /// Tells the server that these objects of the visit, pictures, reports or movies, are rejected: they lie in the
+    /// series of their classes.
+    virtual DicomOutcome StoreRejection(const QList<DicomReference>& rejected, const QDateTime& at,
+                                        const DicomPicture& facts, const std::stop_token& stop) = 0;
     /// Those of the studies with these identifiers that the server has. `KindRefused` by one that isn't to be asked.
     virtual DicomOutcome FindStudies(const QStringList& uids, QList<DicomFoundStudy>& found,
                                      const std::stop_token& stop) = 0;
@@ -189,12 +249,17 @@ public:
     /// Asks the server whether it is there, on a connection of its own.
     virtual DicomOutcome Echo(const DicomPeer& peer, const std::stop_token& stop) = 0;
 
+    /// Asks the server on a connection of its own what it takes. Nothing is stored.
+    virtual DicomOutcome Abilities(const DicomPeer& peer, DicomAbilities& abilities, const std::stop_token& stop) = 0;
+
+    /// How an object holds its picture.
+    enum class Coding { Jpeg, Uncompressed };
     /// Makes the whole content of an object file of a picture file's.
-    virtual DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, QByteArray& object,
-                                    const std::stop_token& stop) = 0;
+    virtual DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, Coding coding,
+                                    QByteArray& object, const std::stop_token& stop) = 0;
     /// Writes the directory `DICOMDIR` of a folder's objects, which lie in its folder `DICOM` under names of digits;
     /// takes the directory away when there are none.
-    virtual DicomOutcome MakeDirectory(const QString& folder, const std::stop_token& stop) = 0;
+    virtual DicomOutcome MakeDirectory(const QString& folder, const DicomDisc& disc, const std::stop_token& stop) = 0;
 
     /// Takes away the folders with objects that killed processes of earlier releases have left on this machine.
     virtual void RemoveLeftObjects() = 0;

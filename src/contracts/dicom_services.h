@@ -74,8 +74,9 @@ public:
                                        const QList<DicomReference>& objects, DicomCommitment& report,
                                        const std::stop_token& stop) = 0;
 
-    /// Listens for reports from here on. False when another program of this machine has the port, or it can't be had.
-    virtual bool Listen(int port, const std::stop_token& stop) = 0;
+    /// Listens for reports from here on; with an authority to encrypted connections alone, which need a certificate of
+    /// the station's own. False when another program of this machine has the port, or it can't be had.
+    virtual bool Listen(int port, const DicomTls& tls, const std::stop_token& stop) = 0;
     /// Waits for the next report, for seconds; without one its transaction is empty. `isTaken`: what the server of the
     /// one before is told. False when nobody listens any more.
     virtual bool NextReport(bool isTaken, DicomCommitment& report, const std::stop_token& stop) = 0;

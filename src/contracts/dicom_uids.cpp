@@ -19,6 +19,10 @@ const std::array<QString, 4> ModalityWords{u"ES"_s, u"US"_s, u"GM"_s, u"XC"_s};
 /// VL Endoscopic, Ultrasound, VL Microscopic and VL Photographic Image Storage.
 const std::array<QString, 4> ClassUids{u"1.2.840.10008.5.1.4.1.1.77.1.1"_s, u"1.2.840.10008.5.1.4.1.1.6.1"_s,
                                        u"1.2.840.10008.5.1.4.1.1.77.1.2"_s, u"1.2.840.10008.5.1.4.1.1.77.1.4"_s};
+/// Of the series: VL Endoscopic Image, Encapsulated PDF, Video Endoscopic Image and Key Object Selection Document
+/// Storage.
+const std::array<QString, 4> SeriesClassUids{u"1.2.840.10008.5.1.4.1.1.77.1.1"_s, u"1.2.840.10008.5.1.4.1.1.104.1"_s,
+                                             u"1.2.840.10008.5.1.4.1.1.77.1.1.1"_s, u"1.2.840.10008.5.1.4.1.1.88.59"_s};
 /// A character that no field holds.
 constexpr QChar Between(u'\x1f');
 
@@ -81,6 +85,18 @@ QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteAr
 QString ClassUidOf(DicomModality modality)
 {
     return ClassUids.at(static_cast<std::size_t>(modality));
+}
+
+QString ClassUidOf(DicomSeries series)
+{
+    return SeriesClassUids.at(static_cast<std::size_t>(series));
+}
+
+DicomSeries SeriesOfClass(const QString& classUid)
+{
+    const auto found = std::ranges::find(SeriesClassUids, classUid);
+    return found == SeriesClassUids.end() ? DicomSeries::Pictures
+                                          : static_cast<DicomSeries>(found - SeriesClassUids.begin());
 }
 
 QString WordOf(DicomModality modality)

@@ -18,6 +18,10 @@ QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteAr
 
 /// Class of the objects that such pictures become.
 QString ClassUidOf(DicomModality modality);
+/// Of reports, movies and rejections, and of the pictures of an endoscope.
+QString ClassUidOf(DicomSeries series);
+/// Where objects of that class stand.
+DicomSeries SeriesOfClass(const QString& classUid);
 /// "ES", as an object and the station's tables have it.
 QString WordOf(DicomModality modality);
 /// Nothing for a word that is none.

@@ -147,6 +147,22 @@ DicomStudy KeepStudy(const Visit& visit, const DicomStudy& study)
     }
 }
 
+DicomStudy StudyToSend(const Visit& visit, bool wasSent, const QString& time, const PacsSetupRecord& setup)
+{
+    try {
+        const std::optional<DicomStudy> kept = RowOf(visit);
+        if (!kept)
+            return KeepStudy(visit, wasSent ? DicomStudy() : DicomStudy{time, KindOfSection(visit.etc, setup), {}});
+        // A worklist may have made row and identity before anything was sent.
+        if (!kept->time.isEmpty() || (wasSent && kept->order == DicomOrder()))
+            return *kept;
+        return KeepStudy(visit, {time, kept->kind, {}});
+    } catch (const TableRefused& error) {
+        NoteOnce(error);
+        return {time, KindOfSection(visit.etc, setup), {}};
+    }
+}
+
 void KeepOrder(const Visit& visit, const DicomOrder& order, const PacsSetupRecord& setup)
 {
     KeepStudy(visit, {{}, KindOfSection(visit.etc, setup), order});

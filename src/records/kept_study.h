@@ -17,5 +17,9 @@ DicomStudy KeptStudy(const Visit& visit, const PacsSetupRecord& setup);
 /// Keeps it, and gives what is kept then: what another station kept a moment before stands, but for a time that was
 /// still empty.
 DicomStudy KeepStudy(const Visit& visit, const DicomStudy& study);
+/// What the visit's pictures are about to be sent as: what is kept, else what is kept from now on. `wasSent`: its
+/// identity has been kept before; without anything kept beside that an earlier release has sent it, as endoscopy and
+/// without a time. `time` is that of its first picture.
+DicomStudy StudyToSend(const Visit& visit, bool wasSent, const QString& time, const PacsSetupRecord& setup);
 /// The order is now this one; kind and time stay what they are, or become the section's.
 void KeepOrder(const Visit& visit, const DicomOrder& order, const PacsSetupRecord& setup);

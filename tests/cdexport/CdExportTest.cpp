@@ -185,7 +185,7 @@ private Q_SLOTS:
     void PicturesHaveObjectsBesideThem()
     {
         RegisterDicom();
-        ClientSetup.BurnerDicom = true;
+        ClientSetup.BurnerDicom = ClientSetup.BurnerDicomPlain = true;
         ClientSetup.Pacs.Institution = u"나래의원"_s;
         for (const int number : {1, 2, 3})
             m_box->AddPicture(u"20250301"_s, Stomach, number, u"지난해"_s);
@@ -219,7 +219,12 @@ private Q_SLOTS:
         QVERIFY(dump.waitForFinished());
         const QString directory = QString::fromUtf8(dump.readAllStandardOutput());
         QCOMPARE(directory.count(u"[DICOM\\CS"_s), 1);
-        QVERIFY(directory.contains(u"홍길동"_s));
+        for (const QString& told : {u"홍길동"_s, u"(0004,1512) UI [1.2.840.10008.1.2.1]"_s, u"[CAPTURE_STATION]"_s})
+            QVERIFY2(directory.contains(told), qPrintable(told + directory));
+        const QString time = m_box->Value(u"SELECT st_time AS v FROM ca_study"_s);
+        QVERIFY(time.size() == 6 && directory.contains(u"TM ["_s + time));
+        QVERIFY(QFileInfo::exists(m_data->path() + u"/disc/IHE_PDI/V0001.HTM"_s));
+        QVERIFY(Files().ReadFile(m_data->path() + u"/disc/README.TXT"_s).contains(u"나래의원"_s.toUtf8()));
         QCOMPARE(m_box->Value(u"SELECT uid_institution AS v FROM ca_uid"_s), u"나래의원"_s);
         QCOMPARE(QDir(m_data->path() + u"/disc/DICOM"_s).entryList(QDir::Files).size(), 1);
     }

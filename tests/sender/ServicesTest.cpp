@@ -75,8 +75,8 @@ private Q_SLOTS:
         QTest::newRow("of another patient") << QList<Entry>{{"A1", "C1", "A-00001235"}} << none << none;
         QTest::newRow("by its modality") << QList<Entry>{{"A1", "C1"}, {"A2", "C2", "A-00001234", "US"}} << none
                                          << u"A1"_s;
-        QTest::newRow("by its code")
-            << QList<Entry>{{"A1", "COLON"}, {"A2", "STOMACH", "A-00001234", "OT"}} << none << u"A2"_s;
+        QTest::newRow("by its code") << QList<Entry>{{"A1", "COLON"}, {"A2", "STOMACH", "A-00001234", "OT"}} << none
+                                     << u"A2"_s;
         QTest::newRow("chosen") << QList<Entry>{{"A1", "C1", "A-00001234", "ES", "위<b>'x"}, {"A2", "C2"}} << u"A2"_s
                                 << u"A2"_s;
     }
@@ -183,7 +183,11 @@ private Q_SLOTS:
         HandOver(2);
         m_pacs->VisitIsStored(VisitOfThisDay());
         const auto count = [](const QString& state) {
-            return Local()->Rows(u"SELECT COUNT( * ) FROM picture WHERE state = '%1'"_s.arg(state)).value(0).value(0).toInt();
+            return Local()
+                ->Rows(u"SELECT COUNT( * ) FROM picture WHERE state = '%1'"_s.arg(state))
+                .value(0)
+                .value(0)
+                .toInt();
         };
         QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), stored, LongMs);
         QTRY_COMPARE_WITH_TIMEOUT(count(u"committed"_s), committed, LongMs);
@@ -222,18 +226,17 @@ private:
     {
         QStringList dumps;
         for (const Entry& entry : entries) {
-            const QByteArray code = "(0008,0100) SH [" + entry.code + "]\n(0008,0102) SH [99H]\n(0008,0104) LO [" +
-                                    entry.text + "]\n";
-            dumps << QString::fromUtf8("(0008,0005) CS [ISO_IR 192]\n(0008,0050) SH [" + entry.accession +
-                                       "]\n(0008,0090) PN [김^의사]\n(0010,0010) PN [홍길동]\n(0010,0020) LO [" +
-                                       entry.patient + "]\n(0020,000d) UI [1.2.3.4." + entry.accession.last(1) +
-                                       "]\n(0032,1060) LO [" + entry.text + "]\n(0032,1064) SQ\n(fffe,e000) -\n" +
-                                       code + "(fffe,e00d) -\n(fffe,e0dd) -\n(0040,0100) SQ\n(fffe,e000) -\n" +
-                                       "(0008,0060) CS [" + entry.modality +
-                                       "]\n(0040,0001) AE [WL]\n(0040,0002) DA [" + ThisDay().toLatin1() +
-                                       "]\n(0040,0003) TM [1030]\n(0040,0007) LO [x]\n(0040,0009) SH [S" +
-                                       entry.accession + "]\n(fffe,e00d) -\n(fffe,e0dd) -\n(0040,1001) SH [R" +
-                                       entry.accession + "]\n");
+            const QByteArray code =
+                "(0008,0100) SH [" + entry.code + "]\n(0008,0102) SH [99H]\n(0008,0104) LO [" + entry.text + "]\n";
+            dumps << QString::fromUtf8(
+                "(0008,0005) CS [ISO_IR 192]\n(0008,0050) SH [" + entry.accession +
+                "]\n(0008,0090) PN [김^의사]\n(0010,0010) PN [홍길동]\n(0010,0020) LO [" + entry.patient +
+                "]\n(0020,000d) UI [1.2.3.4." + entry.accession.last(1) + "]\n(0032,1060) LO [" + entry.text +
+                "]\n(0032,1064) SQ\n(fffe,e000) -\n" + code +
+                "(fffe,e00d) -\n(fffe,e0dd) -\n(0040,0100) SQ\n(fffe,e000) -\n" + "(0008,0060) CS [" + entry.modality +
+                "]\n(0040,0001) AE [WL]\n(0040,0002) DA [" + ThisDay().toLatin1() +
+                "]\n(0040,0003) TM [1030]\n(0040,0007) LO [x]\n(0040,0009) SH [S" + entry.accession +
+                "]\n(fffe,e00d) -\n(fffe,e0dd) -\n(0040,1001) SH [R" + entry.accession + "]\n");
         }
         server.StartWorklist(dumps);
     }

@@ -1,5 +1,6 @@
 /// A server for pictures that does what a test wants, on bare sockets and without a DICOM library: what it finds wrong
-/// isn't hidden by a fault that both sides share. It takes VL Endoscopic Images in baseline JPEG, C-FIND and C-ECHO.
+/// isn't hidden by a fault that both sides share. It takes any object as it is coded, but for pictures without
+/// compression, C-FIND and C-ECHO.
 ///
 ///     pacs_peer PORT RECORD [OPTION VALUE]...
 ///
@@ -17,7 +18,9 @@
 ///                            before them; store, giant-store: the same at the first object; fragments: an answer there
 ///                            with elements without end; matches: objects found, without end
 ///     --reject HOW           permanent, transient, called, calling
-///     --refuse KIND          store, find: isn't agreed upon
+///     --refuse KIND          store, find: isn't agreed upon; a class: objects of it; jpeg: pictures without
+///     compression
+///                            are taken instead
 ///     --find-status A700     refuses each C-FIND
 ///
 /// It takes performed procedure steps and storage commitment as well, and writes what it was told into RECORD.told: a
@@ -51,10 +54,13 @@ namespace {
 
 using Bytes = std::string;
 
-const Bytes StorageClass = "1.2.840.10008.5.1.4.1.1.77.1.1";
+const Bytes Storage = "1.2.840.10008.5.1.4.1.1."; ///< Begins the classes of objects,
+const std::array<Bytes, 4> Pictures{Storage + "77.1.1", Storage + "6.1", Storage + "77.1.2", Storage + "77.1.4"};
 const Bytes FindClass = "1.2.840.10008.5.1.4.1.2.2.1";
 const Bytes CommitmentClass = "1.2.840.10008.1.20.1";
 const Bytes Jpeg = "1.2.840.10008.1.2.4.50";
+const Bytes Movie = "1.2.840.10008.1.2.4.102";
+const Bytes Explicit = "1.2.840.10008.1.2.1";
 const Bytes Implicit = "1.2.840.10008.1.2";
 
 struct Object
@@ -359,10 +365,16 @@ private:
             else
                 syntaxes.push_back(value);
         }
-        const Bytes wanted = kind == StorageClass ? Jpeg : Implicit;
+        const bool isPicture = std::ranges::find(Pictures, kind) != Pictures.end();
         const Bytes refused = Option("refuse");
-        const bool isRefused = std::ranges::find(syntaxes, wanted) == syntaxes.end() ||
-                               (refused == "store" && kind == StorageClass) || (refused == "find" && kind == FindClass);
+        const Bytes coded = refused == "jpeg" ? Explicit : Jpeg;
+        const Bytes wanted = isPicture                      ? coded
+                             : kind == Storage + "77.1.1.1" ? Movie
+                             : kind.starts_with(Storage)    ? Explicit
+                                                            : Implicit;
+        const bool isRefused = std::ranges::find(syntaxes, wanted) == syntaxes.end() || refused == kind ||
+                               (refused == "store" && kind.starts_with(Storage)) ||
+                               (refused == "find" && kind == FindClass);
         m_kinds[static_cast<unsigned char>(item[4])] = kind;
         const Bytes chosen = Bytes{0x40, '\0'} + Big(static_cast<std::uint32_t>(wanted.size()), 2) + wanted;
         return Bytes{0x21, '\0'} + Big(static_cast<std::uint32_t>(chosen.size() + 4), 2) + item[4] + '\0' +

@@ -34,16 +34,27 @@ public:
     void Plain(quint32 tag, const char* type, const QString& value) { m_elements.append(Plain(type, tag, value)); }
     void Long(quint32 tag, const QString& value);
     void Short(quint32 tag, const QString& value);
+    /// Of the types ST and LT: one line of at most so many characters.
+    void Prose(quint32 tag, const char* type, const QString& value, qsizetype longest);
     void Name(quint32 tag, const QString& value, bool hasParts);
-    /// A name that has its separators already.
+    /// One whose parts are told already, with `^`.
     void PartedName(quint32 tag, const QString& value);
-    void Number(quint32 tag, int value) { m_elements.append({tag, "US", QByteArray::number(value)}); }
+    /// Coded: what isn't a capital letter, a digit, a blank or "_" is left away.
+    void Code(quint32 tag, const QString& value);
+    void Number(quint32 tag, qint64 value, const char* type = "US")
+    {
+        m_elements.append({tag, type, QByteArray::number(value)});
+    }
     /// Any bytes, of the types OB and OW.
     void Bytes(quint32 tag, const char* type, const QByteArray& value) { m_elements.append({tag, type, value}); }
     /// A sequence of items; of none, too.
     void Sequence(quint32 tag, const QList<Dataset>& items);
     /// One for an item, in the same character set.
     Dataset Item() const { return Dataset(m_characters); }
+    /// A sequence of the one code.
+    void Coded(quint32 tag, const QString& value, const QString& scheme, const QString& meaning);
+    /// An item that names an object.
+    Dataset Reference(const DicomReference& object) const;
 
     const QList<DicomElement>& Elements() const { return m_elements; }
     /// False behind a text with a letter that isn't in the set.

@@ -1,8 +1,14 @@
 #pragma once
 
 #include "contracts/dicom.h"
+#include "platform/dicom/link_messages.h"
 #include "platform/dicom/LinkProcess.h"
 #include "platform/dicom/peer_answers.h"
+#include "platform/dicom/visit_elements.h"
+
+#include <utility>
+
+struct JpegFrame;
 
 /// How long a server may keep the kit waiting, in seconds.
 struct DicomPatience
@@ -23,6 +29,12 @@ public:
 
     DicomOutcome Open(const DicomPeer& peer, const std::stop_token& stop) override;
     DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop) override;
+    DicomOutcome StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
+                             const std::stop_token& stop) override;
+    DicomOutcome StoreMovie(const QString& path, const DicomMovie& movie, const DicomPicture& facts,
+                            const std::stop_token& stop) override;
+    DicomOutcome StoreRejection(const QList<DicomReference>& rejected, const QDateTime& at, const DicomPicture& facts,
+                                const std::stop_token& stop) override;
     DicomOutcome FindStudies(const QStringList& uids, QList<DicomFoundStudy>& found,
                              const std::stop_token& stop) override;
     DicomOutcome FindPictures(const QString& study, const QString& series, QList<DicomFound>& found,
@@ -31,18 +43,44 @@ public:
 
     DicomOutcome Echo(const DicomPeer& peer, const std::stop_token& stop) override;
 
-    DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, QByteArray& object,
+    DicomOutcome Abilities(const DicomPeer& peer, DicomAbilities& abilities, const std::stop_token& stop) override;
+
+    DicomOutcome MakeObject(const QByteArray& content, const DicomPicture& picture, Coding coding, QByteArray& object,
                             const std::stop_token& stop) override;
-    DicomOutcome MakeDirectory(const QString& folder, const std::stop_token& stop) override;
+    DicomOutcome MakeDirectory(const QString& folder, const DicomDisc& disc, const std::stop_token& stop) override;
 
     void RemoveLeftObjects() override;
 
 private:
-    DicomOutcome AskOfPeer(const DicomPeer& peer, bool isEcho, const std::stop_token& stop);
+    /// What may go to a server as one object.
+    struct Parcel
+    {
+        DicomReference self;
+        ObjectElements made = {};
+        dicomlink::Content content = dicomlink::Content::Nothing;
+        QByteArray bytes = {}; ///< Of the content,
+        QString path = {};     ///< or the file that holds them.
+        qint64 size = 0;
+        peeranswers::Asked asked = peeranswers::Asked::Store;
+    };
+
+    /// Pairs of class and transfer syntax.
+    using Taken = QList<std::pair<QString, QString>>;
+
+    DicomOutcome AskOfPeer(dicomlink::Request request, const DicomPeer& peer, Taken& taken,
+                           const std::stop_token& stop);
     DicomOutcome Find(const QString& study, const QString& series, qint64 patienceMs, QCborMap& answer,
                       const std::stop_token& stop);
+    /// Of a picture, whose content has this frame. Accepted when an object can come of it.
+    static DicomOutcome PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
+                                    Coding coding, Parcel& parcel, const std::stop_token& stop);
+    static QCborMap RequestOfParcel(dicomlink::Request request, const Parcel& parcel);
+    /// Sends what the server has agreed to take.
+    DicomOutcome Send(const Parcel& parcel, const std::stop_token& stop);
+    static bool Takes(const Taken& taken, const QString& classUid, dicomlink::Content content);
 
     DicomPatience m_patience;
     LinkProcess m_link;
     bool m_isOpen = false;
+    Taken m_taken; ///< By the server of the open connection.
 };

@@ -1,6 +1,7 @@
 #include "platform/dicom/DcmtkServices.h"
 
 #include "contracts/dicom_uids.h"
+#include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/service_elements.h"
 
 #include <QCborArray>
@@ -9,12 +10,10 @@
 
 using namespace Qt::StringLiterals;
 using namespace dicomlink;
-using peeranswers::Reason;
+using linkoutcomes::RequestOf;
 
 namespace {
 
-/// Beyond the patience of the process itself, which is to answer.
-constexpr qint64 GraceMs = 5'000;
 /// For all the answers to one question.
 constexpr qint64 FindingMs = 60'000;
 /// A report may come on the connection of the question.
@@ -42,65 +41,20 @@ const ServiceWords& WordsOf(DicomService service)
     return words.at(static_cast<std::size_t>(service));
 }
 
-QCborMap RequestOf(Request request)
+/// What the answers mean is the same for all; their sentences are those of the server for pictures.
+DicomOutcome OfServer(DicomOutcome outcome, const ServiceWords& words)
 {
-    QCborMap map;
-    map[RequestKey] = static_cast<int>(request);
-    return map;
-}
-
-DicomOutcome OutcomeOfEnd(LinkProcess::End end, const QString& server)
-{
-    switch (end) {
-    case LinkProcess::End::Missing:
-        return {DicomOutcome::Away, u"capture-station-dicom을(를) 실행할 수 없습니다.!!"_s};
-    case LinkProcess::End::Stopped:
-        return {DicomOutcome::Away, u"그만두었습니다."_s};
-    case LinkProcess::End::Late:
-        return {DicomOutcome::Cut, server + u"가 응답하지 않습니다.!!"_s};
-    default:
-        return {DicomOutcome::Cut, Reason(server + u"와의 연결이 도중에 끊겼습니다.!!"_s, u"capture-station-dicom"_s)};
-    }
-}
-
-/// What a status means is the same for all; the sentences are those of the server for pictures.
-DicomOutcome OutcomeOfStatus(int status, const QByteArray& comment, const ServiceWords& words)
-{
-    DicomOutcome outcome = peeranswers::OfStatus(peeranswers::Asked::Find, status, comment);
     if (outcome.kind == DicomOutcome::KindRefused)
         outcome.reason = words.whatIsRefused;
     outcome.reason.replace(u"PACS 서버"_s, words.server);
     return outcome;
 }
 
-DicomOutcome OutcomeOfAnswer(const QCborMap& answer, const ServiceWords& words)
+void PutTls(QCborMap& request, const DicomTls& tls)
 {
-    const int status = static_cast<int>(answer.value(StatusKey).toInteger(DicomOutcome::NoStatus));
-    const QByteArray comment = answer.value(CommentKey).toByteArray();
-    const QString told = QString::fromUtf8(comment);
-    const bool isSilent = answer.value(SilentKey).toBool();
-    const QString silent = words.server + u"가 응답하지 않습니다.!!"_s;
-    switch (static_cast<Fault>(answer.value(FaultKey).toInteger(-1))) {
-    case Fault::None:
-        return OutcomeOfStatus(status, comment, words);
-    case Fault::Rejected:
-    case Fault::Busy: {
-        const bool isPassing = answer.value(FaultKey).toInteger() == static_cast<int>(Fault::Busy);
-        DicomOutcome outcome = peeranswers::OfRejection(isPassing, status);
-        outcome.reason.replace(u"PACS 서버"_s, words.server);
-        return outcome;
-    }
-    case Fault::NoContext:
-        return {DicomOutcome::KindRefused, words.whatIsRefused};
-    case Fault::Broken:
-    case Fault::Gone:
-        return {DicomOutcome::Cut,
-                Reason(isSilent ? silent : words.server + u"와의 연결이 도중에 끊겼습니다.!!"_s, told)};
-    case Fault::Unreachable:
-        return {DicomOutcome::Away, Reason(isSilent ? silent : words.server + u"에 연결할 수 없습니다.!!"_s, told)};
-    default:
-        return {DicomOutcome::Refused, Reason(u"DICOM 물음을 만들지 못했습니다.!!"_s, told)};
-    }
+    request[AuthorityKey] = tls.authority;
+    request[CertificateKey] = tls.certificate;
+    request[PrivateKeyKey] = tls.key;
 }
 
 DicomReference ReferenceOf(const QCborArray& told)
@@ -136,10 +90,14 @@ DicomOutcome DcmtkServices::Ask(const DicomPeer& peer, DicomService service, QCb
     request[ConnectSecondsKey] = m_patience.connectSeconds;
     request[AgreeSecondsKey] = m_patience.agreeSeconds;
     request[AnswerSecondsKey] = m_patience.answerSeconds;
+    PutTls(request, peer.tls);
     const ServiceWords& words = WordsOf(service);
-    const qint64 openMs = (m_patience.connectSeconds + 2 * m_patience.agreeSeconds) * 1000LL + GraceMs;
+    const qint64 openMs = (m_patience.connectSeconds + 2 * m_patience.agreeSeconds) * 1000LL + linkoutcomes::GraceMs;
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, openMs + patienceMs, stop);
-    return end == LinkProcess::End::Answered ? OutcomeOfAnswer(answer, words) : OutcomeOfEnd(end, words.server);
+    const DicomOutcome outcome = end == LinkProcess::End::Answered
+                                     ? linkoutcomes::OfAnswer(answer, peeranswers::Asked::Find, DicomOutcome::Cut)
+                                     : linkoutcomes::OfEnd(end, {DicomOutcome::Cut, linkoutcomes::BrokenText()});
+    return OfServer(outcome, words);
 }
 
 DicomOutcome DcmtkServices::Reach(const DicomPeer& peer, DicomService service, const std::stop_token& stop)
@@ -211,12 +169,13 @@ DicomOutcome DcmtkServices::AskCommitment(const DicomPeer& peer, const QString& 
     return outcome;
 }
 
-bool DcmtkServices::Listen(int port, const std::stop_token& stop)
+bool DcmtkServices::Listen(int port, const DicomTls& tls, const std::stop_token& stop)
 {
     QCborMap request = RequestOf(Request::Listen);
     request[PortKey] = port;
+    PutTls(request, tls);
     QCborMap answer;
-    return m_link.Ask(request, answer, MostPlain, GraceMs, stop) == LinkProcess::End::Answered &&
+    return m_link.Ask(request, answer, MostPlain, linkoutcomes::GraceMs, stop) == LinkProcess::End::Answered &&
            answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);
 }
 

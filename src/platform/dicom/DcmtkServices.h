@@ -21,7 +21,7 @@ public:
                          const std::stop_token& stop) override;
     DicomOutcome AskCommitment(const DicomPeer& peer, const QString& transaction, const QList<DicomReference>& objects,
                                DicomCommitment& report, const std::stop_token& stop) override;
-    bool Listen(int port, const std::stop_token& stop) override;
+    bool Listen(int port, const DicomTls& tls, const std::stop_token& stop) override;
     bool NextReport(bool isTaken, DicomCommitment& report, const std::stop_token& stop) override;
 
 private:

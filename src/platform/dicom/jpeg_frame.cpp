@@ -2,6 +2,8 @@
 
 #include "platform/imaging/jpeg_segments.h"
 
+#include <QtEndian>
+
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -9,6 +11,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr std::uint8_t FirstApplication = 0xE0; ///< JFIF
+constexpr std::uint8_t ProfileApplication = 0xE2;
 constexpr std::uint8_t AdobeApplication = 0xEE;
 constexpr std::uint8_t LastApplication = 0xEF;
 constexpr std::uint8_t Comment = 0xFE;
@@ -53,6 +56,65 @@ bool IsRgb(const Colours& colours, const std::array<char, 3>& components)
     return !colours.isJfif && components == std::array{'R', 'G', 'B'};
 }
 
+/// Pieces of the profile, which may be longer than a segment: each tells its number, from 1 on, and how many there are.
+class ProfilePieces
+{
+public:
+    void Take(std::span<const std::uint8_t> segment, std::uint8_t marker)
+    {
+        constexpr QByteArrayView Name("ICC_PROFILE\0", 12);
+        const QByteArrayView body(segment.data(), qsizetype(segment.size()));
+        if (marker != ProfileApplication || !body.startsWith(Name) || body.size() < Name.size() + 2)
+            return;
+        const auto number = static_cast<unsigned char>(body[Name.size()]);
+        m_isBroken |= number != ++m_count || m_whole.size() + body.size() > MostProfile;
+        m_told = static_cast<unsigned char>(body[Name.size() + 1]);
+        if (!m_isBroken)
+            m_whole += body.sliced(Name.size() + 2);
+    }
+
+    /// Empty when it isn't whole, or not one of a picture's red, green and blue.
+    QByteArray Whole() const
+    {
+        constexpr qsizetype HeadBytes = 128;
+        if (m_isBroken || m_count != m_told || m_whole.size() < HeadBytes ||
+            qFromBigEndian<quint32>(m_whole.constData()) != m_whole.size() || m_whole.sliced(16, 4) != "RGB " ||
+            m_whole.sliced(36, 4) != "acsp")
+            return {};
+        return m_whole;
+    }
+
+private:
+    static constexpr qsizetype MostProfile = 512 << 10;
+
+    QByteArray m_whole;
+    int m_count = 0;
+    int m_told = 0;
+    bool m_isBroken = false;
+};
+
+/// Behind the mark of the file's end that follows a scan's data, and further scans; 0 without one.
+std::size_t EndOfImage(std::span<const std::uint8_t> file, std::size_t from)
+{
+    for (std::size_t at = from; at + 2 <= file.size();) {
+        const void* next = std::memchr(file.data() + at, 0xFF, file.size() - at - 1);
+        if (next == nullptr)
+            return 0;
+        at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(next) - file.data());
+        const std::uint8_t marker = file[at + 1];
+        if (marker == JpegSegment::EndOfImage)
+            return at + 2;
+        const bool isAlone = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
+        if (marker == 0xFF)
+            ++at;
+        else if (isAlone || at + 4 > file.size())
+            at += 2;
+        else
+            at += 2 + (std::size_t{file[at + 2]} << 8 | file[at + 3]);
+    }
+    return 0;
+}
+
 /// Gives the problem, empty when there is none.
 QString ReadFrameHeader(std::span<const std::uint8_t> header, std::uint8_t marker, const Colours& colours,
                         JpegFrame& frame)
@@ -93,6 +155,7 @@ JpegFrame ReadJpegFrame(const QByteArray& content)
                          static_cast<std::size_t>(content.size()));
     frame.coded = content.left(qsizetype(FirstJpegSegment));
     Colours colours;
+    ProfilePieces profile;
     for (std::size_t at = FirstJpegSegment;;) {
         const std::optional<JpegSegment> segment = NextJpegSegment(file, at);
         if (!segment || segment->end > file.size() || segment->end < segment->begin + SegmentHead ||
@@ -101,14 +164,20 @@ JpegFrame ReadJpegFrame(const QByteArray& content)
             return frame;
         }
         if (segment->marker == JpegSegment::Scan) {
-            if (frame.rows > 0) {
-                frame.coded += content.sliced(qsizetype(segment->begin));
+            const std::size_t end = EndOfImage(file, segment->end);
+            if (frame.rows > 0 && end == 0)
+                frame.problem = u"JPEG 그림이 도중에 끊겨 있습니다.!!"_s;
+            if (frame.rows > 0 && end > 0) {
+                frame.coded += content.sliced(qsizetype(segment->begin), qsizetype(end - segment->begin));
                 frame.problem.clear();
+                if (frame.components > 1)
+                    frame.profile = profile.Whole();
             }
             return frame;
         }
         const auto body = file.subspan(segment->begin + SegmentHead, segment->end - segment->begin - SegmentHead);
         ReadColours(body, segment->marker, colours);
+        profile.Take(body, segment->marker);
         if (IsFrameHeader(segment->marker)) {
             frame.problem = ReadFrameHeader(body, segment->marker, colours, frame);
             if (!frame.problem.isEmpty())

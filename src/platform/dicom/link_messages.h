@@ -30,12 +30,17 @@ enum Key : int {
     AgreeSecondsKey,   ///< then an association, or its end;
     AnswerSecondsKey,  ///< an answer, and any silence of the network.
     ElementsKey,       ///< Array of arrays: tag as integer, VR and value as bytes, items as arrays of the like.
-    FrameKey,          ///< Bytes: a JPEG.
-    StudyKey,          ///< Identifier: bytes.
-    SeriesKey,         ///< The same; without it a study is asked for, not pictures.
-    ServiceKey,        ///< `Service`: what a server is asked for.
-    UidKey,            ///< Identifier of a performed step: bytes.
-    WaitSecondsKey,    ///< Integer: how long a report is waited for.
+    AuthorityKey,      ///< Path: text. Without it nothing is encrypted.
+    CertificateKey,    ///< The same, of the station's own certificate and of its key; empty: there is none.
+    PrivateKeyKey,
+    ContentKey,     ///< `Content`.
+    FrameKey,       ///< Bytes of the content.
+    PathKey,        ///< Path: text. Of a movie, in place of the bytes.
+    StudyKey,       ///< Identifier: bytes.
+    SeriesKey,      ///< The same; without it a study is asked for, not pictures.
+    ServiceKey,     ///< `Service`: what a server is asked for.
+    UidKey,         ///< Identifier of a performed step: bytes.
+    WaitSecondsKey, ///< Integer: how long a report is waited for.
     // Of an answer.
     FaultKey,   ///< `Fault`.
     StatusKey,  ///< Integer: the server's own; of a rejected association its reason with the source in the upper byte.
@@ -43,10 +48,20 @@ enum Key : int {
     SilentKey,  ///< Boolean: it ended by a silence that was too long.
     MatchesKey, ///< Array of arrays of bytes: study, patient's number, name, character set; or picture, number.
     ObjectKey,  ///< Bytes: an object file's content.
+    TakenKey,   ///< Array of arrays of bytes: class, transfer syntax, as they have been agreed.
     ScheduledKey,   ///< Array of the elements of each entry of a worklist, as in `ElementsKey`, texts bounded.
     TransactionKey, ///< Bytes: of a report of storage commitment; left away without one.
     CommittedKey,   ///< Array of arrays: class and identifier of an object as bytes;
     FailedKey,      ///< the same, and the reason as an integer.
+};
+
+/// What an object holds beside its elements.
+enum class Content {
+    Nothing,
+    Jpeg,     ///< The one frame, as it is.
+    Pixels,   ///< The one frame, decoded: eight bits a sample, the samples of a pixel side by side.
+    Document, ///< An encapsulated document.
+    Movie,    ///< MPEG-4 AVC/H.264 High Profile / Level 4.1.
 };
 
 enum class Request {
@@ -54,6 +69,7 @@ enum class Request {
     Store,
     Find,
     Echo,
+    Abilities,
     Make,
     Close,
     // Each of these on an association of its own.
@@ -77,6 +93,8 @@ enum class Fault {
     NoContext,   ///< The server takes no such object or question.
     Gone,        ///< The connection had ended before anything was asked.
     Broken,      ///< It ended, or fell silent, behind the question.
+    Untrusted,   ///< No encrypted connection: the server's certificate, or that it takes this station's.
+    NoKeys,      ///< A file of the encryption can't be read, or isn't what it should be.
     Invalid,     ///< The request can't be understood, or no object comes of it.
 };
 

@@ -34,9 +34,9 @@ constexpr std::array Meanings{
     Meaning{Family, 0xA700, DicomOutcome::Passing, u"PACS 서버에 자리가 없습니다.!!"},
     Meaning{Whole, 0x0213, DicomOutcome::Passing, u"PACS 서버에 자리가 없습니다.!!"},
     Meaning{Whole, 0x0110, DicomOutcome::Passing, u"PACS 서버가 지금 처리하지 못합니다.!!"},
-    Meaning{Whole, 0x0122, DicomOutcome::KindRefused, u"PACS 서버가 내시경 그림(JPEG)을 받지 않습니다.!!"},
-    Meaning{Whole, 0x0118, DicomOutcome::KindRefused, u"PACS 서버가 내시경 그림(JPEG)을 받지 않습니다.!!"},
-    Meaning{Whole, 0x0211, DicomOutcome::KindRefused, u"PACS 서버가 내시경 그림(JPEG)을 받지 않습니다.!!"},
+    Meaning{Whole, 0x0122, DicomOutcome::KindRefused, u""},
+    Meaning{Whole, 0x0118, DicomOutcome::KindRefused, u""},
+    Meaning{Whole, 0x0211, DicomOutcome::KindRefused, u""},
     Meaning{Whole, 0x0124, DicomOutcome::PeerRefused, u"PACS 서버가 이 컴퓨터에 허락하지 않습니다.!!"},
 };
 
@@ -51,9 +51,38 @@ QString HexOf(int status)
 QString NotAsked(peeranswers::Asked asked)
 {
     using peeranswers::Asked;
-    return asked == Asked::Store  ? u"PACS 서버가 내시경 그림(JPEG)을 받지 않습니다.!!"_s
-           : asked == Asked::Find ? u"PACS 서버가 조회를 받지 않습니다.!!"_s
-                                  : u"PACS 서버가 연결 확인을 받지 않습니다.!!"_s;
+    switch (asked) {
+    case Asked::Store:
+        return u"PACS 서버가 이 종류의 그림을 받지 않습니다.!!"_s;
+    case Asked::Report:
+        return u"PACS 서버가 결과지(PDF)를 받지 않습니다.!!"_s;
+    case Asked::Movie:
+        return u"PACS 서버가 동영상(MPEG-4)을 받지 않습니다.!!"_s;
+    case Asked::Rejection:
+        return u"PACS 서버가 삭제 통지를 받지 않습니다.!!"_s;
+    case Asked::Find:
+        return u"PACS 서버가 조회를 받지 않습니다.!!"_s;
+    case Asked::Echo:
+        break;
+    }
+    return u"PACS 서버가 연결 확인을 받지 않습니다.!!"_s;
+}
+
+QString Refusal(peeranswers::Asked asked)
+{
+    using peeranswers::Asked;
+    switch (asked) {
+    case Asked::Store:
+        return u"PACS 서버가 그림을 거부하였습니다.!!"_s;
+    case Asked::Report:
+        return u"PACS 서버가 결과지를 거부하였습니다.!!"_s;
+    case Asked::Movie:
+        return u"PACS 서버가 동영상을 거부하였습니다.!!"_s;
+    case Asked::Rejection:
+        return u"PACS 서버가 삭제 통지를 거부하였습니다.!!"_s;
+    default:
+        return u"PACS 서버가 물음을 거부하였습니다.!!"_s;
+    }
 }
 
 } // namespace
@@ -77,11 +106,8 @@ DicomOutcome peeranswers::OfStatus(Asked asked, int status, const QByteArray& co
     const QString detail = HexOf(status) + u' ' + QString::fromUtf8(comment);
     const auto meaning =
         std::ranges::find_if(Meanings, [status](const Meaning& each) { return (status & each.mask) == each.status; });
-    if (meaning == Meanings.end()) {
-        const QString sentence = asked == Asked::Store ? u"PACS 서버가 그림을 거부하였습니다.!!"_s
-                                                       : u"PACS 서버가 물음을 거부하였습니다.!!"_s;
-        return {DicomOutcome::Refused, Reason(sentence, detail), status};
-    }
+    if (meaning == Meanings.end())
+        return {DicomOutcome::Refused, Reason(Refusal(asked), detail), status};
     if (meaning->kind == DicomOutcome::Accepted)
         return {DicomOutcome::Accepted, {}, status};
     const QString sentence =

@@ -6,8 +6,8 @@
 /// technician more, such as the status and the server's own comment, in brackets.
 namespace peeranswers {
 
-/// Whether the server's word is on an object or on a question.
-enum class Asked { Store, Find, Echo };
+/// Whether the server's word is on an object, and which, or on a question.
+enum class Asked { Store, Report, Movie, Rejection, Find, Echo };
 
 /// By the status of its answer, 16 bits.
 DicomOutcome OfStatus(Asked asked, int status, const QByteArray& comment);

@@ -1,15 +1,10 @@
 #pragma once
 
-#include "platform/dicom/Dataset.h"
+#include "contracts/dicom.h"
+#include "platform/dicom/visit_elements.h"
 
 struct JpegFrame;
 
-struct PictureElements
-{
-    QList<DicomElement> elements;
-    /// In Unicode, as some letter isn't in the character set that was wanted.
-    bool isOtherSet = false;
-};
-
-/// What a VL Endoscopic Image of the picture consists of, but for the coded data and the file's meta information.
-PictureElements ElementsOf(const DicomPicture& picture, const QString& instanceUid, const JpegFrame& frame);
+/// Of a picture. `self` is its class and identifier.
+ObjectElements ElementsOf(const DicomPicture& picture, const DicomReference& self, const JpegFrame& frame,
+                          DicomKit::Coding coding);

@@ -86,25 +86,6 @@ Dataset EmptyCode(const Dataset& of)
     return code;
 }
 
-QList<Dataset> CodeOf(const DicomOrder& order, const Dataset& of)
-{
-    if (order.procedureCode.isEmpty())
-        return {};
-    Dataset code = of.Item();
-    code.Short(0x0008'0100, order.procedureCode);
-    code.Short(0x0008'0102, order.procedureScheme);
-    code.Long(0x0008'0104, order.procedureName);
-    return {code};
-}
-
-Dataset ReferenceTo(const DicomReference& object, const Dataset& of)
-{
-    Dataset reference = of.Item();
-    reference.Plain(0x0008'1150, "UI", object.classUid);
-    reference.Plain(0x0008'1155, "UI", object.uid);
-    return reference;
-}
-
 QString DateOf(const QDateTime& time)
 {
     return time.toString(u"yyyyMMdd"_s);
@@ -131,7 +112,7 @@ Dataset SeriesItem(const Dataset& of, const DicomPerformedSeries& series, const 
     Dataset item = of.Item();
     QList<Dataset> references;
     for (const DicomReference& object : series.objects)
-        references.append(ReferenceTo(object, item));
+        references.append(item.Reference(object));
     item.Long(0x0008'103e, facts.section);
     item.Name(0x0008'1050, facts.doctor, facts.hasNameParts);
     item.Name(0x0008'1070, {}, false);
@@ -220,7 +201,10 @@ QList<DicomElement> serviceelements::BegunStep(const DicomPerformedStep& step, c
         scheduled.Short(0x0040'1001, order.procedureId);
         data.Sequence(0x0040'0270, {scheduled});
         data.Plain(0x0008'0060, "CS", WordOf(facts.study.kind.modality));
-        data.Sequence(0x0008'1032, CodeOf(order, data));
+        if (order.procedureCode.isEmpty())
+            data.Sequence(0x0008'1032, {});
+        else
+            data.Coded(0x0008'1032, order.procedureCode, order.procedureScheme, order.procedureName);
         data.Short(0x0020'0010, facts.ymd);
         data.Plain(0x0040'0241, "AE", station);
         data.Short(0x0040'0242, QSysInfo::machineHostName());
@@ -257,7 +241,7 @@ QList<DicomElement> serviceelements::CommitmentOf(const QString& transaction, co
     data.Plain(0x0008'1195, "UI", transaction);
     QList<Dataset> references;
     for (const DicomReference& object : objects)
-        references.append(ReferenceTo(object, data));
+        references.append(data.Reference(object));
     data.Sequence(0x0008'1199, references);
     return data.Elements();
 }

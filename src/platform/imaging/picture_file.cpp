@@ -8,7 +8,6 @@
 #include <QFile>
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -49,6 +48,7 @@ Result ResultOf(const Answer& answer)
     case Outcome::Unconfinable:
         return Fault(
             u"이 컴퓨터에서는 이 형식의 그림파일을 안전하게 읽을 수 없습니다.!! JPEG으로 바꾸어 가져오십시오.!!"_s);
+    case Outcome::Stopped:
     case Outcome::Unreadable:
         break;
     }
@@ -71,19 +71,6 @@ bool OpenRegular(QFile& file, const QString& path, int links)
     return true;
 }
 
-/// What the reader's process is asked to read, when it isn't in a file: a file of memory.
-bool OpenMemory(QFile& file, const QByteArray& content)
-{
-    const int handle = memfd_create("picture", MFD_CLOEXEC);
-    if (handle < 0)
-        return false;
-    if (!file.open(handle, QIODevice::ReadWrite, QFileDevice::AutoCloseHandle)) {
-        close(handle);
-        return false;
-    }
-    return file.write(content) == content.size() && file.flush();
-}
-
 QString FileName(const QString& path)
 {
     return path.section(path.contains(u'\\') ? u'\\' : u'/', -1);
@@ -93,7 +80,7 @@ QString FileName(const QString& path)
 Result Decode(const Header& header, QFile& file, const QByteArray& content, const Wish& wish)
 {
     const bool tooMuch = content.isEmpty() || picturecontent::NeedsReader(header, content);
-    if (tooMuch && (file.isOpen() || OpenMemory(file, content)))
+    if (tooMuch && (file.isOpen() || confinedreader::OpenMemory(file, content)))
         return ResultOf(confinedreader::ReadKnown(file.handle(), wish));
     if (tooMuch)
         return Fault(picturefile::UnreadableText());

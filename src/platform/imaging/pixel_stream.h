@@ -14,6 +14,7 @@ struct PixelStreamHeader
         TooLargeJpeg, ///< As for the next, by the limit of a JPEG.
         TooLarge,     ///< No pixels follow; the size is the one that the file names.
         Unconfinable, ///< No pixels follow, no size: the kernel can't confine the program that reads the format.
+        Turned,       ///< A JPEG follows that has been turned upright, of `bytes`; none where it stood so.
     };
 
     std::uint32_t mark = Mark;
@@ -23,5 +24,6 @@ struct PixelStreamHeader
     /// Of the file, where the picture is a JPEG shown at a lower scale; else 0.
     std::uint32_t wholeWidth = 0;
     std::uint32_t wholeHeight = 0;
-    std::uint32_t cut = 0; ///< 1 when the file's data end before the picture does.
+    std::uint32_t bytes = 0; ///< Of a turned JPEG.
+    std::uint32_t cut = 0;   ///< 1 when the file's data end before the picture does.
 };

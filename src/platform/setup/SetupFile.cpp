@@ -197,7 +197,8 @@ void SetupReader::ReadDevices()
         m_setup.problems.append(
             u"[Screen] Scale은 1, 1.25, 1.5, 1.75, 2, fit 가운데 하나입니다. (%1)"_s.arg(m_setup.screenScale.left(60)));
     client.BurnerImage = Absolute(Text(u"Burner"_s, u"Image"_s));
-    client.BurnerDicom = Text(u"Burner"_s, u"Dicom"_s) == u"1";
+    client.BurnerDicomPlain = Text(u"Burner"_s, u"Dicom"_s) == u"2";
+    client.BurnerDicom = client.BurnerDicomPlain || Text(u"Burner"_s, u"Dicom"_s) == u"1";
     client.BurnerIndex = Text(u"Burner"_s, u"Index"_s) == u"1";
     client.BurnerIndexNotes = Text(u"Burner"_s, u"IndexNotes"_s) == u"1";
     client.BurnerUsb = Text(u"Burner"_s, u"Usb"_s) == u"1";

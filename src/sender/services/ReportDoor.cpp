@@ -27,10 +27,10 @@ void Wait(const std::stop_token& stop)
     wake.wait_for(lock, stop, Pause, [] { return false; });
 }
 
-void Listen(int port, LocalDatabase& queue, const std::stop_token& stop)
+void Listen(int port, const DicomTls& tls, LocalDatabase& queue, const std::stop_token& stop)
 {
     const auto services = CreateObject<DicomServices>(QString::fromUtf16(DicomServicesName));
-    if (!services->Listen(port, stop))
+    if (!services->Listen(port, tls, stop))
         return;
     DicomCommitment report;
     for (bool isTaken = true; services->NextReport(isTaken, report, stop);) {
@@ -43,13 +43,13 @@ void Listen(int port, LocalDatabase& queue, const std::stop_token& stop)
 
 } // namespace
 
-ReportDoor::ReportDoor(int port)
+ReportDoor::ReportDoor(int port, const DicomTls& tls)
 {
-    m_thread.Post([port, stop = m_stop.get_token()] {
+    m_thread.Post([port, tls, stop = m_stop.get_token()] {
         while (!stop.stop_requested()) {
             journal::NotingFaults([&] {
                 const auto queue = UseService<LocalDatabases>().Open(SenderQueue::Path());
-                Listen(port, *queue, stop);
+                Listen(port, tls, *queue, stop);
             });
             Wait(stop);
         }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "contracts/dicom.h"
 #include "frame/WorkThread.h"
 
 #include <stop_token>
@@ -9,7 +10,7 @@
 class ReportDoor
 {
 public:
-    explicit ReportDoor(int port);
+    ReportDoor(int port, const DicomTls& tls);
     ~ReportDoor();
     ReportDoor(const ReportDoor&) = delete;
     ReportDoor& operator=(const ReportDoor&) = delete;

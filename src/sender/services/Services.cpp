@@ -36,7 +36,7 @@ Services::Services(const ClientSetupRecord& setup, const SaupRecords& places)
         m_steps = std::make_unique<StepDesk>(*m_queue, m_setup, m_places);
     if (pacs.CommitPort > 0) {
         m_commitment = std::make_unique<CommitmentDesk>(*m_queue, m_setup, m_places);
-        m_door = std::make_unique<ReportDoor>(pacs.CommitPort);
+        m_door = std::make_unique<ReportDoor>(pacs.CommitPort, pacs.Tls);
     }
 }
 

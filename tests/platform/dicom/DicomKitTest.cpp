@@ -46,6 +46,14 @@ QByteArray WithSegments(QByteArray jpeg)
                                      23));
 }
 
+/// As a camera's that was held upright.
+QByteArray Turned(QByteArray jpeg)
+{
+    constexpr char Segment[] = "\xFF\xE1\0\x22"
+                               "Exif\0\0MM\0*\0\0\0\x08\0\x01\x01\x12\0\x03\0\0\0\x01\0\x06\0\0\0\0\0\0";
+    return jpeg.insert(2, QByteArray(Segment, sizeof Segment - 1));
+}
+
 QByteArray FromFirstTable(const QByteArray& jpeg)
 {
     return jpeg.sliced(jpeg.indexOf("\xFF\xDB"));
@@ -120,6 +128,173 @@ private Q_SLOTS:
         QVERIFY(!object.contains("Exif"));
     }
 
+    /// What a visit consists of beside the endoscope's pictures, as a server finally has it.
+    void EachKindOfObjectHoldsTheStandard_data()
+    {
+        Columns<QString, QStringList>("kind", "elements");
+        QTest::newRow("ultrasound") << u"US"_s
+                                    << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.6.1"_s, u"0008,0201=-0330"_s};
+        QTest::newRow("microscope") << u"GM"_s << QStringList{u"0008,0016=1.2.840.10008.5.1.4.1.1.77.1.2"_s};
+        QTest::newRow("camera") << u"XC"_s << QStringList{u"0018,0015=SKIN"_s, u"0020,0060=L"_s, u"0008,0030=101112"_s};
+        QTest::newRow("marked up") << u"marked"_s
+                                   << QStringList{u"0008,0008=DERIVED\\SECONDARY"_s, u"0020,0013=1007"_s,
+                                                  u"0028,0301=YES"_s, u"0008,1155=1.2.3"_s};
+        QTest::newRow("ordered") << u"ordered"_s
+                                 << QStringList{u"0008,0050=A-1"_s, u"0008,0090=박^의뢰"_s, u"0032,1060=위내시경"_s,
+                                                u"0040,1001=P-1"_s, u"0008,0100=E7611"_s};
+        QTest::newRow("report") << u"report"_s
+                                << QStringList{u"0008,0060=DOC"_s, u"0042,0015=9"_s, u"0042,0010=결과지"_s,
+                                               u"0008,1155=1.2.3"_s};
+        QTest::newRow("movie") << u"movie"_s
+                               << QStringList{u"0008,0060=ES"_s, u"0028,0008=18"_s, u"0018,1063=55.555556"_s};
+        QTest::newRow("rejection") << u"rejection"_s
+                                   << QStringList{u"0008,0060=KO"_s, u"0008,0100=113001"_s, u"0008,1155=1.2.3"_s};
+    }
+
+    void EachKindOfObjectHoldsTheStandard()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QStringList, elements);
+        DicomPicture facts = Gildong();
+        facts.study.time = u"101112"_s;
+        if (kind == u"US"_s)
+            facts.takenAt.setOffsetFromUtc(-210 * 60);
+        facts.study.kind.modality = ModalityOf(kind).value_or(DicomModality::Endoscopy);
+        if (kind == u"ordered"_s)
+            facts.study.kind.bodyPart = u"STOMACH"_s;
+        if (kind == u"XC"_s)
+            facts.study.kind = {DicomModality::Photography, u"SKIN"_s, u"L"_s};
+        const DicomReference other{ClassUidOf(DicomModality::Endoscopy), u"1.2.3"_s};
+        if (kind == u"marked"_s) {
+            facts.original = other;
+            facts.instance = 1007;
+        }
+        if (kind == u"ordered"_s)
+            facts.study.order = {u"A-1"_s,      u"P-1"_s, u"위내시경"_s, u"E7611"_s,  u"99HIS"_s,
+                                 u"위내시경"_s, u"S-1"_s, u"내시경실"_s, u"박^의뢰"_s};
+        PacsServer server;
+        server.Start();
+        QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
+        DicomOutcome outcome;
+        const QByteArray movie("an odd movie\n");
+        if (kind == u"report"_s) {
+            outcome = m_kit->StoreReport(
+                "%PDF-1.4\n", {u"결과지"_s, facts.takenAt, {ClassUidOf(DicomSeries::Reports), u"1.2.3"_s}}, facts, {});
+        } else if (kind == u"movie"_s) {
+            QTemporaryDir folder;
+            Files().WriteWholeFile(folder.path() + u"\\m.mp4"_s, movie);
+            outcome = m_kit->StoreMovie(folder.path() + u"\\m.mp4"_s,
+                                        {640, 480, 18, 1000 / 18.0, facts.takenAt, true, 1, "m"}, facts, {});
+        } else if (kind == u"rejection"_s) {
+            outcome = m_kit->StoreRejection({other}, facts.takenAt, facts, {});
+        } else {
+            outcome = m_kit->Store(Jpeg({64, 48}), facts, {});
+        }
+        QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
+        const QString object = server.Objects().value(0);
+        const QString verdict = PacsServer::Run(u"dciodvfy"_s, {object});
+        QVERIFY2(!verdict.contains(u"Error"_s), qPrintable(verdict));
+        QCOMPARE(outcome.stored.uid, PacsServer::Element(object, "0008,0018"));
+        QCOMPARE(outcome.stored.classUid, PacsServer::Element(object, "0008,0016"));
+        for (const QString& element : elements)
+            QCOMPARE(PacsServer::Element(object, qPrintable(element.section(u'=', 0, 0))), element.section(u'=', 1));
+        QFile file(object);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll().contains(movie + '\0'), kind == u"movie"_s);
+    }
+
+    /// Whatever a server can read, it gets the picture, upright, and in the file's own coding if it takes that.
+    void PicturesGoAsTheServerTakesThem_data()
+    {
+        Columns<QString, QByteArray, QString>("option", "content", "found");
+        const QByteArray colour = Jpeg({64, 48});
+        const QByteArray grey = Jpeg({33, 21}, QImage::Format_Grayscale8);
+        const QByteArray odd = Jpeg({51, 33});
+        QTest::newRow("JPEG") << u"+xa"_s << colour << u"YBR_FULL_422 64x48"_s;
+        QTest::newRow("JPEG, turned in blocks") << u"+xa"_s << Turned(colour) << u"YBR_FULL_422 48x64"_s;
+        QTest::newRow("JPEG, turned and coded anew") << u"+xa"_s << Turned(odd) << u"YBR_FULL_422 33x51"_s;
+        QTest::newRow("explicit") << u"+x="_s << colour << u"RGB 64x48"_s;
+        QTest::newRow("explicit, grey, odd") << u"+x="_s << grey << u"MONOCHROME2 33x21"_s;
+        QTest::newRow("explicit, turned") << u"+x="_s << Turned(odd) << u"RGB 33x51"_s;
+        QTest::newRow("implicit") << u"+xi"_s << colour << u"RGB 64x48"_s;
+    }
+
+    void PicturesGoAsTheServerTakesThem()
+    {
+        QFETCH3(QString, option, QByteArray, content, QString, found);
+        PacsServer server;
+        server.Start({option});
+        QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
+        const DicomOutcome outcome = m_kit->Store(content, Gildong(), {});
+        QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));
+        const QString object = server.Objects().value(0);
+        const auto element = [&](const char* tag) { return PacsServer::Element(object, tag); };
+        QCOMPARE(element("0028,0004") + u' ' + element("0028,0011") + u'x' + element("0028,0010"), found);
+        QCOMPARE(element("0028,2110") + element("0028,2114"), u"01ISO_10918_1"_s);
+        QVERIFY(!PacsServer::Run(u"dciodvfy"_s, {object}).contains(u"Error"_s));
+        // dcmtk's own decoder sees what the station's sees.
+        const QString shown = m_folder.filePath(u"shown.ppm"_s);
+        PacsServer::Run(option == u"+xa"_s ? u"dcmj2pnm"_s : u"dcm2pnm"_s, {object, shown});
+        QBuffer buffer(&content);
+        QImageReader reader(&buffer);
+        reader.setAutoTransform(true);
+        const QImage wanted = reader.read().convertToFormat(QImage::Format_RGB32);
+        const QImage seen = QImage(shown).convertToFormat(QImage::Format_RGB32);
+        QCOMPARE(seen.size(), wanted.size());
+        for (const QPoint at : {QPoint(3, 3), QPoint(20, 12), QPoint(wanted.width() - 4, wanted.height() - 4)})
+            QVERIFY(qAbs(qGray(seen.pixel(at)) - qGray(wanted.pixel(at))) < 12);
+    }
+
+    /// An encrypted connection is made with the right server, or none: never one that others could read.
+    void EncryptedOrNotAtAll_data()
+    {
+        Columns<QString, QString, QString>("server", "station", "reason");
+        QTest::newRow("trusted") << u"host -ic"_s << u"ca"_s << QString();
+        QTest::newRow("other authority") << u"host -ic"_s << u"other"_s << u"인증서"_s;
+        QTest::newRow("certificate of another host") << u"elsewhere -ic"_s << u"ca"_s << u"another host"_s;
+        QTest::newRow("server isn't encrypted") << QString() << u"ca"_s << u"SSL"_s;
+        QTest::newRow("both know each other") << u"host +cf ca.pem"_s << u"ca host"_s << QString();
+        QTest::newRow("station's certificate is missing") << u"host +cf ca.pem"_s << u"ca"_s << u"인증서"_s;
+        QTest::newRow("no such file") << u"host -ic"_s << u"nothing"_s << u"nothing.pem"_s;
+        QTest::newRow("key of another") << u"host -ic"_s << u"ca host elsewhere"_s << u"elsewhere.key"_s;
+    }
+
+    void EncryptedOrNotAtAll()
+    {
+        QFETCH3(QString, server, QString, station, QString, reason);
+        QTemporaryDir folder;
+        QProcess making;
+        making.setWorkingDirectory(folder.path());
+        making.start(u"sh"_s,
+                     {u"-ec"_s, u"for ca in ca other; do openssl req -x509 -newkey rsa:2048 -nodes -keyout "
+                                "$ca.key -out $ca.pem -days 2 -subj /CN=$ca; done; "
+                                "for name in host:IP:127.0.0.1 elsewhere:DNS:pacs.example; do n=${name%%:*}; "
+                                "openssl req -newkey rsa:2048 -nodes -keyout $n.key -out $n.csr -subj /CN=$n; "
+                                "echo subjectAltName=${name#*:} > $n.ext; openssl x509 -req -in $n.csr -CA "
+                                "ca.pem -CAkey ca.key -CAcreateserial -days 2 -extfile $n.ext -out $n.pem; done"_s});
+        QVERIFY2(making.waitForFinished() && making.exitCode() == 0, making.readAllStandardError());
+        const auto file = [&](const QString& name) { return folder.filePath(name); };
+        QStringList options{u"+xa"_s};
+        const QStringList words = server.split(u' ', Qt::SkipEmptyParts);
+        if (!words.isEmpty())
+            options << u"+tls"_s << file(words[0] + u".key"_s) << file(words[0] + u".pem"_s) << words[1];
+        if (words.size() > 2)
+            options << file(words[2]);
+        PacsServer pacs;
+        pacs.Start(options);
+        DicomPeer place = Place(pacs.Port());
+        const QStringList own = station.split(u' ');
+        place.tls = {file(own[0] + u".pem"_s), own.size() > 1 ? file(own[1] + u".pem"_s) : QString(),
+                     own.size() > 1 ? file(own.last() + u".key"_s) : QString()};
+        DcmtkKit kit({5, 5, 5});
+        DicomOutcome outcome = kit.Open(place, {});
+        if (outcome.kind == DicomOutcome::Accepted)
+            outcome = kit.Store(Jpeg({640, 480}), Gildong(), {});
+        QVERIFY2(outcome.reason.contains(reason), qPrintable(outcome.reason));
+        QCOMPARE(outcome.kind, reason.isEmpty() ? DicomOutcome::Accepted : DicomOutcome::Away);
+        QCOMPARE(pacs.Objects().size(), reason.isEmpty() ? 1 : 0);
+    }
+
     /// A server of the clinic's shows the names as they are, in the character set and the parts that it wants.
     void TextsStandInTheWantedSet_data()
     {
@@ -164,10 +339,12 @@ private Q_SLOTS:
         const QByteArray whole = Jpeg({64, 48});
         const QByteArray progressive = files.Made(u"convert colours.png -interlace JPEG p.jpg"_s, u"p.jpg"_s);
         const QByteArray cmyk = files.Made(u"convert colours.png -colorspace CMYK c.jpg"_s, u"c.jpg"_s);
+        const QByteArray cut = Jpeg({640, 480});
         for (const QByteArray& content :
-             {progressive, cmyk, whole.left(200), QByteArray(), PictureFiles::Blank({8, 8}, "bmp")}) {
+             {progressive, cmyk, whole.left(200), cut.left(9000), cut.left(9000) + "\xFF\xD9", QByteArray(),
+              PictureFiles::Blank({8, 8}, "bmp")}) {
             QByteArray object;
-            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), object, {});
+            const DicomOutcome outcome = m_kit->MakeObject(content, Gildong(), DicomKit::Coding::Jpeg, object, {});
             QCOMPARE(outcome.kind, DicomOutcome::Refused);
             QVERIFY(outcome.reason.contains(u".!!"_s) && object.isEmpty());
         }
@@ -367,21 +544,33 @@ private Q_SLOTS:
     }
 
     /// A viewer that opens the disc finds what lies on it, and nothing else.
+    void ADirectoryTellsWhatIsThere_data()
+    {
+        Columns<DicomKit::Coding>("coding");
+        QTest::newRow("JPEG") << DicomKit::Coding::Jpeg;
+        QTest::newRow("uncompressed") << DicomKit::Coding::Uncompressed;
+    }
+
     void ADirectoryTellsWhatIsThere()
     {
+        QFETCH(DicomKit::Coding, coding);
         QTemporaryDir disc;
         const QString folder = disc.path() + u'\\';
         MakeFolder(folder + u"DICOM"_s);
         for (const int number : {1, 2}) {
             DicomPicture picture = Gildong();
             picture.number = number;
-            Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture));
+            picture.study.time = u"101112"_s;
+            Files().WriteWholeFile(folder + u"DICOM\\0000000%1"_s.arg(number), Made(Jpeg({64, 48}), picture, coding));
         }
         const auto listed = [&] {
-            const DicomOutcome outcome = m_kit->MakeDirectory(folder, {});
+            const DicomOutcome outcome =
+                m_kit->MakeDirectory(folder, {coding == DicomKit::Coding::Uncompressed, u"나래 Clinic no. 1"_s}, {});
             const QString dump = PacsServer::Run(u"dcmdump"_s, {u"-Un"_s, disc.filePath(u"DICOMDIR"_s)});
             return outcome.reason + QString::number(dump.count(u"[DICOM\\0000000"_s)) +
-                   (dump.contains(u"홍길동"_s) ? u"홍"_s : u""_s);
+                   (dump.contains(u"홍길동"_s) && dump.contains(u"TM [101112]"_s) && dump.contains(u"[CLINIC_NO_1]"_s)
+                        ? u"홍"_s
+                        : u""_s);
         };
         QCOMPARE(listed(), u"2홍"_s);
         DeleteFile(folder + u"DICOM\\00000001"_s);
@@ -403,10 +592,11 @@ private:
     }
 
     /// An object that the standard's own checker finds nothing wrong with; also under `ObjectPath`.
-    QByteArray Made(const QByteArray& content, const DicomPicture& picture)
+    QByteArray Made(const QByteArray& content, const DicomPicture& picture,
+                    DicomKit::Coding coding = DicomKit::Coding::Jpeg)
     {
         QByteArray object;
-        const DicomOutcome outcome = m_kit->MakeObject(content, picture, object, {});
+        const DicomOutcome outcome = m_kit->MakeObject(content, picture, coding, object, {});
         m_isOtherSet = outcome.isOtherSet;
         QFile file(ObjectPath());
         if (!file.open(QIODevice::WriteOnly) || file.write(object) != object.size())

@@ -1,10 +1,12 @@
 #include "platform/dicom/link/Association.h"
 
+#include "platform/dicom/link/Encryption.h"
 #include "platform/dicom/link/PictureObject.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/dcmtrans.h>
 #include <dcmtk/dcmnet/diutil.h>
+#include <dcmtk/dcmtls/tlscond.h>
 
 #include <array>
 #include <cstring>
@@ -14,36 +16,33 @@ using namespace dicomlink;
 
 namespace {
 
+constexpr const char* Jpeg = UID_JPEGProcess1TransferSyntax;
+constexpr const char* Movie = UID_MPEG4HighProfileLevel4_1TransferSyntax;
+
 struct Context
 {
     Association::Purpose purpose;
     const char* kind;
-    std::array<const char*, 2> syntaxes;
-    int syntaxCount;
+    const char* coded; ///< The one transfer syntax; null for those without compression.
 };
 
 const std::array Contexts{
-    Context{Association::Purpose::Pictures, UID_VLEndoscopicImageStorage, {UID_JPEGProcess1TransferSyntax}, 1},
-    Context{Association::Purpose::Pictures,
-            UID_FINDStudyRootQueryRetrieveInformationModel,
-            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
-            2},
-    Context{Association::Purpose::Worklist,
-            UID_FINDModalityWorklistInformationModel,
-            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
-            2},
-    Context{Association::Purpose::Steps,
-            UID_ModalityPerformedProcedureStepSOPClass,
-            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
-            2},
-    Context{Association::Purpose::Commitment,
-            UID_StorageCommitmentPushModelSOPClass,
-            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
-            2},
-    Context{Association::Purpose::Echo,
-            UID_VerificationSOPClass,
-            {UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax},
-            2},
+    Context{Association::Purpose::Pictures, UID_VLEndoscopicImageStorage, Jpeg},
+    Context{Association::Purpose::Pictures, UID_VLEndoscopicImageStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_UltrasoundImageStorage, Jpeg},
+    Context{Association::Purpose::Pictures, UID_UltrasoundImageStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_VLMicroscopicImageStorage, Jpeg},
+    Context{Association::Purpose::Pictures, UID_VLMicroscopicImageStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_VLPhotographicImageStorage, Jpeg},
+    Context{Association::Purpose::Pictures, UID_VLPhotographicImageStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_EncapsulatedPDFStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_VideoEndoscopicImageStorage, Movie},
+    Context{Association::Purpose::Pictures, UID_KeyObjectSelectionDocumentStorage, nullptr},
+    Context{Association::Purpose::Pictures, UID_FINDStudyRootQueryRetrieveInformationModel, nullptr},
+    Context{Association::Purpose::Worklist, UID_FINDModalityWorklistInformationModel, nullptr},
+    Context{Association::Purpose::Steps, UID_ModalityPerformedProcedureStepSOPClass, nullptr},
+    Context{Association::Purpose::Commitment, UID_StorageCommitmentPushModelSOPClass, nullptr},
+    Context{Association::Purpose::Echo, UID_VerificationSOPClass, nullptr},
 };
 
 QByteArray Bounded(const char* text)
@@ -72,18 +71,25 @@ void Copy(char* target, size_t size, const QByteArray& text)
     target[size - 1] = '\0';
 }
 
-bool AddContexts(T_ASC_Parameters& parameters, Association::Purpose purpose)
+/// Gives how many; 0 when that has failed. Their numbers are the odd ones.
+int AddContexts(T_ASC_Parameters& parameters, Association::Purpose purpose)
 {
-    T_ASC_PresentationContextID id = 1;
+    int count = 0;
     for (const Context& context : Contexts) {
         if (context.purpose != purpose && context.purpose != Association::Purpose::Echo)
             continue;
-        auto syntaxes = context.syntaxes;
-        if (ASC_addPresentationContext(&parameters, id, context.kind, syntaxes.data(), context.syntaxCount).bad())
-            return false;
-        id = static_cast<T_ASC_PresentationContextID>(id + 2);
+        std::array syntaxes{UID_LittleEndianExplicitTransferSyntax, UID_LittleEndianImplicitTransferSyntax};
+        int syntaxCount = static_cast<int>(syntaxes.size());
+        if (context.coded != nullptr) {
+            syntaxes = {context.coded, context.coded};
+            syntaxCount = 1;
+        }
+        const auto id = static_cast<T_ASC_PresentationContextID>(2 * count + 1);
+        if (ASC_addPresentationContext(&parameters, id, context.kind, syntaxes.data(), syntaxCount).bad())
+            return 0;
+        ++count;
     }
-    return true;
+    return count;
 }
 
 /// The question: keys that are to match, and those that are asked for.
@@ -126,6 +132,7 @@ void Association::Close()
     }
     if (m_network != nullptr)
         ASC_dropNetwork(&m_network);
+    m_layer.reset();
 }
 
 LinkAnswer Association::Drop(Fault fault, const OFCondition& condition)
@@ -159,16 +166,45 @@ LinkAnswer Association::Open(const QCborMap& request, Purpose purpose)
     ASC_setAPTitles(parameters, request.value(CallingKey).toByteArray().constData(),
                     request.value(CalledKey).toByteArray().constData(), nullptr);
     ASC_setPresentationAddresses(parameters, "localhost", place.constData());
-    if (!AddContexts(*parameters, purpose)) {
+    m_contexts = AddContexts(*parameters, purpose);
+    if (m_contexts == 0) {
         ASC_destroyAssociationParameters(&parameters);
         return {};
     }
+    const bool isEncrypted = encryption::IsWanted(request);
+    if (isEncrypted) {
+        QByteArray problem;
+        m_layer = encryption::LayerOf(request, problem);
+        if (m_layer == nullptr || ASC_setTransportLayer(m_network, m_layer.get(), 0).bad() ||
+            ASC_setTransportLayerType(parameters, OFTrue).bad()) {
+            ASC_destroyAssociationParameters(&parameters);
+            return {Fault::NoKeys, 0, problem.right(LongestText)};
+        }
+    }
+    return Ask(parameters, host, isEncrypted);
+}
+
+LinkAnswer Association::Ask(T_ASC_Parameters* parameters, const QByteArray& host, bool isEncrypted)
+{
     // From here on the association has the parameters, also behind a fault.
     const OFCondition asked = ASC_requestAssociation(m_network, parameters, &m_association);
-    if (asked.good())
-        return {Fault::None};
-    if (asked != DUL_ASSOCIATIONREJECTED)
-        return Drop(Fault::Unreachable, asked);
+    if (asked.good() && isEncrypted && !encryption::IsOfHost(m_association, host)) {
+        LinkAnswer answer = Drop(Fault::Untrusted, asked);
+        answer.comment = "the certificate is of another host";
+        return answer;
+    }
+    if (asked.good()) {
+        LinkAnswer answer{Fault::None};
+        answer.taken = Taken();
+        return answer;
+    }
+    if (asked != DUL_ASSOCIATIONREJECTED) {
+        // A server that doesn't take this station's certificate, or misses it, just goes; one that knows nothing of
+        // encryption is silent.
+        const bool isTls = asked.module() == OFM_dcmtls && asked != DCMTLS_EC_OpenSSLIOError;
+        const bool isUntrusted = isTls || asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION;
+        return Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+    }
     T_ASC_RejectParameters why = {};
     ASC_getRejectParameters(parameters, &why);
     LinkAnswer answer = Drop(why.result == ASC_RESULT_REJECTEDTRANSIENT ? Fault::Busy : Fault::Rejected, asked);
@@ -176,20 +212,52 @@ LinkAnswer Association::Open(const QCborMap& request, Purpose purpose)
     return answer;
 }
 
+QCborArray Association::Taken() const
+{
+    QCborArray taken;
+    for (int at = 0; at < m_contexts; ++at) {
+        T_ASC_PresentationContext context = {};
+        const auto id = static_cast<T_ASC_PresentationContextID>(2 * at + 1);
+        if (ASC_findAcceptedPresentationContext(m_association->params, id, &context).good())
+            taken.append(QCborArray{Bounded(context.abstractSyntax), Bounded(context.acceptedTransferSyntax)});
+    }
+    return taken;
+}
+
+T_ASC_PresentationContextID Association::ContextOf(const QByteArray& kind, Content content) const
+{
+    const bool isCoded = content == Content::Jpeg || content == Content::Movie;
+    const QByteArray coded = content == Content::Movie ? Movie : Jpeg;
+    for (int at = 0; at < m_contexts; ++at) {
+        T_ASC_PresentationContext context = {};
+        const auto id = static_cast<T_ASC_PresentationContextID>(2 * at + 1);
+        if (ASC_findAcceptedPresentationContext(m_association->params, id, &context).bad() ||
+            Bounded(context.abstractSyntax) != kind)
+            continue;
+        const QByteArray syntax = Bounded(context.acceptedTransferSyntax);
+        const bool isPlain =
+            syntax == UID_LittleEndianExplicitTransferSyntax || syntax == UID_LittleEndianImplicitTransferSyntax;
+        if (isCoded ? syntax == coded : isPlain)
+            return id;
+    }
+    return 0;
+}
+
 LinkAnswer Association::Store(const QCborMap& request)
 {
     DcmDataset object;
-    if (!pictureobject::Fill(object, request.value(ElementsKey).toArray(), request.value(FrameKey).toByteArray()))
+    if (!pictureobject::Fill(object, request))
         return {};
     if (HasEnded())
         return Drop(Fault::Gone, DUL_NETWORKCLOSED);
+    const QByteArray kind = TextOf(&object, DCM_SOPClassUID);
     const T_ASC_PresentationContextID context =
-        ASC_findAcceptedPresentationContextID(m_association, UID_VLEndoscopicImageStorage);
+        ContextOf(kind, static_cast<Content>(request.value(ContentKey).toInteger()));
     if (context == 0)
         return {Fault::NoContext};
     T_DIMSE_C_StoreRQ store = {};
     store.MessageID = m_association->nextMsgID++;
-    Copy(store.AffectedSOPClassUID, sizeof store.AffectedSOPClassUID, UID_VLEndoscopicImageStorage);
+    Copy(store.AffectedSOPClassUID, sizeof store.AffectedSOPClassUID, kind);
     Copy(store.AffectedSOPInstanceUID, sizeof store.AffectedSOPInstanceUID, TextOf(&object, DCM_SOPInstanceUID));
     store.DataSetType = DIMSE_DATASET_PRESENT;
     store.Priority = DIMSE_PRIORITY_MEDIUM;

@@ -3,11 +3,14 @@
 #include "platform/dicom/link_messages.h"
 
 #include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmnet/dcmlayer.h>
 #include <dcmtk/dcmnet/dimse.h>
 
 #include <QByteArray>
 #include <QCborArray>
 #include <QCborMap>
+
+#include <memory>
 
 /// What became of a request, as an answer tells it.
 struct LinkAnswer
@@ -17,6 +20,7 @@ struct LinkAnswer
     QByteArray comment = {}; ///< Bounded.
     QCborArray matches = {};
     bool isSilent = false; ///< The fault is a silence.
+    QCborArray taken = {};
 };
 
 /// An association with a server. Each call ends within the patience that it was opened with; behind a fault of the
@@ -43,10 +47,19 @@ protected:
     LinkAnswer Drop(dicomlink::Fault fault, const OFCondition& condition);
     /// What the server said unasked: it is about to leave, or has left.
     bool HasEnded() const { return m_association == nullptr || ASC_dataWaiting(m_association, 0); }
+    /// What the server has agreed to, as an answer tells it.
+    QCborArray Taken() const;
+    /// Of the context for such a content; 0 where the server has taken none.
+    T_ASC_PresentationContextID ContextOf(const QByteArray& kind, dicomlink::Content content) const;
     /// Reads the answers to a question up to the last one.
     LinkAnswer ReadMatches(T_ASC_PresentationContextID context, DIC_US message, bool isStudy);
 
+    /// Connects, and agrees; what was asked for is dropped behind a fault.
+    LinkAnswer Ask(T_ASC_Parameters* parameters, const QByteArray& host, bool isEncrypted);
+
+    std::unique_ptr<DcmTransportLayer> m_layer; ///< Of an encrypted connection; outlives it.
     T_ASC_Network* m_network = nullptr;
     T_ASC_Association* m_association = nullptr;
     int m_answerSeconds = 0;
+    int m_contexts = 0; ///< That have been proposed.
 };

@@ -1,5 +1,10 @@
 #include "platform/dicom/link/PictureObject.h"
 
+#include "platform/dicom/link/MovieFile.h"
+#include "platform/dicom/link_messages.h"
+
+#include <QCborArray>
+
 #include <dcmtk/config/osconfig.h>
 #include <dcmtk/dcmdata/dcostrmb.h>
 #include <dcmtk/dcmdata/dcpixel.h>
@@ -10,6 +15,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+
+using dicomlink::Content;
 
 namespace {
 
@@ -34,18 +41,34 @@ bool PutItems(DcmItem& target, const DcmTag& tag, const QCborArray& items, int d
     return true;
 }
 
+bool PutBytes(DcmItem& dataset, const DcmTag& tag, const QByteArray& value)
+{
+    return dataset
+        .putAndInsertUint8Array(tag, reinterpret_cast<const Uint8*>(value.constData()),
+                                static_cast<unsigned long>(value.size()))
+        .good();
+}
+
 bool Put(DcmItem& dataset, const DcmTag& tag, const QByteArray& value)
 {
-    constexpr std::array Texts{EVR_UI, EVR_SH, EVR_LO, EVR_PN, EVR_CS, EVR_DA, EVR_TM, EVR_IS, EVR_DS, EVR_AE};
-    if (tag.getEVR() == EVR_OB)
-        return dataset
-            .putAndInsertUint8Array(tag, reinterpret_cast<const Uint8*>(value.constData()),
-                                    static_cast<unsigned long>(value.size()))
-            .good();
-    if (tag.getEVR() == EVR_US)
+    constexpr std::array Texts{EVR_UI, EVR_SH, EVR_LO, EVR_PN, EVR_CS, EVR_DA, EVR_TM, EVR_IS,
+                               EVR_DS, EVR_AE, EVR_AS, EVR_DT, EVR_LT, EVR_ST, EVR_UC, EVR_UT};
+    switch (tag.getEVR()) {
+    case EVR_OB:
+        return PutBytes(dataset, tag, value);
+    case EVR_US:
         return dataset.putAndInsertUint16(tag, value.toUShort()).good();
-    return std::ranges::find(Texts, tag.getEVR()) != Texts.end() &&
-           dataset.putAndInsertString(tag, value.constData()).good();
+    case EVR_UL:
+        return dataset.putAndInsertUint32(tag, value.toUInt()).good();
+    case EVR_AT:
+        return dataset
+            .putAndInsertTagKey(
+                tag, DcmTagKey(static_cast<Uint16>(value.toUInt() >> 16), static_cast<Uint16>(value.toUInt() & 0xFFFF)))
+            .good();
+    default:
+        return std::ranges::find(Texts, tag.getEVR()) != Texts.end() &&
+               dataset.putAndInsertString(tag, value.constData()).good();
+    }
 }
 
 bool PutAll(DcmItem& target, const QCborArray& elements, int depth)
@@ -63,25 +86,53 @@ bool PutAll(DcmItem& target, const QCborArray& elements, int depth)
     return true;
 }
 
-bool PutFrame(DcmDataset& dataset, const QByteArray& frame)
+using Sequence = std::unique_ptr<DcmPixelSequence>;
+
+/// Of encapsulated pixel data with one frame, which needs no table of where each begins. Null when that has failed.
+Sequence EmptySequence()
 {
     auto sequence = std::make_unique<DcmPixelSequence>(DcmTag(DCM_PixelData, EVR_OB));
-    // One frame needs no table of where each begins.
     auto table = std::make_unique<DcmPixelItem>(DcmTag(DCM_Item, EVR_OB));
     if (sequence->insert(table.get()).bad())
-        return false;
+        return nullptr;
     static_cast<void>(table.release());
-    DcmOffsetList offsets;
-    auto* coded = reinterpret_cast<Uint8*>(const_cast<char*>(frame.constData())); // It is only read.
-    constexpr Uint32 OneFragment = 0;
-    if (sequence->storeCompressedFrame(offsets, coded, static_cast<Uint32>(frame.size()), OneFragment).bad())
-        return false;
+    return sequence;
+}
+
+bool PutSequence(DcmDataset& dataset, Sequence sequence, E_TransferSyntax syntax)
+{
     auto pixels = std::make_unique<DcmPixelData>(DCM_PixelData);
-    pixels->putOriginalRepresentation(EXS_JPEGProcess1, nullptr, sequence.release());
+    pixels->putOriginalRepresentation(syntax, nullptr, sequence.release());
     if (dataset.insert(pixels.get(), OFTrue).bad())
         return false;
     static_cast<void>(pixels.release());
     return true;
+}
+
+bool PutJpeg(DcmDataset& dataset, const QByteArray& jpeg)
+{
+    Sequence sequence = EmptySequence();
+    DcmOffsetList offsets;
+    auto* coded = reinterpret_cast<Uint8*>(const_cast<char*>(jpeg.constData())); // It is only read.
+    constexpr Uint32 OneFragment = 0;
+    return sequence != nullptr && !jpeg.isEmpty() &&
+           sequence->storeCompressedFrame(offsets, coded, static_cast<Uint32>(jpeg.size()), OneFragment).good() &&
+           PutSequence(dataset, std::move(sequence), EXS_JPEGProcess1);
+}
+
+bool PutMovie(DcmDataset& dataset, const QString& path)
+{
+    Sequence sequence = EmptySequence();
+    std::unique_ptr<DcmPixelItem> movie = MovieItem(path);
+    if (sequence == nullptr || movie == nullptr || sequence->insert(movie.get()).bad())
+        return false;
+    static_cast<void>(movie.release());
+    return PutSequence(dataset, std::move(sequence), EXS_MPEG4HighProfileLevel4_1);
+}
+
+Content ContentOf(const QCborMap& request)
+{
+    return static_cast<Content>(request.value(dicomlink::ContentKey).toInteger());
 }
 
 } // namespace
@@ -91,20 +142,36 @@ bool pictureobject::PutElements(DcmItem& target, const QCborArray& elements)
     return PutAll(target, elements, 0);
 }
 
-bool pictureobject::Fill(DcmDataset& dataset, const QCborArray& elements, const QByteArray& frame)
+bool pictureobject::Fill(DcmDataset& dataset, const QCborMap& request)
 {
-    return PutAll(dataset, elements, 0) && !frame.isEmpty() && PutFrame(dataset, frame);
+    if (!PutAll(dataset, request.value(dicomlink::ElementsKey).toArray(), 0))
+        return false;
+    const QByteArray bytes = request.value(dicomlink::FrameKey).toByteArray();
+    switch (ContentOf(request)) {
+    case Content::Nothing:
+        return true;
+    case Content::Jpeg:
+        return PutJpeg(dataset, bytes);
+    case Content::Pixels:
+        return !bytes.isEmpty() && PutBytes(dataset, DcmTag(DCM_PixelData, EVR_OB), bytes);
+    case Content::Document:
+        return !bytes.isEmpty() && PutBytes(dataset, DcmTag(DCM_EncapsulatedDocument, EVR_OB), bytes);
+    case Content::Movie:
+        return PutMovie(dataset, request.value(dicomlink::PathKey).toString());
+    }
+    return false;
 }
 
-QByteArray pictureobject::FileContent(const QCborArray& elements, const QByteArray& frame)
+QByteArray pictureobject::FileContent(const QCborMap& request)
 {
+    const E_TransferSyntax syntax = ContentOf(request) == Content::Jpeg ? EXS_JPEGProcess1 : EXS_LittleEndianExplicit;
     DcmFileFormat file;
-    if (!Fill(*file.getDataset(), elements, frame) || file.validateMetaInfo(EXS_JPEGProcess1).bad())
+    if (!Fill(*file.getDataset(), request) || file.validateMetaInfo(syntax).bad())
         return {};
-    QByteArray content(frame.size() + MostBeside, Qt::Uninitialized);
+    QByteArray content(request.value(dicomlink::FrameKey).toByteArray().size() + MostBeside, Qt::Uninitialized);
     DcmOutputBufferStream stream(content.data(), content.size());
     file.transferInit();
-    const OFCondition written = file.write(stream, EXS_JPEGProcess1, EET_ExplicitLength, nullptr);
+    const OFCondition written = file.write(stream, syntax, EET_ExplicitLength, nullptr);
     file.transferEnd();
     void* begin = nullptr;
     offile_off_t bytes = 0;

@@ -1,6 +1,7 @@
 #include "platform/dicom/link/ReportListener.h"
 
 #include "platform/dicom/link/commitment_report.h"
+#include "platform/dicom/link/Encryption.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/dcmtrans.h>
@@ -77,10 +78,19 @@ LinkAnswer ReportListener::Listen(const QCborMap& request)
     dcmSocketReceiveTimeout.set(SilenceSeconds);
     const int port = static_cast<int>(request.value(PortKey).toInteger());
     const OFCondition opened = ASC_initializeNetwork(NET_ACCEPTOR, port, SilenceSeconds, &m_network);
-    if (opened.good())
-        return {Fault::None};
-    m_network = nullptr;
-    return {Fault::Unreachable, 0, QByteArray(opened.text()).left(LongestText)};
+    if (opened.bad()) {
+        m_network = nullptr;
+        return {Fault::Unreachable, 0, QByteArray(opened.text()).left(LongestText)};
+    }
+    QByteArray problem;
+    if (encryption::IsWanted(request))
+        m_layer = encryption::LayerOf(request, problem, NET_ACCEPTOR);
+    if (encryption::IsWanted(request) &&
+        (m_layer == nullptr || ASC_setTransportLayer(m_network, m_layer.get(), 0).bad())) {
+        ASC_dropNetwork(&m_network);
+        return {Fault::NoKeys, 0, problem.left(LongestText)};
+    }
+    return {Fault::None};
 }
 
 LinkAnswer ReportListener::Next(const QCborMap& request, QCborMap& map)
@@ -105,7 +115,7 @@ LinkAnswer ReportListener::Next(const QCborMap& request, QCborMap& map)
 void ReportListener::Accept(int seconds)
 {
     const OFCondition came = ASC_receiveAssociation(m_network, &m_association, ASC_DEFAULTMAXPDU, nullptr, nullptr,
-                                                    OFFalse, DUL_NOBLOCK, seconds);
+                                                    m_layer != nullptr, DUL_NOBLOCK, seconds);
     m_associationEnds.setRemainingTime(AssociationMs);
     if (came.good() && AcceptContexts(*m_association->params) && ASC_acknowledgeAssociation(m_association).good())
         return;

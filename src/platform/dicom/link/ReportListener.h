@@ -25,6 +25,7 @@ private:
     bool Serve(int seconds, QCborMap& map);
     void Drop();
 
+    std::unique_ptr<DcmTransportLayer> m_layer; ///< Of encrypted connections; outlives them.
     T_ASC_Network* m_network = nullptr;
     T_ASC_Association* m_association = nullptr;
     QDeadlineTimer m_associationEnds;

@@ -101,6 +101,12 @@ LinkAnswer Echo(const QCborMap& request)
     return answer.fault == Fault::None ? own.Echo() : answer;
 }
 
+LinkAnswer Abilities(const QCborMap& request)
+{
+    Association own;
+    return own.Open(request, Association::Purpose::Pictures);
+}
+
 LinkAnswer Asked(Association& association, ReportListener& listener, const QCborMap& request, QCborMap& map)
 {
     switch (static_cast<Request>(request.value(RequestKey).toInteger(-1))) {
@@ -113,9 +119,10 @@ LinkAnswer Asked(Association& association, ReportListener& listener, const QCbor
     case Request::Echo:
         return Echo(request);
     case Request::Make:
-        map[ObjectKey] =
-            pictureobject::FileContent(request.value(ElementsKey).toArray(), request.value(FrameKey).toByteArray());
+        map[ObjectKey] = pictureobject::FileContent(request);
         return {};
+    case Request::Abilities:
+        return Abilities(request);
     case Request::Close:
         association.Close();
         return {Fault::None};
@@ -153,6 +160,7 @@ try {
         map[CommentKey] = answer.comment;
         map[SilentKey] = answer.isSilent;
         map[MatchesKey] = answer.matches;
+        map[TakenKey] = answer.taken;
         if (!WriteAnswer(map))
             break;
     }

@@ -3,6 +3,7 @@
 #include "platform/imaging/reader/confinement.h"
 #include "platform/imaging/reader/decoders.h"
 #include "platform/imaging/reader/known_pictures.h"
+#include "platform/imaging/reader/upright_jpeg.h"
 
 #include <cerrno>
 #include <csignal>
@@ -160,15 +161,33 @@ bool ReadKnown(char** wish)
     return WritePicture(header, picture.constBits());
 }
 
+bool TurnJpeg()
+{
+    LoadKnownFormats();
+    if (!confinement::ShutIn())
+        return false;
+    const std::optional<UprightJpeg> upright = MakeUpright(STDIN_FILENO);
+    if (!upright)
+        return false;
+    PixelStreamHeader header;
+    header.content = upright->large ? PixelStreamHeader::TooLargeJpeg : PixelStreamHeader::Turned;
+    header.width = static_cast<std::uint32_t>(upright->size.width());
+    header.height = static_cast<std::uint32_t>(upright->size.height());
+    header.bytes = static_cast<std::uint32_t>(upright->turned.size());
+    header.cut = upright->cut ? 1 : 0;
+    return Write(&header, sizeof header) && Write(upright->turned.constData(), header.bytes);
+}
+
 } // namespace
 
 /// Standard input is the picture file, standard output the pixels. Without arguments the file is in a format that Qt
-/// doesn't know; otherwise they are how the picture is wanted, and width and height of its room.
+/// doesn't know; with one it is a JPEG that is to become upright; otherwise they are how the picture is wanted, and
+/// width and height of its room.
 int main(int argc, char** argv)
 try {
     if (!ConfineProcess())
         return 2;
-    return (argc == 4 ? ReadKnown(argv + 1) : ReadForeign()) ? 0 : 1;
+    return (argc == 4 ? ReadKnown(argv + 1) : argc == 2 ? TurnJpeg() : ReadForeign()) ? 0 : 1;
 } catch (const TooLarge& size) {
     return WriteRefusal(PixelStreamHeader::TooLarge, size.width, size.height) ? 0 : 1;
 } catch (const Unconfinable&) {

@@ -1,0 +1,89 @@
+#include "platform/imaging/reader/upright_jpeg.h"
+
+#include "platform/imaging/jpeg_file.h"
+#include "platform/imaging/picture_content.h"
+
+#include <QBuffer>
+#include <QFile>
+
+#include <memory>
+#include <turbojpeg.h>
+
+namespace {
+
+constexpr int Quality = 95;
+
+int OperationOf(QImageIOHandler::Transformations turn)
+{
+    using Turn = QImageIOHandler::Transformation;
+    switch (turn.toInt()) {
+    case Turn::TransformationMirror:
+        return TJXOP_HFLIP;
+    case Turn::TransformationFlip:
+        return TJXOP_VFLIP;
+    case Turn::TransformationRotate180:
+        return TJXOP_ROT180;
+    case Turn::TransformationRotate90:
+        return TJXOP_ROT90;
+    case Turn::TransformationMirrorAndRotate90:
+        return TJXOP_TRANSVERSE;
+    case Turn::TransformationFlipAndRotate90:
+        return TJXOP_TRANSPOSE;
+    case Turn::TransformationRotate270:
+        return TJXOP_ROT270;
+    default:
+        return TJXOP_NONE;
+    }
+}
+
+/// Moves the coded blocks; empty where some would have to be cut.
+QByteArray Moved(const QByteArray& content, int operation)
+{
+    const std::unique_ptr<void, int (*)(tjhandle)> transformer(tjInitTransform(), &tjDestroy);
+    tjtransform transform = {};
+    transform.op = operation;
+    transform.options = TJXOPT_PERFECT | TJXOPT_COPYNONE;
+    unsigned char* bytes = nullptr;
+    unsigned long size = 0;
+    const auto* source = reinterpret_cast<const unsigned char*>(content.constData());
+    const bool isMoved =
+        transformer != nullptr && tjTransform(transformer.get(), source, static_cast<unsigned long>(content.size()), 1,
+                                              &bytes, &size, &transform, 0) == 0;
+    const std::unique_ptr<unsigned char, void (*)(unsigned char*)> moved(bytes, &tjFree);
+    return isMoved ? QByteArray(reinterpret_cast<const char*>(bytes), static_cast<qsizetype>(size)) : QByteArray();
+}
+
+} // namespace
+
+std::optional<UprightJpeg> MakeUpright(int descriptor)
+{
+    QFile file;
+    if (!file.open(descriptor, QIODevice::ReadOnly))
+        return {};
+    const uchar* bytes = file.map(0, file.size());
+    if (bytes == nullptr)
+        return {};
+    const auto content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
+    QBuffer buffer;
+    buffer.setData(content);
+    buffer.open(QIODevice::ReadOnly);
+    const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(buffer);
+    if (!header || !header->IsJpeg())
+        return {};
+    if (header->IsTooLarge())
+        return UprightJpeg{.size = header->size, .large = true};
+    // The lowest scale costs little more than reading the bits, and tells whether they are all there.
+    constexpr int LowestScale = 8;
+    const jpegfile::Decoded low = jpegfile::Decode(content, LowestScale);
+    if (low.picture.isNull())
+        return {};
+    const bool isTurned = header->turn.testFlag(QImageIOHandler::TransformationRotate90);
+    UprightJpeg upright{isTurned ? header->size.transposed() : header->size, {}, low.cut};
+    const int operation = OperationOf(header->turn);
+    if (operation == TJXOP_NONE || low.cut)
+        return upright;
+    upright.turned = Moved(content, operation);
+    if (upright.turned.isEmpty() && !header->IsReduced())
+        upright.turned = jpegfile::Encode(picturecontent::Decode(*header, content, {}).picture, Quality);
+    return upright.turned.isEmpty() ? std::nullopt : std::optional(upright);
+}
