@@ -10,6 +10,7 @@
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "pacs/queue_rows.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
 
@@ -121,10 +122,11 @@ private:
                 NativePath(waiting.path)));
         if (waiting.kind == PatientTraces::Waiting::Queue) {
             QStringList statements;
-            for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s})
+            const auto queue = UseService<LocalDatabases>().Open(waiting.path);
+            for (const QString& table : queue_rows::PatientTables(*queue))
                 statements
                     << Statement(u"DELETE FROM ").Piece(table).Quoted(u" WHERE chart = '", m_traces.chart).Text();
-            UseService<LocalDatabases>().Open(waiting.path)->Run(statements);
+            queue->Run(statements);
             return;
         }
         const std::unique_ptr<FileLock> lock = Files().Lock(waiting.lock);

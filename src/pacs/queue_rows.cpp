@@ -178,6 +178,16 @@ QString queue_rows::Same(const PacsEntry& entry)
            Statement().Then(u" AND number = ", entry.number).Quoted(u" AND part = '", entry.part).Text();
 }
 
+QStringList queue_rows::PatientTables(LocalDatabase& queue)
+{
+    QStringList tables;
+    for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s, u"worklist"_s, u"step"_s, u"commitment"_s}) {
+        if (HasColumn(queue, table, u"chart"_s))
+            tables << table;
+    }
+    return tables;
+}
+
 QHash<QString, QString> queue_rows::Status(LocalDatabase& queue)
 {
     QHash<QString, QString> status;

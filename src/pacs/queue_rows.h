@@ -29,6 +29,9 @@ QString Same(const QString& chart, const QString& ymd, const QString& etc, int n
 /// The condition that a row is that very one.
 QString Same(const PacsEntry& entry);
 
+/// The tables that are there and tell of patients, each by its column `chart`.
+QStringList PatientTables(LocalDatabase& queue);
+
 /// What the sender tells of itself, by name.
 QHash<QString, QString> Status(LocalDatabase& queue);
 QString WriteStatus(const QString& name, const QString& value);
