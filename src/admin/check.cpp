@@ -130,9 +130,13 @@ int CheckStation(Report& report)
     if (setup.isGood)
         look(checks.LookAtCaptureRoot(setup.client));
     look(checks.LookAtMachine(setup.client));
-    if (setup.isGood && !setup.client.Pacs.Host.isEmpty())
-        look(CheckIdentity(setup) + CheckLines{CheckPacs(setup.client.Pacs)} + CheckAbilities(setup.client.Pacs) +
-             CheckServices(setup.client.Pacs));
+    if (setup.isGood && !setup.client.Pacs.Host.isEmpty()) {
+        const CheckLine server = CheckPacs(setup.client.Pacs);
+        look(CheckIdentity(setup) + CheckLines{server});
+        if (server.verdict == CheckLine::Right)
+            look(CheckAbilities(setup.client.Pacs));
+        look(CheckServices(setup.client.Pacs));
+    }
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     report.Total(wrong == 0 ? u"이상이 없습니다."_s : u"이상 %1건"_s.arg(wrong), {{u"wrong"_s, qint64(wrong)}});
     return wrong == 0 ? AllWell : Found;

@@ -8,6 +8,7 @@
 #include "filing/ProcessList.h"
 #include "frame/components.h"
 #include "frame/terminal.h"
+#include "pacs/parts.h"
 #include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
 #include "session/VisitContext.h"
@@ -27,9 +28,20 @@ namespace {
 /// A server that has taken nothing for so long is left alone.
 constexpr int PatienceMs = 30'000;
 
-QString PictureText(const PacsEntry& entry)
+QString EntryText(const PacsEntry& entry)
 {
-    return u"%1 %2 %3 %4"_s.arg(entry.chart, entry.ymd, entry.etc, NumberText(entry.number));
+    QString text = u"%1 %2 %3"_s.arg(entry.chart, entry.ymd, entry.etc);
+    if (entry.number > 0)
+        text += u' ' + NumberText(entry.number);
+    if (parts::IsReport(entry.part))
+        text += u" 소견서 "_s + parts::ValueOf(entry.part);
+    else if (parts::IsMovie(entry.part))
+        text += u" 동영상 "_s + parts::ValueOf(entry.part);
+    else if (parts::IsRejection(entry.part))
+        text += u" 삭제 알림"_s;
+    else if (!entry.part.isEmpty())
+        text += u" 원래 그림"_s;
+    return text;
 }
 
 QString OwnerText(const QString& owner)
@@ -67,8 +79,10 @@ void ShowEntry(const PacsEntry& entry, const SenderQueue::Found& queue, const QS
     facts[u"date"_s] = entry.ymd;
     facts[u"section"_s] = entry.etc;
     facts[u"number"_s] = entry.number;
+    if (!entry.part.isEmpty())
+        facts[u"part"_s] = entry.part;
     facts[u"reason"_s] = reason;
-    report.Item((isAside ? u"거부 "_s : u"대기 "_s) + PictureText(entry) + u" ("_s + sender + u')' +
+    report.Item((isAside ? u"거부 "_s : u"대기 "_s) + EntryText(entry) + u" ("_s + sender + u')' +
                     (reason.isEmpty() ? QString() : u' ' + reason),
                 facts);
 }
@@ -124,6 +138,13 @@ int ShowFolder(const QString& folder, Report& report)
             ++lines;
         }
         lines += ShowServices(queue, facts, report);
+        // Nothing is to be done about them here.
+        for (const PacsEntry& entry : queue.staying) {
+            QJsonObject stays{{u"kind"_s, u"stays"_s},   {u"chart"_s, entry.chart},   {u"date"_s, entry.ymd},
+                              {u"section"_s, entry.etc}, {u"number"_s, entry.number}, {u"part"_s, entry.part},
+                              {u"uid"_s, entry.uid}};
+            report.Item(u"PACS에남음 "_s + EntryText(entry) + u" (여기에서는 지워졌습니다) "_s + entry.uid, stays);
+        }
         if (queue.lines > 0) {
             facts[u"kind"_s] = u"handed-over"_s;
             facts[u"count"_s] = queue.lines;
@@ -181,7 +202,7 @@ int RetryPacs(TerminalOutput& out)
     AwaitSender(queue);
     const QList<PacsEntry> sent = queue.SentSince(begun);
     for (const PacsEntry& entry : sent)
-        out << u"보냄 "_s << PictureText(entry) << u'\n';
+        out << u"보냄 "_s << EntryText(entry) << u'\n';
     const int left = ShowOwn(out);
     out << u"%1건을 보냈습니다.\n"_s.arg(sent.size());
     return left > 0 ? Found : AllWell;

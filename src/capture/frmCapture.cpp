@@ -2,6 +2,7 @@
 
 #include "capture/device_link.h"
 #include "capture/FilingNotices.h"
+#include "capture/LiveMark.h"
 #include "capture/MeantPictures.h"
 #include "capture/PressAnswer.h"
 #include "cdexport/frmCapCDWrite.h"
@@ -70,6 +71,8 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
     if (m_pacs)
         m_filing->Journal().setOutlet(m_pacs->Outlet());
+    if (m_pacs && ClientSetup.Pacs.SendsMovies)
+        m_live = std::make_unique<LiveMark>();
     m_grid = std::make_unique<VisitGrid>(*m_visitPictures, *m_filing);
     m_stills = std::make_unique<StillCapture>(*m_grid, *m_filing, *m_note);
     m_history = std::make_unique<CaptureHistory>(
@@ -169,6 +172,7 @@ void frmCapture::Form_Unload()
     m_large->End();
     m_fullPicture->Return();
     StopDevice(*m_capCapture);
+    m_live.reset();
     m_history->EndFills();
     m_note->End();
     m_deletion->End();

@@ -25,6 +25,7 @@ class MovieFiling;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
+class LiveMark;
 class PacsHandover;
 class StationLease;
 class QComboBox;
@@ -120,6 +121,7 @@ private:
 
     std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
+    std::unique_ptr<LiveMark> m_live;     ///< Null where no movies go to a server.
     std::unique_ptr<PacsHandover> m_pacs; ///< Null without a server in the setup.
     std::unique_ptr<StillFiling> m_filing;
     std::unique_ptr<VisitGrid> m_grid;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QImage>
 #include <QString>
 
@@ -29,6 +30,11 @@ public:
     /// Sends the sheet. Where it becomes a file, throws PlatformError when it can't, and the sheet is gone. A printer
     /// isn't waited for: what becomes of the sheet is told by `PrinterJobs`.
     virtual void EndDoc() = 0;
+    /// Ends the sheet without sending it: it becomes the next page of a document.
+    virtual void KeepSheet() = 0;
+    /// The document of the sheets that were kept, which are let go of: makes a PDF file's content of them, on any
+    /// thread. Throws PlatformError.
+    virtual std::function<QByteArray()> TakeDocument() = 0;
     /// Drops what was drawn since the last `EndDoc`.
     virtual void KillDoc() = 0;
 };

@@ -128,6 +128,7 @@ QString MovieFiling::Begin(const Visit& visit)
     MovieJob job;
     job.id = m_beginning = QUuid::createUuid().toString(QUuid::Id128);
     job.visit = visit;
+    job.startedAt = QDateTime::currentDateTime();
     m_journal.StoreMovie(job);
     Look();
     return LocalStem(job.id);
@@ -222,6 +223,8 @@ void MovieFiling::Answer(const Result& result)
     for (const MovieSum& brought : result.sums)
         m_filing.Marked().AddMovie(job.visit, brought.number, brought.sum, brought.version);
     if (result.hasChanged) {
+        for (const QString& name : result.come)
+            m_journal.HandOverMovie(job, name);
         m_journal.StoreMovie(job);
         if (result.fault == nullptr) {
             // What is about to be deleted, there or here, stands there first.
@@ -318,6 +321,7 @@ void MovieFiling::BringFiles(Result& result, bool mayBeThere)
         }
         const QString path = BringFile(LocalFolder() + name, job.visit, mayBeThere);
         job.brought.append({path, Files().VersionOf(path), name});
+        result.come.append(path.sliced(MovieFolder(job.visit.captureDir).size()));
         result.hasChanged = true;
         journal::NotingFaults([&] {
             result.sums.append(

@@ -64,6 +64,7 @@ private:
         QList<MovieJob> older = {}; ///< Of the same visit, on their way as well.
         bool hasChanged = false;    ///< What stands in the journal of it.
         QList<MovieSum> sums = {};  ///< Of the files that this step has brought.
+        QStringList come = {};      ///< Names of those files on the share.
         bool hasPlace = false;      ///< It has taken the place of the older ones.
         bool isOver = false;
         std::exception_ptr fault = {};

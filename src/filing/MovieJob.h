@@ -3,6 +3,7 @@
 #include "visit/Visit.h"
 
 #include <QByteArray>
+#include <QDateTime>
 #include <QList>
 #include <QString>
 
@@ -20,6 +21,7 @@ struct MovieJob
 
     QString id;
     Visit visit;
+    QDateTime startedAt = {}; ///< Local time; invalid in a job of an earlier release.
     bool isListed = false;    ///< The earlier movies are fixed.
     QList<File> earlier = {}; ///< Of earlier movies, which this one takes the place of.
     QList<File> brought = {}; ///< Its own that stand there.

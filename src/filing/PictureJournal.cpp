@@ -484,6 +484,11 @@ void PictureJournal::StoreMovie(const MovieJob& job)
     Store({journal_rows::Write(job)});
 }
 
+void PictureJournal::HandOverMovie(const MovieJob& job, const QString& fileName)
+{
+    Tell([job, fileName](PictureOutlet& outlet) { outlet.HandOverMovie(job, fileName); });
+}
+
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 void PictureJournal::RemoveMovie(QString id)
 {

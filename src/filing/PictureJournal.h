@@ -109,6 +109,8 @@ public:
     /// Movies that aren't on the share yet, in the order in which they were begun.
     const QList<MovieJob>& Movies() const { return m_movies; }
     void StoreMovie(const MovieJob& job);
+    /// To be told before the journal knows that the file stands on the share.
+    void HandOverMovie(const MovieJob& job, const QString& fileName);
     void RemoveMovie(QString id);
 
     /// Pictures that come back from the Log folder.

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <QString>
+
 struct DeletionJob;
+struct MovieJob;
 struct PictureRecord;
 
 /// Where a picture goes when the journal is done with it. Called on the journal's writing thread, so that what is
@@ -16,4 +19,6 @@ public:
     virtual void Withdraw(const DeletionJob& job) = 0;
     /// The deletion has ended, and these of its pictures, or all of them, are still there.
     virtual void Restore(const DeletionJob& job) = 0;
+    /// A file of a movie, by its name on the share, has come there whole.
+    virtual void HandOverMovie(const MovieJob& job, const QString& fileName) = 0;
 };

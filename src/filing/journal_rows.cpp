@@ -202,7 +202,9 @@ QList<MovieJob> journal_rows::Movies(LocalDatabase& journal)
 {
     QList<MovieJob> jobs;
     for (const auto& [id, json] : JobsIn(journal, u"movie")) {
-        MovieJob job{id, VisitFromJson(json), json.value(u"isListed"_s).toBool()};
+        MovieJob job{id, VisitFromJson(json)};
+        job.startedAt = QDateTime::fromString(json.value(u"startedAt"_s).toString(), Qt::ISODateWithMs);
+        job.isListed = json.value(u"isListed"_s).toBool();
         job.earlier = MovieFiles(json.value(u"earlier"_s));
         job.brought = MovieFiles(json.value(u"brought"_s));
         jobs.append(job);
@@ -216,6 +218,7 @@ QString journal_rows::Write(const MovieJob& job)
     json.insert(u"earlier"_s, ToJson(job.earlier));
     json.insert(u"brought"_s, ToJson(job.brought));
     json.insert(u"isListed"_s, job.isListed);
+    json.insert(u"startedAt"_s, job.startedAt.toString(Qt::ISODateWithMs));
     return PutStatement(u"movie", job.id, json);
 }
 

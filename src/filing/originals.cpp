@@ -83,6 +83,26 @@ QString originals::PathOf(const Visit& visit, int number)
     return PathAmong(visit, IdentitiesOf(visit, number).all);
 }
 
+QStringList originals::KnownIdentities(const Visit& visit, int number)
+{
+    QStringList identities;
+    try {
+        for (const StoredSum& sum : SumsOf(visit, number)) {
+            if (sum.IsLive())
+                identities << sum.id;
+        }
+    } catch (const TableRefused&) {
+        // Earlier releases have none.
+    }
+    return identities;
+}
+
+QString originals::PathOf(const Visit& visit, int number, const QStringList& identities)
+{
+    const QString own = IdentityOfDeleted(visit.PicturePath(number));
+    return PathAmong(visit, own.isEmpty() ? identities : identities + QStringList{own});
+}
+
 void originals::Adopt(const Visit& visit, int number)
 {
     const QString own = IdentityOfDeleted(visit.PicturePath(number));

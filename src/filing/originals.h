@@ -28,6 +28,10 @@ std::optional<Name> Read(const QString& fileName);
 QString PathFor(const Visit& visit, const QString& picture);
 /// Of the picture that has the number now; empty when none is kept.
 QString PathOf(const Visit& visit, int number);
+/// The same in two steps. Identities that the table has of it: statements alone, nothing without that table.
+QStringList KnownIdentities(const Visit& visit, int number);
+/// Files alone.
+QString PathOf(const Visit& visit, int number, const QStringList& identities);
 /// An original that was kept under an identity of its own, since the table could tell none, belongs to the one that the
 /// table has.
 void Adopt(const Visit& visit, int number);

@@ -121,6 +121,7 @@ void frmCapSogyon::Form_Unload()
 {
     m_large.Close();
     m_draft.End();
+    m_sending.End();
 }
 
 void frmCapSogyon::OpenRecord()
@@ -197,7 +198,7 @@ void frmCapSogyon::SaveAndClear()
 void frmCapSogyon::DeleteAndClear()
 {
     if (!Trim(m_record.Yeonno).isEmpty() && AskYesNo(u"삭제하시겠습니까?"_s))
-        RemoveFindings(m_record);
+        DeleteFindings();
     Clear();
 }
 
@@ -205,6 +206,13 @@ void frmCapSogyon::PrintAndClear()
 {
     if (PrintFindings() != Printed::NotStored)
         Clear();
+}
+
+void frmCapSogyon::DeleteFindings()
+{
+    const FindingsRecordFields deleted = m_record;
+    RemoveFindings(m_record);
+    m_sending.Withdraw(deleted);
 }
 
 bool frmCapSogyon::StoreText()
@@ -253,6 +261,12 @@ frmCapSogyon::Saved frmCapSogyon::SaveFindings()
         m_sheet.ShowNumber(m_record);
         ShowInformation(u"다른 곳에서 같은 번호를 사용하여 새 번호로 저장합니다.!!"_s);
     }
+    // The report is stored: what goes on from here on its way costs nothing of that.
+    Guarded([this] {
+        FindingsRecordFields sent = m_record;
+        m_sheet.TakeLines(sent);
+        m_sending.Send(sent, m_sheet.Slots());
+    });
     const QString cut = CutTextsOfFindings(m_record);
     if (cut.isEmpty())
         return Saved::Whole;

@@ -4,6 +4,7 @@
 #include "findings/FindingsDraft.h"
 #include "findings/FindingsLarge.h"
 #include "findings/FindingsSheet.h"
+#include "findings/ReportSending.h"
 #include "frame/forms.h"
 
 /// "캡쳐소견": writes, shows, stores, deletes and prints the report of `FindingsRecord`.
@@ -60,6 +61,7 @@ private:
     /// A blank screen's text would take the place of the whole report.
     bool MayReplaceReport() const;
     void ShowTheirs();
+    void DeleteFindings();
     Printed PrintFindings();
     void FillFindingsList();
 
@@ -70,6 +72,7 @@ private:
     FindingsSheet m_sheet{*this};
     FindingsDraft m_draft{m_record, m_sheet, this};
     FindingsLarge m_large{*this, m_sheet.Slots()};
+    ReportSending m_sending;
     bool m_listing = false; ///< The list of reports is being filled or shown.
     bool m_printing = false;
 };

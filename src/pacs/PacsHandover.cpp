@@ -5,12 +5,14 @@
 #include "contracts/PlatformError.h"
 #include "contracts/SenderProcess.h"
 #include "filing/DeletionJob.h"
+#include "filing/MovieJob.h"
 #include "filing/PictureRecord.h"
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
 #include "pacs/pacs_setup.h"
+#include "pacs/parts.h"
 
 #include <QPointer>
 #include <QUuid>
@@ -26,6 +28,8 @@ constexpr int LookMs = 1000;
 /// A sender that was started is there within that time; the pauses grow.
 constexpr int StartMs = 5000;
 constexpr int MostDoublings = 6;
+/// So long it is told that deleted pictures stay at the server.
+constexpr int StayingMs = 30'000;
 /// What the closing waits for a sender to go on.
 constexpr int EndPatienceMs = 4000;
 
@@ -35,37 +39,53 @@ constexpr int EndPatienceMs = 4000;
 class PacsHandover::LineOutlet final : public PictureOutlet
 {
 public:
-    LineOutlet(const LaunchedVisit& launched, const PacsSetupRecord& setup)
-        : m_launched(launched), m_goesEach(setup.SendsEachStill), m_tellsSteps(!setup.Steps.host.isEmpty()),
-          m_uidRoot(setup.UidRoot)
-    {
-    }
+    LineOutlet(const LaunchedVisit& launched, const PacsSetupRecord& setup) : m_launched(launched), m_setup(setup) {}
 
     void HandOver(const PictureRecord& picture) override
     {
         PacsLine line = PacsLine::Of(PacsLine::Send, picture.visit, picture.number);
         line.id = picture.id;
         line.doctor = m_launched.DoctorOf(picture.visit);
-        line.goes = m_goesEach || picture.origin == PictureOrigin::Restored;
+        line.goes = m_setup.SendsEachStill || picture.origin == PictureOrigin::Restored;
+        line.takenAt = picture.takenAt;
         QList<PacsLine> lines{line};
-        const bool isBegun =
-            m_tellsSteps && picture.origin != PictureOrigin::Restored && !Steps().contains(picture.visit);
+        const bool isBegun = !m_setup.Steps.host.isEmpty() && picture.origin != PictureOrigin::Restored &&
+                             !Steps().contains(picture.visit);
         if (isBegun) {
             PacsLine begun = PacsLine::Of(PacsLine::Begun, picture.visit);
-            begun.id = NewUid(m_uidRoot);
+            begun.id = NewUid(m_setup.UidRoot);
             begun.doctor = line.doctor;
             begun.takenAt = QDateTime::currentDateTime();
             begun.text = Files().ProcessMark();
             lines.append(begun);
         }
         Add(lines);
+        Remember(picture.visit);
         const std::lock_guard lock(m_mutex);
-        if (!m_visits.contains(picture.visit))
-            m_visits.append(picture.visit);
         if (isBegun)
             m_steps.append(picture.visit);
     }
-    void Withdraw(const DeletionJob& job) override { Add(LinesOf(PacsLine::Withdrawn, job)); }
+    void HandOverMovie(const MovieJob& job, const QString& fileName) override
+    {
+        if (!m_setup.SendsMovies)
+            return;
+        PacsLine line = PacsLine::Of(PacsLine::Send, job.visit);
+        line.part = parts::MovieOf(fileName);
+        // The same each time that it is handed over, and unlike that of a later movie under the name.
+        line.id = QUuid::createUuidV5(QUuid(), job.id + fileName).toString(QUuid::Id128);
+        line.doctor = m_launched.DoctorOf(job.visit);
+        line.goes = m_setup.SendsEachStill;
+        line.takenAt = job.startedAt;
+        Add({line});
+        Remember(job.visit);
+    }
+    void Withdraw(const DeletionJob& job) override
+    {
+        QList<PacsLine> lines = LinesOf(PacsLine::Withdrawn, job);
+        for (PacsLine& line : lines)
+            line.goes = m_setup.Rejects;
+        Add(lines);
+    }
     void Restore(const DeletionJob& job) override { Add(LinesOf(PacsLine::Kept, job)); }
 
     /// Of which pictures have been handed over.
@@ -96,6 +116,13 @@ private:
         return lines;
     }
 
+    void Remember(const Visit& visit)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_visits.contains(visit))
+            m_visits.append(visit);
+    }
+
     void Add(const QList<PacsLine>& lines)
     {
         if (m_queue == nullptr)
@@ -104,9 +131,7 @@ private:
     }
 
     const LaunchedVisit m_launched;
-    const bool m_goesEach;
-    const bool m_tellsSteps;
-    const QString m_uidRoot;
+    const PacsSetupRecord m_setup;
     std::unique_ptr<SenderQueue> m_queue;
     mutable std::mutex m_mutex;
     QList<Visit> m_visits;
@@ -232,13 +257,19 @@ void PacsHandover::TakeState(const SenderQueue::State& state)
         m_starts = 0;
         m_started.invalidate();
     }
+    // What had been deleted before this run was told then.
+    if (m_isStateKnown && state.staying > m_state.staying) {
+        m_newlyStaying = state.staying - m_state.staying;
+        m_stayingSince.start();
+    }
+    m_isStateKnown = true;
     m_state = state;
     if (state.isSenderThere) {
         m_starts = 0;
         if (!state.setup.isEmpty() && state.setup != m_digest && !std::exchange(m_hasToldSetup, true))
             Add({PacsLine::Setup, m_digest});
-    } else if (state.lines > 0 || state.serviceLines > 0 || (state.waiting > 0 && !state.NeedsSetup()) ||
-               state.due.Meet(service_rows::InSetup(m_setup))) {
+    } else if (state.lines > 0 || state.movies > 0 || state.serviceLines > 0 ||
+               (state.waiting > 0 && !state.NeedsSetup()) || state.due.Meet(service_rows::InSetup(m_setup))) {
         StartSender(m_starts > 0);
     }
     TellNotice(state);
@@ -264,6 +295,8 @@ void PacsHandover::TellNotice(const SenderQueue::State& state)
         parts << u"PACS 보관 확인 안 됨 %1건"_s.arg(state.uncommitted);
     if (state.waiting > 0 && !state.away.isEmpty())
         parts << state.away.section(u" ("_s, 0, 0); // The server's own words are the administrator's.
+    if (m_stayingSince.isValid() && !m_stayingSince.hasExpired(StayingMs))
+        parts << u"지운 그림 %1건이 PACS에는 남아 있습니다."_s.arg(m_newlyStaying);
     const QString notice = parts.join(u", "_s);
     const bool maySend = state.setAside > 0 || state.uncommitted > 0 || (state.waiting > 0 && !state.away.isEmpty());
     if (notice != std::exchange(m_notice, notice) || maySend != std::exchange(m_maySend, maySend))
@@ -314,15 +347,18 @@ QString PacsHandover::End()
     }
     const auto isInHand = [this] { return m_state.waiting == 0 || (m_state.isSenderThere && !m_state.NeedsSetup()); };
     const auto goesOn = [this, isInHand] { return !m_isLooking && isInHand(); };
-    // Another station may have stored what is held here.
-    if (m_state.held > 0)
-        StartSender(false);
     Look();
     QTimer again;
     connect(&again, &QTimer::timeout, this, &PacsHandover::Look);
     again.start(LookMs / 4);
     waiting::ServeFor(EndPatienceMs, goesOn);
     again.stop();
+    // Another station may have stored what is held here.
+    if (m_state.held > 0 && !m_state.isSenderThere) {
+        m_started.invalidate();
+        StartSender(false);
+        m_local.AwaitIdle(LookMs);
+    }
     m_local.End(LookMs, [queue = m_queue] { queue->reset(); });
     if (isInHand())
         return {};

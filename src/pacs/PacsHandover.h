@@ -75,6 +75,9 @@ private:
     std::shared_ptr<LineOutlet> m_outlet;
     QTimer m_look;
     SenderQueue::State m_state;
+    bool m_isStateKnown = false;
+    int m_newlyStaying = 0;
+    QElapsedTimer m_stayingSince; ///< Since when that is told.
     QElapsedTimer m_started;
     int m_starts = 0; ///< That have brought up no sender.
     bool m_hasToldSetup = false;

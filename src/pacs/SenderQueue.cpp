@@ -5,6 +5,7 @@
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "records/Statement.h"
 
@@ -41,7 +42,10 @@ const QString ThatGo =
     u"line WHERE kind IN ( 'stored', 'retry', 'drop' ) OR ( kind IN ( 'send', 'changed' ) AND ( goes = 1 OR EXISTS ( "
     "SELECT * FROM visit WHERE visit.chart = line.chart AND visit.ymd = line.ymd AND visit.etc = line.etc AND "
     "isStored = 1 ) OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND picture.ymd = line.ymd AND "
-    "picture.etc = line.etc AND picture.number = line.number AND state <> 'held' ) ) )"_s;
+    "picture.etc = line.etc AND picture.number = line.number AND picture.part = line.part AND state <> 'held' ) ) ) OR "
+    "( kind = 'withdrawn' AND ( goes = 1 OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND "
+    "picture.ymd = line.ymd AND picture.etc = line.etc AND picture.number = line.number AND uid <> '' AND state <> "
+    "'withdrawn' ) ) )"_s;
 const QString OfServices = u"line WHERE kind IN ( 'opened', 'begun', 'closed', 'chosen' )"_s;
 /// What nobody will do anything about.
 const QString Failed = u"state = 'failed'"_s;
@@ -83,6 +87,9 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
                                    *queue, u"state IN ( 'new', 'refused' ) OR ( state = 'running' AND closedAt <> '' "
                                            ") ORDER BY beganAt"_s);
                                found.commitments = service_rows::Commitments(*queue, Failed);
+                               // A queue of an earlier release has none of that.
+                               if (queue_rows::HasParts(*queue))
+                                   found.staying = queue_rows::Entries(*queue, parts::IsStaying());
                            });
         queues.append(found);
     }
@@ -109,7 +116,8 @@ SenderQueue::State SenderQueue::Look()
     State state;
     for (const QVariantList& row : m_database->Rows(
              u"SELECT state, COUNT(*) FROM picture WHERE state IN ( 'waiting', 'underway', 'aside', 'held' "
-             ") GROUP BY state"_s)) {
+             ") AND NOT ( state IN ( 'waiting', 'underway' ) AND "_s +
+             parts::IsRawMovie() + u" ) GROUP BY state"_s)) {
         const int count = row.at(1).toInt();
         if (row.at(0) == u"aside"_s)
             state.setAside = count;
@@ -118,6 +126,8 @@ SenderQueue::State SenderQueue::Look()
         else
             state.waiting += count;
     }
+    state.movies = Count(*m_database, u"picture WHERE state IN ( 'waiting', 'underway' ) AND "_s + parts::IsRawMovie());
+    state.staying = Count(*m_database, u"picture WHERE "_s + parts::IsStaying());
     state.lines = Count(*m_database, ThatGo);
     state.waiting += state.lines;
     state.held += Count(*m_database, u"line WHERE kind = 'send'"_s) -
@@ -141,9 +151,14 @@ std::optional<service_rows::Worklist> SenderQueue::WorklistOf(const Visit& visit
     return found.isEmpty() ? std::nullopt : std::optional(found.first());
 }
 
+QList<PacsEntry> SenderQueue::Staying()
+{
+    return queue_rows::Entries(*m_database, parts::IsStaying() + u" ORDER BY place"_s);
+}
+
 QList<PacsEntry> SenderQueue::SentSince(const QString& time)
 {
-    return queue_rows::Entries(*m_database, queue_rows::Is(PacsState::Sent) +
+    return queue_rows::Entries(*m_database, u"state IN ( 'sent', 'committed' )"_s +
                                                 Statement().Quoted(u" AND sentAt >= '", time).Text() +
                                                 u" ORDER BY sentAt, place"_s);
 }

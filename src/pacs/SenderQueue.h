@@ -26,11 +26,13 @@ public:
     {
         int waiting = 0; ///< Pictures that go, and lines by which others will.
         int lines = 0;   ///< Those: the sender hasn't seen them.
+        int movies = 0;  ///< That are still to be made ready.
         int setAside = 0;
-        int held = 0;  ///< Pictures whose visit hasn't been stored here, and lines of such.
-        int sent = 0;  ///< Since nothing waited.
-        QString away;  ///< Why nothing goes; empty while it does.
-        QString setup; ///< What the sender's setup is known by.
+        int held = 0;    ///< Pictures whose visit hasn't been stored here, and lines of such.
+        int sent = 0;    ///< Since nothing waited.
+        int staying = 0; ///< Deleted pictures that the server still has, and isn't told of.
+        QString away;    ///< Why nothing goes; empty while it does.
+        QString setup;   ///< What the sender's setup is known by.
         bool isSenderThere = false;
         int serviceLines = 0;      ///< Lines for the hospital's other servers: the sender hasn't seen them.
         service_rows::Kinds due;   ///< Of which something is to be asked or told now.
@@ -52,6 +54,7 @@ public:
         QString away;
         int lines = 0;
         QList<PacsEntry> entries;                    ///< That wait or are set aside.
+        QList<PacsEntry> staying;                    ///< Deleted here, and still at the server.
         QList<service_rows::Step> steps;             ///< That the server is still to hear of, or has refused.
         QList<service_rows::Commitment> commitments; ///< That the server doesn't answer for.
     };
@@ -79,6 +82,8 @@ public:
     /// How it stands with the worklist's entry for a visit; nothing for one that no screen has shown. Throws
     /// PlatformError.
     std::optional<service_rows::Worklist> WorklistOf(const Visit& visit);
+    /// What the server has of pictures that are deleted here, and hasn't been told of that. Throws PlatformError.
+    QList<PacsEntry> Staying();
 
 private:
     std::unique_ptr<LocalDatabase> m_database;

@@ -45,12 +45,12 @@ QStringList WithParts()
             u"DROP TABLE picture"_s, u"ALTER TABLE newPicture RENAME TO picture"_s};
 }
 
-QString TimeText(const QDateTime& time)
+} // namespace
+
+QString queue_rows::TimeText(const QDateTime& time)
 {
     return time.isValid() ? time.toString(Qt::ISODateWithMs) : QString();
 }
-
-} // namespace
 
 void queue_rows::MakeTables(LocalDatabase& queue)
 {
@@ -119,12 +119,16 @@ QString queue_rows::RemoveLinesUpTo(qint64 place)
     return u"DELETE FROM line WHERE place <= %1"_s.arg(place);
 }
 
+bool queue_rows::HasParts(LocalDatabase& queue)
+{
+    return HasColumn(queue, u"picture"_s, u"part"_s);
+}
+
 QList<PacsEntry> queue_rows::Entries(LocalDatabase& queue, const QString& condition)
 {
     QList<PacsEntry> entries;
     // One to be looked at may be of an earlier release.
-    const bool hasParts = HasColumn(queue, u"picture"_s, u"part"_s);
-    const QString later = hasParts ? LaterColumns : u"'', '', '', '', 0, 0"_s;
+    const QString later = HasParts(queue) ? LaterColumns : u"'', '', '', '', 0, 0"_s;
     for (const QVariantList& row :
          queue.Rows(u"SELECT %1, %2 FROM picture WHERE "_s.arg(PictureColumns, later) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };

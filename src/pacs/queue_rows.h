@@ -18,6 +18,8 @@ QString Write(const PacsLine& line);
 QList<std::pair<qint64, PacsLine>> Lines(LocalDatabase& queue, int most);
 QString RemoveLinesUpTo(qint64 place);
 
+/// It isn't one of an earlier release, whose pictures have none.
+bool HasParts(LocalDatabase& queue);
 /// Entries that meet a condition on the table's columns, in the order of their turns. Throws PlatformError.
 QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition);
 /// The state's word in the rows.
@@ -26,6 +28,8 @@ QString Word(PacsState state);
 QString Is(PacsState state);
 /// The condition that a row is of that picture, whichever part, or, without a number, of that visit.
 QString Same(const QString& chart, const QString& ymd, const QString& etc, int number);
+/// A time as the rows have it; empty for one that isn't valid.
+QString TimeText(const QDateTime& time);
 /// The condition that a row is that very one.
 QString Same(const PacsEntry& entry);
 

@@ -28,7 +28,10 @@ enum class Kind {
     ReportStored,
     ReportDeleted,
     ReportPrinted,
-    Searched,     ///< In reports; the detail is the key.
+    Searched,   ///< In reports; the detail is the key.
+    ReportSent, ///< To the clinic's server.
+    MovieSent,
+    Rejected,     ///< There, after it was deleted here; the detail is its identifier.
     Administered, ///< A command of the administrator's program; the detail is its words.
     OrderTaken,   ///< Of the hospital's worklist; the detail is its number.
     StepSent,     ///< What was begun or done, to the hospital's server; the detail is its word and identifier.

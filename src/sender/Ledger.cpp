@@ -4,13 +4,17 @@
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/journal.h"
+#include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
 #include "pacs/service_rows.h"
 #include "records/Statement.h"
+#include "sender/LedgerChange.h"
 
 #include <QUuid>
 
+#include <chrono>
+#include <thread>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -21,8 +25,9 @@ namespace {
 
 constexpr int LinesAtOnce = 1000;
 constexpr int DaysKept = 400;
-/// Of a picture's row.
-const QString NewTurn = u"place = ( SELECT MAX( place ) + 1 FROM picture ), revision = revision + 1"_s;
+/// A queue is put aside only when it can't be read so often.
+constexpr int OpenTries = 4;
+constexpr int OpenPauseMs = 250;
 
 /// A line that came meanwhile may have given it another place.
 QString Where(const PacsEntry& entry)
@@ -32,150 +37,10 @@ QString Where(const PacsEntry& entry)
 
 } // namespace
 
-/// What the lines of one transaction change.
-class Ledger::Change
-{
-public:
-    Change(LocalDatabase& queue, bool sendsEach) : m_queue(queue), m_sendsEach(sendsEach) {}
-
-    void Take(const PacsLine& line, Orders& orders)
-    {
-        switch (line.kind) {
-        case PacsLine::Send:
-            Send(line);
-            break;
-        case PacsLine::Changed:
-            MarkChanged(line);
-            break;
-        case PacsLine::Withdrawn:
-            Withdraw(line);
-            break;
-        case PacsLine::Kept:
-            Keep(line);
-            break;
-        case PacsLine::Stored:
-            Store(line);
-            break;
-        case PacsLine::Retry:
-            orders.isRetry = true;
-            Run(u"UPDATE picture SET "_s + Is(PacsState::Waiting) + u", tries = 0, reason = '' WHERE "_s +
-                Is(PacsState::SetAside));
-            Run(u"UPDATE picture SET notBefore = 0 WHERE "_s + Is(PacsState::Waiting));
-            break;
-        case PacsLine::Drop:
-            Run(u"UPDATE picture SET "_s + Is(PacsState::Withdrawn) + u" WHERE "_s + Is(PacsState::SetAside));
-            break;
-        case PacsLine::Opened:
-        case PacsLine::Begun:
-        case PacsLine::Closed:
-        case PacsLine::Chosen:
-            break;
-        case PacsLine::Setup:
-            orders.setup = line.id;
-            break;
-        }
-    }
-
-private:
-    static QString Of(const PacsLine& line) { return Same(line.chart, line.ymd, line.etc, line.number); }
-    static QString VisitOf(const PacsLine& line) { return Same(line.chart, line.ymd, line.etc, 0); }
-
-    void Run(const QString& statement) { m_queue.Run({statement}); }
-
-    std::optional<PacsEntry> Find(const PacsLine& line)
-    {
-        const QList<PacsEntry> found =
-            queue_rows::Entries(m_queue, Of(line) + Statement().Quoted(u" AND part = '", line.part).Text());
-        return found.isEmpty() ? std::nullopt : std::optional(found.first());
-    }
-
-    bool Goes(const PacsLine& line)
-    {
-        return m_sendsEach || line.goes ||
-               !m_queue.Rows(u"SELECT * FROM visit WHERE isStored = 1 AND "_s + VisitOf(line)).isEmpty();
-    }
-
-    void Insert(const PacsLine& line, PacsState state)
-    {
-        Run(u"DELETE FROM picture WHERE "_s + Of(line));
-        Run(Statement(u"INSERT INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, state ) SELECT ")
-                .Then(u"'", line.id)
-                .Then(u"', '", line.chart)
-                .Then(u"', '", line.ymd)
-                .Then(u"', '", line.etc)
-                .Then(u"', '", line.imageExt)
-                .Then(u"', ", line.number)
-                .Then(u", '", line.doctor)
-                .Then(u"', '", queue_rows::Word(state))
-                .Piece(u"'")
-                .Text());
-    }
-
-    void Send(const PacsLine& line)
-    {
-        const std::optional<PacsEntry> known = Find(line);
-        // The journal hands over again what it couldn't let go of.
-        if (!known || known->id != line.id)
-            Insert(line, Goes(line) ? PacsState::Waiting : PacsState::Held);
-    }
-
-    void MarkChanged(const PacsLine& line)
-    {
-        const std::optional<PacsEntry> known = Find(line);
-        if (!known) {
-            Insert(line, Goes(line) ? PacsState::Waiting : PacsState::Held);
-            return;
-        }
-        const bool isHeld = known->state == PacsState::Held && !Goes(line);
-        Run(u"UPDATE picture SET "_s + NewTurn + u", notBefore = 0, tries = 0, reason = '', "_s +
-            Is(isHeld ? PacsState::Held : PacsState::Waiting) + u" WHERE "_s + Of(line));
-    }
-
-    void Withdraw(const PacsLine& line)
-    {
-        if (line.number == 0)
-            Run(u"UPDATE visit SET isStored = -isStored WHERE isStored = 1 AND "_s + VisitOf(line));
-        else if (!Find(line))
-            Insert(line, PacsState::Withdrawn);
-        Run(u"UPDATE picture SET revision = revision + 1, "_s + Is(PacsState::Withdrawn) + u" WHERE "_s + Of(line));
-    }
-
-    void Keep(const PacsLine& line)
-    {
-        if (line.number == 0)
-            Run(u"UPDATE visit SET isStored = -isStored WHERE isStored = -1 AND "_s + VisitOf(line));
-        // What the server has of it tells whether it goes again.
-        const PacsState state = Goes(line) ? PacsState::Waiting : PacsState::Held;
-        Run(u"UPDATE picture SET "_s + NewTurn + u", "_s + Is(state) + u" WHERE "_s + Of(line) + u" AND "_s +
-            Is(PacsState::Withdrawn) + u" AND uid = ''"_s);
-        Run(u"UPDATE picture SET revision = revision + 1, "_s + Is(PacsState::Sent) + u" WHERE "_s + Of(line) +
-            u" AND "_s + Is(PacsState::Withdrawn));
-    }
-
-    void Store(const PacsLine& line)
-    {
-        Run(Statement(u"REPLACE INTO visit ( chart, ymd, etc, doctor, imageExt, isStored, isToBeAsked, wasSent ) "
-                      "VALUES ( ")
-                .Then(u"'", line.chart)
-                .Then(u"', '", line.ymd)
-                .Then(u"', '", line.etc)
-                .Then(u"', '", line.doctor)
-                .Then(u"', '", line.imageExt)
-                .Piece(u"', 1, 1, ")
-                .Piece(u"COALESCE( ( SELECT wasSent FROM visit WHERE "_s + VisitOf(line) + u" ), 0 ) )"_s)
-                .Text());
-        Run(u"UPDATE picture SET "_s + Is(PacsState::Waiting) + u" WHERE "_s + VisitOf(line) + u" AND "_s +
-            Is(PacsState::Held));
-    }
-
-    LocalDatabase& m_queue;
-    const bool m_sendsEach;
-};
-
 Ledger::Ledger()
 {
     try {
-        Open();
+        OpenPatiently();
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
         m_database.reset();
@@ -188,6 +53,17 @@ Ledger::Ledger()
 
 Ledger::~Ledger() = default;
 
+void Ledger::OpenPatiently()
+{
+    // Another process may be making it at this very moment.
+    for (int left = OpenTries - 1; left > 0; --left) {
+        if (journal::NotingFaults([this] { Open(); }))
+            return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(OpenPauseMs));
+    }
+    Open();
+}
+
 void Ledger::Open()
 {
     // Behind a power cut the lines are there again, and what was under way is asked of the server.
@@ -195,15 +71,16 @@ void Ledger::Open()
     queue_rows::MakeTables(*m_database);
 }
 
-Ledger::Orders Ledger::TakeLines(bool sendsEach)
+Ledger::Orders Ledger::TakeLines(const Rules& rules)
 {
     Orders orders;
+    m_rules = rules;
     for (;;) {
         const auto lines = queue_rows::Lines(*m_database, LinesAtOnce);
         if (lines.isEmpty())
             return orders;
         m_database->Together([&] {
-            Change change(*m_database, sendsEach);
+            LedgerChange change(*m_database, rules);
             for (const auto& [place, line] : lines) {
                 change.Take(line, orders);
                 service_rows::Take(*m_database, line);
@@ -238,7 +115,7 @@ void Ledger::Release(const VisitToAsk& visit)
     PacsLine line{PacsLine::Stored, {}, visit.chart, visit.ymd, visit.etc, visit.imageExt, 0, visit.doctor};
     m_database->Together([&] {
         Orders orders;
-        Change(*m_database, false).Take(line, orders);
+        LedgerChange(*m_database, {}).Take(line, orders);
     });
 }
 
@@ -291,10 +168,10 @@ void Ledger::MarkSent(const PacsEntry& entry)
 
 QList<PacsEntry> Ledger::Due(int most)
 {
-    return queue_rows::Entries(
-        *m_database,
-        Is(PacsState::Waiting) +
-            u" AND notBefore <= %1 ORDER BY place LIMIT %2"_s.arg(QDateTime::currentMSecsSinceEpoch()).arg(most));
+    return queue_rows::Entries(*m_database, Is(PacsState::Waiting) + u" AND NOT "_s + parts::IsRawMovie() +
+                                                u" AND notBefore <= %1 ORDER BY part LIKE 'movie:%', place LIMIT %2"_s
+                                                    .arg(QDateTime::currentMSecsSinceEpoch())
+                                                    .arg(most));
 }
 
 QString Ledger::FirstReason()
@@ -346,17 +223,133 @@ void Ledger::End(const PacsEntry& entry, PacsState state, const QString& reason)
                          .Text()});
 }
 
-void Ledger::Sent(const PacsEntry& entry, const QString& uid)
+void Ledger::Sent(const PacsEntry& entry, const Stored& stored)
 {
-    m_database->Run({Statement(u"UPDATE picture SET isDoubtful = 0, uid = '")
-                         .Value(uid)
-                         .Then(u"', sentAt = '", QDateTime::currentDateTime().toString(Qt::ISODateWithMs))
-                         .Piece(u"', state = CASE WHEN revision = ")
-                         .Value(entry.revision)
-                         .Then(u" THEN '", queue_rows::Word(PacsState::Sent))
-                         .Piece(u"' ELSE state END, reason = '', tries = 0")
+    const bool isAnother = parts::IsOfPicture(entry.part) && !entry.uid.isEmpty() && entry.uid != stored.object.uid;
+    // What was sent before anybody marked it is the original from now on.
+    const bool wasOriginal = isAnother && entry.uid == stored.original;
+    const QString text = isAnother && !wasOriginal ? parts::TextWithFormer(entry) : entry.text;
+    m_database->Together([&] {
+        if (wasOriginal)
+            m_database->Run(
+                {u"INSERT OR IGNORE INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, takenAt, "
+                 "part, state, uid, classUid, restorings, sentAt ) SELECT id, chart, ymd, etc, imageExt, "
+                 "number, doctor, takenAt, '%1', '%2', uid, classUid, restorings, sentAt FROM picture"_s.arg(
+                     QString::fromUtf16(parts::Original), queue_rows::Word(PacsState::Sent)) +
+                 Where(entry)});
+        m_database->Run({Statement(u"UPDATE picture SET isDoubtful = 0, uid = '")
+                             .Value(stored.object.uid)
+                             .Then(u"', classUid = '", stored.object.classUid)
+                             .Then(u"', instance = ", stored.instance)
+                             .Then(u", restorings = ", stored.restorings)
+                             .Then(u", text = '", text)
+                             .Then(u"', takenAt = '",
+                                   queue_rows::TimeText(stored.takenAt.isValid() ? stored.takenAt : entry.takenAt))
+                             .Then(u"', sentAt = '", QDateTime::currentDateTime().toString(Qt::ISODateWithMs))
+                             .Piece(u"', state = CASE WHEN revision = ")
+                             .Value(entry.revision)
+                             .Then(u" THEN '", queue_rows::Word(PacsState::Sent))
+                             .Piece(u"' ELSE state END, reason = '', tries = 0")
+                             .Piece(Where(entry))
+                             .Text()});
+        // It was deleted while it was under way.
+        for (const PacsEntry& now :
+             queue_rows::Entries(*m_database, Same(entry) + u" AND "_s + Is(PacsState::Withdrawn)))
+            LedgerChange(*m_database, m_rules).Reject(now);
+    });
+}
+
+QDateTime Ledger::FirstTakenAt(const PacsEntry& entry)
+{
+    return QDateTime::fromString(m_database
+                                     ->Rows(u"SELECT MIN( takenAt ) FROM picture WHERE takenAt <> '' AND "_s +
+                                            parts::IsOfPicture() + u" AND state <> 'withdrawn' AND "_s +
+                                            Same(entry.chart, entry.ymd, entry.etc, 0))
+                                     .value(0)
+                                     .value(0)
+                                     .toString(),
+                                 Qt::ISODateWithMs);
+}
+
+Ledger::Siblings Ledger::SiblingsOf(const PacsEntry& entry)
+{
+    Siblings siblings;
+    for (const PacsEntry& row : queue_rows::Entries(*m_database, Same(entry.chart, entry.ymd, entry.etc, 0) +
+                                                                     u" AND number = %1"_s.arg(entry.number))) {
+        if (parts::IsOfPicture(row.part))
+            siblings.stored += parts::StoredOf(row);
+        if (row.part == QStringView(parts::Original) && row.state == PacsState::SetAside)
+            siblings.isOriginalAside = true;
+        if (parts::IsRejection(row.part) && row.state != PacsState::Withdrawn)
+            siblings.rejected.insert(parts::ValueOf(row.part),
+                                     row.state != PacsState::Waiting && row.state != PacsState::SetAside);
+    }
+    return siblings;
+}
+
+void Ledger::PutBehindOriginal(const PacsEntry& entry)
+{
+    PacsEntry original = entry;
+    original.part = QString::fromUtf16(parts::Original);
+    m_database->Run(
+        {u"INSERT OR IGNORE INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, takenAt, isDoubtful, part ) "
+         "SELECT id, chart, ymd, etc, imageExt, number, doctor, takenAt, isDoubtful, '"_s +
+             original.part + u"' FROM picture"_s + Where(entry),
+         u"UPDATE picture SET "_s + QString::fromUtf16(NewTurn) + u", notBefore = 0, "_s + Is(PacsState::Waiting) +
+             Where(original),
+         u"UPDATE picture SET "_s + QString::fromUtf16(NewTurn) + u", "_s + Is(PacsState::Waiting) + Where(entry) +
+             u" AND revision = %1"_s.arg(entry.revision)});
+}
+
+void Ledger::DropRejection(const PacsEntry& entry, const QString& uid)
+{
+    PacsEntry rejection = entry;
+    rejection.part = parts::RejectionOf(uid);
+    m_database->Run({u"UPDATE picture SET revision = revision + 1, "_s + Is(PacsState::Withdrawn) + Where(rejection)});
+}
+
+void Ledger::TakeFound(const PacsEntry& entry, const QList<DicomReference>& found)
+{
+    m_database->Together([&] {
+        LedgerChange change(*m_database, m_rules);
+        for (const DicomReference& object : found) {
+            PacsEntry stored = entry;
+            stored.part.clear();
+            stored.text.clear();
+            stored.uid = object.uid;
+            stored.classUid = object.classUid;
+            change.Reject(stored);
+        }
+        m_database->Run({u"DELETE FROM picture"_s + Where(entry)});
+    });
+}
+
+std::optional<PacsEntry> Ledger::RawMovie()
+{
+    const QList<PacsEntry> movies = queue_rows::Entries(
+        *m_database, Is(PacsState::Waiting) + u" AND "_s + parts::IsRawMovie() +
+                         u" AND notBefore <= %1 ORDER BY place LIMIT 1"_s.arg(QDateTime::currentMSecsSinceEpoch()));
+    return movies.isEmpty() ? std::nullopt : std::optional(movies.first());
+}
+
+void Ledger::MovieIsReady(const PacsEntry& entry, const QString& facts)
+{
+    m_database->Run({Statement(u"UPDATE picture SET text = '")
+                         .Value(facts)
+                         .Piece(u"', tries = 0, reason = ''")
                          .Piece(Where(entry))
+                         .Then(u" AND revision = ", entry.revision)
                          .Text()});
+}
+
+QStringList Ledger::NeededFiles()
+{
+    QStringList ids;
+    for (const QVariantList& row :
+         m_database->Rows(u"SELECT id FROM picture WHERE ( part LIKE 'movie:%' OR part LIKE 'report:%' ) AND state IN "
+                          "( 'held', 'waiting', 'underway', 'aside' )"_s))
+        ids << row.at(0).toString();
+    return ids;
 }
 
 void Ledger::SetAside(const PacsEntry& entry, const QString& reason)
@@ -398,7 +391,7 @@ void Ledger::ForgetOld(const QDate& today)
     const QString before = today.addDays(-DaysKept).toString(u"yyyyMMdd"_s);
     const QString old = Statement().Quoted(u"ymd < '", before).Text();
     m_database->Run(
-        {u"DELETE FROM picture WHERE "_s + old + u" AND state IN ( 'held', 'sent', 'withdrawn', 'committed' )"_s,
+        {u"DELETE FROM picture WHERE "_s + old + u" AND state IN ( 'held', 'sent', 'committed', 'withdrawn' )"_s,
          u"DELETE FROM visit WHERE isToBeAsked = 0 AND "_s + old});
     service_rows::ForgetOld(*m_database, before);
 }

@@ -4,6 +4,7 @@
 #include "frame/components.h"
 #include "frame/guard.h"
 #include "frame/journal.h"
+#include "pacs/handed_files.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
@@ -34,13 +35,15 @@ const QString Silent = u"PACS 서버가 응답하지 않습니다.!!"_s;
 
 Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords& places, const QString& setupDigest)
     : m_setup(setup), m_places(places), m_digest(setupDigest), m_peer(setup.Pacs.Server()), m_ledger(ledger),
-      m_kit(std::make_shared<std::unique_ptr<DicomKit>>()), m_known(std::make_shared<QHash<QString, QSet<QString>>>())
+      m_kit(std::make_shared<std::unique_ptr<DicomKit>>()), m_known(std::make_shared<sending::Known>()),
+      m_movies(ledger, m_setup)
 {
     m_ledger.Tell(QString::fromUtf16(queue_rows::SetupDigest), m_digest);
     m_ledger.Tell(QString::fromUtf16(queue_rows::AwayReason), {});
     m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), u"0"_s);
     m_ledger.ForgetOld(QDate::currentDate());
     m_services = Services::ForSetup(m_setup, m_places);
+    m_reader.Post([ids = m_ledger.NeededFiles()] { handed_files::RemoveAllBut(ids); });
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, [this] { Guard([this] { Step(); }); });
     const auto look = [this] { Guard([this] { Look(); }); };
@@ -53,6 +56,7 @@ Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords
 Sender::~Sender()
 {
     m_stop.request_stop();
+    m_movies.End();
     m_link.End(EndPatienceMs, [kit = m_kit] { kit->reset(); });
     m_reader.End(EndPatienceMs);
     journal::NotingFaults([this] { m_ledger.PutBack(true); });
@@ -75,19 +79,21 @@ void Sender::Look()
         m_isEnding = true;
         if (m_isBusy && !m_isSending)
             EndBatch();
-    } else if (m_isBusy && m_isSending && m_linkSince.hasExpired(SilenceMs)) {
+    } else if (m_isBusy && m_isSending && !m_isSendingMovie && m_linkSince.hasExpired(SilenceMs)) {
         SetAway(Silent);
     } else if (m_askingSince.isValid() && m_askingSince.hasExpired(SilenceMs)) {
         SetAway(u"데이터베이스가 응답하지 않습니다.!!"_s);
     }
     if (m_services)
         m_services->Look();
+    if (!m_stop.stop_requested())
+        m_movies.Look();
     Step();
 }
 
 void Sender::TakeLines()
 {
-    const Ledger::Orders orders = m_ledger.TakeLines(m_setup.Pacs.SendsEachStill);
+    const Ledger::Orders orders = m_ledger.TakeLines({m_setup.Pacs.SendsEachStill, m_setup.Pacs.Rejects});
     if (orders.isRetry) {
         m_pause.stop();
         m_pauseMs = 0;

@@ -5,12 +5,13 @@
 #include "frame/WorkThread.h"
 #include "pacs/PacsLine.h"
 #include "sender/Ledger.h"
-#include "sender/pacs_contents.h"
+#include "sender/MovieMaking.h"
+#include "sender/sending.h"
+#include "sender/visit_facts.h"
 
 #include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
-#include <QSet>
 #include <QTimer>
 
 #include <deque>
@@ -42,24 +43,17 @@ Q_SIGNALS:
     void Ended();
 
 private:
-    /// A picture of the batch that is under way.
+    /// An entry of the batch that is under way.
     struct Item
     {
         PacsEntry entry;
         Visit visit;
-        DicomPicture facts;
-        bool hasIdentity = false;
-        /// Under one of these the visit may have been sent by an earlier release.
-        QList<DicomIdentity> former = {};
+        VisitTold told;
+        VisitFacts known = {};
+        QStringList identities = {}; ///< Of the picture, as the table has them.
         PacsContent content = {};
     };
     using Items = QList<Item>;
-    /// Something that the link's thread has done for a visit or a picture.
-    struct Answer
-    {
-        DicomOutcome outcome;
-        QString uid = {};
-    };
 
     void Look();
     /// Begins with what waits, unless something is under way or a pause goes on.
@@ -73,11 +67,20 @@ private:
     void TakeFacts(const Items& items);
     void Open();
     void TakeOpened(const DicomOutcome& outcome, const QHash<QString, DicomIdentity>& found);
-    void KeepIdentities();
+    /// `found`: under which the server has visits of earlier releases.
+    void KeepIdentities(const QHash<QString, DicomIdentity>& found);
     void ReadNext();
     void TakeContent(qsizetype at, const PacsContent& content);
     void SendNext();
-    void TakeAnswer(const Item& item, const Answer& answer);
+    void Send(const Item& item);
+    void TakeAnswer(const Item& item, const sending::Answer& answer);
+    /// True when there is something to be sent; what becomes of it otherwise has been written down.
+    bool TakeReading(const Item& item);
+    void TakeSent(const Item& item, const sending::Answer& answer);
+    /// What is to be rejected is still there, or what was deleted isn't found yet.
+    void WaitForDeletion(const PacsEntry& entry);
+    /// It isn't needed on this machine any more.
+    void RemoveFiles(const PacsEntry& entry);
     /// Nothing tells whose it is.
     void WaitForSetup(const PacsEntry& entry);
     /// The file of one couldn't be read.
@@ -123,10 +126,11 @@ private:
     std::deque<qsizetype> m_ready; ///< Read, and not sent yet.
     bool m_isReading = false;      ///< Also for a batch that has ended.
     bool m_isSending = false;
-    bool m_isEnding = false; ///< Nothing more of the batch is to be begun.
+    bool m_isSendingMovie = false; ///< Which takes its time.
+    bool m_isEnding = false;       ///< Nothing more of the batch is to be begun.
     QElapsedTimer m_readingSince;
     QElapsedTimer m_linkSince;
-    QElapsedTimer m_askingSince; ///< Valid while the database is asked.
-    /// Of the link: what the server has of studies that it was asked for.
-    std::shared_ptr<QHash<QString, QSet<QString>>> m_known;
+    QElapsedTimer m_askingSince;             ///< Valid while the database is asked.
+    std::shared_ptr<sending::Known> m_known; ///< The link's.
+    MovieMaking m_movies;
 };

@@ -68,8 +68,8 @@ Next Work()
     Start start;
     Next next = Next::Looks;
     const SenderQueue::State state = SenderQueue().Look();
-    const bool isAnythingThere = state.waiting > 0 || state.held > 0 || state.due != service_rows::Kinds() ||
-                                 state.serviceLines > 0 || state.hasOpenSteps;
+    const bool isAnythingThere = state.waiting > 0 || state.movies > 0 || state.held > 0 ||
+                                 state.due != service_rows::Kinds() || state.serviceLines > 0 || state.hasOpenSteps;
     if (isAnythingThere && !AwaitStart(ledger, start)) {
         next = Next::Nothing;
     } else if (isAnythingThere) {

@@ -4,6 +4,7 @@
 #include "platform/files/act_source.h"
 #include "platform/files/LocalFiles.h"
 #include "platform/journal/StandardErrorJournal.h"
+#include "platform/movies/register_movies.h"
 #include "platform/process/own_memory.h"
 #include "platform/profile/PrivateProfile.h"
 #include "platform/setup/register_setup.h"
@@ -34,6 +35,7 @@ int main(int argc, char* argv[])
     RegisterSql();
     RegisterSetup(MissingRoot::IsTold);
     RegisterDicom();
+    RegisterMovies();
     InstallService<ActJournal>(std::make_unique<ActJournal>(ActSourceHere(u"capture-station-sender")));
     bool isDone = false;
     journal::NotingFaults([&isDone] { isDone = LiveAsSender(); });

@@ -1,12 +1,13 @@
 #pragma once
 
-#include "visit/Visit.h"
+#include "pacs/PacsLine.h"
 
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringList>
 
-/// A picture's file as the sender finds it; to be asked on a thread that may block.
+/// What an entry of the queue sends, as the sender finds it; to be asked on a thread that may block.
 struct PacsContent
 {
     enum Kind {
@@ -14,13 +15,18 @@ struct PacsContent
         Gone,  ///< There is no such picture.
         Other, ///< Something else stands there.
         Away,  ///< The file, or the share that it lies in, can't be read for the time being.
+        Raw,   ///< A movie is still, or again, to be made ready.
     };
 
     Kind kind = Away;
-    QByteArray bytes = {};
-    QDateTime takenAt = {}; ///< Local time.
-    QString reason = {};    ///< Why it can't be read.
+    QByteArray bytes = {};    ///< Of a movie none; of a search the deleted picture.
+    QByteArray original = {}; ///< The picture as it was before it was marked up; empty when none is kept.
+    QDateTime takenAt = {};   ///< Local time.
+    QString reason = {};      ///< Why it can't be read.
 };
 
-/// Never throws.
-PacsContent ReadPacsContent(const Visit& visit, int number);
+/// `identities` are those that the table has of the picture. Never throws.
+PacsContent ReadPacsContent(const PacsEntry& entry, const Visit& visit, const QStringList& identities);
+
+/// The visit's movie of that entry, on the share.
+QString MovieSource(const PacsEntry& entry, const Visit& visit);

@@ -1,5 +1,6 @@
 #include "contracts/printing.h"
 #include "FindingsInABox.h"
+#include "pacs/SenderQueue.h"
 #include "platform/desktop/prepare_application.h"
 #include "screenparts/frmPrintView.h"
 #include "screenparts/NoticeStrip.h"
@@ -47,6 +48,31 @@ private Q_SLOTS:
         m_box->Open();
     }
     void cleanup() { m_box.reset(); }
+
+    /// The document for the server is the page as it is printed, but for the resident number's last digits. Nothing is
+    /// printed for it, and the same report again is the same document.
+    void AStoredReportIsHandedOver()
+    {
+        ClientSetup.Pacs.Host = u"127.0.0.1"_s;
+        ClientSetup.Pacs.SendsReports = true;
+        const QString folder = m_box->Desk().ProgramFolder();
+        for (const int lines : {26, 26, 27}) {
+            m_box->Desk().answers = {true};
+            FindingsInABox::Findings().setText(Lines(lines, u"소견(gjpy) "_s));
+            m_box->Press(u"저장"_s);
+            m_box->Open();
+        }
+        const auto documents = [&folder] { return QDir(folder).entryList({u"PacsReport-*.pdf"_s}); };
+        QTRY_COMPARE(documents().size(), 2);
+        const PdfPages handed(folder);
+        for (const int index : {0, 1}) {
+            const QString text = handed.Text(index);
+            QVERIFY2(text.contains(u"800101-1******") && text.contains(u"소견(gjpy) 26."), qPrintable(text));
+            QCOMPARE(handed.Pictures(index).count(u"image"_s), 6);
+        }
+        QTRY_COMPARE(SenderQueue().Look().lines, 3);
+        QCOMPARE(PdfPages(m_folder->path()).Files().size(), 0);
+    }
 
     void PagesByTheLines_data()
     {

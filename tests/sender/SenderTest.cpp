@@ -1,13 +1,17 @@
 #include "contracts/dicom_uids.h"
 #include "filing/DeletionJob.h"
+#include "filing/MovieJob.h"
+#include "filing/originals.h"
 #include "filing/PictureRecord.h"
 #include "filing/visit_json.h"
+#include "pacs/handed_files.h"
 #include "pacs/PacsHandover.h"
 #include "records/study_identity.h"
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"
 #include "support/EditorInABox.h"
 #include "support/PacsPeer.h"
+#include "support/PacsServer.h"
 #include "support/SenderInABox.h"
 
 #include <QJsonArray>
@@ -50,6 +54,7 @@ private Q_SLOTS:
     void cleanup()
     {
         m_pacs.reset();
+        m_before.clear();
         m_sender.reset();
         m_box.reset();
         m_peer.reset();
@@ -216,6 +221,117 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), 3, LongMs);
     }
 
+    /// A marked-up picture goes beside its original and names it, each once, whether it was sent before or not; one put
+    /// back is the original again.
+    void AMarkedPictureBringsItsOriginal()
+    {
+        PacsServer server;
+        server.Start();
+        m_sender->WriteSetup(server.Port(), "Institution=31100001\nSection.위내시경=XC\n");
+        MarkWithOriginal(1, Qt::red, false);
+        HandOver(2);
+        QTRY_COMPARE_WITH_TIMEOUT(Told(server), (QStringList{u"1"_s, u"2"_s, u"1001 of 1"_s}), LongMs);
+        MarkWithOriginal(2, Qt::red, true);
+        const QStringList both{u"1"_s, u"2"_s, u"1001 of 1"_s, u"1002 of 2"_s};
+        QTRY_COMPARE_WITH_TIMEOUT(Told(server), both, LongMs);
+        // An instance never changes its class, whatever the setup says later.
+        m_sender->WriteSetup(server.Port(), "Institution=31100001\n");
+        MakeHandover();
+        MarkWithOriginal(2, Qt::blue, true);
+        QTRY_COMPARE_WITH_TIMEOUT(Told(server), both + QStringList{u"2002 of 2"_s}, LongMs);
+        for (const QString& object : server.Objects())
+            QCOMPARE(PacsServer::Element(object, "0008,0060"), u"XC"_s);
+        WriteWholeFile(VisitOfToday().PicturePath(2), m_before[2]);
+        m_pacs->PictureIsMarked(VisitOfToday(), 2, false);
+        QTRY_COMPARE_WITH_TIMEOUT(State().waiting, 0, LongMs);
+        QCOMPARE(server.Objects().size(), 5);
+        QCOMPARE(m_box->Value(u"SELECT st_modality || st_time AS v FROM ca_study"_s), u"XC101112"_s);
+    }
+
+    /// What is deleted after it was sent is rejected there once, with its marked one; back again it is another
+    /// instance.
+    void ADeletedPictureIsRejected_data()
+    {
+        Columns<bool, bool>("rejects", "isOfAnotherStation");
+        QTest::newRow("as the setup wants") << true << false;
+        QTest::newRow("sent by another station") << true << true;
+        QTest::newRow("without the key") << false << false;
+    }
+
+    void ADeletedPictureIsRejected()
+    {
+        QFETCH2(bool, rejects, bool, isOfAnotherStation);
+        const QByteArray setup = QByteArray("Institution=31100001\n") + (rejects ? "Reject=1\n" : "");
+        m_sender->WriteSetup(m_peer->Port(), setup);
+        HandOver(2);
+        if (!isOfAnotherStation)
+            MarkWithOriginal(1, Qt::red, true);
+        const int sent = isOfAnotherStation ? 2 : 3;
+        QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), sent, LongMs);
+        QTRY_VERIFY_WITH_TIMEOUT(m_sender->HasEnded(), LongMs);
+        m_pacs.reset();
+        const QDir folder(m_box->Desk().ProgramFolder());
+        for (const QString& name : folder.entryList({isOfAnotherStation ? u"Sender-*"_s : u"none"_s}))
+            QVERIFY(QFile::remove(folder.filePath(name)));
+        MakeHandover();
+        const Visit visit = VisitOfToday();
+        const QByteArray deleted = Files().ReadFile(visit.PicturePath(1));
+        DeletionJob job;
+        job.visit = visit;
+        job.items = {DeletionJob::Item{1}};
+        m_pacs->Outlet()->Withdraw(job);
+        MakeFolder(visit.LogFolder());
+        WriteWholeFile(visit.DeletedPicturePath(1), deleted);
+        DeleteFile(visit.PicturePath(1));
+        const int notes = !rejects ? 0 : isOfAnotherStation ? 1 : 2;
+        QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), sent + notes, LongMs);
+        QTRY_COMPARE_WITH_TIMEOUT(State().waiting, 0, LongMs);
+        QCOMPARE(SenderQueue().Staying().size(), rejects ? 0 : 2);
+        WriteWholeFile(visit.PicturePath(1), deleted);
+        m_pacs->Outlet()->HandOver(PictureRecord{u"back"_s, visit, PictureState::OnShare, 1, PictureOrigin::Restored});
+        QTRY_VERIFY_WITH_TIMEOUT(State().waiting == 0 && m_sender->HasEnded(), LongMs);
+        QSet<QString> uids;
+        for (const PacsPeer::Stored& object : m_peer->Objects())
+            uids << object.uid;
+        // A marked one brings its original again.
+        QCOMPARE(uids.size(), sent + notes + notes);
+    }
+
+    /// A movie is made ready while nothing is live, and holds up no picture; one that can't be goes aside.
+    void AMovieGoesBesideThePictures()
+    {
+        PacsServer server;
+        server.Start();
+        m_sender->WriteSetup(server.Port(), "Institution=31100001\nMovies=1\nSend=still\n");
+        MakeHandover();
+        const Visit visit = VisitOfToday();
+        MakeFolder(MovieFolder(visit.captureDir));
+        const QString path = MoviePath(visit.MovieStem(), 1);
+        QProcess::execute(u"ffmpeg"_s,
+                          {u"-v"_s, u"error"_s, u"-f"_s, u"lavfi"_s, u"-i"_s,
+                           u"testsrc=size=320x240:rate=18:duration=1"_s, u"-c:v"_s, u"mjpeg"_s, NativePath(path)});
+        WriteWholeFile(MoviePath(visit.MovieStem(), 2), "no movie");
+        MovieJob job{u"movie"_s, visit, QDateTime(QDate(2026, 11, 24), QTime(9, 8, 7))};
+        auto live = Files().Lock(handed_files::LiveLockPath());
+        for (const int number : {1, 2})
+            m_pacs->Outlet()->HandOverMovie(job, MoviePath(visit.MovieStem(), number).section(u'\\', -1));
+        HandOver(1);
+        QTRY_COMPARE_WITH_TIMEOUT(server.Objects().size(), 1, LongMs);
+        QCOMPARE(State().movies, 2);
+        live.reset();
+        QTRY_COMPARE_WITH_TIMEOUT(server.Objects().size(), 2, LongMs);
+        QTRY_COMPARE_WITH_TIMEOUT(State().setAside, 1, LongMs);
+        QString movie;
+        for (const QString& object : server.Objects()) {
+            if (PacsServer::Element(object, "0008,0016").endsWith(u"77.1.1.1"))
+                movie = object;
+        }
+        QCOMPARE(PacsServer::Element(movie, "0028,0008"), u"18"_s);
+        QVERIFY(PacsServer::Element(movie, "0008,0033").startsWith(u"090807"));
+        QTRY_COMPARE_WITH_TIMEOUT(QDir(m_box->Desk().ProgramFolder()).entryList({u"PacsMovie*"_s}), QStringList(),
+                                  LongMs);
+    }
+
     /// A clinic that nothing tells from others sends nothing, and is told; then all goes, and keeps what it has.
     void NothingGoesUnderAnotherClinic()
     {
@@ -292,8 +408,9 @@ private:
         for (int number = 1; number <= count; ++number) {
             if (!FileExists(VisitOfToday().PicturePath(number)))
                 m_box->AddPicture(Day, Stomach, number, number == 1 ? u""_s : QString());
-            m_pacs->Outlet()->HandOver(
-                PictureRecord{u"picture%1"_s.arg(number), VisitOfToday(), PictureState::OnShare, number});
+            PictureRecord picture{u"picture%1"_s.arg(number), VisitOfToday(), PictureState::OnShare, number};
+            picture.takenAt = QDateTime(QDate(2026, 11, 24), QTime(10, 11, 11 + number));
+            m_pacs->Outlet()->HandOver(picture);
         }
         m_pacs->VisitIsStored(VisitOfToday());
     }
@@ -302,6 +419,36 @@ private:
     {
         WriteWholeFile(VisitOfToday().PicturePath(number), StationInABox::Jpeg({64, 48}, colour));
         m_pacs->PictureIsMarked(VisitOfToday(), number, false);
+    }
+
+    /// As the editor does. Before it is handed over nobody is told.
+    void MarkWithOriginal(int number, Qt::GlobalColor colour, bool isHandedOver)
+    {
+        const Visit visit = VisitOfToday();
+        if (!FileExists(visit.PicturePath(number)))
+            m_box->AddPicture(Day, Stomach, number, number == 1 ? u""_s : QString());
+        if (!m_before.contains(number))
+            m_before.insert(number, Files().ReadFile(visit.PicturePath(number)));
+        OriginalKeeper original(visit, number);
+        original.Keep();
+        WriteWholeFile(visit.PicturePath(number), StationInABox::Jpeg({64, 48}, colour));
+        original.NoteWritten();
+        if (isHandedOver)
+            m_pacs->PictureIsMarked(visit, number, false);
+    }
+
+    /// Instance numbers of what a server has, with that of what it was made from.
+    static QStringList Told(const PacsServer& server)
+    {
+        QHash<QString, QString> numbers;
+        for (const QString& object : server.Objects())
+            numbers.insert(PacsServer::Element(object, "0008,0018"), PacsServer::Element(object, "0020,0013"));
+        QStringList told;
+        for (const QString& object : server.Objects()) {
+            const QString source = numbers.value(PacsServer::Element(object, "0008,1155"));
+            told << PacsServer::Element(object, "0020,0013") + (source.isEmpty() ? QString() : u" of "_s + source);
+        }
+        return told;
     }
 
     /// Of what the server has taken, as it came.
@@ -333,6 +480,7 @@ private:
     std::unique_ptr<PacsPeer> m_peer;
     std::unique_ptr<SenderInABox> m_sender;
     std::unique_ptr<PacsHandover> m_pacs;
+    QHash<int, QByteArray> m_before; ///< Pictures before they were marked.
 };
 
 QTEST_MAIN(SenderTest)

@@ -34,7 +34,7 @@ int LastNumberIn(const QString& folder)
 }
 
 /// A4 where the page fits on it, else a sheet of the page's own size.
-QPageLayout SheetLayout(float widthTwips, float heightTwips)
+QPageLayout SheetLayout(qreal widthTwips, qreal heightTwips)
 {
     QPageSize sheet(QPageSize::A4);
     const QSizeF points(widthTwips / TwipsPerPoint, heightTwips / TwipsPerPoint);
@@ -44,6 +44,46 @@ QPageLayout SheetLayout(float widthTwips, float heightTwips)
     QPageLayout layout(sheet, QPageLayout::Portrait, QMarginsF());
     layout.setMode(QPageLayout::FullPageMode);
     return layout;
+}
+
+/// `size` is that of the page, in twips; `dotsPerInch` are pixels of the painter's device.
+void Paint(QPainter& painter, const QPageLayout& layout, qreal dotsPerInch,
+           const std::vector<PagePrinter::Drawing>& drawings, const QSizeF& size)
+{
+    painter.save();
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
+    const qreal scale = dotsPerInch / TwipsPerInch;
+    painter.scale(scale, scale);
+    const QSizeF sheet = layout.fullRect(QPageLayout::Point).size() * TwipsPerPoint;
+    painter.translate((sheet.width() - size.width()) / 2, (sheet.height() - size.height()) / 2);
+    for (const PagePrinter::Drawing& drawing : drawings) {
+        painter.save();
+        drawing(painter);
+        painter.restore();
+    }
+    painter.restore();
+}
+
+/// Any thread.
+QByteArray PdfOfSheets(const std::vector<std::vector<PagePrinter::Drawing>>& sheets, const QSizeF& size)
+{
+    QByteArray content;
+    QBuffer buffer(&content);
+    buffer.open(QIODevice::WriteOnly);
+    QPdfWriter writer(&buffer);
+    writer.setResolution(DotsPerInch);
+    writer.setTitle(u"capture-station"_s);
+    const QPageLayout layout = SheetLayout(size.width(), size.height());
+    writer.setPageLayout(layout);
+    QPainter painter;
+    bool isWhole = painter.begin(&writer);
+    for (std::size_t sheet = 0; isWhole && sheet < sheets.size(); ++sheet) {
+        isWhole = sheet == 0 || writer.newPage();
+        Paint(painter, layout, DotsPerInch, sheets[sheet], size);
+    }
+    if (!isWhole || !painter.end())
+        throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
+    return content;
 }
 
 } // namespace
@@ -83,21 +123,12 @@ void PagePrinter::EndDoc()
 
 QByteArray PagePrinter::PdfOf(const std::vector<Drawing>& drawings) const
 {
-    QByteArray content;
-    QBuffer buffer(&content);
-    buffer.open(QIODevice::WriteOnly);
-    QPdfWriter writer(&buffer);
-    writer.setResolution(DotsPerInch);
-    writer.setTitle(u"capture-station"_s);
-    const QPageLayout layout = SheetLayout(m_width, m_height);
-    writer.setPageLayout(layout);
-    QPainter painter;
-    if (!painter.begin(&writer))
-        throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
-    Paint(painter, layout, DotsPerInch, drawings);
-    if (!painter.end())
-        throw PlatformError(u"인쇄할 페이지를 만들지 못하였습니다.!!"_s);
-    return content;
+    return PdfOfSheets({drawings}, {m_width, m_height});
+}
+
+std::function<QByteArray()> PagePrinter::TakeDocument()
+{
+    return [sheets = std::exchange(m_kept, {}), size = QSizeF(m_width, m_height)] { return PdfOfSheets(sheets, size); };
 }
 
 QImage PagePrinter::Picture(int width) const
@@ -109,7 +140,7 @@ QImage PagePrinter::Picture(int width) const
     picture.fill(Qt::white);
     QPainter painter;
     if (painter.begin(&picture))
-        Paint(painter, layout, dotsPerInch, m_drawings);
+        Paint(painter, layout, dotsPerInch, m_drawings, {m_width, m_height});
     return picture;
 }
 
@@ -142,19 +173,4 @@ void PagePrinter::PrintToFolder(const std::vector<Drawing>& drawings) const
             return;
     }
     throw PlatformError(u"인쇄 폴더에 파일이 너무 많습니다.!!"_s);
-}
-
-void PagePrinter::Paint(QPainter& painter, const QPageLayout& layout, qreal dotsPerInch,
-                        const std::vector<Drawing>& drawings) const
-{
-    painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-    const qreal scale = dotsPerInch / TwipsPerInch;
-    painter.scale(scale, scale);
-    const QSizeF sheet = layout.fullRect(QPageLayout::Point).size() * TwipsPerPoint;
-    painter.translate((sheet.width() - m_width) / 2, (sheet.height() - m_height) / 2);
-    for (const Drawing& drawing : drawings) {
-        painter.save();
-        drawing(painter);
-        painter.restore();
-    }
 }

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
 class PrintQueue;
@@ -39,6 +40,8 @@ public:
     void setFontUnderline(bool on) override { m_font.setUnderline(on); }
     QImage Picture(int width) const override;
     void EndDoc() override;
+    void KeepSheet() override { m_kept.push_back(std::exchange(m_drawings, {})); }
+    std::function<QByteArray()> TakeDocument() override;
     void KillDoc() override { m_drawings.clear(); }
 
     /// The font as it is set now, in twips.
@@ -49,9 +52,6 @@ private:
     QByteArray PdfOf(const std::vector<Drawing>& drawings) const;
     void PrintToFile(const std::vector<Drawing>& drawings) const;
     void PrintToFolder(const std::vector<Drawing>& drawings) const;
-    /// Pixels of the painter's device to the inch.
-    void Paint(QPainter& painter, const QPageLayout& layout, qreal dotsPerInch,
-               const std::vector<Drawing>& drawings) const;
 
     std::shared_ptr<PrintTarget> m_target;
     PrintQueue& m_queue;
@@ -59,4 +59,5 @@ private:
     float m_width = 11184; ///< A4 within the margins of an ordinary printer.
     float m_height = 16243;
     std::vector<Drawing> m_drawings;
+    std::vector<std::vector<Drawing>> m_kept; ///< Sheets of a document.
 };

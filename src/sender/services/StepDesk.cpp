@@ -2,8 +2,10 @@
 
 #include "contracts/dicom_uids.h"
 #include "contracts/files.h"
+#include "filing/originals.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
 #include "records/acts.h"
@@ -101,27 +103,35 @@ void StepDesk::AskFacts(const Step& step)
         DicomPicture picture;
         bool hasIdentity = false;
         bool isToWait = false;
+        QHash<int, QStringList> identities; ///< Of pictures that haven't gone, by number.
     };
     // The pictures' way finds out what the server knows it under.
     const bool isToWait =
         IsWithin(step.beganAt, IdentityMs) && service_rows::MayBeKnown(Queue(), step.chart, step.ymd, step.etc);
+    QList<int> toGo;
+    for (const PacsEntry& entry : service_rows::EntriesOf(Queue(), step)) {
+        if (step.state != StepState::New && !IsAtServer(entry) && parts::IsOfPicture(entry.part))
+            toGo.append(entry.number);
+    }
     const auto facts = std::make_shared<Facts>();
-    const auto ask = [facts, isToWait, step, visit = step.VisitBelow(Setup().CaptureRoot), pacs = Setup().Pacs,
+    const auto ask = [facts, isToWait, toGo, step, visit = step.VisitBelow(Setup().CaptureRoot), pacs = Setup().Pacs,
                       places = Places()] {
         facts->picture = PictureFacts(visit, step.doctor, pacs, places);
         std::optional<DicomIdentity> identity = KeptIdentity(visit);
         facts->isToWait = !identity && isToWait;
         if (facts->isToWait)
             return;
-        if (!identity) {
+        const bool wasKept = identity.has_value();
+        if (!wasKept)
             identity = NewIdentity(visit, pacs, places);
-            if (!identity)
-                return;
-            // From here on others know it. First what it is, so that nobody takes it for an earlier release's.
-            facts->picture.study = KeepStudy(
-                visit, {step.beganAt.toString(u"HHmmss"_s), facts->picture.study.kind, facts->picture.study.order});
+        if (!identity)
+            return;
+        // From here on others know it. First what it is, so that nobody takes it for an earlier release's.
+        facts->picture.study = StudyToSend(visit, wasKept, step.beganAt.toString(u"HHmmss"_s), pacs);
+        if (!wasKept)
             identity = KeepIdentity(visit, *identity);
-        }
+        for (const int number : toGo)
+            facts->identities[number] = originals::KnownIdentities(visit, number);
         facts->hasIdentity = true;
         facts->picture.identity = *identity;
     };
@@ -137,7 +147,7 @@ void StepDesk::AskFacts(const Step& step)
         } else if (step.state == StepState::New) {
             TellBegin(step, facts->picture);
         } else {
-            ReadObjects(step, facts->picture);
+            ReadObjects(step, facts->picture, facts->identities);
         }
     };
     Ask(ask, goOn, [this, step](const QString& fault) {
@@ -156,11 +166,11 @@ void StepDesk::TellBegin(const Step& step, const DicomPicture& facts)
     OnLink(tell, [this, step](const DicomOutcome& outcome) { TakeAnswer(step, outcome, StepState::Running, {}); });
 }
 
-void StepDesk::ReadObjects(const Step& step, const DicomPicture& facts)
+void StepDesk::ReadObjects(const Step& step, const DicomPicture& facts, const QHash<int, QStringList>& identities)
 {
     const QList<PacsEntry> entries = service_rows::EntriesOf(Queue(), step);
-    const auto read = [entries, facts, root = Setup().CaptureRoot](const std::stop_token& stop) {
-        return SeriesOf(entries, facts, root, stop);
+    const auto read = [entries, facts, identities, root = Setup().CaptureRoot](const std::stop_token& stop) {
+        return SeriesOf(entries, facts, root, identities, stop);
     };
     OnThread(read, [this, step, facts](const QList<DicomPerformedSeries>& series) { TellEnd(step, facts, series); });
 }

@@ -4,6 +4,7 @@
 #include "sender/services/ServiceDesk.h"
 
 #include <QElapsedTimer>
+#include <QHash>
 
 /// Tells the server of performed procedure steps what is begun and what has been done: each once, in their order.
 class StepDesk : public ServiceDesk
@@ -24,7 +25,8 @@ private:
     bool AwaitsPictures(const service_rows::Step& step);
     void AskFacts(const service_rows::Step& step);
     void TellBegin(const service_rows::Step& step, const DicomPicture& facts);
-    void ReadObjects(const service_rows::Step& step, const DicomPicture& facts);
+    void ReadObjects(const service_rows::Step& step, const DicomPicture& facts,
+                     const QHash<int, QStringList>& identities);
     void TellEnd(service_rows::Step step, const DicomPicture& facts, const QList<DicomPerformedSeries>& series);
     void TakeAnswer(service_rows::Step step, const DicomOutcome& outcome, service_rows::StepState next,
                     const QStringList& told);

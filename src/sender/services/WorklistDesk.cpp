@@ -115,11 +115,15 @@ void WorklistDesk::Keep(const Worklist& worklist, const service_rows::Offer& off
         // Another station may have been a moment quicker; what the operator says stands above it.
         if (!isChosen && KeptStudy(visit, pacs).order != DicomOrder())
             return;
+        // What an earlier release has sent stays what it was.
+        const bool wasSent = KeptIdentity(visit).has_value();
+        if (wasSent)
+            StudyToSend(visit, true, {}, pacs);
         KeepOrder(visit, offer.order, pacs);
         *isKept = true;
         // Nothing has been given to others: it becomes part of the hospital's own study.
         std::optional<DicomIdentity> identity = NewIdentity(visit, pacs, places);
-        if (!isNew || offer.study.isEmpty() || !identity || KeptIdentity(visit))
+        if (!isNew || offer.study.isEmpty() || !identity || wasSent)
             return;
         identity->study = offer.study;
         KeepIdentity(visit, *identity);

@@ -1,6 +1,7 @@
 #include "sender/services/step_objects.h"
 
 #include "contracts/dicom_uids.h"
+#include "pacs/parts.h"
 #include "sender/pacs_contents.h"
 
 #include <map>
@@ -11,20 +12,20 @@ namespace {
 
 DicomSeries SeriesKindOf(const PacsEntry& entry)
 {
-    if (entry.part.startsWith(u"report"_s))
+    if (parts::IsReport(entry.part))
         return DicomSeries::Reports;
-    return entry.part.startsWith(u"movie"_s) ? DicomSeries::Movies : DicomSeries::Pictures;
-}
-
-bool IsThere(const PacsEntry& entry)
-{
-    return entry.state == PacsState::Sent || entry.state == PacsState::Committed;
+    return parts::IsMovie(entry.part) ? DicomSeries::Movies : DicomSeries::Pictures;
 }
 
 } // namespace
 
+bool IsAtServer(const PacsEntry& entry)
+{
+    return entry.state == PacsState::Sent || entry.state == PacsState::Committed;
+}
+
 QList<DicomPerformedSeries> SeriesOf(const QList<PacsEntry>& entries, DicomPicture facts, const QString& captureRoot,
-                                     const std::stop_token& stop)
+                                     const QHash<int, QStringList>& identities, const std::stop_token& stop)
 {
     std::map<DicomSeries, DicomPerformedSeries> series;
     const auto add = [&](const PacsEntry& entry, const DicomReference& object) {
@@ -39,20 +40,21 @@ QList<DicomPerformedSeries> SeriesOf(const QList<PacsEntry>& entries, DicomPictu
     for (const PacsEntry& entry : entries) {
         if (stop.stop_requested())
             break;
-        if (entry.part.startsWith(u"rejection"_s))
+        if (parts::IsRejection(entry.part) || parts::IsSearch(entry.part))
             continue;
-        if (IsThere(entry) && !entry.uid.isEmpty()) {
-            // An earlier release has told no class: it knew but one.
-            add(entry, {entry.classUid.isEmpty() ? ClassUidOf(DicomModality::Endoscopy) : entry.classUid, entry.uid});
+        for (const DicomReference& object : parts::StoredOf(entry))
+            add(entry, object);
+        if (IsAtServer(entry) || !parts::IsOfPicture(entry.part))
             continue;
-        }
-        if (!entry.part.isEmpty() || IsThere(entry))
-            continue;
-        const PacsContent content = ReadPacsContent(entry.VisitBelow(captureRoot), entry.number);
+        const PacsContent content =
+            ReadPacsContent(entry, entry.VisitBelow(captureRoot), identities.value(entry.number));
         facts.number = entry.number;
         facts.restorings = entry.restorings;
-        if (content.kind == PacsContent::Read)
-            add(entry, {ownClass, InstanceUid(facts, content.bytes)});
+        if (content.kind != PacsContent::Read)
+            continue;
+        add(entry, {ownClass, InstanceUid(facts, content.bytes)});
+        if (!content.original.isEmpty())
+            add(entry, {ownClass, InstanceUid(facts, content.original)});
     }
     QList<DicomPerformedSeries> list;
     for (const auto& [kind, each] : series)

@@ -224,6 +224,10 @@ private Q_SLOTS:
         QFETCH3(QString, option, QByteArray, content, QString, found);
         PacsServer server;
         server.Start({option});
+        DicomAbilities abilities;
+        QCOMPARE(m_kit->Abilities(Place(server.Port()), abilities, {}).kind, DicomOutcome::Accepted);
+        for (const DicomAbilities::Kind& kind : abilities.kinds.first(4))
+            QVERIFY(kind.uncompressed && kind.asItIs == (option == u"+xa"_s));
         QCOMPARE(m_kit->Open(Place(server.Port()), {}).kind, DicomOutcome::Accepted);
         const DicomOutcome outcome = m_kit->Store(content, Gildong(), {});
         QVERIFY2(outcome.kind == DicomOutcome::Accepted, qPrintable(outcome.reason));

@@ -83,7 +83,11 @@ std::optional<UprightJpeg> MakeUpright(int descriptor)
     if (operation == TJXOP_NONE || low.cut)
         return upright;
     upright.turned = Moved(content, operation);
-    if (upright.turned.isEmpty() && !header->IsReduced())
+    // It can't be turned whole in this process's memory.
+    upright.large = upright.turned.isEmpty() && header->IsReduced();
+    if (upright.large)
+        return upright;
+    if (upright.turned.isEmpty())
         upright.turned = jpegfile::Encode(picturecontent::Decode(*header, content, {}).picture, Quality);
     return upright.turned.isEmpty() ? std::nullopt : std::optional(upright);
 }

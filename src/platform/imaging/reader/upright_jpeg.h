@@ -11,7 +11,7 @@ struct UprightJpeg
     QSize size;             ///< Of the upright picture.
     QByteArray turned = {}; ///< The file's content; empty where the one that was read stands upright.
     bool cut = false;       ///< The file's data end early; then nothing is turned.
-    bool large = false;     ///< Beyond the limit; the size is the one that the file names.
+    bool large = false;     ///< Beyond the limit.
 };
 
 /// The JPEG behind an open descriptor, turned without a loss where its sides are whole blocks, else coded anew in a

@@ -1,0 +1,4 @@
+#pragma once
+
+/// Makes `MovieEncoder` stand ready.
+void RegisterMovies();
