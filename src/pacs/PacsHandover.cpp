@@ -353,12 +353,13 @@ QString PacsHandover::End()
     again.start(LookMs / 4);
     waiting::ServeFor(EndPatienceMs, goesOn);
     again.stop();
-    // Another station may have stored what is held here.
-    if (m_state.held > 0 && !m_state.isSenderThere) {
+    // Another station may have stored what is held here; the end of a step is told behind this one's.
+    if ((m_state.held > 0 || !m_outlet->Steps().isEmpty()) && !m_state.isSenderThere) {
         m_started.invalidate();
         StartSender(false);
-        m_local.AwaitIdle(LookMs);
     }
+    // What has been told is in the queue by then.
+    m_local.AwaitIdle(LookMs);
     m_local.End(LookMs, [queue = m_queue] { queue->reset(); });
     if (isInHand())
         return {};

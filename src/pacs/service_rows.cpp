@@ -192,6 +192,9 @@ void service_rows::Take(LocalDatabase& queue, const PacsLine& line)
     case PacsLine::Retry:
         queue.Run(Retry());
         break;
+    case PacsLine::Drop:
+        queue.Run({u"DELETE FROM step WHERE state = 'refused'"_s, u"DELETE FROM commitment WHERE state = 'failed'"_s});
+        break;
     default:
         break;
     }

@@ -147,6 +147,9 @@ private Q_SLOTS:
             m_pacs->VisitIsStored(VisitOfThisDay());
             QTRY_COMPARE_WITH_TIMEOUT(m_peer->Objects().size(), 2, LongMs);
         }
+        // Nobody sends any more when the screen closes.
+        if (options.isEmpty())
+            QTRY_VERIFY_WITH_TIMEOUT(m_sender->HasEnded(), LongMs);
         if (isLeft) {
             m_sender->Kill();
             // The mark of a process that has never been.
