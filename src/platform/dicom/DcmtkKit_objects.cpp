@@ -28,6 +28,14 @@ constexpr qint64 LeastSpeed = 100'000;
 /// Of one value: its length has 32 bits, and is even.
 constexpr qint64 MostMovie = 0xFFFFFFFC;
 
+constexpr double LongestFrameMs = 60'000;
+
+/// A side of a picture has 16 bits.
+bool IsWithin(int pixels)
+{
+    return pixels > 0 && pixels <= 0xFFFF;
+}
+
 DicomReference SelfOf(const DicomPicture& facts, DicomSeries series, const QByteArray& content)
 {
     return {ClassUidOf(series), InstanceUid(facts, series, content)};
@@ -151,7 +159,8 @@ DicomOutcome DcmtkKit::StoreMovie(const QString& path, const DicomMovie& movie, 
         return {DicomOutcome::Refused, u"보낼 동영상 파일을 읽을 수 없습니다.!!"_s};
     if (bytes > MostMovie)
         return {DicomOutcome::Refused, u"DICOM으로 보내기에는 너무 큰 동영상입니다.!!"_s};
-    if (movie.columns <= 0 || movie.rows <= 0 || movie.frames <= 0 || !(movie.frameMs > 0))
+    if (!IsWithin(movie.columns) || !IsWithin(movie.rows) || movie.frames <= 0 || !(movie.frameMs > 0) ||
+        movie.frameMs > LongestFrameMs)
         return {DicomOutcome::Refused, u"동영상의 크기나 길이를 알 수 없습니다.!!"_s};
     if (!m_isOpen)
         return NotConnected();

@@ -21,7 +21,8 @@ namespace {
 
 /// A process that has closed its output is about to end.
 constexpr int EndPatienceMs = 200;
-constexpr std::uint32_t MostTurned = 256 << 20;
+/// Of a turned JPEG: whoever asks has no use for a larger one.
+constexpr std::uint32_t MostTurned = 64 << 20;
 
 /// How soon a stop is noticed.
 constexpr qint64 LookMs = 100;

@@ -256,7 +256,7 @@ private Q_SLOTS:
         QTest::newRow("trusted") << u"host -ic"_s << u"ca"_s << QString();
         QTest::newRow("other authority") << u"host -ic"_s << u"other"_s << u"인증서"_s;
         QTest::newRow("certificate of another host") << u"elsewhere -ic"_s << u"ca"_s << u"another host"_s;
-        QTest::newRow("server isn't encrypted") << QString() << u"ca"_s << u"SSL"_s;
+        QTest::newRow("server isn't encrypted") << QString() << u"ca"_s << u"no answer in TLS"_s;
         QTest::newRow("both know each other") << u"host +cf ca.pem"_s << u"ca host"_s << QString();
         QTest::newRow("station's certificate is missing") << u"host +cf ca.pem"_s << u"ca"_s << u"인증서"_s;
         QTest::newRow("no such file") << u"host -ic"_s << u"nothing"_s << u"nothing.pem"_s;

@@ -202,8 +202,13 @@ LinkAnswer Association::Ask(T_ASC_Parameters* parameters, const QByteArray& host
         // A server that doesn't take this station's certificate, or misses it, just goes; one that knows nothing of
         // encryption is silent.
         const bool isTls = asked.module() == OFM_dcmtls && asked != DCMTLS_EC_OpenSSLIOError;
-        const bool isUntrusted = isTls || asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION;
-        return Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+        const bool hasGone = asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION ||
+                             (asked.module() == OFM_dcmnet && asked.code() == DULC_TCPIOERROR);
+        const bool isUntrusted = isTls || hasGone;
+        LinkAnswer answer = Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
+        if (asked == DCMTLS_EC_OpenSSLIOError)
+            answer.comment = "no answer in TLS 1.2 or later";
+        return answer;
     }
     T_ASC_RejectParameters why = {};
     ASC_getRejectParameters(parameters, &why);
