@@ -10,6 +10,7 @@
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "pacs/handed_files.h"
 #include "pacs/queue_rows.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
@@ -121,6 +122,7 @@ private:
             throw PlatformError(u"예전 판의 목록입니다. 스테이션을 한 번 실행한 다음 다시 하십시오 (%1)"_s.arg(
                 NativePath(waiting.path)));
         if (waiting.kind == PatientTraces::Waiting::Queue) {
+            RemoveHandedFiles(waiting.path);
             QStringList statements;
             const auto queue = UseService<LocalDatabases>().Open(waiting.path);
             for (const QString& table : queue_rows::PatientTables(*queue))
@@ -144,6 +146,24 @@ private:
         for (const QString& id : waiting.deletions)
             statements << journal_rows::RemoveDeletion(id);
         journal->Run(statements);
+    }
+
+    /// Documents and movies that wait beside a queue: without their rows they would be nobody's.
+    void RemoveHandedFiles(const QString& queue) const
+    {
+        const auto database = UseService<LocalDatabases>().Open(queue);
+        if (!queue_rows::HasParts(*database))
+            return;
+        for (const QString& table : {u"line"_s, u"picture"_s}) {
+            for (const QVariantList& row :
+                 database->Rows(Statement(u"SELECT id FROM ")
+                                    .Piece(table)
+                                    .Quoted(u" WHERE part <> '' AND chart = '", m_traces.chart)
+                                    .Text())) {
+                if (IsPathPart(row.value(0).toString()))
+                    handed_files::Remove(row.value(0).toString(), queue.left(queue.lastIndexOf(u'\\') + 1));
+            }
+        }
     }
 
     const PatientTraces& m_traces;

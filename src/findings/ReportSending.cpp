@@ -1,5 +1,6 @@
 #include "findings/ReportSending.h"
 
+#include "contracts/files.h"
 #include "contracts/ImagXpress.h"
 #include "contracts/printing.h"
 #include "findings/findings_print.h"
@@ -84,7 +85,7 @@ void ReportSending::Send(const FindingsRecordFields& record, const std::array<Im
     line.text = record.Etc + u" 소견서"_s;
     m_work.Post([line, shown, images, document = Printer().TakeDocument()]() mutable {
         line.id = DigestOf(shown, images);
-        WriteWholeFile(handed_files::ReportPath(line.id), document());
+        Files().WritePrivateFile(handed_files::ReportPath(line.id), document());
         SenderQueue().Add({line});
     });
 }

@@ -13,6 +13,9 @@ using queue_rows::Same;
 
 namespace {
 
+/// A deletion that was begun has moved the file within that time, as a rule.
+constexpr int DeletionMs = 3000;
+
 QString VisitOf(const PacsLine& line)
 {
     return Same(line.chart, line.ymd, line.etc, 0);
@@ -112,8 +115,8 @@ void LedgerChange::Insert(const PacsLine& line, PacsState state, const QDateTime
 void LedgerChange::Send(const PacsLine& line)
 {
     const std::optional<PacsEntry> known = Find(line);
-    // The journal hands over again what it couldn't let go of.
-    if (known && known->id == line.id && known->state != PacsState::Withdrawn)
+    // The journal hands over again what it couldn't let go of. A deleted report may be stored again as it was.
+    if (known && known->id == line.id && (known->state != PacsState::Withdrawn || !parts::IsReport(line.part)))
         return;
     if (known && parts::IsReport(line.part)) {
         // What the server has of it is told to be followed by this one.
@@ -167,7 +170,7 @@ void LedgerChange::Withdraw(const PacsLine& line)
 void LedgerChange::InsertRejection(const PacsEntry& entry, const QString& uid, const QString& classUid)
 {
     Run(Statement(u"INSERT OR IGNORE INTO picture ( id, chart, ymd, etc, imageExt, number, doctor, part, takenAt, "
-                  "text, state ) SELECT ")
+                  "text, notBefore, state ) SELECT ")
             .Then(u"'", QUuid::createUuid().toString(QUuid::Id128))
             .Then(u"', '", entry.chart)
             .Then(u"', '", entry.ymd)
@@ -178,7 +181,8 @@ void LedgerChange::InsertRejection(const PacsEntry& entry, const QString& uid, c
             .Then(u"', '", parts::RejectionOf(uid))
             .Then(u"', '", queue_rows::TimeText(QDateTime::currentDateTime()))
             .Then(u"', '", classUid)
-            .Then(u"', '", queue_rows::Word(PacsState::Waiting))
+            .Piece(u"', %1, '"_s.arg(QDateTime::currentMSecsSinceEpoch() + DeletionMs))
+            .Piece(queue_rows::Word(PacsState::Waiting))
             .Piece(u"'")
             .Text());
 }

@@ -36,8 +36,12 @@ bool IsLive()
 
 void MovieMaking::Look()
 {
-    if (!m_setup.Pacs.SendsMovies)
+    if (!m_setup.Pacs.SendsMovies) {
+        // The setup wanted them when they were handed over.
+        if (const std::optional<PacsEntry> unwanted = m_ledger.RawMovie())
+            m_ledger.Gone(*unwanted);
         return;
+    }
     if (m_isUnderWay) {
         if (IsLive())
             m_stop.request_stop();

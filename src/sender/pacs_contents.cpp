@@ -76,7 +76,7 @@ PacsContent ContentOf(const PacsEntry& entry, const Visit& visit, const QStringL
         return PictureContent(entry, visit, identities);
     const QString path = handed_files::ReportPath(entry.id);
     if (Files().KindOf(path) != FileKind::File)
-        return {PacsContent::Gone};
+        return {PacsContent::Other, {}, {}, {}, u"소견서의 PDF 파일이 없습니다.!! 소견서를 다시 저장하십시오."_s};
     return {PacsContent::Read, Files().ReadArchivedFile(path)};
 }
 
