@@ -15,9 +15,9 @@ constexpr int PageRows = 1000;
 constexpr int GapsShown = 20;
 
 /// Word in the table, and what is told of it.
-const std::array<std::pair<QString, QString>, 22>& Words()
+const std::array<std::pair<QString, QString>, 25>& Words()
 {
-    static const std::array<std::pair<QString, QString>, 22> words{{
+    static const std::array<std::pair<QString, QString>, 25> words{{
         {u"visit-opened"_s, u"방문 열람"_s},
         {u"history-opened"_s, u"지난 방문 열람"_s},
         {u"filed"_s, u"그림 저장"_s},
@@ -40,6 +40,9 @@ const std::array<std::pair<QString, QString>, 22>& Words()
         {u"rejected"_s, u"PACS에 삭제를 알림"_s},
         {u"searched"_s, u"소견서 검색"_s},
         {u"administered"_s, u"관리 명령"_s},
+        {u"order-taken"_s, u"처방을 받음"_s},
+        {u"step-sent"_s, u"검사 진행을 알림"_s},
+        {u"committed"_s, u"PACS 보관 확인"_s},
     }};
     return words;
 }

@@ -4,8 +4,11 @@
 #include "admin/check_tables.h"
 #include "admin/Report.h"
 #include "contracts/dicom.h"
+#include "contracts/dicom_services.h"
 #include "contracts/OutsideChecks.h"
+#include "filing/capture_folders.h"
 #include "frame/components.h"
+#include "pacs/SenderQueue.h"
 #include "records/Statement.h"
 #include "records/study_identity.h"
 #include "session/VisitContext.h"
@@ -63,6 +66,40 @@ CheckLine CheckPacs(const PacsSetupRecord& pacs)
             u"[Pacs] 구역과 서버를 확인하십시오"_s};
 }
 
+/// The hospital's other servers that the setup names.
+CheckLines CheckServices(const PacsSetupRecord& pacs)
+{
+    CheckLines lines;
+    const auto services = CreateObject<DicomServices>(QString::fromUtf16(DicomServicesName));
+    const auto reach = [&](const QString& what, const QString& section, const DicomPeer& peer, DicomService service) {
+        const QString place = u"%1:%2, %3"_s.arg(peer.host).arg(peer.port).arg(peer.calledAet);
+        const DicomOutcome answer = services->Reach(peer, service, {});
+        if (answer.kind == DicomOutcome::Accepted)
+            lines.append({CheckLine::Right, what, place, {}});
+        else
+            lines.append({CheckLine::Wrong, what, u"%1: %2"_s.arg(place, answer.reason),
+                          u"[%1] 구역과 서버를 확인하십시오"_s.arg(section)});
+    };
+    if (!pacs.Worklist.host.isEmpty())
+        reach(u"워크리스트 서버"_s, u"Worklist"_s, pacs.Worklist, DicomService::Worklist);
+    if (!pacs.Steps.host.isEmpty())
+        reach(u"검사진행(MPPS) 서버"_s, u"Mpps"_s, pacs.Steps, DicomService::Steps);
+    if (pacs.CommitPort == 0)
+        return lines;
+    reach(u"PACS 보관 확인"_s, u"Pacs"_s, pacs.Server(), DicomService::Commitment);
+    const QString port = QString::number(pacs.CommitPort);
+    const auto queues = SenderQueue::In(LocalFolder());
+    if (services->Listen(pacs.CommitPort, pacs.Tls, {}))
+        lines.append({CheckLine::Right, u"보관 확인 포트"_s, u"%1, 비어 있음"_s.arg(port), {}});
+    else if (std::ranges::any_of(queues, &SenderQueue::Found::isSenderThere))
+        lines.append({CheckLine::Right, u"보관 확인 포트"_s, u"%1, 보내는 프로그램이 쓰고 있음"_s.arg(port), {}});
+    else
+        lines.append({CheckLine::Wrong, u"보관 확인 포트"_s,
+                      u"%1을(를) 열 수 없습니다. 다른 프로그램이 쓰거나 1024보다 작습니다"_s.arg(port),
+                      u"[Pacs] CommitPort를 바꾸십시오"_s});
+    return lines;
+}
+
 /// Nothing when visits can be told from those of other clinics.
 CheckLines CheckIdentity(const OutsideChecks::Setup& setup)
 {
@@ -98,6 +135,7 @@ int CheckStation(Report& report)
         look(CheckIdentity(setup) + CheckLines{server});
         if (server.verdict == CheckLine::Right)
             look(CheckAbilities(setup.client.Pacs));
+        look(CheckServices(setup.client.Pacs));
     }
     const auto wrong = std::ranges::count(all, CheckLine::Wrong, &CheckLine::verdict);
     report.Total(wrong == 0 ? u"이상이 없습니다."_s : u"이상 %1건"_s.arg(wrong), {{u"wrong"_s, qint64(wrong)}});

@@ -87,6 +87,35 @@ void ShowEntry(const PacsEntry& entry, const SenderQueue::Found& queue, const QS
                 facts);
 }
 
+/// What the hospital's other servers are still to hear of, or to answer for. Gives how many lines.
+int ShowServices(const SenderQueue::Found& queue, const QJsonObject& sender, Report& report)
+{
+    const auto show = [&](const QString& word, const QString& kind, const Visit& visit, int number,
+                          const QString& reason) {
+        QJsonObject facts = sender;
+        facts[u"kind"_s] = kind;
+        facts[u"chart"_s] = visit.chart;
+        facts[u"date"_s] = visit.ymd;
+        facts[u"section"_s] = visit.etc;
+        if (number > 0)
+            facts[u"number"_s] = number;
+        facts[u"reason"_s] = reason;
+        report.Item(u"%1 %2 %3 %4"_s.arg(word, visit.chart, visit.ymd, visit.etc) +
+                        (number > 0 ? u' ' + NumberText(number) : QString()) +
+                        (reason.isEmpty() ? QString() : u' ' + reason),
+                    facts);
+    };
+    for (const service_rows::Step& step : queue.steps) {
+        const bool isRefused = step.state == service_rows::StepState::Refused;
+        show(isRefused ? u"검사진행거부"_s : u"검사진행대기"_s, isRefused ? u"step-refused"_s : u"step-waiting"_s,
+             step.VisitBelow({}), 0, step.reason);
+    }
+    for (const service_rows::Commitment& each : queue.commitments)
+        show(u"보관확인안됨"_s, u"not-committed"_s, {each.chart, {}, each.ymd, each.etc, {}, {}}, each.number,
+             each.reason);
+    return static_cast<int>(queue.steps.size() + queue.commitments.size());
+}
+
 /// Gives how many lines.
 int ShowFolder(const QString& folder, Report& report)
 {
@@ -108,6 +137,7 @@ int ShowFolder(const QString& folder, Report& report)
             ShowEntry(entry, queue, sender, facts, report);
             ++lines;
         }
+        lines += ShowServices(queue, facts, report);
         // Nothing is to be done about them here.
         for (const PacsEntry& entry : queue.staying) {
             QJsonObject stays{{u"kind"_s, u"stays"_s},   {u"chart"_s, entry.chart},   {u"date"_s, entry.ymd},

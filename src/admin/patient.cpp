@@ -124,10 +124,11 @@ private:
         if (waiting.kind == PatientTraces::Waiting::Queue) {
             RemoveHandedFiles(waiting.path);
             QStringList statements;
-            for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s})
+            const auto queue = UseService<LocalDatabases>().Open(waiting.path);
+            for (const QString& table : queue_rows::PatientTables(*queue))
                 statements
                     << Statement(u"DELETE FROM ").Piece(table).Quoted(u" WHERE chart = '", m_traces.chart).Text();
-            UseService<LocalDatabases>().Open(waiting.path)->Run(statements);
+            queue->Run(statements);
             return;
         }
         const std::unique_ptr<FileLock> lock = Files().Lock(waiting.lock);

@@ -16,6 +16,7 @@
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
 #include "records/Statement.h"
 #include "session/VisitContext.h"
@@ -170,7 +171,7 @@ void LookIntoQueues(const QString& folder, PatientTraces& traces)
         waiting.path = queue.path;
         waiting.foreignOwner = queue.foreignOwner;
         const auto database = UseService<LocalDatabases>().OpenToRead(queue.path);
-        for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s})
+        for (const QString& table : queue_rows::PatientTables(*database))
             waiting.lines += database
                                  ->Rows(Statement(u"SELECT COUNT(*) FROM ")
                                             .Piece(table)

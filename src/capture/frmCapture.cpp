@@ -275,6 +275,8 @@ void frmCapture::ConnectPacs()
     connect(m_stills.get(), &StillCapture::VisitIsStored, pacs, &PacsHandover::VisitIsStored);
     connect(m_history.get(), &CaptureHistory::PictureIsMarked, pacs,
             [pacs](const Visit& visit, int number) { pacs->PictureIsMarked(visit, number, visit == CurrentVisit()); });
+    if (VisitContext.YmdIsValid)
+        pacs->VisitIsShown(CurrentVisit());
 }
 
 void frmCapture::OfferNote(bool isThere)
@@ -319,6 +321,8 @@ void frmCapture::OnSectionChosen()
     VisitContext.Etc = Trim(m_cmbEtc->currentText());
     m_large->LeaveSection();
     acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"캡쳐화면"_s);
+    if (m_pacs && VisitContext.YmdIsValid)
+        m_pacs->VisitIsShown(CurrentVisit());
     m_history->ShowSection();
 }
 

@@ -111,8 +111,18 @@ std::optional<DicomModality> ModalityOf(const QString& word)
                                         : std::optional(static_cast<DicomModality>(found - ModalityWords.begin()));
 }
 
-bool IsUidRoot(const QString& root)
+QString NewUid(const QString& root)
+{
+    return (root.isEmpty() ? u"2.25"_s : root) + u'.' + DecimalOf(QUuid::createUuid());
+}
+
+bool IsUid(const QString& uid)
 {
     static const QRegularExpression components(uR"(\A(0|[1-9]\d*)(\.(0|[1-9]\d*))+\z)"_s);
-    return root.size() <= 24 && components.match(root).hasMatch();
+    return uid.size() <= 64 && components.match(uid).hasMatch();
+}
+
+bool IsUidRoot(const QString& root)
+{
+    return root.size() <= 24 && IsUid(root);
 }

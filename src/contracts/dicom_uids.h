@@ -27,6 +27,10 @@ QString WordOf(DicomModality modality);
 /// Nothing for a word that is none.
 std::optional<DicomModality> ModalityOf(const QString& word);
 
+/// One that nothing else has, under the root, or under `2.25` without one.
+QString NewUid(const QString& root);
+/// True for an identifier as the standard has them.
+bool IsUid(const QString& uid);
 /// True for a root that leaves room behind it: digits and points, at most 24 characters, no component that begins with
 /// a needless 0.
 bool IsUidRoot(const QString& root);

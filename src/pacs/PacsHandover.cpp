@@ -1,5 +1,7 @@
 #include "pacs/PacsHandover.h"
 
+#include "contracts/dicom_uids.h"
+#include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "contracts/SenderProcess.h"
 #include "filing/DeletionJob.h"
@@ -7,6 +9,7 @@
 #include "filing/PictureRecord.h"
 #include "frame/components.h"
 #include "frame/journal.h"
+#include "frame/services.h"
 #include "frame/waiting.h"
 #include "pacs/pacs_setup.h"
 #include "pacs/parts.h"
@@ -45,8 +48,22 @@ public:
         line.doctor = m_launched.DoctorOf(picture.visit);
         line.goes = m_setup.SendsEachStill || picture.origin == PictureOrigin::Restored;
         line.takenAt = picture.takenAt;
-        Add({line});
+        QList<PacsLine> lines{line};
+        const bool isBegun = !m_setup.Steps.host.isEmpty() && picture.origin != PictureOrigin::Restored &&
+                             !Steps().contains(picture.visit);
+        if (isBegun) {
+            PacsLine begun = PacsLine::Of(PacsLine::Begun, picture.visit);
+            begun.id = NewUid(m_setup.UidRoot);
+            begun.doctor = line.doctor;
+            begun.takenAt = QDateTime::currentDateTime();
+            begun.text = Files().ProcessMark();
+            lines.append(begun);
+        }
+        Add(lines);
         Remember(picture.visit);
+        const std::lock_guard lock(m_mutex);
+        if (isBegun)
+            m_steps.append(picture.visit);
     }
     void HandOverMovie(const MovieJob& job, const QString& fileName) override
     {
@@ -76,6 +93,12 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         return m_visits;
+    }
+    /// Those of them whose step has been begun.
+    QList<Visit> Steps() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_steps;
     }
 
 private:
@@ -112,6 +135,7 @@ private:
     std::unique_ptr<SenderQueue> m_queue;
     mutable std::mutex m_mutex;
     QList<Visit> m_visits;
+    QList<Visit> m_steps;
 };
 
 std::unique_ptr<PacsHandover> PacsHandover::ForSetup(const ClientSetupRecord& setup, const SaupRecords& places,
@@ -159,6 +183,27 @@ void PacsHandover::PictureIsMarked(const Visit& visit, int number, bool isStillT
     Add(line);
 }
 
+void PacsHandover::VisitIsShown(const Visit& visit)
+{
+    if (m_setup.Worklist.host.isEmpty() || (m_shown && *m_shown == visit))
+        return;
+    m_shown = visit;
+    m_chosen.clear();
+    TellWorklist(std::nullopt);
+    Add(PacsLine::Of(PacsLine::Opened, visit));
+}
+
+void PacsHandover::Choose(const QString& key)
+{
+    if (!m_shown)
+        return;
+    m_chosen = key;
+    TellWorklist(std::nullopt);
+    PacsLine line = PacsLine::Of(PacsLine::Chosen, *m_shown);
+    line.text = key;
+    Add(line);
+}
+
 void PacsHandover::SendNow()
 {
     Add({PacsLine::Retry});
@@ -182,19 +227,25 @@ void PacsHandover::Look()
 {
     if (std::exchange(m_isLooking, true))
         return;
-    m_local.Post([queue = m_queue, self = QPointer(this)] {
+    m_local.Post([queue = m_queue, self = QPointer(this), shown = m_shown] {
         SenderQueue::State state;
+        std::optional<service_rows::Worklist> worklist;
         const bool isKnown = journal::NotingFaults([&] {
             if (*queue == nullptr)
                 *queue = std::make_unique<SenderQueue>();
             state = (*queue)->Look();
+            if (shown)
+                worklist = (*queue)->WorklistOf(*shown);
         });
-        PostToScreen([self, state, isKnown] {
+        PostToScreen([self, state, isKnown, shown, worklist] {
             if (!self)
                 return;
             self->m_isLooking = false;
             if (isKnown)
                 self->TakeState(state);
+            // Another section may be shown by now.
+            if (isKnown && shown && self->m_shown && *shown == *self->m_shown)
+                self->TellWorklist(worklist);
         });
     });
 }
@@ -202,7 +253,7 @@ void PacsHandover::Look()
 void PacsHandover::TakeState(const SenderQueue::State& state)
 {
     // One that had nothing to do has ended; what has come since is another start's.
-    if (state.lines > m_state.lines) {
+    if (state.lines > m_state.lines || state.serviceLines > m_state.serviceLines) {
         m_starts = 0;
         m_started.invalidate();
     }
@@ -217,7 +268,8 @@ void PacsHandover::TakeState(const SenderQueue::State& state)
         m_starts = 0;
         if (!state.setup.isEmpty() && state.setup != m_digest && !std::exchange(m_hasToldSetup, true))
             Add({PacsLine::Setup, m_digest});
-    } else if (state.lines > 0 || state.movies > 0 || (state.waiting > 0 && !state.NeedsSetup())) {
+    } else if (state.lines > 0 || state.movies > 0 || state.serviceLines > 0 ||
+               (state.waiting > 0 && !state.NeedsSetup()) || state.due.Meet(service_rows::InSetup(m_setup))) {
         StartSender(m_starts > 0);
     }
     TellNotice(state);
@@ -239,14 +291,44 @@ void PacsHandover::TellNotice(const SenderQueue::State& state)
         parts << u"PACS %1/%2"_s.arg(state.sent).arg(state.sent + state.waiting);
     if (state.setAside > 0)
         parts << u"PACS 거부 %1건"_s.arg(state.setAside);
+    if (state.uncommitted > 0)
+        parts << u"PACS 보관 확인 안 됨 %1건"_s.arg(state.uncommitted);
     if (state.waiting > 0 && !state.away.isEmpty())
         parts << state.away.section(u" ("_s, 0, 0); // The server's own words are the administrator's.
     if (m_stayingSince.isValid() && !m_stayingSince.hasExpired(StayingMs))
         parts << u"지운 그림 %1건이 PACS에는 남아 있습니다."_s.arg(m_newlyStaying);
     const QString notice = parts.join(u", "_s);
-    const bool maySend = state.setAside > 0 || (state.waiting > 0 && !state.away.isEmpty());
+    const bool maySend = state.setAside > 0 || state.uncommitted > 0 || (state.waiting > 0 && !state.away.isEmpty());
     if (notice != std::exchange(m_notice, notice) || maySend != std::exchange(m_maySend, maySend))
-        Q_EMIT NoticeChanged(notice, maySend, state.setAside > 0);
+        Q_EMIT NoticeChanged(notice, maySend, state.setAside + state.uncommitted > 0);
+}
+
+void PacsHandover::TellWorklist(const std::optional<service_rows::Worklist>& worklist)
+{
+    using service_rows::WorklistState;
+    QList<service_rows::Offer> offers;
+    QString text;
+    if (worklist && worklist->state != WorklistState::Offered)
+        m_chosen.clear();
+    if (worklist && worklist->state == WorklistState::Offered && m_chosen.isEmpty()) {
+        offers = worklist->offers;
+        text = u"이 검사에 맞는 처방이 %1건입니다. 고르십시오."_s.arg(offers.size());
+    } else if (worklist && !worklist->reason.isEmpty() &&
+               (worklist->state == WorklistState::Asked || worklist->state == WorklistState::Away) &&
+               !m_hasToldWorklist) {
+        text = worklist->reason.section(u" ("_s, 0, 0); // The server's own words are the administrator's.
+    }
+    QStringList keys;
+    for (const service_rows::Offer& offer : std::as_const(offers))
+        keys << offer.key;
+    if (text != std::exchange(m_worklistNotice, text) || keys != std::exchange(m_offered, keys))
+        Q_EMIT WorklistChanged(text, offers);
+}
+
+void PacsHandover::DismissWorklist()
+{
+    m_hasToldWorklist = true;
+    TellWorklist(std::nullopt);
 }
 
 QString PacsHandover::End()
@@ -257,6 +339,12 @@ QString PacsHandover::End()
         for (const Visit& visit : m_outlet->Visits())
             VisitIsStored(visit);
     }
+    for (const Visit& visit : m_outlet->Steps()) {
+        PacsLine closed = PacsLine::Of(PacsLine::Closed, visit);
+        closed.takenAt = QDateTime::currentDateTime();
+        closed.text = Files().ProcessMark();
+        Add(closed);
+    }
     const auto isInHand = [this] { return m_state.waiting == 0 || (m_state.isSenderThere && !m_state.NeedsSetup()); };
     const auto goesOn = [this, isInHand] { return !m_isLooking && isInHand(); };
     Look();
@@ -265,12 +353,13 @@ QString PacsHandover::End()
     again.start(LookMs / 4);
     waiting::ServeFor(EndPatienceMs, goesOn);
     again.stop();
-    // Another station may have stored what is held here.
-    if (m_state.held > 0 && !m_state.isSenderThere) {
+    // Another station may have stored what is held here; the end of a step is told behind this one's.
+    if ((m_state.held > 0 || !m_outlet->Steps().isEmpty()) && !m_state.isSenderThere) {
         m_started.invalidate();
         StartSender(false);
-        m_local.AwaitIdle(LookMs);
     }
+    // What has been told is in the queue by then.
+    m_local.AwaitIdle(LookMs);
     m_local.End(LookMs, [queue = m_queue] { queue->reset(); });
     if (isInHand())
         return {};

@@ -35,6 +35,12 @@ public:
     /// A picture has been marked up. One of a visit that is still to be stored waits for that, as the others do, unless
     /// it has been sent as it was.
     void PictureIsMarked(const Visit& visit, int number, bool isStillToBeStored);
+    /// A screen shows the visit now: the hospital's worklist is asked what has been ordered.
+    void VisitIsShown(const Visit& visit);
+    /// The operator has chosen the entry of that key for the visit that is shown.
+    void Choose(const QString& key);
+    /// The operator has seen that the worklist doesn't answer: he isn't told again.
+    void DismissWorklist();
     /// What was set aside goes again, and nothing pauses.
     void SendNow();
 
@@ -47,6 +53,8 @@ Q_SIGNALS:
     /// What the operator is to know: empty while nothing waits. `maySend`: to try at once would make sense.
     /// `isRefused`: the server has refused some.
     void NoticeChanged(const QString& text, bool maySend, bool isRefused);
+    /// What the operator is to know of the worklist, empty without that, and what he may choose from.
+    void WorklistChanged(const QString& text, const QList<service_rows::Offer>& offers);
 
 private:
     class LineOutlet;
@@ -57,6 +65,7 @@ private:
     /// Starts one, unless that has just been done.
     void StartSender(bool isAgain);
     void TellNotice(const SenderQueue::State& state);
+    void TellWorklist(const std::optional<service_rows::Worklist>& worklist);
 
     const PacsSetupRecord m_setup;
     const QString m_digest;
@@ -76,4 +85,9 @@ private:
     bool m_hasEnded = false;
     QString m_notice;
     bool m_maySend = false;
+    std::optional<Visit> m_shown; ///< The visit that the worklist is asked for.
+    QString m_worklistNotice;
+    QStringList m_offered;          ///< Keys.
+    QString m_chosen;               ///< Key of what has been chosen, until the sender knows it.
+    bool m_hasToldWorklist = false; ///< That it doesn't answer.
 };

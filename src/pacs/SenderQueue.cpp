@@ -9,6 +9,7 @@
 #include "pacs/queue_rows.h"
 #include "records/Statement.h"
 
+#include <QDateTime>
 #include <QVariantList>
 
 using namespace Qt::StringLiterals;
@@ -45,6 +46,9 @@ const QString ThatGo =
     "( kind = 'withdrawn' AND ( goes = 1 OR EXISTS ( SELECT * FROM picture WHERE picture.chart = line.chart AND "
     "picture.ymd = line.ymd AND picture.etc = line.etc AND picture.number = line.number AND uid <> '' AND state <> "
     "'withdrawn' ) ) )"_s;
+const QString OfServices = u"line WHERE kind IN ( 'opened', 'begun', 'closed', 'chosen' )"_s;
+/// What nobody will do anything about.
+const QString Failed = u"state = 'failed'"_s;
 
 } // namespace
 
@@ -79,6 +83,10 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
                                found.lines = Count(*queue, u"line"_s);
                                found.entries = queue_rows::Entries(
                                    *queue, u"state IN ( 'waiting', 'underway', 'aside' ) ORDER BY place"_s);
+                               found.steps = service_rows::Steps(
+                                   *queue, u"state IN ( 'new', 'refused' ) OR ( state = 'running' AND closedAt <> '' "
+                                           ") ORDER BY beganAt"_s);
+                               found.commitments = service_rows::Commitments(*queue, Failed);
                                // A queue of an earlier release has none of that.
                                if (queue_rows::HasParts(*queue))
                                    found.staying = queue_rows::Entries(*queue, parts::IsStaying());
@@ -129,7 +137,18 @@ SenderQueue::State SenderQueue::Look()
     state.away = status.value(QString::fromUtf16(queue_rows::AwayReason));
     state.setup = status.value(QString::fromUtf16(queue_rows::SetupDigest));
     state.isSenderThere = IsLiving(status.value(QString::fromUtf16(queue_rows::SenderMark)));
+    state.serviceLines = Count(*m_database, OfServices);
+    state.due = service_rows::DueBefore(*m_database, QDateTime::currentMSecsSinceEpoch());
+    state.hasOpenSteps = Count(*m_database, u"step WHERE closedAt = '' AND state IN ( 'new', 'running' )"_s) > 0;
+    state.uncommitted = Count(*m_database, u"commitment WHERE "_s + Failed);
     return state;
+}
+
+std::optional<service_rows::Worklist> SenderQueue::WorklistOf(const Visit& visit)
+{
+    const PacsLine line = PacsLine::Of(PacsLine::Opened, visit);
+    const auto found = service_rows::Worklists(*m_database, queue_rows::Same(line.chart, line.ymd, line.etc, 0));
+    return found.isEmpty() ? std::nullopt : std::optional(found.first());
 }
 
 QList<PacsEntry> SenderQueue::Staying()

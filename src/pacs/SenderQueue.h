@@ -2,10 +2,12 @@
 
 #include "contracts/files.h"
 #include "pacs/PacsLine.h"
+#include "pacs/service_rows.h"
 
 #include <QList>
 
 #include <memory>
+#include <optional>
 
 class LocalDatabase;
 
@@ -32,6 +34,10 @@ public:
         QString away;    ///< Why nothing goes; empty while it does.
         QString setup;   ///< What the sender's setup is known by.
         bool isSenderThere = false;
+        int serviceLines = 0;      ///< Lines for the hospital's other servers: the sender hasn't seen them.
+        service_rows::Kinds due;   ///< Of which something is to be asked or told now.
+        bool hasOpenSteps = false; ///< Performed steps that haven't been closed.
+        int uncommitted = 0;       ///< Pictures that the server doesn't answer for, though they went twice.
 
         /// Nothing goes before the setup is another one.
         bool NeedsSetup() const { return away == QStringView(NoIdentityText); }
@@ -47,8 +53,10 @@ public:
         bool isSenderThere = false;
         QString away;
         int lines = 0;
-        QList<PacsEntry> entries; ///< That wait or are set aside.
-        QList<PacsEntry> staying; ///< Deleted here, and still at the server.
+        QList<PacsEntry> entries;                    ///< That wait or are set aside.
+        QList<PacsEntry> staying;                    ///< Deleted here, and still at the server.
+        QList<service_rows::Step> steps;             ///< That the server is still to hear of, or has refused.
+        QList<service_rows::Commitment> commitments; ///< That the server doesn't answer for.
     };
     /// The queues in a program's folder, also those that were put aside. Changes none.
     static QList<Found> In(const QString& folder);
@@ -71,6 +79,9 @@ public:
     /// What the server has taken from that time on (ISO 8601, local, with milliseconds). Throws PlatformError.
     QList<PacsEntry> SentSince(const QString& time);
 
+    /// How it stands with the worklist's entry for a visit; nothing for one that no screen has shown. Throws
+    /// PlatformError.
+    std::optional<service_rows::Worklist> WorklistOf(const Visit& visit);
     /// What the server has of pictures that are deleted here, and hasn't been told of that. Throws PlatformError.
     QList<PacsEntry> Staying();
 

@@ -1,6 +1,7 @@
 #include "pacs/queue_rows.h"
 
 #include "contracts/LocalDatabase.h"
+#include "pacs/service_rows.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -53,6 +54,7 @@ QString queue_rows::TimeText(const QDateTime& time)
 
 void queue_rows::MakeTables(LocalDatabase& queue)
 {
+    service_rows::MakeTables(queue);
     // Without a word to the file where they are there: others may be about to write.
     if (HasColumn(queue, u"line"_s, u"part"_s) && HasColumn(queue, u"picture"_s, u"part"_s))
         return;
@@ -178,6 +180,16 @@ QString queue_rows::Same(const PacsEntry& entry)
 {
     return Same(entry.chart, entry.ymd, entry.etc, entry.number) +
            Statement().Then(u" AND number = ", entry.number).Quoted(u" AND part = '", entry.part).Text();
+}
+
+QStringList queue_rows::PatientTables(LocalDatabase& queue)
+{
+    QStringList tables;
+    for (const QString& table : {u"line"_s, u"picture"_s, u"visit"_s, u"worklist"_s, u"step"_s, u"commitment"_s}) {
+        if (HasColumn(queue, table, u"chart"_s))
+            tables << table;
+    }
+    return tables;
 }
 
 QHash<QString, QString> queue_rows::Status(LocalDatabase& queue)

@@ -33,6 +33,9 @@ QString TimeText(const QDateTime& time);
 /// The condition that a row is that very one.
 QString Same(const PacsEntry& entry);
 
+/// The tables that are there and tell of patients, each by its column `chart`.
+QStringList PatientTables(LocalDatabase& queue);
+
 /// What the sender tells of itself, by name.
 QHash<QString, QString> Status(LocalDatabase& queue);
 QString WriteStatus(const QString& name, const QString& value);

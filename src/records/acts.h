@@ -33,6 +33,9 @@ enum class Kind {
     MovieSent,
     Rejected,     ///< There, after it was deleted here; the detail is its identifier.
     Administered, ///< A command of the administrator's program; the detail is its words.
+    OrderTaken,   ///< Of the hospital's worklist; the detail is its number.
+    StepSent,     ///< What was begun or done, to the hospital's server; the detail is its word and identifier.
+    Committed,    ///< The clinic's server answers for a picture.
 };
 /// The word in the table: "visit-opened".
 QString WordOf(Kind kind);

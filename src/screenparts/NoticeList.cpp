@@ -21,6 +21,15 @@ QString Shortened(const QString& text)
 {
     return text.size() <= MostLetters ? text : text.left(MostLetters) + u"…"_s;
 }
+
+QPushButton* AddButton(QWidget* row, const QString& caption, const QString& name)
+{
+    auto* button = new QPushButton(CaptionText(caption), row);
+    Named(button, name, caption);
+    button->setFocusPolicy(Qt::NoFocus);
+    row->layout()->addWidget(button);
+    return button;
+}
 } // namespace
 
 NoticeList::NoticeList(NoticeStrip& strip)
@@ -43,37 +52,43 @@ NoticeList::NoticeList(NoticeStrip& strip)
     Fill();
 }
 
-QWidget* NoticeList::RowOf(NoticeStrip::Kind kind, const NoticeStrip::Notice& notice)
+QWidget* NoticeList::NewRow(const QString& shown, const NoticeStrip::Offer& offer)
 {
     auto* row = new QWidget;
     row->setObjectName(u"noticeRow"_s);
     row->setAttribute(Qt::WA_StyledBackground);
-    row->setProperty("fault", NoticeStrip::IsFault(kind));
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(8, 4, 4, 4);
-    auto* text = new PlainLabel(ComposedText(Shortened(notice.text)), row);
+    auto* text = new PlainLabel(ComposedText(Shortened(shown)), row);
     text->setAccessibleName(text->text());
     text->setWordWrap(true);
     layout->addWidget(text, 1);
-    const auto add = [&](const QString& caption, const QString& name) {
-        auto* button = new QPushButton(CaptionText(caption), row);
-        Named(button, name, caption);
-        button->setFocusPolicy(Qt::NoFocus);
-        layout->addWidget(button);
-        return button;
-    };
-    if (!notice.offer.caption.isEmpty()) {
-        // It may take its own notice, and this row, away.
-        connect(add(notice.offer.caption, u"listOffer"_s), &QPushButton::clicked, &m_strip,
-                GuardedSlot([run = notice.offer.run, list = QPointer(this)] {
+    // It may take its own notice, and this row, away.
+    if (!offer.caption.isEmpty())
+        connect(AddButton(row, offer.caption, u"listOffer"_s), &QPushButton::clicked, &m_strip,
+                GuardedSlot([run = offer.run, list = QPointer(this)] {
                     if (list)
                         list->deleteLater();
                     if (run)
                         run();
                 }));
-    }
+    return row;
+}
+
+QWidget* NoticeList::RowOf(const NoticeStrip::Choice& choice)
+{
+    QWidget* row = NewRow(choice.text, choice.offer);
+    row->layout()->setContentsMargins(24, 4, 4, 4);
+    return row;
+}
+
+QWidget* NoticeList::RowOf(NoticeStrip::Kind kind, const NoticeStrip::Notice& notice)
+{
+    // What can be chosen has lines of its own, each with its button.
+    QWidget* row = NewRow(notice.text, notice.choices.isEmpty() ? notice.offer : NoticeStrip::Offer());
+    row->setProperty("fault", NoticeStrip::IsFault(kind));
     if (m_strip.MayCancel(kind)) {
-        QPushButton* cancel = add(u"취소"_s, u"listCancel"_s);
+        QPushButton* cancel = AddButton(row, u"취소"_s, u"listCancel"_s);
         cancel->setProperty(ServedWhileWaiting, true);
         connect(cancel, &QPushButton::clicked, &m_strip, &NoticeStrip::Cancelled);
     }
@@ -93,8 +108,11 @@ void NoticeList::Fill()
     auto* layout = new QVBoxLayout(rows);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(1);
-    for (const auto& [kind, notice] : notices)
+    for (const auto& [kind, notice] : notices) {
         layout->addWidget(RowOf(kind, notice));
+        for (const NoticeStrip::Choice& choice : notice.choices)
+            layout->addWidget(RowOf(choice));
+    }
     // A button of the old ones may be what brought this about.
     if (QWidget* before = m_area->takeWidget()) {
         before->hide();

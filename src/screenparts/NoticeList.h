@@ -20,6 +20,10 @@ private:
     void Fill();
     void Place();
     QWidget* RowOf(NoticeStrip::Kind kind, const NoticeStrip::Notice& notice);
+    /// The line of one thing that the operator may choose.
+    QWidget* RowOf(const NoticeStrip::Choice& choice);
+    /// A line with its text, and its button where it offers something.
+    QWidget* NewRow(const QString& text, const NoticeStrip::Offer& offer);
 
     NoticeStrip& m_strip;
     QScrollArea* m_area;

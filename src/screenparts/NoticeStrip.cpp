@@ -108,7 +108,16 @@ void NoticeStrip::setNotice(Kind kind, const QString& text, const Offer& offer)
     if (text.isEmpty())
         m_notices.erase(kind);
     else
-        m_notices[kind] = {text, offer};
+        m_notices[kind] = {text, offer, {}};
+    Present();
+}
+
+void NoticeStrip::setChoices(Kind kind, const QString& text, const QList<Choice>& choices)
+{
+    if (text.isEmpty())
+        m_notices.erase(kind);
+    else
+        m_notices[kind] = {text, {u"고르기"_s, [this] { ToggleList(); }}, choices};
     Present();
 }
 

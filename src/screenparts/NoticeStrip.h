@@ -30,6 +30,7 @@ public:
         Waiting,     ///< Work that goes on, such as a handler that waits. Before all others while it can be given up.
         Printer,     ///< Sheets that were printed stand still.
         Draft,       ///< A note that an earlier run didn't store can come back.
+        Worklist,    ///< Several orders of the hospital fit, or its worklist doesn't answer.
         PacsRefused, ///< Pictures were refused by the clinic's server.
         Room,        ///< The disk of the pictures is nearly full.
         Pacs,        ///< Pictures wait for the clinic's server.
@@ -47,14 +48,23 @@ public:
         QString caption;
         std::function<void()> run;
     };
-    struct Notice
+    /// One of several things that the operator may choose from: the list has a line for each.
+    struct Choice
     {
         QString text;
         Offer offer;
     };
+    struct Notice
+    {
+        QString text;
+        Offer offer;
+        QList<Choice> choices;
+    };
 
     /// An empty text takes the notice away.
     void setNotice(Kind kind, const QString& text, const Offer& offer = {});
+    /// The same with what the operator may choose from: its button shows the list.
+    void setChoices(Kind kind, const QString& text, const QList<Choice>& choices);
     /// All that stand, the most urgent first.
     QList<std::pair<Kind, Notice>> Notices() const;
     /// Shows what it says in reversed colours for a moment.

@@ -7,11 +7,14 @@
 #include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
+#include "pacs/service_rows.h"
 #include "records/Statement.h"
 #include "sender/LedgerChange.h"
 
 #include <QUuid>
 
+#include <chrono>
+#include <thread>
 #include <utility>
 
 using namespace Qt::StringLiterals;
@@ -22,6 +25,9 @@ namespace {
 
 constexpr int LinesAtOnce = 1000;
 constexpr int DaysKept = 400;
+/// A queue is put aside only when it can't be read so often.
+constexpr int OpenTries = 4;
+constexpr int OpenPauseMs = 250;
 
 /// A line that came meanwhile may have given it another place.
 QString Where(const PacsEntry& entry)
@@ -34,7 +40,7 @@ QString Where(const PacsEntry& entry)
 Ledger::Ledger()
 {
     try {
-        Open();
+        OpenPatiently();
     } catch (const PlatformError& error) {
         journal::NoteFault(error.Text());
         m_database.reset();
@@ -46,6 +52,17 @@ Ledger::Ledger()
 }
 
 Ledger::~Ledger() = default;
+
+void Ledger::OpenPatiently()
+{
+    // Another process may be making it at this very moment.
+    for (int left = OpenTries - 1; left > 0; --left) {
+        if (journal::NotingFaults([this] { Open(); }))
+            return;
+        std::this_thread::sleep_for(std::chrono::milliseconds(OpenPauseMs));
+    }
+    Open();
+}
 
 void Ledger::Open()
 {
@@ -64,8 +81,10 @@ Ledger::Orders Ledger::TakeLines(const Rules& rules)
             return orders;
         m_database->Together([&] {
             LedgerChange change(*m_database, rules);
-            for (const auto& [place, line] : lines)
+            for (const auto& [place, line] : lines) {
                 change.Take(line, orders);
+                service_rows::Take(*m_database, line);
+            }
             m_database->Run({queue_rows::RemoveLinesUpTo(lines.last().first)});
         });
     }
@@ -281,4 +300,5 @@ void Ledger::ForgetOld(const QDate& today)
     m_database->Run(
         {u"DELETE FROM picture WHERE "_s + old + u" AND state IN ( 'held', 'sent', 'committed', 'withdrawn' )"_s,
          u"DELETE FROM visit WHERE isToBeAsked = 0 AND "_s + old});
+    service_rows::ForgetOld(*m_database, before);
 }

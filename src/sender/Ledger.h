@@ -120,6 +120,7 @@ public:
 
 private:
     void Open();
+    void OpenPatiently();
     QList<VisitToAsk> Visits(const QString& rest);
     void End(const PacsEntry& entry, PacsState state, const QString& reason);
 

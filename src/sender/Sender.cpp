@@ -9,6 +9,7 @@
 #include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
+#include "sender/services/Services.h"
 
 #include <algorithm>
 #include <utility>
@@ -41,6 +42,7 @@ Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords
     m_ledger.Tell(QString::fromUtf16(queue_rows::AwayReason), {});
     m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), u"0"_s);
     m_ledger.ForgetOld(QDate::currentDate());
+    m_services = Services::ForSetup(m_setup, m_places);
     m_reader.Post([ids = m_ledger.NeededFiles()] { handed_files::RemoveAllBut(ids); });
     m_pause.setSingleShot(true);
     connect(&m_pause, &QTimer::timeout, this, [this] { Guard([this] { Step(); }); });
@@ -82,6 +84,8 @@ void Sender::Look()
     } else if (m_askingSince.isValid() && m_askingSince.hasExpired(SilenceMs)) {
         SetAway(u"데이터베이스가 응답하지 않습니다.!!"_s);
     }
+    if (m_services)
+        m_services->Look();
     if (!m_stop.stop_requested())
         m_movies.Look();
     Step();
@@ -192,7 +196,7 @@ void Sender::EndWhenIdle()
         if (std::exchange(m_sent, 0) > 0)
             m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), u"0"_s);
     }
-    if (m_idle.hasExpired(IdleMs))
+    if (m_idle.hasExpired(IdleMs) && !(m_services && m_services->AreNeeded()))
         Quit();
 }
 

@@ -18,6 +18,8 @@
 #include <memory>
 #include <stop_token>
 
+class Services;
+
 /// Brings the pictures of the queue to the clinic's server, in their order, over one connection at a time, and ends
 /// when nothing waits. What can't go waits: a picture that the server refuses is set aside, one whose file is away
 /// waits for itself, and a server that is away is asked again after growing pauses.
@@ -106,6 +108,7 @@ private:
     WorkThread m_link;                                ///< Makes objects of them and sends these.
     std::shared_ptr<std::unique_ptr<DicomKit>> m_kit; ///< The link's.
     std::stop_source m_stop;
+    std::unique_ptr<Services> m_services; ///< Null without the hospital's other servers.
     QTimer m_look;
     QTimer m_pause;
     int m_pauseMs = 0; ///< The last one's; 0 when the server has answered since.

@@ -52,6 +52,12 @@ bool AwaitStart(Ledger& ledger, Start& start)
     }
 }
 
+bool HasLines()
+{
+    const SenderQueue::State state = SenderQueue().Look();
+    return state.lines > 0 || state.serviceLines > 0;
+}
+
 enum class Next { Nothing, Looks, StartsAgain, Fails };
 
 Next Work()
@@ -62,7 +68,8 @@ Next Work()
     Start start;
     Next next = Next::Looks;
     const SenderQueue::State state = SenderQueue().Look();
-    const bool isAnythingThere = state.waiting > 0 || state.movies > 0 || state.held > 0;
+    const bool isAnythingThere = state.waiting > 0 || state.movies > 0 || state.held > 0 ||
+                                 state.due != service_rows::Kinds() || state.serviceLines > 0 || state.hasOpenSteps;
     if (isAnythingThere && !AwaitStart(ledger, start)) {
         next = Next::Nothing;
     } else if (isAnythingThere) {
@@ -85,7 +92,7 @@ bool LiveAsSender()
     journal::NotingFaults([] { CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))->RemoveLeftObjects(); });
     for (Next next = Next::StartsAgain; next != Next::Nothing;) {
         // Without the lock: a line may have come in after the last look, by one who saw this sender live.
-        if (next == Next::Looks && SenderQueue().Look().lines == 0)
+        if (next == Next::Looks && !HasLines())
             return true;
         const std::unique_ptr<FileLock> lock = Files().Lock(SenderQueue::LockPath());
         if (lock == nullptr)

@@ -127,8 +127,11 @@ void CapShow::Form_Load()
 void CapShow::ConnectPacs()
 {
     m_pacs = PacsHandover::ForSetup(ClientSetup, SaupTable, Launched());
-    if (m_pacs)
-        ShowPacsOn(*m_notices, *m_pacs);
+    if (!m_pacs)
+        return;
+    ShowPacsOn(*m_notices, *m_pacs);
+    if (VisitContext.YmdIsValid)
+        m_pacs->VisitIsShown(CurrentVisit());
 }
 
 void CapShow::Form_Unload()

@@ -22,6 +22,16 @@ void ShowPacsOn(NoticeStrip& strip, PacsHandover& pacs)
         strip.setNotice(isRefused ? NoticeStrip::Pacs : NoticeStrip::PacsRefused, QString());
     };
     QObject::connect(&pacs, &PacsHandover::NoticeChanged, &strip, show);
+    const auto showWorklist = [&strip, &pacs](const QString& text, const QList<service_rows::Offer>& offers) {
+        QList<NoticeStrip::Choice> choices;
+        for (const service_rows::Offer& offer : offers)
+            choices.append({offer.text, {u"선택"_s, [&pacs, key = offer.key] { pacs.Choose(key); }}});
+        if (choices.isEmpty())
+            strip.setNotice(NoticeStrip::Worklist, text, {u"닫기"_s, [&pacs] { pacs.DismissWorklist(); }});
+        else
+            strip.setChoices(NoticeStrip::Worklist, text, choices);
+    };
+    QObject::connect(&pacs, &PacsHandover::WorklistChanged, &strip, showWorklist);
 }
 
 void EndPacs(PacsHandover* pacs)

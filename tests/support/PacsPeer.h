@@ -49,6 +49,18 @@ public:
         return objects;
     }
 
+    /// What it was told of steps and commitment, line by line with the fields that pacs_peer names.
+    QList<QStringList> Told() const
+    {
+        QList<QStringList> lines;
+        QFile record(RecordPath() + QStringLiteral(".told"));
+        if (record.open(QIODevice::ReadOnly)) {
+            for (QString line; !(line = QString::fromUtf8(record.readLine())).isEmpty();)
+                lines.append(line.chopped(1).split(u'\t'));
+        }
+        return lines;
+    }
+
 private:
     QString RecordPath() const { return m_folder.filePath(QStringLiteral("record")); }
 

@@ -55,6 +55,26 @@ public:
         StartProgram(QStringLiteral("dcmqrscp"), {QStringLiteral("-ll"), QStringLiteral("off"), QStringLiteral("+xy"),
                                                   QStringLiteral("-c"), configuration});
     }
+    /// Offers a worklist for the title "WL": wlmscpfs with entries as dump2dcm reads them.
+    void StartWorklist(const QStringList& dumps)
+    {
+        const QString folder = m_folder.filePath(QStringLiteral("WL"));
+        QDir().mkpath(folder);
+        QFile lock(folder + QStringLiteral("/lockfile"));
+        if (!lock.open(QIODevice::WriteOnly))
+            qFatal("no lock");
+        for (qsizetype at = 0; at < dumps.size(); ++at) {
+            QFile dump(m_folder.filePath(QStringLiteral("dump")));
+            if (!dump.open(QIODevice::WriteOnly))
+                qFatal("no entry");
+            dump.write(dumps[at].toUtf8());
+            dump.close();
+            Run(QStringLiteral("dump2dcm"),
+                {QStringLiteral("-g"), dump.fileName(), QStringLiteral("%1/%2.wl").arg(folder).arg(at)});
+        }
+        StartProgram(QStringLiteral("wlmscpfs"), {QStringLiteral("-ll"), QStringLiteral("off"), QStringLiteral("-dfp"),
+                                                  m_folder.path(), QStringLiteral("-dfr"), QString::number(m_port)});
+    }
     void Stop()
     {
         m_process.kill();

@@ -22,6 +22,15 @@
 ///     compression
 ///                            are taken instead
 ///     --find-status A700     refuses each C-FIND
+///
+/// It takes performed procedure steps and storage commitment as well, and writes what it was told into RECORD.told: a
+/// line with "create" or "set", identifier, status of the step, accession number and how many objects it names; or
+/// "action", transaction and how many objects; or "report" and the status of the answer to its report.
+///
+///     --step-statuses 0110   answers of the first N-CREATEs and N-SETs; 0000 behind them
+///     --commit HOW           same: reports on the connection of the question; other: on one of its own, to the port
+///                            --commit-port; failing this: never. --commit-failed N: of the first N questions every
+///                            object fails
 #include <algorithm>
 #include <arpa/inet.h>
 #include <array>
@@ -48,6 +57,7 @@ using Bytes = std::string;
 const Bytes Storage = "1.2.840.10008.5.1.4.1.1."; ///< Begins the classes of objects,
 const std::array<Bytes, 4> Pictures{Storage + "77.1.1", Storage + "6.1", Storage + "77.1.2", Storage + "77.1.4"};
 const Bytes FindClass = "1.2.840.10008.5.1.4.1.2.2.1";
+const Bytes CommitmentClass = "1.2.840.10008.1.20.1";
 const Bytes Jpeg = "1.2.840.10008.1.2.4.50";
 const Bytes Movie = "1.2.840.10008.1.2.4.102";
 const Bytes Explicit = "1.2.840.10008.1.2.1";
@@ -61,9 +71,12 @@ struct Object
 
 std::map<Bytes, Bytes> options;
 std::ofstream record;
+std::ofstream told;
 std::mutex guard;
 std::vector<Object> objects; ///< Those that are here.
 std::atomic<int> stores = 0;
+std::atomic<int> steps = 0;
+std::atomic<int> questions = 0;
 
 Bytes Option(const Bytes& name)
 {
@@ -140,10 +153,68 @@ std::map<std::uint32_t, Bytes> Parsed(const Bytes& set, bool isExplicit)
 /// In implicit little endian.
 Bytes Element(std::uint32_t tag, Bytes value)
 {
-    constexpr std::array<std::uint32_t, 4> Identifiers{0x0002, 0x00080018, 0x0020000D, 0x0020000E};
+    constexpr std::array<std::uint32_t, 6> Identifiers{0x0002, 0x1000, 0x00080018, 0x00081195, 0x0020000D, 0x0020000E};
     if (value.size() % 2 != 0)
         value += std::ranges::find(Identifiers, tag) != Identifiers.end() ? '\0' : ' ';
     return Little(tag >> 16, 2) + Little(tag & 0xFFFF, 2) + Little(static_cast<std::uint32_t>(value.size()), 4) + value;
+}
+
+/// The part of a list of statuses that has that number, counted from 0.
+int StatusAt(const Bytes& list, int at)
+{
+    std::istringstream statuses(list);
+    Bytes status;
+    for (int each = 0; each <= at; ++each) {
+        if (!std::getline(statuses, status, ','))
+            return 0;
+    }
+    return static_cast<int>(std::strtol(status.c_str(), nullptr, 16));
+}
+
+/// How often an element stands in a set, at any depth.
+int CountOf(const Bytes& set, std::uint32_t tag)
+{
+    const Bytes wanted = Little(tag >> 16, 2) + Little(tag & 0xFFFF, 2);
+    int count = 0;
+    for (std::size_t at = set.find(wanted); at != Bytes::npos; at = set.find(wanted, at + 4))
+        ++count;
+    return count;
+}
+
+/// The value of the first of them.
+Bytes Within(const Bytes& set, std::uint32_t tag)
+{
+    const std::size_t at = set.find(Little(tag >> 16, 2) + Little(tag & 0xFFFF, 2));
+    return at == Bytes::npos ? Bytes() : Trimmed(set.substr(at + 8, LittleAt(set, at + 4, 4)));
+}
+
+void Tell(const Bytes& line)
+{
+    const std::lock_guard lock(guard);
+    told << line << std::endl;
+}
+
+/// The report on a question whose data set that is: command and data.
+std::pair<Bytes, Bytes> ReportOn(const Bytes& question, bool isFailed)
+{
+    Bytes command = Element(0x0002, CommitmentClass) + Element(0x0100, Little(0x0100, 2)) +
+                    Element(0x0110, Little(77, 2)) + Element(0x0800, Little(0, 2)) +
+                    Element(0x1000, CommitmentClass + ".1") + Element(0x1002, Little(isFailed ? 2 : 1, 2));
+    command = Element(0x0000, Little(static_cast<std::uint32_t>(command.size()), 4)) + command;
+    const auto asked = Parsed(question, false);
+    Bytes items = asked.count(0x00081199) == 0 ? Bytes() : asked.at(0x00081199);
+    // The padding of its last identifier.
+    if (items.size() % 2 != 0)
+        items += '\0';
+    if (isFailed) {
+        Bytes failing;
+        for (std::size_t at = 0; at + 8 <= items.size(); at += 8 + LittleAt(items, at + 4, 4)) {
+            const Bytes item = items.substr(at + 8, LittleAt(items, at + 4, 4)) + Element(0x00081197, Little(0x112, 2));
+            failing += items.substr(at, 4) + Little(static_cast<std::uint32_t>(item.size()), 4) + item;
+        }
+        items = failing;
+    }
+    return {command, Element(0x00081195, asked.at(0x00081195)) + Element(isFailed ? 0x00081198 : 0x00081199, items)};
 }
 
 class Connection
@@ -153,6 +224,28 @@ public:
     ~Connection() { close(m_socket); }
     Connection(const Connection&) = delete;
     Connection& operator=(const Connection&) = delete;
+
+    /// Brings a report to whoever listens, and waits for his answer.
+    void Report(const Bytes& question, bool isFailed)
+    {
+        const auto item = [](char type, const Bytes& body) {
+            return Bytes{type, '\0'} + Big(static_cast<std::uint32_t>(body.size()), 2) + body;
+        };
+        const Bytes role =
+            Big(static_cast<std::uint32_t>(CommitmentClass.size()), 2) + CommitmentClass + Bytes{'\0', 1};
+        const Bytes proposed =
+            item(0x20, Bytes{1, '\0', '\0', '\0'} + item(0x30, CommitmentClass) + item(0x40, Implicit));
+        WriteUnit(1, Bytes{'\0', 1, '\0', '\0'} + Bytes("TEST            PEER            ") + Bytes(32, '\0') +
+                         item(0x10, "1.2.840.10008.3.1.1.1") + proposed +
+                         item(0x50, item(0x51, Big(16384, 4)) + item(0x52, "1.2.3.4.55") + item(0x54, role)));
+        const auto [command, data] = ReportOn(question, isFailed);
+        Bytes body;
+        if (ReadUnit(body) != 2 || !WritePart(1, 3, command) || !WritePart(1, 2, data) || ReadUnit(body) != 4)
+            return Tell("report\tnone");
+        TellReport(Parsed(body.substr(6), false));
+        WriteUnit(5, Bytes(4, '\0'));
+        ReadUnit(body);
+    }
 
     void Serve()
     {
@@ -342,9 +435,58 @@ private:
             return Find(context, command);
         case 0x0030:
             return Respond(context, command, 0);
+        case 0x0140:
+        case 0x0120:
+            return TakeStep(context, command);
+        case 0x0130:
+            return TakeQuestion(context, command);
+        case 0x8100:
+            TellReport(command);
+            return true;
         default:
             return false;
         }
+    }
+
+    static void TellReport(const std::map<std::uint32_t, Bytes>& answer)
+    {
+        Tell("report\t" + std::to_string(Word(answer, 0x0900)));
+    }
+
+    bool TakeStep(unsigned char context, const std::map<std::uint32_t, Bytes>& command)
+    {
+        const bool isNew = Word(command, 0x0100) == 0x0140;
+        Tell((isNew ? "create\t" : "set\t") + Trimmed(command.at(isNew ? 0x1000 : 0x1001)) + '\t' +
+             Within(m_data, 0x00400252) + '\t' + Within(m_data, 0x00080050) + '\t' +
+             std::to_string(CountOf(m_data, 0x00081155)));
+        return Respond(context, command, static_cast<std::uint32_t>(StatusAt(Option("step-statuses"), steps++)));
+    }
+
+    bool TakeQuestion(unsigned char context, const std::map<std::uint32_t, Bytes>& command)
+    {
+        Tell("action\t" + Within(m_data, 0x00081195) + '\t' + std::to_string(CountOf(m_data, 0x00081155)));
+        const bool isFailed = questions++ < std::atoi(Option("commit-failed").c_str());
+        const Bytes question = m_data;
+        if (!Respond(context, command, 0))
+            return false;
+        if (Option("commit") == "same") {
+            const auto [report, data] = ReportOn(question, isFailed);
+            return WritePart(context, 3, report) && WritePart(context, 2, data);
+        }
+        if (Option("commit") == "other")
+            std::thread([question, isFailed] {
+                sockaddr_in place = {};
+                place.sin_family = AF_INET;
+                place.sin_port = htons(static_cast<std::uint16_t>(std::atoi(Option("commit-port").c_str())));
+                place.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+                const int own = socket(AF_INET, SOCK_STREAM, 0);
+                Connection connection(own);
+                if (connect(own, reinterpret_cast<sockaddr*>(&place), sizeof place) == 0)
+                    connection.Report(question, isFailed);
+                else
+                    Tell("report\tnobody");
+            }).detach();
+        return true;
     }
 
     bool Store(unsigned char context, const std::map<std::uint32_t, Bytes>& command)
@@ -448,6 +590,7 @@ int main(int argc, char** argv)
         options[argv[at]] = argv[at + 1];
     ReadRecord(argv[2]);
     record.open(argv[2], std::ios::app);
+    told.open(Bytes(argv[2]) + ".told", std::ios::app);
     const int door = socket(AF_INET, SOCK_STREAM, 0);
     const int yes = 1;
     setsockopt(door, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);

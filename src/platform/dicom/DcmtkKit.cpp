@@ -6,6 +6,7 @@
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "platform/dicom/DcmtkServices.h"
 #include "platform/dicom/dicom_text.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/register_dicom.h"
@@ -183,4 +184,6 @@ void DcmtkKit::RemoveLeftObjects()
 void RegisterDicom()
 {
     RegisterComponent<DicomKit>(QString::fromUtf16(DicomKitName), [] { return std::make_unique<DcmtkKit>(); });
+    RegisterComponent<DicomServices>(QString::fromUtf16(DicomServicesName),
+                                     [] { return std::make_unique<DcmtkServices>(); });
 }

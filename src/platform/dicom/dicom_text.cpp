@@ -14,6 +14,7 @@ namespace {
 
 /// Makes the Korean characters known that follow: until a separator of names, or the end of the value.
 constexpr char Escape[] = "\x1B$)C";
+constexpr char BackToAscii[] = "\x1B(B";
 constexpr char16_t HangulFirst = u'\uAC00';
 constexpr char16_t HangulLast = u'\uD7A3';
 
@@ -79,7 +80,7 @@ QByteArray KoreanCharacter(const QString& character)
 QString DecodedKorean(QByteArray value)
 {
     try {
-        return windows949::Decoded(value.replace(Escape, ""));
+        return windows949::Decoded(value.replace(Escape, "").replace(BackToAscii, ""));
     } catch (const PlatformError&) {
         return QString::fromLatin1(value);
     }
@@ -94,6 +95,15 @@ QString Decoded(const QByteArray& value, const QByteArray& characters)
     // Not every server tells.
     const QString text = QString::fromUtf8(value);
     return characters.contains("IR 192") || !text.contains(QChar::ReplacementCharacter) ? text : DecodedKorean(value);
+}
+
+/// The group of a name that is in Hangul, else its first.
+QString GroupOf(const QByteArray& value, const QByteArray& characters)
+{
+    const QStringList groups = Decoded(value, characters).split(u'=');
+    const auto inHangul =
+        std::ranges::find_if(groups, [](const QString& group) { return std::ranges::any_of(group, IsHangul); });
+    return inHangul != groups.end() ? *inHangul : groups.first();
 }
 
 } // namespace
@@ -144,11 +154,18 @@ QByteArray dicomtext::Coder::Korean(const QString& text, bool isName)
 
 QString dicomtext::NameOf(const QByteArray& value, const QByteArray& characters)
 {
-    const QStringList groups = Decoded(value, characters).split(u'=');
-    const auto inHangul =
-        std::ranges::find_if(groups, [](const QString& group) { return std::ranges::any_of(group, IsHangul); });
-    QString name = inHangul != groups.end() ? *inHangul : groups.first();
+    QString name = GroupOf(value, characters);
     static const QRegularExpression inside(u"(?<=[가-힣])\\^+(?=[가-힣])"_s);
     static const QRegularExpression separators(uR"([\p{C}^])"_s);
     return name.remove(inside).replace(separators, u" "_s).simplified();
+}
+
+QString dicomtext::PersonOf(const QByteArray& value, const QByteArray& characters)
+{
+    return Harmless(GroupOf(value, characters), LongestLong);
+}
+
+QString dicomtext::TextOf(const QByteArray& value, const QByteArray& characters, qsizetype longest)
+{
+    return Harmless(Decoded(value, characters), longest);
 }

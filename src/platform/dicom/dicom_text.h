@@ -36,5 +36,9 @@ private:
 /// What an object of a server has for a name, without the separators of its parts: that in Hangul, where it has one.
 /// `characters` is the object's own character set.
 QString NameOf(const QByteArray& value, const QByteArray& characters);
+/// The same with the separators of its parts, as an object has it.
+QString PersonOf(const QByteArray& value, const QByteArray& characters);
+/// Any other text of a server, as one plain line.
+QString TextOf(const QByteArray& value, const QByteArray& characters, qsizetype longest = LongestLong);
 
 } // namespace dicomtext

@@ -13,6 +13,11 @@ inline constexpr qint64 MostMessage = MostFrame + MostPlain;
 /// Objects that a server may name in answer to one question, and bytes of each of their texts.
 inline constexpr int MostMatches = 10'000;
 inline constexpr int LongestText = 256;
+/// Entries of a worklist for one patient and day, and elements of each with its items.
+inline constexpr int MostScheduled = 500;
+inline constexpr int MostElements = 400;
+/// Objects in a report of storage commitment.
+inline constexpr int MostReported = 2'000;
 
 enum Key : int {
     RequestKey, ///< `Request`.
@@ -28,11 +33,14 @@ enum Key : int {
     AuthorityKey,      ///< Path: text. Without it nothing is encrypted.
     CertificateKey,    ///< The same, of the station's own certificate and of its key; empty: there is none.
     PrivateKeyKey,
-    ContentKey, ///< `Content`.
-    FrameKey,   ///< Bytes of the content.
-    PathKey,    ///< Path: text. Of a movie, in place of the bytes.
-    StudyKey,   ///< Identifier: bytes.
-    SeriesKey,  ///< The same; without it a study is asked for, not pictures.
+    ContentKey,     ///< `Content`.
+    FrameKey,       ///< Bytes of the content.
+    PathKey,        ///< Path: text. Of a movie, in place of the bytes.
+    StudyKey,       ///< Identifier: bytes.
+    SeriesKey,      ///< The same; without it a study is asked for, not pictures.
+    ServiceKey,     ///< `Service`: what a server is asked for.
+    UidKey,         ///< Identifier of a performed step: bytes.
+    WaitSecondsKey, ///< Integer: how long a report is waited for.
     // Of an answer.
     FaultKey,   ///< `Fault`.
     StatusKey,  ///< Integer: the server's own; of a rejected association its reason with the source in the upper byte.
@@ -41,6 +49,10 @@ enum Key : int {
     MatchesKey, ///< Array of arrays of bytes: study, patient's number, name, character set; or picture, number.
     ObjectKey,  ///< Bytes: an object file's content.
     TakenKey,   ///< Array of arrays of bytes: class, transfer syntax, as they have been agreed.
+    ScheduledKey,   ///< Array of the elements of each entry of a worklist, as in `ElementsKey`, texts bounded.
+    TransactionKey, ///< Bytes: of a report of storage commitment; left away without one.
+    CommittedKey,   ///< Array of arrays: class and identifier of an object as bytes;
+    FailedKey,      ///< the same, and the reason as an integer.
 };
 
 /// What an object holds beside its elements.
@@ -52,7 +64,26 @@ enum class Content {
     Movie,    ///< MPEG-4 AVC/H.264 High Profile / Level 4.1.
 };
 
-enum class Request { Open, Store, Find, Echo, Abilities, Make, Close };
+enum class Request {
+    Open,
+    Store,
+    Find,
+    Echo,
+    Abilities,
+    Make,
+    Close,
+    // Each of these on an association of its own.
+    Reach,     ///< Whether the server is there and offers `ServiceKey`.
+    Scheduled, ///< Asks the worklist by `ElementsKey`.
+    Create,    ///< Makes the performed step `UidKey` of `ElementsKey`;
+    Set,       ///< changes it.
+    Commit,    ///< Asks for commitment by `ElementsKey`; a report that comes in `WaitSecondsKey` is in the answer.
+    // Of the process that listens.
+    Listen, ///< At `PortKey`.
+    Report, ///< Answers the report before with `StatusKey`, and waits for the next one.
+};
+
+enum class Service { Worklist, Steps, Commitment };
 
 enum class Fault {
     None,        ///< The server has answered, or the object is made.

@@ -1,4 +1,4 @@
 #pragma once
 
-/// Registers the DICOM kit. It uses the desktop and the file service.
+/// Registers the DICOM kit and the services. They use the desktop and the file service.
 void RegisterDicom();

@@ -39,6 +39,9 @@ const std::array Contexts{
     Context{Association::Purpose::Pictures, UID_VideoEndoscopicImageStorage, Movie},
     Context{Association::Purpose::Pictures, UID_KeyObjectSelectionDocumentStorage, nullptr},
     Context{Association::Purpose::Pictures, UID_FINDStudyRootQueryRetrieveInformationModel, nullptr},
+    Context{Association::Purpose::Worklist, UID_FINDModalityWorklistInformationModel, nullptr},
+    Context{Association::Purpose::Steps, UID_ModalityPerformedProcedureStepSOPClass, nullptr},
+    Context{Association::Purpose::Commitment, UID_StorageCommitmentPushModelSOPClass, nullptr},
     Context{Association::Purpose::Echo, UID_VerificationSOPClass, nullptr},
 };
 
@@ -199,7 +202,9 @@ LinkAnswer Association::Ask(T_ASC_Parameters* parameters, const QByteArray& host
         // A server that doesn't take this station's certificate, or misses it, just goes; one that knows nothing of
         // encryption is silent.
         const bool isTls = asked.module() == OFM_dcmtls && asked != DCMTLS_EC_OpenSSLIOError;
-        const bool isUntrusted = isTls || asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION;
+        const bool hasGone = asked == DUL_NETWORKCLOSED || asked == DUL_PEERABORTEDASSOCIATION ||
+                             (asked.module() == OFM_dcmnet && asked.code() == DULC_TCPIOERROR);
+        const bool isUntrusted = isTls || hasGone;
         LinkAnswer answer = Drop(isEncrypted && isUntrusted ? Fault::Untrusted : Fault::Unreachable, asked);
         if (asked == DCMTLS_EC_OpenSSLIOError)
             answer.comment = "no answer in TLS 1.2 or later";

@@ -28,7 +28,7 @@ struct LinkAnswer
 class Association
 {
 public:
-    enum class Purpose { Pictures, Echo };
+    enum class Purpose { Pictures, Echo, Worklist, Steps, Commitment };
 
     Association() = default;
     ~Association();
@@ -42,7 +42,7 @@ public:
     /// Tells the server; nothing happens without an association.
     void Close();
 
-private:
+protected:
     /// The connection's fault, behind which it is dropped.
     LinkAnswer Drop(dicomlink::Fault fault, const OFCondition& condition);
     /// What the server said unasked: it is about to leave, or has left.

@@ -36,9 +36,10 @@ bool encryption::IsWanted(const QCborMap& request)
     return !request.value(AuthorityKey).toString().isEmpty();
 }
 
-std::unique_ptr<DcmTLSTransportLayer> encryption::LayerOf(const QCborMap& request, QByteArray& problem)
+std::unique_ptr<DcmTLSTransportLayer> encryption::LayerOf(const QCborMap& request, QByteArray& problem,
+                                                          T_ASC_NetworkRole role)
 {
-    auto layer = std::make_unique<DcmTLSTransportLayer>(NET_REQUESTOR, nullptr, OFTrue);
+    auto layer = std::make_unique<DcmTLSTransportLayer>(role, nullptr, OFTrue);
     const QByteArray authority = FileOf(request, AuthorityKey);
     const QByteArray certificate = FileOf(request, CertificateKey);
     const QByteArray key = FileOf(request, PrivateKeyKey);
@@ -46,7 +47,8 @@ std::unique_ptr<DcmTLSTransportLayer> encryption::LayerOf(const QCborMap& reques
         problem = authority;
         return nullptr;
     }
-    if (!(certificate.isEmpty() && key.isEmpty()) && !TakeOwn(*layer, certificate, key, problem))
+    const bool needsOwn = role != NET_REQUESTOR || !(certificate.isEmpty() && key.isEmpty());
+    if (needsOwn && !TakeOwn(*layer, certificate, key, problem))
         return nullptr;
     if (layer->setTLSProfile(TSP_Profile_BCP195_ND).bad() || layer->activateCipherSuites().bad()) {
         problem = "TLS";

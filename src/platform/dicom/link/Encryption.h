@@ -16,8 +16,9 @@ namespace encryption {
 bool IsWanted(const QCborMap& request);
 
 /// TLS from 1.2 on, by the request's files. Null when one of them can't be read or isn't what it should be; `problem`
-/// then tells which.
-std::unique_ptr<DcmTLSTransportLayer> LayerOf(const QCborMap& request, QByteArray& problem);
+/// then tells which. Who accepts connections needs a certificate of his own.
+std::unique_ptr<DcmTLSTransportLayer> LayerOf(const QCborMap& request, QByteArray& problem,
+                                              T_ASC_NetworkRole role = NET_REQUESTOR);
 
 /// Whether the certificate that the server has shown, and that has been checked, is one of this host, a name or an
 /// address.

@@ -137,6 +137,11 @@ Content ContentOf(const QCborMap& request)
 
 } // namespace
 
+bool pictureobject::PutElements(DcmItem& target, const QCborArray& elements)
+{
+    return PutAll(target, elements, 0);
+}
+
 bool pictureobject::Fill(DcmDataset& dataset, const QCborMap& request)
 {
     if (!PutAll(dataset, request.value(dicomlink::ElementsKey).toArray(), 0))

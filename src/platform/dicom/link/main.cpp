@@ -1,5 +1,7 @@
 #include "platform/dicom/link/Association.h"
 #include "platform/dicom/link/PictureObject.h"
+#include "platform/dicom/link/ReportListener.h"
+#include "platform/dicom/link/ServiceAssociation.h"
 
 #include <QCborValue>
 #include <QtEndian>
@@ -105,7 +107,7 @@ LinkAnswer Abilities(const QCborMap& request)
     return own.Open(request, Association::Purpose::Pictures);
 }
 
-LinkAnswer Asked(Association& association, const QCborMap& request, QCborMap& map)
+LinkAnswer Asked(Association& association, ReportListener& listener, const QCborMap& request, QCborMap& map)
 {
     switch (static_cast<Request>(request.value(RequestKey).toInteger(-1))) {
     case Request::Open:
@@ -124,6 +126,16 @@ LinkAnswer Asked(Association& association, const QCborMap& request, QCborMap& ma
     case Request::Close:
         association.Close();
         return {Fault::None};
+    case Request::Reach:
+    case Request::Scheduled:
+    case Request::Create:
+    case Request::Set:
+    case Request::Commit:
+        return ServiceAssociation().Ask(request, map);
+    case Request::Listen:
+        return listener.Listen(request);
+    case Request::Report:
+        return listener.Next(request, map);
     }
     return {};
 }
@@ -137,10 +149,11 @@ try {
         return 2;
     OFLog::configure(OFLogger::OFF_LOG_LEVEL);
     Association association;
+    ReportListener listener;
     QCborMap request;
     while (ReadRequest(request)) {
         QCborMap map;
-        const LinkAnswer answer = Asked(association, request, map);
+        const LinkAnswer answer = Asked(association, listener, request, map);
         request.clear();
         map[FaultKey] = static_cast<int>(answer.fault);
         map[StatusKey] = answer.status;

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmnet/dimse.h>
+
+#include <QCborArray>
+#include <QCborMap>
+
+/// What servers say of their own accord, and data sets of theirs.
+namespace linkreport {
+
+/// A server's report of storage commitment, whose command has been read: reads its data set, and puts transaction and
+/// objects into the map.
+OFCondition Read(T_ASC_Association& association, T_ASC_PresentationContextID context,
+                 const T_DIMSE_N_EventReportRQ& told, int seconds, QCborMap& report);
+/// Answers it.
+OFCondition Respond(T_ASC_Association& association, T_ASC_PresentationContextID context,
+                    const T_DIMSE_N_EventReportRQ& told, int status);
+
+/// The elements as link_messages.h has them, as many and as long as it says.
+QCborArray ElementsOf(DcmItem& item);
+
+} // namespace linkreport
