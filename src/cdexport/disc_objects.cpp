@@ -1,7 +1,9 @@
 #include "cdexport/disc_objects.h"
 
+#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
+#include "filing/originals.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
@@ -60,8 +62,20 @@ QString TimeOf(const QDateTime& at)
     return at.toLocalTime().toString(u"HHmmss"_s);
 }
 
+/// A marked-up picture is told from its original, as a server is told of it.
+void TakeOriginal(const Visit& visit, const QStringList& identities, const QByteArray& content, DicomPicture& facts)
+{
+    const QString path = originals::PathOf(visit, facts.number, identities);
+    const QByteArray original = path.isEmpty() ? QByteArray() : Files().ReadArchivedFile(path);
+    if (original.isEmpty() || original == content)
+        return;
+    facts.original = {ClassUidOf(facts.study.kind.modality), InstanceUid(facts, original)};
+    facts.instance = InstanceOfMarking(facts.number, 1);
+}
+
 /// On a thread of its own: reads, makes, writes.
-QString MakeStaged(const QString& area, const QString& path, DicomPicture facts, DicomKit::Coding coding)
+QString MakeStaged(const QString& area, const QString& path, const Visit& visit, const QStringList& identities,
+                   DicomPicture facts, DicomKit::Coding coding)
 {
     const QString name = StagedName(area, path);
     if (name.isEmpty())
@@ -71,8 +85,10 @@ QString MakeStaged(const QString& area, const QString& path, DicomPicture facts,
     // A directory doesn't do without one.
     if (facts.study.time.isEmpty())
         facts.study.time = TimeOf(facts.takenAt);
+    const QByteArray content = Files().ReadArchivedFile(path);
+    TakeOriginal(visit, identities, content, facts);
     QByteArray object;
-    const DicomOutcome outcome = kit->MakeObject(Files().ReadArchivedFile(path), facts, coding, object, {});
+    const DicomOutcome outcome = kit->MakeObject(content, facts, coding, object, {});
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome.reason;
     const QString folder = area + ObjectFolder + u'\\';
@@ -150,7 +166,10 @@ QString disc_objects::Stage(const QString& area, const QString& picture, const V
         DicomPicture own = facts;
         own.number = visit.PictureNumber(QFileInfo(NativePath(picture)).fileName());
         const auto coding = ClientSetup.BurnerDicomPlain ? DicomKit::Coding::Uncompressed : DicomKit::Coding::Jpeg;
-        return filecalls::Ask([area, picture, own, coding] { return MakeStaged(area, picture, own, coding); });
+        const QStringList identities = originals::KnownIdentities(visit, own.number);
+        return filecalls::Ask([area, picture, visit, identities, own, coding] {
+            return MakeStaged(area, picture, visit, identities, own, coding);
+        });
     } catch (const PlatformError& error) {
         return error.Text();
     }

@@ -82,6 +82,14 @@ QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteAr
                                          << QString::fromLatin1(hash));
 }
 
+int InstanceOfMarking(int number, int times)
+{
+    constexpr int OfFew = 1000;
+    constexpr int OfMany = 100'000;
+    constexpr int MostTimes = 20'000;
+    return std::min(times, MostTimes) * (number < OfFew ? OfFew : OfMany) + number;
+}
+
 QString ClassUidOf(DicomModality modality)
 {
     return ClassUids.at(static_cast<std::size_t>(modality));

@@ -16,6 +16,10 @@ QString InstanceUid(const DicomPicture& picture, const QByteArray& content);
 /// Any other object of the visit, by its series and what it is made of.
 QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteArray& content);
 
+/// Instance number of the picture with that number once it has been marked up so often, counted from 1: above those of
+/// all pictures of the visit.
+int InstanceOfMarking(int number, int times);
+
 /// Class of the objects that such pictures become.
 QString ClassUidOf(DicomModality modality);
 /// Of reports, movies and rejections, and of the pictures of an endoscope.

@@ -130,8 +130,9 @@ SenderQueue::State SenderQueue::Look()
     state.staying = Count(*m_database, u"picture WHERE "_s + parts::IsStaying());
     state.lines = Count(*m_database, ThatGo);
     state.waiting += state.lines;
-    state.held += Count(*m_database, u"line WHERE kind = 'send'"_s) -
-                  Count(*m_database, u"( SELECT * FROM "_s + ThatGo + u" ) WHERE kind = 'send'"_s);
+    state.heldLines = Count(*m_database, u"line WHERE kind = 'send'"_s) -
+                      Count(*m_database, u"( SELECT * FROM "_s + ThatGo + u" ) WHERE kind = 'send'"_s);
+    state.held += state.heldLines;
     const QHash<QString, QString> status = queue_rows::Status(*m_database);
     state.sent = status.value(QString::fromUtf16(queue_rows::SentNow)).toInt();
     state.away = status.value(QString::fromUtf16(queue_rows::AwayReason));

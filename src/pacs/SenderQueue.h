@@ -28,11 +28,12 @@ public:
         int lines = 0;   ///< Those: the sender hasn't seen them.
         int movies = 0;  ///< That are still to be made ready.
         int setAside = 0;
-        int held = 0;    ///< Pictures whose visit hasn't been stored here, and lines of such.
-        int sent = 0;    ///< Since nothing waited.
-        int staying = 0; ///< Deleted pictures that the server still has, and isn't told of.
-        QString away;    ///< Why nothing goes; empty while it does.
-        QString setup;   ///< What the sender's setup is known by.
+        int held = 0;      ///< Pictures whose visit hasn't been stored here, and lines of such,
+        int heldLines = 0; ///< those alone.
+        int sent = 0;      ///< Since nothing waited.
+        int staying = 0;   ///< Deleted pictures that the server still has, and isn't told of.
+        QString away;      ///< Why nothing goes; empty while it does.
+        QString setup;     ///< What the sender's setup is known by.
         bool isSenderThere = false;
         int serviceLines = 0;      ///< Lines for the hospital's other servers: the sender hasn't seen them.
         service_rows::Kinds due;   ///< Of which something is to be asked or told now.

@@ -79,6 +79,7 @@ Ledger::Orders Ledger::TakeLines(const Rules& rules)
         const auto lines = queue_rows::Lines(*m_database, LinesAtOnce);
         if (lines.isEmpty())
             return orders;
+        orders.areAny = true;
         m_database->Together([&] {
             LedgerChange change(*m_database, rules);
             for (const auto& [place, line] : lines) {

@@ -37,6 +37,7 @@ public:
     {
         bool isRetry = false;
         QString setup; ///< What the setup is known by now; empty when nobody has said.
+        bool areAny = false;
     };
     /// Takes all lines.
     Orders TakeLines(const Rules& rules);

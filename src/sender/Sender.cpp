@@ -94,6 +94,7 @@ void Sender::Look()
 void Sender::TakeLines()
 {
     const Ledger::Orders orders = m_ledger.TakeLines({m_setup.Pacs.SendsEachStill, m_setup.Pacs.Rejects});
+    m_mayBeHeld = m_mayBeHeld || orders.areAny;
     if (orders.isRetry) {
         m_pause.stop();
         m_pauseMs = 0;
@@ -112,7 +113,7 @@ void Sender::Step()
     // A server that was away is tried with one.
     const QList<PacsEntry> entries = m_ledger.Due(m_pauseMs > 0 ? 1 : BatchSize);
     if (entries.isEmpty()) {
-        if (!AskHeld())
+        if (!m_wantsHeld || !AskHeld())
             EndWhenIdle();
         return;
     }
@@ -196,7 +197,9 @@ void Sender::EndWhenIdle()
         if (std::exchange(m_sent, 0) > 0)
             m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), u"0"_s);
     }
-    if (m_idle.hasExpired(IdleMs) && !(m_services && m_services->AreNeeded()))
+    if (!m_idle.hasExpired(IdleMs) || (m_services && m_services->AreNeeded()))
+        return;
+    if (!m_mayBeHeld || !AskHeld())
         Quit();
 }
 

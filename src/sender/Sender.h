@@ -119,7 +119,8 @@ private:
     Items m_items;
     int m_batch = 0; ///< Number of the present or last batch.
     bool m_isBusy = false;
-    bool m_hasAskedHeld = false;
+    bool m_wantsHeld = true;  ///< Whether others have stored what is held is to be asked at once;
+    bool m_mayBeHeld = false; ///< again before the end, as lines have come since.
     bool m_hasOtherSetup = false;
     bool m_hasFailed = false;
     qsizetype m_nextRead = 0;

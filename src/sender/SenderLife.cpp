@@ -55,7 +55,7 @@ bool AwaitStart(Ledger& ledger, Start& start)
 bool HasLines()
 {
     const SenderQueue::State state = SenderQueue().Look();
-    return state.lines > 0 || state.serviceLines > 0;
+    return state.lines > 0 || state.serviceLines > 0 || state.heldLines > 0;
 }
 
 enum class Next { Nothing, Looks, StartsAgain, Fails };

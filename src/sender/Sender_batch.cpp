@@ -43,8 +43,7 @@ std::optional<DicomIdentity> OwnAmong(const QList<DicomFoundStudy>& found, Dicom
 
 bool Sender::AskHeld()
 {
-    if (std::exchange(m_hasAskedHeld, true))
-        return false;
+    m_wantsHeld = m_mayBeHeld = false;
     const auto items = std::make_shared<Items>();
     for (const Ledger::VisitToAsk& visit : m_ledger.HeldVisits(MostHeldAsked)) {
         Item item;

@@ -10,11 +10,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Instance numbers of marked-up pictures lie above those of all pictures of the visit.
-constexpr int InstancesOfFew = 1000;
-constexpr int InstancesOfMany = 100'000;
-constexpr int MostMarkings = 20'000;
-
 bool HasPicture(DicomKit& kit, const DicomPicture& facts, const QString& uid, sending::Known& known,
                 const std::stop_token& stop)
 {
@@ -46,10 +41,10 @@ std::optional<DicomReference> Among(const QList<DicomReference>& stored, const Q
 }
 
 /// Of one more marking than there have been.
-int InstanceOfMarking(const PacsEntry& entry)
+int NextInstance(const PacsEntry& entry)
 {
-    const int step = entry.number < InstancesOfFew ? InstancesOfFew : InstancesOfMany;
-    return std::min(entry.instance / step + 1, MostMarkings) * step + entry.number;
+    const int first = InstanceOfMarking(entry.number, 1) - entry.number;
+    return InstanceOfMarking(entry.number, entry.instance / first + 1);
 }
 
 sending::Answer SendPicture(DicomKit& kit, const sending::Task& task, sending::Known& known,
@@ -80,7 +75,7 @@ sending::Answer SendPicture(DicomKit& kit, const sending::Task& task, sending::K
     }
     answer.stored.original = facts.original.uid;
     if (isMarked)
-        answer.stored.instance = facts.instance = InstanceOfMarking(entry);
+        answer.stored.instance = facts.instance = NextInstance(entry);
     answer.stored.object.classUid = ClassUidOf(facts.study.kind.modality);
     answer.isNew = true;
     if (entry.isDoubtful && HasPicture(kit, facts, uid, known, stop))

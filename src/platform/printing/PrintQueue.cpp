@@ -18,6 +18,7 @@ struct PrintQueue::Sheets
     {
         QString printer; ///< As it was asked for.
         QByteArray pdf;  ///< Until a printer has taken it.
+        int number = 0;  ///< In the order in which they were sent, from 1.
         SentSheet taken;
         QString trouble;
         bool isLost = false;
@@ -28,8 +29,11 @@ struct PrintQueue::Sheets
     std::unique_ptr<PrintServer> server;
     std::vector<Sheet> sheets;
     std::atomic<int> untaken = 0;
+    /// The last one that was sent before the operator gave up what no printer had taken: a look that was on its way
+    /// then is to offer none of them any more.
+    std::atomic<int> givenUp = 0;
 
-    void Add(const QString& printer, const QByteArray& pdf);
+    void Add(const QString& printer, const QByteArray& pdf, int number);
     void Look();
     void GiveUp();
     void Count();
@@ -53,11 +57,11 @@ bool PrintQueue::Sheets::Offer(Sheet& sheet) const
     }
 }
 
-void PrintQueue::Sheets::Add(const QString& printer, const QByteArray& pdf)
+void PrintQueue::Sheets::Add(const QString& printer, const QByteArray& pdf, int number)
 {
     const auto waits = std::ranges::find_if(
         sheets, [&printer](const Sheet& sheet) { return !sheet.IsTaken() && sheet.printer == printer; });
-    Sheet sheet{.printer = printer, .pdf = pdf, .taken = {}, .trouble = {}};
+    Sheet sheet{.printer = printer, .pdf = pdf, .number = number, .taken = {}, .trouble = {}};
     if (waits == sheets.end())
         Offer(sheet);
     else
@@ -73,7 +77,7 @@ void PrintQueue::Sheets::Look()
     for (Sheet& sheet : sheets) {
         if (!sheet.IsTaken()) {
             // Behind one that wasn't taken the others of its printer wait their turn.
-            if (!refusing.contains(sheet.printer) && !Offer(sheet))
+            if (sheet.number > givenUp && !refusing.contains(sheet.printer) && !Offer(sheet))
                 refusing << sheet.printer;
             continue;
         }
@@ -96,7 +100,8 @@ void PrintQueue::Sheets::Look()
 
 void PrintQueue::Sheets::GiveUp()
 {
-    std::erase_if(sheets, [](const Sheet& sheet) { return !sheet.IsTaken() || sheet.isLost; });
+    std::erase_if(sheets,
+                  [this](const Sheet& sheet) { return sheet.isLost || (!sheet.IsTaken() && sheet.number <= givenUp); });
     Count();
 }
 
@@ -156,7 +161,7 @@ void PrintQueue::Show(const QString& trouble, bool isEmpty)
 void PrintQueue::Send(const QString& printer, const QByteArray& pdf)
 {
     m_dismissed.clear();
-    Post([printer, pdf](Sheets& sheets) { sheets.Add(printer, pdf); });
+    Post([printer, pdf, number = ++m_sent](Sheets& sheets) { sheets.Add(printer, pdf, number); });
 }
 
 void PrintQueue::Redirect(const QString& printer)
@@ -179,6 +184,7 @@ void PrintQueue::Dismiss()
     m_dismissed = m_trouble;
     if (m_present)
         m_present({});
+    m_sheets->givenUp = m_sent;
     Post(&Sheets::GiveUp);
 }
 

@@ -40,6 +40,7 @@ private:
     std::function<void(const QString& trouble)> m_present;
     QString m_trouble;
     QString m_dismissed;
+    int m_sent = 0;
     QTimer m_nextLook;
     WorkThread m_thread;
 };

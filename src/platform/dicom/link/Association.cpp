@@ -116,6 +116,17 @@ QCborArray MatchOf(DcmDataset* found, bool isStudy)
     return {TextOf(found, DCM_SOPInstanceUID), TextOf(found, DCM_InstanceNumber)};
 }
 
+/// From its release 3.6.8 on the library wants the patience with the rest.
+OFCondition NewParameters(T_ASC_Parameters*& parameters, Sint32 connectSeconds)
+{
+#if PACKAGE_VERSION_NUMBER >= 368
+    return ASC_createAssociationParameters(&parameters, ASC_DEFAULTMAXPDU, connectSeconds);
+#else
+    dcmConnectionTimeout.set(connectSeconds);
+    return ASC_createAssociationParameters(&parameters, ASC_DEFAULTMAXPDU);
+#endif
+}
+
 } // namespace
 
 Association::~Association()
@@ -154,13 +165,13 @@ LinkAnswer Association::Open(const QCborMap& request, Purpose purpose)
     if (!IsHost(host))
         return {Fault::Unreachable, 0, "Host"};
     m_answerSeconds = static_cast<int>(request.value(AnswerSecondsKey).toInteger());
-    dcmConnectionTimeout.set(static_cast<Sint32>(request.value(ConnectSecondsKey).toInteger()));
+    const auto connectSeconds = static_cast<Sint32>(request.value(ConnectSecondsKey).toInteger());
     dcmSocketSendTimeout.set(m_answerSeconds);
     dcmSocketReceiveTimeout.set(m_answerSeconds);
     const auto agreeSeconds = static_cast<int>(request.value(AgreeSecondsKey).toInteger());
     T_ASC_Parameters* parameters = nullptr;
     if (ASC_initializeNetwork(NET_REQUESTOR, 0, agreeSeconds, &m_network).bad() ||
-        ASC_createAssociationParameters(&parameters, ASC_DEFAULTMAXPDU).bad())
+        NewParameters(parameters, connectSeconds).bad())
         return {};
     const QByteArray place = host + ':' + QByteArray::number(port);
     ASC_setAPTitles(parameters, request.value(CallingKey).toByteArray().constData(),
