@@ -13,8 +13,17 @@ LiveMark::LiveMark()
 {
     m_again.setInterval(AgainMs);
     QObject::connect(&m_again, &QTimer::timeout, &m_again, [this] { Take(); });
-    m_again.start();
-    Take();
+}
+
+void LiveMark::setLive(bool isLive)
+{
+    m_again.stop();
+    if (!isLive) {
+        m_lock.reset();
+    } else if (m_lock == nullptr) {
+        m_again.start();
+        Take();
+    }
 }
 
 void LiveMark::Take()

@@ -6,12 +6,14 @@
 
 #include <memory>
 
-/// Tells the sender that a picture from a device is shown on this machine, for as long as it is there: movies aren't
-/// made ready meanwhile.
+/// Tells the sender whether a device's picture is shown by this user: movies aren't made ready meanwhile. A service,
+/// which is there only where movies go to a server.
 class LiveMark
 {
 public:
     LiveMark();
+
+    void setLive(bool isLive);
 
 private:
     void Take();

@@ -1,5 +1,6 @@
 #include "capture/device_link.h"
 
+#include "capture/LiveMark.h"
 #include "contracts/PlatformError.h"
 #include "contracts/RoomAwake.h"
 #include "contracts/VideoCap.h"
@@ -11,8 +12,11 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-void KeepRoomAwake(bool on)
+/// The room stays awake, and no movie is made ready for a server, while the device runs.
+void TellDeviceRuns(bool on)
 {
+    if (LiveMark* live = ServiceSlot<LiveMark>().get())
+        live->setLive(on);
     RoomAwake* room = ServiceSlot<RoomAwake>().get();
     if (room != nullptr && on)
         room->Keep();
@@ -34,10 +38,10 @@ bool StartDevice(VideoCap& capture)
     try {
         capture.Start();
     } catch (const PlatformError&) {
-        KeepRoomAwake(false);
+        TellDeviceRuns(false);
         throw;
     }
-    KeepRoomAwake(true);
+    TellDeviceRuns(true);
     return true;
 }
 
@@ -86,5 +90,5 @@ void StopDevice(VideoCap& capture)
     if (capture.CaptureMode())
         capture.setCaptureMode(false);
     capture.Stop();
-    KeepRoomAwake(false);
+    TellDeviceRuns(false);
 }

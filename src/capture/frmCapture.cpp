@@ -72,7 +72,7 @@ frmCapture::frmCapture() : StationForm(QString::fromUtf16(FormName))
     if (m_pacs)
         m_filing->Journal().setOutlet(m_pacs->Outlet());
     if (m_pacs && ClientSetup.Pacs.SendsMovies)
-        m_live = std::make_unique<LiveMark>();
+        InstallService<LiveMark>(std::make_unique<LiveMark>());
     m_grid = std::make_unique<VisitGrid>(*m_visitPictures, *m_filing);
     m_stills = std::make_unique<StillCapture>(*m_grid, *m_filing, *m_note);
     m_history = std::make_unique<CaptureHistory>(
@@ -172,7 +172,7 @@ void frmCapture::Form_Unload()
     m_large->End();
     m_fullPicture->Return();
     StopDevice(*m_capCapture);
-    m_live.reset();
+    InstallService<LiveMark>(nullptr);
     m_history->EndFills();
     m_note->End();
     m_deletion->End();

@@ -25,7 +25,6 @@ class MovieFiling;
 class MSComm;
 class NoteBox;
 class NoticeStrip;
-class LiveMark;
 class PacsHandover;
 class StationLease;
 class QComboBox;
@@ -121,7 +120,6 @@ private:
 
     std::unique_ptr<DateRefusal> m_dateRefusal;
     std::unique_ptr<VisitNote> m_note;
-    std::unique_ptr<LiveMark> m_live;     ///< Null where no movies go to a server.
     std::unique_ptr<PacsHandover> m_pacs; ///< Null without a server in the setup.
     std::unique_ptr<StillFiling> m_filing;
     std::unique_ptr<VisitGrid> m_grid;

@@ -243,6 +243,7 @@ private Q_SLOTS:
             QCOMPARE(PacsServer::Element(object, "0008,0060"), u"XC"_s);
         WriteWholeFile(VisitOfToday().PicturePath(2), m_before[2]);
         m_pacs->PictureIsMarked(VisitOfToday(), 2, false);
+        m_pacs->End(); // The line stands in the queue then.
         QTRY_COMPARE_WITH_TIMEOUT(State().waiting, 0, LongMs);
         QCOMPARE(server.Objects().size(), 5);
         QCOMPARE(m_box->Value(u"SELECT st_modality || st_time AS v FROM ca_study"_s), u"XC101112"_s);
