@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <stop_token>
 
 /// What tells a visit's study, and its patient, from every other one elsewhere. Once something has been given to others
@@ -208,6 +209,13 @@ struct DicomFoundStudy
     QString patientName; ///< Without the separators of its parts.
 };
 
+/// A picture file that has been looked through to its end; see `DicomKit::Look`.
+class DicomLook
+{
+public:
+    virtual ~DicomLook() = default;
+};
+
 /// Pictures as DICOM objects, and the way to a server. Each call blocks, never throws, ends within its own limit of
 /// time and memory whatever the server sends, and at once, as `Away`, when a stop is asked for. One thread uses it at a
 /// time.
@@ -224,7 +232,16 @@ public:
     /// format than baseline JPEG. Behind `Away` and `Cut` the connection is closed.
     /// A server that takes no JPEG gets the decoded picture. `KindRefused`, here and below: objects of this class,
     /// those of others may go all the same.
-    virtual DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop) = 0;
+    /// `look` is one at that very content; null: it is taken here.
+    virtual DicomOutcome Store(const QByteArray& content, const DicomPicture& picture,
+                               const std::shared_ptr<const DicomLook>& look, const std::stop_token& stop) = 0;
+    DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop)
+    {
+        return Store(content, picture, nullptr, stop);
+    }
+    /// Looks a picture's content through, as it has to be before it may leave, and turns it upright: that takes as long
+    /// as decoding it. On any thread, also beside other calls. Null when nothing can be said of it for now.
+    virtual std::shared_ptr<const DicomLook> Look(const QByteArray& content, const std::stop_token& stop) const = 0;
     /// Sends a report, a PDF document, into the visit's series of reports. What belongs to a single picture in `facts`
     /// doesn't count, here and in the next two.
     virtual DicomOutcome StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,

@@ -347,6 +347,8 @@ QString PacsHandover::End()
     }
     const auto isInHand = [this] { return m_state.waiting == 0 || (m_state.isSenderThere && !m_state.NeedsSetup()); };
     const auto goesOn = [this, isInHand] { return !m_isLooking && isInHand(); };
+    // One that was on its way knows nothing of what was told above, and may have seen a sender that has ended since.
+    waiting::ServeFor(EndPatienceMs, [this] { return !m_isLooking; });
     Look();
     QTimer again;
     connect(&again, &QTimer::timeout, this, &PacsHandover::Look);

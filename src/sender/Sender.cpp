@@ -35,7 +35,8 @@ const QString Silent = u"PACS 서버가 응답하지 않습니다.!!"_s;
 
 Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords& places, const QString& setupDigest)
     : m_setup(setup), m_places(places), m_digest(setupDigest), m_peer(setup.Pacs.Server()), m_ledger(ledger),
-      m_kit(std::make_shared<std::unique_ptr<DicomKit>>()), m_known(std::make_shared<sending::Known>()),
+      m_kit(std::make_shared<std::unique_ptr<DicomKit>>()),
+      m_looker(CreateObject<DicomKit>(QString::fromUtf16(DicomKitName))), m_known(std::make_shared<sending::Known>()),
       m_movies(ledger, m_setup)
 {
     m_ledger.Tell(QString::fromUtf16(queue_rows::SetupDigest), m_digest);
@@ -98,6 +99,9 @@ void Sender::TakeLines()
     if (orders.isRetry) {
         m_pause.stop();
         m_pauseMs = 0;
+        // What is under way began before that, and another connection may fare better.
+        ++m_retries;
+        m_isEnding = m_isEnding || (m_isBusy && m_nextRead > 0);
     }
     if (!orders.setup.isEmpty() && orders.setup != m_digest) {
         journal::Note(Journal::Information, u"설정이 바뀌어 다시 시작함"_s);
@@ -120,6 +124,7 @@ void Sender::Step()
     m_idle.restart();
     m_isBusy = true;
     m_isEnding = false;
+    m_nextRead = 0;
     ++m_batch;
     AskFacts(entries);
 }

@@ -107,6 +107,7 @@ private:
     WorkThread m_reader;                              ///< Reads pictures.
     WorkThread m_link;                                ///< Makes objects of them and sends these.
     std::shared_ptr<std::unique_ptr<DicomKit>> m_kit; ///< The link's.
+    std::shared_ptr<const DicomKit> m_looker;         ///< The reader's: never connected.
     std::stop_source m_stop;
     std::unique_ptr<Services> m_services; ///< Null without the hospital's other servers.
     QTimer m_look;
@@ -119,6 +120,7 @@ private:
     Items m_items;
     int m_batch = 0; ///< Number of the present or last batch.
     bool m_isBusy = false;
+    int m_retries = 0;        ///< So often all was wanted at once.
     bool m_wantsHeld = true;  ///< Whether others have stored what is held is to be asked at once;
     bool m_mayBeHeld = false; ///< again before the end, as lines have come since.
     bool m_hasOtherSetup = false;

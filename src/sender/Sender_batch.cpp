@@ -184,7 +184,12 @@ void Sender::Open()
         }
         return opened;
     };
-    OnLink(open, [this](const Opened& opened) { TakeOpened(opened.outcome, opened.found); });
+    OnLink(open, [this, retries = m_retries](const Opened& opened) {
+        if (opened.outcome.kind != DicomOutcome::Accepted && retries != m_retries)
+            EndBatch();
+        else
+            TakeOpened(opened.outcome, opened.found);
+    });
 }
 
 void Sender::TakeOpened(const DicomOutcome& outcome, const QHash<QString, DicomIdentity>& found)

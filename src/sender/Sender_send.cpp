@@ -72,8 +72,11 @@ void Sender::ReadNext()
     m_isReading = true;
     m_readingSince.start();
     const auto read = [self = QPointer(this), batch = m_batch, at, visit = m_items[at].visit, entry = m_items[at].entry,
-                       identities = m_items[at].identities] {
-        const PacsContent content = ReadPacsContent(entry, visit, identities);
+                       identities = m_items[at].identities, kit = m_looker, stop = m_stop.get_token()] {
+        PacsContent content = ReadPacsContent(entry, visit, identities);
+        // While the one before is on its way.
+        if (content.kind == PacsContent::Read && parts::IsOfPicture(entry.part))
+            content.look = kit->Look(content.bytes, stop);
         PostToScreen([self, batch, at, content] {
             if (!self)
                 return;
@@ -107,6 +110,8 @@ void Sender::SendNext()
         m_ready.pop_front();
         // What was withdrawn a moment ago doesn't go.
         TakeLines();
+        if (m_isEnding)
+            break;
         if (m_stop.stop_requested() || !m_ledger.IsStill(item.entry))
             continue;
         if (!TakeReading(item))
@@ -159,8 +164,13 @@ void Sender::Send(const Item& item)
     const auto send = [task, known = m_known, stop = m_stop.get_token()](DicomKit& kit) {
         return sending::Send(kit, task, *known, stop);
     };
-    OnLink(send, [this, item](const sending::Answer& answer) {
-        TakeAnswer(item, answer);
+    OnLink(send, [this, item, retries = m_retries](const sending::Answer& answer) {
+        const DicomOutcome::Kind kind = answer.outcome.kind;
+        const bool isToWait = kind != DicomOutcome::Accepted && kind != DicomOutcome::Refused;
+        if (isToWait && retries != m_retries)
+            m_ledger.Later(item.entry, answer.outcome.reason, 0, kind == DicomOutcome::Cut);
+        else
+            TakeAnswer(item, answer);
         ReadNext();
         SendNext();
     });

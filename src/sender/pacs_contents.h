@@ -7,6 +7,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
+class DicomLook;
+
 /// What an entry of the queue sends, as the sender finds it; to be asked on a thread that may block.
 struct PacsContent
 {
@@ -23,6 +27,7 @@ struct PacsContent
     QByteArray original = {}; ///< The picture as it was before it was marked up; empty when none is kept.
     QDateTime takenAt = {};   ///< Local time.
     QString reason = {};      ///< Why it can't be read.
+    std::shared_ptr<const DicomLook> look = {}; ///< At the bytes of a picture; null without one.
 };
 
 /// `identities` are those that the table has of the picture. Never throws.

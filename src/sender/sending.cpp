@@ -80,7 +80,7 @@ sending::Answer SendPicture(DicomKit& kit, const sending::Task& task, sending::K
     answer.isNew = true;
     if (entry.isDoubtful && HasPicture(kit, facts, uid, known, stop))
         return answer;
-    answer.outcome = kit.Store(content.bytes, facts, stop);
+    answer.outcome = kit.Store(content.bytes, facts, content.look, stop);
     if (!answer.outcome.stored.uid.isEmpty())
         answer.stored.object = answer.outcome.stored;
     return answer;

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-struct JpegFrame;
+struct WholePicture;
 
 /// How long a server may keep the kit waiting, in seconds.
 struct DicomPatience
@@ -28,7 +28,10 @@ public:
     DcmtkKit& operator=(const DcmtkKit&) = delete;
 
     DicomOutcome Open(const DicomPeer& peer, const std::stop_token& stop) override;
-    DicomOutcome Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop) override;
+    using DicomKit::Store;
+    DicomOutcome Store(const QByteArray& content, const DicomPicture& picture,
+                       const std::shared_ptr<const DicomLook>& look, const std::stop_token& stop) override;
+    std::shared_ptr<const DicomLook> Look(const QByteArray& content, const std::stop_token& stop) const override;
     DicomOutcome StoreReport(const QByteArray& pdf, const DicomReport& report, const DicomPicture& facts,
                              const std::stop_token& stop) override;
     DicomOutcome StoreMovie(const QString& path, const DicomMovie& movie, const DicomPicture& facts,
@@ -72,8 +75,8 @@ private:
     DicomOutcome Find(const QString& study, const QString& series, qint64 patienceMs, QCborMap& answer,
                       const std::stop_token& stop);
     /// Of a picture, whose content has this frame. Accepted when an object can come of it.
-    static DicomOutcome PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
-                                    Coding coding, Parcel& parcel, const std::stop_token& stop);
+    static DicomOutcome PackPicture(const QByteArray& content, const WholePicture& whole, const DicomPicture& picture,
+                                    Coding coding, Parcel& parcel);
     static QCborMap RequestOfParcel(dicomlink::Request request, const Parcel& parcel);
     /// Sends what the server has agreed to take.
     DicomOutcome Send(const Parcel& parcel, const std::stop_token& stop);

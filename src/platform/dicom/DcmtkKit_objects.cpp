@@ -30,6 +30,12 @@ constexpr qint64 MostMovie = 0xFFFFFFFC;
 
 constexpr double LongestFrameMs = 60'000;
 
+/// For a server that takes JPEG.
+struct JpegLook final : DicomLook
+{
+    WholePicture whole;
+};
+
 /// A side of a picture has 16 bits.
 bool IsWithin(int pixels)
 {
@@ -66,11 +72,10 @@ bool DcmtkKit::Takes(const Taken& taken, const QString& classUid, Content conten
         taken, [&](const auto& each) { return each.first == classUid && syntaxes.contains(each.second); });
 }
 
-DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const JpegFrame& frame, const DicomPicture& picture,
-                                   Coding coding, Parcel& parcel, const std::stop_token& stop)
+DicomOutcome DcmtkKit::PackPicture(const QByteArray& content, const WholePicture& whole, const DicomPicture& picture,
+                                   Coding coding, Parcel& parcel)
 {
     const bool isDecoded = coding == Coding::Uncompressed;
-    const WholePicture whole = ReadWholePicture(content, frame, isDecoded, stop);
     if (!whole.problem.isEmpty())
         return {whole.isPassing ? DicomOutcome::Away : DicomOutcome::Refused, whole.problem};
     parcel.self = {ClassUidOf(picture.study.kind.modality), InstanceUid(picture, content)};
@@ -114,7 +119,19 @@ DicomOutcome DcmtkKit::Send(const Parcel& parcel, const std::stop_token& stop)
     return outcome;
 }
 
-DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture, const std::stop_token& stop)
+std::shared_ptr<const DicomLook> DcmtkKit::Look(const QByteArray& content, const std::stop_token& stop) const
+{
+    auto look = std::make_shared<JpegLook>();
+    const JpegFrame frame = ReadJpegFrame(content);
+    look->whole.frame = frame;
+    look->whole.problem = frame.problem;
+    if (frame.problem.isEmpty())
+        look->whole = ReadWholePicture(content, frame, false, stop);
+    return look->whole.isPassing ? nullptr : look;
+}
+
+DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture,
+                             const std::shared_ptr<const DicomLook>& look, const std::stop_token& stop)
 {
     const JpegFrame frame = ReadJpegFrame(content);
     if (!frame.problem.isEmpty())
@@ -125,9 +142,11 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
     const bool isJpeg = Takes(m_taken, classUid, Content::Jpeg);
     if (!isJpeg && !Takes(m_taken, classUid, Content::Pixels))
         return peeranswers::OfNoContext(Asked::Store);
+    const auto* looked = isJpeg ? dynamic_cast<const JpegLook*>(look.get()) : nullptr;
     Parcel parcel;
     const DicomOutcome packed =
-        PackPicture(content, frame, picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel, stop);
+        PackPicture(content, looked != nullptr ? looked->whole : ReadWholePicture(content, frame, !isJpeg, stop),
+                    picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
     if (packed.kind == DicomOutcome::Accepted)
         return Send(parcel, stop);
     if (packed.kind == DicomOutcome::Away)
@@ -194,7 +213,8 @@ DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture&
     if (!frame.problem.isEmpty())
         return {DicomOutcome::Refused, frame.problem};
     Parcel parcel;
-    if (DicomOutcome packed = PackPicture(content, frame, picture, coding, parcel, stop);
+    const WholePicture whole = ReadWholePicture(content, frame, coding == Coding::Uncompressed, stop);
+    if (DicomOutcome packed = PackPicture(content, whole, picture, coding, parcel);
         packed.kind != DicomOutcome::Accepted)
         return packed;
     QCborMap answer;
