@@ -17,11 +17,23 @@ QByteArray FileOf(const QCborMap& request, Key key)
     return QFile::encodeName(request.value(key).toString());
 }
 
+constexpr DcmTLSSecurityProfile Profile = TSP_Profile_BCP195_ND;
+
+/// From its release 3.6.8 on the library looks whether the certificate suits the profile.
+OFCondition TakeCertificate(DcmTLSTransportLayer& layer, const QByteArray& certificate)
+{
+#if PACKAGE_VERSION_NUMBER >= 368
+    return layer.setCertificateFile(certificate.constData(), DCF_Filetype_PEM, Profile);
+#else
+    return layer.setCertificateFile(certificate.constData(), DCF_Filetype_PEM);
+#endif
+}
+
 bool TakeOwn(DcmTLSTransportLayer& layer, const QByteArray& certificate, const QByteArray& key, QByteArray& problem)
 {
     // Nobody is asked for the password of a key that has one.
     layer.setPrivateKeyPasswd("");
-    if (layer.setCertificateFile(certificate.constData(), DCF_Filetype_PEM).bad())
+    if (TakeCertificate(layer, certificate).bad())
         problem = certificate;
     else if (layer.setPrivateKeyFile(key.constData(), DCF_Filetype_PEM).bad() ||
              !layer.checkPrivateKeyMatchesCertificate())
@@ -50,7 +62,7 @@ std::unique_ptr<DcmTLSTransportLayer> encryption::LayerOf(const QCborMap& reques
     const bool needsOwn = role != NET_REQUESTOR || !(certificate.isEmpty() && key.isEmpty());
     if (needsOwn && !TakeOwn(*layer, certificate, key, problem))
         return nullptr;
-    if (layer->setTLSProfile(TSP_Profile_BCP195_ND).bad() || layer->activateCipherSuites().bad()) {
+    if (layer->setTLSProfile(Profile).bad() || layer->activateCipherSuites().bad()) {
         problem = "TLS";
         return nullptr;
     }
