@@ -11,6 +11,8 @@
 #include "support/PictureFiles.h"
 #include "support/ScriptedDesktop.h"
 
+#include <QTimeZone>
+
 #include <sys/resource.h>
 #include <thread>
 
@@ -158,7 +160,7 @@ private Q_SLOTS:
         DicomPicture facts = Gildong();
         facts.study.time = u"101112"_s;
         if (kind == u"US"_s)
-            facts.takenAt.setOffsetFromUtc(-210 * 60);
+            facts.takenAt.setTimeZone(QTimeZone(-210 * 60));
         facts.study.kind.modality = ModalityOf(kind).value_or(DicomModality::Endoscopy);
         if (kind == u"ordered"_s)
             facts.study.kind.bodyPart = u"STOMACH"_s;
