@@ -48,16 +48,7 @@ DicomOutcome DcmtkKit::AskOfPeer(Request asked, const DicomPeer& peer, Taken& ta
 {
     taken.clear();
     QCborMap request = RequestOf(asked);
-    request[HostKey] = peer.host;
-    request[PortKey] = peer.port;
-    request[CalledKey] = peer.calledAet.toUtf8();
-    request[CallingKey] = peer.callingAet.toUtf8();
-    request[ConnectSecondsKey] = m_patience.connectSeconds;
-    request[AgreeSecondsKey] = m_patience.agreeSeconds;
-    request[AnswerSecondsKey] = m_patience.answerSeconds;
-    request[AuthorityKey] = peer.tls.authority;
-    request[CertificateKey] = peer.tls.certificate;
-    request[PrivateKeyKey] = peer.tls.key;
+    PutPeer(request, peer, m_patience);
     const qint64 patienceMs = (m_patience.connectSeconds + m_patience.agreeSeconds) * 1000LL + GraceMs;
     QCborMap answer;
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);

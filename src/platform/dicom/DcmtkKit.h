@@ -1,7 +1,7 @@
 #pragma once
 
 #include "contracts/dicom.h"
-#include "platform/dicom/link_messages.h"
+#include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/LinkProcess.h"
 #include "platform/dicom/peer_answers.h"
 #include "platform/dicom/visit_elements.h"
@@ -9,14 +9,6 @@
 #include <utility>
 
 struct WholePicture;
-
-/// How long a server may keep the kit waiting, in seconds.
-struct DicomPatience
-{
-    int connectSeconds = 10;
-    int agreeSeconds = 15;  ///< For an association, once connected.
-    int answerSeconds = 60; ///< For an answer, and of any silence of the network.
-};
 
 /// DICOM by dcmtk's library, which a process of its own holds, and its program dcmmkdir.
 class DcmtkKit : public DicomKit

@@ -33,7 +33,8 @@ constexpr double LongestFrameMs = 60'000;
 /// For a server that takes JPEG.
 struct JpegLook final : DicomLook
 {
-    WholePicture whole;
+    JpegFrame frame;    ///< As the file has it.
+    WholePicture whole; ///< As it may leave.
 };
 
 /// A side of a picture has 16 bits.
@@ -122,18 +123,17 @@ DicomOutcome DcmtkKit::Send(const Parcel& parcel, const std::stop_token& stop)
 std::shared_ptr<const DicomLook> DcmtkKit::Look(const QByteArray& content, const std::stop_token& stop) const
 {
     auto look = std::make_shared<JpegLook>();
-    const JpegFrame frame = ReadJpegFrame(content);
-    look->whole.frame = frame;
-    look->whole.problem = frame.problem;
-    if (frame.problem.isEmpty())
-        look->whole = ReadWholePicture(content, frame, false, stop);
+    look->frame = ReadJpegFrame(content);
+    if (look->frame.problem.isEmpty())
+        look->whole = ReadWholePicture(content, look->frame, false, stop);
     return look->whole.isPassing ? nullptr : look;
 }
 
 DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& picture,
                              const std::shared_ptr<const DicomLook>& look, const std::stop_token& stop)
 {
-    const JpegFrame frame = ReadJpegFrame(content);
+    const auto* looked = dynamic_cast<const JpegLook*>(look.get());
+    const JpegFrame frame = looked != nullptr ? looked->frame : ReadJpegFrame(content);
     if (!frame.problem.isEmpty())
         return {DicomOutcome::Refused, frame.problem};
     if (!m_isOpen)
@@ -142,11 +142,10 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
     const bool isJpeg = Takes(m_taken, classUid, Content::Jpeg);
     if (!isJpeg && !Takes(m_taken, classUid, Content::Pixels))
         return peeranswers::OfNoContext(Asked::Store);
-    const auto* looked = isJpeg ? dynamic_cast<const JpegLook*>(look.get()) : nullptr;
     Parcel parcel;
-    const DicomOutcome packed =
-        PackPicture(content, looked != nullptr ? looked->whole : ReadWholePicture(content, frame, !isJpeg, stop),
-                    picture, isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
+    const DicomOutcome packed = PackPicture(
+        content, isJpeg && looked != nullptr ? looked->whole : ReadWholePicture(content, frame, !isJpeg, stop), picture,
+        isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
     if (packed.kind == DicomOutcome::Accepted)
         return Send(parcel, stop);
     if (packed.kind == DicomOutcome::Away)

@@ -50,13 +50,6 @@ DicomOutcome OfServer(DicomOutcome outcome, const ServiceWords& words)
     return outcome;
 }
 
-void PutTls(QCborMap& request, const DicomTls& tls)
-{
-    request[AuthorityKey] = tls.authority;
-    request[CertificateKey] = tls.certificate;
-    request[PrivateKeyKey] = tls.key;
-}
-
 DicomReference ReferenceOf(const QCborArray& told)
 {
     return {QString::fromLatin1(told.at(0).toByteArray()), QString::fromLatin1(told.at(1).toByteArray())};
@@ -83,14 +76,7 @@ DicomOutcome DcmtkServices::Ask(const DicomPeer& peer, DicomService service, QCb
                                 qint64 patienceMs, const std::stop_token& stop)
 {
     request[ServiceKey] = static_cast<int>(service);
-    request[HostKey] = peer.host;
-    request[PortKey] = peer.port;
-    request[CalledKey] = peer.calledAet.toUtf8();
-    request[CallingKey] = peer.callingAet.toUtf8();
-    request[ConnectSecondsKey] = m_patience.connectSeconds;
-    request[AgreeSecondsKey] = m_patience.agreeSeconds;
-    request[AnswerSecondsKey] = m_patience.answerSeconds;
-    PutTls(request, peer.tls);
+    linkoutcomes::PutPeer(request, peer, m_patience);
     const ServiceWords& words = WordsOf(service);
     const qint64 openMs = (m_patience.connectSeconds + 2 * m_patience.agreeSeconds) * 1000LL + linkoutcomes::GraceMs;
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, openMs + patienceMs, stop);
@@ -173,7 +159,7 @@ bool DcmtkServices::Listen(int port, const DicomTls& tls, const std::stop_token&
 {
     QCborMap request = RequestOf(Request::Listen);
     request[PortKey] = port;
-    PutTls(request, tls);
+    linkoutcomes::PutTls(request, tls);
     QCborMap answer;
     return m_link.Ask(request, answer, MostPlain, linkoutcomes::GraceMs, stop) == LinkProcess::End::Answered &&
            answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);

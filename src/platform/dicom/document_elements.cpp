@@ -115,7 +115,7 @@ void AddMovieFrames(Dataset& data, const DicomMovie& movie, qint64 bytes)
 ObjectElements ElementsOf(const DicomReport& report, const QByteArray& pdf, const DicomPicture& facts,
                           const DicomReference& self)
 {
-    return InWantedSet(facts, [&](Dataset& data) {
+    return InWantedSet(facts.characters, [&](Dataset& data) {
         AddVisit(data, facts, {self, DicomSeries::Reports, u"DOC"_s, report.writtenAt, report.instance});
         AddRequest(data, facts);
         data.Plain(0x0008'002a, "DT", {});
@@ -133,7 +133,7 @@ ObjectElements ElementsOf(const DicomReport& report, const QByteArray& pdf, cons
 
 ObjectElements ElementsOf(const DicomMovie& movie, qint64 bytes, const DicomPicture& facts, const DicomReference& self)
 {
-    return InWantedSet(facts, [&](Dataset& data) {
+    return InWantedSet(facts.characters, [&](Dataset& data) {
         AddVisit(data, facts, {self, DicomSeries::Movies, u"ES"_s, movie.startedAt, movie.instance});
         AddRequest(data, facts);
         AddAcquisition(data, movie.startedAt);
@@ -152,7 +152,7 @@ ObjectElements ElementsOf(const DicomMovie& movie, qint64 bytes, const DicomPict
 ObjectElements ElementsOf(const QList<DicomReference>& rejected, const QDateTime& at, const DicomPicture& facts,
                           const DicomReference& self)
 {
-    return InWantedSet(facts, [&](Dataset& data) {
+    return InWantedSet(facts.characters, [&](Dataset& data) {
         AddVisit(data, facts, {self, DicomSeries::Rejections, u"KO"_s, at, 1});
         AddReferencedRequest(data, facts);
         data.Sequence(0x0008'1111, {});

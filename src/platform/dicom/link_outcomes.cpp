@@ -18,6 +18,25 @@ QCborMap linkoutcomes::RequestOf(Request request)
     return map;
 }
 
+void linkoutcomes::PutPeer(QCborMap& request, const DicomPeer& peer, const DicomPatience& patience)
+{
+    request[HostKey] = peer.host;
+    request[PortKey] = peer.port;
+    request[CalledKey] = peer.calledAet.toUtf8();
+    request[CallingKey] = peer.callingAet.toUtf8();
+    request[ConnectSecondsKey] = patience.connectSeconds;
+    request[AgreeSecondsKey] = patience.agreeSeconds;
+    request[AnswerSecondsKey] = patience.answerSeconds;
+    PutTls(request, peer.tls);
+}
+
+void linkoutcomes::PutTls(QCborMap& request, const DicomTls& tls)
+{
+    request[AuthorityKey] = tls.authority;
+    request[CertificateKey] = tls.certificate;
+    request[PrivateKeyKey] = tls.key;
+}
+
 DicomOutcome linkoutcomes::NotConnected()
 {
     return {DicomOutcome::Away, u"PACS 서버에 연결되어 있지 않습니다.!!"_s};

@@ -74,5 +74,5 @@ void Fill(Dataset& data, const DicomPicture& picture, const DicomReference& self
 ObjectElements ElementsOf(const DicomPicture& picture, const DicomReference& self, const JpegFrame& frame,
                           DicomKit::Coding coding)
 {
-    return InWantedSet(picture, [&](Dataset& data) { Fill(data, picture, self, frame, coding); });
+    return InWantedSet(picture.characters, [&](Dataset& data) { Fill(data, picture, self, frame, coding); });
 }

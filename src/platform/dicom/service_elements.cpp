@@ -1,12 +1,10 @@
 #include "platform/dicom/service_elements.h"
 
-#include "contracts/dicom_uids.h"
+#include "platform/dicom/visit_elements.h"
 
 #include <QSysInfo>
-#include <QTime>
 
 #include <algorithm>
-#include <functional>
 
 using namespace Qt::StringLiterals;
 
@@ -59,24 +57,6 @@ private:
     QByteArray m_characters;
 };
 
-void AddCharacters(Dataset& data, DicomCharacters characters)
-{
-    data.Plain(0x0008'0005, "CS", characters == DicomCharacters::Korean ? uR"(\ISO 2022 IR 149)"_s : u"ISO_IR 192"_s);
-}
-
-/// Made in the character set that is wanted, else in Unicode.
-QList<DicomElement> InSet(DicomCharacters characters, const std::function<void(Dataset&)>& fill)
-{
-    for (const DicomCharacters each : {characters, DicomCharacters::Unicode}) {
-        Dataset data(each);
-        AddCharacters(data, each);
-        fill(data);
-        if (data.IsWhole() || each == DicomCharacters::Unicode)
-            return data.Elements();
-    }
-    return {};
-}
-
 Dataset EmptyCode(const Dataset& of)
 {
     Dataset code = of.Item();
@@ -84,27 +64,6 @@ Dataset EmptyCode(const Dataset& of)
     code.Short(0x0008'0102, {});
     code.Long(0x0008'0104, {});
     return code;
-}
-
-QString DateOf(const QDateTime& time)
-{
-    return time.toString(u"yyyyMMdd"_s);
-}
-
-QString TimeOf(const QDateTime& time)
-{
-    return time.toString(u"HHmmss"_s);
-}
-
-void AddPatient(Dataset& data, const DicomPicture& facts)
-{
-    data.Name(0x0010'0010, facts.patientName, facts.hasNameParts);
-    data.Long(0x0010'0020, facts.identity.patientId.isEmpty() ? facts.chart : facts.identity.patientId);
-    if (!facts.identity.issuer.isEmpty())
-        data.Long(0x0010'0021, facts.identity.issuer);
-    data.Plain(0x0010'0030, "DA", Dataset::Date(facts.birthDate));
-    data.Plain(0x0010'0040, "CS", facts.sex == u"M" || facts.sex == u"F" ? facts.sex : QString());
-    data.Sequence(0x0008'1120, {});
 }
 
 Dataset SeriesItem(const Dataset& of, const DicomPerformedSeries& series, const DicomPicture& facts)
@@ -129,26 +88,28 @@ Dataset SeriesItem(const Dataset& of, const DicomPerformedSeries& series, const 
 
 QList<DicomElement> serviceelements::Question(const QString& patientId, const QString& ymd, DicomCharacters characters)
 {
-    return InSet(characters, [&](Dataset& keys) {
-        keys.Short(0x0008'0050, {});
-        keys.PartedName(0x0008'0090, {});
-        keys.PartedName(0x0010'0010, {});
-        keys.Long(0x0010'0020, patientId);
-        keys.Plain(0x0020'000d, "UI", {});
-        keys.Long(0x0032'1060, {});
-        keys.Sequence(0x0032'1064, {EmptyCode(keys)});
-        Dataset step = keys.Item();
-        step.Plain(0x0008'0060, "CS", {});
-        step.Plain(0x0040'0001, "AE", {});
-        step.Plain(0x0040'0002, "DA", Dataset::Date(ymd));
-        step.Plain(0x0040'0003, "TM", {});
-        step.PartedName(0x0040'0006, {});
-        step.Long(0x0040'0007, {});
-        step.Sequence(0x0040'0008, {EmptyCode(keys)});
-        step.Short(0x0040'0009, {});
-        keys.Sequence(0x0040'0100, {step});
-        keys.Short(0x0040'1001, {});
-    });
+    return InWantedSet(characters,
+                       [&](Dataset& keys) {
+                           keys.Short(0x0008'0050, {});
+                           keys.PartedName(0x0008'0090, {});
+                           keys.PartedName(0x0010'0010, {});
+                           keys.Long(0x0010'0020, patientId);
+                           keys.Plain(0x0020'000d, "UI", {});
+                           keys.Long(0x0032'1060, {});
+                           keys.Sequence(0x0032'1064, {EmptyCode(keys)});
+                           Dataset step = keys.Item();
+                           step.Plain(0x0008'0060, "CS", {});
+                           step.Plain(0x0040'0001, "AE", {});
+                           step.Plain(0x0040'0002, "DA", Dataset::Date(ymd));
+                           step.Plain(0x0040'0003, "TM", {});
+                           step.PartedName(0x0040'0006, {});
+                           step.Long(0x0040'0007, {});
+                           step.Sequence(0x0040'0008, {EmptyCode(keys)});
+                           step.Short(0x0040'0009, {});
+                           keys.Sequence(0x0040'0100, {step});
+                           keys.Short(0x0040'1001, {});
+                       })
+        .elements;
 }
 
 std::optional<DicomScheduled> serviceelements::ScheduledOf(const QCborArray& entry, const QString& patientId,
@@ -187,52 +148,57 @@ std::optional<DicomScheduled> serviceelements::ScheduledOf(const QCborArray& ent
 QList<DicomElement> serviceelements::BegunStep(const DicomPerformedStep& step, const DicomPicture& facts,
                                                const QString& station)
 {
-    return InSet(facts.characters, [&](Dataset& data) {
-        const DicomOrder& order = facts.study.order;
-        AddPatient(data, facts);
-        Dataset scheduled = data.Item();
-        scheduled.Short(0x0008'0050, order.accession);
-        scheduled.Sequence(0x0008'1110, {});
-        scheduled.Plain(0x0020'000d, "UI", StudyUid(facts));
-        scheduled.Long(0x0032'1060, order.procedureText);
-        scheduled.Long(0x0040'0007, order.stepText);
-        scheduled.Sequence(0x0040'0008, {});
-        scheduled.Short(0x0040'0009, order.stepId);
-        scheduled.Short(0x0040'1001, order.procedureId);
-        data.Sequence(0x0040'0270, {scheduled});
-        data.Plain(0x0008'0060, "CS", WordOf(facts.study.kind.modality));
-        if (order.procedureCode.isEmpty())
-            data.Sequence(0x0008'1032, {});
-        else
-            data.Coded(0x0008'1032, order.procedureCode, order.procedureScheme, order.procedureName);
-        data.Short(0x0020'0010, facts.ymd);
-        data.Plain(0x0040'0241, "AE", station);
-        data.Short(0x0040'0242, QSysInfo::machineHostName());
-        data.Short(0x0040'0243, {});
-        data.Plain(0x0040'0244, "DA", DateOf(step.beganAt));
-        data.Plain(0x0040'0245, "TM", TimeOf(step.beganAt));
-        data.Plain(0x0040'0250, "DA", {});
-        data.Plain(0x0040'0251, "TM", {});
-        data.Plain(0x0040'0252, "CS", u"IN PROGRESS"_s);
-        data.Short(0x0040'0253, step.beganAt.toString(u"yyyyMMddHHmmss"_s));
-        data.Long(0x0040'0254, order.procedureText.isEmpty() ? facts.section : order.procedureText);
-        data.Long(0x0040'0255, {});
-        data.Sequence(0x0040'0260, {});
-        data.Sequence(0x0040'0340, {});
-    });
+    return InWantedSet(facts.characters,
+                       [&](Dataset& data) {
+                           const DicomOrder& order = facts.study.order;
+                           AddPatient(data, facts);
+                           data.Sequence(0x0008'1120, {});
+                           Dataset scheduled = data.Item();
+                           scheduled.Short(0x0008'0050, order.accession);
+                           scheduled.Sequence(0x0008'1110, {});
+                           scheduled.Plain(0x0020'000d, "UI", StudyUid(facts));
+                           scheduled.Long(0x0032'1060, order.procedureText);
+                           scheduled.Long(0x0040'0007, order.stepText);
+                           scheduled.Sequence(0x0040'0008, {});
+                           scheduled.Short(0x0040'0009, order.stepId);
+                           scheduled.Short(0x0040'1001, order.procedureId);
+                           data.Sequence(0x0040'0270, {scheduled});
+                           data.Plain(0x0008'0060, "CS", WordOf(facts.study.kind.modality));
+                           if (order.procedureCode.isEmpty())
+                               data.Sequence(0x0008'1032, {});
+                           else
+                               data.Coded(0x0008'1032, order.procedureCode, order.procedureScheme, order.procedureName);
+                           data.Short(0x0020'0010, facts.ymd);
+                           data.Plain(0x0040'0241, "AE", station);
+                           data.Short(0x0040'0242, QSysInfo::machineHostName());
+                           data.Short(0x0040'0243, {});
+                           data.Plain(0x0040'0244, "DA", DateOf(step.beganAt));
+                           data.Plain(0x0040'0245, "TM", TimeOf(step.beganAt));
+                           data.Plain(0x0040'0250, "DA", {});
+                           data.Plain(0x0040'0251, "TM", {});
+                           data.Plain(0x0040'0252, "CS", u"IN PROGRESS"_s);
+                           data.Short(0x0040'0253, step.beganAt.toString(u"yyyyMMddHHmmss"_s));
+                           data.Long(0x0040'0254, order.procedureText.isEmpty() ? facts.section : order.procedureText);
+                           data.Long(0x0040'0255, {});
+                           data.Sequence(0x0040'0260, {});
+                           data.Sequence(0x0040'0340, {});
+                       })
+        .elements;
 }
 
 QList<DicomElement> serviceelements::EndedStep(const DicomPerformedStep& step, const DicomPicture& facts)
 {
-    return InSet(facts.characters, [&](Dataset& data) {
-        QList<Dataset> series;
-        for (const DicomPerformedSeries& each : step.series)
-            series.append(SeriesItem(data, each, facts));
-        data.Plain(0x0040'0250, "DA", DateOf(step.endedAt));
-        data.Plain(0x0040'0251, "TM", TimeOf(step.endedAt));
-        data.Plain(0x0040'0252, "CS", series.isEmpty() ? u"DISCONTINUED"_s : u"COMPLETED"_s);
-        data.Sequence(0x0040'0340, series);
-    });
+    return InWantedSet(facts.characters,
+                       [&](Dataset& data) {
+                           QList<Dataset> series;
+                           for (const DicomPerformedSeries& each : step.series)
+                               series.append(SeriesItem(data, each, facts));
+                           data.Plain(0x0040'0250, "DA", DateOf(step.endedAt));
+                           data.Plain(0x0040'0251, "TM", TimeOf(step.endedAt));
+                           data.Plain(0x0040'0252, "CS", series.isEmpty() ? u"DISCONTINUED"_s : u"COMPLETED"_s);
+                           data.Sequence(0x0040'0340, series);
+                       })
+        .elements;
 }
 
 QList<DicomElement> serviceelements::CommitmentOf(const QString& transaction, const QList<DicomReference>& objects)

@@ -8,17 +8,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void AddPatient(Dataset& data, const DicomPicture& facts)
-{
-    const DicomIdentity& identity = facts.identity;
-    data.Name(0x0010'0010, facts.patientName, facts.hasNameParts);
-    data.Long(0x0010'0020, identity.patientId.isEmpty() ? facts.chart : identity.patientId);
-    if (!identity.issuer.isEmpty())
-        data.Long(0x0010'0021, identity.issuer);
-    data.Plain(0x0010'0030, "DA", Dataset::Date(facts.birthDate));
-    data.Plain(0x0010'0040, "CS", facts.sex == u"M" || facts.sex == u"F" ? facts.sex : QString());
-}
-
 /// Tells the studies of a day apart, in characters that everyone reads. Those that were sent without a time by an
 /// earlier release have the date alone, and keep it.
 QString StudyId(const DicomPicture& facts)
@@ -57,16 +46,6 @@ void AddStation(Dataset& data, const DicomPicture& facts)
     data.Long(0x0018'1020, QStringLiteral(STATION_VERSION));
 }
 
-QString DateOf(const QDateTime& at)
-{
-    return at.toString(u"yyyyMMdd"_s);
-}
-
-QString TimeOf(const QDateTime& at)
-{
-    return at.toString(u"HHmmss"_s);
-}
-
 /// As an object writes it: "+0900".
 QString OffsetOf(const QDateTime& at)
 {
@@ -78,6 +57,27 @@ QString OffsetOf(const QDateTime& at)
 
 } // namespace
 
+void AddPatient(Dataset& data, const DicomPicture& facts)
+{
+    const DicomIdentity& identity = facts.identity;
+    data.Name(0x0010'0010, facts.patientName, facts.hasNameParts);
+    data.Long(0x0010'0020, identity.patientId.isEmpty() ? facts.chart : identity.patientId);
+    if (!identity.issuer.isEmpty())
+        data.Long(0x0010'0021, identity.issuer);
+    data.Plain(0x0010'0030, "DA", Dataset::Date(facts.birthDate));
+    data.Plain(0x0010'0040, "CS", facts.sex == u"M" || facts.sex == u"F" ? facts.sex : QString());
+}
+
+QString DateOf(const QDateTime& at)
+{
+    return at.toString(u"yyyyMMdd"_s);
+}
+
+QString TimeOf(const QDateTime& at)
+{
+    return at.toString(u"HHmmss"_s);
+}
+
 QString DicomTime(const QString& time)
 {
     constexpr qsizetype Digits = 6;
@@ -85,9 +85,9 @@ QString DicomTime(const QString& time)
     return QTime::fromString(begin, u"HHmmss"_s).isValid() ? begin : QString();
 }
 
-ObjectElements InWantedSet(const DicomPicture& facts, const std::function<void(Dataset&)>& fill)
+ObjectElements InWantedSet(DicomCharacters wanted, const std::function<void(Dataset&)>& fill)
 {
-    if (facts.characters == DicomCharacters::Korean) {
+    if (wanted == DicomCharacters::Korean) {
         Dataset korean(DicomCharacters::Korean);
         korean.Plain(0x0008'0005, "CS", uR"(\ISO 2022 IR 149)"_s);
         fill(korean);
@@ -97,7 +97,7 @@ ObjectElements InWantedSet(const DicomPicture& facts, const std::function<void(D
     Dataset data(DicomCharacters::Unicode);
     data.Plain(0x0008'0005, "CS", u"ISO_IR 192"_s);
     fill(data);
-    return {data.Elements(), facts.characters != DicomCharacters::Unicode};
+    return {data.Elements(), wanted != DicomCharacters::Unicode};
 }
 
 void AddVisit(Dataset& data, const DicomPicture& facts, const ObjectHead& head)

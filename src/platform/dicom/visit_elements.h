@@ -23,8 +23,11 @@ struct ObjectHead
     int instance = 1;
 };
 
-/// Made by `fill` in the character set that the visit's objects are to have, else in Unicode.
-ObjectElements InWantedSet(const DicomPicture& facts, const std::function<void(Dataset&)>& fill);
+/// Made by `fill` in the character set that is wanted, else in Unicode.
+ObjectElements InWantedSet(DicomCharacters wanted, const std::function<void(Dataset&)>& fill);
+
+/// Whose the visit is.
+void AddPatient(Dataset& data, const DicomPicture& facts);
 
 /// What every object of a visit tells: patient, study with its order, series, station, its own identifiers and time.
 void AddVisit(Dataset& data, const DicomPicture& facts, const ObjectHead& head);
@@ -35,5 +38,8 @@ void AddBodyPart(Dataset& data, const DicomPicture& facts, bool isToldElsewhere)
 /// When what an object shows was taken.
 void AddAcquisition(Dataset& data, const QDateTime& at);
 
+/// `yyyyMMdd` and `HHmmss`; empty without a time.
+QString DateOf(const QDateTime& at);
+QString TimeOf(const QDateTime& at);
 /// `HHmmss` of a text that begins so; empty for any other.
 QString DicomTime(const QString& time);

@@ -59,20 +59,14 @@ void SetupReader::ReadPacs()
     ReadObjects();
     ReadWorklist();
     pacs.SendsAtClosing = Switch(section, u"AtClosing"_s);
-    pacs.Host = Text(section, u"Host"_s);
-    const QString port = Text(section, u"Port"_s);
-    const QString called = Text(section, u"CalledAet"_s);
-    const QString calling = Text(section, u"CallingAet"_s);
+    const DicomPeer server = ReadPeer(section);
+    pacs.Host = server.host;
+    pacs.Port = server.port;
+    pacs.CalledAet = server.calledAet;
+    pacs.CallingAet = server.callingAet;
     const QString send = Text(section, u"Send"_s).toLower();
     if (pacs.Host.isEmpty())
         return;
-    CheckHost(section, pacs.Host);
-    if (!port.isEmpty())
-        pacs.Port = port.toInt();
-    if (!port.isEmpty() && !IsPort(port))
-        m_setup.problems.append(u"[Pacs] Port는 1부터 65535까지의 숫자입니다. (%1)"_s.arg(port.left(60)));
-    pacs.CalledAet = ApplicationTitle(section, u"CalledAet"_s, called, u"ANY-SCP"_s);
-    pacs.CallingAet = ApplicationTitle(section, u"CallingAet"_s, calling, u"CAPTURE"_s);
     pacs.SendsEachStill = send == u"still";
     if (!send.isEmpty() && send != u"still" && send != u"save")
         m_setup.problems.append(u"[Pacs] Send는 save나 still입니다. (%1)"_s.arg(send.left(60)));

@@ -1,6 +1,7 @@
 #include "platform/dicom/link/Association.h"
 
 #include "platform/dicom/link/Encryption.h"
+#include "platform/dicom/link/link_texts.h"
 #include "platform/dicom/link/PictureObject.h"
 
 #include <dcmtk/dcmdata/dctk.h>
@@ -9,10 +10,11 @@
 #include <dcmtk/dcmtls/tlscond.h>
 
 #include <array>
-#include <cstring>
 #include <memory>
 
 using namespace dicomlink;
+using linktexts::Bounded;
+using linktexts::Copy;
 
 namespace {
 
@@ -45,11 +47,6 @@ const std::array Contexts{
     Context{Association::Purpose::Echo, UID_VerificationSOPClass, nullptr},
 };
 
-QByteArray Bounded(const char* text)
-{
-    return text == nullptr ? QByteArray() : QByteArray(text, static_cast<qsizetype>(qstrnlen(text, LongestText)));
-}
-
 QByteArray TextOf(DcmItem* item, const DcmTagKey& tag)
 {
     const char* text = nullptr;
@@ -63,12 +60,6 @@ bool IsHost(const QByteArray& host)
 {
     constexpr qsizetype Longest = 100;
     return !host.isEmpty() && host.size() <= Longest && !host.contains(':');
-}
-
-void Copy(char* target, size_t size, const QByteArray& text)
-{
-    std::strncpy(target, text.constData(), size - 1);
-    target[size - 1] = '\0';
 }
 
 /// Gives how many; 0 when that has failed. Their numbers are the odd ones.
@@ -298,21 +289,36 @@ LinkAnswer Association::Find(const QCborMap& request)
     const QByteArray series = request.value(SeriesKey).toByteArray();
     DcmDataset keys;
     FillKeys(keys, request.value(StudyKey).toByteArray(), series);
+    QCborArray matches;
+    const auto take = [&matches, isStudy = series.isEmpty()](DcmDataset* found) {
+        if (matches.size() >= MostMatches)
+            return false;
+        matches.append(MatchOf(found, isStudy));
+        return true;
+    };
+    const auto commentOf = [](DcmDataset* detail) { return TextOf(detail, DCM_ErrorComment); };
+    LinkAnswer answer = AskMatches({context, UID_FINDStudyRootQueryRetrieveInformationModel}, keys, take, commentOf);
+    if (answer.fault == Fault::None)
+        answer.matches = matches;
+    return answer;
+}
+
+LinkAnswer Association::AskMatches(const Questioned& questioned, DcmDataset& keys,
+                                   const std::function<bool(DcmDataset*)>& take,
+                                   const std::function<QByteArray(DcmDataset*)>& commentOf)
+{
+    const auto& [context, kind] = questioned;
     T_DIMSE_Message question = {};
     question.CommandField = DIMSE_C_FIND_RQ;
     T_DIMSE_C_FindRQ& find = question.msg.CFindRQ;
     find.MessageID = m_association->nextMsgID++;
-    Copy(find.AffectedSOPClassUID, sizeof find.AffectedSOPClassUID, UID_FINDStudyRootQueryRetrieveInformationModel);
+    Copy(find.AffectedSOPClassUID, sizeof find.AffectedSOPClassUID, kind);
     find.Priority = DIMSE_PRIORITY_MEDIUM;
     find.DataSetType = DIMSE_DATASET_PRESENT;
     const OFCondition asked =
         DIMSE_sendMessageUsingMemoryData(m_association, context, &question, nullptr, &keys, nullptr, nullptr);
-    return asked.bad() ? Drop(Fault::Broken, asked) : ReadMatches(context, find.MessageID, series.isEmpty());
-}
-
-LinkAnswer Association::ReadMatches(T_ASC_PresentationContextID context, DIC_US message, bool isStudy)
-{
-    LinkAnswer answer{Fault::None};
+    if (asked.bad())
+        return Drop(Fault::Broken, asked);
     for (;;) {
         T_DIMSE_Message told = {};
         T_ASC_PresentationContextID id = 0;
@@ -323,22 +329,19 @@ LinkAnswer Association::ReadMatches(T_ASC_PresentationContextID context, DIC_US 
         if (heard.bad())
             return Drop(Fault::Broken, heard);
         const T_DIMSE_C_FindRSP& response = told.msg.CFindRSP;
-        if (told.CommandField != DIMSE_C_FIND_RSP || id != context || response.MessageIDBeingRespondedTo != message)
+        if (told.CommandField != DIMSE_C_FIND_RSP || id != context ||
+            response.MessageIDBeingRespondedTo != find.MessageID)
             return Drop(Fault::Broken, DIMSE_BADMESSAGE);
         if (response.DataSetType != DIMSE_DATASET_NULL) {
             DcmDataset* found = nullptr;
             const OFCondition read = DIMSE_receiveDataSetInMemory(m_association, DIMSE_NONBLOCKING, m_answerSeconds,
                                                                   &id, &found, nullptr, nullptr);
             const std::unique_ptr<DcmDataset> ownFound(found);
-            if (read.bad() || answer.matches.size() >= MostMatches)
+            if (read.bad() || !take(found))
                 return Drop(Fault::Broken, read.bad() ? read : DIMSE_BADMESSAGE);
-            answer.matches.append(MatchOf(found, isStudy));
         }
-        if (!DICOM_PENDING_STATUS(response.DimseStatus)) {
-            answer.status = response.DimseStatus;
-            answer.comment = TextOf(ownDetail.get(), DCM_ErrorComment);
-            return answer;
-        }
+        if (!DICOM_PENDING_STATUS(response.DimseStatus))
+            return {Fault::None, response.DimseStatus, commentOf(ownDetail.get())};
     }
 }
 

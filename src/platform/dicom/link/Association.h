@@ -10,6 +10,7 @@
 #include <QCborArray>
 #include <QCborMap>
 
+#include <functional>
 #include <memory>
 
 /// What became of a request, as an answer tells it.
@@ -51,8 +52,16 @@ protected:
     QCborArray Taken() const;
     /// Of the context for such a content; 0 where the server has taken none.
     T_ASC_PresentationContextID ContextOf(const QByteArray& kind, dicomlink::Content content) const;
-    /// Reads the answers to a question up to the last one.
-    LinkAnswer ReadMatches(T_ASC_PresentationContextID context, DIC_US message, bool isStudy);
+    /// Whom a C-FIND asks: a context that the server has taken, and its class.
+    struct Questioned
+    {
+        T_ASC_PresentationContextID context;
+        const char* kind;
+    };
+    /// Asks, and reads the answers up to the last one: `take` gets each, and is false for one too many or of no use;
+    /// `commentOf` tells what the server says of its status.
+    LinkAnswer AskMatches(const Questioned& questioned, DcmDataset& keys, const std::function<bool(DcmDataset*)>& take,
+                          const std::function<QByteArray(DcmDataset*)>& commentOf);
 
     /// Connects, and agrees; what was asked for is dropped behind a fault.
     LinkAnswer Ask(T_ASC_Parameters* parameters, const QByteArray& host, bool isEncrypted);

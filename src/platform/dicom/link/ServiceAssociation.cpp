@@ -1,15 +1,16 @@
 #include "platform/dicom/link/ServiceAssociation.h"
 
 #include "platform/dicom/link/commitment_report.h"
+#include "platform/dicom/link/link_texts.h"
 #include "platform/dicom/link/PictureObject.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/diutil.h>
 
-#include <cstring>
 #include <memory>
 
 using namespace dicomlink;
+using linktexts::Copy;
 
 namespace {
 
@@ -29,12 +30,6 @@ Offered OfferedFor(Request request, Service service)
     return request == Request::Scheduled ? worklist : request == Request::Commit ? commitment : steps;
 }
 
-void Copy(char* target, size_t size, const QByteArray& text)
-{
-    std::strncpy(target, text.constData(), size - 1);
-    target[size - 1] = '\0';
-}
-
 /// The server's comment, behind the number of its error where it tells one.
 QByteArray CommentOf(DcmDataset* detail)
 {
@@ -46,7 +41,7 @@ QByteArray CommentOf(DcmDataset* detail)
     if (detail->findAndGetUint16(DCM_ErrorID, error).good() && error != 0)
         comment = QByteArray::number(error, 16).toUpper() + ' ';
     if (detail->findAndGetString(DCM_ErrorComment, text).good() && text != nullptr)
-        comment += QByteArray(text, static_cast<qsizetype>(qstrnlen(text, LongestText)));
+        comment += linktexts::Bounded(text);
     return comment.trimmed();
 }
 
@@ -90,47 +85,17 @@ LinkAnswer ServiceAssociation::AskScheduled(const QCborMap& request, QCborMap& m
     DcmDataset keys;
     if (!pictureobject::PutElements(keys, request.value(ElementsKey).toArray()))
         return {};
-    T_DIMSE_Message question = {};
-    question.CommandField = DIMSE_C_FIND_RQ;
-    T_DIMSE_C_FindRQ& find = question.msg.CFindRQ;
-    find.MessageID = m_association->nextMsgID++;
-    Copy(find.AffectedSOPClassUID, sizeof find.AffectedSOPClassUID, UID_FINDModalityWorklistInformationModel);
-    find.Priority = DIMSE_PRIORITY_MEDIUM;
-    find.DataSetType = DIMSE_DATASET_PRESENT;
-    const OFCondition asked =
-        DIMSE_sendMessageUsingMemoryData(m_association, m_context, &question, nullptr, &keys, nullptr, nullptr);
-    return asked.bad() ? Drop(Fault::Broken, asked) : ReadScheduled(find.MessageID, map);
-}
-
-LinkAnswer ServiceAssociation::ReadScheduled(DIC_US message, QCborMap& map)
-{
     QCborArray entries;
-    for (;;) {
-        T_DIMSE_Message told = {};
-        T_ASC_PresentationContextID id = 0;
-        DcmDataset* detail = nullptr;
-        const OFCondition heard =
-            DIMSE_receiveCommand(m_association, DIMSE_NONBLOCKING, m_answerSeconds, &id, &told, &detail);
-        const std::unique_ptr<DcmDataset> ownDetail(detail);
-        if (heard.bad())
-            return Drop(Fault::Broken, heard);
-        const T_DIMSE_C_FindRSP& response = told.msg.CFindRSP;
-        if (told.CommandField != DIMSE_C_FIND_RSP || id != m_context || response.MessageIDBeingRespondedTo != message)
-            return Drop(Fault::Broken, DIMSE_BADMESSAGE);
-        if (response.DataSetType != DIMSE_DATASET_NULL) {
-            DcmDataset* found = nullptr;
-            const OFCondition read = DIMSE_receiveDataSetInMemory(m_association, DIMSE_NONBLOCKING, m_answerSeconds,
-                                                                  &id, &found, nullptr, nullptr);
-            const std::unique_ptr<DcmDataset> entry(found);
-            if (read.bad() || entry == nullptr || entries.size() >= MostScheduled)
-                return Drop(Fault::Broken, read.bad() ? read : DIMSE_BADMESSAGE);
-            entries.append(linkreport::ElementsOf(*entry));
-        }
-        if (!DICOM_PENDING_STATUS(response.DimseStatus)) {
-            map[ScheduledKey] = entries;
-            return {Fault::None, response.DimseStatus, CommentOf(ownDetail.get())};
-        }
-    }
+    const auto take = [&entries](DcmDataset* entry) {
+        if (entry == nullptr || entries.size() >= MostScheduled)
+            return false;
+        entries.append(linkreport::ElementsOf(*entry));
+        return true;
+    };
+    const LinkAnswer answer = AskMatches({m_context, UID_FINDModalityWorklistInformationModel}, keys, take, CommentOf);
+    if (answer.fault == Fault::None)
+        map[ScheduledKey] = entries;
+    return answer;
 }
 
 LinkAnswer ServiceAssociation::TellStep(const QCborMap& request, bool isNew)

@@ -13,7 +13,6 @@ public:
 
 private:
     LinkAnswer AskScheduled(const QCborMap& request, QCborMap& map);
-    LinkAnswer ReadScheduled(DIC_US message, QCborMap& map);
     /// Makes or changes a performed step.
     LinkAnswer TellStep(const QCborMap& request, bool isNew);
     LinkAnswer AskCommitment(const QCborMap& request, QCborMap& map);

@@ -1,5 +1,6 @@
 #include "platform/dicom/link/commitment_report.h"
 
+#include "platform/dicom/link/link_texts.h"
 #include "platform/dicom/link_messages.h"
 
 #include <dcmtk/dcmdata/dctk.h>
@@ -17,7 +18,7 @@ QByteArray TextOf(DcmItem& item, const DcmTagKey& tag)
     OFString text;
     if (item.findAndGetOFStringArray(tag, text).bad())
         return {};
-    return QByteArray(text.c_str(), static_cast<qsizetype>(qstrnlen(text.c_str(), LongestText))).trimmed();
+    return linktexts::Bounded(text.c_str()).trimmed();
 }
 
 void AddReferences(DcmItem& set, const DcmTagKey& sequence, bool areFailed, QCborMap& report)

@@ -1,7 +1,7 @@
 #include "platform/imaging/reader/known_pictures.h"
 
-#include <QBuffer>
-#include <QFile>
+#include "platform/imaging/reader/MappedPicture.h"
+
 #include <QImageReader>
 
 #include <filesystem>
@@ -42,19 +42,11 @@ void LoadKnownFormats()
 
 std::optional<KnownPicture> DecodeKnown(int descriptor, const picturecontent::Wish& wish)
 {
-    QFile file;
-    if (!file.open(descriptor, QIODevice::ReadOnly))
+    MappedPicture file(descriptor);
+    if (!file.IsThere())
         return {};
-    // Mapped, the file takes nothing of the memory that is left for the picture.
-    const uchar* bytes = file.map(0, file.size());
-    if (bytes == nullptr)
-        return {};
-    const auto content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
-    QBuffer buffer;
-    buffer.setData(content);
-    buffer.open(QIODevice::ReadOnly);
-    const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(buffer);
+    const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(file.Device());
     if (!header)
         return {};
-    return KnownPicture{*header, picturecontent::Decode(*header, content, wish)};
+    return KnownPicture{*header, picturecontent::Decode(*header, file.Content(), wish)};
 }

@@ -3,8 +3,7 @@
 #include "platform/imaging/jpeg_file.h"
 #include "platform/imaging/picture_content.h"
 
-#include <QBuffer>
-#include <QFile>
+#include "platform/imaging/reader/MappedPicture.h"
 
 #include <memory>
 #include <turbojpeg.h>
@@ -57,24 +56,17 @@ QByteArray Moved(const QByteArray& content, int operation)
 
 std::optional<UprightJpeg> MakeUpright(int descriptor)
 {
-    QFile file;
-    if (!file.open(descriptor, QIODevice::ReadOnly))
+    MappedPicture file(descriptor);
+    if (!file.IsThere())
         return {};
-    const uchar* bytes = file.map(0, file.size());
-    if (bytes == nullptr)
-        return {};
-    const auto content = QByteArray::fromRawData(reinterpret_cast<const char*>(bytes), file.size());
-    QBuffer buffer;
-    buffer.setData(content);
-    buffer.open(QIODevice::ReadOnly);
-    const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(buffer);
+    const std::optional<picturecontent::Header> header = picturecontent::HeaderOf(file.Device());
     if (!header || !header->IsJpeg())
         return {};
     if (header->IsTooLarge())
         return UprightJpeg{.size = header->size, .large = true};
     // The lowest scale costs little more than reading the bits, and tells whether they are all there.
     constexpr int LowestScale = 8;
-    const jpegfile::Decoded low = jpegfile::Decode(content, LowestScale);
+    const jpegfile::Decoded low = jpegfile::Decode(file.Content(), LowestScale);
     if (low.picture.isNull())
         return {};
     const bool isTurned = header->turn.testFlag(QImageIOHandler::TransformationRotate90);
@@ -82,12 +74,12 @@ std::optional<UprightJpeg> MakeUpright(int descriptor)
     const int operation = OperationOf(header->turn);
     if (operation == TJXOP_NONE || low.cut)
         return upright;
-    upright.turned = Moved(content, operation);
+    upright.turned = Moved(file.Content(), operation);
     // It can't be turned whole in this process's memory.
     upright.large = upright.turned.isEmpty() && header->IsReduced();
     if (upright.large)
         return upright;
     if (upright.turned.isEmpty())
-        upright.turned = jpegfile::Encode(picturecontent::Decode(*header, content, {}).picture, Quality);
+        upright.turned = jpegfile::Encode(picturecontent::Decode(*header, file.Content(), {}).picture, Quality);
     return upright.turned.isEmpty() ? std::nullopt : std::optional(upright);
 }
