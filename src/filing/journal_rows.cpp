@@ -2,6 +2,7 @@
 
 #include "contracts/LocalDatabase.h"
 #include "filing/visit_json.h"
+#include "records/local_tables.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -55,17 +56,6 @@ PictureSum SumIn(const QString& text)
     return {text.section(u' ', 0, 0), text.section(u' ', 1, 1).toLongLong()};
 }
 
-bool HasColumn(LocalDatabase& journal, QStringView name)
-{
-    return !journal.Rows(u"SELECT name FROM pragma_table_info('picture') WHERE name = '%1'"_s.arg(name)).isEmpty();
-}
-
-/// A journal of an earlier release lacks some.
-bool HasTable(LocalDatabase& journal, QStringView name)
-{
-    return !journal.Rows(u"SELECT name FROM sqlite_master WHERE name = '%1'"_s.arg(name)).isEmpty();
-}
-
 // Jobs of every kind stand in a table of their own, as their identity and the rest of them in JSON.
 
 /// In the order in which they were written first; none without the table.
@@ -115,7 +105,7 @@ void journal_rows::MakeTables(LocalDatabase& journal)
 {
     journal.Run(Tables());
     for (const QString& column : {u"sum"_s, u"detail"_s}) {
-        if (!HasColumn(journal, column))
+        if (!HasColumn(journal, u"picture", column))
             journal.Run({u"ALTER TABLE picture ADD COLUMN %1 TEXT"_s.arg(column)});
     }
 }
@@ -123,7 +113,9 @@ void journal_rows::MakeTables(LocalDatabase& journal)
 QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
 {
     QList<PictureRecord> pictures;
-    const auto column = [&journal](const QString& name) { return HasColumn(journal, name) ? name : u"NULL"_s; };
+    const auto column = [&journal](const QString& name) {
+        return HasColumn(journal, u"picture", name) ? name : u"NULL"_s;
+    };
     for (const QVariantList& row :
          journal.Rows(u"SELECT id, chart, yuhyung, ymd, etc, captureDir, imageExt, number, state, origin, takenAt, "
                       "reason, note, noteBase, "_s +

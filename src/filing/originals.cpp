@@ -23,14 +23,22 @@ struct Identities
     bool isInTable = false;
 };
 
+/// Those of the table.
+QStringList LiveIdentities(const Visit& visit, int number)
+{
+    QStringList identities;
+    for (const StoredSum& sum : SumsOf(visit, number)) {
+        if (sum.IsLive())
+            identities << sum.id;
+    }
+    return identities;
+}
+
 Identities IdentitiesOf(const Visit& visit, int number)
 {
     Identities found;
     try {
-        for (const StoredSum& sum : SumsOf(visit, number)) {
-            if (sum.IsLive())
-                found.all << sum.id;
-        }
+        found.all = LiveIdentities(visit, number);
     } catch (const PlatformError& error) {
         // A clinic without the table, or an outage: marking goes on.
         journal::NoteFault(error.Text());
@@ -85,16 +93,11 @@ QString originals::PathOf(const Visit& visit, int number)
 
 QStringList originals::KnownIdentities(const Visit& visit, int number)
 {
-    QStringList identities;
     try {
-        for (const StoredSum& sum : SumsOf(visit, number)) {
-            if (sum.IsLive())
-                identities << sum.id;
-        }
+        return LiveIdentities(visit, number);
     } catch (const TableRefused&) {
-        // Earlier releases have none.
+        return {}; // Earlier releases have none.
     }
-    return identities;
 }
 
 QString originals::PathOf(const Visit& visit, int number, const QStringList& identities)

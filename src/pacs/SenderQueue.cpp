@@ -81,14 +81,15 @@ QList<SenderQueue::Found> SenderQueue::In(const QString& folder)
                                found.isSenderThere = IsLiving(status.value(QString::fromUtf16(queue_rows::SenderMark)));
                                found.away = status.value(QString::fromUtf16(queue_rows::AwayReason));
                                found.lines = Count(*queue, u"line"_s);
+                               const bool hasParts = queue_rows::HasParts(*queue);
                                found.entries = queue_rows::Entries(
-                                   *queue, u"state IN ( 'waiting', 'underway', 'aside' ) ORDER BY place"_s);
+                                   *queue, u"state IN ( 'waiting', 'underway', 'aside' ) ORDER BY place"_s, hasParts);
                                found.steps = service_rows::Steps(
                                    *queue, u"state IN ( 'new', 'refused' ) OR ( state = 'running' AND closedAt <> '' "
                                            ") ORDER BY beganAt"_s);
                                found.commitments = service_rows::Commitments(*queue, Failed);
                                // A queue of an earlier release has none of that.
-                               if (queue_rows::HasParts(*queue))
+                               if (hasParts)
                                    found.staying = queue_rows::Entries(*queue, parts::IsStaying());
                            });
         queues.append(found);

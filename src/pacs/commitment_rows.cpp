@@ -3,6 +3,7 @@
 #include "contracts/dicom_uids.h"
 #include "contracts/LocalDatabase.h"
 #include "pacs/queue_rows.h"
+#include "records/local_tables.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -30,7 +31,7 @@ QString Uid(const Statement& before, const QString& uid)
 QList<service_rows::Commitment> service_rows::Commitments(LocalDatabase& queue, const QString& condition)
 {
     QList<Commitment> commitments;
-    if (queue.Rows(u"SELECT name FROM sqlite_master WHERE type = 'table' AND name = 'commitment'"_s).isEmpty())
+    if (!HasTable(queue, u"commitment"))
         return commitments;
     for (const QVariantList& row :
          queue.Rows(u"SELECT %1 FROM commitment WHERE "_s.arg(CommitmentColumns) + condition)) {

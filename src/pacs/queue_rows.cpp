@@ -2,6 +2,7 @@
 
 #include "contracts/LocalDatabase.h"
 #include "pacs/service_rows.h"
+#include "records/local_tables.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -20,11 +21,6 @@ const QString PictureColumns =
     u"place, id, chart, ymd, etc, imageExt, number, doctor, state, reason, tries, notBefore, uid, isDoubtful, "
     "revision"_s;
 const QString LaterColumns = u"part, takenAt, text, classUid, instance, restorings"_s;
-
-bool HasColumn(LocalDatabase& queue, const QString& table, const QString& column)
-{
-    return !queue.Rows(u"SELECT name FROM pragma_table_info('%1') WHERE name = '%2'"_s.arg(table, column)).isEmpty();
-}
 
 QString PictureTable(const QString& name)
 {
@@ -124,11 +120,11 @@ bool queue_rows::HasParts(LocalDatabase& queue)
     return HasColumn(queue, u"picture"_s, u"part"_s);
 }
 
-QList<PacsEntry> queue_rows::Entries(LocalDatabase& queue, const QString& condition)
+QList<PacsEntry> queue_rows::Entries(LocalDatabase& queue, const QString& condition, bool hasParts)
 {
     QList<PacsEntry> entries;
     // One to be looked at may be of an earlier release.
-    const QString later = HasParts(queue) ? LaterColumns : u"'', '', '', '', 0, 0"_s;
+    const QString later = hasParts ? LaterColumns : u"'', '', '', '', 0, 0"_s;
     for (const QVariantList& row :
          queue.Rows(u"SELECT %1, %2 FROM picture WHERE "_s.arg(PictureColumns, later) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
@@ -180,6 +176,12 @@ QString queue_rows::Same(const PacsEntry& entry)
 {
     return Same(entry.chart, entry.ymd, entry.etc, entry.number) +
            Statement().Then(u" AND number = ", entry.number).Quoted(u" AND part = '", entry.part).Text();
+}
+
+bool queue_rows::MayHaveBeenSent(LocalDatabase& queue, const QString& chart, const QString& ymd, const QString& etc)
+{
+    return ymd.trimmed() < QDate::currentDate().toString(u"yyyyMMdd"_s) ||
+           !queue.Rows(u"SELECT * FROM visit WHERE wasSent = 1 AND "_s + Same(chart, ymd, etc, 0)).isEmpty();
 }
 
 QStringList queue_rows::PatientTables(LocalDatabase& queue)

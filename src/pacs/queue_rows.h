@@ -20,8 +20,9 @@ QString RemoveLinesUpTo(qint64 place);
 
 /// It isn't one of an earlier release, whose pictures have none.
 bool HasParts(LocalDatabase& queue);
-/// Entries that meet a condition on the table's columns, in the order of their turns. Throws PlatformError.
-QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition);
+/// Entries that meet a condition on the table's columns, in the order of their turns. Without parts it is a queue of an
+/// earlier release, which is only looked at. Throws PlatformError.
+QList<PacsEntry> Entries(LocalDatabase& queue, const QString& condition, bool hasParts = true);
 /// The state's word in the rows.
 QString Word(PacsState state);
 /// The condition that a picture has that state, or what gives it to a row.
@@ -32,6 +33,9 @@ QString Same(const QString& chart, const QString& ymd, const QString& etc, int n
 QString TimeText(const QDateTime& time);
 /// The condition that a row is that very one.
 QString Same(const PacsEntry& entry);
+
+/// An earlier release may have sent pictures of the visit under an identity that nobody has kept.
+bool MayHaveBeenSent(LocalDatabase& queue, const QString& chart, const QString& ymd, const QString& etc);
 
 /// The tables that are there and tell of patients, each by its column `chart`.
 QStringList PatientTables(LocalDatabase& queue);

@@ -2,6 +2,7 @@
 
 #include "contracts/LocalDatabase.h"
 #include "pacs/queue_rows.h"
+#include "records/local_tables.h"
 #include "records/Statement.h"
 #include "records/words.h"
 
@@ -13,6 +14,7 @@
 
 using namespace Qt::StringLiterals;
 using queue_rows::Same;
+using queue_rows::TimeText;
 
 namespace {
 
@@ -70,11 +72,6 @@ QList<service_rows::Offer> OffersOf(const QString& text)
     return offers;
 }
 
-QString TimeText(const QDateTime& time)
-{
-    return time.isValid() ? time.toString(Qt::ISODateWithMs) : QString();
-}
-
 QString Now()
 {
     return QString::number(QDateTime::currentMSecsSinceEpoch());
@@ -95,9 +92,9 @@ QString OfVisit(const PacsLine& line)
     return Same(line.chart, line.ymd, line.etc, 0);
 }
 
-bool IsThere(LocalDatabase& queue)
+bool AreThere(LocalDatabase& queue)
 {
-    return !queue.Rows(u"SELECT name FROM sqlite_master WHERE type = 'table' AND name = 'commitment'"_s).isEmpty();
+    return HasTable(queue, u"commitment");
 }
 
 /// What is kept stays, and what several fit stays to be chosen until the server answers anew.
@@ -156,7 +153,7 @@ QStringList Retry()
 
 void service_rows::MakeTables(LocalDatabase& queue)
 {
-    if (IsThere(queue))
+    if (AreThere(queue))
         return;
     queue.Run({u"CREATE TABLE IF NOT EXISTS worklist ( chart TEXT, ymd TEXT, etc TEXT, imageExt TEXT, state TEXT, "
                "reason TEXT DEFAULT '', tries INTEGER DEFAULT 0, notBefore INTEGER DEFAULT 0, offers TEXT DEFAULT '', "
@@ -200,16 +197,10 @@ void service_rows::Take(LocalDatabase& queue, const PacsLine& line)
     }
 }
 
-bool service_rows::MayBeKnown(LocalDatabase& queue, const QString& chart, const QString& ymd, const QString& etc)
-{
-    return ymd.trimmed() < QDate::currentDate().toString(u"yyyyMMdd"_s) ||
-           !queue.Rows(u"SELECT * FROM visit WHERE wasSent = 1 AND "_s + Same(chart, ymd, etc, 0)).isEmpty();
-}
-
 QList<service_rows::Worklist> service_rows::Worklists(LocalDatabase& queue, const QString& condition)
 {
     QList<Worklist> worklists;
-    if (!IsThere(queue))
+    if (!AreThere(queue))
         return worklists;
     for (const QVariantList& row : queue.Rows(u"SELECT %1 FROM worklist WHERE "_s.arg(WorklistColumns) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };
@@ -254,7 +245,7 @@ void service_rows::AskAnew(LocalDatabase& queue, const Worklist& worklist)
 QList<service_rows::Step> service_rows::Steps(LocalDatabase& queue, const QString& condition)
 {
     QList<Step> steps;
-    if (!IsThere(queue))
+    if (!AreThere(queue))
         return steps;
     for (const QVariantList& row : queue.Rows(u"SELECT %1 FROM step WHERE "_s.arg(StepColumns) + condition)) {
         const auto text = [&row](qsizetype column) { return row.at(column).toString(); };

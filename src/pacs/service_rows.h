@@ -103,9 +103,6 @@ void MakeTables(LocalDatabase& queue);
 /// What a line changes in them; nothing for a line of pictures.
 void Take(LocalDatabase& queue, const PacsLine& line);
 
-/// An earlier release may have sent pictures of the visit under an identity that nobody has kept.
-bool MayBeKnown(LocalDatabase& queue, const QString& chart, const QString& ymd, const QString& etc);
-
 /// By a condition on the columns; none where the queue is of an earlier release.
 QList<Worklist> Worklists(LocalDatabase& queue, const QString& condition);
 QList<Step> Steps(LocalDatabase& queue, const QString& condition);

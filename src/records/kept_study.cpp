@@ -2,18 +2,19 @@
 
 #include "contracts/dicom_uids.h"
 #include "contracts/PlatformError.h"
-#include "frame/journal.h"
 #include "records/Statement.h"
+#include "records/tables.h"
 #include "visit/Visit.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <optional>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString NoTable = u"테이블 ca_study를 쓸 수 없어 PACS 검사의 종류와 시각, 처방을 기억하지 못합니다.!!"_s;
 
 /// A column of the order, and the characters that it holds.
 struct OrderColumn
@@ -34,14 +35,6 @@ const std::array<OrderColumn, 9> OrderColumns{{
     {u"st_steptext"_s, &DicomOrder::stepText, 64},
     {u"st_referring"_s, &DicomOrder::referring, 200},
 }};
-
-QString Fitting(const QString& text, qsizetype room)
-{
-    QString cut = text.trimmed().left(room);
-    if (!cut.isEmpty() && cut.back().isHighSurrogate())
-        cut.chop(1);
-    return cut;
-}
 
 Statement& OfVisit(Statement& statement, const Visit& visit)
 {
@@ -82,18 +75,8 @@ void AddRow(const Visit& visit, const DicomStudy& study)
         .Then(u"', '", study.kind.bodyPart)
         .Then(u"', '", study.kind.laterality);
     for (const OrderColumn& column : OrderColumns)
-        statement.Then(u"', '", Fitting(study.order.*column.text, column.room));
+        statement.Then(u"', '", FittingColumn(study.order.*column.text, column.room));
     Execute(statement.Piece(u"' ) "));
-}
-
-/// A clinic whose tables come from an earlier release goes on without; who looks after it hears of it.
-void NoteOnce(const TableRefused& error)
-{
-    static std::atomic_flag isNoted;
-    if (!isNoted.test_and_set())
-        journal::NoteFault(u"테이블 ca_study를 쓸 수 없어 PACS 검사의 종류와 시각, 처방을 기억하지 못합니다.!! "
-                           "capture-station-admin upgrade-tables를 실행하십시오\n"_s +
-                           error.Text());
 }
 
 } // namespace
@@ -118,7 +101,7 @@ DicomStudy KeptStudy(const Visit& visit, const PacsSetupRecord& setup)
         if (const std::optional<DicomStudy> kept = RowOf(visit))
             return *kept;
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
     }
     return {{}, KindOfSection(visit.etc, setup), {}};
 }
@@ -126,7 +109,10 @@ DicomStudy KeptStudy(const Visit& visit, const PacsSetupRecord& setup)
 DicomStudy KeepStudy(const Visit& visit, const DicomStudy& study)
 {
     try {
-        if (!RowOf(visit)) {
+        const std::optional<DicomStudy> kept = RowOf(visit);
+        if (kept && (!kept->time.isEmpty() || study.time.isEmpty()))
+            return *kept;
+        if (!kept) {
             try {
                 AddRow(visit, study);
             } catch (const DatabaseAway&) {
@@ -142,7 +128,7 @@ DicomStudy KeepStudy(const Visit& visit, const DicomStudy& study)
         Execute(OfVisit(statement, visit).Piece(u" AND st_time = '' "));
         return RowOf(visit).value_or(study);
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
         return study;
     }
 }
@@ -158,7 +144,7 @@ DicomStudy StudyToSend(const Visit& visit, bool wasSent, const QString& time, co
             return *kept;
         return KeepStudy(visit, {time, kept->kind, {}});
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
         return {time, KindOfSection(visit.etc, setup), {}};
     }
 }
@@ -170,11 +156,11 @@ void KeepOrder(const Visit& visit, const DicomOrder& order, const PacsSetupRecor
         Statement statement(u" UPDATE ca_study SET ");
         QString before;
         for (const OrderColumn& column : OrderColumns) {
-            statement.Then(before + column.name + u" = '"_s, Fitting(order.*column.text, column.room));
+            statement.Then(before + column.name + u" = '"_s, FittingColumn(order.*column.text, column.room));
             before = u"', "_s;
         }
         Execute(OfVisit(statement.Piece(u"' "), visit));
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
     }
 }

@@ -5,6 +5,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "records/Statement.h"
+#include "records/tables.h"
 #include "visit/Visit.h"
 
 #include <QDateTime>
@@ -13,12 +14,13 @@
 #include <openssl/evp.h>
 
 #include <algorithm>
-#include <atomic>
 #include <memory>
 
 using namespace Qt::StringLiterals;
 
 namespace {
+
+const QString NoTable = u"테이블 ca_sum을 쓸 수 없어 그림의 합을 기억하지 못합니다.!!"_s;
 
 constexpr qint64 BytesAtOnce = 4'000'000;
 
@@ -88,23 +90,13 @@ Statement ToState(SumState state)
     return statement;
 }
 
-/// A clinic whose tables come from an earlier release goes on without; who looks after it hears of it.
-void NoteOnce(const PlatformError& error)
-{
-    static std::atomic_flag isNoted;
-    if (!isNoted.test_and_set())
-        journal::NoteFault(u"테이블 ca_sum을 쓸 수 없어 그림의 합을 기억하지 못합니다.!! "
-                           "capture-station-admin upgrade-tables를 실행하십시오\n"_s +
-                           error.Text());
-}
-
 /// Nothing without the table.
 std::optional<QList<StoredSum>> SumsIfThere(const Statement& statement)
 {
     try {
         return SumsIn(statement);
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
         return std::nullopt;
     }
 }
@@ -118,7 +110,7 @@ void WithTable(const Visit& visit, int number, const Work& work)
     } catch (const DatabaseAway&) {
         throw;
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
     } catch (const PlatformError& error) {
         journal::NoteFault(u"그림의 합을 기억하지 못함: %1 %2 %3 %4번\n%5"_s.arg(visit.chart, visit.ymd, visit.etc)
                                .arg(number)

@@ -2,32 +2,24 @@
 
 #include "contracts/dicom_uids.h"
 #include "contracts/PlatformError.h"
-#include "frame/journal.h"
 #include "records/Statement.h"
+#include "records/tables.h"
 #include "visit/Visit.h"
-
-#include <atomic>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
+const QString NoTable = u"테이블 ca_uid를 쓸 수 없어 PACS의 식별자를 기억하지 못합니다.!!"_s;
+
 /// Characters that the table's columns hold.
 constexpr qsizetype TextRoom = 64;
 constexpr qsizetype RootRoom = 24;
 
-QString Cut(const QString& text, qsizetype room)
-{
-    QString cut = text.trimmed().left(room);
-    if (cut.size() == room && cut.back().isHighSurrogate())
-        cut.chop(1);
-    return cut.trimmed();
-}
-
 DicomIdentity Fitting(const DicomIdentity& identity)
 {
-    return {Cut(identity.institution, TextRoom), Cut(identity.uidRoot, RootRoom), Cut(identity.patientId, TextRoom),
-            Cut(identity.issuer, TextRoom), identity.study};
+    return {FittingColumn(identity.institution, TextRoom), FittingColumn(identity.uidRoot, RootRoom),
+            FittingColumn(identity.patientId, TextRoom), FittingColumn(identity.issuer, TextRoom), identity.study};
 }
 
 /// What the visit's identifiers are made from.
@@ -74,16 +66,6 @@ void AddRow(const Visit& visit, const DicomIdentity& identity)
                 .Piece(u"' ) "));
 }
 
-/// A clinic whose tables come from an earlier release goes on without; who looks after it hears of it.
-void NoteOnce(const TableRefused& error)
-{
-    static std::atomic_flag isNoted;
-    if (!isNoted.test_and_set())
-        journal::NoteFault(u"테이블 ca_uid를 쓸 수 없어 PACS의 식별자를 기억하지 못합니다.!! "
-                           "capture-station-admin upgrade-tables를 실행하십시오\n"_s +
-                           error.Text());
-}
-
 } // namespace
 
 std::optional<DicomIdentity> NewIdentity(const Visit& visit, const PacsSetupRecord& setup, const SaupRecords& places)
@@ -116,7 +98,7 @@ std::optional<DicomIdentity> KeptIdentity(const Visit& visit)
     try {
         return RowOf(visit);
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
         return std::nullopt;
     }
 }
@@ -139,7 +121,7 @@ DicomIdentity KeepIdentity(const Visit& visit, const DicomIdentity& identity)
         }
         return RowOf(visit).value_or(own);
     } catch (const TableRefused& error) {
-        NoteOnce(error);
+        NoteWithoutTable(NoTable, error);
         return own;
     }
 }

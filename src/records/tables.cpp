@@ -3,7 +3,12 @@
 #include "contracts/PlatformError.h"
 #include "contracts/setup_components.h"
 #include "frame/components.h"
+#include "frame/journal.h"
 #include "records/Statement.h"
+
+#include <QSet>
+
+#include <mutex>
 
 using namespace Qt::StringLiterals;
 
@@ -26,4 +31,23 @@ bool EnsureTable(ConnectionPointer& connection, const QString& extra, const QStr
     }
     tables->Close();
     return there;
+}
+
+void NoteWithoutTable(const QString& sentence, const PlatformError& error)
+{
+    static std::mutex mutex;
+    static auto& noted = *new QSet<QString>;
+    const std::lock_guard lock(mutex);
+    if (noted.contains(sentence))
+        return;
+    noted.insert(sentence);
+    journal::NoteFault(sentence + u" capture-station-admin upgrade-tables를 실행하십시오\n"_s + error.Text());
+}
+
+QString FittingColumn(const QString& text, qsizetype characters)
+{
+    QString cut = text.trimmed().left(characters);
+    if (cut.size() == characters && cut.back().isHighSurrogate())
+        cut.chop(1);
+    return cut.trimmed();
 }

@@ -142,11 +142,9 @@ void Ledger::TakeNumbers(const VisitToAsk& visit, const QList<int>& numbers)
     m_database->Run(statements);
 }
 
-bool Ledger::WasSent(const PacsEntry& entry)
+bool Ledger::MayHaveBeenSent(const PacsEntry& entry)
 {
-    return !m_database
-                ->Rows(u"SELECT * FROM visit WHERE wasSent = 1 AND "_s + Same(entry.chart, entry.ymd, entry.etc, 0))
-                .isEmpty();
+    return queue_rows::MayHaveBeenSent(*m_database, entry.chart, entry.ymd, entry.etc);
 }
 
 void Ledger::MarkSent(const PacsEntry& entry)

@@ -58,8 +58,8 @@ public:
     void Release(const VisitToAsk& visit);
     /// Those of its pictures that aren't known go too.
     void TakeNumbers(const VisitToAsk& visit, const QList<int>& numbers);
-    /// An earlier release has sent pictures of the visit.
-    bool WasSent(const PacsEntry& entry);
+    /// An earlier release may have sent pictures of the visit.
+    bool MayHaveBeenSent(const PacsEntry& entry);
     void MarkSent(const PacsEntry& entry);
 
     /// When the visit's first picture was taken, as far as the queue tells; empty otherwise.

@@ -9,6 +9,7 @@
 #include "pacs/SenderQueue.h"
 #include "records/capture_index.h"
 #include "records/Statement.h"
+#include "sender/pauses.h"
 #include "sender/services/Services.h"
 
 #include <algorithm>
@@ -21,8 +22,6 @@ namespace {
 constexpr int LookMs = 500;
 constexpr int BatchSize = 50;
 constexpr int FirstPauseMs = 1000;
-/// A server that wants nothing of this station, or of a kind, is asked again so seldom.
-constexpr int LongPauseMs = 60 * 60 * 1000;
 /// What takes longer is told.
 constexpr int SilenceMs = 20'000;
 /// A new visit's first picture comes within that time.
@@ -173,8 +172,8 @@ void Sender::Ask(const std::function<void()>& statements, const std::function<vo
 void Sender::Pause(const QString& reason, bool isLong)
 {
     SetAway(reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : reason);
-    m_pauseMs = m_pauseMs == 0 ? FirstPauseMs : std::min(m_pauseMs * 2, LongestPauseMs);
-    m_pause.start(isLong ? LongPauseMs : m_pauseMs);
+    m_pauseMs = m_pauseMs == 0 ? FirstPauseMs : std::min(m_pauseMs * 2, pauses::LongestMs);
+    m_pause.start(isLong ? pauses::LongMs : m_pauseMs);
 }
 
 void Sender::SetAway(const QString& reason)

@@ -28,8 +28,6 @@ class Sender : public QObject
     Q_OBJECT
 
 public:
-    static constexpr int LongestPauseMs = 5 * 60 * 1000;
-
     /// `setupDigest` is what the setup is known by.
     Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords& places, const QString& setupDigest);
     ~Sender() override;

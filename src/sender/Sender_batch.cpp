@@ -104,11 +104,10 @@ void Sender::TakeHeld(const Items& items)
 void Sender::AskFacts(const QList<PacsEntry>& entries)
 {
     const auto items = std::make_shared<Items>();
-    const QString today = QDate::currentDate().toString(u"yyyyMMdd"_s);
     for (const PacsEntry& entry : entries) {
         const bool isPicture = parts::IsOfPicture(entry.part);
         VisitTold told{entry.doctor, m_ledger.FirstTakenAt(entry), isPicture ? entry.number : 0,
-                       entry.ymd < today || m_ledger.WasSent(entry), !parts::IsRejection(entry.part)};
+                       m_ledger.MayHaveBeenSent(entry), !parts::IsRejection(entry.part)};
         if (!isPicture && !told.firstTakenAt.isValid())
             told.firstTakenAt = entry.takenAt;
         items->append(Item{entry, entry.VisitBelow(m_setup.CaptureRoot), told});

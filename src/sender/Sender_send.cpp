@@ -5,6 +5,7 @@
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"
 #include "records/acts.h"
+#include "sender/pauses.h"
 #include "sender/Sender_link.h"
 #include "text/text_routines.h"
 
@@ -15,11 +16,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int ReadAhead = 2;
-/// A picture waits longer for itself than the server's first pauses last, so that others have their turn.
-constexpr int FirstOwnPauseMs = 4000;
-constexpr int MostDoublings = 7;
-/// What needs another setup isn't looked at again before that, nor what the server takes none of.
-constexpr int LongPauseMs = 60 * 60 * 1000;
 /// A deleted picture that isn't found by then was never here.
 constexpr int MostSearches = 6;
 
@@ -55,11 +51,6 @@ void RecordSent(const PacsEntry& entry, const QString& uid)
     act.detail = parts::IsRejection(entry.part) ? parts::ValueOf(entry.part) : uid;
     act.key = uid;
     acts::Record(act);
-}
-
-int Doubled(int firstMs, int times)
-{
-    return std::min(firstMs << std::min(times, MostDoublings), Sender::LongestPauseMs);
 }
 
 } // namespace
@@ -220,7 +211,7 @@ void Sender::TakeAnswer(const Item& item, const sending::Answer& answer)
     case DicomOutcome::KindRefused:
         // Objects of other kinds go all the same.
         if (parts::IsOfPicture(entry.part)) {
-            m_ledger.Later(entry, outcome.reason, LongPauseMs, false);
+            m_ledger.Later(entry, outcome.reason, pauses::LongMs, false);
             SetAway(outcome.reason);
             return;
         }
@@ -233,7 +224,7 @@ void Sender::TakeAnswer(const Item& item, const sending::Answer& answer)
         return;
     case DicomOutcome::Passing:
     case DicomOutcome::Cut:
-        m_ledger.Later(entry, outcome.reason, Doubled(FirstOwnPauseMs, entry.tries), outcome.kind == DicomOutcome::Cut);
+        m_ledger.Later(entry, outcome.reason, pauses::Own(entry.tries), outcome.kind == DicomOutcome::Cut);
         [[fallthrough]];
     case DicomOutcome::Away:
         Pause(outcome.reason);
@@ -246,7 +237,7 @@ void Sender::TakeAnswer(const Item& item, const sending::Answer& answer)
 
 void Sender::WaitForDeletion(const PacsEntry& entry)
 {
-    m_ledger.Later(entry, u"그림이 아직 지워지지 않았습니다."_s, Doubled(FirstOwnPauseMs, entry.tries), false);
+    m_ledger.Later(entry, u"그림이 아직 지워지지 않았습니다."_s, pauses::Own(entry.tries), false);
 }
 
 void Sender::RemoveFiles(const PacsEntry& entry)
@@ -257,13 +248,13 @@ void Sender::RemoveFiles(const PacsEntry& entry)
 
 void Sender::WaitForSetup(const PacsEntry& entry)
 {
-    m_ledger.Later(entry, QString::fromUtf16(NoIdentityText), LongPauseMs, false);
+    m_ledger.Later(entry, QString::fromUtf16(NoIdentityText), pauses::LongMs, false);
     SetAway(QString::fromUtf16(NoIdentityText));
 }
 
 void Sender::WaitForFile(const PacsEntry& entry, const QString& reason)
 {
-    m_ledger.Later(entry, reason, Doubled(FirstOwnPauseMs, entry.tries), false);
+    m_ledger.Later(entry, reason, pauses::Own(entry.tries), false);
     SetAway(reason);
 }
 

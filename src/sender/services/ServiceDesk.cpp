@@ -3,18 +3,13 @@
 #include "frame/guard.h"
 #include "frame/journal.h"
 #include "records/Statement.h"
+#include "sender/pauses.h"
 
 #include <QDateTime>
-
-#include <algorithm>
 
 namespace {
 
 constexpr int EndPatienceMs = 3000;
-constexpr qint64 FirstPauseMs = 4000;
-constexpr qint64 LongestPauseMs = 5 * 60 * 1000;
-constexpr qint64 LongPauseMs = 60 * 60 * 1000;
-constexpr int MostDoublings = 8;
 
 } // namespace
 
@@ -57,13 +52,12 @@ void ServiceDesk::Ask(const std::function<void()>& statements, const std::functi
 
 qint64 ServiceDesk::Again(int tries)
 {
-    const qint64 pauseMs = std::min(FirstPauseMs << std::min(tries, MostDoublings), LongestPauseMs);
-    return QDateTime::currentMSecsSinceEpoch() + pauseMs;
+    return QDateTime::currentMSecsSinceEpoch() + pauses::Own(tries);
 }
 
 qint64 ServiceDesk::MuchLater()
 {
-    return QDateTime::currentMSecsSinceEpoch() + LongPauseMs;
+    return QDateTime::currentMSecsSinceEpoch() + pauses::LongMs;
 }
 
 qint64 ServiceDesk::AgainAfter(const DicomOutcome& outcome, int tries)

@@ -107,7 +107,7 @@ void StepDesk::AskFacts(const Step& step)
     };
     // The pictures' way finds out what the server knows it under.
     const bool isToWait =
-        IsWithin(step.beganAt, IdentityMs) && service_rows::MayBeKnown(Queue(), step.chart, step.ymd, step.etc);
+        IsWithin(step.beganAt, IdentityMs) && queue_rows::MayHaveBeenSent(Queue(), step.chart, step.ymd, step.etc);
     QList<int> toGo;
     for (const PacsEntry& entry : service_rows::EntriesOf(Queue(), step)) {
         if (step.state != StepState::New && !IsAtServer(entry) && parts::IsOfPicture(entry.part))

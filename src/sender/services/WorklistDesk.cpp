@@ -1,6 +1,7 @@
 #include "sender/services/WorklistDesk.h"
 
 #include "frame/journal.h"
+#include "pacs/queue_rows.h"
 #include "records/acts.h"
 #include "records/kept_study.h"
 #include "records/study_identity.h"
@@ -109,7 +110,7 @@ void WorklistDesk::Keep(const Worklist& worklist, const service_rows::Offer& off
 {
     const bool isChosen = worklist.state == WorklistState::Chosen;
     const auto isKept = std::make_shared<bool>(false);
-    const bool isNew = !service_rows::MayBeKnown(Queue(), worklist.chart, worklist.ymd, worklist.etc);
+    const bool isNew = !queue_rows::MayHaveBeenSent(Queue(), worklist.chart, worklist.ymd, worklist.etc);
     const auto keep = [isKept, isChosen, isNew, offer, visit = worklist.VisitBelow(Setup().CaptureRoot),
                        pacs = Setup().Pacs, places = Places()] {
         // Another station may have been a moment quicker; what the operator says stands above it.
