@@ -1,7 +1,7 @@
 #include "admin/check_abilities.h"
 
-#include "contracts/dicom_uids.h"
 #include "frame/components.h"
+#include "identifiers/dicom_uids.h"
 
 #include <algorithm>
 

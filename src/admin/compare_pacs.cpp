@@ -1,12 +1,12 @@
 #include "admin/commands.h"
 
 #include "contracts/dicom.h"
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/components.h"
 #include "frame/services.h"
 #include "frame/terminal.h"
+#include "identifiers/dicom_uids.h"
 #include "records/capture_index.h"
 #include "records/study_identity.h"
 #include "session/VisitContext.h"

@@ -1,12 +1,12 @@
 #include "cdexport/disc_objects.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "filing/originals.h"
 #include "frame/components.h"
 #include "frame/file_calls.h"
 #include "frame/services.h"
+#include "identifiers/dicom_uids.h"
 #include "records/doctor_lookup.h"
 #include "records/kept_study.h"
 #include "records/picture_facts.h"

@@ -1,6 +1,5 @@
 #include "pacs/PacsHandover.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "contracts/SenderProcess.h"
@@ -11,6 +10,7 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "frame/waiting.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/pacs_setup.h"
 #include "pacs/parts.h"
 

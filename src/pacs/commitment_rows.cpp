@@ -1,7 +1,7 @@
 #include "pacs/service_rows.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/LocalDatabase.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/queue_rows.h"
 #include "records/local_tables.h"
 #include "records/Statement.h"

@@ -1,6 +1,6 @@
 #include "pacs/parts.h"
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/PacsLine.h"
 
 using namespace Qt::StringLiterals;

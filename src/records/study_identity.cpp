@@ -1,7 +1,7 @@
 #include "records/study_identity.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/PlatformError.h"
+#include "identifiers/dicom_uids.h"
 #include "records/Statement.h"
 #include "records/tables.h"
 #include "visit/Visit.h"

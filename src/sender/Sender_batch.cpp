@@ -1,7 +1,7 @@
 #include "sender/Sender.h"
 
-#include "contracts/dicom_uids.h"
 #include "filing/originals.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/parts.h"
 #include "records/study_identity.h"
 #include "sender/Sender_link.h"

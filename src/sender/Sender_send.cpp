@@ -1,5 +1,5 @@
-#include "contracts/dicom_uids.h"
 #include "frame/journal.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/handed_files.h"
 #include "pacs/parts.h"
 #include "pacs/queue_rows.h"

@@ -1,6 +1,6 @@
 #include "sender/sending.h"
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/handed_files.h"
 #include "pacs/parts.h"
 

@@ -1,6 +1,6 @@
-#include "contracts/dicom_uids.h"
 #include "contracts/setup_components.h"
 #include "contracts/StatusPanels.h"
+#include "identifiers/dicom_uids.h"
 #include "records/capture_index.h"
 #include "records/patient_lookup.h"
 #include "records/study_identity.h"

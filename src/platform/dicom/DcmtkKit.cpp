@@ -1,11 +1,11 @@
 #include "platform/dicom/DcmtkKit.h"
 
 #include "contracts/desktop.h"
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "frame/components.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "identifiers/dicom_uids.h"
 #include "platform/dicom/DcmtkServices.h"
 #include "platform/dicom/dicom_text.h"
 #include "platform/dicom/link_outcomes.h"

@@ -1,7 +1,7 @@
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
+#include "identifiers/dicom_uids.h"
 #include "platform/dicom/DcmtkKit.h"
 #include "platform/dicom/DcmtkRun.h"
 #include "platform/dicom/document_elements.h"

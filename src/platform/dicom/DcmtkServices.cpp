@@ -1,6 +1,6 @@
 #include "platform/dicom/DcmtkServices.h"
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/service_elements.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 #include "platform/dicom/Dataset.h"
 
 #include <functional>

@@ -1,5 +1,5 @@
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
+#include "identifiers/dicom_uids.h"
 #include "platform/setup/SetupReader.h"
 
 #include <QRegularExpression>

@@ -1,7 +1,7 @@
 #include "sender/services/CommitmentDesk.h"
 
-#include "contracts/dicom_uids.h"
 #include "frame/journal.h"
+#include "identifiers/dicom_uids.h"
 #include "records/acts.h"
 
 #include <QDateTime>

@@ -1,10 +1,10 @@
 #include "sender/services/StepDesk.h"
 
-#include "contracts/dicom_uids.h"
 #include "contracts/files.h"
 #include "filing/originals.h"
 #include "frame/journal.h"
 #include "frame/services.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "pacs/SenderQueue.h"

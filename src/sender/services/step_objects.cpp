@@ -1,6 +1,6 @@
 #include "sender/services/step_objects.h"
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 #include "pacs/parts.h"
 #include "sender/pacs_contents.h"
 

@@ -1,6 +1,6 @@
 #include "sender/services/worklist_choice.h"
 
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 
 #include <QCryptographicHash>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "contracts/dicom_uids.h"
+#include "identifiers/dicom_uids.h"
 
 #include <QCryptographicHash>
 #include <QRegularExpression>
