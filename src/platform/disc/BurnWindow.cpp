@@ -7,6 +7,7 @@
 #include "frame/plain_text.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -161,8 +162,18 @@ void BurnWindow::ShowEnd(const QString& text, bool canEmpty)
     m_cmdEmpty->setVisible(canEmpty);
     m_cmdEmpty->setEnabled(canEmpty);
     m_cmdClose->show();
+    // Enter closes the window: without a dialog's default button that is the focus's.
     m_cmdClose->setDefault(true);
+    m_cmdClose->setFocus();
     Bring();
+}
+
+void BurnWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape)
+        close();
+    else
+        QWidget::keyPressEvent(event);
 }
 
 void BurnWindow::closeEvent(QCloseEvent* event)

@@ -32,6 +32,7 @@ Q_SIGNALS:
     void EmptyPressed();
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:

@@ -96,6 +96,9 @@ private Q_SLOTS:
         QFile named(m_box->staging + u"뒤\\빗금.jpg"_s);
         QVERIFY(named.open(QIODevice::WriteOnly));
         QVERIFY(DiscInABox::Burn());
+        QVERIFY(DiscInABox::Window()->focusWidget());
+        QTest::keyClick(DiscInABox::Window()->focusWidget(), Qt::Key_Return);
+        QVERIFY(!DiscInABox::Window()->isVisible());
         m_box->Stage(u"b.jpg"_s, "second");
         QVERIFY(DiscInABox::Burn());
         QCOMPARE(m_box->ImageNames(), (QStringList{u"cd-2.iso"_s, u"cd.iso"_s}));
