@@ -11,6 +11,7 @@
 #include "pacs/SenderQueue.h"
 #include "screenparts/PrintedPage.h"
 #include "session/VisitContext.h"
+#include "text/text_routines.h"
 
 #include <QCryptographicHash>
 
@@ -47,16 +48,17 @@ PacsLine LineOf(PacsLine::Kind kind, const FindingsRecordFields& record)
     return line;
 }
 
-/// All that stands on the pages.
+/// All that stands on the pages. A blank behind the age or a name isn't seen there.
 QString DigestOf(const FindingsRecordFields& record, const QList<QImage>& pictures)
 {
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    for (const QString& text :
-         QStringList{record.Yeonno, record.Chart, record.Yuhyung, record.Etc, record.Suname, record.Jumin, record.Sex,
-                     record.Nai, record.Phone, record.Address, record.Ymd, record.Balymd, record.Doctor, record.Myonheo,
-                     record.Yoyangno, record.Hospital} +
-             record.SogyonLines + record.BigoLines)
-        hash.addData((text + u'\x1f').toUtf8());
+    const auto add = [&hash](const QString& text) { hash.addData((text + u'\x1f').toUtf8()); };
+    for (const QString& field :
+         {record.Yeonno, record.Chart, record.Yuhyung, record.Etc, record.Suname, record.Jumin, record.Sex, record.Nai,
+          record.Ymd, record.Balymd, record.Doctor, record.Myonheo, record.Yoyangno, record.Hospital})
+        add(Trim(field));
+    for (const QString& line : record.SogyonLines + record.BigoLines)
+        add(line);
     for (const QImage& picture : pictures) {
         hash.addData(QByteArray::number(picture.width()) + 'x' + QByteArray::number(picture.height()));
         hash.addData(QByteArrayView(picture.constBits(), picture.sizeInBytes()));
@@ -72,6 +74,9 @@ void ReportSending::Send(const FindingsRecordFields& record, const std::array<Im
         return;
     FindingsRecordFields shown = record;
     shown.Jumin = Masked(shown.Jumin);
+    // A report that was opened again has neither: it is the same document all the same.
+    shown.Phone.clear();
+    shown.Address.clear();
     const PrintedPages pages = PagesOf(shown, pictures);
     for (int number = 1; number <= pages.count; ++number) {
         pages.draw(number);
