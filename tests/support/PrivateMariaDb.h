@@ -35,6 +35,8 @@ public:
     const QString& Fault() const { return m_fault; }
 
 private:
+    /// A copy of what an earlier test of this build has made, or made now.
+    bool TakeData();
     bool MakeData();
     bool WaitUntilReady();
 
