@@ -1,5 +1,6 @@
 #include "contracts/MSComm.h"
 #include "filing/NumberClaim.h"
+#include "frame/waiting.h"
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"
 #include "support/PseudoTerminal.h"
@@ -12,7 +13,11 @@ class DatabaseStallTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { ShowWaitsOnForms(); }
+    void initTestCase()
+    {
+        ShowWaitsOnForms();
+        waiting::cancelledAfterMs = 2 * waiting::ShownAfterMs;
+    }
     void init()
     {
         m_box = std::make_unique<StationInABox>(u"QMARIADB"_s);

@@ -65,6 +65,7 @@ bool PrivateMariaDb::Start(const QString& address, const QString& certificate)
                                  u"--port=%1"_s.arg(Port), u"--innodb-buffer-pool-size=32M"_s,
                                  u"--key-buffer-size=1M"_s, u"--aria-pagecache-buffer-size=1M"_s,
                                  u"--performance-schema=OFF"_s, u"--innodb-flush-log-at-trx-commit=1"_s} +
+                     qEnvironmentVariable("STATION_SERVER_OPTIONS").split(u' ', Qt::SkipEmptyParts) +
                      (certificate.isEmpty() ? QStringList() : encryption));
     return WaitUntilReady();
 }

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket, with durable commits.
-/// It ends with the test, also when that crashes.
+/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket, with durable commits and
+/// what the environment says in STATION_SERVER_OPTIONS. It ends with the test, also when that crashes.
 class PrivateMariaDb
 {
 public:
