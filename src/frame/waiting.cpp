@@ -61,7 +61,7 @@ waiting::Outcome waiting::Await(const QString& text, const std::function<bool()>
         SetMousePointer(PointerBusy);
         Present();
     });
-    QTimer::singleShot(CancelledAfterMs, &awaited, [&] {
+    QTimer::singleShot(cancelledAfterMs, &awaited, [&] {
         wait.notice.mayCancel = true;
         Present();
     });

@@ -27,8 +27,8 @@ struct Notice
 
 /// The pointer becomes busy, and the wait is shown, after so long.
 inline constexpr int ShownAfterMs = 500;
-/// It can be given up after so long.
-inline constexpr int CancelledAfterMs = 3000;
+/// It can be given up after so long; set by tests alone.
+inline int cancelledAfterMs = 3000;
 
 /// Waits until `done` holds, which is asked after each event. `text` tells the operator what is awaited.
 Outcome Await(const QString& text, const std::function<bool()>& done);

@@ -275,6 +275,7 @@ void Ledger::Later(const PacsEntry& entry, const QString& reason, int waitMs, bo
                          .Piece(u", tries = tries + 1")
                          .Quoted(u", reason = '", reason)
                          .Piece(u", notBefore = %1"_s.arg(QDateTime::currentMSecsSinceEpoch() + waitMs))
+                         .Piece(waitMs > 0 ? u", place = ( SELECT MAX( place ) + 1 FROM picture )" : u"")
                          .Piece(isDoubtful ? u", isDoubtful = 1" : u"")
                          .Piece(Where(entry))
                          .Then(u" AND revision = ", entry.revision)

@@ -110,7 +110,8 @@ public:
     void SetAside(const PacsEntry& entry, const QString& reason);
     /// There is no such picture.
     void Gone(const PacsEntry& entry);
-    /// It waits for itself for that time. `isDoubtful`: the server may have it.
+    /// It waits for itself for that time, and comes behind those that are there by then. `isDoubtful`: the server may
+    /// have it.
     void Later(const PacsEntry& entry, const QString& reason, int waitMs, bool isDoubtful);
     /// Those that were begun and have no end wait again.
     void PutBack(bool areDoubtful);

@@ -4,6 +4,7 @@
 #include "pacs/parts.h"
 #include "pacs/queue_rows.h"
 #include "records/Statement.h"
+#include "sender/pauses.h"
 
 #include <QUuid>
 
@@ -181,7 +182,7 @@ void LedgerChange::InsertRejection(const PacsEntry& entry, const QString& uid, c
             .Then(u"', '", parts::RejectionOf(uid))
             .Then(u"', '", queue_rows::TimeText(QDateTime::currentDateTime()))
             .Then(u"', '", classUid)
-            .Piece(u"', %1, '"_s.arg(QDateTime::currentMSecsSinceEpoch() + DeletionMs))
+            .Piece(u"', %1, '"_s.arg(QDateTime::currentMSecsSinceEpoch() + pauses::Of(DeletionMs)))
             .Piece(queue_rows::Word(PacsState::Waiting))
             .Piece(u"'")
             .Text());

@@ -8,6 +8,7 @@
 #include "pacs/handed_files.h"
 #include "pacs/parts.h"
 #include "sender/pacs_contents.h"
+#include "sender/pauses.h"
 #include "sender/sending.h"
 
 #include <QPointer>
@@ -83,8 +84,8 @@ void MovieMaking::Answer(const PacsEntry& entry, const EncodedMovie& movie, cons
         m_ledger.SetAside(entry, guard::TextOf(fault).simplified());
         journal::NoteFault(guard::TextOf(fault));
     } else {
-        m_ledger.Later(entry, guard::TextOf(fault).simplified(), FirstPauseMs << std::min(entry.tries, MostDoublings),
-                       false);
+        m_ledger.Later(entry, guard::TextOf(fault).simplified(),
+                       pauses::Of(FirstPauseMs << std::min(entry.tries, MostDoublings)), false);
     }
 }
 

@@ -48,7 +48,7 @@ Sender::Sender(Ledger& ledger, const ClientSetupRecord& setup, const SaupRecords
     connect(&m_pause, &QTimer::timeout, this, [this] { Guard([this] { Step(); }); });
     const auto look = [this] { Guard([this] { Look(); }); };
     connect(&m_look, &QTimer::timeout, this, look);
-    m_look.start(LookMs);
+    m_look.start(pauses::Of(LookMs));
     QTimer::singleShot(0, this, look);
     m_idle.start();
 }
@@ -73,15 +73,15 @@ void Sender::Guard(const std::function<void()>& step)
 void Sender::Look()
 {
     TakeLines();
-    if (m_isReading && m_readingSince.hasExpired(SilenceMs)) {
+    if (m_isReading && m_readingSince.hasExpired(pauses::Of(SilenceMs))) {
         const QString reason = u"캡쳐 폴더의 공유가 응답하지 않습니다.!!"_s;
         SetAway(reason);
         m_isEnding = true;
         if (m_isBusy && !m_isSending)
             EndBatch();
-    } else if (m_isBusy && m_isSending && !m_isSendingMovie && m_linkSince.hasExpired(SilenceMs)) {
+    } else if (m_isBusy && m_isSending && !m_isSendingMovie && m_linkSince.hasExpired(pauses::Of(SilenceMs))) {
         SetAway(Silent);
-    } else if (m_askingSince.isValid() && m_askingSince.hasExpired(SilenceMs)) {
+    } else if (m_askingSince.isValid() && m_askingSince.hasExpired(pauses::Of(SilenceMs))) {
         SetAway(u"데이터베이스가 응답하지 않습니다.!!"_s);
     }
     if (m_services)
@@ -173,7 +173,7 @@ void Sender::Pause(const QString& reason, bool isLong)
 {
     SetAway(reason.isEmpty() ? u"까닭을 알 수 없습니다.!!"_s : reason);
     m_pauseMs = m_pauseMs == 0 ? FirstPauseMs : std::min(m_pauseMs * 2, pauses::LongestMs);
-    m_pause.start(isLong ? pauses::LongMs : m_pauseMs);
+    m_pause.start(isLong ? pauses::Long() : pauses::Of(m_pauseMs));
 }
 
 void Sender::SetAway(const QString& reason)
@@ -201,7 +201,7 @@ void Sender::EndWhenIdle()
         if (std::exchange(m_sent, 0) > 0)
             m_ledger.Tell(QString::fromUtf16(queue_rows::SentNow), u"0"_s);
     }
-    if (!m_idle.hasExpired(IdleMs) || (m_services && m_services->AreNeeded()))
+    if (!m_idle.hasExpired(pauses::Of(IdleMs)) || (m_services && m_services->AreNeeded()))
         return;
     if (!m_mayBeHeld || !AskHeld())
         Quit();

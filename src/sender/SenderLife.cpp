@@ -12,6 +12,7 @@
 #include "records/Statement.h"
 #include "sender/former_lists.h"
 #include "sender/Ledger.h"
+#include "sender/pauses.h"
 #include "sender/Sender.h"
 
 #include <QEventLoop>
@@ -29,7 +30,7 @@ constexpr int LongestPauseMs = 60'000;
 void Wait(int ms)
 {
     QEventLoop loop;
-    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    QTimer::singleShot(pauses::Of(ms), &loop, &QEventLoop::quit);
     loop.exec();
 }
 

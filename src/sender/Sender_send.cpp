@@ -211,7 +211,7 @@ void Sender::TakeAnswer(const Item& item, const sending::Answer& answer)
     case DicomOutcome::KindRefused:
         // Objects of other kinds go all the same.
         if (parts::IsOfPicture(entry.part)) {
-            m_ledger.Later(entry, outcome.reason, pauses::LongMs, false);
+            m_ledger.Later(entry, outcome.reason, pauses::Long(), false);
             SetAway(outcome.reason);
             return;
         }
@@ -248,7 +248,7 @@ void Sender::RemoveFiles(const PacsEntry& entry)
 
 void Sender::WaitForSetup(const PacsEntry& entry)
 {
-    m_ledger.Later(entry, QString::fromUtf16(NoIdentityText), pauses::LongMs, false);
+    m_ledger.Later(entry, QString::fromUtf16(NoIdentityText), pauses::Long(), false);
     SetAway(QString::fromUtf16(NoIdentityText));
 }
 

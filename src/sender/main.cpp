@@ -12,10 +12,12 @@
 #include "platform/terminal/register_terminal.h"
 #include "records/ActJournal.h"
 #include "records/Statement.h"
+#include "sender/pauses.h"
 #include "sender/SenderLife.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <unistd.h>
@@ -28,6 +30,9 @@ int main(int argc, char* argv[])
     [[maybe_unused]] const int priority = nice(Politeness);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("capture-station"));
+    // `--pauses PERCENT` lets as much of each pause pass.
+    if (const QStringList arguments = QCoreApplication::arguments(); arguments.value(1) == QStringLiteral("--pauses"))
+        pauses::percent = std::clamp(arguments.value(2).toInt(), 1, 100);
     RegisterJournal();
     RegisterFiles();
     RegisterTerminal();

@@ -27,7 +27,11 @@ private Q_SLOTS:
         OpenScreen();
         MakeFolder(m_box->Root() + u"2025\\대장내시경Log"_s);
     }
-    void cleanup() { m_box.reset(); }
+    void cleanup()
+    {
+        m_box->FaultyFiles().Recover(); // Or the end waits for what can't be written.
+        m_box.reset();
+    }
 
     void NoMeansNo_data()
     {

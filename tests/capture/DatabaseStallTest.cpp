@@ -1,5 +1,6 @@
 #include "contracts/MSComm.h"
 #include "filing/NumberClaim.h"
+#include "frame/waiting.h"
 #include "screenparts/NoticeStrip.h"
 #include "support/CaptureScreen.h"
 #include "support/PseudoTerminal.h"
@@ -12,7 +13,11 @@ class DatabaseStallTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { ShowWaitsOnForms(); }
+    void initTestCase()
+    {
+        ShowWaitsOnForms();
+        waiting::cancelledAfterMs = 2 * waiting::ShownAfterMs;
+    }
     void init()
     {
         m_box = std::make_unique<StationInABox>(u"QMARIADB"_s);
@@ -118,7 +123,7 @@ private Q_SLOTS:
         QTRY_COMPARE(Mark(3), QString());
         QTRY_VERIFY(!NumberClaim::Stands(m_visit, 2));
         QCOMPARE(m_box->Value(u"SELECT GROUP_CONCAT(cap_no ORDER BY cap_no) AS v FROM cap"_s), u"1,3"_s);
-        QCOMPARE(m_box->Names(u"2026"_s, Stomach).size(), 2);
+        QTRY_COMPARE(m_box->Names(u"2026"_s, Stomach).size(), 2); // the claim of the other goes last
     }
 
     void AnotherSectionGoesOnBehindWhatItsFolderHolds()

@@ -1,5 +1,6 @@
 #include "contracts/files.h"
 #include "filing/NumberClaim.h"
+#include "frame/waiting.h"
 #include "platform/files/posix_files.h"
 #include "platform/sql/register_sql.h"
 #include "screenparts/NoticeStrip.h"
@@ -62,7 +63,11 @@ class ShareStallTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { ShowWaitsOnForms(); }
+    void initTestCase()
+    {
+        ShowWaitsOnForms();
+        waiting::cancelledAfterMs = 2 * waiting::ShownAfterMs;
+    }
     void init()
     {
         m_box = std::make_unique<StationInABox>();

@@ -19,22 +19,35 @@ ClinicDatabase::ClinicDatabase(const QString& driver, PrivateMariaDb* server)
     }
 }
 
-bool ClinicDatabase::Make(const QStringList& tables)
+bool ClinicDatabase::Make(const QStringList& tables, const QString& rows)
 {
-    if (IsServer() &&
-        !m_server->Run(u"CREATE DATABASE %1 CHARACTER SET utf8mb4 COLLATE utf8mb4_bin;"_s.arg(m_settings.name))) {
-        m_fault = m_server->Fault();
-        return false;
-    }
+    QString statements;
     for (const QString& table : tables) {
         QFile script(u"" STATION_SOURCE_FOLDER "/sql/%1/%2.sql"_s.arg(IsServer() ? u"mariadb"_s : u"sqlite"_s, table));
         if (!script.open(QIODevice::ReadOnly)) {
             m_fault = script.errorString();
             return false;
         }
-        if (!Run(QString::fromUtf8(script.readAll())))
-            return false;
+        statements += QString::fromUtf8(script.readAll()) + u'\n';
     }
+    statements += rows;
+    if (IsServer()) {
+        const QString name = m_settings.name;
+        const QString made = u"CREATE DATABASE %1 CHARACTER SET utf8mb4 COLLATE utf8mb4_bin;\nUSE %1;\n"_s.arg(name);
+        if (m_server->Run(made + statements))
+            return true;
+        m_fault = m_server->Fault();
+        return false;
+    }
+    // Another one of the same is a copy.
+    static QHash<QString, QByteArray> files;
+    QFile file(m_settings.name);
+    if (const auto made = files.constFind(statements); made != files.cend())
+        return file.open(QIODevice::WriteOnly) && file.write(*made) == made->size();
+    if (!Run(statements))
+        return false;
+    if (file.open(QIODevice::ReadOnly))
+        files.insert(statements, file.readAll());
     return true;
 }
 

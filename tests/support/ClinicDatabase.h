@@ -13,7 +13,8 @@ public:
 
     /// Makes the database with the tables of these files of sql/: `ca`, `cap`, `caso`, `endo`, and `clinic` for all
     /// that belong to the clinic. False, with the reason in `Fault`.
-    bool Make(const QStringList& tables);
+    /// Statements of `rows` follow.
+    bool Make(const QStringList& tables, const QString& rows = {});
     /// Runs statements beside the station's connection, as another client does. False, with the reason in `Fault`.
     bool Run(const QString& statements);
 

@@ -109,15 +109,26 @@ public:
         process.waitForFinished();
         return QString::fromUtf8(process.readAll());
     }
-    /// An object's element without its brackets; empty when it has none.
+    /// An object's element without its brackets; empty when it has none. What was told of a file is remembered: who
+    /// waits for an object asks for all of them each time, and would take the machine from the one that sends it.
     static QString Element(const QString& path, const char* tag)
     {
+        static QHash<QString, QString> told;
+        const QFileInfo file(path);
+        const QString question = QStringLiteral("%1 %2 %3 %4")
+                                     .arg(path, QLatin1String(tag))
+                                     .arg(file.size())
+                                     .arg(file.lastModified().toMSecsSinceEpoch());
+        if (const auto answer = told.constFind(question); answer != told.cend())
+            return *answer;
         const QString dump =
             Run(QStringLiteral("dcmdump"), {QStringLiteral("-q"), QStringLiteral("+L"), QStringLiteral("-Un"),
                                             QStringLiteral("+P"), QString::fromLatin1(tag), path});
         static const QRegularExpression value(QStringLiteral(R"(^\(.{9}\) \w\w (\[(.*)\]|(\S+)) +#)"));
         const QRegularExpressionMatch match = value.match(dump);
-        return match.hasMatch() ? match.captured(2) + match.captured(3) : QString();
+        if (!match.hasMatch())
+            return {};
+        return *told.insert(question, match.captured(2) + match.captured(3));
     }
 
 private:

@@ -1,7 +1,9 @@
 #include "support/PrivateMariaDb.h"
 
+#include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <csignal>
@@ -19,6 +21,11 @@ QString Program(const QString& name)
 {
     const QString found = QStandardPaths::findExecutable(name);
     return found.isEmpty() ? QStandardPaths::findExecutable(name, {u"/usr/sbin"_s, u"/usr/local/sbin"_s}) : found;
+}
+
+bool Copy(const QString& from, const QString& to)
+{
+    return QProcess::execute(u"cp"_s, {u"-r"_s, u"--sparse=always"_s, from, to}) == 0;
 }
 
 QStringList AsRoot()
@@ -39,7 +46,7 @@ QString PrivateMariaDb::Socket() const
 
 bool PrivateMariaDb::Start(const QString& address, const QString& certificate)
 {
-    if (!QDir(m_folder.filePath(u"data/mysql"_s)).exists() && !MakeData())
+    if (!QDir(m_folder.filePath(u"data/mysql"_s)).exists() && !TakeData())
         return false;
     const QString program = Program(u"mariadbd"_s);
     if (program.isEmpty()) {
@@ -58,8 +65,28 @@ bool PrivateMariaDb::Start(const QString& address, const QString& certificate)
                                  u"--port=%1"_s.arg(Port), u"--innodb-buffer-pool-size=32M"_s,
                                  u"--key-buffer-size=1M"_s, u"--aria-pagecache-buffer-size=1M"_s,
                                  u"--performance-schema=OFF"_s, u"--innodb-flush-log-at-trx-commit=1"_s} +
+                     qEnvironmentVariable("STATION_SERVER_OPTIONS").split(u' ', Qt::SkipEmptyParts) +
                      (certificate.isEmpty() ? QStringList() : encryption));
     return WaitUntilReady();
+}
+
+bool PrivateMariaDb::TakeData()
+{
+    const QString data = m_folder.filePath(u"data"_s);
+    // Another release of the server, or another user, makes its own.
+    const QString kept =
+        QStringLiteral(STATION_MARIADB_DATA) +
+        u".%1.%2"_s.arg(geteuid()).arg(QFileInfo(Program(u"mariadbd"_s)).lastModified().toSecsSinceEpoch());
+    if (QDir(kept).exists() && Copy(kept, data))
+        return true;
+    QDir(data).removeRecursively();
+    if (!MakeData())
+        return false;
+    // Whole or not at all: others may make theirs at the same time.
+    const QString own = u"%1.%2"_s.arg(kept).arg(getpid());
+    if (!Copy(data, own) || !QDir().rename(own, kept))
+        QDir(own).removeRecursively();
+    return true;
 }
 
 bool PrivateMariaDb::MakeData()

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket, with durable commits.
-/// It ends with the test, also when that crashes.
+/// A MariaDB server of the test's own: data in a temporary folder, reached through a socket, with durable commits and
+/// what the environment says in STATION_SERVER_OPTIONS. It ends with the test, also when that crashes.
 class PrivateMariaDb
 {
 public:
@@ -35,6 +35,8 @@ public:
     const QString& Fault() const { return m_fault; }
 
 private:
+    /// A copy of what an earlier test of this build has made, or made now.
+    bool TakeData();
     bool MakeData();
     bool WaitUntilReady();
 

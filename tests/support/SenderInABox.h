@@ -93,6 +93,7 @@ public:
             return;
         QProcess sender;
         sender.setProgram(OwnProgram(QStringLiteral("capture-station-sender")));
+        sender.setArguments({QStringLiteral("--pauses"), QString::number(PausePercent)});
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("CAPTURE_STATION_FOLDER"), m_box.Desk().ProgramFolder());
         environment.insert(QStringLiteral("CAPTURE_STATION_SETUP"), SetupPath());
@@ -105,6 +106,9 @@ public:
     }
 
 private:
+    /// The order of the pauses is theirs, not their length.
+    static constexpr int PausePercent = 20;
+
     class Starter final : public SenderProcess
     {
     public:

@@ -14,6 +14,7 @@ add_library(station_test_support STATIC
     "${support}/ClinicDatabase.cpp" "${support}/PrivateMariaDb.cpp" "${support}/ScriptedDesktop.cpp")
 target_include_directories(station_test_support PUBLIC "${CMAKE_SOURCE_DIR}/tests")
 target_compile_definitions(station_test_support PUBLIC STATION_SOURCE_FOLDER="${CMAKE_SOURCE_DIR}")
+target_compile_definitions(station_test_support PRIVATE STATION_MARIADB_DATA="${CMAKE_BINARY_DIR}/mariadb")
 target_link_libraries(station_test_support
     PUBLIC Qt6::Widgets Qt6::Test station_frame platform_sql
     PRIVATE station_strict)

@@ -13,10 +13,8 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-constexpr int PatienceMs = 2000;
-
 /// A socket of that name, which begins with a NUL where it is no file, takes a connection and answers.
-bool SocketAnswers(const QByteArray& name)
+bool SocketAnswers(const QByteArray& name, int patienceMs)
 {
     sockaddr_un address = {};
     address.sun_family = AF_UNIX;
@@ -32,20 +30,20 @@ bool SocketAnswers(const QByteArray& name)
     pollfd answer{file, POLLIN, 0};
     return connect(file, reinterpret_cast<const sockaddr*>(&address), size) == 0 &&
            send(file, Hello, sizeof(Hello) - 1, MSG_NOSIGNAL) == ssize_t(sizeof(Hello) - 1) &&
-           poll(&answer, 1, PatienceMs) == 1 && (answer.revents & POLLIN) != 0;
+           poll(&answer, 1, patienceMs) == 1 && (answer.revents & POLLIN) != 0;
 }
 } // namespace
 
-bool BusAnswers(const QString& address)
+bool BusAnswers(const QString& address, int patienceMs)
 {
     for (const QString& each : address.split(u';', Qt::SkipEmptyParts)) {
         if (!each.startsWith(u"unix:"_s))
             continue;
         for (const QString& part : each.sliced(each.indexOf(u':') + 1).split(u',')) {
             const QByteArray value = QByteArray::fromPercentEncoding(part.sliced(part.indexOf(u'=') + 1).toUtf8());
-            if (part.startsWith(u"abstract="_s) && SocketAnswers('\0' + value))
+            if (part.startsWith(u"abstract="_s) && SocketAnswers('\0' + value, patienceMs))
                 return true;
-            if (part.startsWith(u"path="_s) && SocketAnswers(value))
+            if (part.startsWith(u"path="_s) && SocketAnswers(value, patienceMs))
                 return true;
         }
     }

@@ -15,9 +15,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-/// A bus, and a service on it, have so long to answer.
-constexpr int PatienceMs = 2000;
-
 const QString Program = u"capture-station"_s;
 const QString Reason = u"영상을 보고 있습니다"_s;
 const QString ScreenSaver = u"org.freedesktop.ScreenSaver"_s;
@@ -38,7 +35,10 @@ QString SessionAddress()
 class Bus
 {
 public:
-    Bus(QString name, QString service) : m_name(std::move(name)), m_service(std::move(service)) {}
+    Bus(QString name, QString service, int patienceMs)
+        : m_name(std::move(name)), m_service(std::move(service)), m_patienceMs(patienceMs)
+    {
+    }
     ~Bus() { Close(); }
     Bus(const Bus&) = delete;
     Bus& operator=(const Bus&) = delete;
@@ -49,7 +49,7 @@ public:
         if (m_connection && m_connection->isConnected())
             return &*m_connection;
         Close();
-        if (!BusAnswers(address)) {
+        if (!BusAnswers(address, m_patienceMs)) {
             Tell(u"버스가 응답하지 않음"_s);
             return nullptr;
         }
@@ -68,7 +68,7 @@ public:
     std::optional<Answer> Call(QDBusMessage message, const QVariantList& arguments)
     {
         message.setArguments(arguments);
-        const QDBusReply<Answer> reply = m_connection->call(message, QDBus::Block, PatienceMs);
+        const QDBusReply<Answer> reply = m_connection->call(message, QDBus::Block, m_patienceMs);
         if (reply.isValid())
             return reply.value();
         Tell(reply.error().name());
@@ -95,6 +95,7 @@ private:
 
     const QString m_name;
     const QString m_service;
+    const int m_patienceMs;
     std::optional<QDBusConnection> m_connection;
     bool m_isTold = false;
 };
@@ -102,8 +103,11 @@ private:
 
 struct BusRoomAwake::Buses
 {
-    Bus session{u"room-awake-session"_s, ScreenSaver};
-    Bus system{u"room-awake-system"_s, Logind};
+    explicit Buses(int patience) : patienceMs(patience) {}
+
+    const int patienceMs;
+    Bus session{u"room-awake-session"_s, ScreenSaver, patienceMs};
+    Bus system{u"room-awake-system"_s, Logind, patienceMs};
     std::optional<uint> cookie;
     std::optional<QDBusUnixFileDescriptor> lock; ///< The system is kept awake while it is open.
 
@@ -133,16 +137,16 @@ struct BusRoomAwake::Buses
         QDBusMessage message =
             QDBusMessage::createMethodCall(ScreenSaver, ScreenSaverPath, ScreenSaver, u"UnInhibit"_s);
         message.setArguments({*given});
-        session.Opened()->call(message, QDBus::Block, PatienceMs);
+        session.Opened()->call(message, QDBus::Block, patienceMs);
     }
 };
 
-BusRoomAwake::BusRoomAwake() : m_buses(std::make_shared<Buses>()) {}
+BusRoomAwake::BusRoomAwake(int patienceMs) : m_patienceMs(patienceMs), m_buses(std::make_shared<Buses>(patienceMs)) {}
 
 BusRoomAwake::~BusRoomAwake()
 {
     // Both buses and both services, and one of them once more.
-    m_worker.End(5 * PatienceMs, [buses = m_buses] { buses->Release(); });
+    m_worker.End(5 * m_patienceMs, [buses = m_buses] { buses->Release(); });
 }
 
 void BusRoomAwake::Keep()

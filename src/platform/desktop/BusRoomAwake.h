@@ -12,7 +12,8 @@ class BusRoomAwake final : public RoomAwake
     Q_OBJECT
 
 public:
-    BusRoomAwake();
+    /// `patienceMs`: for each answer.
+    explicit BusRoomAwake(int patienceMs = 2000);
     ~BusRoomAwake() override;
 
     void Keep() override;
@@ -25,6 +26,7 @@ private Q_SLOTS:
 private:
     struct Buses;
 
+    const int m_patienceMs;
     bool m_isKept = false;
     const std::shared_ptr<Buses> m_buses; ///< The worker's.
     WorkThread m_worker;

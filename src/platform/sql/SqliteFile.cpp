@@ -4,12 +4,14 @@
 #include "contracts/PlatformError.h"
 #include "frame/services.h"
 
+#include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QThread>
 
 #include <sqlite3.h>
 
+#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -20,6 +22,7 @@ namespace {
 const QString LogEnding = u"-wal"_s;
 /// Another process that looks at the file holds it for moments.
 constexpr int BusyMs = 10'000;
+constexpr int BusyPauseMs = 5;
 /// A file that changes while it is copied is copied again.
 constexpr int CopyTries = 10;
 constexpr int CopyPauseMs = 20;
@@ -44,6 +47,20 @@ public:
     ~SqliteFile() override { sqlite3_close(m_handle); }
     SqliteFile(const SqliteFile&) = delete;
     SqliteFile& operator=(const SqliteFile&) = delete;
+
+    /// Commits go to a log beside the file. The engine itself waits for nobody while a fresh file gets one, and whoever
+    /// opens it at the same moment is about that as well.
+    void KeepLog()
+    {
+        const QDeadlineTimer limit(BusyMs);
+        int result = SQLITE_BUSY;
+        while ((result = sqlite3_exec(m_handle, "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr)) ==
+                   SQLITE_BUSY &&
+               !limit.hasExpired())
+            QThread::msleep(BusyPauseMs);
+        if (result != SQLITE_OK)
+            throw Fault();
+    }
 
     void Run(const QStringList& statements) override
     {
@@ -201,6 +218,21 @@ private:
     std::unique_ptr<SqliteFile> m_database;
 };
 
+/// What lies beside it takes its rights over. One thread at a time: who makes it closes a descriptor of it, by which
+/// the kernel drops all locks that this process has on it, those of another thread's engine too.
+void MakeOnce(const QString& path)
+{
+    static std::mutex making;
+    const std::lock_guard lock(making);
+    if (FileExists(path))
+        return;
+    // Another process may be about to make it as well, and to write into it.
+    const QString fresh = Files().PartialPath(QFileInfo(NativePath(path)).path());
+    Files().WritePrivateFile(fresh, {});
+    if (!Files().PlaceNewFile(fresh, path))
+        DeleteFile(fresh);
+}
+
 QStringList FilesOf(const QString& path)
 {
     return {path, path + LogEnding, path + u"-shm"_s};
@@ -210,16 +242,9 @@ QStringList FilesOf(const QString& path)
 
 std::unique_ptr<LocalDatabase> SqliteFiles::Open(const QString& path, Outlives outlives)
 {
-    // What lies beside it takes its rights over.
-    if (!FileExists(path)) {
-        // Another process may be about to make it as well, and to write into it.
-        const QString fresh = Files().PartialPath(QFileInfo(NativePath(path)).path());
-        Files().WritePrivateFile(fresh, {});
-        if (!Files().PlaceNewFile(fresh, path))
-            DeleteFile(fresh);
-    }
+    MakeOnce(path);
     auto file = std::make_unique<SqliteFile>(path, SQLITE_OPEN_READWRITE, path);
-    file->Rows(u"PRAGMA journal_mode = WAL"_s);
+    file->KeepLog();
     // FULL: a commit is on the disk when it returns.
     file->Rows(outlives == PowerCut ? u"PRAGMA synchronous = FULL"_s : u"PRAGMA synchronous = NORMAL"_s);
     return file;

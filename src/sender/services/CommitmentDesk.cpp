@@ -3,6 +3,7 @@
 #include "frame/journal.h"
 #include "identifiers/dicom_uids.h"
 #include "records/acts.h"
+#include "sender/pauses.h"
 
 #include <QDateTime>
 
@@ -24,7 +25,7 @@ constexpr qint64 AwaitMs = 60 * 60 * 1000LL;
 
 void CommitmentDesk::Begin()
 {
-    if (m_gathered.isValid() && !m_gathered.hasExpired(GatherMs))
+    if (m_gathered.isValid() && !m_gathered.hasExpired(pauses::Of(GatherMs)))
         return;
     m_gathered.start();
     service_rows::GatherSent(Queue(), QDateTime::currentDateTime().addDays(-DaysBack).toString(Qt::ISODateWithMs));

@@ -6,17 +6,16 @@
 #include "frame/journal.h"
 #include "frame/services.h"
 #include "pacs/SenderQueue.h"
+#include "sender/pauses.h"
 #include "sender/services/CommitmentDesk.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 
-using namespace std::chrono_literals;
-
 namespace {
 
-constexpr auto Pause = 20s;
+constexpr int PauseMs = 20'000;
 constexpr int EndPatienceMs = 3000;
 
 void Wait(const std::stop_token& stop)
@@ -24,7 +23,7 @@ void Wait(const std::stop_token& stop)
     std::mutex mutex;
     std::condition_variable_any wake;
     std::unique_lock lock(mutex);
-    wake.wait_for(lock, stop, Pause, [] { return false; });
+    wake.wait_for(lock, stop, std::chrono::milliseconds(pauses::Of(PauseMs)), [] { return false; });
 }
 
 void Listen(int port, const DicomTls& tls, LocalDatabase& queue, const std::stop_token& stop)

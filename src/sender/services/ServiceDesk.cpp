@@ -57,7 +57,7 @@ qint64 ServiceDesk::Again(int tries)
 
 qint64 ServiceDesk::MuchLater()
 {
-    return QDateTime::currentMSecsSinceEpoch() + pauses::LongMs;
+    return QDateTime::currentMSecsSinceEpoch() + pauses::Long();
 }
 
 qint64 ServiceDesk::AgainAfter(const DicomOutcome& outcome, int tries)

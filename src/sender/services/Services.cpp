@@ -4,6 +4,7 @@
 #include "frame/services.h"
 #include "pacs/SenderQueue.h"
 #include "pacs/service_rows.h"
+#include "sender/pauses.h"
 #include "sender/services/CommitmentDesk.h"
 #include "sender/services/ReportDoor.h"
 #include "sender/services/StepDesk.h"
@@ -16,7 +17,7 @@
 
 namespace {
 
-constexpr qint64 SoonMs = 10 * 60 * 1000;
+constexpr int SoonMs = 10 * 60 * 1000;
 
 } // namespace
 
@@ -58,7 +59,7 @@ bool Services::AreNeeded()
         return false;
     if (m_commitment != nullptr && m_commitment->IsAwaiting())
         return true;
-    const qint64 soon = QDateTime::currentMSecsSinceEpoch() + SoonMs;
+    const qint64 soon = QDateTime::currentMSecsSinceEpoch() + pauses::Of(SoonMs);
     return std::ranges::any_of(desks, [](ServiceDesk* desk) { return desk != nullptr && desk->IsBusy(); }) ||
            service_rows::DueBefore(*m_queue, soon).Meet(service_rows::InSetup(m_setup.Pacs));
 }

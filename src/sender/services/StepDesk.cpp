@@ -12,6 +12,7 @@
 #include "records/kept_study.h"
 #include "records/picture_facts.h"
 #include "records/study_identity.h"
+#include "sender/pauses.h"
 #include "sender/services/step_objects.h"
 
 #include <algorithm>
@@ -23,7 +24,7 @@ using service_rows::StepState;
 namespace {
 
 constexpr int LookMs = 5000;
-constexpr qint64 SoonMs = 1000;
+constexpr int SoonMs = 1000;
 /// An order that comes later than that isn't waited for, nor the operator's choice.
 constexpr qint64 WorklistMs = 20'000;
 constexpr qint64 ChoiceMs = 120'000;
@@ -52,12 +53,12 @@ void RecordTold(const Step& step, const QString& word)
 
 void StepDesk::Begin()
 {
-    if (!m_looked.isValid() || m_looked.hasExpired(LookMs))
+    if (!m_looked.isValid() || m_looked.hasExpired(pauses::Of(LookMs)))
         CloseLeft();
     const QList<Step> due = service_rows::DueSteps(Queue());
     for (const Step& step : due) {
         if (step.state == StepState::New ? AwaitsWorklist(step) : AwaitsPictures(step)) {
-            service_rows::Keep(Queue(), step, QDateTime::currentMSecsSinceEpoch() + SoonMs);
+            service_rows::Keep(Queue(), step, QDateTime::currentMSecsSinceEpoch() + pauses::Of(SoonMs));
             continue;
         }
         AskFacts(step);
@@ -137,7 +138,7 @@ void StepDesk::AskFacts(const Step& step)
     };
     const auto goOn = [this, step, facts] {
         if (facts->isToWait) {
-            service_rows::Keep(Queue(), step, QDateTime::currentMSecsSinceEpoch() + 2 * SoonMs);
+            service_rows::Keep(Queue(), step, QDateTime::currentMSecsSinceEpoch() + pauses::Of(2 * SoonMs));
             Done();
         } else if (!facts->hasIdentity) {
             Step waiting = step;

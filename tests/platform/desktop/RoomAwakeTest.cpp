@@ -137,7 +137,7 @@ private Q_SLOTS:
         }
         UseBus(u"unix:path="_s + QString::fromUtf8(path));
         {
-            BusRoomAwake room;
+            BusRoomAwake room(200);
             for (int i = 0; i < 2; ++i) {
                 room.Keep();
                 room.Release();

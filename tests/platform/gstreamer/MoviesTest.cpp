@@ -67,7 +67,7 @@ private Q_SLOTS:
     void NoFrameIsLostAtAChangeOfFile()
     {
         QFETCH(int, deviceRate);
-        constexpr int Files = 20;
+        constexpr int Files = 8;
         constexpr int FramesPerFile = 30;
         MovieRecorder recorder({}, NewTone());
         recorder.ChangeFile(Path(1));
