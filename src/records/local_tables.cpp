@@ -12,6 +12,5 @@ bool HasTable(LocalDatabase& database, QStringView table)
 
 bool HasColumn(LocalDatabase& database, QStringView table, QStringView column)
 {
-    return !database.Rows(u"SELECT name FROM pragma_table_info('%1') WHERE name = '%2'"_s.arg(table, column))
-                .isEmpty();
+    return !database.Rows(u"SELECT name FROM pragma_table_info('%1') WHERE name = '%2'"_s.arg(table, column)).isEmpty();
 }

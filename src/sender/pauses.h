@@ -5,7 +5,8 @@
 /// How long what couldn't be done waits for its next try, in milliseconds.
 namespace pauses {
 
-/// Of one that waits for something of its own: longer than a server's first pauses last, so that others have their turn.
+/// Of one that waits for something of its own: longer than a server's first pauses last, so that others have their
+/// turn.
 inline constexpr int FirstOwnMs = 4000;
 inline constexpr int LongestMs = 5 * 60 * 1000;
 /// What needs another setup isn't looked at again before that, nor what a server wants none of.
