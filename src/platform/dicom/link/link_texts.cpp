@@ -6,9 +6,8 @@
 
 QByteArray linktexts::Bounded(const char* text)
 {
-    return text == nullptr
-               ? QByteArray()
-               : QByteArray(text, static_cast<qsizetype>(qstrnlen(text, dicomlink::LongestText)));
+    return text == nullptr ? QByteArray()
+                           : QByteArray(text, static_cast<qsizetype>(qstrnlen(text, dicomlink::LongestText)));
 }
 
 void linktexts::Copy(char* target, size_t size, const QByteArray& text)
