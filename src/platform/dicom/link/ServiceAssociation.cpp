@@ -37,7 +37,7 @@ LinkAnswer ServiceAssociation::Ask(const QCborMap& request, QCborMap& map)
 {
     const auto kind = static_cast<Request>(request.value(RequestKey).toInteger(-1));
     const Offered offered = OfferedFor(kind, static_cast<Service>(request.value(ServiceKey).toInteger()));
-    if (const LinkAnswer opened = Open(request, offered.purpose); opened.fault != Fault::None)
+    if (LinkAnswer opened = Open(request, offered.purpose); opened.fault != Fault::None)
         return opened;
     m_context = ASC_findAcceptedPresentationContextID(m_association, offered.kind);
     LinkAnswer answer{Fault::NoContext};
@@ -78,7 +78,7 @@ LinkAnswer ServiceAssociation::AskScheduled(const QCborMap& request, QCborMap& m
         entries.append(serversets::ElementsOf(*entry));
         return true;
     };
-    const LinkAnswer answer =
+    LinkAnswer answer =
         AskMatches({m_context, UID_FINDModalityWorklistInformationModel}, keys, take, serversets::CommentOf);
     if (answer.fault == Fault::None)
         map[ScheduledKey] = entries;
@@ -133,7 +133,7 @@ LinkAnswer ServiceAssociation::AskCommitment(const QCborMap& request, QCborMap& 
         DIMSE_sendMessageUsingMemoryData(m_association, m_context, &message, nullptr, &data, nullptr, nullptr);
     if (asked.bad())
         return Drop(Fault::Broken, asked);
-    const LinkAnswer answer = ReadAnswer(action.MessageID, map);
+    LinkAnswer answer = ReadAnswer(action.MessageID, map);
     if (answer.fault == Fault::None && answer.status == STATUS_Success && !map.contains(TransactionKey))
         AwaitReport(static_cast<int>(request.value(WaitSecondsKey).toInteger()), map);
     return answer;
