@@ -347,7 +347,7 @@ QString MovieFiling::BringFile(const QString& local, const Visit& visit, bool ma
         number = std::max(number, NumberIn(path, visit));
     }
     while (true) {
-        const QString path = MoviePath(visit.MovieStem(), ++number);
+        QString path = MoviePath(visit.MovieStem(), ++number);
         if (Files().CopyToNewFile(local, path, {}) != CopyOutcome::NameTaken)
             return path;
     }

@@ -75,7 +75,7 @@ QByteArray Copy(const Visit& visit, int number, const QString& presentYear, cons
     if (!PictureExists(live))
         return {};
     const QString moved = visit.DeletedPicturePath(number);
-    const QByteArray version = Files().VersionOf(live);
+    QByteArray version = Files().VersionOf(live);
     QByteArray content;
     try {
         content = Files().ReadArchivedFile(live);

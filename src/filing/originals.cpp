@@ -54,7 +54,7 @@ Identities IdentitiesOf(const Visit& visit, int number)
 QString PathAmong(const Visit& visit, const QStringList& identities)
 {
     for (const QString& identity : identities) {
-        const QString path = originals::PathFor(visit, identity);
+        QString path = originals::PathFor(visit, identity);
         if (Files().KindOf(path) == FileKind::File)
             return path;
     }

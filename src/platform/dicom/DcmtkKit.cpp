@@ -7,7 +7,6 @@
 #include "frame/services.h"
 #include "identifiers/dicom_uids.h"
 #include "platform/dicom/DcmtkServices.h"
-#include "platform/dicom/dicom_text.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/register_dicom.h"
 
@@ -54,11 +53,7 @@ DicomOutcome DcmtkKit::AskOfPeer(Request asked, const DicomPeer& peer, Taken& ta
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, patienceMs, stop);
     if (end != LinkProcess::End::Answered)
         return OfEnd(end, {DicomOutcome::Away, u"PACS 서버에 연결할 수 없습니다.!!"_s});
-    const QCborArray pairs = answer.value(TakenKey).toArray();
-    for (const auto& each : pairs) {
-        const QCborArray pair = each.toArray();
-        taken.append({QString::fromLatin1(pair.at(0).toByteArray()), QString::fromLatin1(pair.at(1).toByteArray())});
-    }
+    taken = linkanswers::TakenOf(answer);
     return OfAnswer(answer, Asked::Echo, DicomOutcome::Away);
 }
 
@@ -128,14 +123,7 @@ DicomOutcome DcmtkKit::FindStudies(const QStringList& uids, QList<DicomFoundStud
         DicomOutcome outcome = Find(uid, {}, deadline.remainingTime(), answer, stop);
         if (outcome.kind != DicomOutcome::Accepted)
             return outcome;
-        const QCborArray matches = answer.value(MatchesKey).toArray();
-        for (const auto& each : matches) {
-            const QCborArray match = each.toArray();
-            const QString name = dicomtext::NameOf(match.at(2).toByteArray(), match.at(3).toByteArray());
-            // A server may tell of more than it was asked for.
-            if (match.at(0).toByteArray() == uid.toLatin1())
-                matching.append({uid, QString::fromUtf8(match.at(1).toByteArray()).trimmed(), name});
-        }
+        matching += linkanswers::StudiesOf(answer, uid);
     }
     found = matching;
     return {DicomOutcome::Accepted};
@@ -149,13 +137,7 @@ DicomOutcome DcmtkKit::FindPictures(const QString& study, const QString& series,
     DicomOutcome outcome = Find(study, series, FindingMs, answer, stop);
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome;
-    const QCborArray matches = answer.value(MatchesKey).toArray();
-    for (const auto& each : matches) {
-        const QCborArray match = each.toArray();
-        const QByteArray uid = match.at(0).toByteArray();
-        if (!uid.isEmpty())
-            found.append({QString::fromLatin1(uid), match.at(1).toByteArray().trimmed().toInt()});
-    }
+    found = linkanswers::PicturesOf(answer);
     return outcome;
 }
 

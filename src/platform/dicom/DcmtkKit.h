@@ -1,12 +1,11 @@
 #pragma once
 
 #include "contracts/dicom.h"
+#include "platform/dicom/link_answers.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/LinkProcess.h"
 #include "platform/dicom/peer_answers.h"
 #include "platform/dicom/visit_elements.h"
-
-#include <utility>
 
 struct WholePicture;
 
@@ -59,8 +58,7 @@ private:
         peeranswers::Asked asked = peeranswers::Asked::Store;
     };
 
-    /// Pairs of class and transfer syntax.
-    using Taken = QList<std::pair<QString, QString>>;
+    using Taken = linkanswers::Taken;
 
     DicomOutcome AskOfPeer(dicomlink::Request request, const DicomPeer& peer, Taken& taken,
                            const std::stop_token& stop);

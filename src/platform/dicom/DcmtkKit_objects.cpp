@@ -143,7 +143,7 @@ DicomOutcome DcmtkKit::Store(const QByteArray& content, const DicomPicture& pict
     if (!isJpeg && !Takes(m_taken, classUid, Content::Pixels))
         return peeranswers::OfNoContext(Asked::Store);
     Parcel parcel;
-    const DicomOutcome packed = PackPicture(
+    DicomOutcome packed = PackPicture(
         content, isJpeg && looked != nullptr ? looked->whole : ReadWholePicture(content, frame, !isJpeg, stop), picture,
         isJpeg ? Coding::Jpeg : Coding::Uncompressed, parcel);
     if (packed.kind == DicomOutcome::Accepted)

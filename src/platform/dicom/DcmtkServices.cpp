@@ -1,6 +1,7 @@
 #include "platform/dicom/DcmtkServices.h"
 
 #include "identifiers/dicom_uids.h"
+#include "platform/dicom/link_answers.h"
 #include "platform/dicom/link_outcomes.h"
 #include "platform/dicom/service_elements.h"
 
@@ -50,26 +51,6 @@ DicomOutcome OfServer(DicomOutcome outcome, const ServiceWords& words)
     return outcome;
 }
 
-DicomReference ReferenceOf(const QCborArray& told)
-{
-    return {QString::fromLatin1(told.at(0).toByteArray()), QString::fromLatin1(told.at(1).toByteArray())};
-}
-
-DicomCommitment ReportOf(const QCborMap& answer)
-{
-    DicomCommitment report;
-    report.transaction = QString::fromLatin1(answer.value(TransactionKey).toByteArray());
-    const QCborArray committed = answer.value(CommittedKey).toArray();
-    for (const auto& each : committed)
-        report.committed.append(ReferenceOf(each.toArray()));
-    const QCborArray failed = answer.value(FailedKey).toArray();
-    for (const auto& each : failed) {
-        const QCborArray told = each.toArray();
-        report.failed.append({ReferenceOf(told), static_cast<int>(told.at(2).toInteger(0))});
-    }
-    return report;
-}
-
 } // namespace
 
 DicomOutcome DcmtkServices::Ask(const DicomPeer& peer, DicomService service, QCborMap request, QCborMap& answer,
@@ -102,11 +83,7 @@ DicomOutcome DcmtkServices::FindScheduled(const DicomPeer& peer, const QString& 
     DicomOutcome outcome = Ask(peer, DicomService::Worklist, request, answer, FindingMs, stop);
     if (outcome.kind != DicomOutcome::Accepted)
         return outcome;
-    const QCborArray entries = answer.value(ScheduledKey).toArray();
-    for (const auto& entry : entries) {
-        if (const auto scheduled = serviceelements::ScheduledOf(entry.toArray(), patientId, ymd))
-            found.append(*scheduled);
-    }
+    found = linkanswers::ScheduledOf(answer, patientId, ymd);
     return outcome;
 }
 
@@ -151,7 +128,7 @@ DicomOutcome DcmtkServices::AskCommitment(const DicomPeer& peer, const QString& 
     QCborMap answer;
     const qint64 patienceMs = (2 * m_patience.answerSeconds + ReportSeconds) * 1000LL;
     DicomOutcome outcome = Ask(peer, DicomService::Commitment, request, answer, patienceMs, stop);
-    report = ReportOf(answer);
+    report = linkanswers::ReportOf(answer);
     return outcome;
 }
 
@@ -162,7 +139,7 @@ bool DcmtkServices::Listen(int port, const DicomTls& tls, const std::stop_token&
     linkoutcomes::PutTls(request, tls);
     QCborMap answer;
     return m_link.Ask(request, answer, MostPlain, linkoutcomes::GraceMs, stop) == LinkProcess::End::Answered &&
-           answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);
+           IntegerOf(answer.value(FaultKey), -1) == static_cast<int>(Fault::None);
 }
 
 bool DcmtkServices::NextReport(bool isTaken, DicomCommitment& report, const std::stop_token& stop)
@@ -173,7 +150,7 @@ bool DcmtkServices::NextReport(bool isTaken, DicomCommitment& report, const std:
     QCborMap answer;
     const bool isThere = m_link.Ask(request, answer, MostPlain, ListenSeconds * 1000LL + ListenGraceMs, stop) ==
                              LinkProcess::End::Answered &&
-                         answer.value(FaultKey).toInteger(-1) == static_cast<int>(Fault::None);
-    report = ReportOf(answer);
+                         IntegerOf(answer.value(FaultKey), -1) == static_cast<int>(Fault::None);
+    report = linkanswers::ReportOf(answer);
     return isThere;
 }

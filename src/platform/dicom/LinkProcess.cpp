@@ -1,8 +1,8 @@
 #include "platform/dicom/LinkProcess.h"
 
 #include "frame/own_program.h"
+#include "platform/dicom/link_answers.h"
 
-#include <QCborValue>
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QtEndian>
@@ -93,9 +93,7 @@ End ReadAnswer(Exchange& exchange, QCborMap& answer, qint64 mostBytes)
     QByteArray bytes(length, Qt::Uninitialized);
     if (const End end = exchange.Receive(bytes.data(), bytes.size()); end != End::Answered)
         return end;
-    const QCborValue value = QCborValue::fromCbor(bytes);
-    answer = value.toMap();
-    return value.isMap() ? End::Answered : End::Died;
+    return linkanswers::Read(bytes, answer) ? End::Answered : End::Died;
 }
 
 } // namespace

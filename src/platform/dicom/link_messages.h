@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QCborValue>
 
 /// What the DICOM kit and its program say to each other, over one socket: each message is its length, 32 bits in little
 /// endian, and a CBOR map with these keys. Every request has one answer; the program ends when the socket does.
@@ -97,5 +97,11 @@ enum class Fault {
     NoKeys,      ///< A file of the encryption can't be read, or isn't what it should be.
     Invalid,     ///< The request can't be understood, or no object comes of it.
 };
+
+/// A whole number of an answer; `otherwise` for anything else, such as a fraction that no whole number can hold.
+inline qint64 IntegerOf(const QCborValue& value, qint64 otherwise)
+{
+    return value.isInteger() ? value.toInteger() : otherwise;
+}
 
 } // namespace dicomlink

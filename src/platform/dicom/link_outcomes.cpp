@@ -63,11 +63,11 @@ DicomOutcome linkoutcomes::OfEnd(LinkProcess::End end, const DicomOutcome& lost)
 
 DicomOutcome linkoutcomes::OfAnswer(const QCborMap& answer, Asked asked, DicomOutcome::Kind broken)
 {
-    const int status = static_cast<int>(answer.value(StatusKey).toInteger(DicomOutcome::NoStatus));
+    const int status = static_cast<int>(IntegerOf(answer.value(StatusKey), DicomOutcome::NoStatus));
     const QByteArray comment = answer.value(CommentKey).toByteArray();
     const QString told = QString::fromUtf8(comment);
     const bool isSilent = answer.value(SilentKey).toBool();
-    switch (static_cast<Fault>(answer.value(FaultKey).toInteger(-1))) {
+    switch (static_cast<Fault>(IntegerOf(answer.value(FaultKey), -1))) {
     case Fault::None:
         return peeranswers::OfStatus(asked, status, comment);
     case Fault::Rejected:

@@ -1,5 +1,6 @@
 #include "platform/dicom/service_elements.h"
 
+#include "platform/dicom/link_messages.h"
 #include "platform/dicom/visit_elements.h"
 
 #include <QSysInfo>
@@ -46,7 +47,7 @@ private:
     {
         for (const auto& each : m_elements) {
             const QCborArray element = each.toArray();
-            if (element.at(0).toInteger() == qint64(tag))
+            if (dicomlink::IntegerOf(element.at(0), -1) == qint64(tag))
                 return element;
         }
         return {};

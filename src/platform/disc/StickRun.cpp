@@ -96,7 +96,7 @@ struct StickRun::State
     QString FreeName() const
     {
         for (int number = 1;; ++number) {
-            const QString candidate = number == 1 ? name : name + u"-%1"_s.arg(number);
+            QString candidate = number == 1 ? name : name + u"-%1"_s.arg(number);
             if (Files().KindOf(Root() + candidate) == FileKind::None &&
                 Files().KindOf(Root() + Unfinished + candidate) == FileKind::None)
                 return candidate;

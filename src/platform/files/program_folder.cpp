@@ -117,7 +117,7 @@ void TakeOverProgramFolder(const QString& from, const QString& to)
 
 StatePlace FindStateFolder(const QString& machineFolder, const QString& programFolder)
 {
-    const StatePlace beside{programFolder, {}};
+    StatePlace beside{programFolder, {}};
     const QFileInfo machine(machineFolder);
     const passwd* user = getpwuid(geteuid());
     if (user == nullptr || !machine.isDir() || !machine.isWritable() || !machine.isExecutable())
@@ -132,7 +132,7 @@ StatePlace FindStateFolder(const QString& machineFolder, const QString& programF
 StatePlace StateFolderHere(const QString& programFolder)
 {
     const bool isChosen = !qEnvironmentVariable("CAPTURE_STATION_FOLDER").trimmed().isEmpty();
-    const StatePlace state = isChosen ? StatePlace{programFolder, {}} : FindStateFolder(MachineFolder, programFolder);
+    StatePlace state = isChosen ? StatePlace{programFolder, {}} : FindStateFolder(MachineFolder, programFolder);
     const QString boots = (state.machineFolder.isEmpty() ? programFolder : state.machineFolder) + u"/boots"_s;
     process_mark::KeepBoots(boots, [&] {
         QStringList marks;

@@ -3,6 +3,7 @@
 #include "platform/dicom/link/Encryption.h"
 #include "platform/dicom/link/link_texts.h"
 #include "platform/dicom/link/PictureObject.h"
+#include "platform/dicom/link/server_sets.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/dcmtrans.h>
@@ -15,6 +16,7 @@
 using namespace dicomlink;
 using linktexts::Bounded;
 using linktexts::Copy;
+using serversets::TextOf;
 
 namespace {
 
@@ -46,14 +48,6 @@ const std::array Contexts{
     Context{Association::Purpose::Commitment, UID_StorageCommitmentPushModelSOPClass, nullptr},
     Context{Association::Purpose::Echo, UID_VerificationSOPClass, nullptr},
 };
-
-QByteArray TextOf(DcmItem* item, const DcmTagKey& tag)
-{
-    const char* text = nullptr;
-    if (item == nullptr || item->findAndGetString(tag, text).bad())
-        return {};
-    return Bounded(text).trimmed();
-}
 
 /// dcmtk cuts a longer name of a machine into memory that it hasn't.
 bool IsHost(const QByteArray& host)
@@ -97,14 +91,6 @@ void FillKeys(DcmDataset& keys, const QByteArray& study, const QByteArray& serie
         keys.insertEmptyElement(DCM_SOPInstanceUID);
         keys.insertEmptyElement(DCM_InstanceNumber);
     }
-}
-
-QCborArray MatchOf(DcmDataset* found, bool isStudy)
-{
-    if (isStudy)
-        return {TextOf(found, DCM_StudyInstanceUID), TextOf(found, DCM_PatientID), TextOf(found, DCM_PatientName),
-                TextOf(found, DCM_SpecificCharacterSet)};
-    return {TextOf(found, DCM_SOPInstanceUID), TextOf(found, DCM_InstanceNumber)};
 }
 
 /// From its release 3.6.8 on the library wants the patience with the rest.
@@ -291,9 +277,9 @@ LinkAnswer Association::Find(const QCborMap& request)
     FillKeys(keys, request.value(StudyKey).toByteArray(), series);
     QCborArray matches;
     const auto take = [&matches, isStudy = series.isEmpty()](DcmDataset* found) {
-        if (matches.size() >= MostMatches)
+        if (found == nullptr || matches.size() >= MostMatches)
             return false;
-        matches.append(MatchOf(found, isStudy));
+        matches.append(serversets::MatchOf(*found, isStudy));
         return true;
     };
     const auto commentOf = [](DcmDataset* detail) { return TextOf(detail, DCM_ErrorComment); };

@@ -3,6 +3,7 @@
 #include "platform/dicom/link/commitment_report.h"
 #include "platform/dicom/link/link_texts.h"
 #include "platform/dicom/link/PictureObject.h"
+#include "platform/dicom/link/server_sets.h"
 
 #include <dcmtk/dcmdata/dctk.h>
 #include <dcmtk/dcmnet/diutil.h>
@@ -30,28 +31,13 @@ Offered OfferedFor(Request request, Service service)
     return request == Request::Scheduled ? worklist : request == Request::Commit ? commitment : steps;
 }
 
-/// The server's comment, behind the number of its error where it tells one.
-QByteArray CommentOf(DcmDataset* detail)
-{
-    const char* text = nullptr;
-    if (detail == nullptr)
-        return {};
-    Uint16 error = 0;
-    QByteArray comment;
-    if (detail->findAndGetUint16(DCM_ErrorID, error).good() && error != 0)
-        comment = QByteArray::number(error, 16).toUpper() + ' ';
-    if (detail->findAndGetString(DCM_ErrorComment, text).good() && text != nullptr)
-        comment += linktexts::Bounded(text);
-    return comment.trimmed();
-}
-
 } // namespace
 
 LinkAnswer ServiceAssociation::Ask(const QCborMap& request, QCborMap& map)
 {
     const auto kind = static_cast<Request>(request.value(RequestKey).toInteger(-1));
     const Offered offered = OfferedFor(kind, static_cast<Service>(request.value(ServiceKey).toInteger()));
-    if (const LinkAnswer opened = Open(request, offered.purpose); opened.fault != Fault::None)
+    if (LinkAnswer opened = Open(request, offered.purpose); opened.fault != Fault::None)
         return opened;
     m_context = ASC_findAcceptedPresentationContextID(m_association, offered.kind);
     LinkAnswer answer{Fault::NoContext};
@@ -89,10 +75,11 @@ LinkAnswer ServiceAssociation::AskScheduled(const QCborMap& request, QCborMap& m
     const auto take = [&entries](DcmDataset* entry) {
         if (entry == nullptr || entries.size() >= MostScheduled)
             return false;
-        entries.append(linkreport::ElementsOf(*entry));
+        entries.append(serversets::ElementsOf(*entry));
         return true;
     };
-    const LinkAnswer answer = AskMatches({m_context, UID_FINDModalityWorklistInformationModel}, keys, take, CommentOf);
+    LinkAnswer answer =
+        AskMatches({m_context, UID_FINDModalityWorklistInformationModel}, keys, take, serversets::CommentOf);
     if (answer.fault == Fault::None)
         map[ScheduledKey] = entries;
     return answer;
@@ -146,7 +133,7 @@ LinkAnswer ServiceAssociation::AskCommitment(const QCborMap& request, QCborMap& 
         DIMSE_sendMessageUsingMemoryData(m_association, m_context, &message, nullptr, &data, nullptr, nullptr);
     if (asked.bad())
         return Drop(Fault::Broken, asked);
-    const LinkAnswer answer = ReadAnswer(action.MessageID, map);
+    LinkAnswer answer = ReadAnswer(action.MessageID, map);
     if (answer.fault == Fault::None && answer.status == STATUS_Success && !map.contains(TransactionKey))
         AwaitReport(static_cast<int>(request.value(WaitSecondsKey).toInteger()), map);
     return answer;
@@ -169,7 +156,7 @@ LinkAnswer ServiceAssociation::ReadAnswer(DIC_US message, QCborMap& map)
             continue;
         }
         // The three begin alike in what they say, but not in their memory.
-        LinkAnswer answer{Fault::None, 0, CommentOf(ownDetail.get())};
+        LinkAnswer answer{Fault::None, 0, serversets::CommentOf(ownDetail.get())};
         T_DIMSE_DataSetType data = DIMSE_DATASET_NULL;
         DIC_US answered = 0;
         if (told.CommandField == DIMSE_N_CREATE_RSP) {

@@ -3,10 +3,9 @@
 #include <dcmtk/config/osconfig.h>
 #include <dcmtk/dcmnet/dimse.h>
 
-#include <QCborArray>
 #include <QCborMap>
 
-/// What servers say of their own accord, and data sets of theirs.
+/// What servers say of their own accord.
 namespace linkreport {
 
 /// A server's report of storage commitment, whose command has been read: reads its data set, and puts transaction and
@@ -16,8 +15,5 @@ OFCondition Read(T_ASC_Association& association, T_ASC_PresentationContextID con
 /// Answers it.
 OFCondition Respond(T_ASC_Association& association, T_ASC_PresentationContextID context,
                     const T_DIMSE_N_EventReportRQ& told, int status);
-
-/// The elements as link_messages.h has them, as many and as long as it says.
-QCborArray ElementsOf(DcmItem& item);
 
 } // namespace linkreport

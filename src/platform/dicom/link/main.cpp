@@ -82,9 +82,10 @@ bool ReadRequest(QCborMap& request)
     QByteArray bytes(length, Qt::Uninitialized);
     if (!Read(bytes.data(), bytes.size()))
         return false;
-    const QCborValue value = QCborValue::fromCbor(bytes);
+    QCborParserError error;
+    const QCborValue value = QCborValue::fromCbor(bytes, &error);
     request = value.toMap();
-    return value.isMap();
+    return error.error == QCborError::NoError && value.isMap();
 }
 
 bool WriteAnswer(const QCborMap& answer)

@@ -51,7 +51,7 @@ bool IsWholeFile(const QByteArray& bytes)
 
 QByteArray JpegStillFrame::EncodeJPEG(int quality) const
 {
-    const QByteArray bytes = Trimmed(m_bytes);
+    QByteArray bytes = Trimmed(m_bytes);
     if (IsWholeFile(bytes))
         return bytes;
 
