@@ -1,8 +1,11 @@
 #include "figures.h"
 
 #include "capture/frmCapture.h"
+#include "contracts/desktop.h"
 #include "contracts/fpSpread.h"
 #include "frame/components.h"
+#include "frame/forms.h"
+#include "frame/services.h"
 #include "launch/Main.h"
 #include "platform/desktop/prepare_application.h"
 #include "platform/desktop/register_desktop.h"
@@ -24,16 +27,21 @@
 #include <QFile>
 #include <QProcess>
 
+#include <functional>
+
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr int Starts = 15;
 
-/// Tells its parent process when a window that is up has been painted, and ends the program.
+/// Tells its parent process when a window that is up has been painted, and ends the program: `end` is what it does
+/// before, so that the next start finds no more than a program leaves that was closed.
 class FirstPaint : public QObject
 {
 public:
+    explicit FirstPaint(const std::function<void()>& end = {}) : m_end(end) {}
+
     bool eventFilter(QObject* watched, QEvent* event) override
     {
         if (event->type() == QEvent::Paint && watched->isWidgetType() && static_cast<QWidget*>(watched)->isWindow())
@@ -42,12 +50,16 @@ public:
     }
 
 private:
-    static void Tell()
+    void Tell()
     {
         std::puts("painted");
         std::fflush(stdout);
+        if (m_end)
+            m_end();
         std::_Exit(0);
     }
+
+    const std::function<void()> m_end;
 };
 
 int StartStation()
@@ -69,7 +81,10 @@ int StartStation()
     Main();
     if (Form<frmCapture>().sprCap(3).DataRowCnt() != 3)
         return 1;
-    FirstPaint paint;
+    FirstPaint paint([] {
+        UnloadForms();
+        UseService<Desktop>().LeaveInstance();
+    });
     qApp->installEventFilter(&paint);
     Form<frmCapture>().update();
     return QApplication::exec();

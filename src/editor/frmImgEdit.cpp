@@ -19,9 +19,11 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QShortcut>
+#include <QStyle>
 #include <QToolButton>
 
 #include <exception>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -32,16 +34,35 @@ constexpr int JpegFile = 8;
 constexpr int ChosenTool = 10081927;
 constexpr int OtherTool = 14155241;
 
-void GiveBackground(QToolButton& button, int colour)
+constexpr char ChosenProperty[] = "isChosen";
+
+QString NameOf(int colour)
 {
-    // Dark letters, as the pictures on the buttons are.
-    button.setStyleSheet(u"QToolButton { background: %1; color: #17313A; }"_s.arg(QColor(ColourOf(colour)).name()));
+    return QColor(ColourOf(colour)).name();
+}
+
+/// Dark letters, as the pictures on the buttons are. One sheet for the whole strip: each has to be read and matched.
+QString StripSheet()
+{
+    return u"QToolButton { background: %1; color: #17313A; } QToolButton[%2=\"true\"] { background: %3; }"_s.arg(
+        NameOf(OtherTool), QString::fromLatin1(ChosenProperty), NameOf(ChosenTool));
+}
+
+void MarkChosen(QToolButton& button, bool isChosen)
+{
+    if (button.property(ChosenProperty).toBool() == isChosen)
+        return;
+    button.setProperty(ChosenProperty, isChosen);
+    button.style()->unpolish(&button);
+    button.style()->polish(&button);
+    button.update();
 }
 } // namespace
 
 frmImgEdit::frmImgEdit() : StationForm(QString::fromUtf16(FormName))
 {
     BuildControls();
+    m_cmdDMode.front()->parentWidget()->setStyleSheet(StripSheet());
     ConnectControls();
 }
 
@@ -58,6 +79,11 @@ void frmImgEdit::setPath(const QString& path)
 {
     m_path = path;
     m_lblFilePath->setText(path);
+    m_file = std::make_unique<filecalls::BegunAsk<OpenedFile>>([path] {
+        // Asked first: a file that changes while it is read has changed since.
+        QByteArray version = Files().VersionOf(path);
+        return OpenedFile{std::move(version), Pictures().LoadToEdit(path)};
+    });
 }
 
 void frmImgEdit::ConnectControls()
@@ -118,9 +144,9 @@ void frmImgEdit::ReadPicture()
         return;
     QImage picture;
     try {
-        // Asked first: a file that changes while it is read has changed since.
-        m_openedVersion = Files().VersionOf(m_path);
-        picture = Pictures().LoadToEdit(m_path);
+        OpenedFile file = std::exchange(m_file, nullptr)->Take();
+        m_openedVersion = file.version;
+        picture = std::move(file.picture);
     } catch (const PlatformError& error) {
         ShowInformation(error.Text());
         Unload();
@@ -162,10 +188,7 @@ void frmImgEdit::MarkToolButton(int tool)
     if (!m_canvas.setTool(static_cast<DrawingTool>(tool)))
         return;
     for (int at = 0; at < Tools; ++at)
-        GiveBackground(*m_cmdDMode[static_cast<size_t>(at)], at == tool ? ChosenTool : OtherTool);
-    for (QToolButton* button :
-         {m_cmdFont, m_cmdZoomIn, m_cmdZoomOut, m_cmdFit, m_cmdUnDo, m_cmdReDo, m_cmdISave, m_cmdIExit})
-        GiveBackground(*button, OtherTool);
+        MarkChosen(*m_cmdDMode[static_cast<size_t>(at)], at == tool);
 }
 
 bool frmImgEdit::MayReplaceFile()
@@ -221,7 +244,7 @@ void frmImgEdit::Exit()
 void frmImgEdit::setColour(int colour)
 {
     m_canvas.setColour(colour);
-    GiveBackground(*m_cmdColor, colour);
+    m_cmdColor->setStyleSheet(u"QToolButton { background: %1; }"_s.arg(NameOf(colour)));
 }
 
 void frmImgEdit::ChooseColour()

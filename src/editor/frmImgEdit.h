@@ -2,16 +2,19 @@
 
 #include "editor/drawing_tools.h"
 #include "editor/EditCanvas.h"
+#include "frame/file_calls.h"
 #include "frame/forms.h"
 #include "records/picture_sums.h"
 
 #include <array>
 #include <functional>
+#include <memory>
 
 class QLabel;
 class QToolButton;
 
-/// Marks up one stored picture in place: a strip of tools over the canvas. The file is read once the form is shown.
+/// Marks up one stored picture in place: a strip of tools over the canvas. The file is read while the form is put
+/// together, and shown once the form is.
 class frmImgEdit : public StationForm
 {
     Q_OBJECT
@@ -39,6 +42,12 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
+    struct OpenedFile
+    {
+        QByteArray version;
+        QImage picture;
+    };
+
     void BuildControls();
     void BuildTools(QWidget* strip);
     void ConnectControls();
@@ -77,6 +86,7 @@ private:
 
     EditCanvas m_canvas{*this};
     QString m_path;
+    std::unique_ptr<filecalls::BegunAsk<OpenedFile>> m_file; ///< Until it is shown.
     bool m_pictureRead = false;
     std::function<void()> m_keepOriginal; ///< Empty once it has been called.
     QByteArray m_openedVersion;           ///< Of the file, when it was read or written last.

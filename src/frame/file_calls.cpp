@@ -114,19 +114,15 @@ bool filecalls::AnyHeld()
     return held > 0;
 }
 
-void filecalls::Await(std::function<void()> work)
+struct filecalls::Begun::State
 {
-    // Without a desktop there is nobody who could wait.
-    if (ServiceSlot<Desktop>() == nullptr || QCoreApplication::instance() == nullptr ||
-        QThread::currentThread() != QCoreApplication::instance()->thread()) {
-        work();
-        return;
-    }
-    if (held >= MostHeld)
-        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!!"_s);
-    const auto call = std::make_shared<Call>();
-    std::unique_ptr<WorkThread> thread = TakeThread();
-    thread->Post([call, work = std::move(work)]() mutable {
+    std::shared_ptr<Call> call = std::make_shared<Call>();
+    std::unique_ptr<WorkThread> thread; ///< None for a call that ran in place.
+};
+
+filecalls::Begun::Begun(std::function<void()> work) : m_state(std::make_unique<State>())
+{
+    auto run = [call = m_state->call, work = std::move(work)]() mutable {
         std::exception_ptr fault;
         try {
             work();
@@ -135,7 +131,34 @@ void filecalls::Await(std::function<void()> work)
         }
         work = nullptr;
         call->End(std::move(fault));
-    });
+    };
+    // Without a desktop there is nobody who could wait.
+    if (ServiceSlot<Desktop>() == nullptr || QCoreApplication::instance() == nullptr ||
+        QThread::currentThread() != QCoreApplication::instance()->thread()) {
+        run();
+        return;
+    }
+    if (held >= MostHeld) {
+        m_state->call->End(std::make_exception_ptr(FilesAway(u"저장 폴더가 응답하지 않습니다.!!"_s)));
+        return;
+    }
+    m_state->thread = TakeThread();
+    m_state->thread->Post(std::move(run));
+}
+
+filecalls::Begun::~Begun()
+{
+    if (m_state->thread == nullptr)
+        return;
+    if (m_state->call->GiveUp())
+        m_state->thread->End(0);
+    else
+        Idle().push_back(std::move(m_state->thread));
+}
+
+void filecalls::Begun::Await()
+{
+    const std::shared_ptr<Call> call = m_state->call;
     bool isDone = false;
     {
         std::unique_lock lock(call->mutex);
@@ -146,12 +169,17 @@ void filecalls::Await(std::function<void()> work)
         const bool wasHeld = AnyHeld();
         const waiting::Outcome outcome = AwaitLong([&call] { return call->IsDone(); });
         if (outcome != waiting::Outcome::Done && call->GiveUp()) {
-            thread->End(0);
+            m_state->thread->End(0);
+            m_state->thread.reset();
             TellGivenUp(outcome, wasHeld);
         }
     }
-    Idle().push_back(std::move(thread));
     guard::Rethrow(call->fault);
+}
+
+void filecalls::Await(std::function<void()> work)
+{
+    Begun(std::move(work)).Await();
 }
 
 void filecalls::AwaitUntil(const std::function<bool()>& done)

@@ -15,6 +15,24 @@ namespace filecalls {
 /// A call that was given up goes on behind his back: it may refer to nothing that its caller owns.
 void Await(std::function<void()> call);
 
+/// A call that is begun now and waited for later, so that what its caller does meanwhile takes no time of its own. One
+/// that nobody has waited for is given up at the end of this.
+class Begun
+{
+public:
+    explicit Begun(std::function<void()> call);
+    ~Begun();
+    Begun(const Begun&) = delete;
+    Begun& operator=(const Begun&) = delete;
+
+    /// Once. Throws what the function of that name throws.
+    void Await();
+
+private:
+    struct State;
+    const std::unique_ptr<State> m_state;
+};
+
 /// A call that was given up is still held.
 bool AnyHeld();
 
@@ -34,5 +52,26 @@ std::invoke_result_t<Call> Ask(Call call)
         return std::move(**result);
     }
 }
+
+/// The same for one with a result.
+template <class Result>
+class BegunAsk
+{
+public:
+    explicit BegunAsk(std::function<Result()> call)
+        : m_call([result = m_result, call = std::move(call)] { *result = std::make_unique<Result>(call()); })
+    {
+    }
+
+    Result Take()
+    {
+        m_call.Await();
+        return std::move(**m_result);
+    }
+
+private:
+    const std::shared_ptr<std::unique_ptr<Result>> m_result = std::make_shared<std::unique_ptr<Result>>();
+    Begun m_call;
+};
 
 } // namespace filecalls

@@ -41,7 +41,6 @@ QAccessibleInterface* NewAccess(const QString&, QObject* object)
 VideoControl::VideoControl(std::shared_ptr<VideoDevices> devices)
     : VideoCap(nullptr), m_devices(std::move(devices)), m_live(std::make_unique<Live>())
 {
-    m_live->preparation.Post(&PrepareMedia);
     setAttribute(Qt::WA_OpaquePaintEvent);
     static std::once_flag once;
     std::call_once(once, [] { QAccessible::installFactory(NewAccess); });
@@ -337,6 +336,9 @@ void VideoControl::paintEvent(QPaintEvent*)
     const int frame = m_live->view.Paint(painter, PicturePlace(), m_live->session);
     PaintMovieMark(painter);
     painter.end();
+    // Behind the screen's first painting, which its loading would slow down.
+    if (!std::exchange(m_live->isPrepared, true))
+        QTimer::singleShot(0, this, [this] { m_live->preparation.Post(&PrepareMedia); });
     const std::shared_ptr<FrameExchange> frames = m_live->session.Frames();
     if (frames && frames->HasPicture())
         update();

@@ -12,6 +12,7 @@ struct VideoControl::Live
 {
     // The media library takes its time at its first use, which is not to be the operator's.
     WorkThread preparation;
+    bool isPrepared = false; ///< Or about to be.
     LiveSession session;
     LiveView view;
     LiveSession::State shownState = LiveSession::State::Idle;

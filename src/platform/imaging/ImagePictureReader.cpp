@@ -18,8 +18,8 @@ using picturefile::Wish;
 namespace {
 /// Pictures that may lie decoded and not yet taken: enough to keep two threads busy.
 constexpr int LookAhead = 12;
-/// Those to be printed are larger.
-constexpr int PrintedLookAhead = 2;
+/// Those to be printed are larger: enough for the time in which a page is written.
+constexpr int PrintedLookAhead = 4;
 
 QList<PictureSource> SourcesOf(const QStringList& paths)
 {

@@ -15,6 +15,8 @@ using picturecontent::Wish;
 namespace {
 /// A JPEG of several scans is gone over in each of them, however empty: pixels that the station has the time for.
 constexpr qint64 LargestScanWork = 200'000'000;
+/// The mark of the start and the beginning of the next one.
+const QByteArray JpegMark = QByteArrayLiteral("\xFF\xD8\xFF");
 
 // Drawings (svg, pdf) stay out: their size is any that they claim, and their drawing takes as long as they like.
 bool IsPictureFormat(const QByteArray& format)
@@ -117,7 +119,13 @@ void TurnUpright(QImage& picture, QImageIOHandler::Transformations turn)
 std::optional<Header> picturecontent::HeaderOf(QIODevice& file)
 {
     QImageReader reader(&file);
-    reader.setDecideFormatFromContent(true);
+    // Asked by content, the toolkit loads the readers of all formats, one after the other, before that of this one.
+    if (file.peek(JpegMark.size()) == JpegMark) {
+        reader.setFormat("jpeg");
+        reader.setAutoDetectImageFormat(false);
+    } else {
+        reader.setDecideFormatFromContent(true);
+    }
     Header header;
     header.format = reader.format();
     if (!IsPictureFormat(header.format))

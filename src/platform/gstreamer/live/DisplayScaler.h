@@ -22,10 +22,12 @@ private:
     QSize m_area;
     QSize m_size;
     GstVideoInfo m_frameInfo = {};
+    GstVideoInfo m_halfInfo = {};
     GstVideoInfo m_smallInfo = {};
     GstVideoInfo m_imageInfo = {};
     GstPointer<GstVideoConverter> m_shrink; ///< Null when the frame has the right size already.
     GstPointer<GstVideoConverter> m_colour;
+    GstPointer<GstBuffer> m_half; ///< Null where the frame isn't halved first.
     GstPointer<GstBuffer> m_small;
 };
 
