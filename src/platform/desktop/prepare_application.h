@@ -1,5 +1,5 @@
 #pragma once
 
-/// Fonts, language, look and wheel of the application; called once, before the first window. The Windows fonts that the
-/// screens name lead to free Korean ones.
+/// Fonts, language, look, wheel and memory of the application; called once, before the first window. The Windows fonts
+/// that the screens name lead to free Korean ones.
 void PrepareApplication();
