@@ -96,7 +96,7 @@ int BenchBombs()
     });
     beat.start(0);
     const double start = NowMs();
-    LoadCaptureList(CurrentVisit(), screen.Pictures(1), false);
+    LoadCaptureList(CurrentVisit(), screen.PicturesOf(1), false);
     PrintFigure(u"30 of them as thumbnails"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
     PrintLimited(u"  memory more"_s, PeakMb() - before, u"MB"_s, 300);
     PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 1));

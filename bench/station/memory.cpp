@@ -51,7 +51,7 @@ int BenchMemory(const QString& mode)
     const double filled = ResidentMb();
     const double empty = EmptyWindowMb();
     for (int refill = 0; refill < Refills; ++refill)
-        LoadCaptureList(CurrentVisit(), screen.Pictures(1), false);
+        LoadCaptureList(CurrentVisit(), screen.PicturesOf(1), false);
     QCoreApplication::processEvents();
     PrintLimited(u"memory of 50 pictures of 1080p beyond an empty window"_s, filled - empty, u"MB"_s, 150,
                  u"%1 MB in all"_s.arg(filled, 0, 'f', 1));

@@ -70,8 +70,8 @@ bool BenchSum(StationInABox& box)
         double filed = 0;
         double safe = 0;
         const auto isSafe = QObject::connect(&filing, &StillFiling::Safe, &filing, [&] { safe = NowMs() - start; });
-        filing.Pictures().File({visit, PictureOrigin::Press, [&content] { return content; }, [](const QByteArray&) {},
-                                [&](int, const std::exception_ptr&) { filed = NowMs() - start; }});
+        filing.Stills().File({visit, PictureOrigin::Press, [&content] { return content; }, [](const QByteArray&) {},
+                              [&](int, const std::exception_ptr&) { filed = NowMs() - start; }});
         const bool came = ServeUntil([&] { return safe > 0; }, StillLimitMs);
         QObject::disconnect(isSafe);
         if (!came) {

@@ -50,7 +50,7 @@ public:
     /// What has been found since the last call.
     News TakeNews();
     /// Of each picture, by the year's section and its place there. Whole once it is done.
-    const std::vector<std::vector<Seen>>& Pictures() const { return m_state->seen; }
+    const std::vector<std::vector<Seen>>& ByPlace() const { return m_state->seen; }
 
 private:
     static constexpr int EnoughNews = 500;

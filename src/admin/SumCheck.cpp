@@ -100,7 +100,7 @@ void SumCheck::Compare(const PictureSurvey& survey)
     for (size_t place = 0; place < m_year.Sections().size(); ++place) {
         const ArchiveYear::Section& section = m_year.Sections()[place];
         for (size_t index = 0; index < section.digests.size(); ++index) {
-            const PictureSurvey::Seen& seen = survey.Pictures()[place][index];
+            const PictureSurvey::Seen& seen = survey.ByPlace()[place][index];
             const auto at = static_cast<qsizetype>(index);
             if (!section.digests[index] || seen.bytes < 0 || seen.digest == *section.digests[index] ||
                 HasBeenTold(section, at))
@@ -247,7 +247,7 @@ int SumCheck::Learn(const PictureSurvey& survey)
     for (size_t place = 0; place < m_year.Sections().size(); ++place) {
         const ArchiveYear::Section& section = m_year.Sections()[place];
         for (size_t index = 0; index < section.digests.size(); ++index) {
-            const PictureSurvey::Seen& seen = survey.Pictures()[place][index];
+            const PictureSurvey::Seen& seen = survey.ByPlace()[place][index];
             const auto at = static_cast<qsizetype>(index);
             if (section.digests[index] || !section.hasRow[index] || seen.bytes < 0 || HasBeenTold(section, at))
                 continue;

@@ -164,9 +164,9 @@ void AwaitFiling(const StillFiling& filing, const MovieFiling& movies, const boo
 {
     // The claims go last, on the share's thread.
     const auto left = [&] {
-        return filing.Pictures().Waiting() + filing.Journal().Waiting() + (filing.IsAtRest() ? 0 : 1) +
+        return filing.Stills().Waiting() + filing.Journal().Waiting() + (filing.IsAtRest() ? 0 : 1) +
                (filing.Marked().IsAtRest() ? 0 : 1) + (isSettled ? 0 : 1) + (movies.IsAtRest() ? 0 : 1) +
-               (filing.Pictures().IsIdle() ? 0 : 1);
+               (filing.Stills().IsIdle() ? 0 : 1);
     };
     AwaitNothingLeft(left, PatienceMs);
 }

@@ -51,7 +51,7 @@ void CheckContent(const QString& path)
     const auto database = UseService<LocalDatabases>().OpenToRead(path);
     journal_rows::MakeTables(*database);
     bool isOurs = true;
-    for (const PictureRecord& picture : journal_rows::Pictures(*database))
+    for (const PictureRecord& picture : journal_rows::PictureRecords(*database))
         isOurs &= IsOfRoot(picture.visit) && IsPathPart(picture.id);
     for (const PictureJournal::Folder& folder : journal_rows::Folders(*database))
         isOurs &= IsInRoot(folder.captureDir) && IsPathPart(folder.etc);

@@ -43,19 +43,19 @@ void CaptureDeletion::DeleteMeantPicture()
         return;
     const int gridNumber = m_meant.GridNumber();
     const ShownPicture meant = *picture;
-    VisitPictures& pictures = m_history.Pictures(gridNumber);
+    VisitPictures& pictures = m_history.PicturesOf(gridNumber);
     const Visit visit = *pictures.Shown();
     if (!m_meant.Ask(u"해당 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) || !IsShown(gridNumber, visit))
         return;
     // A fill may have put others there while the question stood open, and one that waited may have its number by now.
     if (const qsizetype at = pictures.Find(meant); at >= 0)
-        DeleteOnePicture(visit, ShownPicture(pictures.Pictures()[at]), gridNumber);
+        DeleteOnePicture(visit, ShownPicture(pictures.All()[at]), gridNumber);
 }
 
 void CaptureDeletion::DeleteMeantVisit()
 {
     const int gridNumber = m_meant.GridNumber();
-    const std::optional<Visit> visit = gridNumber != 0 ? m_history.Pictures(gridNumber).Shown() : std::nullopt;
+    const std::optional<Visit> visit = gridNumber != 0 ? m_history.PicturesOf(gridNumber).Shown() : std::nullopt;
     if (visit && m_meant.AskOfAll(gridNumber, u"전체 캡쳐자료가 지워집니다. 그래도 계속하시겠습니까?"_s) &&
         IsShown(gridNumber, visit))
         DeleteVisitCaptures(*visit);
@@ -63,7 +63,7 @@ void CaptureDeletion::DeleteMeantVisit()
 
 bool CaptureDeletion::IsShown(int gridNumber, const std::optional<Visit>& visit) const
 {
-    return m_history.Pictures(gridNumber).Shown() == visit;
+    return m_history.PicturesOf(gridNumber).Shown() == visit;
 }
 
 void CaptureDeletion::DeleteOnePicture(const Visit& visit, const ShownPicture& picture, int gridNumber)
@@ -110,12 +110,12 @@ void CaptureDeletion::DeleteUnnumbered(const PictureRecord& picture)
 
 void CaptureDeletion::TakeOut(const ShownPicture& picture, const Visit& visit, bool mayBeLast)
 {
-    VisitPictures& pictures = m_history.Pictures(1);
+    VisitPictures& pictures = m_history.PicturesOf(1);
     if (const qsizetype at = pictures.Find(picture); at >= 0 && IsShown(1, visit))
         pictures.Remove(at);
     m_grid.TellTaken();
     // The visit's row may go with it.
-    if (mayBeLast && pictures.Pictures().isEmpty())
+    if (mayBeLast && pictures.All().isEmpty())
         m_note.RowIsGone(visit);
 }
 

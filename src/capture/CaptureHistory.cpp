@@ -48,7 +48,7 @@ CaptureHistory::CaptureHistory(const Controls& controls, VisitNote& note, VisitG
 {
 }
 
-VisitPictures& CaptureHistory::Pictures(int gridNumber) const
+VisitPictures& CaptureHistory::PicturesOf(int gridNumber) const
 {
     return gridNumber == 1 ? m_controls.visitPictures : m_controls.historyPictures;
 }

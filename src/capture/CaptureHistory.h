@@ -48,7 +48,7 @@ public:
     void ShowHistoryLine(int row);
 
     /// Of `sprCap(1)` or `sprCap(2)`.
-    VisitPictures& Pictures(int gridNumber) const;
+    VisitPictures& PicturesOf(int gridNumber) const;
     /// The history line's pictures are read anew, if it is still shown.
     void RefillHistory(const Visit& visit);
     /// Opens a picture of the line shown in the editor, and shows it anew when it was marked; any other cell does

@@ -36,7 +36,7 @@ FilingNotices::FilingNotices(NoticeStrip& strip, StillFiling& filing, MovieFilin
 
 void FilingNotices::ShowOutage()
 {
-    const int atShare = m_filing.Pictures().Waiting();
+    const int atShare = m_filing.Stills().Waiting();
     const bool isShareAway = atShare > 0;
     // Those that wait for the share have no rows to wait for yet.
     const int atDatabase = m_filing.Journal().Waiting();
@@ -72,7 +72,7 @@ void FilingNotices::AskForRoom()
     if (m_isAskingForRoom)
         return;
     m_isAskingForRoom = true;
-    m_filing.Pictures().Post([self = QPointer(this), root = ClientSetup.CaptureRoot] {
+    m_filing.Stills().Post([self = QPointer(this), root = ClientSetup.CaptureRoot] {
         qint64 freeBytes = -1;
         try {
             freeBytes = Files().FreeBytes(root);

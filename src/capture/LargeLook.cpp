@@ -24,8 +24,8 @@ constexpr QSize Corner(140, 105);
 LargeLook::LargeLook(QWidget& form, CaptureHistory& history, FullPicture& live, NoticeStrip& strip, Moments& moments)
     : m_live(live), m_strip(strip), m_view(new LargePicture(form, Room))
 {
-    m_view->AddPictures(history.Pictures(1), u"이 방문의 그림"_s);
-    m_view->AddPictures(history.Pictures(2), u"지난 방문의 그림"_s);
+    m_view->AddPictures(history.PicturesOf(1), u"이 방문의 그림"_s);
+    m_view->AddPictures(history.PicturesOf(2), u"지난 방문의 그림"_s);
     m_view->OfferLive(u"영상"_s, Corner);
     m_view->setPathOf([](const Visit& visit, const ShownPicture& picture) {
         return picture.number > 0 ? LargeImages::Source{visit.PicturePath(picture.number)}

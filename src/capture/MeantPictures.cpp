@@ -10,7 +10,7 @@
 MeantPictures::MeantPictures(CaptureHistory& history) : m_history(history)
 {
     for (const int gridNumber : {1, 2})
-        connect(&m_history.Pictures(gridNumber).Grid(), &fpSpread::CellsChanged, this, [this] {
+        connect(&m_history.PicturesOf(gridNumber).Grid(), &fpSpread::CellsChanged, this, [this] {
             if (m_gridNumber != 0)
                 Show();
         });
@@ -18,7 +18,7 @@ MeantPictures::MeantPictures(CaptureHistory& history) : m_history(history)
 
 bool MeantPictures::MeanOne(int gridNumber, int column, int row)
 {
-    const VisitPictures::Picture* picture = m_history.Pictures(gridNumber).At(column, row);
+    const VisitPictures::Picture* picture = m_history.PicturesOf(gridNumber).At(column, row);
     if (picture == nullptr)
         return false;
     Mean(gridNumber, *picture);
@@ -28,7 +28,7 @@ bool MeantPictures::MeanOne(int gridNumber, int column, int row)
 void MeantPictures::Mean(int gridNumber, const ShownPicture& picture)
 {
     m_gridNumber = gridNumber;
-    m_visit = gridNumber == 0 ? std::nullopt : m_history.Pictures(gridNumber).Shown();
+    m_visit = gridNumber == 0 ? std::nullopt : m_history.PicturesOf(gridNumber).Shown();
     m_picture = picture;
     Show();
 }
@@ -43,9 +43,9 @@ const VisitPictures::Picture* MeantPictures::One() const
 {
     if (m_gridNumber == 0 || m_picture.IsNone())
         return nullptr;
-    const VisitPictures& pictures = m_history.Pictures(m_gridNumber);
+    const VisitPictures& pictures = m_history.PicturesOf(m_gridNumber);
     const qsizetype at = pictures.Shown() == m_visit ? pictures.Find(m_picture) : -1;
-    return at >= 0 ? &pictures.Pictures()[at] : nullptr;
+    return at >= 0 ? &pictures.All()[at] : nullptr;
 }
 
 bool MeantPictures::Ask(const QString& question)
@@ -68,7 +68,7 @@ void MeantPictures::Show()
 {
     const VisitPictures::Picture* one = One();
     for (const int gridNumber : {1, 2}) {
-        const VisitPictures& pictures = m_history.Pictures(gridNumber);
+        const VisitPictures& pictures = m_history.PicturesOf(gridNumber);
         fpSpread& grid = pictures.Grid();
         const int before[] = {grid.Col(), grid.Row()};
         const bool isMeantGrid = gridNumber == m_gridNumber && pictures.Shown() == m_visit;

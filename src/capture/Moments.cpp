@@ -243,7 +243,7 @@ void Moments::Confirm(const QString& id, const std::function<void(bool isThere)>
     });
 }
 
-QList<Moments::Picture> Moments::Pictures(const QString& id) const
+QList<Moments::Picture> Moments::PicturesAround(const QString& id) const
 {
     const KeptPointer kept = At(id);
     return kept != nullptr ? kept->made.pictures : QList<Picture>();

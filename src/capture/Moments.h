@@ -68,7 +68,7 @@ public:
     };
     static constexpr QSize SmallSize{96, 72};
     /// Oldest first; empty while they are being made.
-    QList<Picture> Pictures(const QString& id) const;
+    QList<Picture> PicturesAround(const QString& id) const;
     bool IsReady(const QString& id) const;
     /// The full picture, later; null when it has gone or can't be read.
     void Load(const QString& id, int at, const std::function<void(const QImage&)>& loaded);

@@ -69,7 +69,7 @@ void MomentsPanel::resizeEvent(QResizeEvent* event)
 void MomentsPanel::Build()
 {
     m_columns = Columns();
-    const QList<Moments::Picture> pictures = m_moments.Pictures(m_id);
+    const QList<Moments::Picture> pictures = m_moments.PicturesAround(m_id);
     const bool hadFocus = m_row != nullptr && m_row->isAncestorOf(focusWidget());
     // A button of the old row may be what is calling.
     if (m_row != nullptr) {
@@ -135,7 +135,7 @@ void MomentsPanel::Build()
 void MomentsPanel::Choose(int at)
 {
     m_chosen = at;
-    const QList<Moments::Picture> pictures = m_moments.Pictures(m_id);
+    const QList<Moments::Picture> pictures = m_moments.PicturesAround(m_id);
     if (at < 0 || at >= pictures.size())
         return;
     m_file->setEnabled(!pictures[at].isFiled);

@@ -40,7 +40,7 @@ StillCapture::StillCapture(VisitGrid& grid, StillFiling& filing, VisitNote& note
     m_look.setInterval(LookMs);
     m_look.setTimerType(Qt::PreciseTimer);
     connect(&m_look, &QTimer::timeout, this, &StillCapture::TakeAwaited);
-    connect(&m_filing.Pictures(), &StillFiles::Filed, this, [this](const QString& id) {
+    connect(&m_filing.Stills(), &StillFiles::Filed, this, [this](const QString& id) {
         if (const PictureRecord* picture = m_filing.Journal().Find(id))
             m_moments->setNumber(id, picture->number);
     });
@@ -197,7 +197,7 @@ QString StillCapture::FileStill(StillFiles::Picture picture, bool isHeard, const
 {
     if (picture.visit == CurrentVisit())
         m_note.BringBack();
-    const auto still = std::make_shared<VisitGrid::Still>(VisitGrid::Still{picture.visit});
+    const auto still = std::make_shared<VisitGrid::RoadStill>(VisitGrid::RoadStill{picture.visit});
     picture.encoded = [this, still](const QByteArray& content) { m_grid.TakeContent(still, content); };
     picture.filed = [this, still, filed](int number, const std::exception_ptr& fault) {
         if (fault == nullptr)
@@ -212,7 +212,7 @@ QString StillCapture::FileStill(StillFiles::Picture picture, bool isHeard, const
         }
         Guarded([&] { filed(fault); });
     };
-    still->id = m_filing.Pictures().File(picture);
+    still->id = m_filing.Stills().File(picture);
     if (isHeard)
         m_unheard.insert(still->id);
     m_grid.Expect(still);
@@ -282,7 +282,7 @@ void StillCapture::Finish()
     m_leftovers.End();
     later::Finish(this, later::Screen);
     Guarded([this] {
-        waiting::ServeFor(FilePatienceMs, [this] { return m_filing.Pictures().UnderWay() == 0; });
+        waiting::ServeFor(FilePatienceMs, [this] { return m_filing.Stills().UnderWay() == 0; });
         if (!m_filing.IsDatabaseAway()) {
             m_filing.WriteWaiting();
             const auto isOver = [this] {

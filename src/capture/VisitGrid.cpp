@@ -33,7 +33,7 @@ VisitGrid::VisitGrid(VisitPictures& pictures, StillFiling& filing) : m_pictures(
     m_askAgain.setSingleShot(true);
     m_askAgain.setInterval(AskAgainMs);
     connect(&m_askAgain, &QTimer::timeout, this, &VisitGrid::AskAgain);
-    connect(&m_filing.Pictures(), &StillFiles::Moved, this, &VisitGrid::ShowMoved);
+    connect(&m_filing.Stills(), &StillFiles::Moved, this, &VisitGrid::ShowMoved);
     connect(&m_filing, &StillFiling::Safe, this, &VisitGrid::ShowSafe);
     connect(&m_filing, &StillFiling::Waits, this, &VisitGrid::ShowWaiting);
 }
@@ -43,14 +43,14 @@ VisitGrid::~VisitGrid() = default;
 int VisitGrid::CountOnRoad(const Visit& visit) const
 {
     return static_cast<int>(
-        std::ranges::count_if(m_road, [&](const StillPointer& still) { return still->visit == visit; }));
+        std::ranges::count_if(m_road, [&](const RoadPointer& still) { return still->visit == visit; }));
 }
 
 int VisitGrid::Taken() const
 {
     const Visit visit = CurrentVisit();
     if (!later::IsHeld(later::Placing))
-        return static_cast<int>(m_pictures.Pictures().size()) + CountOnRoad(visit);
+        return static_cast<int>(m_pictures.All().size()) + CountOnRoad(visit);
     // Pictures that are being filled tell nothing: what they are filled from does.
     if (m_pictures.Shown() != visit)
         return CountOnRoad(visit);
@@ -77,13 +77,13 @@ bool VisitGrid::IsAtRest() const
     return m_road.isEmpty() || later::IsHeld(later::Placing);
 }
 
-void VisitGrid::Expect(const StillPointer& still)
+void VisitGrid::Expect(const RoadPointer& still)
 {
     m_road.append(still);
     TellTaken();
 }
 
-void VisitGrid::TakeContent(const StillPointer& still, const QByteArray& content)
+void VisitGrid::TakeContent(const RoadPointer& still, const QByteArray& content)
 {
     still->thumbnail = Pictures().LoadContent(content, m_pictures.Grid().CellPixels(1, 1));
     connect(still->thumbnail.get(), &PictureBatch::Ready, this, &VisitGrid::ShowReady);
@@ -91,7 +91,7 @@ void VisitGrid::TakeContent(const StillPointer& still, const QByteArray& content
     Q_EMIT StillIsEncoded(still.get(), content);
 }
 
-void VisitGrid::TakeFiled(const StillPointer& still, int number)
+void VisitGrid::TakeFiled(const RoadPointer& still, int number)
 {
     Q_EMIT StillIsFiled(still.get(), number);
     still->number = number;
@@ -100,7 +100,7 @@ void VisitGrid::TakeFiled(const StillPointer& still, int number)
     TellTaken();
 }
 
-void VisitGrid::Drop(const StillPointer& still)
+void VisitGrid::Drop(const RoadPointer& still)
 {
     m_road.removeOne(still);
     ShowReady();
@@ -109,7 +109,7 @@ void VisitGrid::Drop(const StillPointer& still)
 
 void VisitGrid::Forget(const QString& id)
 {
-    if (const StillPointer still = OnRoad(id))
+    if (const RoadPointer still = OnRoad(id))
         Drop(still);
     m_filing.Forget(id);
     Q_EMIT Forgotten(id);
@@ -118,7 +118,7 @@ void VisitGrid::Forget(const QString& id)
 
 void VisitGrid::ShowReady()
 {
-    for (const StillPointer& still : QList(m_road)) {
+    for (const RoadPointer& still : QList(m_road)) {
         if (!still->mayShow || still->thumbnail == nullptr || !still->thumbnail->IsReady(0))
             return;
         if (!std::exchange(still->isShown, true))
@@ -126,7 +126,7 @@ void VisitGrid::ShowReady()
     }
 }
 
-void VisitGrid::ShowStill(const StillPointer& still)
+void VisitGrid::ShowStill(const RoadPointer& still)
 {
     m_road.removeOne(still);
     if (still->visit != CurrentVisit())
@@ -142,9 +142,9 @@ void VisitGrid::ShowStill(const StillPointer& still)
     m_pictures.Grid().FlashCell(place.x(), place.y());
 }
 
-VisitGrid::StillPointer VisitGrid::OnRoad(const QString& id) const
+VisitGrid::RoadPointer VisitGrid::OnRoad(const QString& id) const
 {
-    const auto found = std::ranges::find(m_road, id, &Still::id);
+    const auto found = std::ranges::find(m_road, id, &RoadStill::id);
     return found != m_road.end() ? *found : nullptr;
 }
 
@@ -181,7 +181,7 @@ void VisitGrid::ShowMoved(const QString& id)
 {
     const PictureRecord* picture = m_filing.Journal().Find(id);
     const int number = picture != nullptr ? picture->number : 0;
-    if (const StillPointer still = OnRoad(id)) {
+    if (const RoadPointer still = OnRoad(id)) {
         still->number = number;
         return;
     }
@@ -263,7 +263,7 @@ void VisitGrid::AskAgain()
             });
     };
     // Both have to answer; one that is held keeps its own line alone.
-    m_filing.Pictures().Post([folder = CurrentVisit().captureDir, self = QPointer(this), answer] {
+    m_filing.Stills().Post([folder = CurrentVisit().captureDir, self = QPointer(this), answer] {
         FolderExists(folder);
         PostToScreen([self, answer] {
             if (self && !self->m_hasEnded)
@@ -288,7 +288,7 @@ void VisitGrid::ShowWaiting(const QString& id)
 
 void VisitGrid::ShowNumbered(const QString& id, const Visit& visit, int number)
 {
-    if (const StillPointer still = OnRoad(id)) {
+    if (const RoadPointer still = OnRoad(id)) {
         still->mayShow = true;
         ShowReady();
         return;

@@ -40,7 +40,7 @@ public:
     bool IsAtRest() const;
 
     /// A still from the press to its thumbnail.
-    struct Still
+    struct RoadStill
     {
         Visit visit;
         QString id = {};
@@ -49,15 +49,15 @@ public:
         bool mayShow = false; ///< The rows are in, or have to wait.
         bool isShown = false; ///< It is in the line for the screen.
     };
-    using StillPointer = std::shared_ptr<Still>;
+    using RoadPointer = std::shared_ptr<RoadStill>;
 
     /// It is being filed: the others of its visit stand before it.
-    void Expect(const StillPointer& still);
-    void TakeContent(const StillPointer& still, const QByteArray& content);
+    void Expect(const RoadPointer& still);
+    void TakeContent(const RoadPointer& still, const QByteArray& content);
     /// Its file is safe, under that number or, with 0, on this machine alone.
-    void TakeFiled(const StillPointer& still, int number);
+    void TakeFiled(const RoadPointer& still, int number);
     /// It isn't filed, or it has been deleted.
-    void Drop(const StillPointer& still);
+    void Drop(const RoadPointer& still);
     void Forget(const QString& id);
 
     /// The screen closes: nothing is shown any more.
@@ -79,8 +79,8 @@ private:
     int CountOnRoad(const Visit& visit) const;
     /// Those that can be shown, in the order of the presses.
     void ShowReady();
-    void ShowStill(const StillPointer& still);
-    StillPointer OnRoad(const QString& id) const;
+    void ShowStill(const RoadPointer& still);
+    RoadPointer OnRoad(const QString& id) const;
     void ShowPending(const Visit& visit);
     /// Those that wait for the share stand behind the others, without a number.
     void ShowUnnumbered(const Visit& visit);
@@ -98,7 +98,7 @@ private:
 
     VisitPictures& m_pictures;
     StillFiling& m_filing;
-    QList<StillPointer> m_road;               ///< In the order of the presses.
+    QList<RoadPointer> m_road;                ///< In the order of the presses.
     QList<std::pair<QString, int>> m_arrived; ///< Pictures whose rows came in since its last fill was begun.
     std::pair<Visit, QList<int>> m_read;      ///< Numbers of the rows that the last fill was made from.
     bool m_lacksStored = false;               ///< The last fill got no answer.

@@ -183,7 +183,7 @@ void frmCapture::Form_Unload()
     // A system that ends the program has no time for it, and a database or a share that doesn't answer can't tell; the
     // next closing can.
     if (VisitContext.YmdIsValid && !UseService<Desktop>().EndIsRequested() && !m_filing->IsDatabaseAway() &&
-        !m_filing->Pictures().IsShareAway() && !filecalls::AnyHeld()) {
+        !m_filing->Stills().IsShareAway() && !filecalls::AnyHeld()) {
         const waiting::Patience patience(SweepPatienceMs);
         Guarded([this] { SweepOrphanPictures(CurrentVisit(), m_filing->Journal()); });
     }
@@ -248,10 +248,10 @@ void frmCapture::ConnectControls()
         sprCap(element).setDragFile([this, element](int column, int row) {
             QString path;
             Guarded([&] {
-                path = Pictures(element).FileAt(column, row);
+                path = PicturesOf(element).FileAt(column, row);
                 if (!path.isEmpty())
-                    acts::Record(acts::Kind::DraggedOut, *Pictures(element).Shown(),
-                                 Pictures(element).At(column, row)->number);
+                    acts::Record(acts::Kind::DraggedOut, *PicturesOf(element).Shown(),
+                                 PicturesOf(element).At(column, row)->number);
             });
             return path;
         });

@@ -58,7 +58,7 @@ public:
     QComboBox& cmbEtc() { return *m_cmbEtc; }
     fpSpread& sprCap(int element) { return *m_sprCap[static_cast<size_t>(element - 1)]; }
     /// Of `sprCap(1)` or `sprCap(2)`.
-    VisitPictures& Pictures(int gridNumber) { return m_history->Pictures(gridNumber); }
+    VisitPictures& PicturesOf(int gridNumber) { return m_history->PicturesOf(gridNumber); }
     NoteBox& txtCapChamgo() { return *m_txtCapChamgo; }
     VideoCap& capCapture() { return *m_capCapture; }
     StatusPanels& sbarCap() { return *m_sbarCap; }

@@ -86,12 +86,12 @@ std::function<void()> frmCapture::OnlyWithDate(const std::function<void()>& comm
 
 void frmCapture::OpenFindingsScreen(int gridNumber)
 {
-    OpenFindings({Pictures(gridNumber), *m_sbarCap});
+    OpenFindings({PicturesOf(gridNumber), *m_sbarCap});
 }
 
 void frmCapture::PrintGridCaptures(int gridNumber)
 {
-    PrintGridSheet(Pictures(gridNumber), *m_sbarCap, *m_picture1);
+    PrintGridSheet(PicturesOf(gridNumber), *m_sbarCap, *m_picture1);
 }
 
 void frmCapture::OnGridRightClick(int element, int column, int row, int x, int y)

@@ -137,7 +137,7 @@ struct DicomOutcome
         KindRefused, ///< The server takes no objects of this kind.
         PeerRefused, ///< The server wants nothing of this station.
         Away,        ///< Nobody answered, or something on this machine is in the way: it may pass.
-        Cut,         ///< The connection broke, or fell silent, on this very object: it may pass.
+        Broken,      ///< The connection broke, or fell silent, on this very object: it may pass.
     };
 
     Kind kind = Away;

@@ -41,7 +41,7 @@ public:
     MarkedPicturesAlone(const MarkedPicturesAlone&) = delete;
     MarkedPicturesAlone& operator=(const MarkedPicturesAlone&) = delete;
 
-    MarkedPictures& Pictures() { return m_pictures; }
+    MarkedPictures& Marked() { return m_pictures; }
 
 private:
     WorkThread m_writer;

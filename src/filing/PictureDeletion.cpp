@@ -84,7 +84,7 @@ QString PictureDeletion::Begin(DeletionJob job)
         const PictureRecord* own = m_filing.Journal().Find(job.visit, item.number);
         item.picture = own != nullptr ? own->id : QString();
     }
-    m_filing.Pictures().Hold(job);
+    m_filing.Stills().Hold(job);
     m_filing.Journal().StoreDeletion(job);
     Go(job);
     return job.id;
@@ -106,7 +106,7 @@ bool PictureDeletion::GiveUp(const QString& id)
     const DeletionJob* job = m_filing.Journal().FindDeletion(id);
     if (job == nullptr || job->isPlanned)
         return false;
-    m_filing.Pictures().LetGo(*job);
+    m_filing.Stills().LetGo(*job);
     m_filing.Journal().RemoveDeletion(id, false);
     return true;
 }
@@ -123,7 +123,7 @@ void PictureDeletion::Go(const DeletionJob& job)
 
 void PictureDeletion::AtShare(const DeletionJob& job, const std::function<void(DeletionJob&)>& work, Answer answer)
 {
-    m_filing.Pictures().Post([job = DeletionJob(job), work, answer, self = QPointer(this)]() mutable {
+    m_filing.Stills().Post([job = DeletionJob(job), work, answer, self = QPointer(this)]() mutable {
         std::exception_ptr fault;
         try {
             work(job);
@@ -281,7 +281,7 @@ void PictureDeletion::DeleteRows(const DeletionJob& job, const std::exception_pt
 void PictureDeletion::Finish(const DeletionJob& job, const Result& result)
 {
     RecordDeleted(job);
-    m_filing.Pictures().LetGo(job);
+    m_filing.Stills().LetGo(job);
     m_filing.Journal().RemoveDeletion(job.id, result.fault == nullptr);
     m_doubtful.remove(job.id);
     if (!m_refused.remove(job.id))

@@ -132,7 +132,7 @@ QList<PictureJournal::Found> PictureJournal::In(const QString& folder)
                     {}};
         found.isReadable = !isBroken && journal::NotingFaults([&found] {
             const auto database = UseService<LocalDatabases>().OpenToRead(found.path);
-            found.pictures = journal_rows::Pictures(*database);
+            found.pictures = journal_rows::PictureRecords(*database);
             found.movies = journal_rows::Movies(*database);
             found.restores = journal_rows::Restores(*database);
             found.marked = journal_rows::Marked(*database);
@@ -268,8 +268,8 @@ void PictureJournal::TakeOverLists()
 
 PictureJournal::Content PictureJournal::Read(LocalDatabase& journal)
 {
-    return {journal_rows::Pictures(journal), journal_rows::Folders(journal),  journal_rows::Deletions(journal),
-            journal_rows::Movies(journal),   journal_rows::Restores(journal), journal_rows::Marked(journal)};
+    return {journal_rows::PictureRecords(journal), journal_rows::Folders(journal),  journal_rows::Deletions(journal),
+            journal_rows::Movies(journal),         journal_rows::Restores(journal), journal_rows::Marked(journal)};
 }
 
 void PictureJournal::Adopt(const Content& content)

@@ -67,7 +67,7 @@ public:
     PictureJournal(const PictureJournal&) = delete;
     PictureJournal& operator=(const PictureJournal&) = delete;
 
-    const QList<PictureRecord>& Pictures() const { return m_pictures; }
+    const QList<PictureRecord>& Records() const { return m_pictures; }
     /// Null when it isn't there. Good until the journal is changed.
     const PictureRecord* Find(const QString& id) const;
     const PictureRecord* Find(const Visit& visit, int number) const;

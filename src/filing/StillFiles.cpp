@@ -92,7 +92,7 @@ private:
     bool m_isRead = false;
 };
 
-struct StillFiles::Still
+struct StillFiles::Placing
 {
     QString id;
     Visit visit;
@@ -132,18 +132,18 @@ StillFiles::StillFiles(WorkThread& local, PictureJournal& journal, Note note)
     connect(&m_retry, &QTimer::timeout, this, &StillFiles::MoveNext);
     for (const DeletionJob& job : m_journal.Deletions())
         Hold(job);
-    for (const PictureRecord& picture : m_journal.Pictures()) {
+    for (const PictureRecord& picture : m_journal.Records()) {
         if (picture.number > 0) {
             m_numbers->Hold(picture.visit, picture.number);
             RemoveLocally(picture.id);
             continue;
         }
-        const auto still = std::make_shared<Still>();
+        const auto still = std::make_shared<Placing>();
         still->id = picture.id;
         still->visit = picture.visit;
         still->isLeft = still->isEncoded = still->isWaiting = true;
         still->isDeleted = picture.IsDeleted();
-        still->local = Still::Kept;
+        still->local = Placing::Kept;
         still->sumTaken.set_value(picture.sum);
         m_road.append(still);
     }
@@ -182,23 +182,23 @@ void StillFiles::LetGo(const DeletionJob& job)
 int StillFiles::UnderWay() const
 {
     return static_cast<int>(
-        std::ranges::count(m_road, false, [](const StillPointer& still) { return still->isWaiting; }));
+        std::ranges::count(m_road, false, [](const PlacingPointer& still) { return still->isWaiting; }));
 }
 
 int StillFiles::Waiting() const
 {
-    return static_cast<int>(
-        std::ranges::count_if(m_road, [](const StillPointer& still) { return still->isWaiting && !still->isDeleted; }));
+    return static_cast<int>(std::ranges::count_if(
+        m_road, [](const PlacingPointer& still) { return still->isWaiting && !still->isDeleted; }));
 }
 
 bool StillFiles::IsShareAway() const
 {
-    return std::ranges::any_of(m_road, [](const StillPointer& still) { return still->isWaiting; });
+    return std::ranges::any_of(m_road, [](const PlacingPointer& still) { return still->isWaiting; });
 }
 
 QString StillFiles::File(const Picture& picture)
 {
-    const auto still = std::make_shared<Still>();
+    const auto still = std::make_shared<Placing>();
     still->id = QUuid::createUuid().toString(QUuid::Id128);
     still->visit = picture.visit;
     still->picture = picture;
@@ -220,7 +220,7 @@ QString StillFiles::File(const Picture& picture)
     return still->id;
 }
 
-void StillFiles::Encode(const StillPointer& still, const std::function<QByteArray()>& encode)
+void StillFiles::Encode(const PlacingPointer& still, const std::function<QByteArray()>& encode)
 {
     still->isAtShare = true;
     m_encoder.Post([this, still, encode = std::function(encode), self = m_self]() mutable {
@@ -246,7 +246,7 @@ void StillFiles::Encode(const StillPointer& still, const std::function<QByteArra
     });
 }
 
-void StillFiles::TakeSum(const StillPointer& still, const QByteArray& content)
+void StillFiles::TakeSum(const PlacingPointer& still, const QByteArray& content)
 {
     const PictureSum sum = SumOf(content);
     still->sumTaken.set_value(sum);
@@ -265,7 +265,7 @@ void StillFiles::TakeSum(const StillPointer& still, const QByteArray& content)
     });
 }
 
-void StillFiles::KeepLocally(const StillPointer& still, const QByteArray& content)
+void StillFiles::KeepLocally(const PlacingPointer& still, const QByteArray& content)
 {
     m_local.Post([still, content, disk = m_disk, self = m_self] {
         std::exception_ptr fault;
@@ -289,7 +289,7 @@ void StillFiles::RemoveLocally(const QString& id)
     m_local.Post([id, disk = m_disk] { disk->Remove(id); });
 }
 
-void StillFiles::HandOver(const StillPointer& still, const QByteArray& content, bool isFirst)
+void StillFiles::HandOver(const PlacingPointer& still, const QByteArray& content, bool isFirst)
 {
     m_share.Post([still, content, isFirst, isAway = m_isAway, numbers = m_numbers, self = m_self] {
         Placed placed;
@@ -311,7 +311,7 @@ void StillFiles::HandOver(const StillPointer& still, const QByteArray& content, 
     });
 }
 
-StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, CaptureNumbers& numbers)
+StillFiles::Placed StillFiles::Place(Placing& still, const QByteArray& content, CaptureNumbers& numbers)
 {
     Placed placed;
     if (still.isLeft) {
@@ -341,14 +341,14 @@ StillFiles::Placed StillFiles::Place(Still& still, const QByteArray& content, Ca
     return placed;
 }
 
-void StillFiles::ThrowAway(const Still& still, int number, CaptureNumbers& numbers)
+void StillFiles::ThrowAway(const Placing& still, int number, CaptureNumbers& numbers)
 {
     MoveToLogFolder(still.visit, number, still.visit.captureDir, still.id);
     NumberClaim::Release(still.visit, number);
     numbers.Release(still.visit, number);
 }
 
-StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers)
+StillFiles::Placed StillFiles::PlaceFile(const Placing& still, const QByteArray& content, CaptureNumbers& numbers)
 {
     const Visit& visit = still.visit;
     // A section outside this client's list has no folder of its own yet.
@@ -378,7 +378,7 @@ StillFiles::Placed StillFiles::PlaceFile(const Still& still, const QByteArray& c
     throw PlatformError(u"캡쳐번호가 너무 커서 저장할 수 없습니다.!!"_s);
 }
 
-void StillFiles::AnswerEncoded(const StillPointer& still, const QByteArray& content)
+void StillFiles::AnswerEncoded(const PlacingPointer& still, const QByteArray& content)
 {
     still->isEncoded = true;
     still->content = content;
@@ -387,9 +387,9 @@ void StillFiles::AnswerEncoded(const StillPointer& still, const QByteArray& cont
         m_patience.start(SharePatienceMs);
 }
 
-void StillFiles::AnswerLocal(const StillPointer& still, const std::exception_ptr& fault)
+void StillFiles::AnswerLocal(const PlacingPointer& still, const std::exception_ptr& fault)
 {
-    still->local = fault == nullptr ? Still::Kept : Still::Failed;
+    still->local = fault == nullptr ? Placing::Kept : Placing::Failed;
     still->localFault = fault;
     if (!m_road.contains(still))
         return;
@@ -403,7 +403,7 @@ void StillFiles::AnswerLocal(const StillPointer& still, const std::exception_ptr
     }
 }
 
-void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault)
+void StillFiles::AnswerPlaced(const PlacingPointer& still, const Placed& placed, const std::exception_ptr& fault)
 {
     still->isAtShare = false;
     if (fault == nullptr) {
@@ -413,9 +413,9 @@ void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, c
     if (!m_road.contains(still))
         return;
     still->shareFault = fault;
-    if (still->local == Still::Failed)
+    if (still->local == Placing::Failed)
         Refuse(still, guard::Is<Passed>(fault) ? still->localFault : fault);
-    else if (still->local == Still::Kept)
+    else if (still->local == Placing::Kept)
         LetWait(still);
     // Those before it are on the share by now.
     if (guard::Is<Passed>(fault) && !m_road.isEmpty() && m_road.first() == still)
@@ -424,7 +424,7 @@ void StillFiles::AnswerPlaced(const StillPointer& still, const Placed& placed, c
         m_retry.start();
 }
 
-void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
+void StillFiles::AnswerAtShare(const PlacingPointer& still, const Placed& placed)
 {
     m_patience.stop();
     m_road.removeOne(still);
@@ -461,7 +461,7 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
     if (wasWaiting)
         Q_EMIT Changed();
     // It does answer: the next one has its own second.
-    if (std::ranges::any_of(m_road, [](const StillPointer& next) { return next->isEncoded && !next->isWaiting; }))
+    if (std::ranges::any_of(m_road, [](const PlacingPointer& next) { return next->isEncoded && !next->isWaiting; }))
         m_patience.start(SharePatienceMs);
     MoveNext();
 }
@@ -469,22 +469,22 @@ void StillFiles::AnswerAtShare(const StillPointer& still, const Placed& placed)
 void StillFiles::LoseShare()
 {
     bool isFirst = !IsShareAway();
-    for (const StillPointer& still : QList(m_road)) {
+    for (const PlacingPointer& still : QList(m_road)) {
         if (!still->isEncoded || still->isWaiting)
             continue;
         if (std::exchange(isFirst, false))
             journal::Note(Journal::Warning, u"저장 폴더가 응답하지 않음, 그림을 이 컴퓨터에 보관함"_s);
         still->isOverdue = true;
-        if (still->local == Still::Kept)
+        if (still->local == Placing::Kept)
             LetWait(still);
-        else if (still->local == Still::Failed)
+        else if (still->local == Placing::Failed)
             Q_EMIT Tidings(
                 u"그림을 이 컴퓨터에 보관하지 못하였습니다.!! 저장 폴더가 응답할 때까지 끄지 마십시오.!!\r\n%1"_s.arg(
                     guard::TextOf(still->localFault)));
     }
 }
 
-void StillFiles::LetWait(const StillPointer& still)
+void StillFiles::LetWait(const PlacingPointer& still)
 {
     if (std::exchange(still->isWaiting, true))
         return;
@@ -500,7 +500,7 @@ void StillFiles::LetWait(const StillPointer& still)
     Q_EMIT Changed();
 }
 
-void StillFiles::Refuse(const StillPointer& still, const std::exception_ptr& fault)
+void StillFiles::Refuse(const PlacingPointer& still, const std::exception_ptr& fault)
 {
     if (!m_road.removeOne(still))
         return;
@@ -517,7 +517,7 @@ void StillFiles::MoveNext()
         *m_isAway = false;
         return;
     }
-    const StillPointer still = m_road.first();
+    const PlacingPointer still = m_road.first();
     // One that is on its way comes back by itself; one that was refused has its pause.
     if (!still->isEncoded || std::exchange(still->isAtShare, true))
         return;
@@ -528,7 +528,7 @@ void StillFiles::MoveNext()
 
 void StillFiles::Delete(const QString& id)
 {
-    const auto found = std::ranges::find(m_road, id, [](const StillPointer& still) { return still->id; });
+    const auto found = std::ranges::find(m_road, id, [](const PlacingPointer& still) { return still->id; });
     if (found != m_road.end())
         (*found)->isDeleted = true;
     m_journal.Update(id, [](PictureRecord& picture) { picture.state = PictureState::Deleted; });

@@ -88,9 +88,9 @@ Q_SIGNALS:
     void Changed();
 
 private:
-    struct Still;
+    struct Placing;
     class LocalDisk;
-    using StillPointer = std::shared_ptr<Still>;
+    using PlacingPointer = std::shared_ptr<Placing>;
     struct Placed
     {
         int number = 0; ///< 0 for one that needs no place any more.
@@ -99,26 +99,26 @@ private:
     };
 
     /// On the share's thread.
-    static Placed Place(Still& still, const QByteArray& content, CaptureNumbers& numbers);
-    static void ThrowAway(const Still& still, int number, CaptureNumbers& numbers);
-    static Placed PlaceFile(const Still& still, const QByteArray& content, CaptureNumbers& numbers);
+    static Placed Place(Placing& still, const QByteArray& content, CaptureNumbers& numbers);
+    static void ThrowAway(const Placing& still, int number, CaptureNumbers& numbers);
+    static Placed PlaceFile(const Placing& still, const QByteArray& content, CaptureNumbers& numbers);
 
-    void Encode(const StillPointer& still, const std::function<QByteArray()>& encode);
+    void Encode(const PlacingPointer& still, const std::function<QByteArray()>& encode);
     /// On the encoder's thread, behind what the picture's way needs.
-    void TakeSum(const StillPointer& still, const QByteArray& content);
-    void KeepLocally(const StillPointer& still, const QByteArray& content);
+    void TakeSum(const PlacingPointer& still, const QByteArray& content);
+    void KeepLocally(const PlacingPointer& still, const QByteArray& content);
     void RemoveLocally(const QString& id);
     /// One that isn't the first lets those that wait go before it.
-    void HandOver(const StillPointer& still, const QByteArray& content, bool isFirst);
-    void AnswerEncoded(const StillPointer& still, const QByteArray& content);
-    void AnswerLocal(const StillPointer& still, const std::exception_ptr& fault);
-    void AnswerPlaced(const StillPointer& still, const Placed& placed, const std::exception_ptr& fault);
-    void AnswerAtShare(const StillPointer& still, const Placed& placed);
+    void HandOver(const PlacingPointer& still, const QByteArray& content, bool isFirst);
+    void AnswerEncoded(const PlacingPointer& still, const QByteArray& content);
+    void AnswerLocal(const PlacingPointer& still, const std::exception_ptr& fault);
+    void AnswerPlaced(const PlacingPointer& still, const Placed& placed, const std::exception_ptr& fault);
+    void AnswerAtShare(const PlacingPointer& still, const Placed& placed);
     /// The share hasn't answered for the first of them.
     void LoseShare();
     /// It waits, if the local disk has it.
-    void LetWait(const StillPointer& still);
-    void Refuse(const StillPointer& still, const std::exception_ptr& fault);
+    void LetWait(const PlacingPointer& still);
+    void Refuse(const PlacingPointer& still, const std::exception_ptr& fault);
     void MoveNext();
 
     WorkThread& m_local;
@@ -130,7 +130,7 @@ private:
     const std::shared_ptr<std::atomic<bool>> m_isAway = std::make_shared<std::atomic<bool>>(false);
     WorkThread m_encoder;
     WorkThread m_share;
-    QList<StillPointer> m_road; ///< In the order of the presses, until the share has them.
+    QList<PlacingPointer> m_road; ///< In the order of the presses, until the share has them.
     QTimer m_patience;
     QTimer m_retry;
     const QPointer<StillFiles> m_self{this};

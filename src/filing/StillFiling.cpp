@@ -103,7 +103,7 @@ void StillFiling::HandOverRows(const QString& id)
 {
     // Those that the server has refused have their turn again, before this one.
     if (!*m_blocked) {
-        for (const PictureRecord& picture : QList(m_journal.Pictures()))
+        for (const PictureRecord& picture : QList(m_journal.Records()))
             Submit(picture);
     }
     QTimer::singleShot(m_isAway ? 0 : RowsWaitMs, this, [this, id] {
@@ -275,7 +275,7 @@ void StillFiling::SetAway(bool isAway)
     }
     // One that waits keeps those behind it waiting.
     if (isAway) {
-        for (const PictureRecord& picture : QList(m_journal.Pictures())) {
+        for (const PictureRecord& picture : QList(m_journal.Records())) {
             if (!picture.WantsRows() || picture.waits)
                 continue;
             m_journal.Mark(picture.id, [](PictureRecord& marked) { marked.waits = true; });
@@ -298,13 +298,13 @@ void StillFiling::WriteWaiting()
     if (m_rowsUnderWay > 0)
         return; // What has failed there is tried again behind it.
     *m_blocked = false;
-    for (const PictureRecord& picture : QList(m_journal.Pictures()))
+    for (const PictureRecord& picture : QList(m_journal.Records()))
         Submit(picture);
 }
 
 void StillFiling::WriteLeft()
 {
-    m_files.Post([waiting = m_journal.Pictures(), self = QPointer(this)] {
+    m_files.Post([waiting = m_journal.Records(), self = QPointer(this)] {
         QList<PictureRecord> gone;
         QStringList there;
         for (const PictureRecord& picture : waiting) {

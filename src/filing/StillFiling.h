@@ -50,8 +50,8 @@ public:
     explicit StillFiling(NoteSource note);
     ~StillFiling() override;
 
-    StillFiles& Pictures() { return m_files; }
-    const StillFiles& Pictures() const { return m_files; }
+    StillFiles& Stills() { return m_files; }
+    const StillFiles& Stills() const { return m_files; }
 
     /// Hands over the rows that wait: those of this station at once, so that they stand in front of what comes next.
     void WriteWaiting();

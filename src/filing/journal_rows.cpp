@@ -110,7 +110,7 @@ void journal_rows::MakeTables(LocalDatabase& journal)
     }
 }
 
-QList<PictureRecord> journal_rows::Pictures(LocalDatabase& journal)
+QList<PictureRecord> journal_rows::PictureRecords(LocalDatabase& journal)
 {
     QList<PictureRecord> pictures;
     const auto column = [&journal](const QString& name) {

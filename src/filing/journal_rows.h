@@ -12,7 +12,7 @@ QStringList Tables();
 /// Makes those that aren't there, and what an earlier release's lack. Throws PlatformError.
 void MakeTables(LocalDatabase& journal);
 /// In the order in which they were written first. Throws PlatformError.
-QList<PictureRecord> Pictures(LocalDatabase& journal);
+QList<PictureRecord> PictureRecords(LocalDatabase& journal);
 QList<PictureJournal::Folder> Folders(LocalDatabase& journal);
 QList<DeletionJob> Deletions(LocalDatabase& journal);
 /// None of these in a journal of an earlier release.

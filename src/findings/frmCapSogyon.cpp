@@ -271,7 +271,7 @@ frmCapSogyon::Saved frmCapSogyon::SaveFindings()
     if (cut.isEmpty())
         return Saved::Whole;
     ShowInformation(cut);
-    return Saved::Cut;
+    return Saved::Shortened;
 }
 
 void frmCapSogyon::ShowTheirs()

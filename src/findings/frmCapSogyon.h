@@ -35,7 +35,7 @@ protected:
 
 private:
     /// With `Cut` a column was too short, and the screen keeps the whole texts.
-    enum class Saved { No, Whole, Cut };
+    enum class Saved { No, Whole, Shortened };
     /// What a question before printing has led to.
     enum class Printed { NotWanted, NotStored, Yes };
 

@@ -103,7 +103,7 @@ QString ClassUidOf(DicomSeries series)
 DicomSeries SeriesOfClass(const QString& classUid)
 {
     const auto found = std::ranges::find(SeriesClassUids, classUid);
-    return found == SeriesClassUids.end() ? DicomSeries::Pictures
+    return found == SeriesClassUids.end() ? DicomSeries::Images
                                           : static_cast<DicomSeries>(found - SeriesClassUids.begin());
 }
 

@@ -9,8 +9,8 @@
 /// The identity's own, else one study for institution, chart, date and section.
 QString StudyUid(const DicomPicture& picture);
 /// A study's objects of one modality stand in a series of their own.
-enum class DicomSeries { Pictures, Reports, Movies, Rejections };
-QString SeriesUid(const DicomPicture& picture, DicomSeries series = DicomSeries::Pictures);
+enum class DicomSeries { Images, Reports, Movies, Rejections };
+QString SeriesUid(const DicomPicture& picture, DicomSeries series = DicomSeries::Images);
 /// The picture by its number and its file's content: a marked-up picture is another one.
 QString InstanceUid(const DicomPicture& picture, const QByteArray& content);
 /// Any other object of the visit, by its series and what it is made of.

@@ -119,7 +119,7 @@ void ShowViewer()
     CapShow& viewer = Form<CapShow>();
     viewer.Show();
     acts::Record(acts::Kind::VisitOpened, CurrentVisit(), 0, u"보기화면"_s);
-    LoadCaptureList(CurrentVisit(), viewer.Pictures(), false);
+    LoadCaptureList(CurrentVisit(), viewer.PicturesOfVisit(), false);
 }
 
 /// Brings up the first screen, unless there is a reason not to.

@@ -19,7 +19,7 @@ struct Reading
     bool isValid = false;
 };
 
-LaunchString Cut(const QString& command)
+LaunchString Fields(const QString& command)
 {
     return {command.mid(0, 1),  command.mid(1, 2),  command.mid(3, 1),  command.mid(4, 8),
             command.mid(12, 2), command.mid(14, 2), command.mid(16, 8), Trim(command.mid(24))};
@@ -31,7 +31,7 @@ Reading Read(const QByteArray& bytes, const char* encoding)
     if (!decoder.isValid())
         return {};
     const QString text = decoder(bytes);
-    return {Cut(text), !decoder.hasError()};
+    return {Fields(text), !decoder.hasError()};
 }
 
 bool IsListed(const LaunchString& launch)

@@ -174,7 +174,7 @@ const VisitPictures* LargePicture::ListOf(const Half& half) const
 QList<ShownPicture> LargePicture::PagesOf(const Half& half) const
 {
     const VisitPictures* list = ListOf(half);
-    return list != nullptr ? QList<ShownPicture>(list->Pictures().begin(), list->Pictures().end()) : half.others;
+    return list != nullptr ? QList<ShownPicture>(list->All().begin(), list->All().end()) : half.others;
 }
 
 void LargePicture::Go(Half& half, const ShownPicture& picture)

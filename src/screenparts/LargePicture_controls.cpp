@@ -209,7 +209,7 @@ void LargePicture::FillBesideMenu()
     m_besideMenu->clear();
     for (const auto& [pictures, caption] : m_pictures) {
         QAction* entry = m_besideMenu->addAction(CaptionText(caption));
-        entry->setEnabled(pictures && !pictures->Pictures().isEmpty());
+        entry->setEnabled(pictures && !pictures->All().isEmpty());
         connect(entry, &QAction::triggered, this, GuardedSlot([this, shown = pictures] {
                     if (m_isOpen && shown)
                         OpenBeside(*shown);
@@ -229,7 +229,7 @@ void LargePicture::FillBesideMenu()
 
 void LargePicture::OpenBeside(const VisitPictures& pictures)
 {
-    const qsizetype count = pictures.Pictures().size();
+    const qsizetype count = pictures.All().size();
     if (count == 0)
         return;
     // The one behind the first half's, or of another visit the newest, or of an earlier one the first.
@@ -239,7 +239,7 @@ void LargePicture::OpenBeside(const VisitPictures& pictures)
         at = first.at + 1 < count ? first.at + 1 : qMax(qsizetype(0), first.at - 1);
     SetSecond(true, false);
     Activate(1);
-    Open(*pictures.Shown(), pictures.Pictures()[at]);
+    Open(*pictures.Shown(), pictures.All()[at]);
 }
 
 void LargePicture::ShowPixels()

@@ -42,7 +42,7 @@ public:
     int Layout() const { return m_layout; }
     /// Whose they are; nothing when no visit is shown.
     const std::optional<Visit>& Shown() const { return m_shown; }
-    const QList<Picture>& Pictures() const { return m_pictures; }
+    const QList<Picture>& All() const { return m_pictures; }
 
     /// From here on that visit is shown: another one's pictures go.
     void Show(const Visit& visit);

@@ -64,7 +64,7 @@ int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor
     };
     PlacePictures(there, fill, *batch, static_cast<int>(numbers.size()), place, [&] {
         // What is empty shows its beginning.
-        if (pictures.Pictures().isEmpty())
+        if (pictures.All().isEmpty())
             grid.SetActiveCell(1, 1);
         if (filled)
             filled();

@@ -176,7 +176,7 @@ void Sender::Open()
             }
             QList<DicomFoundStudy> studies;
             const DicomOutcome found = kit.FindStudies(uids, studies, stop);
-            if (found.kind == DicomOutcome::Away || found.kind == DicomOutcome::Cut)
+            if (found.kind == DicomOutcome::Away || found.kind == DicomOutcome::Broken)
                 opened.outcome = found;
             if (const auto own = OwnAmong(studies, item.known.facts, item.known.former))
                 opened.found.insert(VisitKey(item.entry), *own);

@@ -159,7 +159,7 @@ void Sender::Send(const Item& item)
         const DicomOutcome::Kind kind = answer.outcome.kind;
         const bool isToWait = kind != DicomOutcome::Accepted && kind != DicomOutcome::Refused;
         if (isToWait && retries != m_retries)
-            m_ledger.Later(item.entry, answer.outcome.reason, 0, kind == DicomOutcome::Cut);
+            m_ledger.Later(item.entry, answer.outcome.reason, 0, kind == DicomOutcome::Broken);
         else
             TakeAnswer(item, answer);
         ReadNext();
@@ -223,8 +223,8 @@ void Sender::TakeAnswer(const Item& item, const sending::Answer& answer)
         m_isEnding = true;
         return;
     case DicomOutcome::Passing:
-    case DicomOutcome::Cut:
-        m_ledger.Later(entry, outcome.reason, pauses::Own(entry.tries), outcome.kind == DicomOutcome::Cut);
+    case DicomOutcome::Broken:
+        m_ledger.Later(entry, outcome.reason, pauses::Own(entry.tries), outcome.kind == DicomOutcome::Broken);
         [[fallthrough]];
     case DicomOutcome::Away:
         Pause(outcome.reason);

@@ -158,7 +158,7 @@ void CapShow::OpenEditorFromCell(int column, int row)
         original.NoteWritten();
         if (!m_marked)
             m_marked = std::make_unique<MarkedPicturesAlone>();
-        m_marked->Pictures().Add(visit, picture.number, sum, version);
+        m_marked->Marked().Add(visit, picture.number, sum, version);
     };
     // Here nobody stores the visit.
     acts::Record(acts::Kind::LookedAt, visit, picture.number);

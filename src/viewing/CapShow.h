@@ -27,7 +27,7 @@ public:
     ~CapShow() override;
 
     fpSpread& sprCap() { return *m_sprCap; }
-    VisitPictures& Pictures() { return *m_pictures; }
+    VisitPictures& PicturesOfVisit() { return *m_pictures; }
 
 protected:
     void Form_Load() override;

@@ -118,7 +118,7 @@ private Q_SLOTS:
         QTRY_COMPARE(Mark(3), u"기록 대기"_s);
         m_box->Desk().answers = {true};
         ChooseOver(1, 2, 1, u"그림지우기"_s);
-        QVERIFY(!screen.Pictures(1).PlaceOf({{}, 2}));
+        QVERIFY(!screen.PicturesOf(1).PlaceOf({{}, 2}));
         StationInABox::Server().Thaw();
         QTRY_COMPARE(Mark(3), QString());
         QTRY_VERIFY(!NumberClaim::Stands(m_visit, 2));

@@ -62,8 +62,8 @@ private Q_SLOTS:
             // Rows that the server has refused have their turn with the next picture, or when the visit is stored.
             m_filing->WriteWaiting();
             return m_filing->Journal().Count() == 0 && m_filing->Journal().Deletions().isEmpty() &&
-                   m_filing->Journal().Pictures().isEmpty() && m_filing->IsAtRest() && m_movies->IsAtRest() &&
-                   m_filing->Marked().IsAtRest() && m_filing->Pictures().IsIdle();
+                   m_filing->Journal().Records().isEmpty() && m_filing->IsAtRest() && m_movies->IsAtRest() &&
+                   m_filing->Marked().IsAtRest() && m_filing->Stills().IsIdle();
         };
         QVERIFY2(QTest::qWaitFor(isAtRest, 20000), qPrintable(What()));
         End();
@@ -187,7 +187,7 @@ private:
     {
         m_box->FaultyFiles().Recover();
         Database(true);
-        if (!QTest::qWaitFor([this] { return m_filing->Pictures().IsIdle() && m_movies->IsAtRest(); }))
+        if (!QTest::qWaitFor([this] { return m_filing->Stills().IsIdle() && m_movies->IsAtRest(); }))
             return;
         const QString root = NativePath(m_box->Root()).chopped(1);
         const QString aside = root + u".aside"_s;
@@ -214,7 +214,7 @@ private:
                 Press();
             QTest::qWait(m_random.bounded(60));
         }
-        const auto isQuiet = [this] { return m_filing->Pictures().UnderWay() == 0 && m_filing->Pictures().IsIdle(); };
+        const auto isQuiet = [this] { return m_filing->Stills().UnderWay() == 0 && m_filing->Stills().IsIdle(); };
         QVERIFY(QTest::qWaitFor(isQuiet));
         QCOMPARE(names(), before);
         QDir(root).removeRecursively();
@@ -225,12 +225,12 @@ private:
     void Press()
     {
         const QByteArray content = "picture " + QByteArray::number(++m_content);
-        m_filing->Pictures().File({CurrentVisit(), PictureOrigin::Press, [content] { return content; },
-                                   [](const QByteArray&) {},
-                                   [this, content](int, const std::exception_ptr& fault) {
-                                       if (fault == nullptr)
-                                           m_kept.insert(content);
-                                   }});
+        m_filing->Stills().File({CurrentVisit(), PictureOrigin::Press, [content] { return content; },
+                                 [](const QByteArray&) {},
+                                 [this, content](int, const std::exception_ptr& fault) {
+                                     if (fault == nullptr)
+                                         m_kept.insert(content);
+                                 }});
     }
 
     void Delete(bool isWhole)
@@ -274,7 +274,7 @@ private:
     QString What() const
     {
         QStringList what{m_box->Names(u"2026"_s, VisitContext.Etc).join(u' ')};
-        for (const PictureRecord& picture : m_filing->Journal().Pictures())
+        for (const PictureRecord& picture : m_filing->Journal().Records())
             what << u"%1 number %2 state %3"_s.arg(picture.id).arg(picture.number).arg(int(picture.state));
         for (const DeletionJob& job : m_filing->Journal().Deletions())
             what << u"deletion of %1, planned %2"_s.arg(job.items.size()).arg(job.isPlanned);

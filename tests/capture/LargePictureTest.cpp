@@ -166,7 +166,7 @@ private Q_SLOTS:
         // One on this machine's own disk doesn't wait for it.
         opened->findChild<QToolButton*>(u"연결"_s)->click();
         opened->findChild<QToolButton*>(u"캡쳐"_s)->click();
-        QTRY_VERIFY(opened->Pictures(1).At(1, 1) != nullptr);
+        QTRY_VERIFY(opened->PicturesOf(1).At(1, 1) != nullptr);
         Lens(1, 1);
         QTRY_VERIFY(IsShown(u"2026-11-24 위내시경 대기 · 1/1"_s));
         QTRY_COMPARE(Canvas().Picture().size(), FakeVideoCap::Last()->frameSize);

@@ -44,9 +44,9 @@ int RunDyingStation(const QStringList& arguments)
     StillFiling filing([](const Visit&) { return std::optional(TypedNote{u"쓰던 글"_s, {}}); });
     StoppableShare::StopServer(server);
     for (const char* content : {"one", "two", "three"})
-        filing.Pictures().File({visit, PictureOrigin::Press, [content] { return QByteArray(content); },
-                                [](const QByteArray&) {}, [](int, std::exception_ptr) {}});
-    if (!QTest::qWaitFor([&] { return filing.Pictures().Waiting() == 3 && filing.Pictures().UnderWay() == 0; }, 20000))
+        filing.Stills().File({visit, PictureOrigin::Press, [content] { return QByteArray(content); },
+                              [](const QByteArray&) {}, [](int, std::exception_ptr) {}});
+    if (!QTest::qWaitFor([&] { return filing.Stills().Waiting() == 3 && filing.Stills().UnderWay() == 0; }, 20000))
         return 1;
     if (!diesMoving)
         std::raise(SIGKILL);

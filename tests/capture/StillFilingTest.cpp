@@ -50,16 +50,16 @@ void AwaitRest(const StillFiling& filing)
 Filed FileAndWait(StillFiling& filing, const Visit& visit, const QByteArray& content)
 {
     Filed filed;
-    filing.Pictures().File({visit, PictureOrigin::Press, [content] { return content; }, [](const QByteArray&) {},
-                            [&](int number, const std::exception_ptr& fault) {
-                                filed.number = number;
-                                try {
-                                    if (fault != nullptr)
-                                        std::rethrow_exception(fault);
-                                } catch (const PlatformError& error) {
-                                    filed.fault = error.Text();
-                                }
-                            }});
+    filing.Stills().File({visit, PictureOrigin::Press, [content] { return content; }, [](const QByteArray&) {},
+                          [&](int number, const std::exception_ptr& fault) {
+                              filed.number = number;
+                              try {
+                                  if (fault != nullptr)
+                                      std::rethrow_exception(fault);
+                              } catch (const PlatformError& error) {
+                                  filed.fault = error.Text();
+                              }
+                          }});
     AwaitRest(filing);
     filed.waits = filed.fault.isEmpty() && filing.Journal().HasAny(visit) &&
                   (filed.number == 0 || filing.Journal().Holds(visit, filed.number));
@@ -245,7 +245,7 @@ private Q_SLOTS:
 
         frmCapture& screen = OpenScreen();
         QTRY_COMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
-        QTRY_VERIFY(screen.Pictures(1).PlaceOf({{}, 3}));
+        QTRY_VERIFY(screen.PicturesOf(1).PlaceOf({{}, 3}));
         QTRY_VERIFY(!NumberClaim::Stands(visit, 3));
         QCOMPARE(box.Desk().shown, QStringList());
         QCOMPARE(box.Value(u"SELECT ca_chamgo AS v FROM ca"_s), u"쓰던 글"_s);
@@ -383,7 +383,7 @@ private Q_SLOTS:
 
         box.Desk().answers = {true};
         ChooseOver(1, 2, 1, u"그림지우기"_s);
-        QVERIFY(!screen.Pictures(1).PlaceOf({{}, 2}));
+        QVERIFY(!screen.PicturesOf(1).PlaceOf({{}, 2}));
         QCOMPARE(Mark(3), u"기록 대기"_s);
         QTRY_VERIFY(!NumberClaim::Stands(visit, 2));
         QVERIFY(FileExists(LogFolder(visit.captureDir, visit.etc) + u"0000123420261124002.jpg"_s));

@@ -97,7 +97,7 @@ private Q_SLOTS:
         }
         QVERIFY(m_box->Desk().shown.isEmpty());
         QVERIFY(IsYellow(LoadPicture(m_box->PicturePath(Earlier, Stomach, 2)), {300, 100}));
-        const Visit visit = *screen.Pictures(2).Shown();
+        const Visit visit = *screen.PicturesOf(2).Shown();
         QCOMPARE(Files().ReadFile(originals::PathOf(visit, 2)), stored);
         QVERIFY(FindForm(u"frmImgEdit"_s) == nullptr);
     }

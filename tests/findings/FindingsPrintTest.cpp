@@ -70,7 +70,7 @@ private Q_SLOTS:
             const QString text = handed.Text(index);
             QVERIFY2(text.contains(u"800101-1******") && text.contains(u"소견(gjpy) 26.") && !text.contains(u"02-123"),
                      qPrintable(text));
-            QCOMPARE(handed.Pictures(index).count(u"image"_s), 6);
+            QCOMPARE(handed.ImageList(index).count(u"image"_s), 6);
         }
         QCOMPARE(PdfPages(m_folder->path()).Files().size(), 0);
     }
@@ -97,7 +97,7 @@ private Q_SLOTS:
              {u"위내시경 소 견 서"_s, u"2026년 11월 24일"_s, u"00001234-01"_s, u"홍길동"_s, u"800101-1234567"_s,
               u"02-123-4567"_s, u"2026000001"_s, u"나누리"_s, u"나래의원"_s, u"소견(gjpy) 1."_s, u"20261124"_s})
             QVERIFY2(first.contains(part), qPrintable(part + u'\n' + first));
-        QCOMPARE(printed.Pictures(0).count(u"image"_s), 6);
+        QCOMPARE(printed.ImageList(0).count(u"image"_s), 6);
         // What hangs lowest in the last line keeps off the rule in row 41: at 144 dots, of ten twips each.
         const QImage paper = printed.Picture(0, 144).convertToFormat(QImage::Format_Grayscale8);
         const int rule = qRound(((16838 - 16243) / 2.0 + 41 * 16243.0 / 80) / 10);
@@ -109,7 +109,7 @@ private Q_SLOTS:
             QVERIFY(!second.contains(u"소견(gjpy) 1."_s) && !second.contains(u"비고 4."_s) &&
                     second.contains(u"홍길동"_s));
             QVERIFY(second.contains(u"Findings"_s) && !second.contains(u"캡쳐일자"_s));
-            QVERIFY(!printed.Pictures(1).contains(u"image  "_s));
+            QVERIFY(!printed.ImageList(1).contains(u"image  "_s));
         }
         QCOMPARE(FindingsInABox::Findings().Text(), QString());
         QCOMPARE(m_box->Value(u"SELECT caso_sogyon AS v FROM caso"_s), Lines(findings, u"소견(gjpy) "_s));

@@ -34,7 +34,7 @@ void ReadAnswer(const QCborMap& answer)
 {
     using peeranswers::Asked;
     for (const Asked asked : {Asked::Store, Asked::Report, Asked::Movie, Asked::Rejection, Asked::Find, Asked::Echo}) {
-        const QString reason = linkoutcomes::OfAnswer(answer, asked, DicomOutcome::Cut).reason;
+        const QString reason = linkoutcomes::OfAnswer(answer, asked, DicomOutcome::Broken).reason;
         if (reason.size() > 200 || reason.contains(u'\n'))
             __builtin_trap();
     }

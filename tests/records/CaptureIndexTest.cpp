@@ -77,7 +77,7 @@ private Q_SLOTS:
         for (int number = 1; number <= pictures; ++number)
             m_box->AddPicture(Day, Stomach, number);
         QCOMPARE(Fill(shown), pictures);
-        QCOMPARE(shown.Pictures().size(), pictures);
+        QCOMPARE(shown.All().size(), pictures);
         if (pictures > 0) {
             QVERIFY(HasPicture(*grid, lastColumn, lastRow));
             QCOMPARE(CellText(*grid, lastColumn, lastRow + 1), NumberTextOf(pictures));

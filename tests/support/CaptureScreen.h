@@ -54,7 +54,7 @@ inline frmCapture& OpenWithOneStill()
 inline QString Mark(int number)
 {
     fpSpread& grid = opened->sprCap(1);
-    const std::optional<QPoint> place = opened->Pictures(1).PlaceOf({{}, number});
+    const std::optional<QPoint> place = opened->PicturesOf(1).PlaceOf({{}, number});
     if (!place)
         return QStringLiteral("no picture");
     grid.setRow(place->y());

@@ -23,7 +23,7 @@ public:
         return QString::fromUtf8(Output(program, {Path(index)}));
     }
     /// The list of embedded pictures.
-    QString Pictures(int index) const
+    QString ImageList(int index) const
     {
         return QString::fromUtf8(Output(QStringLiteral("pdfimages"), {QStringLiteral("-list"), Path(index)}));
     }

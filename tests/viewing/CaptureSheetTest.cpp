@@ -40,7 +40,7 @@ private Q_SLOTS:
         const PdfPages pages(m_printed->path());
         QCOMPARE(pages.Files().size(), onPages.size());
         for (int page = 0; page < onPages.size(); ++page) {
-            QCOMPARE(pages.Pictures(page).count(u" image "_s), onPages[page]);
+            QCOMPARE(pages.ImageList(page).count(u" image "_s), onPages[page]);
             const QString text = pages.Text(page).simplified();
             const QStringList expected = {u"위내시경"_s,       u"F i n d i n g s"_s, u"2026년 11월 24일"_s,
                                           u"00001234-01"_s,    u"홍길동"_s,          u"46세"_s,
@@ -70,7 +70,7 @@ private Q_SLOTS:
         print->trigger();
         const PdfPages pages(m_printed->path());
         QCOMPARE(pages.Files().size(), 1);
-        QCOMPARE(pages.Pictures(0).count(u" image "_s), 2);
+        QCOMPARE(pages.ImageList(0).count(u" image "_s), 2);
         QVERIFY(pages.Text(0).contains(u"2025/03/01"_s));
         QVERIFY(pages.Text(0).contains(u"대장내시경"_s));
     }
@@ -87,7 +87,7 @@ private Q_SLOTS:
         DeleteFile(m_box->PicturePath(Day, Stomach, 3));
         screen.findChild<QToolButton*>(u"출력"_s)->click();
         const PdfPages pages(m_printed->path());
-        QCOMPARE(pages.Pictures(0).count(u" image "_s), 1);
+        QCOMPARE(pages.ImageList(0).count(u" image "_s), 1);
         QVERIFY(pages.Text(0).contains(u"0000123420261124001.jpg"_s));
         QVERIFY(pages.Text(0).contains(u"0000123420261124002.jpg"_s));
         QVERIFY(!pages.Text(0).contains(u"003.jpg"_s));
@@ -121,7 +121,7 @@ private:
     {
         CapShow& viewer = Form<CapShow>();
         viewer.Show();
-        Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.Pictures(), false); });
+        Guarded([&] { LoadCaptureList(CurrentVisit(), viewer.PicturesOfVisit(), false); });
         return viewer;
     }
 

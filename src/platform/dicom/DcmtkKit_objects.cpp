@@ -109,13 +109,13 @@ DicomOutcome DcmtkKit::Send(const Parcel& parcel, const std::stop_token& stop)
     const qint64 patienceMs = m_patience.answerSeconds * 1000LL + StoreGraceMs + bytes * 1000 / LeastSpeed;
     const LinkProcess::End end =
         m_link.Ask(RequestOfParcel(Request::Store, parcel), answer, MostPlain, patienceMs, stop);
-    DicomOutcome outcome = end == LinkProcess::End::Answered ? OfAnswer(answer, parcel.asked, DicomOutcome::Cut)
-                                                             : OfEnd(end, {DicomOutcome::Cut, BrokenText()});
+    DicomOutcome outcome = end == LinkProcess::End::Answered ? OfAnswer(answer, parcel.asked, DicomOutcome::Broken)
+                                                             : OfEnd(end, {DicomOutcome::Broken, BrokenText()});
     const bool isAccepted = outcome.kind == DicomOutcome::Accepted;
     outcome.isOtherSet = parcel.made.isOtherSet && isAccepted;
     if (isAccepted)
         outcome.stored = parcel.self;
-    if (outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Cut)
+    if (outcome.kind == DicomOutcome::Away || outcome.kind == DicomOutcome::Broken)
         Close();
     return outcome;
 }
@@ -221,10 +221,10 @@ DicomOutcome DcmtkKit::MakeObject(const QByteArray& content, const DicomPicture&
         m_link.Ask(RequestOfParcel(Request::Make, parcel), answer, MostMessage, MakingMs, stop);
     m_isOpen = m_isOpen && end == LinkProcess::End::Answered;
     if (end != LinkProcess::End::Answered)
-        return OfEnd(end, {DicomOutcome::Cut, u"DICOM 파일을 만들지 못했습니다.!!"_s});
+        return OfEnd(end, {DicomOutcome::Broken, u"DICOM 파일을 만들지 못했습니다.!!"_s});
     object = answer.value(ObjectKey).toByteArray();
     if (object.isEmpty())
-        return OfAnswer(answer, Asked::Store, DicomOutcome::Cut);
+        return OfAnswer(answer, Asked::Store, DicomOutcome::Broken);
     DicomOutcome outcome{DicomOutcome::Accepted};
     outcome.isOtherSet = parcel.made.isOtherSet;
     outcome.stored = parcel.self;

@@ -62,8 +62,8 @@ DicomOutcome DcmtkServices::Ask(const DicomPeer& peer, DicomService service, QCb
     const qint64 openMs = (m_patience.connectSeconds + 2 * m_patience.agreeSeconds) * 1000LL + linkoutcomes::GraceMs;
     const LinkProcess::End end = m_link.Ask(request, answer, MostPlain, openMs + patienceMs, stop);
     const DicomOutcome outcome = end == LinkProcess::End::Answered
-                                     ? linkoutcomes::OfAnswer(answer, peeranswers::Asked::Find, DicomOutcome::Cut)
-                                     : linkoutcomes::OfEnd(end, {DicomOutcome::Cut, linkoutcomes::BrokenText()});
+                                     ? linkoutcomes::OfAnswer(answer, peeranswers::Asked::Find, DicomOutcome::Broken)
+                                     : linkoutcomes::OfEnd(end, {DicomOutcome::Broken, linkoutcomes::BrokenText()});
     return OfServer(outcome, words);
 }
 

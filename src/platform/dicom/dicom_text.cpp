@@ -18,7 +18,7 @@ constexpr char BackToAscii[] = "\x1B(B";
 constexpr char16_t HangulFirst = u'\uAC00';
 constexpr char16_t HangulLast = u'\uD7A3';
 
-QString Cut(const QString& text, qsizetype longest)
+QString Shortened(const QString& text, qsizetype longest)
 {
     QString cut = text.left(longest);
     if (!cut.isEmpty() && cut.back().isHighSurrogate())
@@ -30,7 +30,7 @@ QString Replaced(const QString& text, const QRegularExpression& separators, qsiz
 {
     QString plain = text;
     plain.replace(separators, u" "_s);
-    return Cut(plain.simplified(), longest).trimmed();
+    return Shortened(plain.simplified(), longest).trimmed();
 }
 
 bool IsHangul(QChar letter)

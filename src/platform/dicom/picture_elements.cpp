@@ -58,7 +58,7 @@ void Fill(Dataset& data, const DicomPicture& picture, const DicomReference& self
 {
     const DicomPictureKind& kind = picture.study.kind;
     AddVisit(data, picture,
-             {self, DicomSeries::Pictures, WordOf(kind.modality), picture.takenAt,
+             {self, DicomSeries::Images, WordOf(kind.modality), picture.takenAt,
               picture.instance > 0 ? picture.instance : picture.number});
     AddRequest(data, picture);
     AddAcquisition(data, picture.takenAt);

@@ -113,7 +113,7 @@ void AddVisit(Dataset& data, const DicomPicture& facts, const ObjectHead& head)
     AddStudy(data, facts);
     AddStation(data, facts);
     // Of who examined: a document was written by somebody.
-    if (head.series == DicomSeries::Pictures || head.series == DicomSeries::Movies)
+    if (head.series == DicomSeries::Images || head.series == DicomSeries::Movies)
         data.Name(0x0008'1050, facts.doctor, facts.hasNameParts);
     data.Plain(0x0020'000e, "UI", SeriesUid(facts, head.series));
     data.Number(0x0020'0011, static_cast<int>(head.series) + 1, "IS");

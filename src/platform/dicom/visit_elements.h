@@ -17,7 +17,7 @@ struct ObjectElements
 struct ObjectHead
 {
     DicomReference self;
-    DicomSeries series = DicomSeries::Pictures;
+    DicomSeries series = DicomSeries::Images;
     QString modality;
     QDateTime at; ///< Of its content, local time.
     int instance = 1;

@@ -14,7 +14,7 @@ DicomSeries SeriesKindOf(const PacsEntry& entry)
 {
     if (parts::IsReport(entry.part))
         return DicomSeries::Reports;
-    return parts::IsMovie(entry.part) ? DicomSeries::Movies : DicomSeries::Pictures;
+    return parts::IsMovie(entry.part) ? DicomSeries::Movies : DicomSeries::Images;
 }
 
 } // namespace
@@ -32,7 +32,7 @@ QList<DicomPerformedSeries> SeriesOf(const QList<PacsEntry>& entries, DicomPictu
         const DicomSeries kind = SeriesKindOf(entry);
         DicomPerformedSeries& target = series[kind];
         target.uid = SeriesUid(facts, kind);
-        target.arePictures = kind == DicomSeries::Pictures || kind == DicomSeries::Movies;
+        target.arePictures = kind == DicomSeries::Images || kind == DicomSeries::Movies;
         if (!target.objects.contains(object))
             target.objects.append(object);
     };

@@ -430,19 +430,19 @@ private Q_SLOTS:
         QTest::newRow("is busy") << u"--reject transient"_s << QList<int>{Passing} << u"지금은"_s;
         QTest::newRow("takes no JPEG") << u"--refuse store"_s << QList<int>{Accepted, KindRefused}
                                        << u"받지 않습니다"_s;
-        QTest::newRow("breaks off") << u"--cut 1"_s << QList<int>{Accepted, Cut, Away} << u"연결되어 있지"_s;
-        QTest::newRow("takes without a word") << u"--unanswered 1"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("breaks off") << u"--cut 1"_s << QList<int>{Accepted, Broken, Away} << u"연결되어 있지"_s;
+        QTest::newRow("takes without a word") << u"--unanswered 1"_s << QList<int>{Accepted, Broken} << u"끊겼습니다"_s;
         QTest::newRow("silent from the start") << u"--silent connect"_s << QList<int>{Away} << u"응답하지 않습니다"_s;
         QTest::newRow("silent on the association")
             << u"--silent association"_s << QList<int>{Away} << u"응답하지 않습니다"_s;
         QTest::newRow("silent on an object")
-            << u"--silent 2"_s << QList<int>{Accepted, Accepted, Cut} << u"응답하지 않습니다"_s;
+            << u"--silent 2"_s << QList<int>{Accepted, Accepted, Broken} << u"응답하지 않습니다"_s;
         QTest::newRow("babbles") << u"--babble association"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
         QTest::newRow("a giant answer") << u"--babble giant"_s << QList<int>{Away} << u"연결할 수 없습니다"_s;
-        QTest::newRow("babbles on an object") << u"--babble store"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
-        QTest::newRow("a giant part") << u"--babble giant-store"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("babbles on an object") << u"--babble store"_s << QList<int>{Accepted, Broken} << u"끊겼습니다"_s;
+        QTest::newRow("a giant part") << u"--babble giant-store"_s << QList<int>{Accepted, Broken} << u"끊겼습니다"_s;
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // Their own maps know no limit of memory.
-        QTest::newRow("an endless part") << u"--babble fragments"_s << QList<int>{Accepted, Cut} << u"끊겼습니다"_s;
+        QTest::newRow("an endless part") << u"--babble fragments"_s << QList<int>{Accepted, Broken} << u"끊겼습니다"_s;
 #endif
     }
 

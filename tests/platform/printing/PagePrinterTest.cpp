@@ -160,7 +160,7 @@ private Q_SLOTS:
         m_canvas->myDrawBox(m_grid, 4, 2, 8, 69, 8, Printer());
         Printer().EndDoc();
         const PdfPages pages(m_folder->path());
-        QVERIFY2(pages.Pictures(0).contains(u"1920  1080"_s), qPrintable(pages.Pictures(0)));
+        QVERIFY2(pages.ImageList(0).contains(u"1920  1080"_s), qPrintable(pages.ImageList(0)));
         const QRect ink = InkTwips(pages.Picture(0, Dots));
         QVERIFY(qAbs(ink.width() * 9.0 / 16 - ink.height()) < 30);
         QVERIFY(qAbs(ink.width() - (m_grid.X[24] - m_grid.X[4])) < 30);

@@ -29,7 +29,7 @@ struct LinkAnswer
 class Association
 {
 public:
-    enum class Purpose { Pictures, Echo, Worklist, Steps, Commitment };
+    enum class Purpose { Objects, Echo, Worklist, Steps, Commitment };
 
     Association() = default;
     ~Association();

@@ -105,14 +105,14 @@ LinkAnswer Echo(const QCborMap& request)
 LinkAnswer Abilities(const QCborMap& request)
 {
     Association own;
-    return own.Open(request, Association::Purpose::Pictures);
+    return own.Open(request, Association::Purpose::Objects);
 }
 
 LinkAnswer Asked(Association& association, ReportListener& listener, const QCborMap& request, QCborMap& map)
 {
     switch (static_cast<Request>(request.value(RequestKey).toInteger(-1))) {
     case Request::Open:
-        return association.Open(request, Association::Purpose::Pictures);
+        return association.Open(request, Association::Purpose::Objects);
     case Request::Store:
         return association.Store(request);
     case Request::Find:
