@@ -43,6 +43,7 @@ public:
     SentSheet Send(const QString& printer, const QByteArray& pdf) override
     {
         const QMutexLocker lock(&m_mutex);
+        m_looks.release();
         if (!m_refusal.isEmpty())
             throw PlatformError(m_refusal);
         m_sent << printer + QString::fromUtf8(pdf);
@@ -215,6 +216,7 @@ private Q_SLOTS:
         QTRY_VERIFY2(told.contains(u"거절"_s) && told.contains(u"2장"_s), qPrintable(told));
         QCOMPARE(printers->Sent(), QStringList());
         queue.Redirect(u"Y"_s);
+        printers->AwaitLooks(2); // One of them begins behind that.
         printers->Set({}, {.trouble = u"멈춤"_s});
         QTRY_COMPARE(told, u"멈춤"_s);
         QCOMPARE(printers->Sent(), (QStringList{u"Y1"_s, u"Y2"_s}));
