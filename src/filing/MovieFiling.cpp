@@ -291,6 +291,9 @@ void MovieFiling::List(MovieJob& job)
     const QHash<QString, Holder> marks = RecordingMarks(visit);
     const bool anotherRecords = std::ranges::any_of(
         marks, [](Holder holder) { return holder == Holder::Living || holder == Holder::Elsewhere; });
+    // A folder that has gone meanwhile has told nothing of what lies in it.
+    if (!FileExists(RecordingPath(visit)))
+        throw FilesAway(u"저장 폴더가 응답하지 않습니다.!!"_s);
     if (anotherRecords)
         job.earlier.clear();
     job.isListed = true;
