@@ -17,6 +17,8 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <iterator>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -304,12 +306,13 @@ void StillFiling::WriteWaiting()
 
 void StillFiling::WriteLeft()
 {
-    m_files.Post([waiting = m_journal.Records(), self = QPointer(this)] {
+    // A list of its own: the journal's grows meanwhile.
+    std::vector<PictureRecord> waiting;
+    std::ranges::copy_if(m_journal.Records(), std::back_inserter(waiting), &PictureRecord::WantsRows);
+    m_files.Post([waiting = std::move(waiting), self = QPointer(this)] {
         QList<PictureRecord> gone;
         QStringList there;
         for (const PictureRecord& picture : waiting) {
-            if (!picture.WantsRows())
-                continue;
             // A journal of an earlier run may name a folder that can be none.
             journal::NotingFaults([&] {
                 if (!capture_root::IsGone(picture.visit.captureDir, picture.visit.PicturePath(picture.number)))

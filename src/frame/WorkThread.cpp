@@ -11,16 +11,26 @@
 #include <thread>
 
 namespace {
-std::mutex postedMutex;
-std::deque<std::function<void()>> posted;
+struct PostedWork
+{
+    std::mutex mutex;
+    std::deque<std::function<void()>> line;
+};
+
+/// Never destroyed: a thread that was left behind may still post while the process ends.
+PostedWork& Posted()
+{
+    static auto& posted = *new PostedWork;
+    return posted;
+}
 
 void DoPosted()
 {
     std::function<void()> work;
     {
-        const std::lock_guard lock(postedMutex);
-        work = std::move(posted.front());
-        posted.pop_front();
+        const std::lock_guard lock(Posted().mutex);
+        work = std::move(Posted().line.front());
+        Posted().line.pop_front();
     }
     work();
 }
@@ -140,7 +150,7 @@ bool WorkThread::End(int patienceMs, std::function<void()> last)
 
 void PostToScreen(std::function<void()> work)
 {
-    const std::lock_guard lock(postedMutex);
-    posted.push_back(std::move(work));
+    const std::lock_guard lock(Posted().mutex);
+    Posted().line.push_back(std::move(work));
     QMetaObject::invokeMethod(qApp, &DoPosted, Qt::QueuedConnection);
 }

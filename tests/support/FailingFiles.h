@@ -22,9 +22,10 @@ public:
     /// The operation of that kind that is the `countdown`th from now fails, and each after it while `lasting`.
     void FailAt(int countdown, bool lasting = false, Kind kind = Writes)
     {
-        m_countdown = countdown;
+        m_countdown = 0;
         m_lasting = lasting;
         m_kind = kind;
+        m_countdown = countdown;
     }
     void Recover() { m_countdown = 0; }
     std::atomic<qint64> freeBytes = -1; ///< What is told of the disk's room, unless it is below 0.
@@ -94,6 +95,6 @@ private:
     }
 
     mutable std::atomic<int> m_countdown = 0;
-    bool m_lasting = false;
-    Kind m_kind = Writes;
+    std::atomic<bool> m_lasting = false;
+    std::atomic<Kind> m_kind = Writes;
 };
