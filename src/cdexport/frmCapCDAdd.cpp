@@ -111,7 +111,7 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
     int column = 0;
     const QPointer<fpSpread> there(&grid);
     PlacePictures(there, fill, *batch, static_cast<int>(paths.size()), [&](int at, const QImage& picture) {
-        if (!PictureExists(paths[at]) || !there || !there->IsCurrentFill(fill))
+        if ((picture.isNull() && !PictureExists(paths[at])) || !there || !there->IsCurrentFill(fill))
             return;
         if (++column > grid.MaxCols()) {
             column = 1;

@@ -56,7 +56,8 @@ int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor
     int result = 0;
     const auto place = [&](int at, const QImage& picture) {
         result = numbers[at];
-        if (!PictureExists(paths[at]) || !there || !there->IsCurrentFill(fill))
+        // What could be read was there.
+        if ((picture.isNull() && !PictureExists(paths[at])) || !there || !there->IsCurrentFill(fill))
             return;
         const QPoint cell = pictures.Add({{{}, numbers[at]}, picture, {}});
         if (!keepCursor)
