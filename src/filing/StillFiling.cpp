@@ -243,7 +243,7 @@ void StillFiling::OwnNotes::Add(const Visit& visit, const NoteStored& stored)
 
 NoteStored StillFiling::StoreTyped(const Visit& visit, const TypedNote& note)
 {
-    const NoteStored stored = StoreNote(visit, note.text, m_ownNotes->Bases(visit, note), false);
+    NoteStored stored = StoreNote(visit, note.text, m_ownNotes->Bases(visit, note), false);
     if (stored.outcome != NoteStored::NoRow) {
         m_ownNotes->Add(visit, stored);
         m_journal.NoteIsStored(visit, note.text);

@@ -104,12 +104,12 @@ void frmCapSogyon::BuildButtons()
 
 void frmCapSogyon::BuildNotices()
 {
-    const int height = PixelsFromTwips(NoticeTwips);
+    constexpr int height = PixelsFromTwips(NoticeTwips);
     auto* notices = Named(new NoticeStrip(this), u"notices"_s, u"알림"_s, QRect(0, this->height(), width(), height));
     connect(notices, &NoticeStrip::Cancelled, this, [] { waiting::Cancel(); });
     // It covers none of the texts: the screen grows by it.
     connect(notices, &NoticeStrip::Shown, this,
-            [this, notices, height](bool shown) { setFixedHeight(notices->y() + (shown ? height : 0)); });
+            [this, notices](bool shown) { setFixedHeight(notices->y() + (shown ? height : 0)); });
 }
 
 void frmCapSogyon::Form_Load()
