@@ -31,11 +31,10 @@ bool PutItems(DcmItem& target, const DcmTag& tag, const QCborArray& items, int d
 {
     if (depth >= DeepestItem || target.insertEmptyElement(tag).bad())
         return false;
-    for (qsizetype at = 0; at < items.size(); ++at) {
+    for (const auto& elements : items) {
         DcmItem* item = nullptr;
         constexpr long Append = -2;
-        if (target.findOrCreateSequenceItem(tag, item, Append).bad() ||
-            !PutAll(*item, items.at(at).toArray(), depth + 1))
+        if (target.findOrCreateSequenceItem(tag, item, Append).bad() || !PutAll(*item, elements.toArray(), depth + 1))
             return false;
     }
     return true;

@@ -182,8 +182,9 @@ bool confinement::ShutIn(pid_t program)
 bool confinement::ShutInProgram(int program, int input)
 {
     Dl_info loader = {};
-    if (!kernelconfinement::CanConfinePrograms() || !LoseNoMore() ||
-        dladdr(reinterpret_cast<const void*>(getauxval(AT_BASE)), &loader) == 0)
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the kernel tells addresses as numbers.
+    const void* base = reinterpret_cast<const void*>(getauxval(AT_BASE));
+    if (!kernelconfinement::CanConfinePrograms() || !LoseNoMore() || dladdr(base, &loader) == 0)
         return false;
     constexpr std::uint64_t Execute = LANDLOCK_ACCESS_FS_EXECUTE | LANDLOCK_ACCESS_FS_READ_FILE;
     FileRules files;
