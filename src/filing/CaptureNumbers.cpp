@@ -38,7 +38,7 @@ std::optional<int> CaptureNumbers::Question::Await(int patienceMs)
 
 CaptureNumbers::QuestionPointer CaptureNumbers::Ask(const Visit& visit)
 {
-    const auto question = std::make_shared<Question>();
+    auto question = std::make_shared<Question>();
     const auto ask = [question, visit] {
         try {
             question->Answer(::NextCaptureNo(visit));

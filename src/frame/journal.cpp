@@ -30,7 +30,7 @@ QString OneLine(QString text)
 }
 
 /// The file that an operator chose may be called after the patient.
-QString WithoutForeignPaths(QString text, const QString& captureRoot)
+QString WithoutForeignPaths(const QString& text, const QString& captureRoot)
 {
     static const QRegularExpression path(uR"((?<![\w/])/[^():\n]+)"_s, QRegularExpression::UseUnicodePropertiesOption);
     QString kept;

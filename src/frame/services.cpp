@@ -85,7 +85,7 @@ void DeleteFile(const QString& path)
 
 QByteArray ReadListFile(const QString& path)
 {
-    const QByteArray content = Files().ReadArchivedPiece(path, 0, LargestListBytes + 1);
+    QByteArray content = Files().ReadArchivedPiece(path, 0, LargestListBytes + 1);
     if (content.size() > LargestListBytes)
         throw PlatformError(QStringLiteral("목록이라기에는 너무 큰 파일입니다.!! (%1)").arg(NativePath(path)));
     return content;

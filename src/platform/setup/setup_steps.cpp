@@ -54,7 +54,7 @@ QByteArray setup_steps::ReadSmallFile(const QString& path)
     if (file.exists() && !file.isFile())
         throw PlatformError(u"보통 파일이 아니어서 읽지 않습니다.!! (%1)"_s.arg(file.filePath()));
     const QString place = file.exists() ? file.canonicalFilePath() : path;
-    const QByteArray content = Files().ReadArchivedPiece(place, 0, MostBytes + 1);
+    QByteArray content = Files().ReadArchivedPiece(place, 0, MostBytes + 1);
     if (content.size() > MostBytes)
         throw PlatformError(u"파일이 너무 커서 읽지 않습니다.!! 1MB까지입니다. (%1)"_s.arg(file.filePath()));
     return content;
