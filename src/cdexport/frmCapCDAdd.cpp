@@ -109,10 +109,7 @@ void frmCapCDAdd::FillImages(const QStringList& paths)
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, grid.CellPixels(1, 1));
     int row = 1;
     int column = 0;
-    const QPointer<fpSpread> there(&grid);
-    PlacePictures(there, fill, *batch, static_cast<int>(paths.size()), [&](int at, const QImage& picture) {
-        if ((picture.isNull() && !PictureExists(paths[at])) || !there || !there->IsCurrentFill(fill))
-            return;
+    PlacePictures(&grid, fill, *batch, paths, [&](int at, const QImage& picture) {
         if (++column > grid.MaxCols()) {
             column = 1;
             ++row;

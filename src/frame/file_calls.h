@@ -39,21 +39,7 @@ bool AnyHeld();
 /// Waits in the same way for what a call that was made elsewhere brings. Throws FilesAway.
 void AwaitUntil(const std::function<bool()>& done);
 
-/// The same for a call with a result.
-template <class Call>
-std::invoke_result_t<Call> Ask(Call call)
-{
-    using Result = std::invoke_result_t<Call>;
-    if constexpr (std::is_void_v<Result>) {
-        Await(std::move(call));
-    } else {
-        const auto result = std::make_shared<std::unique_ptr<Result>>();
-        Await([result, call = std::move(call)] { *result = std::make_unique<Result>(call()); });
-        return std::move(**result);
-    }
-}
-
-/// The same for one with a result.
+/// One that is begun and has a result.
 template <class Result>
 class BegunAsk
 {
@@ -73,5 +59,16 @@ private:
     const std::shared_ptr<std::unique_ptr<Result>> m_result = std::make_shared<std::unique_ptr<Result>>();
     Begun m_call;
 };
+
+/// `Await` for a call with a result.
+template <class Call>
+std::invoke_result_t<Call> Ask(Call call)
+{
+    using Result = std::invoke_result_t<Call>;
+    if constexpr (std::is_void_v<Result>)
+        Await(std::move(call));
+    else
+        return BegunAsk<Result>(std::move(call)).Take();
+}
 
 } // namespace filecalls

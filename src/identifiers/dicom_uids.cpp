@@ -39,10 +39,19 @@ QString DecimalOf(const QUuid& uuid)
     return digits;
 }
 
+QString Uid(const QString& root, const QUuid& uuid)
+{
+    return (root.isEmpty() ? u"2.25"_s : root) + u'.' + DecimalOf(uuid);
+}
+
 QString Uid(const DicomPicture& picture, const QStringList& fields)
 {
-    const QString root = picture.identity.uidRoot.isEmpty() ? u"2.25"_s : picture.identity.uidRoot;
-    return root + u'.' + DecimalOf(QUuid::createUuidV5(StationNames, fields.join(Between)));
+    return Uid(picture.identity.uidRoot, QUuid::createUuidV5(StationNames, fields.join(Between)));
+}
+
+QString HashOf(const QByteArray& content)
+{
+    return QString::fromLatin1(QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex());
 }
 
 QStringList StudyFields(const DicomPicture& picture)
@@ -67,9 +76,8 @@ QString SeriesUid(const DicomPicture& picture, DicomSeries series)
 
 QString InstanceUid(const DicomPicture& picture, const QByteArray& content)
 {
-    const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex();
     QStringList fields = StudyFields(picture);
-    fields << u"instance"_s << QString::number(picture.number) << QString::fromLatin1(hash);
+    fields << u"instance"_s << QString::number(picture.number) << HashOf(content);
     if (picture.restorings > 0)
         fields << QString::number(picture.restorings);
     return Uid(picture, fields);
@@ -77,9 +85,8 @@ QString InstanceUid(const DicomPicture& picture, const QByteArray& content)
 
 QString InstanceUid(const DicomPicture& facts, DicomSeries series, const QByteArray& content)
 {
-    const QByteArray hash = QCryptographicHash::hash(content, QCryptographicHash::Blake2b_256).toHex();
     return Uid(facts, StudyFields(facts) << SeriesNames.at(static_cast<std::size_t>(series)) << u"instance"_s
-                                         << QString::fromLatin1(hash));
+                                         << HashOf(content));
 }
 
 int InstanceOfMarking(int number, int times)
@@ -121,7 +128,7 @@ std::optional<DicomModality> ModalityOf(const QString& word)
 
 QString NewUid(const QString& root)
 {
-    return (root.isEmpty() ? u"2.25"_s : root) + u'.' + DecimalOf(QUuid::createUuid());
+    return Uid(root, QUuid::createUuid());
 }
 
 bool IsUid(const QString& uid)

@@ -53,24 +53,19 @@ int LoadCaptureList(const Visit& visit, VisitPictures& pictures, bool keepCursor
     const QSize room = grid.CellPixels(PictureColumns(pictures.Layout()).first(), 1);
     const std::unique_ptr<PictureBatch> batch = Pictures().LoadAll(paths, room);
 
-    int result = 0;
     const auto place = [&](int at, const QImage& picture) {
-        result = numbers[at];
-        // What could be read was there.
-        if ((picture.isNull() && !PictureExists(paths[at])) || !there || !there->IsCurrentFill(fill))
-            return;
         const QPoint cell = pictures.Add({{{}, numbers[at]}, picture, {}});
         if (!keepCursor)
             grid.SetActiveCell(1, cell.y());
     };
-    PlacePictures(there, fill, *batch, static_cast<int>(numbers.size()), place, [&] {
+    const int placed = PlacePictures(there, fill, *batch, paths, place, [&] {
         // What is empty shows its beginning.
         if (pictures.All().isEmpty())
             grid.SetActiveCell(1, 1);
         if (filled)
             filled();
     });
-    return result;
+    return placed > 0 ? numbers[placed - 1] : 0;
 }
 
 void LoadCaptureNote(const Visit& visit, NoteBox& box)

@@ -29,9 +29,10 @@ QString CellText(fpSpread& grid, int column, int row)
     return Trim(grid.TextAt(column, row));
 }
 
-void PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, int count,
-                   const std::function<void(int at, const QImage& picture)>& place, const std::function<void()>& filled)
+int PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch, const QStringList& paths,
+                  const std::function<void(int at, const QImage& picture)>& place, const std::function<void()>& filled)
 {
+    const auto count = static_cast<int>(paths.size());
     int next = 0;
     bool isDone = false;
     bool isPlacing = false;
@@ -45,7 +46,10 @@ void PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch
         try {
             while (!isOver() && next < count && (isLost || batch.IsReady(next))) {
                 const int at = next++;
-                place(at, std::exchange(isLost, false) ? QImage() : batch.Take(at));
+                const QImage picture = std::exchange(isLost, false) ? QImage() : batch.Take(at);
+                // What could be read was there.
+                if ((!picture.isNull() || PictureExists(paths[at])) && !isOver())
+                    place(at, picture);
             }
             if (!isOver() && next == count) {
                 isDone = true;
@@ -71,6 +75,7 @@ void PlacePictures(const QPointer<fpSpread>& grid, int fill, PictureBatch& batch
         step(!goesOn());
     }
     guard::Rethrow(fault);
+    return next;
 }
 
 void ShowPicture(fpSpread& grid, int row, int column, const QImage& picture)

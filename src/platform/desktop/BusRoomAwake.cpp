@@ -141,12 +141,12 @@ struct BusRoomAwake::Buses
     }
 };
 
-BusRoomAwake::BusRoomAwake(int patienceMs) : m_patienceMs(patienceMs), m_buses(std::make_shared<Buses>(patienceMs)) {}
+BusRoomAwake::BusRoomAwake(int patienceMs) : m_buses(std::make_shared<Buses>(patienceMs)) {}
 
 BusRoomAwake::~BusRoomAwake()
 {
     // Both buses and both services, and one of them once more.
-    m_worker.End(5 * m_patienceMs, [buses = m_buses] { buses->Release(); });
+    m_worker.End(5 * m_buses->patienceMs, [buses = m_buses] { buses->Release(); });
 }
 
 void BusRoomAwake::Keep()

@@ -26,7 +26,6 @@ private Q_SLOTS:
 private:
     struct Buses;
 
-    const int m_patienceMs;
     bool m_isKept = false;
     const std::shared_ptr<Buses> m_buses; ///< The worker's.
     WorkThread m_worker;

@@ -3,6 +3,8 @@
 #include <gst/gst.h>
 #include <gst/video/video.h>
 
+#include <QSize>
+
 #include <memory>
 
 struct GstReleaser
@@ -48,3 +50,7 @@ private:
 /// What the caps of a sample say, without rate and interlacing: the converters refuse frames that differ in these,
 /// and every frame is taken as a whole here. False for caps that aren't raw video.
 bool VideoInfoOf(GstSample* sample, GstVideoInfo& info);
+/// Such an info for frames that are made here.
+GstVideoInfo VideoInfoOf(GstVideoFormat format, QSize size);
+/// Of the same content at another size.
+GstVideoInfo VideoInfoAt(const GstVideoInfo& info, QSize size);

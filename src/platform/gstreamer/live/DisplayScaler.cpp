@@ -12,8 +12,8 @@ bool CanBeHalved(const GstVideoInfo& info, QSize wanted)
     const GstVideoFormat format = GST_VIDEO_INFO_FORMAT(&info);
     const bool isPlanar = format == GST_VIDEO_FORMAT_I420 || format == GST_VIDEO_FORMAT_YV12 ||
                           format == GST_VIDEO_FORMAT_Y42B || format == GST_VIDEO_FORMAT_Y444;
-    return isPlanar && !GST_VIDEO_INFO_IS_INTERLACED(&info) && info.width % Multiple == 0 &&
-           info.height % Multiple == 0 && info.width >= 2 * wanted.width() && info.height >= 2 * wanted.height();
+    return isPlanar && info.width % Multiple == 0 && info.height % Multiple == 0 && info.width >= 2 * wanted.width() &&
+           info.height >= 2 * wanted.height();
 }
 
 /// The average of each four pixels. Two of them are one word, so that the compiler makes vectors of it.
@@ -115,37 +115,24 @@ bool DisplayScaler::Prepare(GstSample* sample, QSize area)
     };
     // Shrinking each plane as it is and then converting the few pixels that are left costs a quarter of doing both
     // at once, which unpacks every pixel of the full frame.
-    gst_video_info_set_format(&m_smallInfo, GST_VIDEO_INFO_FORMAT(&m_frameInfo), guint(m_size.width()),
-                              guint(m_size.height()));
-    m_smallInfo.colorimetry = m_frameInfo.colorimetry;
-    m_smallInfo.chroma_site = m_frameInfo.chroma_site;
-    m_smallInfo.fps_n = 0;
-    m_smallInfo.fps_d = 1;
+    m_smallInfo = VideoInfoAt(m_frameInfo, m_size);
     m_half.reset();
     if (m_size != QSize(m_frameInfo.width, m_frameInfo.height)) {
-        GstVideoInfo wide = m_frameInfo;
         // The resampler looks at seven pixels in each direction where the frame is three times too large, and takes
         // half of all that a live picture costs.
-        if (CanBeHalved(m_frameInfo, m_size)) {
-            gst_video_info_set_format(&m_halfInfo, GST_VIDEO_INFO_FORMAT(&m_frameInfo), guint(m_frameInfo.width / 2),
-                                      guint(m_frameInfo.height / 2));
-            m_halfInfo.colorimetry = m_frameInfo.colorimetry;
-            m_halfInfo.chroma_site = m_frameInfo.chroma_site;
-            m_halfInfo.fps_n = m_frameInfo.fps_n;
-            m_halfInfo.fps_d = m_frameInfo.fps_d;
+        const bool isHalved = CanBeHalved(m_frameInfo, m_size);
+        if (isHalved) {
+            m_halfInfo = VideoInfoAt(m_frameInfo, QSize(m_frameInfo.width, m_frameInfo.height) / 2);
             m_half.reset(gst_buffer_new_allocate(nullptr, m_halfInfo.size, nullptr));
             if (!m_half)
                 return false;
-            wide = m_halfInfo;
         }
-        m_shrink.reset(gst_video_converter_new(&wide, &m_smallInfo, options()));
+        m_shrink.reset(gst_video_converter_new(isHalved ? &m_halfInfo : &m_frameInfo, &m_smallInfo, options()));
         m_small.reset(gst_buffer_new_allocate(nullptr, m_smallInfo.size, nullptr));
         if (!m_shrink || !m_small)
             return false;
     }
-    gst_video_info_set_format(&m_imageInfo, GST_VIDEO_FORMAT_BGRx, guint(m_size.width()), guint(m_size.height()));
-    m_imageInfo.fps_n = 0;
-    m_imageInfo.fps_d = 1;
+    m_imageInfo = VideoInfoOf(GST_VIDEO_FORMAT_BGRx, m_size);
     m_colour.reset(gst_video_converter_new(&m_smallInfo, &m_imageInfo, options()));
     return m_colour != nullptr;
 }

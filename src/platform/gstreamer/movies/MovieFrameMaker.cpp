@@ -13,15 +13,6 @@ using namespace Qt::StringLiterals;
 namespace {
 constexpr int MovieQuality = 85;
 
-GstVideoInfo InfoOf(GstVideoFormat format, QSize size)
-{
-    GstVideoInfo info;
-    gst_video_info_set_format(&info, format, guint(size.width()), guint(size.height()));
-    info.fps_n = 0;
-    info.fps_d = 1;
-    return info;
-}
-
 GstStructure* Options(QRect place)
 {
     return gst_structure_new("options", GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
@@ -34,7 +25,7 @@ GstStructure* Options(QRect place)
 } // namespace
 
 MovieFrameMaker::MovieFrameMaker(QSize size)
-    : m_size(size), m_movieInfo(InfoOf(GST_VIDEO_FORMAT_I420, size)), m_encoder(tjInitCompress())
+    : m_size(size), m_movieInfo(VideoInfoOf(GST_VIDEO_FORMAT_I420, size)), m_encoder(tjInitCompress())
 {
 }
 
@@ -57,9 +48,7 @@ bool MovieFrameMaker::Prepare(GstSample* sample)
     QSize small = ShapeOf(m_frameInfo).scaled(m_size, Qt::KeepAspectRatio);
     small = QSize(qMax(2, small.width() & ~1), qMax(2, small.height() & ~1));
     QRect place(QPoint((m_size.width() - small.width()) / 2 & ~1, (m_size.height() - small.height()) / 2 & ~1), small);
-    m_smallInfo = InfoOf(GST_VIDEO_INFO_FORMAT(&m_frameInfo), small);
-    m_smallInfo.colorimetry = m_frameInfo.colorimetry;
-    m_smallInfo.chroma_site = m_frameInfo.chroma_site;
+    m_smallInfo = VideoInfoAt(m_frameInfo, small);
     // What a JPEG file holds is BT.601 of the full range. The converter leaves the range of YUV frames as it is.
     m_isLimited = m_frameInfo.colorimetry.range != GST_VIDEO_COLOR_RANGE_0_255 || GST_VIDEO_INFO_IS_RGB(&m_frameInfo);
     gst_video_colorimetry_from_string(&m_movieInfo.colorimetry, m_isLimited ? "2:4:0:0" : "1:4:0:0");
