@@ -10,7 +10,6 @@
 
 #include <QBuffer>
 #include <QImageWriter>
-#include <QTimer>
 #include <QToolButton>
 
 using namespace Qt::StringLiterals;
@@ -87,18 +86,11 @@ int BenchBombs()
     }
     const double before = ResidentMb();
     ForgetPeak();
-    QTimer beat;
-    double last = NowMs();
-    double longestGap = 0;
-    QObject::connect(&beat, &QTimer::timeout, &screen, [&] {
-        longestGap = qMax(longestGap, NowMs() - last);
-        last = NowMs();
-    });
-    beat.start(0);
+    Heartbeat heart;
     const double start = NowMs();
     LoadCaptureList(CurrentVisit(), screen.PicturesOf(1), false);
     PrintFigure(u"30 of them as thumbnails"_s, u"%1 ms"_s.arg(NowMs() - start, 0, 'f', 0));
     PrintLimited(u"  memory more"_s, PeakMb() - before, u"MB"_s, 300);
-    PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(longestGap, 0, 'f', 1));
+    PrintFigure(u"  longest time without events served"_s, u"%1 ms"_s.arg(heart.LongestMs(), 0, 'f', 1));
     return 0;
 }

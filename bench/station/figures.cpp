@@ -131,13 +131,16 @@ double NowMs()
 Heartbeat::Heartbeat()
 {
     m_timer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] {
-        const double now = NowMs();
-        m_longest = qMax(m_longest, now - m_last);
-        m_last = now;
-    });
+    QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { Beat(); });
     m_timer.start(1);
     Forget();
+}
+
+void Heartbeat::Beat()
+{
+    const double now = NowMs();
+    m_longest = qMax(m_longest, now - m_last);
+    m_last = now;
 }
 
 void Heartbeat::Forget()

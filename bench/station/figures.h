@@ -51,6 +51,8 @@ class Heartbeat
 public:
     Heartbeat();
     void Forget();
+    /// As its timer does; for the pause that hasn't ended.
+    void Beat();
     /// The longest pause since then, in milliseconds.
     double LongestMs() const { return m_longest; }
 

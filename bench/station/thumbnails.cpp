@@ -10,7 +10,6 @@
 #include "support/StationInABox.h"
 
 #include <QImageReader>
-#include <QTimer>
 
 using namespace Qt::StringLiterals;
 
@@ -66,25 +65,18 @@ int BenchThumbnails()
             return 1;
         singles << NowMs() - start;
 
-        QTimer beat;
-        double last = NowMs();
+        Heartbeat heart;
         double first = 0;
-        start = last;
-        QObject::connect(&beat, &QTimer::timeout, grid.get(), [&] {
-            longestGap = qMax(longestGap, NowMs() - last);
-            last = NowMs();
-        });
+        start = NowMs();
         const auto placed = QObject::connect(grid.get(), &fpSpread::CellsChanged, grid.get(), [&] {
             if (first == 0 && grid->DataRowCnt() > 0)
                 first = NowMs() - start;
         });
-        // One that fires whenever nothing else is to be done would take a core from the decoders.
-        beat.setTimerType(Qt::PreciseTimer);
-        beat.start(1);
         LoadCaptureList(VisitOf(VisitContext.Chart, {}, ymd, etc), pictures, false);
         grid->repaint();
         fills << NowMs() - start;
-        longestGap = qMax(longestGap, NowMs() - last);
+        heart.Beat();
+        longestGap = qMax(longestGap, heart.LongestMs());
         QObject::disconnect(placed);
         firsts << first;
         if (grid->DataRowCnt() != 20)
