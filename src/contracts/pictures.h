@@ -66,11 +66,12 @@ public:
     /// The picture scaled to fit into `room` with its shape kept, never enlarged; null when it can't be read. Much
     /// faster than the full one.
     virtual QImage LoadWithin(const QString& path, QSize room) = 0;
-    /// The picture at the smallest scale at which it still fills `room`, so less than twice as large; never enlarged.
+    /// The picture at the smallest scale of its decoder at which it still fills `room`, so less than twice as large;
+    /// never enlarged.
     virtual QImage LoadToPrint(const QString& path, QSize room) = 0;
     /// Several pictures, each to fit into `room`.
     virtual std::unique_ptr<PictureBatch> LoadAll(const QStringList& paths, QSize room) = 0;
-    /// Several pictures, each as `LoadToPrint` gives it; no more than two lie decoded before they are taken.
+    /// Several pictures, each as `LoadToPrint` gives it; a few lie decoded before they are taken.
     virtual std::unique_ptr<PictureBatch> LoadAllToPrint(const QStringList& paths, QSize room) = 0;
     /// The picture of a file that is still in memory, decoded like one of a list while the caller goes on.
     virtual std::unique_ptr<PictureBatch> LoadContent(const QByteArray& content, QSize room) = 0;

@@ -75,10 +75,10 @@ public:
                });
     }
 
-    jpegfile::Decoded Read(int divisor)
+    jpegfile::Decoded Read(int eighths)
     {
-        m_info.scale_num = 1;
-        m_info.scale_denom = static_cast<unsigned>(divisor);
+        m_info.scale_num = static_cast<unsigned>(eighths);
+        m_info.scale_denom = jpegfile::FullScale;
         m_info.out_color_space = m_info.num_components == CmykComponents ? JCS_CMYK : PixelWords;
         if (!Run([](Decoder& self) { jpeg_start_decompress(&self.m_info); }))
             return {};
@@ -227,10 +227,10 @@ jpegfile::Layout jpegfile::LayoutOf(const QByteArray& content)
     return layout;
 }
 
-jpegfile::Decoded jpegfile::Decode(const QByteArray& content, int divisor)
+jpegfile::Decoded jpegfile::Decode(const QByteArray& content, int eighths)
 {
     Decoder decoder(content);
-    return decoder.ReadHeader() ? decoder.Read(divisor) : Decoded();
+    return decoder.ReadHeader() ? decoder.Read(eighths) : Decoded();
 }
 
 QByteArray jpegfile::Encode(const QImage& picture, int quality)

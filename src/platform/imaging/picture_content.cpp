@@ -66,19 +66,21 @@ QSize LeastSize(const Header& header, const Wish& wish)
     return FittedSize(header.size, turned ? wish.room.transposed() : wish.room);
 }
 
-/// The largest scale of the decoder that doesn't fall below `least`. Three eighths would cost more than one half, so
-/// only whole divisors count.
-int DivisorFor(const Header& header, QSize least)
+/// The smallest scale of the decoder that doesn't fall below `least`, in eighths. Others than whole divisors take
+/// longer than the full picture does: three eighths are never worth it, five are where an encoder comes behind.
+int EighthsFor(const Header& header, QSize least, Fit fit)
 {
-    int divisor = 1;
+    int largest = jpegfile::FullScale;
     if (header.IsReduced())
-        divisor = header.Pixels() / 4 * header.pixelBytes <= picturelimits::LargestInStation ? 2 : 4;
-    for (const int each : {8, 4, 2}) {
+        largest = header.Pixels() / 4 * header.pixelBytes <= picturelimits::LargestInStation ? 4 : 2;
+    for (const int each : {1, 2, 4, 5}) {
         // Rounded down, as the last pixel of the rounded-up size is only partly there.
-        if (header.size.width() / each >= least.width() && header.size.height() / each >= least.height())
-            return qMax(divisor, each);
+        const QSize scaled(header.size.width() * each / jpegfile::FullScale,
+                           header.size.height() * each / jpegfile::FullScale);
+        if ((each < 5 || fit == Fit::AtLeast) && scaled.width() >= least.width() && scaled.height() >= least.height())
+            return qMin(largest, each);
     }
-    return divisor;
+    return largest;
 }
 
 QImage DecodeOther(const QByteArray& content)
@@ -155,7 +157,7 @@ picturecontent::Decoded picturecontent::Decode(const Header& header, const QByte
     const QSize least = LeastSize(header, wish);
     Decoded decoded;
     if (header.IsJpeg()) {
-        const jpegfile::Decoded jpeg = jpegfile::Decode(content, DivisorFor(header, least));
+        const jpegfile::Decoded jpeg = jpegfile::Decode(content, EighthsFor(header, least, wish.fit));
         decoded = {jpeg.picture, jpeg.cut};
     } else {
         decoded.picture = DecodeOther(content);

@@ -65,7 +65,7 @@ std::optional<UprightJpeg> MakeUpright(int descriptor)
     if (header->IsTooLarge())
         return UprightJpeg{.size = header->size, .large = true};
     // The lowest scale costs little more than reading the bits, and tells whether they are all there.
-    constexpr int LowestScale = 8;
+    constexpr int LowestScale = 1;
     const jpegfile::Decoded low = jpegfile::Decode(file.Content(), LowestScale);
     if (low.picture.isNull())
         return {};
