@@ -105,6 +105,10 @@ struct StillFiles::Placing
     /// What the encoder gave. Unknown for one that an earlier run has left without it.
     std::shared_future<PictureSum> sum = sumTaken.get_future().share();
 
+    // The encoder's thread alone.
+    QByteArray encoded = {};
+    std::exception_ptr encodingFault = {};
+
     // The screen's thread alone.
     QByteArray content = {}; ///< Empty when it has to be read from the local disk.
     enum Local { Pending, Kept, Failed };
@@ -160,7 +164,9 @@ void StillFiles::End()
 {
     m_patience.stop();
     m_retry.stop();
-    // Its work calls the members of this, and comes to an end whatever the share does.
+    // What was pressed is encoded yet, and goes to the local disk at least. Its work calls the members of this, and
+    // comes to an end whatever the share does.
+    m_encoder.AwaitIdle(LongestEncodingMs);
     m_encoder.End(LongestEncodingMs);
     // Claims whose rows are in; a share that answers takes no time for them.
     m_share.AwaitIdle(IsShareAway() ? 0 : SharePatienceMs);
@@ -202,12 +208,13 @@ QString StillFiles::File(const Picture& picture)
     still->id = QUuid::createUuid().toString(QUuid::Id128);
     still->visit = picture.visit;
     still->picture = picture;
-    still->picture.encode = nullptr;
+    // It takes longest: what else is begun here runs beside it.
+    Encode(still, std::exchange(still->picture.encode, nullptr));
     m_journal.ClaimsIn({picture.visit.captureDir, picture.visit.etc});
     const std::optional<TypedNote> note = m_note(picture.visit);
     if (note)
         m_journal.setNote(picture.visit, *note);
-    // On the disk before the picture is, while that is being encoded.
+    // On the disk before the picture is.
     m_journal.Add({.id = still->id,
                    .visit = picture.visit,
                    .origin = picture.origin,
@@ -216,26 +223,35 @@ QString StillFiles::File(const Picture& picture)
                    .detail = picture.detail});
     still->question = m_numbers->Ask(picture.visit);
     m_road.append(still);
-    Encode(still, picture.encode);
+    HandOverEncoded(still);
     return still->id;
 }
 
-void StillFiles::Encode(const PlacingPointer& still, const std::function<QByteArray()>& encode)
+void StillFiles::Encode(const PlacingPointer& still, std::function<QByteArray()> encode)
+{
+    m_encoder.Post([still, encode = std::move(encode)]() mutable {
+        try {
+            still->encoded = encode();
+        } catch (...) {
+            still->encodingFault = std::current_exception();
+        }
+        // The frame goes back to its device from here.
+        encode = nullptr;
+    });
+}
+
+void StillFiles::HandOverEncoded(const PlacingPointer& still)
 {
     still->isAtShare = true;
-    m_encoder.Post([this, still, encode = std::function(encode), self = m_self]() mutable {
-        QByteArray content;
-        try {
-            content = encode();
-        } catch (...) {
-            PostToScreen([self, still, fault = std::current_exception()] {
+    m_encoder.Post([this, still, self = m_self] {
+        if (still->encodingFault != nullptr) {
+            PostToScreen([self, still, fault = std::exchange(still->encodingFault, nullptr)] {
                 if (self)
                     self->Refuse(still, fault);
             });
             return;
         }
-        // The frame goes back to its device from here.
-        encode = nullptr;
+        const QByteArray content = std::exchange(still->encoded, {});
         PostToScreen([self, still, content] {
             if (self)
                 self->AnswerEncoded(still, content);

@@ -103,7 +103,8 @@ private:
     static void ThrowAway(const Placing& still, int number, CaptureNumbers& numbers);
     static Placed PlaceFile(const Placing& still, const QByteArray& content, CaptureNumbers& numbers);
 
-    void Encode(const PlacingPointer& still, const std::function<QByteArray()>& encode);
+    void Encode(const PlacingPointer& still, std::function<QByteArray()> encode);
+    void HandOverEncoded(const PlacingPointer& still);
     /// On the encoder's thread, behind what the picture's way needs.
     void TakeSum(const PlacingPointer& still, const QByteArray& content);
     void KeepLocally(const PlacingPointer& still, const QByteArray& content);

@@ -63,8 +63,7 @@ struct StillFiling::Rows
             note.stored = StoreNote(visit, typed->text, own.Bases(visit, *typed), true);
             own.Add(visit, note.stored);
         } else {
-            AddVisitRow(visit, {});
-            note.stored.raw = RawNote(visit);
+            note.stored.raw = NoteOfAddedRow(visit);
         }
         WritePictureRow(visit, picture.number);
     }

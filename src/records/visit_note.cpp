@@ -90,12 +90,27 @@ bool AddVisitRow(const Visit& visit, const QString& note)
     }
 }
 
+QString NoteOfAddedRow(const Visit& visit)
+{
+    // A visit has its row from its first picture on.
+    if (const Row row = ReadRow(visit); row.isThere)
+        return row.note;
+    AddVisitRow(visit, {});
+    return ReadRow(visit).note;
+}
+
 NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList& bases, bool addsRow)
 {
     const QString note = NoteForStore(typed);
     const auto stored = [&](NoteStored::Outcome outcome, const QString& theirs) {
         return NoteStored{outcome, ReadRow(visit).note, theirs};
     };
+    // Where nothing was typed since, there is nothing to change as a rule: a look takes no lock and no commit.
+    if (bases.contains(note)) {
+        const Row row = ReadRow(visit);
+        if (row.isThere && row.note == note)
+            return {NoteStored::Stored, row.note, {}};
+    }
     for (int tries = 0; tries < MostTries; ++tries) {
         const auto replaces = [&](const QString& base) { return Replace(visit, note, base); };
         if (const auto base = std::ranges::find_if(bases, replaces); base != bases.end()) {

@@ -30,5 +30,8 @@ struct NoteStored
 /// as `RawNote` gave them. One statement compares and changes. `addsRow` makes a row where the visit has none.
 NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList& bases, bool addsRow);
 
+/// The note of the visit's row as `RawNote` gives it; a row without one is added where the visit has none.
+QString NoteOfAddedRow(const Visit& visit);
+
 /// Adds a `ca` row with that note where the visit has none. False when it has one.
 bool AddVisitRow(const Visit& visit, const QString& note);
