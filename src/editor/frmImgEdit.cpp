@@ -75,15 +75,20 @@ void frmImgEdit::Form_Load()
     setColour(settings.colour);
 }
 
-void frmImgEdit::setPath(const QString& path)
+frmImgEdit::Opening::Opening(const QString& path)
+    : m_path(path), m_file(std::make_unique<filecalls::BegunAsk<File>>([path] {
+          // Asked first: a file that changes while it is read has changed since.
+          QByteArray version = Files().VersionOf(path);
+          return File{std::move(version), Pictures().LoadToEdit(path)};
+      }))
 {
-    m_path = path;
-    m_lblFilePath->setText(path);
-    m_file = std::make_unique<filecalls::BegunAsk<OpenedFile>>([path] {
-        // Asked first: a file that changes while it is read has changed since.
-        QByteArray version = Files().VersionOf(path);
-        return OpenedFile{std::move(version), Pictures().LoadToEdit(path)};
-    });
+}
+
+void frmImgEdit::Open(Opening opening)
+{
+    m_path = opening.m_path;
+    m_lblFilePath->setText(m_path);
+    m_file = std::move(opening.m_file);
 }
 
 void frmImgEdit::ConnectControls()
@@ -128,14 +133,12 @@ void frmImgEdit::ConnectControls()
     connect(&m_canvas, &EditCanvas::ViewChanged, this, &frmImgEdit::ShowView);
 }
 
-void frmImgEdit::showEvent(QShowEvent* event)
+void frmImgEdit::paintEvent(QPaintEvent* event)
 {
-    StationForm::showEvent(event);
-    // A form becomes active again behind each of its dialogs, but is opened once.
-    if (m_pictureRead)
-        return;
-    m_pictureRead = true;
-    QMetaObject::invokeMethod(this, GuardedSlot([this] { ReadPicture(); }), Qt::QueuedConnection);
+    StationForm::paintEvent(event);
+    // Behind the form's first painting, for which the reading leaves the time.
+    if (!std::exchange(m_pictureRead, true))
+        QMetaObject::invokeMethod(this, GuardedSlot([this] { ReadPicture(); }), Qt::QueuedConnection);
 }
 
 void frmImgEdit::ReadPicture()
@@ -144,7 +147,7 @@ void frmImgEdit::ReadPicture()
         return;
     QImage picture;
     try {
-        OpenedFile file = std::exchange(m_file, nullptr)->Take();
+        Opening::File file = std::exchange(m_file, nullptr)->Take();
         m_openedVersion = file.version;
         picture = std::move(file.picture);
     } catch (const PlatformError& error) {
@@ -294,12 +297,13 @@ bool OpenPictureEditor(const QString& path, const std::function<void()>& keepOri
     if (path.isEmpty())
         return false;
     bool isSaved = false;
+    frmImgEdit::Opening opening(path);
     frmImgEdit& editor = Form<frmImgEdit>();
     QObject::connect(&editor, &frmImgEdit::Saved, &editor, [&](const PictureSum& sum, const QByteArray& version) {
         isSaved = true;
         saved(sum, version);
     });
-    editor.setPath(path);
+    editor.Open(std::move(opening));
     editor.setOriginalKeeper(keepOriginal);
     editor.ShowModal();
     return isSaved;

@@ -14,7 +14,7 @@ class QLabel;
 class QToolButton;
 
 /// Marks up one stored picture in place: a strip of tools over the canvas. The file is read while the form is put
-/// together, and shown once the form is.
+/// together and painted, and shown once the form is.
 class frmImgEdit : public StationForm
 {
     Q_OBJECT
@@ -26,8 +26,26 @@ public:
 
     frmImgEdit();
 
-    /// Path of the picture to be marked up; `lblFilePath` shows it.
-    void setPath(const QString& path);
+    /// A picture whose file is being read from here on.
+    class Opening
+    {
+    public:
+        explicit Opening(const QString& path);
+
+    private:
+        friend class frmImgEdit;
+        struct File
+        {
+            QByteArray version;
+            QImage picture;
+        };
+
+        QString m_path;
+        std::unique_ptr<filecalls::BegunAsk<File>> m_file;
+    };
+
+    /// The picture to be marked up; `lblFilePath` shows its path.
+    void Open(Opening opening);
     const QString& Path() const { return m_path; }
     /// Is called before the file is written for the first time, and may wait. What it throws refuses the writing.
     void setOriginalKeeper(const std::function<void()>& keep) { m_keepOriginal = keep; }
@@ -39,15 +57,9 @@ Q_SIGNALS:
 
 protected:
     void Form_Load() override;
-    void showEvent(QShowEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
 private:
-    struct OpenedFile
-    {
-        QByteArray version;
-        QImage picture;
-    };
-
     void BuildControls();
     void BuildTools(QWidget* strip);
     void ConnectControls();
@@ -86,7 +98,7 @@ private:
 
     EditCanvas m_canvas{*this};
     QString m_path;
-    std::unique_ptr<filecalls::BegunAsk<OpenedFile>> m_file; ///< Until it is shown.
+    std::unique_ptr<filecalls::BegunAsk<Opening::File>> m_file; ///< Until it is shown.
     bool m_pictureRead = false;
     std::function<void()> m_keepOriginal; ///< Empty once it has been called.
     QByteArray m_openedVersion;           ///< Of the file, when it was read or written last.

@@ -77,11 +77,11 @@ void frmImgEdit::BuildTools(QWidget* strip)
     }
     m_cmdColor = MakeButton(strip, u"cmdColor"_s, u"색깔지정"_s, QString(), 3870, Width);
     m_cmdFont = MakeButton(strip, u"cmdFont"_s, u"글씨체선택"_s, u"font"_s, 4485, Width);
-    m_cmdZoomIn = MakeButton(strip, u"cmdZoomIn"_s, u"축소"_s, u"smaller"_s, 5235, Width);
-    m_cmdZoomOut = MakeButton(strip, u"cmdZoomOut"_s, u"확대"_s, u"larger"_s, 5850, Width);
-    m_cmdUnDo = MakeButton(strip, u"cmdUnDo"_s, u"실행취소"_s, u"undo"_s, 6600, Width);
-    m_cmdReDo = MakeButton(strip, u"cmdReDo"_s, u"다시실행"_s, u"redo"_s, 7215, Width);
-    m_cmdFit = MakeButton(strip, u"cmdFit"_s, u"맞춤"_s, QString(), 7815, 495);
+    m_cmdZoomIn = MakeButton(strip, u"cmdZoomIn"_s, u"축소"_s, u"smaller"_s, 5145, Width);
+    m_cmdZoomOut = MakeButton(strip, u"cmdZoomOut"_s, u"확대"_s, u"larger"_s, 5760, Width);
+    m_cmdUnDo = MakeButton(strip, u"cmdUnDo"_s, u"실행취소"_s, u"undo"_s, 6420, Width);
+    m_cmdReDo = MakeButton(strip, u"cmdReDo"_s, u"다시실행"_s, u"redo"_s, 7035, Width);
+    m_cmdFit = MakeButton(strip, u"cmdFit"_s, u"맞춤"_s, QString(), 7680, 630);
     m_cmdFit->setText(u"맞춤"_s);
     m_cmdISave = MakeButton(strip, u"cmdISave"_s, u"저장"_s, u"save"_s, 8340, 1170);
     m_cmdIExit = MakeButton(strip, u"cmdIExit"_s, u"종료"_s, u"exit"_s, 9555, 1170);

@@ -15,8 +15,9 @@ public:
         AddPicture(QStringLiteral("20250301"), QStringLiteral("위내시경"), 1);
         const QString path = PicturePath(QStringLiteral("20250301"), QStringLiteral("위내시경"), 1);
         WriteWholeFile(path, StationInABox::Jpeg(size, Qt::darkBlue));
+        frmImgEdit::Opening opening(path);
         frmImgEdit& editor = Form<frmImgEdit>();
-        editor.setPath(path);
+        editor.Open(std::move(opening));
         saves = 0;
         QObject::connect(&editor, &frmImgEdit::Saved, &editor, [this] { ++saves; });
         editor.Show();
