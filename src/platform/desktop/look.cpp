@@ -55,7 +55,9 @@ constexpr std::array<NamedColour, 15> Colours{{
     {"grip"_L1, 0xFF7A8996},
 }};
 
-/// The toolkit's own, without its pictures on the buttons of dialogs: the station's buttons have none.
+/// The toolkit's own, without its pictures on the buttons of dialogs: the station's buttons have none. The mark of a
+/// command bar that has no room for all of its buttons is the station's: for the toolkit's, which no bar may ever show,
+/// each would have the readers of all picture formats loaded before the first window is seen.
 class StationStyle : public QProxyStyle
 {
 public:
@@ -65,6 +67,13 @@ public:
                   QStyleHintReturn* returned) const override
     {
         return hint == SH_DialogButtonBox_ButtonsHaveIcons ? 0 : QProxyStyle::styleHint(hint, option, widget, returned);
+    }
+
+    QIcon standardIcon(StandardPixmap which, const QStyleOption* option, const QWidget* widget) const override
+    {
+        if (which == SP_ToolBarHorizontalExtensionButton)
+            return QIcon(u":/station/pictures/more.svg"_s);
+        return QProxyStyle::standardIcon(which, option, widget);
     }
 };
 
