@@ -28,7 +28,7 @@ bool HasPicture(DicomKit& kit, const DicomPicture& facts, const QString& uid, se
 QString UidBeside(const QHash<QString, bool>& rejected, DicomPicture& facts, const QByteArray& bytes)
 {
     for (facts.restorings = 0;; ++facts.restorings) {
-        const QString uid = InstanceUid(facts, bytes);
+        QString uid = InstanceUid(facts, bytes);
         if (!rejected.value(uid, false))
             return uid;
     }
