@@ -396,6 +396,26 @@ private Q_SLOTS:
         QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 4);
     }
 
+    void WhatWasPressedJustBeforeTheEndIsFiled()
+    {
+        StationInABox box;
+        const Visit visit = CurrentVisit();
+        {
+            StillFiling filing(NothingTyped);
+            for (const char* content : {"1", "2", "3"}) {
+                const auto encode = [content] {
+                    QThread::msleep(50);
+                    return QByteArray(content);
+                };
+                filing.Stills().File({visit, PictureOrigin::Press, encode, [](const QByteArray&) {},
+                                      [](int, const std::exception_ptr&) {}});
+            }
+        }
+        StillFiling next(NothingTyped);
+        QTRY_COMPARE(box.Value(u"SELECT COUNT(*) AS v FROM cap"_s), u"3"_s);
+        QCOMPARE(box.Names(u"2026"_s, u"위내시경"_s).size(), 3);
+    }
+
     void AShareThatWentAwayGetsNoFolders()
     {
         StationInABox box;
