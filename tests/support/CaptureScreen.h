@@ -16,9 +16,10 @@ inline const QString Day = QString::fromUtf16(StationInABox::Today);
 
 inline frmCapture* opened = nullptr; ///< The screen opened last.
 
-/// Opens the screen and fills it.
+/// Opens the screen and fills it, as a program does that has just begun: a wait would be left by one that is ending.
 inline frmCapture& OpenScreen()
 {
+    dynamic_cast<ScriptedDesktop&>(UseService<Desktop>()).ended = false;
     opened = &Form<frmCapture>();
     opened->Show();
     if (!opened->IsUnloaded())
