@@ -127,9 +127,7 @@ void BenchFile(StationInABox& box, const QString& path)
     QList<double> writes;
     for (int round = 0; round < 15; ++round) {
         double start = NowMs();
-        frmImgEdit::Opening opening(path);
-        frmImgEdit& editor = Form<frmImgEdit>();
-        editor.Open(std::move(opening));
+        frmImgEdit& editor = frmImgEdit::Open(path);
         editor.Show();
         while (editor.Canvas().imgMain().Picture().isNull())
             QCoreApplication::processEvents();
@@ -161,9 +159,7 @@ frmImgEdit* Opened(StationInABox& box, const QByteArray& content)
 {
     const QString path = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
     WriteWholeFile(path, content);
-    frmImgEdit::Opening opening(path);
-    frmImgEdit& editor = Form<frmImgEdit>();
-    editor.Open(std::move(opening));
+    frmImgEdit& editor = frmImgEdit::Open(path);
     editor.Show();
     return QTest::qWaitFor([&] { return !editor.Canvas().imgMain().Picture().isNull(); }, 30'000) ? &editor : nullptr;
 }
@@ -265,9 +261,7 @@ int main(int argc, char* argv[])
     box.AddPicture(u"20250301"_s, u"위내시경"_s, 1);
     const QString path = box.PicturePath(u"20250301"_s, u"위내시경"_s, 1);
     WriteWholeFile(path, Grain());
-    frmImgEdit::Opening opening(path);
-    frmImgEdit& editor = Form<frmImgEdit>();
-    editor.Open(std::move(opening));
+    frmImgEdit& editor = frmImgEdit::Open(path);
     editor.Show();
     if (!QTest::qWaitFor([&] { return !editor.Canvas().imgMain().Picture().isNull(); })) {
         std::fputs("the editor didn't open\n", stderr);

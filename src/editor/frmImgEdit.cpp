@@ -75,20 +75,18 @@ void frmImgEdit::Form_Load()
     setColour(settings.colour);
 }
 
-frmImgEdit::Opening::Opening(const QString& path)
-    : m_path(path), m_file(std::make_unique<filecalls::BegunAsk<File>>([path] {
-          // Asked first: a file that changes while it is read has changed since.
-          QByteArray version = Files().VersionOf(path);
-          return File{std::move(version), Pictures().LoadToEdit(path)};
-      }))
+frmImgEdit& frmImgEdit::Open(const QString& path)
 {
-}
-
-void frmImgEdit::Open(Opening opening)
-{
-    m_path = opening.m_path;
-    m_lblFilePath->setText(m_path);
-    m_file = std::move(opening.m_file);
+    auto file = std::make_unique<filecalls::BegunAsk<OpenedFile>>([path] {
+        // Asked first: a file that changes while it is read has changed since.
+        QByteArray version = Files().VersionOf(path);
+        return OpenedFile{std::move(version), Pictures().LoadToEdit(path)};
+    });
+    frmImgEdit& editor = Form<frmImgEdit>();
+    editor.m_path = path;
+    editor.m_lblFilePath->setText(path);
+    editor.m_file = std::move(file);
+    return editor;
 }
 
 void frmImgEdit::ConnectControls()
@@ -147,7 +145,7 @@ void frmImgEdit::ReadPicture()
         return;
     QImage picture;
     try {
-        Opening::File file = std::exchange(m_file, nullptr)->Take();
+        OpenedFile file = std::exchange(m_file, nullptr)->Take();
         m_openedVersion = file.version;
         picture = std::move(file.picture);
     } catch (const PlatformError& error) {
@@ -297,13 +295,11 @@ bool OpenPictureEditor(const QString& path, const std::function<void()>& keepOri
     if (path.isEmpty())
         return false;
     bool isSaved = false;
-    frmImgEdit::Opening opening(path);
-    frmImgEdit& editor = Form<frmImgEdit>();
+    frmImgEdit& editor = frmImgEdit::Open(path);
     QObject::connect(&editor, &frmImgEdit::Saved, &editor, [&](const PictureSum& sum, const QByteArray& version) {
         isSaved = true;
         saved(sum, version);
     });
-    editor.Open(std::move(opening));
     editor.setOriginalKeeper(keepOriginal);
     editor.ShowModal();
     return isSaved;

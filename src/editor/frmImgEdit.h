@@ -26,26 +26,9 @@ public:
 
     frmImgEdit();
 
-    /// A picture whose file is being read from here on.
-    class Opening
-    {
-    public:
-        explicit Opening(const QString& path);
-
-    private:
-        friend class frmImgEdit;
-        struct File
-        {
-            QByteArray version;
-            QImage picture;
-        };
-
-        QString m_path;
-        std::unique_ptr<filecalls::BegunAsk<File>> m_file;
-    };
-
-    /// The picture to be marked up; `lblFilePath` shows its path.
-    void Open(Opening opening);
+    /// The form for a picture that is to be marked up, whose file is read from here on, while the form is made;
+    /// `lblFilePath` shows its path.
+    static frmImgEdit& Open(const QString& path);
     const QString& Path() const { return m_path; }
     /// Is called before the file is written for the first time, and may wait. What it throws refuses the writing.
     void setOriginalKeeper(const std::function<void()>& keep) { m_keepOriginal = keep; }
@@ -60,6 +43,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    struct OpenedFile
+    {
+        QByteArray version;
+        QImage picture;
+    };
+
     void BuildControls();
     void BuildTools(QWidget* strip);
     void ConnectControls();
@@ -98,7 +87,7 @@ private:
 
     EditCanvas m_canvas{*this};
     QString m_path;
-    std::unique_ptr<filecalls::BegunAsk<Opening::File>> m_file; ///< Until it is shown.
+    std::unique_ptr<filecalls::BegunAsk<OpenedFile>> m_file; ///< Until it is shown.
     bool m_pictureRead = false;
     std::function<void()> m_keepOriginal; ///< Empty once it has been called.
     QByteArray m_openedVersion;           ///< Of the file, when it was read or written last.

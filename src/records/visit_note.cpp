@@ -96,7 +96,7 @@ QString NoteOfAddedRow(const Visit& visit)
     if (const Row row = ReadRow(visit); row.isThere)
         return row.note;
     AddVisitRow(visit, {});
-    return ReadRow(visit).note;
+    return RawNote(visit);
 }
 
 NoteStored StoreNote(const Visit& visit, const QString& typed, const QStringList& bases, bool addsRow)

@@ -259,8 +259,7 @@ private Q_SLOTS:
         OpenScreen();
         const bool isOffered = isKilled && !isStored;
         auto* offer = opened->findChild<QPushButton*>(u"noticeOffer"_s);
-        // A wait that is told stands before it.
-        QTRY_COMPARE(offer->isVisible(), isOffered);
+        QCOMPARE(offer->isVisible(), isOffered);
         if (isOffered) {
             QCOMPARE(opened->findChild<QLabel*>(u"noticeText"_s)->text(), u"저장하지 않은 참고사항이 있습니다."_s);
             offer->click();

@@ -186,9 +186,7 @@ private Q_SLOTS:
         const QString path = m_box->PicturePath(Earlier, Stomach, 1);
         m_box->AddPicture(Earlier, Stomach, 1);
         WriteWholeFile(path, content);
-        frmImgEdit::Opening opening(path);
-        frmImgEdit& editor = Form<frmImgEdit>();
-        editor.Open(std::move(opening));
+        frmImgEdit& editor = frmImgEdit::Open(path);
         editor.ShowModal();
         QCOMPARE(m_box->Desk().shown, QStringList{shown});
         QCOMPARE(Files().ReadFile(path), content);
@@ -205,9 +203,7 @@ private Q_SLOTS:
             QCOMPARE(editor.Canvas().imgMain().Picture().size(), QSize(640, 480));
             m_box->Click(u"cmdIExit"_s);
         });
-        frmImgEdit::Opening opening(path);
-        frmImgEdit& editor = Form<frmImgEdit>();
-        editor.Open(std::move(opening));
+        frmImgEdit& editor = frmImgEdit::Open(path);
         editor.ShowModal();
         QCOMPARE(m_box->Desk().shown, QStringList{u"잘린 그림파일입니다.!! 남아 있는 부분만 보입니다.!!"_s});
     }

@@ -15,9 +15,7 @@ public:
         AddPicture(QStringLiteral("20250301"), QStringLiteral("위내시경"), 1);
         const QString path = PicturePath(QStringLiteral("20250301"), QStringLiteral("위내시경"), 1);
         WriteWholeFile(path, StationInABox::Jpeg(size, Qt::darkBlue));
-        frmImgEdit::Opening opening(path);
-        frmImgEdit& editor = Form<frmImgEdit>();
-        editor.Open(std::move(opening));
+        frmImgEdit& editor = frmImgEdit::Open(path);
         saves = 0;
         QObject::connect(&editor, &frmImgEdit::Saved, &editor, [this] { ++saves; });
         editor.Show();

@@ -22,8 +22,9 @@ struct Decoded
     bool cut = false; ///< The data end before the picture does; what is missing is grey.
 };
 
-/// Scales are eighths: 1, 2, 4 and 8 are those that the decoder reaches at full speed.
+/// In eighths, as the decoder's scales are.
 constexpr int FullScale = 8;
+/// At 1, 2, 4 and 8 eighths the decoder has its full speed.
 Decoded Decode(const QByteArray& content, int eighths);
 
 /// A JPEG file whose colours have the full resolution. The picture must be of Format_RGB32. Empty when it can't be

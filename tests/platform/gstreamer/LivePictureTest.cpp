@@ -18,6 +18,7 @@ constexpr int WithoutGap = 3;
 #else
 constexpr int WithoutGap = 40;
 #endif
+
 qsizetype OpenDescriptors()
 {
     return QDir(u"/proc/self/fd"_s).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size();
